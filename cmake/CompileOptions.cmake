@@ -1,0 +1,29 @@
+# Warnings, hardening and sanitizers, collected in one interface target that every target of ours links.
+add_library(tlx_options INTERFACE)
+
+target_compile_options(tlx_options INTERFACE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wundef -Wvla
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual>
+    $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
+
+if(TLX_SANITIZE)
+    # A converter argument is called through a pointer to void ** on purpose, which clang's "function" check
+    # (not part of gcc's set) would report.
+    target_compile_options(tlx_options INTERFACE
+        -fsanitize=${TLX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+        $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
+    target_link_options(tlx_options INTERFACE -fsanitize=${TLX_SANITIZE}
+        $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
+else()
+    target_compile_options(tlx_options INTERFACE
+        $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2> -fstack-protector-strong)
+endif()
+if(TLX_FUZZ)
+    target_compile_options(tlx_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# Inside the libraries no exception is thrown or crosses a function: allocation failures are values.
+add_library(tlx_library_options INTERFACE)
+target_link_libraries(tlx_library_options INTERFACE tlx_options)
+target_compile_options(tlx_library_options INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fvisibility-inlines-hidden> -fvisibility=hidden)

@@ -1,0 +1,41 @@
+# tlx_add_library(<name> HEADERS <public headers...> SOURCES <files...> MACRO <export macro> LINK <libraries...>)
+#
+# A shared library whose exported symbols are exactly the functions that its public headers mark with the export
+# macro: the linker's version script is written from the headers at configure time.
+function(tlx_add_library name)
+    cmake_parse_arguments(ARG "" "MACRO" "HEADERS;SOURCES;LINK" ${ARGN})
+
+    set(symbols "")
+    foreach(header IN LISTS ARG_HEADERS)
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+        file(READ ${header} text)
+        string(REGEX REPLACE "/\\*([^*]|\\*+[^*/])*\\*+/" "" text "${text}")
+        string(REGEX REPLACE "(^|\n)#([^\n]*\\\\\n)*[^\n]*" "" text "${text}")
+        string(REGEX MATCHALL "${ARG_MACRO}[^;()]*[ *]([A-Za-z_][A-Za-z0-9_]*)\\(" declarations "${text}")
+        foreach(declaration IN LISTS declarations)
+            string(REGEX REPLACE ".*[ *\n]([A-Za-z_][A-Za-z0-9_]*)\\($" "\\1" symbol "${declaration}")
+            list(APPEND symbols ${symbol})
+        endforeach()
+    endforeach()
+    list(SORT symbols)
+    list(REMOVE_DUPLICATES symbols)
+    list(JOIN symbols ";\n    " script)
+    set(map ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
+    file(CONFIGURE OUTPUT ${map} CONTENT "{\n  global:\n    @script@;\n  local:\n    *;\n};\n" @ONLY)
+
+    add_library(${name} SHARED ${ARG_SOURCES})
+    add_library(tlxpki::${name} ALIAS ${name})
+    target_include_directories(${name}
+        PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+        PRIVATE ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:tlx_library_options> ${ARG_LINK})
+    target_compile_definitions(${name} PRIVATE ${ARG_MACRO}_BUILD)
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${map})
+    if(NOT WIN32)
+        target_link_options(${name} PRIVATE -Wl,--version-script=${map} -Wl,-z,relro,-z,now)
+        if(NOT TLX_SANITIZE)
+            target_link_options(${name} PRIVATE -Wl,-z,defs)
+        endif()
+    endif()
+endfunction()

@@ -1,0 +1,16 @@
+/** @file
+ * libtlxcrypto, the cryptographic companion of libtlxpki: one header for all of it.
+ */
+#ifndef TLXCRYPTO_H
+#define TLXCRYPTO_H
+
+#include <tlxcrypto/bigint.h>
+#include <tlxcrypto/curve.h>
+#include <tlxcrypto/digest.h>
+#include <tlxcrypto/file.h>
+#include <tlxcrypto/hmac.h>
+#include <tlxcrypto/memory.h>
+#include <tlxcrypto/random.h>
+#include <tlxcrypto/stack.h>
+
+#endif

@@ -1,0 +1,22 @@
+/** @file
+ * libtlxpki: one header for all of it.
+ */
+#ifndef TLXPKI_H
+#define TLXPKI_H
+
+#include <tlxcrypto.h>
+#include <tlxpki/asn1.h>
+#include <tlxpki/asn1_io.h>
+#include <tlxpki/base64.h>
+#include <tlxpki/ber.h>
+#include <tlxpki/convert.h>
+#include <tlxpki/curve.h>
+#include <tlxpki/objects.h>
+#include <tlxpki/pem.h>
+#include <tlxpki/print.h>
+#include <tlxpki/status.h>
+#include <tlxpki/string.h>
+#include <tlxpki/time.h>
+#include <tlxpki/types.h>
+
+#endif

@@ -1,0 +1,97 @@
+/** @file
+ * The records that every module shares.
+ */
+#ifndef TLXPKI_TYPES_H
+#define TLXPKI_TYPES_H
+
+#include <stdint.h>
+#include <tlxcrypto/bigint.h>
+#include <tlxcrypto/stack.h>
+#include <tlxpki/export.h>
+
+/**
+ * One encoded ASN.1 element. The contents of a constructed element are the encodings of its children, one
+ * after the other; children are cut out on demand.
+ */
+typedef struct ASN1_UNIT {
+    uint8_t *tag;    /**< the identifier octet, owned; null in an empty node */
+    uint8_t *length; /**< the length octets as encoded, owned */
+    uint8_t *value;  /**< the contents, with 00 00 after them in an indefinite-length node; owned */
+    uint8_t *eoc;    /**< where in value the end-of-contents octets stand; null for a definite length */
+} ASN1_UNIT;
+
+/** A string, time, bit string, octet string or object identifier value. */
+typedef struct ASN1_STRING {
+    int32_t type;   /**< universal tag (for ASN1_STRING: the identifier octet) */
+    uint8_t *data;  /**< contents, owned, with a zero octet after them */
+    int32_t length; /**< octets in data, without that zero octet */
+    int32_t extra;  /**< BIT STRING: unused bits of the last octet; times: 1 when the text ends in "Z" */
+} ASN1_STRING;
+
+typedef ASN1_STRING BIT_STRING;
+typedef ASN1_STRING OCTET_STRING;
+/** data holds the dotted decimal text. */
+typedef ASN1_STRING OBJECT_IDENTIFIER;
+typedef ASN1_STRING UTF8_STRING;
+typedef ASN1_STRING PRINTABLE_STRING;
+typedef ASN1_STRING T61_STRING;
+typedef ASN1_STRING IA5_STRING;
+/** data holds UCS-2 units, big-endian. */
+typedef ASN1_STRING BMP_STRING;
+typedef ASN1_STRING UTC_TIME;
+typedef ASN1_STRING GENERALIZED_TIME;
+
+/** A broken-down calendar time. */
+typedef struct ASN1_TIME {
+    int32_t second;      /**< 0-59 */
+    int32_t minute;      /**< 0-59 */
+    int32_t hour;        /**< 0-23 */
+    int32_t day;         /**< of the month, 1-31 */
+    int32_t month;       /**< 0-11 */
+    int32_t year;        /**< since 1900 */
+    int32_t day_of_week; /**< 0 (Sunday)-6 */
+    int32_t day_of_year; /**< 0-365 */
+    int32_t daylight;    /**< daylight-saving flag */
+} ASN1_TIME;
+
+/** Values of tag arguments: the universal tag numbers, and three forms of their own. */
+enum {
+    TLX_TAG_BOOLEAN = 1,
+    TLX_TAG_INTEGER = 2,
+    TLX_TAG_BIT_STRING = 3,
+    TLX_TAG_OCTET_STRING = 4,
+    TLX_TAG_NULL = 5,
+    TLX_TAG_OBJECT_IDENTIFIER = 6,
+    TLX_TAG_ENUMERATED = 10,
+    TLX_TAG_UTF8_STRING = 12,
+    TLX_TAG_SEQUENCE = 16,
+    TLX_TAG_SET = 17,
+    TLX_TAG_PRINTABLE_STRING = 19,
+    TLX_TAG_T61_STRING = 20,
+    TLX_TAG_IA5_STRING = 22,
+    TLX_TAG_UTC_TIME = 23,
+    TLX_TAG_GENERALIZED_TIME = 24,
+    TLX_TAG_BMP_STRING = 30,
+    TLX_TAG_ANY_STRING = 32,     /**< any type, as an ASN1_STRING */
+    TLX_TAG_ANY_NODE = 33,       /**< any string or time type, as an ASN1_UNIT */
+    TLX_TAG_SEQUENCE_OCTET = 48, /**< SEQUENCE with the constructed bit */
+    TLX_TAG_SET_OCTET = 49       /**< SET with the constructed bit */
+};
+
+/**
+ * A decoder Seq_to_<TYPE> (node, <TYPE> **out), passed to the reading functions. Functions of the concrete
+ * type are converted with TLX_DECODER.
+ */
+typedef uint32_t (*ASN1_DECODER)(const ASN1_UNIT *node, void **out);
+/** An encoder <TYPE>_to_Seq (const <TYPE> *object, node), converted with TLX_ENCODER. */
+typedef uint32_t (*ASN1_ENCODER)(const void *object, ASN1_UNIT **node);
+
+#ifdef __cplusplus
+#define TLX_DECODER(function) (reinterpret_cast<ASN1_DECODER>(function))
+#define TLX_ENCODER(function) (reinterpret_cast<ASN1_ENCODER>(function))
+#else
+#define TLX_DECODER(function) ((ASN1_DECODER)(function))
+#define TLX_ENCODER(function) ((ASN1_ENCODER)(function))
+#endif
+
+#endif

@@ -1,0 +1,41 @@
+// What the tests use to see that nothing leaks and that every allocation may fail.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <tlxcrypto/memory.h>
+
+#include <cstdint>
+
+namespace tlx_test {
+
+/// Fails the test that ends with more live blocks than it began with.
+class LeakCheck {
+  public:
+    LeakCheck() : before_(tlx_live_blocks()) {}
+    ~LeakCheck() { EXPECT_EQ(tlx_live_blocks(), before_) << "blocks are still live"; }
+    LeakCheck(const LeakCheck &) = delete;
+    LeakCheck &operator=(const LeakCheck &) = delete;
+
+  private:
+    std::uint64_t before_;
+};
+
+/// Runs `operation` with the 1st, 2nd, ... allocation failing until a run succeeds. `operation` returns true on
+/// success; on failure it must have checked its own status, and no block may stay live. Returns how many runs failed.
+template <typename Operation>
+unsigned sweep_failing_allocations(Operation operation) {
+    constexpr unsigned kMost = 100000;
+    for (unsigned n = 1; n < kMost; ++n) {
+        const std::uint64_t before = tlx_live_blocks();
+        tlx_fail_allocation(n);
+        const bool succeeded = operation();
+        tlx_fail_allocation(0);
+        EXPECT_EQ(tlx_live_blocks(), before) << "leak when allocation " << n << " fails";
+        if (succeeded) return n - 1;
+        if (::testing::Test::HasFailure()) return n;
+    }
+    ADD_FAILURE() << "never succeeded";
+    return kMost;
+}
+
+}  // namespace tlx_test
