@@ -1,0 +1,108 @@
+#include "der/element.hpp"
+
+namespace tlx {
+namespace {
+
+constexpr u8 kIndefinite = 0x80;
+constexpr std::size_t kEndOfContentsSize = 2;
+
+/// The length octets at the start of `in`: how many there are and the length they give (unset for 0x80).
+struct Length {
+    std::size_t octets = 0;
+    std::size_t value = 0;
+    bool indefinite = false;
+};
+
+bool read_length(Bytes in, Length &length) noexcept {
+    if (in.empty()) return false;
+    const u8 first = in[0];
+    length.octets = 1;
+    if (first < kIndefinite) {
+        length.value = first;
+        return true;
+    }
+    if (first == kIndefinite) {
+        length.indefinite = true;
+        return true;
+    }
+    const std::size_t count = first & 0x7FU;
+    if (count > 4 || in.size() <= count) return false;
+    u32 value = 0;
+    for (std::size_t i = 1; i <= count; ++i) value = (value << 8) | in[i];
+    if (value > kMaxLength) return false;
+    length.octets = 1 + count;
+    length.value = value;
+    return true;
+}
+
+/// Tag numbers that count_children knows: bit n set for universal tag n.
+constexpr u32 tag_set(std::initializer_list<u32> tags) noexcept {
+    u32 set = 0;
+    for (const u32 tag : tags) set |= 1U << tag;
+    return set;
+}
+
+}  // namespace
+
+bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth) noexcept {
+    if (depth >= kMaxDepth) return false;
+    bool met_indefinite = false;
+    std::size_t position = 0;
+    while (position < in.size() && in[position] != 0) {
+        Length child;
+        if (!read_length(in.subspan(position + 1), child)) return false;
+        const std::size_t start = position + 1 + child.octets;
+        met_indefinite = met_indefinite || child.indefinite;
+        std::size_t size = child.value;
+        if (met_indefinite) {
+            if (!measure_indefinite(in.subspan(start), size, depth + 1)) return false;
+            size += kEndOfContentsSize;
+        }
+        if (size > in.size() - start) return false;
+        position = start + size;
+    }
+    if (in.size() - position < kEndOfContentsSize || position > kMaxLength) return false;
+    length = position;
+    return true;
+}
+
+bool read_element(Bytes in, Element &element) noexcept {
+    if (in.size() < 2) return false;
+    Length length;
+    if (!read_length(in.subspan(1), length)) return false;
+    const std::size_t header = 1 + length.octets;
+    const Bytes rest = in.subspan(header);
+    std::size_t size = length.value;
+    std::size_t trailer = 0;
+    if (length.indefinite) {
+        if (!measure_indefinite(rest, size)) return false;
+        trailer = kEndOfContentsSize;
+    }
+    if (size + trailer > rest.size()) return false;
+    element.tag = in[0];
+    element.indefinite = length.indefinite;
+    element.length_octets = in.subspan(1, length.octets);
+    element.contents = rest.first(size);
+    element.whole = in.first(header + size + trailer);
+    return true;
+}
+
+u32 count_children(Bytes contents) noexcept {
+    constexpr u32 kKnown = tag_set({1, 2, 3, 4, 5, 6, 10, 12, 16, 17, 19, 20, 22, 23, 24, 26, 30});
+    u32 count = 0;
+    while (!contents.empty()) {
+        if (contents.front() == 0) {
+            if (contents.size() < kEndOfContentsSize) return count;
+            contents = contents.subspan(kEndOfContentsSize);
+            continue;
+        }
+        Element child;
+        if (!read_element(contents, child)) return count;
+        if ((child.tag & 0xC0) == 0 && ((kKnown >> child.number()) & 1U) == 0) return 0;
+        ++count;
+        contents = contents.subspan(child.whole.size());
+    }
+    return count;
+}
+
+}  // namespace tlx

@@ -1,0 +1,78 @@
+// Bounded reading: views of elements inside octets that somebody else owns. No other code does pointer arithmetic
+// on encoded data.
+#pragma once
+
+#include "der/types.hpp"
+
+namespace tlx {
+
+constexpr u8 kConstructed = 0x20;
+constexpr u8 kTagNumberMask = 0x1F;
+constexpr u8 kContextSpecific = 0x80;
+/// A length above this, and more than four length octets, are refused.
+constexpr u32 kMaxLength = 0x7FFFFFFF;
+/// Indefinite lengths nested deeper than this are refused.
+constexpr unsigned kMaxDepth = 64;
+
+/// One element: identifier octet, length octets, contents (without end-of-contents octets).
+struct Element {
+    u8 tag = 0;
+    bool indefinite = false;
+    Bytes length_octets;
+    Bytes contents;
+    Bytes whole;  ///< from the identifier to the end, end-of-contents octets included
+
+    [[nodiscard]] u8 number() const noexcept { return tag & kTagNumberMask; }
+    [[nodiscard]] bool constructed() const noexcept { return (tag & kConstructed) != 0; }
+    [[nodiscard]] bool context_specific() const noexcept { return (tag & 0xC0) == kContextSpecific; }
+
+    /// The child-access rule: a universal or application element has to carry the expected tag number; a
+    /// context-specific or private one is taken for the expected type, which is how implicit tags are read.
+    [[nodiscard]] bool matches(u32 expected) const noexcept {
+        return tag >= kContextSpecific || number() == (expected & kTagNumberMask);
+    }
+};
+
+/// Reads the element that starts at the first octet of `in`; what follows it is ignored. False when it is truncated
+/// or its length is refused.
+[[nodiscard]] bool read_element(Bytes in, Element &element) noexcept;
+
+/// Measures the contents of an indefinite length, which start at the first octet of `in`. Once an element of
+/// indefinite length has been met, every later one at the same level is measured as indefinite too: BER input is
+/// read where no definite length follows an indefinite one inside an indefinite container.
+[[nodiscard]] bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth = 0) noexcept;
+
+/// Walks the elements of a constructed element's contents once, front to back.
+class Cursor {
+  public:
+    explicit Cursor(Bytes contents) noexcept : rest_(contents) {}
+    explicit Cursor(const Element &parent) noexcept : rest_(parent.contents) {}
+
+    [[nodiscard]] bool at_end() const noexcept { return rest_.empty(); }
+    /// The identifier octet of the next element; only when not at the end.
+    [[nodiscard]] u8 peek_tag() const noexcept { return rest_.front(); }
+    /// Takes the next element. False at the end and on a broken element; nothing is taken then.
+    [[nodiscard]] bool next(Element &element) noexcept {
+        if (!read_element(rest_, element)) return false;
+        rest_ = rest_.subspan(element.whole.size());
+        return true;
+    }
+    /// Takes the next element when it matches the expected tag.
+    [[nodiscard]] bool next(u32 expected, Element &element) noexcept {
+        Element candidate;
+        if (!read_element(rest_, candidate) || !candidate.matches(expected)) return false;
+        element = candidate;
+        rest_ = rest_.subspan(candidate.whole.size());
+        return true;
+    }
+    [[nodiscard]] Bytes rest() const noexcept { return rest_; }
+
+  private:
+    Bytes rest_;
+};
+
+/// Number of children as getSequenceChildNum counts them: end-of-contents octets are passed over, and a
+/// universal element of a type outside the supported ones makes the whole count 0.
+[[nodiscard]] u32 count_children(Bytes contents) noexcept;
+
+}  // namespace tlx
