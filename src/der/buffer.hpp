@@ -8,7 +8,8 @@
 
 namespace tlx {
 
-/// A failed append (out of memory, or past 0x7FFFFFFF octets) is remembered: the caller asks once, at the end.
+/// A failed append (out of memory, or past 0x7FFFFFFF octets) is remembered: the caller asks once, at the
+/// end.
 class Buffer {
   public:
     static constexpr std::size_t kMaxSize = 0x7FFFFFFF;
@@ -72,7 +73,8 @@ class Buffer {
     bool failed_ = false;
 };
 
-/// A buffer whose octets are zeroed before they are freed. Growing moves by copy, so no stale copy is left behind.
+/// A buffer whose octets are zeroed before they are freed. Growing moves by copy, so no stale copy is left
+/// behind.
 class SecretBytes {
   public:
     explicit SecretBytes(std::size_t size) noexcept

@@ -28,7 +28,8 @@ bool read_length(Bytes in, Length &length) noexcept {
     const std::size_t count = first & 0x7FU;
     if (count > 4 || in.size() <= count) return false;
     u32 value = 0;
-    for (std::size_t i = 1; i <= count; ++i) value = (value << 8) | in[i];
+    for (std::size_t i = 1; i <= count; ++i)
+        value = (value << 8) | in[i];
     if (value > kMaxLength) return false;
     length.octets = 1 + count;
     length.value = value;
@@ -38,7 +39,8 @@ bool read_length(Bytes in, Length &length) noexcept {
 /// Tag numbers that count_children knows: bit n set for universal tag n.
 constexpr u32 tag_set(std::initializer_list<u32> tags) noexcept {
     u32 set = 0;
-    for (const u32 tag : tags) set |= 1U << tag;
+    for (const u32 tag : tags)
+        set |= 1U << tag;
     return set;
 }
 

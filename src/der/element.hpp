@@ -1,5 +1,5 @@
-// Bounded reading: views of elements inside octets that somebody else owns. No other code does pointer arithmetic
-// on encoded data.
+// Bounded reading: views of elements inside octets that somebody else owns. No other code does pointer
+// arithmetic on encoded data.
 #pragma once
 
 #include "der/types.hpp"
@@ -33,13 +33,13 @@ struct Element {
     }
 };
 
-/// Reads the element that starts at the first octet of `in`; what follows it is ignored. False when it is truncated
-/// or its length is refused.
+/// Reads the element that starts at the first octet of `in`; what follows it is ignored. False when it is
+/// truncated or its length is refused.
 [[nodiscard]] bool read_element(Bytes in, Element &element) noexcept;
 
 /// Measures the contents of an indefinite length, which start at the first octet of `in`. Once an element of
-/// indefinite length has been met, every later one at the same level is measured as indefinite too: BER input is
-/// read where no definite length follows an indefinite one inside an indefinite container.
+/// indefinite length has been met, every later one at the same level is measured as indefinite too: BER input
+/// is read where no definite length follows an indefinite one inside an indefinite container.
 [[nodiscard]] bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth = 0) noexcept;
 
 /// Walks the elements of a constructed element's contents once, front to back.

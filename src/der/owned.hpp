@@ -23,9 +23,9 @@ struct FreeWith {
 template <typename T>
 struct FreeOf;
 
-#define TLX_OWNS(type)                             \
-    template <>                                    \
-    struct tlx::FreeOf<type> {                     \
+#define TLX_OWNS(type)                              \
+    template <>                                     \
+    struct tlx::FreeOf<type> {                      \
         using deleter = tlx::FreeWith<free_##type>; \
     }
 
@@ -36,8 +36,8 @@ using Owned = std::unique_ptr<T, typename FreeOf<T>::deleter>;
 template <typename T>
 using OwnedOctets = std::unique_ptr<T, FreeWith<tlx_free>>;
 
-/// "Fill the caller's structure or allocate one": works on *out, or on a new record that is handed over by `commit`
-/// and freed when the decoder fails.
+/// "Fill the caller's structure or allocate one": works on *out, or on a new record that is handed over by
+/// `commit` and freed when the decoder fails.
 template <typename T>
 class OutRecord {
   public:

@@ -1,0 +1,86 @@
+// Writing DER front to back into one growing buffer. A length is fixed up once, when its element is closed.
+#pragma once
+
+#include <tlxpki/types.h>
+
+#include <string_view>
+
+#include "der/buffer.hpp"
+#include "der/element.hpp"
+
+namespace tlx {
+
+constexpr u8 kSequence = 0x30;
+constexpr u8 kSet = 0x31;
+/// [n] EXPLICIT, or an implicitly tagged constructed type.
+constexpr u8 context(u8 number) noexcept {
+    return static_cast<u8>(kContextSpecific | kConstructed | number);
+}
+/// [n] IMPLICIT over a primitive type.
+constexpr u8 context_primitive(u8 number) noexcept {
+    return static_cast<u8>(kContextSpecific | number);
+}
+
+/// Writes the length octets of a definite length in DER form; returns how many (1 to 5).
+std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept;
+
+/// Any failure (a null value, an unencodable text, no memory) is remembered; `ok` tells at the end.
+class Encoder {
+  public:
+    /// A constructed element that is closed when this object goes out of scope.
+    class Nest {
+      public:
+        Nest(Encoder &encoder, u8 tag) noexcept : encoder_(encoder), start_(encoder.open(tag)) {}
+        ~Nest() { encoder_.close(start_); }
+        Nest(const Nest &) = delete;
+        Nest &operator=(const Nest &) = delete;
+
+      private:
+        Encoder &encoder_;
+        std::size_t start_;
+    };
+
+    [[nodiscard]] Nest sequence() noexcept { return {*this, kSequence}; }
+    [[nodiscard]] Nest set() noexcept { return {*this, kSet}; }
+    [[nodiscard]] Nest nest(u8 tag) noexcept { return {*this, tag}; }
+
+    void primitive(u8 tag, Bytes contents) noexcept;
+    void boolean(bool value, u8 tag = TLX_TAG_BOOLEAN) noexcept;
+    /// (bits + 8) / 8 octets, one for zero.
+    void integer(const BIGINT *number, u8 tag = TLX_TAG_INTEGER) noexcept;
+    void small_integer(u8 value, u8 tag = TLX_TAG_INTEGER) noexcept;
+    void bit_string(const BIT_STRING *bits, u8 tag = TLX_TAG_BIT_STRING) noexcept;
+    void oid(std::string_view dotted, u8 tag = TLX_TAG_OBJECT_IDENTIFIER) noexcept;
+    void oid(const OBJECT_IDENTIFIER *oid, u8 tag = TLX_TAG_OBJECT_IDENTIFIER) noexcept;
+    void null() noexcept { primitive(TLX_TAG_NULL, {}); }
+    /// A string record's octets under a tag.
+    void string(const ASN1_STRING *string, u8 tag) noexcept;
+    /// A string record under its own type, as pseudo-tag 32 writes it.
+    void any_string(const ASN1_STRING *string) noexcept;
+    /// A finished node, as it is.
+    void node(const ASN1_UNIT *node) noexcept;
+    /// Finished encodings, as they are.
+    void raw(Bytes octets) noexcept { buffer_.append(octets); }
+
+    void fail() noexcept { buffer_.fail(); }
+    [[nodiscard]] bool ok() const noexcept { return buffer_.ok(); }
+    [[nodiscard]] Bytes bytes() const noexcept { return buffer_.bytes(); }
+    [[nodiscard]] Buffer &buffer() noexcept { return buffer_; }
+    /// The one element written so far as a node; null when something failed.
+    [[nodiscard]] ASN1_UNIT *to_node() const noexcept;
+
+  private:
+    std::size_t open(u8 tag) noexcept;
+    void close(std::size_t start) noexcept;
+    /// Identifier and length octets of an element with `length` contents octets; room for the contents, or
+    /// null.
+    u8 *header(u8 tag, std::size_t length) noexcept;
+
+    Buffer buffer_;
+};
+
+/// Gives the finished encoding to *out as a node: into the caller's node when there is one, else into a new
+/// one. False when the encoder failed or memory ran out; *out is untouched then.
+[[nodiscard]] bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept;
+
+}  // namespace tlx

@@ -1,0 +1,131 @@
+#include "der/values.hpp"
+
+#include <tlxcrypto/bigint.h>
+
+#include "der/memory.hpp"
+#include "der/oid_text.hpp"
+#include "der/owned.hpp"
+
+namespace tlx {
+namespace {
+
+/// A record with room for `size` octets and the zero octet after them.
+ASN1_STRING *allocate_string(i32 type, std::size_t size) noexcept {
+    auto *string = TLX_NEW(ASN1_STRING);
+    if (string == nullptr) return nullptr;
+    string->data = static_cast<u8 *>(TLX_ALLOCATE(size + 1));
+    if (string->data == nullptr) {
+        tlx_free(string);
+        return nullptr;
+    }
+    string->type = type;
+    string->length = static_cast<i32>(size);
+    string->data[size] = 0;
+    return string;
+}
+
+}  // namespace
+
+ASN1_STRING *new_string(i32 type, Bytes octets) noexcept {
+    if (octets.size() > kMaxLength) return nullptr;
+    ASN1_STRING *string = allocate_string(type, octets.size());
+    if (string != nullptr && !octets.empty()) std::memcpy(string->data, octets.data(), octets.size());
+    return string;
+}
+
+BIGINT *decode_integer(Bytes contents) noexcept {
+    if (contents.empty()) return nullptr;
+    return binary_to_BIGINT(contents.data(), static_cast<u32>(contents.size()));
+}
+
+ASN1_STRING *decode_string(i32 type, Bytes contents) noexcept {
+    return new_string(type, contents);
+}
+
+BIT_STRING *decode_bit_string(Bytes contents) noexcept {
+    if (contents.empty()) return nullptr;
+    BIT_STRING *bits = new_string(TLX_TAG_BIT_STRING, contents.subspan(1));
+    if (bits != nullptr) bits->extra = contents[0];
+    return bits;
+}
+
+OBJECT_IDENTIFIER *decode_oid(Bytes contents) noexcept {
+    char text[kMaxDottedText + 1];
+    u32 length = 0;
+    if (!oid_to_text(contents, text, length)) return nullptr;
+    return new_string(TLX_TAG_OBJECT_IDENTIFIER, {reinterpret_cast<const u8 *>(text), length});
+}
+
+i32 time_ends_in_z(u32 tag, std::size_t length) noexcept {
+    const std::size_t minutes = tag == TLX_TAG_UTC_TIME ? 11 : 13;
+    return length == minutes || length == minutes + 2 ? 1 : 0;
+}
+
+ASN1_STRING *decode_time(i32 type, Bytes contents) noexcept {
+    ASN1_STRING *time = new_string(type, contents);
+    if (time != nullptr) time->extra = time_ends_in_z(static_cast<u32>(type), contents.size());
+    return time;
+}
+
+ASN1_STRING *decode_any_string(const Element &element) noexcept {
+    if (element.tag >= kContextSpecific) return new_string(element.tag, element.whole);
+    if (element.tag == 0) return nullptr;
+    ASN1_STRING *string = nullptr;
+    switch (element.number()) {
+        case TLX_TAG_BIT_STRING:
+            string = decode_bit_string(element.contents);
+            break;
+        case TLX_TAG_OBJECT_IDENTIFIER:
+            string = decode_oid(element.contents);
+            break;
+        case TLX_TAG_UTC_TIME:
+        case TLX_TAG_GENERALIZED_TIME:
+            string = decode_time(element.number(), element.contents);
+            break;
+        case TLX_TAG_BOOLEAN:
+        case TLX_TAG_INTEGER:
+        case TLX_TAG_OCTET_STRING:
+        case TLX_TAG_NULL:
+        case TLX_TAG_ENUMERATED:
+        case TLX_TAG_UTF8_STRING:
+        case TLX_TAG_SEQUENCE:
+        case TLX_TAG_SET:
+        case TLX_TAG_PRINTABLE_STRING:
+        case TLX_TAG_T61_STRING:
+        case TLX_TAG_IA5_STRING:
+        case 26:  // VisibleString
+        case TLX_TAG_BMP_STRING:
+            string = new_string(element.tag, element.contents);
+            break;
+        default:
+            return nullptr;
+    }
+    if (string != nullptr) string->type = element.tag;
+    return string;
+}
+
+ASN1_UNIT *make_node(const Element &element) noexcept {
+    Owned<ASN1_UNIT> node(TLX_NEW(ASN1_UNIT));
+    if (!node) return nullptr;
+    const std::size_t header = 1 + element.length_octets.size();
+    node->tag = copy_terminated(element.whole.first(1));
+    node->length = copy_terminated(element.length_octets);
+    node->value = copy_terminated(element.whole.subspan(header));
+    if (node->tag == nullptr || node->length == nullptr || node->value == nullptr) return nullptr;
+    if (element.indefinite) node->eoc = node->value + element.contents.size();
+    return node.release();
+}
+
+bool view_node(const ASN1_UNIT *node, Element &element) noexcept {
+    if (node == nullptr || node->tag == nullptr || node->length == nullptr) return false;
+    const u32 size = getASN1ValueLength(node);
+    if (size > kMaxLength || (size > 0 && node->value == nullptr)) return false;
+    element.tag = *node->tag;
+    element.indefinite = node->eoc != nullptr;
+    element.length_octets = {node->length, getASN1LengthSize(node->length)};
+    element.contents = {node->value, size};
+    element.whole = {};  // the parts of a node do not lie side by side
+    return true;
+}
+
+}  // namespace tlx

@@ -1,0 +1,47 @@
+// Typed values from contents octets. Every function returns a new record that the caller owns, or null when
+// the contents are not acceptable or an allocation fails.
+#pragma once
+
+#include <tlxpki/types.h>
+
+#include <string_view>
+
+#include "der/element.hpp"
+
+namespace tlx {
+
+/// An unsigned magnitude; null for empty contents.
+BIGINT *decode_integer(Bytes contents) noexcept;
+/// A string record of the given type holding the contents as they are.
+ASN1_STRING *decode_string(i32 type, Bytes contents) noexcept;
+/// The unused-bits octet goes into `extra`; null for empty contents.
+BIT_STRING *decode_bit_string(Bytes contents) noexcept;
+/// Dotted text.
+OBJECT_IDENTIFIER *decode_oid(Bytes contents) noexcept;
+/// A UTCTime (23) or GeneralizedTime (24); `extra` is set by the length of the text.
+ASN1_STRING *decode_time(i32 type, Bytes contents) noexcept;
+/// Any element as a string record whose type is the identifier octet.
+ASN1_STRING *decode_any_string(const Element &element) noexcept;
+/// A node holding a copy of the element.
+ASN1_UNIT *make_node(const Element &element) noexcept;
+/// A string record with a copy of the text.
+ASN1_STRING *new_string(i32 type, Bytes octets) noexcept;
+
+/// 1 for a time text of a length that ends in "Z", 0 for one with an offset and for any other.
+i32 time_ends_in_z(u32 tag, std::size_t length) noexcept;
+
+/// The octets of a string record; empty for a null record, null data or a length below 1.
+inline Bytes octets_of(const ASN1_STRING *string) noexcept {
+    if (string == nullptr || string->data == nullptr || string->length <= 0) return {};
+    return {string->data, static_cast<std::size_t>(string->length)};
+}
+/// The same as characters: the dotted text of an object identifier.
+inline std::string_view text_of(const ASN1_STRING *string) noexcept {
+    const Bytes octets = octets_of(string);
+    return {reinterpret_cast<const char *>(octets.data()), octets.size()};
+}
+
+/// A view of a finished node. False for a null or empty node and for one whose length cannot be read.
+[[nodiscard]] bool view_node(const ASN1_UNIT *node, Element &element) noexcept;
+
+}  // namespace tlx
