@@ -5,12 +5,17 @@
 #define TLXCRYPTO_H
 
 #include <tlxcrypto/bigint.h>
+#include <tlxcrypto/cipher.h>
 #include <tlxcrypto/curve.h>
 #include <tlxcrypto/digest.h>
+#include <tlxcrypto/ec.h>
 #include <tlxcrypto/file.h>
 #include <tlxcrypto/hmac.h>
+#include <tlxcrypto/kcdsa.h>
 #include <tlxcrypto/memory.h>
 #include <tlxcrypto/random.h>
+#include <tlxcrypto/rc4.h>
+#include <tlxcrypto/rsa.h>
 #include <tlxcrypto/stack.h>
 
 #endif
