@@ -1,9 +1,10 @@
 // libcrypto, in a library context of its own.
 #pragma once
 
+#include <openssl/err.h>
 #include <openssl/types.h>
 
-#include <cstdint>
+#include "crypto/types.hpp"
 
 namespace tlx {
 
@@ -11,6 +12,16 @@ namespace tlx {
 OSSL_LIB_CTX *backend() noexcept;
 
 /// The digest of an identifier, fetched once; null when it is unknown, ours (HAS-160) or not available.
-const EVP_MD *backend_digest(std::uint32_t digest_id) noexcept;
+const EVP_MD *backend_digest(u32 digest_id) noexcept;
+
+/// Takes back what libcrypto adds to the thread's error queue in this scope: the queue belongs to the host
+/// program.
+class ErrorScope {
+  public:
+    ErrorScope() noexcept { ERR_set_mark(); }
+    ~ErrorScope() { ERR_pop_to_mark(); }
+    ErrorScope(const ErrorScope &) = delete;
+    ErrorScope &operator=(const ErrorScope &) = delete;
+};
 
 }  // namespace tlx

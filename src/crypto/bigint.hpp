@@ -4,11 +4,46 @@
 #include <openssl/bn.h>
 #include <tlxcrypto/bigint.h>
 
+#include <memory>
+
+#include "crypto/types.hpp"
+
+/// A magnitude, least significant limb first, without leading zero limbs. The first limbs lie in the same
+/// block, behind the record; a number that outgrows them gets a block of its own.
+struct BIGINT {
+    tlx::u64 *limbs;
+    tlx::u32 used;
+    tlx::u32 capacity;
+};
+
 namespace tlx {
+
+struct FreeBignum {
+    void operator()(BIGNUM *number) const noexcept { BN_clear_free(number); }
+    void operator()(BN_CTX *context) const noexcept { BN_CTX_free(context); }
+    void operator()(BIGINT *number) const noexcept { free_BIGINT(number); }
+};
+using Bignum = std::unique_ptr<BIGNUM, FreeBignum>;
+using BignumContext = std::unique_ptr<BN_CTX, FreeBignum>;
+using OwnedBigint = std::unique_ptr<BIGINT, FreeBignum>;
 
 /// A new BIGNUM of the same value (BN_free or BN_clear_free it); null on failure.
 BIGNUM *to_bignum(const BIGINT *number) noexcept;
 /// Stores the value. False on a negative number or allocation failure (number is unchanged then).
 bool from_bignum(BIGINT *number, const BIGNUM *value) noexcept;
+
+/// Makes room for `limbs` limbs; the value stays. False on failure.
+bool reserve(BIGINT &number, u32 limbs) noexcept;
+/// Says how many limbs hold the value, some of which may be leading zeros.
+void set_used(BIGINT &number, u32 used) noexcept;
+
+inline constexpr u32 kLimbBits = 64;
+/// Keeps every bit count within 32 bits.
+inline constexpr u32 kMostLimbs = UINT32_MAX / kLimbBits;
+
+/// The limb at an index, 0 beyond the number.
+inline u64 limb(const BIGINT &number, u32 index) noexcept {
+    return index < number.used ? number.limbs[index] : 0;
+}
 
 }  // namespace tlx

@@ -1,4 +1,5 @@
-// What the operating system gives us, beyond the C and C++ standard libraries. The only file that may call it.
+// What the operating system gives us, beyond the C and C++ standard libraries. The only file that may call
+// it.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,131 @@
+#include "crypto/memory_debug.hpp"
+
+#include <tlxcrypto/memory.h>
+
+#include <cstdlib>
+#include <mutex>
+
+namespace tlx::debug {
+
+constinit std::atomic<u32> g_switches;
+
+namespace {
+
+constexpr u32 kTracking = 1;
+constexpr u32 kFailing = 2;
+
+void set_switch(u32 flag, bool on) noexcept {
+    if (on) {
+        g_switches.fetch_or(flag);
+    } else {
+        g_switches.fetch_and(~flag);
+    }
+}
+
+constinit std::atomic<u64> g_until_failure;
+
+// One live block. The entries lie outside the tracking allocator, or they would track themselves.
+struct Entry {
+    Entry *next;
+    const void *block;
+    std::size_t size;
+    const char *file;
+    int line;
+};
+
+constexpr std::size_t kBuckets = 16384;
+constinit Entry *g_buckets[kBuckets];
+constinit std::mutex g_mutex;  // guards the buckets and all entries
+
+Entry **bucket_of(const void *block) noexcept {
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    return &g_buckets[((address >> 4U) * 0x9E3779B97F4A7C15U) >> 50U];
+}
+static_assert(kBuckets == std::size_t{1} << (64U - 50U));
+
+void insert(const void *block, std::size_t size, const char *file, int line) noexcept {
+    auto *entry = static_cast<Entry *>(std::malloc(sizeof(Entry)));
+    if (entry == nullptr) return;
+    Entry **bucket = bucket_of(block);
+    *entry = {*bucket, block, size, file, line};
+    *bucket = entry;
+}
+
+void erase(const void *block) noexcept {
+    for (Entry **link = bucket_of(block); *link != nullptr; link = &(*link)->next) {
+        Entry *entry = *link;
+        if (entry->block != block) continue;
+        *link = entry->next;
+        std::free(entry);
+        return;
+    }
+}
+
+bool tracking() noexcept {
+    return (g_switches.load() & kTracking) != 0;
+}
+
+}  // namespace
+
+bool refuses_allocation() noexcept {
+    if ((g_switches.load() & kFailing) == 0) return false;
+    u64 left = g_until_failure.load();
+    while (left != 0 && !g_until_failure.compare_exchange_weak(left, left - 1)) {
+    }
+    if (left == 1) set_switch(kFailing, false);
+    return left == 1;
+}
+
+void remember(const void *block, std::size_t size, const char *file, int line) noexcept {
+    const std::scoped_lock lock(g_mutex);
+    if (tracking()) insert(block, size, file, line);
+}
+
+void forget(const void *block) noexcept {
+    const std::scoped_lock lock(g_mutex);
+    erase(block);
+}
+
+void replace(const void *old_block, const void *block, std::size_t size, const char *file,
+             int line) noexcept {
+    const std::scoped_lock lock(g_mutex);
+    erase(old_block);
+    if (tracking()) insert(block, size, file, line);
+}
+
+}  // namespace tlx::debug
+
+using namespace tlx::debug;
+
+extern "C" {
+
+void tlx_track_allocations(int on) {
+    const std::scoped_lock lock(g_mutex);
+    set_switch(kTracking, on != 0);
+    if (on != 0) return;
+    for (Entry *&bucket : g_buckets) {
+        while (bucket != nullptr) {
+            Entry *entry = bucket;
+            bucket = entry->next;
+            std::free(entry);
+        }
+    }
+}
+
+uint64_t tlx_list_live_blocks(TLX_LEAK_VISITOR visitor, void *context) {
+    const std::scoped_lock lock(g_mutex);
+    uint64_t blocks = 0;
+    for (const Entry *entry : g_buckets) {
+        for (; entry != nullptr; entry = entry->next, ++blocks) {
+            if (visitor != nullptr) visitor(entry->block, entry->size, entry->file, entry->line, context);
+        }
+    }
+    return blocks;
+}
+
+void tlx_fail_allocation(uint64_t n) {
+    g_until_failure.store(n);
+    set_switch(kFailing, n != 0);
+}
+
+}  // extern "C"
