@@ -7,7 +7,8 @@ enum { DEEPEST = 32 };
 /* The value of an object identifier with its name, for the elements that say the most. */
 static void show_object_identifier(const ASN1_UNIT *parent, uint32_t index) {
     OBJECT_IDENTIFIER *oid = getDERChildAt(parent, index, TLX_TAG_OBJECT_IDENTIFIER);
-    if (oid != NULL) printf("  %s (%s)", oid->data, ln_from_index((int32_t)index_from_OBJECT_IDENTIFIER(oid)));
+    if (oid != NULL)
+        printf("  %s (%s)", oid->data, ln_from_index((int32_t)index_from_OBJECT_IDENTIFIER(oid)));
     free_OBJECT_IDENTIFIER(oid);
 }
 
@@ -19,8 +20,8 @@ static void show_children(const ASN1_UNIT *node, int depth) {
         if (type == TLX_TAG_OBJECT_IDENTIFIER) show_object_identifier(node, i);
         printf("\n");
         if ((type & 0x20) == 0 || depth == DEEPEST) continue;
-        ASN1_UNIT *child = getDERChildAt(node, i, type & 0x1F);
-        if (child == NULL) child = getDERChildAt(node, i, TLX_TAG_SEQUENCE); /* context-specific */
+        /* A context-specific child is taken for whatever type is expected. */
+        ASN1_UNIT *child = getDERChildAt(node, i, type == TLX_TAG_SET_OCTET ? TLX_TAG_SET : TLX_TAG_SEQUENCE);
         show_children(child, depth + 1);
         free_ASN1_UNIT(child);
     }
