@@ -40,14 +40,16 @@ void release_limbs(BIGINT &number) noexcept {
 
 u64 load_big_endian(const u8 *octets) noexcept {
     u64 value = 0;
-    for (u32 i = 0; i < kLimbOctets; ++i)
+    for (u32 i = 0; i < kLimbOctets; ++i) {
         value = value << 8U | octets[i];
+    }
     return value;
 }
 
 void store_big_endian(u8 *octets, u64 value) noexcept {
-    for (u32 i = kLimbOctets; i-- != 0; value >>= 8U)
+    for (u32 i = kLimbOctets; i-- != 0; value >>= 8U) {
         octets[i] = static_cast<u8>(value);
+    }
 }
 
 u32 octets_of(const BIGINT &number) noexcept {
@@ -71,8 +73,9 @@ bool reserve(BIGINT &number, u32 limbs) noexcept {
 }
 
 void set_used(BIGINT &number, u32 used) noexcept {
-    while (used != 0 && number.limbs[used - 1] == 0)
+    while (used != 0 && number.limbs[used - 1] == 0) {
         --used;
+    }
     number.used = used;
 }
 
@@ -114,8 +117,9 @@ uint32_t copy_BIGINT(BIGINT *to, const BIGINT *from) {
 
 BIGINT *binary_to_BIGINT(const uint8_t *octets, uint32_t len) {
     if (octets == nullptr && len != 0) return nullptr;
-    for (; len != 0 && *octets == 0; --len)
+    for (; len != 0 && *octets == 0; --len) {
         ++octets;
+    }
     const u32 whole = len / kLimbOctets;
     const u32 rest = len % kLimbOctets;
     BIGINT *number = create(whole + (rest != 0 ? 1 : 0));
@@ -127,8 +131,9 @@ BIGINT *binary_to_BIGINT(const uint8_t *octets, uint32_t len) {
     number->used = whole;
     if (rest != 0) {
         u64 top = 0;
-        for (u32 i = 0; i < rest; ++i)
+        for (u32 i = 0; i < rest; ++i) {
             top = top << 8U | octets[i];
+        }
         number->limbs[number->used++] = top;
     }
     return number;
@@ -142,16 +147,18 @@ uint32_t BIGINT_to_binary(const BIGINT *number, uint8_t *octets, uint32_t len) {
         store_big_endian(octets + len, limb(*number, index));
     }
     u64 top = limb(*number, index);
-    for (; len != 0; top >>= 8U)
+    for (; len != 0; top >>= 8U) {
         octets[--len] = static_cast<u8>(top);
+    }
     return 0;
 }
 
 BIGINT *hex_to_BIGINT(const char *hex) {
     if (hex == nullptr || *hex == '\0') return nullptr;
     std::size_t digits = std::strlen(hex);
-    for (; digits != 1 && *hex == '0'; --digits)
+    for (; digits != 1 && *hex == '0'; --digits) {
         ++hex;
+    }
     if (digits > std::size_t{kMostLimbs} * 16) return nullptr;
     BIGINT *number = create(static_cast<u32>((digits + 15) / 16));
     if (number == nullptr) return nullptr;

@@ -27,6 +27,8 @@ using Bignum = std::unique_ptr<BIGNUM, FreeBignum>;
 using BignumContext = std::unique_ptr<BN_CTX, FreeBignum>;
 using OwnedBigint = std::unique_ptr<BIGINT, FreeBignum>;
 
+/// Scratch numbers for libcrypto's functions, in the library context; null on failure.
+BignumContext new_bignum_context() noexcept;
 /// A new BIGNUM of the same value (BN_free or BN_clear_free it); null on failure.
 BIGNUM *to_bignum(const BIGINT *number) noexcept;
 /// Stores the value. False on a negative number or allocation failure (number is unchanged then).

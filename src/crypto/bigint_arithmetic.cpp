@@ -21,7 +21,7 @@ template <typename Operation, typename... Operands>
 u32 compute(BIGINT *result, Operation operation, const Operands *...operands) noexcept {
     const ErrorScope errors;
     if (result == nullptr) return 1;
-    const BignumContext context(BN_CTX_secure_new_ex(backend()));
+    const BignumContext context = new_bignum_context();
     const Bignum value(BN_new());
     const std::array<Bignum, sizeof...(Operands)> in{Bignum(to_bignum(operands))...};
     if (context == nullptr || value == nullptr) return 1;
@@ -50,6 +50,10 @@ void store(BIGINT &number, const BIGNUM *value) noexcept {
 }  // namespace
 
 namespace tlx {
+
+BignumContext new_bignum_context() noexcept {
+    return BignumContext(backend() == nullptr ? nullptr : BN_CTX_secure_new_ex(backend()));
+}
 
 BIGNUM *to_bignum(const BIGINT *number) noexcept {
     if (number == nullptr || number->used > INT_MAX / kLimbOctets) return nullptr;
@@ -141,7 +145,7 @@ uint32_t mul_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *b) {
 uint32_t div_BIGINT(BIGINT *quotient, BIGINT *remainder, const BIGINT *a, const BIGINT *b) {
     const ErrorScope errors;
     if (quotient == remainder) return 1;
-    const BignumContext context(BN_CTX_secure_new_ex(backend()));
+    const BignumContext context = new_bignum_context();
     const Bignum dividend(to_bignum(a));
     const Bignum divisor(to_bignum(b));
     const Bignum ratio(BN_new());
@@ -201,7 +205,7 @@ uint32_t random_BIGINT(BIGINT *result, const BIGINT *limit) {
 
 int32_t is_BIGINT_prime(const BIGINT *number) {
     const ErrorScope errors;
-    const BignumContext context(BN_CTX_secure_new_ex(backend()));
+    const BignumContext context = new_bignum_context();
     const Bignum candidate(to_bignum(number));
     if (context == nullptr || candidate == nullptr) return 0;
     return BN_check_prime(candidate.get(), context.get(), nullptr) == 1 ? 1 : 0;

@@ -84,7 +84,7 @@ uint32_t set_ECURVE_params(ECURVE *curve, int32_t id, const char *name, const BI
                            const BIGINT *p, const ECPOINT *base, const BIGINT *order) {
     if (curve == nullptr || name == nullptr || std::strlen(name) >= sizeof curve->name) return 1;
     ECURVE next = {id, {}, dup_BIGINT(a), dup_BIGINT(b), dup_BIGINT(p), dup_ECPOINT(base), dup_BIGINT(order)};
-    std::strcpy(next.name, name);
+    std::memcpy(next.name, name, std::strlen(name));
     if (next.a == nullptr || next.b == nullptr || next.p == nullptr || next.base == nullptr ||
         next.order == nullptr) {
         clean_ECURVE(&next);
@@ -99,7 +99,7 @@ int32_t is_ECPOINT_on_ECURVE(const ECPOINT *point, const ECURVE *curve) {
     const ErrorScope errors;
     if (point == nullptr || curve == nullptr) return 0;
     if (cmp_BIGINT(point->x, curve->p) >= 0 || cmp_BIGINT(point->y, curve->p) >= 0) return 0;
-    const BignumContext context(BN_CTX_new_ex(backend()));
+    const BignumContext context = new_bignum_context();
     const Bignum numbers[] = {Bignum(to_bignum(curve->p)), Bignum(to_bignum(curve->a)),
                               Bignum(to_bignum(curve->b)), Bignum(to_bignum(point->x)),
                               Bignum(to_bignum(point->y))};

@@ -14,14 +14,14 @@ namespace {
 constexpr std::size_t kMostOctets = 0x7FFFFFFF;
 
 struct CloseFile {
-    void operator()(std::FILE *file) const noexcept { std::fclose(file); }
+    void operator()(std::FILE *file) const noexcept { static_cast<void>(std::fclose(file)); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 // Without a buffer of its own: a key read or written here leaves no copy behind.
 File open_unbuffered(const char *path, const char *mode) noexcept {
     File file(path == nullptr ? nullptr : open_file(path, mode));
-    if (file != nullptr) std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    if (file != nullptr && std::setvbuf(file.get(), nullptr, _IONBF, 0) != 0) file.reset();
     return file;
 }
 
@@ -113,7 +113,7 @@ uint32_t hex_to_binary(const char *hex, uint32_t hex_len, uint8_t **octets, uint
     if (octets == nullptr || len == nullptr || (hex == nullptr && hex_len != 0) || hex_len % 2 != 0) return 1;
     auto *out = static_cast<u8 *>(TLX_ALLOCATE(hex_len / 2));
     if (out == nullptr) return 1;
-    for (u32 i = 0; i < hex_len / 2; ++i) {
+    for (std::size_t i = 0; i < hex_len / 2; ++i) {
         const i32 high = hex_value(hex[2 * i]);
         const i32 low = hex_value(hex[2 * i + 1]);
         if (high < 0 || low < 0) {

@@ -28,8 +28,9 @@ u32 load_little_endian(const u8 *octets) noexcept {
 }
 
 void store_little_endian(u8 *octets, u32 value) noexcept {
-    for (u32 i = 0; i < 4; ++i)
-        octets[i] = static_cast<u8>(value >> (8U * i));
+    for (std::size_t i = 0; i < 4; ++i) {
+        octets[i] = static_cast<u8>(value >> (8 * i));
+    }
 }
 
 template <u32 round>
@@ -42,13 +43,13 @@ u32 mix(u32 b, u32 c, u32 d) noexcept {
 template <u32 round>
 void run(u32 (&state)[5], u32 (&words)[20]) noexcept {
     constexpr const u8(&order)[20] = kOrder[round];
-    for (u32 group = 0; group < 4; ++group) {
+    for (std::size_t group = 0; group < 4; ++group) {
         const u8 *of_group = order + 5 * group + 1;
         words[16 + group] = words[of_group[0]] ^ words[of_group[1]] ^ words[of_group[2]] ^ words[of_group[3]];
     }
     auto [a, b, c, d, e] = state;
 #pragma GCC unroll 20
-    for (u32 step = 0; step < 20; ++step) {
+    for (std::size_t step = 0; step < 20; ++step) {
         const u32 next =
             std::rotl(a, kRotateA[step]) + mix<round>(b, c, d) + e + words[order[step]] + kConstant[round];
         e = d;
@@ -73,16 +74,18 @@ void Has160::start() noexcept {
 
 void Has160::compress(const u8 *block) noexcept {
     u32 words[20];
-    for (u32 i = 0; i < 16; ++i)
+    for (std::size_t i = 0; i < 16; ++i) {
         words[i] = load_little_endian(block + 4 * i);
+    }
     u32 state[5];
     std::copy_n(chain_, 5, state);
     run<0>(state, words);
     run<1>(state, words);
     run<2>(state, words);
     run<3>(state, words);
-    for (u32 i = 0; i < 5; ++i)
+    for (std::size_t i = 0; i < 5; ++i) {
         chain_[i] += state[i];
+    }
 }
 
 void Has160::add(Bytes data) noexcept {
@@ -95,8 +98,9 @@ void Has160::add(Bytes data) noexcept {
         if (held + taken < kBlockLength) return;
         compress(pending_);
     }
-    for (; data.size() >= kBlockLength; data = data.subspan(kBlockLength))
+    for (; data.size() >= kBlockLength; data = data.subspan(kBlockLength)) {
         compress(data.data());
+    }
     std::copy_n(data.data(), data.size(), pending_);
 }
 
@@ -114,8 +118,9 @@ void Has160::finish(u8 *digest) noexcept {
     store_little_endian(pending_ + kLengthOffset, static_cast<u32>(bits));
     store_little_endian(pending_ + kLengthOffset + 4, static_cast<u32>(bits >> 32U));
     compress(pending_);
-    for (u32 i = 0; i < 5; ++i)
+    for (std::size_t i = 0; i < 5; ++i) {
         store_little_endian(digest + 4 * i, chain_[i]);
+    }
 }
 
 }  // namespace tlx

@@ -24,8 +24,9 @@ u32 digest_of(u32 id) noexcept {
 
 bool start_pad(DIGEST_UNIT &unit, u32 digest_id, const u8 *key, u32 block_len, u8 pad) noexcept {
     u8 block[kMostBlockLength];
-    for (u32 i = 0; i < block_len; ++i)
+    for (u32 i = 0; i < block_len; ++i) {
         block[i] = key[i] ^ pad;
+    }
     const bool done = init_Digest(&unit, digest_id) == 0 && update_Digest(&unit, block, block_len) == 0;
     tlx_wipe(block, sizeof block);
     return done;
@@ -48,6 +49,12 @@ bool set_key(HMAC_UNIT &unit, u32 digest_id, const u8 *key, u32 key_len) noexcep
     return done;
 }
 
+void clean(HMAC_UNIT &unit) noexcept {
+    clean_digest(unit.inner);
+    clean_digest(unit.outer);
+    clean_digest(unit.message);
+}
+
 }  // namespace
 
 extern "C" {
@@ -58,9 +65,7 @@ HMAC_UNIT *new_HMAC_UNIT(void) {
 
 void free_HMAC_UNIT(HMAC_UNIT *unit) {
     if (unit == nullptr) return;
-    clean_digest(unit->inner);
-    clean_digest(unit->outer);
-    clean_digest(unit->message);
+    clean(*unit);
     tlx_free(unit);
 }
 
@@ -107,9 +112,7 @@ uint32_t compute_HMAC(uint32_t digest_id, const uint8_t *key, uint32_t key_len, 
     if (mac_len != nullptr) *mac_len = 0;
     const bool done = init_HMAC(&unit, digest_id, key, key_len) == 0 && update_HMAC(&unit, data, len) == 0 &&
                       final_HMAC(&unit, mac, mac_len) == 0;
-    clean_digest(unit.inner);
-    clean_digest(unit.outer);
-    clean_digest(unit.message);
+    clean(unit);
     return done ? 0 : 1;
 }
 

@@ -75,8 +75,9 @@ void count(std::int64_t blocks, std::int64_t bytes) noexcept {
 
 u64 sum(std::atomic<std::int64_t> Cell::*counter) noexcept {
     std::int64_t total = 0;
-    for (const Cell &cell : g_cells)
+    for (const Cell &cell : g_cells) {
         total += (cell.*counter).load(std::memory_order_relaxed);
+    }
     return static_cast<u64>(total);
 }
 
@@ -107,7 +108,7 @@ void *issue(void *memory, std::size_t size, const char *file, int line) noexcept
     count(1, static_cast<std::int64_t>(size));
     void *block = header + 1;
     close_block(header);
-    if (debug::active()) debug::remember(block, size, file, line);
+    if (debug::active()) debug::remember(block, {size, file, line});
     return block;
 }
 
@@ -123,6 +124,26 @@ std::size_t new_capacity(std::size_t capacity, std::size_t size) noexcept {
 bool fits(const Header &header, std::size_t size) noexcept {
     constexpr std::size_t kSmall = 256;
     return size <= header.capacity && (header.capacity <= kSmall || size >= header.capacity / 4);
+}
+
+// Null on failure, and the block is as it was.
+void *resize(void *block, std::size_t size) noexcept {
+    Header *header = open_block(block);
+    const std::size_t old_size = header->size;
+    if (!fits(*header, size)) {
+        const std::size_t capacity = new_capacity(header->capacity, size);
+        void *moved = std::realloc(header, sizeof(Header) + capacity);
+        if (moved == nullptr) {
+            close_block(header);
+            return nullptr;
+        }
+        header = static_cast<Header *>(moved);
+        header->capacity = capacity;
+    }
+    header->size = size;
+    count(0, static_cast<std::int64_t>(size) - static_cast<std::int64_t>(old_size));
+    close_block(header);
+    return header + 1;
 }
 
 }  // namespace
@@ -155,23 +176,15 @@ void *tlx_realloc(void *block, size_t size, const char *file, int line) {
     if (block == nullptr) return tlx_malloc(size, file, line);
     if (debug::active() && debug::refuses_allocation()) return nullptr;
     if (size > kMostOctets) return nullptr;
-    Header *header = open_block(block);
-    const std::size_t old_size = header->size;
-    if (!fits(*header, size)) {
-        const std::size_t capacity = new_capacity(header->capacity, size);
-        auto *moved = static_cast<Header *>(std::realloc(header, sizeof(Header) + capacity));
-        if (moved == nullptr) {
-            close_block(header);
-            return nullptr;
-        }
-        header = moved;
-        header->capacity = capacity;
+    if (!debug::active()) return resize(block, size);
+    const debug::Origin origin = debug::forget(block);
+    void *resized = resize(block, size);
+    if (resized != nullptr) {
+        debug::remember(resized, {size, file, line});
+    } else if (origin.file != nullptr) {
+        debug::remember(block, origin);
     }
-    header->size = size;
-    count(0, static_cast<std::int64_t>(size) - static_cast<std::int64_t>(old_size));
-    close_block(header);
-    if (debug::active()) debug::replace(block, header + 1, size, file, line);
-    return header + 1;
+    return resized;
 }
 
 void tlx_free(void *block) {

@@ -28,41 +28,16 @@ constinit std::atomic<u64> g_until_failure;
 struct Entry {
     Entry *next;
     const void *block;
-    std::size_t size;
-    const char *file;
-    int line;
+    Origin origin;
 };
 
-constexpr std::size_t kBuckets = 16384;
-constinit Entry *g_buckets[kBuckets];
+constexpr unsigned kBucketBits = 14;
+constinit Entry *g_buckets[std::size_t{1} << kBucketBits];
 constinit std::mutex g_mutex;  // guards the buckets and all entries
 
 Entry **bucket_of(const void *block) noexcept {
-    const auto address = reinterpret_cast<std::uintptr_t>(block);
-    return &g_buckets[((address >> 4U) * 0x9E3779B97F4A7C15U) >> 50U];
-}
-static_assert(kBuckets == std::size_t{1} << (64U - 50U));
-
-void insert(const void *block, std::size_t size, const char *file, int line) noexcept {
-    auto *entry = static_cast<Entry *>(std::malloc(sizeof(Entry)));
-    if (entry == nullptr) return;
-    Entry **bucket = bucket_of(block);
-    *entry = {*bucket, block, size, file, line};
-    *bucket = entry;
-}
-
-void erase(const void *block) noexcept {
-    for (Entry **link = bucket_of(block); *link != nullptr; link = &(*link)->next) {
-        Entry *entry = *link;
-        if (entry->block != block) continue;
-        *link = entry->next;
-        std::free(entry);
-        return;
-    }
-}
-
-bool tracking() noexcept {
-    return (g_switches.load() & kTracking) != 0;
+    const u64 number = reinterpret_cast<std::uintptr_t>(block) / 16;
+    return &g_buckets[(number * 0x9E3779B97F4A7C15U) >> (64 - kBucketBits)];
 }
 
 }  // namespace
@@ -76,21 +51,27 @@ bool refuses_allocation() noexcept {
     return left == 1;
 }
 
-void remember(const void *block, std::size_t size, const char *file, int line) noexcept {
+void remember(const void *block, Origin origin) noexcept {
     const std::scoped_lock lock(g_mutex);
-    if (tracking()) insert(block, size, file, line);
+    if ((g_switches.load() & kTracking) == 0) return;
+    auto *entry = static_cast<Entry *>(std::malloc(sizeof(Entry)));
+    if (entry == nullptr) return;
+    Entry **bucket = bucket_of(block);
+    *entry = {*bucket, block, origin};
+    *bucket = entry;
 }
 
-void forget(const void *block) noexcept {
+Origin forget(const void *block) noexcept {
     const std::scoped_lock lock(g_mutex);
-    erase(block);
-}
-
-void replace(const void *old_block, const void *block, std::size_t size, const char *file,
-             int line) noexcept {
-    const std::scoped_lock lock(g_mutex);
-    erase(old_block);
-    if (tracking()) insert(block, size, file, line);
+    for (Entry **link = bucket_of(block); *link != nullptr; link = &(*link)->next) {
+        Entry *entry = *link;
+        if (entry->block != block) continue;
+        const Origin origin = entry->origin;
+        *link = entry->next;
+        std::free(entry);
+        return origin;
+    }
+    return {};
 }
 
 }  // namespace tlx::debug
@@ -117,7 +98,8 @@ uint64_t tlx_list_live_blocks(TLX_LEAK_VISITOR visitor, void *context) {
     uint64_t blocks = 0;
     for (const Entry *entry : g_buckets) {
         for (; entry != nullptr; entry = entry->next, ++blocks) {
-            if (visitor != nullptr) visitor(entry->block, entry->size, entry->file, entry->line, context);
+            const Origin &origin = entry->origin;
+            if (visitor != nullptr) visitor(entry->block, origin.size, origin.file, origin.line, context);
         }
     }
     return blocks;

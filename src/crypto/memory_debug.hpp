@@ -18,9 +18,16 @@ inline bool active() noexcept {
 /// Counts this allocation, and says whether it is the one that has to fail.
 bool refuses_allocation() noexcept;
 
-void remember(const void *block, std::size_t size, const char *file, int line) noexcept;
-void forget(const void *block) noexcept;
-/// A block was resized, and perhaps moved.
-void replace(const void *old_block, const void *block, std::size_t size, const char *file, int line) noexcept;
+/// How large a block is and where it was allocated.
+struct Origin {
+    std::size_t size;
+    const char *file;
+    int line;
+};
+
+void remember(const void *block, Origin origin) noexcept;
+/// Returns what is known about the block, no file when it is not tracked. To be called while the block is
+/// still allocated: once it is freed, its address may be another thread's block.
+Origin forget(const void *block) noexcept;
 
 }  // namespace tlx::debug
