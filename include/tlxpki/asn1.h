@@ -49,15 +49,14 @@ TLXPKI_API uint32_t addToBERStringSequence(ASN1_UNIT *seq, uint32_t tag, const v
 
 /* Building, DER layer */
 TLXPKI_API uint32_t checkDER(uint32_t tag, void *value, uint32_t *len);
-TLXPKI_API uint32_t encodeToDER(ASN1_UNIT *node, uint32_t tag, const void *value, int32_t len);
-TLXPKI_API uint32_t encodeToDER_CS(ASN1_UNIT *node, uint32_t ctx, uint32_t tag, const void *value,
-                                   int32_t len);
-TLXPKI_API uint32_t addToDERSequence(ASN1_UNIT *seq, uint32_t tag, const void *value, uint32_t len);
-TLXPKI_API uint32_t addToDERSequence_CS(ASN1_UNIT *seq, uint32_t ctx, uint32_t tag, const void *value,
+TLXPKI_API uint32_t encodeToDER(ASN1_UNIT *node, uint32_t tag, void *value, int32_t len);
+TLXPKI_API uint32_t encodeToDER_CS(ASN1_UNIT *node, uint32_t ctx, uint32_t tag, void *value, int32_t len);
+TLXPKI_API uint32_t addToDERSequence(ASN1_UNIT *seq, uint32_t tag, void *value, uint32_t len);
+TLXPKI_API uint32_t addToDERSequence_CS(ASN1_UNIT *seq, uint32_t ctx, uint32_t tag, void *value,
                                         uint32_t len);
-TLXPKI_API uint32_t addToDERSequenceOf(ASN1_UNIT *seq, uint32_t tag, const void *value, uint32_t len);
-TLXPKI_API uint32_t addToDERSet(ASN1_UNIT *seq, uint32_t tag, const void *value, uint32_t len);
-TLXPKI_API uint32_t addToDERSetOf(ASN1_UNIT *seq, uint32_t tag, const void *value, uint32_t len);
+TLXPKI_API uint32_t addToDERSequenceOf(ASN1_UNIT *seq, uint32_t tag, void *value, uint32_t len);
+TLXPKI_API uint32_t addToDERSet(ASN1_UNIT *seq, uint32_t tag, void *value, uint32_t len);
+TLXPKI_API uint32_t addToDERSetOf(ASN1_UNIT *seq, uint32_t tag, void *value, uint32_t len);
 
 TLX_END_DECLS
 

@@ -3,9 +3,6 @@
 namespace tlx {
 namespace {
 
-constexpr u8 kIndefinite = 0x80;
-constexpr std::size_t kEndOfContentsSize = 2;
-
 /// The length octets at the start of `in`: how many there are and the length they give (unset for 0x80).
 struct Length {
     std::size_t octets = 0;
@@ -17,11 +14,11 @@ bool read_length(Bytes in, Length &length) noexcept {
     if (in.empty()) return false;
     const u8 first = in[0];
     length.octets = 1;
-    if (first < kIndefinite) {
+    if (first < kIndefiniteLength) {
         length.value = first;
         return true;
     }
-    if (first == kIndefinite) {
+    if (first == kIndefiniteLength) {
         length.indefinite = true;
         return true;
     }
@@ -44,7 +41,52 @@ constexpr u32 tag_set(std::initializer_list<u32> tags) noexcept {
     return set;
 }
 
+/// Stands in for a length that nobody told: no element that is accepted reaches further.
+Bytes trusted(const u8 *octets) noexcept {
+    constexpr std::size_t kLongestHeader = 6;
+    return {octets, kLongestHeader + kMaxLength + kEndOfContentsSize};
+}
+
 }  // namespace
+
+std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept {
+    if (length >= kIndefiniteLength) return write_long_length(length, octets);
+    octets[0] = static_cast<u8>(length);
+    return 1;
+}
+
+std::size_t write_long_length(u32 length, u8 (&octets)[5]) noexcept {
+    std::size_t count = 1;
+    while (count < 4 && (length >> (8 * count)) != 0)
+        ++count;
+    octets[0] = static_cast<u8>(0x80 | count);
+    for (std::size_t i = 0; i < count; ++i)
+        octets[1 + i] = static_cast<u8>(length >> (8 * (count - 1 - i)));
+    return 1 + count;
+}
+
+bool read_definite_length(Bytes in, std::size_t &length) noexcept {
+    Length read;
+    if (!read_length(in, read) || read.indefinite) return false;
+    length = read.value;
+    return true;
+}
+
+bool read_trusted_length(const u8 *octets, std::size_t &length) noexcept {
+    Length read;
+    if (octets == nullptr || !read_length(trusted(octets), read)) return false;
+    if (read.indefinite) return measure_trusted_indefinite(octets + 1, length);
+    length = read.value;
+    return true;
+}
+
+bool measure_trusted_indefinite(const u8 *octets, std::size_t &length) noexcept {
+    return octets != nullptr && measure_indefinite(trusted(octets), length);
+}
+
+bool read_trusted_element(const u8 *octets, Element &element) noexcept {
+    return octets != nullptr && read_element(trusted(octets), element);
+}
 
 bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth) noexcept {
     if (depth >= kMaxDepth) return false;

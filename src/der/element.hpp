@@ -1,5 +1,6 @@
 // Bounded reading: views of elements inside octets that somebody else owns. No other code does pointer
-// arithmetic on encoded data.
+// arithmetic on encoded data. Octets that come without a length are read through the _trusted_ functions,
+// which believe the headers; everything nested in a definite length is then bounded by it.
 #pragma once
 
 #include "der/types.hpp"
@@ -13,6 +14,9 @@ constexpr u8 kContextSpecific = 0x80;
 constexpr u32 kMaxLength = 0x7FFFFFFF;
 /// Indefinite lengths nested deeper than this are refused.
 constexpr unsigned kMaxDepth = 64;
+/// The length octet of an indefinite length; definite lengths from here on take the long form.
+constexpr u8 kIndefiniteLength = 0x80;
+constexpr std::size_t kEndOfContentsSize = 2;
 
 /// One element: identifier octet, length octets, contents (without end-of-contents octets).
 struct Element {
@@ -36,6 +40,26 @@ struct Element {
 /// Reads the element that starts at the first octet of `in`; what follows it is ignored. False when it is
 /// truncated or its length is refused.
 [[nodiscard]] bool read_element(Bytes in, Element &element) noexcept;
+
+/// Reads an element at `octets` whose extent only its own header tells: the outermost header, and the nested
+/// ones of an indefinite length, are taken at their word. False for null and for a refused length.
+[[nodiscard]] bool read_trusted_element(const u8 *octets, Element &element) noexcept;
+
+/// The contents length that the length octets at `octets` give, taken at their word; for an indefinite length
+/// the contents after them are measured. False for null and for a refused length.
+[[nodiscard]] bool read_trusted_length(const u8 *octets, std::size_t &length) noexcept;
+
+/// Measures the contents at `octets` of an indefinite length, taking the headers in them at their word.
+[[nodiscard]] bool measure_trusted_indefinite(const u8 *octets, std::size_t &length) noexcept;
+
+/// The length that definite length octets give. False for an indefinite length, a refused one, and octets
+/// that end too early.
+[[nodiscard]] bool read_definite_length(Bytes in, std::size_t &length) noexcept;
+
+/// Writes the length octets of a definite length in DER form; returns how many (1 to 5).
+std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept;
+/// The same in the long form, also for a length that fits the short one; returns how many (2 to 5).
+std::size_t write_long_length(u32 length, u8 (&octets)[5]) noexcept;
 
 /// Measures the contents of an indefinite length, which start at the first octet of `in`. Once an element of
 /// indefinite length has been met, every later one at the same level is measured as indefinite too: BER input

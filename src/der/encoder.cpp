@@ -2,23 +2,10 @@
 
 #include "der/oid_text.hpp"
 #include "der/owned.hpp"
+#include "der/typed_element.hpp"
 #include "der/values.hpp"
 
 namespace tlx {
-
-std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept {
-    if (length < 0x80) {
-        octets[0] = static_cast<u8>(length);
-        return 1;
-    }
-    std::size_t count = 1;
-    while (count < 4 && (length >> (8 * count)) != 0)
-        ++count;
-    octets[0] = static_cast<u8>(0x80 | count);
-    for (std::size_t i = 0; i < count; ++i)
-        octets[1 + i] = static_cast<u8>(length >> (8 * (count - 1 - i)));
-    return 1 + count;
-}
 
 std::size_t Encoder::open(u8 tag) noexcept {
     buffer_.append(tag);
@@ -97,37 +84,12 @@ void Encoder::string(const ASN1_STRING *string, u8 tag) noexcept {
 }
 
 void Encoder::any_string(const ASN1_STRING *string) noexcept {
-    if (string == nullptr) return fail();
-    switch (string->type) {
-        case TLX_TAG_BIT_STRING:
-            return bit_string(string);
-        case TLX_TAG_OBJECT_IDENTIFIER:
-            return oid(string);
-        case TLX_TAG_INTEGER: {
-            const Owned<BIGINT> number(decode_integer(octets_of(string)));
-            return integer(number.get());
-        }
-        case TLX_TAG_SEQUENCE:
-        case TLX_TAG_SEQUENCE_OCTET:
-            return this->string(string, kSequence);
-        case TLX_TAG_SET:
-        case TLX_TAG_SET_OCTET:
-            return this->string(string, kSet);
-        case TLX_TAG_BOOLEAN:
-        case TLX_TAG_OCTET_STRING:
-        case TLX_TAG_NULL:
-        case TLX_TAG_ENUMERATED:
-        case TLX_TAG_UTF8_STRING:
-        case TLX_TAG_PRINTABLE_STRING:
-        case TLX_TAG_T61_STRING:
-        case TLX_TAG_IA5_STRING:
-        case TLX_TAG_UTC_TIME:
-        case TLX_TAG_GENERALIZED_TIME:
-        case TLX_TAG_BMP_STRING:
-            return this->string(string, static_cast<u8>(string->type));
-        default:
-            return fail();
-    }
+    TypedElement element(0, LengthForm::minimal);
+    if (!element.set_any(string)) return fail();
+    u8 *room = buffer_.reserve(element.size());
+    if (room == nullptr) return;
+    if (!element.write(room)) return fail();
+    buffer_.advance(element.size());
 }
 
 void Encoder::node(const ASN1_UNIT *node) noexcept {

@@ -21,9 +21,6 @@ constexpr u8 context_primitive(u8 number) noexcept {
     return static_cast<u8>(kContextSpecific | number);
 }
 
-/// Writes the length octets of a definite length in DER form; returns how many (1 to 5).
-std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept;
-
 /// Any failure (a null value, an unencodable text, no memory) is remembered; `ok` tells at the end.
 class Encoder {
   public:

@@ -107,21 +107,33 @@ ASN1_STRING *decode_any_string(const Element &element) noexcept {
 ASN1_UNIT *make_node(const Element &element) noexcept {
     Owned<ASN1_UNIT> node(TLX_NEW(ASN1_UNIT));
     if (!node) return nullptr;
-    const std::size_t header = 1 + element.length_octets.size();
-    node->tag = copy_terminated(element.whole.first(1));
+    const std::size_t size = element.contents.size();
+    node->tag = copy_terminated({&element.tag, 1});
     node->length = copy_terminated(element.length_octets);
-    node->value = copy_terminated(element.whole.subspan(header));
+    node->value = static_cast<u8 *>(TLX_ALLOCATE(size + kEndOfContentsSize));
     if (node->tag == nullptr || node->length == nullptr || node->value == nullptr) return nullptr;
-    if (element.indefinite) node->eoc = node->value + element.contents.size();
+    if (size > 0) std::memcpy(node->value, element.contents.data(), size);
+    std::memset(node->value + size, 0, kEndOfContentsSize);
+    if (element.indefinite) node->eoc = node->value + size;
     return node.release();
 }
 
+bool read_node_length(const ASN1_UNIT *node, std::size_t &length) noexcept {
+    if (node == nullptr || node->length == nullptr) return false;
+    if (*node->length != kIndefiniteLength) {
+        return read_definite_length({node->length, getASN1LengthSize(node->length)}, length);
+    }
+    if (node->eoc == nullptr || node->eoc < node->value) return false;
+    length = static_cast<std::size_t>(node->eoc - node->value);
+    return length <= kMaxLength;
+}
+
 bool view_node(const ASN1_UNIT *node, Element &element) noexcept {
-    if (node == nullptr || node->tag == nullptr || node->length == nullptr) return false;
-    const u32 size = getASN1ValueLength(node);
-    if (size > kMaxLength || (size > 0 && node->value == nullptr)) return false;
+    std::size_t size = 0;
+    if (node == nullptr || node->tag == nullptr || !read_node_length(node, size)) return false;
+    if (size > 0 && node->value == nullptr) return false;
     element.tag = *node->tag;
-    element.indefinite = node->eoc != nullptr;
+    element.indefinite = *node->length == kIndefiniteLength;
     element.length_octets = {node->length, getASN1LengthSize(node->length)};
     element.contents = {node->value, size};
     element.whole = {};  // the parts of a node do not lie side by side

@@ -1,0 +1,96 @@
+// Nodes and records to and from octets and files.
+#include <tlxcrypto/digest.h>
+#include <tlxcrypto/file.h>
+#include <tlxpki/asn1.h>
+#include <tlxpki/asn1_io.h>
+
+#include "der/element.hpp"
+#include "der/memory.hpp"
+#include "der/owned.hpp"
+#include "der/values.hpp"
+
+using namespace tlx;
+
+namespace {
+
+constexpr u32 kNoOctets = 0xFFFFFFFF;
+
+/// The encoding of a record; null when it cannot be encoded.
+OwnedOctets<u8> encode(const void *object, ASN1_ENCODER encoder, u32 &len) noexcept {
+    u8 *octets = nullptr;
+    len = writeDER_to_Binary(object, encoder, &octets);
+    return OwnedOctets<u8>(len != kNoOctets ? octets : nullptr);
+}
+
+}  // namespace
+
+uint32_t ASN1_to_binary(const ASN1_UNIT *node, uint8_t **out) {
+    Element element;
+    if (out == nullptr || !view_node(node, element)) return kNoOctets;
+    const std::size_t header = 1 + element.length_octets.size();
+    const std::size_t size = element.contents.size();
+    const std::size_t trailer = element.indefinite ? kEndOfContentsSize : 0;
+    auto *octets = static_cast<u8 *>(TLX_ALLOCATE(header + size + trailer));
+    if (octets == nullptr) return kNoOctets;
+    octets[0] = element.tag;
+    std::memcpy(octets + 1, element.length_octets.data(), element.length_octets.size());
+    if (size > 0) std::memcpy(octets + header, element.contents.data(), size);
+    std::memset(octets + header + size, 0, trailer);
+    *out = octets;
+    return static_cast<u32>(header + size + trailer);
+}
+
+uint32_t ASN1_to_FILE(const ASN1_UNIT *node, const char *path) {
+    u8 *octets = nullptr;
+    const u32 len = ASN1_to_binary(node, &octets);
+    if (len == kNoOctets) return kNoOctets;
+    const OwnedOctets<u8> owner(octets);
+    return path != nullptr && binary_to_File(path, octets, len) == 0 ? len : kNoOctets;
+}
+
+uint32_t readDER_from_Binary(void **out, ASN1_DECODER decoder, const uint8_t *der) {
+    if (der == nullptr) return 0x4300002B;
+    if (decoder == nullptr) return 0x43000049;
+    const Owned<ASN1_UNIT> node(decodeToDERSequence(der));
+    return node ? decoder(node.get(), out) : 0x4300004F;
+}
+
+uint32_t readDER_from_Buffer(void **out, ASN1_DECODER decoder, const uint8_t *der, uint32_t len) {
+    if (der == nullptr) return 0x4300002B;
+    if (decoder == nullptr) return 0x43000049;
+    const Owned<ASN1_UNIT> node(decodeToDERSequence_n(der, len));
+    return node ? decoder(node.get(), out) : 0x4300004F;
+}
+
+uint32_t writeDER_to_Binary(const void *object, ASN1_ENCODER encoder, uint8_t **out) {
+    if (out == nullptr || encoder == nullptr) return kNoOctets;
+    ASN1_UNIT *node = nullptr;
+    const u32 status = encoder(object, &node);
+    const Owned<ASN1_UNIT> owner(node);
+    return status == 0 ? ASN1_to_binary(node, out) : kNoOctets;
+}
+
+uint32_t readDER_from_File(void **out, ASN1_DECODER decoder, const char *path) {
+    u8 *octets = nullptr;
+    u32 len = 0;
+    if (path == nullptr || File_to_binary(path, &octets, &len) != 0) return 0x4300002B;
+    const OwnedOctets<u8> owner(octets);
+    return readDER_from_Buffer(out, decoder, octets, len);
+}
+
+uint32_t writeDER_to_FILE(const void *object, ASN1_ENCODER encoder, const char *path) {
+    if (path == nullptr) return kNoOctets;
+    ASN1_UNIT *node = nullptr;
+    const u32 status = encoder != nullptr ? encoder(object, &node) : 1;
+    const Owned<ASN1_UNIT> owner(node);
+    return status == 0 ? ASN1_to_FILE(node, path) : 1;
+}
+
+uint32_t get_ASN1_hash(const void *object, ASN1_ENCODER encoder, uint32_t digest_id, uint8_t *digest) {
+    if (object == nullptr || digest == nullptr) return 0;
+    u32 len = 0;
+    const OwnedOctets<u8> octets = encode(object, encoder, len);
+    if (!octets) return 0;
+    u32 digest_len = 0;
+    return Digest(digest_id, octets.get(), len, digest, &digest_len) == 0 ? digest_len : 0;
+}
