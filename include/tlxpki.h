@@ -18,5 +18,12 @@
 #include <tlxpki/string.h>
 #include <tlxpki/time.h>
 #include <tlxpki/types.h>
+#include <tlxpki/x509.h>
+#include <tlxpki/x509_algorithm.h>
+#include <tlxpki/x509_attribute.h>
+#include <tlxpki/x509_extension.h>
+#include <tlxpki/x509_name.h>
+#include <tlxpki/x509_pubkey.h>
+#include <tlxpki/x509_types.h>
 
 #endif
