@@ -76,8 +76,7 @@ class TextIndex {
         const u64 hash = hash_text(text);
         std::size_t i = home(hash);
         while (slots_[i].row != 0) {
-            if (matches(slots_[i], hash, text)) return;  // a lower row has it
-            i = next(i);
+            i = next(i);  // past a lower row with the same text too, which is then found first
         }
         slots_[i] = {static_cast<std::uint16_t>(row.index), static_cast<u8>(text.size()), tag(hash)};
         if (text.size() > longest_) longest_ = static_cast<u32>(text.size());
