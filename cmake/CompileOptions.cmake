@@ -4,7 +4,9 @@ add_library(tlx_options INTERFACE)
 target_compile_options(tlx_options INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wundef -Wvla
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual>
-    $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
+    $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>
+    # File names that the allocator keeps are relative to the project.
+    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(TLX_SANITIZE)
     # A converter argument is called through a pointer to void ** on purpose, which clang's "function" check
