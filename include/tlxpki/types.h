@@ -1,5 +1,13 @@
 /** @file
- * The records that every module shares.
+ * The records that every module shares, and how they are passed.
+ *
+ * Memory: what a function returns as new belongs to the caller, who frees it with the free_ function of its
+ * type; octets and texts are freed with tlx_free(). clean_ functions release what a record holds and keep the
+ * record. Both ignore null. A function copies what it is given unless its documentation says that it takes it
+ * over.
+ *
+ * Threads: every function works on the records it is given, and may run on many threads at once on distinct
+ * records. A record that nobody changes may be read from many threads.
  */
 #ifndef TLXPKI_TYPES_H
 #define TLXPKI_TYPES_H
@@ -11,16 +19,20 @@
 
 /**
  * One encoded ASN.1 element. The contents of a constructed element are the encodings of its children, one
- * after the other; children are cut out on demand.
+ * after the other; children are cut out on demand. The identifier is a single octet (X.690 8.1.2.2): tag
+ * numbers above 30 are not supported. A node with a null tag is empty: nothing has been put in it yet.
  */
 typedef struct ASN1_UNIT {
     uint8_t *tag;    /**< the identifier octet, owned; null in an empty node */
-    uint8_t *length; /**< the length octets as encoded, owned */
+    uint8_t *length; /**< the length octets as encoded (X.690 8.1.3), owned */
     uint8_t *value;  /**< the contents, with 00 00 after them in an indefinite-length node; owned */
     uint8_t *eoc;    /**< where in value the end-of-contents octets stand; null for a definite length */
 } ASN1_UNIT;
 
-/** A string, time, bit string, octet string or object identifier value. */
+/**
+ * A string, time, bit string, octet string or object identifier value. The names that follow denote the same
+ * record with the type of their name.
+ */
 typedef struct ASN1_STRING {
     int32_t type;   /**< universal tag (for ASN1_STRING: the identifier octet) */
     uint8_t *data;  /**< contents, owned, with a zero octet after them */
@@ -54,7 +66,7 @@ typedef struct ASN1_TIME {
     int32_t daylight;    /**< daylight-saving flag */
 } ASN1_TIME;
 
-/** Values of tag arguments: the universal tag numbers, and three forms of their own. */
+/** Values of tag arguments: the universal tag numbers, and four values of their own. */
 enum {
     TLX_TAG_BOOLEAN = 1,
     TLX_TAG_INTEGER = 2,
@@ -78,14 +90,27 @@ enum {
     TLX_TAG_SET_OCTET = 49       /**< SET with the constructed bit */
 };
 
+/** Values of length-form arguments (X.690 8.1.3). */
+enum {
+    TLX_FORM_SHORT = 0,     /**< one octet, for contents of up to 127 octets */
+    TLX_FORM_LONG = 1,      /**< 0x80 + n and n octets, also where the short form would do */
+    TLX_FORM_INDEFINITE = 2 /**< 0x80, and end-of-contents octets after the contents */
+};
+
 /**
- * A decoder Seq_to_<TYPE> (node, <TYPE> **out), passed to the reading functions. Functions of the concrete
- * type are converted with TLX_DECODER.
+ * A decoder Seq_to_<TYPE> (node, <TYPE> **out), passed to the reading functions; one of the concrete type is
+ * converted with TLX_DECODER. It fills the record at *out when that is not null, and otherwise stores a new
+ * one there. On failure it frees only what it allocated: *out stays null, or the caller's record stays as far
+ * as it was filled. The node stays the caller's.
  */
 typedef uint32_t (*ASN1_DECODER)(const ASN1_UNIT *node, void **out);
-/** An encoder <TYPE>_to_Seq (const <TYPE> *object, node), converted with TLX_ENCODER. */
+/**
+ * An encoder <TYPE>_to_Seq (const <TYPE> *object, ASN1_UNIT **node), converted with TLX_ENCODER. On success
+ * it stores a new node in *node, which the caller frees with free_ASN1_UNIT().
+ */
 typedef uint32_t (*ASN1_ENCODER)(const void *object, ASN1_UNIT **node);
 
+/** The decoder or encoder of a concrete type as the reading and writing functions take it. */
 #ifdef __cplusplus
 #define TLX_DECODER(function) (reinterpret_cast<ASN1_DECODER>(function))
 #define TLX_ENCODER(function) (reinterpret_cast<ASN1_ENCODER>(function))

@@ -127,23 +127,6 @@ bool takes_segment(const ASN1_UNIT *seq, u32 tag) noexcept {
     return true;
 }
 
-bool is_segment_tag(u32 tag) noexcept {
-    switch (tag) {
-        case TLX_TAG_BIT_STRING:
-        case TLX_TAG_OCTET_STRING:
-        case TLX_TAG_UTF8_STRING:
-        case TLX_TAG_PRINTABLE_STRING:
-        case TLX_TAG_T61_STRING:
-        case TLX_TAG_IA5_STRING:
-        case TLX_TAG_UTC_TIME:
-        case TLX_TAG_GENERALIZED_TIME:
-        case TLX_TAG_BMP_STRING:
-            return true;
-        default:
-            return false;
-    }
-}
-
 }  // namespace
 
 bool fill_node(ASN1_UNIT *node, const TypedElement &element) noexcept {
@@ -181,7 +164,7 @@ bool append_value(ASN1_UNIT *seq, const TypedValue &value, u32 identifier) noexc
 }
 
 bool append_segment(ASN1_UNIT *seq, const TypedValue &value) noexcept {
-    if (is_segment_tag(value.tag) && takes_segment(seq, value.tag)) {
+    if (kStringsAndTimes.has(value.tag) && takes_segment(seq, value.tag)) {
         return append_value(seq, value, kConstructed | value.tag);
     }
     const Owned<ASN1_UNIT> consumed = take_over(seq, value);

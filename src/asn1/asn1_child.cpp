@@ -19,29 +19,12 @@ bool find_child(const ASN1_UNIT *node, u32 index, Element &child) noexcept {
     return false;
 }
 
-bool is_string_or_time(u8 number) noexcept {
-    switch (number) {
-        case TLX_TAG_BIT_STRING:
-        case TLX_TAG_OCTET_STRING:
-        case TLX_TAG_UTF8_STRING:
-        case TLX_TAG_PRINTABLE_STRING:
-        case TLX_TAG_T61_STRING:
-        case TLX_TAG_IA5_STRING:
-        case TLX_TAG_UTC_TIME:
-        case TLX_TAG_GENERALIZED_TIME:
-        case TLX_TAG_BMP_STRING:
-            return true;
-        default:
-            return false;
-    }
-}
-
 /// The matching rule: the pseudo-tags stand for many types only where the tag number is not their own low
 /// five bits (0 and 1).
 void *decode_child(const Element &child, u32 expected) noexcept {
     if (child.matches(expected)) return decode_as(child, expected);
     if (expected == TLX_TAG_ANY_STRING) return decode_any_string(child);
-    if (expected == TLX_TAG_ANY_NODE && is_string_or_time(child.number())) return make_node(child);
+    if (expected == TLX_TAG_ANY_NODE && kStringsAndTimes.has(child.number())) return make_node(child);
     return nullptr;
 }
 

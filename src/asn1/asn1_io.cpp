@@ -15,13 +15,6 @@ namespace {
 
 constexpr u32 kNoOctets = 0xFFFFFFFF;
 
-/// The encoding of a record; null when it cannot be encoded.
-OwnedOctets<u8> encode(const void *object, ASN1_ENCODER encoder, u32 &len) noexcept {
-    u8 *octets = nullptr;
-    len = writeDER_to_Binary(object, encoder, &octets);
-    return OwnedOctets<u8>(len != kNoOctets ? octets : nullptr);
-}
-
 }  // namespace
 
 uint32_t ASN1_to_binary(const ASN1_UNIT *node, uint8_t **out) {
@@ -88,9 +81,10 @@ uint32_t writeDER_to_FILE(const void *object, ASN1_ENCODER encoder, const char *
 
 uint32_t get_ASN1_hash(const void *object, ASN1_ENCODER encoder, uint32_t digest_id, uint8_t *digest) {
     if (object == nullptr || digest == nullptr) return 0;
-    u32 len = 0;
-    const OwnedOctets<u8> octets = encode(object, encoder, len);
-    if (!octets) return 0;
+    u8 *octets = nullptr;
+    const u32 len = writeDER_to_Binary(object, encoder, &octets);
+    if (len == kNoOctets) return 0;
+    const OwnedOctets<u8> owner(octets);
     u32 digest_len = 0;
-    return Digest(digest_id, octets.get(), len, digest, &digest_len) == 0 ? digest_len : 0;
+    return Digest(digest_id, octets, len, digest, &digest_len) == 0 ? digest_len : 0;
 }

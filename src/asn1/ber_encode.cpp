@@ -8,60 +8,31 @@ using namespace tlx;
 
 namespace {
 
-/// Fills `node` with the element that `set` describes. Only the two definite forms are written here.
-template <typename Set>
-bool encode(ASN1_UNIT *node, u32 tag, i32 form, Set set) noexcept {
+/// Fills `node` with the element that `Set` makes of the value. Only the two definite forms are written here.
+template <auto Set, typename T>
+bool encode(ASN1_UNIT *node, u32 tag, const T *value, i32 len, i32 form) noexcept {
     if (node == nullptr) return false;
-    const LengthForm definite =
-        form == 0 || form == 1 ? length_form(static_cast<u32>(form)) : LengthForm::unknown;
-    TypedElement element(static_cast<u8>(tag), definite);
-    if (tag <= 0xFF && set(element) && fill_node(node, element)) return true;
+    const bool definite = form == 0 || form == 1;
+    TypedElement element(static_cast<u8>(tag),
+                         definite ? length_form(static_cast<u32>(form)) : LengthForm::unknown);
+    if (tag <= 0xFF && (element.*Set)(value, len) && fill_node(node, element)) return true;
     clean_ASN1_UNIT(node);
     return false;
 }
 
 }  // namespace
 
-uint32_t encodeToBERBoolean(ASN1_UNIT *node, uint32_t tag, const uint8_t *value, int32_t len, int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_boolean(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42010101;
-}
+#define TLX_DEFINE_ENCODER(name, type, set, code)                                             \
+    uint32_t encodeToBER##name(ASN1_UNIT *node, uint32_t tag, const type *value, int32_t len, \
+                               int32_t form) {                                                \
+        return encode<&TypedElement::set>(node, tag, value, len, form) ? 0 : (code);          \
+    }
 
-uint32_t encodeToBERInteger(ASN1_UNIT *node, uint32_t tag, const BIGINT *value, int32_t len, int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_integer(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42020101;
-}
-
-uint32_t encodeToBERBitString(ASN1_UNIT *node, uint32_t tag, const BIT_STRING *value, int32_t len,
-                              int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_bit_string(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42030101;
-}
-
-uint32_t encodeToBERNull(ASN1_UNIT *node, uint32_t tag, const void * /*value*/, int32_t len, int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_null(len); };
-    return encode(node, tag, form, set) ? 0 : 0x42040101;
-}
-
-uint32_t encodeToBERObjectIdentifier(ASN1_UNIT *node, uint32_t tag, const OBJECT_IDENTIFIER *value,
-                                     int32_t len, int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_oid(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42050101;
-}
-
-uint32_t encodeToBERGENERALIZEDTime(ASN1_UNIT *node, uint32_t tag, const GENERALIZED_TIME *value, int32_t len,
-                                    int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_time(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42060101;
-}
-
-uint32_t encodeToBERUTCTime(ASN1_UNIT *node, uint32_t tag, const UTC_TIME *value, int32_t len, int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_time(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42070101;
-}
-
-uint32_t encodeToBERASN1String(ASN1_UNIT *node, uint32_t tag, const ASN1_STRING *value, int32_t len,
-                               int32_t form) {
-    const auto set = [&](TypedElement &element) { return element.set_octets(value, len); };
-    return encode(node, tag, form, set) ? 0 : 0x42080101;
-}
+TLX_DEFINE_ENCODER(Boolean, uint8_t, set_boolean, 0x42010101)
+TLX_DEFINE_ENCODER(Integer, BIGINT, set_integer, 0x42020101)
+TLX_DEFINE_ENCODER(BitString, BIT_STRING, set_bit_string, 0x42030101)
+TLX_DEFINE_ENCODER(Null, void, set_null, 0x42040101)
+TLX_DEFINE_ENCODER(ObjectIdentifier, OBJECT_IDENTIFIER, set_oid, 0x42050101)
+TLX_DEFINE_ENCODER(GENERALIZEDTime, GENERALIZED_TIME, set_time, 0x42060101)
+TLX_DEFINE_ENCODER(UTCTime, UTC_TIME, set_time, 0x42070101)
+TLX_DEFINE_ENCODER(ASN1String, ASN1_STRING, set_octets, 0x42080101)

@@ -33,14 +33,6 @@ bool read_length(Bytes in, Length &length) noexcept {
     return true;
 }
 
-/// Tag numbers that count_children knows: bit n set for universal tag n.
-constexpr u32 tag_set(std::initializer_list<u32> tags) noexcept {
-    u32 set = 0;
-    for (const u32 tag : tags)
-        set |= 1U << tag;
-    return set;
-}
-
 /// Stands in for a length that nobody told: no element that is accepted reaches further.
 Bytes trusted(const u8 *octets) noexcept {
     constexpr std::size_t kLongestHeader = 6;
@@ -132,7 +124,7 @@ bool read_element(Bytes in, Element &element) noexcept {
 }
 
 u32 count_children(Bytes contents) noexcept {
-    constexpr u32 kKnown = tag_set({1, 2, 3, 4, 5, 6, 10, 12, 16, 17, 19, 20, 22, 23, 24, 26, 30});
+    constexpr TagSet kKnown = {1, 2, 3, 4, 5, 6, 10, 12, 16, 17, 19, 20, 22, 23, 24, 26, 30};
     u32 count = 0;
     while (!contents.empty()) {
         if (contents.front() == 0) {
@@ -142,7 +134,7 @@ u32 count_children(Bytes contents) noexcept {
         }
         Element child;
         if (!read_element(contents, child)) return count;
-        if ((child.tag & 0xC0) == 0 && ((kKnown >> child.number()) & 1U) == 0) return 0;
+        if ((child.tag & 0xC0) == 0 && !kKnown.has(child.number())) return 0;
         ++count;
         contents = contents.subspan(child.whole.size());
     }

@@ -3,6 +3,8 @@
 // which believe the headers; everything nested in a definite length is then bounded by it.
 #pragma once
 
+#include <initializer_list>
+
 #include "der/types.hpp"
 
 namespace tlx {
@@ -65,6 +67,23 @@ std::size_t write_long_length(u32 length, u8 (&octets)[5]) noexcept;
 /// indefinite length has been met, every later one at the same level is measured as indefinite too: BER input
 /// is read where no definite length follows an indefinite one inside an indefinite container.
 [[nodiscard]] bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth = 0) noexcept;
+
+/// Universal tag numbers: bit n stands for tag n.
+class TagSet {
+  public:
+    constexpr TagSet(std::initializer_list<u32> tags) noexcept {
+        for (const u32 tag : tags)
+            bits_ |= 1U << tag;
+    }
+    [[nodiscard]] constexpr bool has(u32 tag) const noexcept {
+        return tag < 32 && ((bits_ >> tag) & 1U) != 0;
+    }
+
+  private:
+    u32 bits_ = 0;
+};
+/// The types that a string segment, or a value of pseudo-tag 33, may have.
+constexpr TagSet kStringsAndTimes = {3, 4, 12, 19, 20, 22, 23, 24, 30};
 
 /// Walks the elements of a constructed element's contents once, front to back.
 class Cursor {

@@ -39,7 +39,7 @@ bool TypedElement::set_bit_string(const BIT_STRING *value, i32 len) noexcept {
     return close();
 }
 
-bool TypedElement::set_null(i32 len) noexcept {
+bool TypedElement::set_null(const void * /*value*/, i32 len) noexcept {
     return len == 0 && close();
 }
 
@@ -69,7 +69,7 @@ bool TypedElement::set_universal(u32 tag, const void *value, i32 len) noexcept {
         case TLX_TAG_BIT_STRING:
             return set_bit_string(static_cast<const BIT_STRING *>(value), len);
         case TLX_TAG_NULL:
-            return set_null(len);
+            return set_null(value, len);
         case TLX_TAG_OBJECT_IDENTIFIER:
             return set_oid(static_cast<const OBJECT_IDENTIFIER *>(value), len);
         case TLX_TAG_UTC_TIME:

@@ -29,7 +29,7 @@ class TypedElement {
     [[nodiscard]] bool set_integer(const BIGINT *value, i32 len) noexcept;
     /// `len` counts the octets after the unused-bits octet.
     [[nodiscard]] bool set_bit_string(const BIT_STRING *value, i32 len) noexcept;
-    [[nodiscard]] bool set_null(i32 len) noexcept;
+    [[nodiscard]] bool set_null(const void *value, i32 len) noexcept;
     /// `len` characters of dotted text.
     [[nodiscard]] bool set_oid(const OBJECT_IDENTIFIER *value, i32 len) noexcept;
     [[nodiscard]] bool set_octets(const ASN1_STRING *value, i32 len) noexcept;
