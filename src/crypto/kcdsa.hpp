@@ -1,0 +1,109 @@
+// The inside of KCDSA.
+#pragma once
+
+#include <tlxcrypto/kcdsa.h>
+
+#include <atomic>
+
+#include "crypto/digest.hpp"
+#include "crypto/key_numbers.hpp"
+
+namespace tlx {
+
+using KcdsaNumbers = KeyNumbers<TLX_KCDSA_NUMBER_COUNT>;
+
+struct FreeMontgomery {
+    void operator()(BN_MONT_CTX *context) const noexcept { BN_MONT_CTX_free(context); }
+};
+using Montgomery = std::unique_ptr<BN_MONT_CTX, FreeMontgomery>;
+
+inline constexpr u32 kLeastKcdsaPBits = 512;
+inline constexpr u32 kMostKcdsaPBits = 8192;
+inline constexpr u32 kLeastKcdsaQBits = 112;
+inline constexpr u32 kMostKcdsaQBits = 512;
+/// No digest has a longer block.
+inline constexpr u32 kMostBlockLength = 128;
+
+/// The numbers of a unit, checked and ready for arithmetic. Nothing changes in it once it is built.
+struct KcdsaKey {
+    Bignum p;
+    Bignum q;
+    Bignum g;
+    Bignum y;  // null without a public or private key
+    Bignum x;  // in Montgomery form modulo q; null without a private key
+    Montgomery mod_p;
+    Montgomery mod_q;
+    u32 p_length = 0;  // octets
+    u32 q_length = 0;
+    u8 y_tail[kMostBlockLength] = {};  // the rightmost octets of y
+};
+
+struct FreeKcdsaKey {
+    void operator()(KcdsaKey *key) const noexcept;
+};
+using OwnedKcdsaKey = std::unique_ptr<KcdsaKey, FreeKcdsaKey>;
+
+/// Built by whichever thread needs it first.
+struct KcdsaCache {
+    std::atomic<KcdsaKey *> key = nullptr;
+    std::atomic<u32> builds = 0;
+
+    KcdsaCache() = default;
+    KcdsaCache(const KcdsaCache &) = delete;
+    KcdsaCache &operator=(const KcdsaCache &) = delete;
+    ~KcdsaCache() { drop(); }
+    /// No other thread may be using the unit.
+    void drop() noexcept {
+        FreeKcdsaKey{}(key.exchange(nullptr, std::memory_order_relaxed));
+        builds.store(0, std::memory_order_relaxed);
+    }
+};
+
+/// What init_KCDSA prepared a unit for.
+enum class KcdsaTask : u32 { none, sign, verify };
+
+}  // namespace tlx
+
+struct KCDSA {
+    tlx::KcdsaNumbers numbers;
+    tlx::u32 digest_id = TLX_DIGEST_HAS160;
+    mutable tlx::KcdsaCache cache;
+    tlx::KcdsaTask task = tlx::KcdsaTask::none;
+    DIGEST_UNIT digest = {};
+
+    KCDSA() = default;
+    KCDSA(const KCDSA &) = delete;
+    KCDSA &operator=(const KCDSA &) = delete;
+    ~KCDSA() { tlx::clean_digest(digest); }
+};
+
+namespace tlx {
+
+/// Replaces the numbers, some of which may be null, and drops what was made of the old ones. False when
+/// memory is short; the unit is unchanged then.
+bool set_kcdsa_numbers(KCDSA &unit, const KcdsaNumbers::Pointers &numbers) noexcept;
+
+/// Stores the unit's key, which stays the unit's. 0, TLX_KCDSA_BAD_KEY or 1.
+u32 get_kcdsa_key(const KCDSA &unit, const KcdsaKey **key) noexcept;
+
+/// A random number of 1 to q - 1.
+bool draw_secret(BIGNUM *secret, const KcdsaKey &key, BN_CTX *context) noexcept;
+
+/// result = g^exponent mod p for a secret exponent below q, in constant time.
+bool raise_g(BIGNUM *result, const BIGNUM *exponent, const KcdsaKey &key, BN_CTX *context) noexcept;
+
+/// The temporary numbers of a scope, taken from (and given back to) a context of libcrypto.
+class Temporaries {
+  public:
+    explicit Temporaries(BN_CTX *context) noexcept : context_(context) { BN_CTX_start(context_); }
+    ~Temporaries() { BN_CTX_end(context_); }
+    Temporaries(const Temporaries &) = delete;
+    Temporaries &operator=(const Temporaries &) = delete;
+    /// A zero; null when memory is short, and then the following calls return null too.
+    BIGNUM *next() noexcept { return BN_CTX_get(context_); }
+
+  private:
+    BN_CTX *context_;
+};
+
+}  // namespace tlx

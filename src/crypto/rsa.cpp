@@ -1,0 +1,101 @@
+#include "crypto/rsa.hpp"
+
+#include <new>
+
+#include "crypto/backend.hpp"
+#include "crypto/memory.hpp"
+
+using namespace tlx;
+
+namespace {
+
+// A salt that no modulus has room for would reach libcrypto as one of its negative code numbers.
+constexpr u32 kMostSalt = 0xFFFF;
+
+// Replaces the numbers and drops what was made of the old ones. False when memory is short; the unit is
+// unchanged then.
+bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers) noexcept {
+    if (!unit.numbers.set_all(numbers)) return false;
+    unit.kind = kind;
+    unit.cache.drop();
+    unit.signature = RsaTask::none;
+    unit.encryption = RsaTask::none;
+    clean_digest(unit.digest);
+    return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+RSA_UNIT *new_RSA_UNIT(void) {
+    void *memory = TLX_ALLOCATE(sizeof(RSA_UNIT));
+    return memory == nullptr ? nullptr : new (memory) RSA_UNIT;
+}
+
+void clean_RSA_UNIT(RSA_UNIT *unit) {
+    if (unit == nullptr) return;
+    set_numbers(*unit, TLX_RSA_PUBLIC, {});
+    unit->pss_mgf_digest_id = TLX_DIGEST_SHA1;
+    unit->pss_salt_length = TLX_RSA_PSS_DEFAULT_SALT_LENGTH;
+}
+
+void free_RSA_UNIT(RSA_UNIT *unit) {
+    if (unit == nullptr) return;
+    unit->~RSA_UNIT();
+    tlx_free(unit);
+}
+
+RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit) {
+    RSA_UNIT *copy = unit == nullptr ? nullptr : new_RSA_UNIT();
+    if (copy == nullptr) return nullptr;
+    RsaNumbers::Pointers numbers;
+    unit->numbers.get_all(numbers);
+    if (!set_numbers(*copy, unit->kind, numbers)) {
+        free_RSA_UNIT(copy);
+        return nullptr;
+    }
+    copy->pss_mgf_digest_id = unit->pss_mgf_digest_id;
+    copy->pss_salt_length = unit->pss_salt_length;
+    return copy;
+}
+
+uint32_t set_RSA_UNIT_public(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e) {
+    if (unit == nullptr || n == nullptr || e == nullptr) return 1;
+    return set_numbers(*unit, TLX_RSA_PUBLIC, {n, e}) ? 0 : 1;
+}
+
+uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, const BIGINT *d,
+                              const BIGINT *p, const BIGINT *q, const BIGINT *dp, const BIGINT *dq,
+                              const BIGINT *qinv) {
+    if (unit == nullptr || n == nullptr || e == nullptr || d == nullptr) return 1;
+    const bool all = p != nullptr && q != nullptr && dp != nullptr && dq != nullptr && qinv != nullptr;
+    const bool any = p != nullptr || q != nullptr || dp != nullptr || dq != nullptr || qinv != nullptr;
+    if (any && !all) return 1;
+    return set_numbers(*unit, TLX_RSA_PRIVATE, {n, e, d, p, q, dp, dq, qinv}) ? 0 : 1;
+}
+
+uint32_t set_RSA_UNIT_PSS(RSA_UNIT *unit, uint32_t mgf_digest_id, uint32_t salt_len) {
+    if (unit == nullptr || backend_digest(mgf_digest_id) == nullptr || salt_len > kMostSalt) return 1;
+    unit->pss_mgf_digest_id = mgf_digest_id;
+    unit->pss_salt_length = salt_len;
+    return 0;
+}
+
+uint32_t get_RSA_UNIT_kind(const RSA_UNIT *unit) {
+    return unit == nullptr ? TLX_RSA_PUBLIC : unit->kind;
+}
+
+const BIGINT *get_RSA_UNIT_number(const RSA_UNIT *unit, TLX_RSA_NUMBER which) {
+    return unit == nullptr ? nullptr : unit->numbers[static_cast<u32>(which)];
+}
+
+uint32_t get_RSA_length(const RSA_UNIT *unit) {
+    return (get_BIGINT_bits(get_RSA_UNIT_number(unit, TLX_RSA_N)) + 7) / 8;
+}
+
+uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit) {
+    return unit == nullptr ? 0 : unit->cache.builds.load(std::memory_order_relaxed);
+}
+
+}  // extern "C"

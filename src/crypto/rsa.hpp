@@ -1,0 +1,72 @@
+// The inside of RSA_UNIT.
+#pragma once
+
+#include <openssl/evp.h>
+#include <tlxcrypto/rsa.h>
+
+#include <atomic>
+#include <memory>
+
+#include "crypto/digest.hpp"
+#include "crypto/key_numbers.hpp"
+
+namespace tlx {
+
+struct FreeKey {
+    void operator()(EVP_PKEY *key) const noexcept { EVP_PKEY_free(key); }
+    void operator()(EVP_PKEY_CTX *context) const noexcept { EVP_PKEY_CTX_free(context); }
+};
+using Key = std::unique_ptr<EVP_PKEY, FreeKey>;
+using KeyContext = std::unique_ptr<EVP_PKEY_CTX, FreeKey>;
+
+using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
+
+/// What the backend made of a unit's numbers, filled in by whichever thread needs it first. Preparing a
+/// context for PKCS #1 v1.5 costs a quarter of a verification, so the last one used is kept for the next
+/// call.
+struct RsaCache {
+    std::atomic<EVP_PKEY *> key = nullptr;
+    std::atomic<EVP_PKEY_CTX *> signer = nullptr;
+    std::atomic<EVP_PKEY_CTX *> verifier = nullptr;
+    std::atomic<u32> builds = 0;
+
+    RsaCache() = default;
+    RsaCache(const RsaCache &) = delete;
+    RsaCache &operator=(const RsaCache &) = delete;
+    ~RsaCache() { drop(); }
+    /// Frees everything; no other thread may be using the unit.
+    void drop() noexcept;
+};
+
+/// What init_RSASSA or init_RSAES prepared a unit for.
+enum class RsaTask : u32 { none, sign, verify, encrypt, decrypt };
+
+}  // namespace tlx
+
+struct RSA_UNIT {
+    tlx::u32 kind = TLX_RSA_PUBLIC;
+    tlx::RsaNumbers numbers;
+    tlx::u32 pss_mgf_digest_id = TLX_DIGEST_SHA1;
+    tlx::u32 pss_salt_length = TLX_RSA_PSS_DEFAULT_SALT_LENGTH;
+    mutable tlx::RsaCache cache;
+
+    tlx::RsaTask signature = tlx::RsaTask::none;
+    tlx::u32 signature_mode = 0;
+    DIGEST_UNIT digest = {};
+
+    tlx::RsaTask encryption = tlx::RsaTask::none;
+    tlx::u32 encryption_mode = 0;
+    tlx::u32 oaep_digest_id = 0;
+
+    RSA_UNIT() = default;
+    RSA_UNIT(const RSA_UNIT &) = delete;
+    RSA_UNIT &operator=(const RSA_UNIT &) = delete;
+    ~RSA_UNIT() { tlx::clean_digest(digest); }
+};
+
+namespace tlx {
+
+/// Stores the backend's key of the unit, which stays the unit's. 0, TLX_RSA_BAD_KEY or 1.
+u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept;
+
+}  // namespace tlx

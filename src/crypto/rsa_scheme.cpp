@@ -1,0 +1,218 @@
+// RSASSA-PKCS1-v1_5 and RSASSA-PSS (RFC 8017, section 8).
+#include <openssl/rsa.h>
+
+#include <cstring>
+
+#include "crypto/backend.hpp"
+#include "crypto/rsa.hpp"
+
+using namespace tlx;
+
+namespace {
+
+// Object identifiers of digests, as the contents octets of their encoding.
+struct DigestName {
+    u32 digest_id;
+    u8 length;
+    u8 octets[9];
+};
+
+constexpr DigestName kDigestNames[] = {
+    // 1.2.840.113549.2.5
+    {TLX_DIGEST_MD5, 8, {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x02, 0x05}},
+    // 1.3.14.3.2.26
+    {TLX_DIGEST_SHA1, 5, {0x2B, 0x0E, 0x03, 0x02, 0x1A}},
+    // 2.16.840.1.101.3.4.2.4, .1, .2 and .3
+    {TLX_DIGEST_SHA224, 9, {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x04}},
+    {TLX_DIGEST_SHA256, 9, {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x01}},
+    {TLX_DIGEST_SHA384, 9, {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x02}},
+    {TLX_DIGEST_SHA512, 9, {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x03}},
+    // 1.2.410.200004.1.2
+    {TLX_DIGEST_HAS160, 8, {0x2A, 0x83, 0x1A, 0x8C, 0x9A, 0x44, 0x01, 0x02}},
+    // 2.5.8.3.101
+    {TLX_DIGEST_MDC2, 4, {0x55, 0x08, 0x03, 0x65}},
+};
+
+const DigestName *find_digest_name(u32 digest_id) noexcept {
+    for (const DigestName &name : kDigestNames) {
+        if (name.digest_id == digest_id) return &name;
+    }
+    return nullptr;
+}
+
+bool is_available(u32 digest_id, u32 mode) noexcept {
+    switch (mode) {
+        case TLX_RSA_MODE_NONE_GIVEN:
+        case TLX_RSA_MODE_PKCS1:
+            return find_digest_name(digest_id) != nullptr && get_DigestLength(digest_id) != 0;
+        case TLX_RSA_MODE_PSS:
+            return backend_digest(digest_id) != nullptr;
+        default:
+            return false;
+    }
+}
+
+// DigestInfo ::= SEQUENCE {
+//   digestAlgorithm AlgorithmIdentifier, digest OCTET STRING }
+// with NULL parameters in the AlgorithmIdentifier.
+class DigestInfo {
+  public:
+    DigestInfo(u32 digest_id, Bytes hash) noexcept {
+        const DigestName &name = *find_digest_name(digest_id);
+        const auto hash_length = static_cast<u8>(hash.size());
+        const auto algorithm_length = static_cast<u8>(2 + name.length + 2);
+        put_header(0x30, static_cast<u8>(2 + algorithm_length + 2 + hash_length));
+        put_header(0x30, algorithm_length);
+        put_header(0x06, name.length);
+        put({name.octets, name.length});
+        put_header(0x05, 0);
+        put_header(0x04, hash_length);
+        put(hash);
+    }
+    Bytes bytes() const noexcept { return {octets_, length_}; }
+
+  private:
+    void put_header(u8 tag, u8 length) noexcept {
+        octets_[length_++] = tag;
+        octets_[length_++] = length;
+    }
+    void put(Bytes bytes) noexcept {
+        std::memcpy(octets_ + length_, bytes.data(), bytes.size());
+        length_ += bytes.size();
+    }
+
+    u8 octets_[2 + 2 + 2 + 9 + 2 + 2 + TLX_DIGEST_MAX_LENGTH];
+    std::size_t length_ = 0;
+};
+
+KeyContext make_context(EVP_PKEY *key, RsaTask task, int padding) noexcept {
+    KeyContext context(EVP_PKEY_CTX_new_from_pkey(backend(), key, nullptr));
+    if (context == nullptr) return nullptr;
+    const int begun =
+        task == RsaTask::sign ? EVP_PKEY_sign_init(context.get()) : EVP_PKEY_verify_init(context.get());
+    if (begun != 1 || EVP_PKEY_CTX_set_rsa_padding(context.get(), padding) != 1) return nullptr;
+    return context;
+}
+
+bool set_pss_parameters(EVP_PKEY_CTX *context, const RSA_UNIT &unit, u32 digest_id) noexcept {
+    return EVP_PKEY_CTX_set_signature_md(context, backend_digest(digest_id)) == 1 &&
+           EVP_PKEY_CTX_set_rsa_mgf1_md(context, backend_digest(unit.pss_mgf_digest_id)) == 1 &&
+           EVP_PKEY_CTX_set_rsa_pss_saltlen(context, static_cast<int>(unit.pss_salt_length)) == 1;
+}
+
+// Runs `operation` with a context ready for the task; -1 when there is none to be had.
+template <typename Operation>
+int with_context(const RSA_UNIT &unit, EVP_PKEY *key, RsaTask task, u32 digest_id, u32 mode,
+                 Operation operation) noexcept {
+    if (mode == TLX_RSA_MODE_PSS) {
+        const KeyContext context = make_context(key, task, RSA_PKCS1_PSS_PADDING);
+        if (context == nullptr || !set_pss_parameters(context.get(), unit, digest_id)) return -1;
+        return operation(context.get());
+    }
+    std::atomic<EVP_PKEY_CTX *> &spare = task == RsaTask::sign ? unit.cache.signer : unit.cache.verifier;
+    KeyContext context(spare.exchange(nullptr, std::memory_order_acq_rel));
+    if (context == nullptr) context = make_context(key, task, RSA_PKCS1_PADDING);
+    if (context == nullptr) return -1;
+    const int result = operation(context.get());
+    context.reset(spare.exchange(context.release(), std::memory_order_acq_rel));
+    return result;
+}
+
+// What the backend signs: it gets the DigestInfo from us in PKCS #1 v1.5, because it knows no HAS-160.
+template <typename Operation>
+auto with_signed_octets(u32 digest_id, u32 mode, Bytes hash, Operation operation) noexcept {
+    if (mode == TLX_RSA_MODE_PSS) return operation(hash);
+    return operation(DigestInfo(digest_id, hash).bytes());
+}
+
+u32 verify_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, Bytes signature) noexcept {
+    const ErrorScope errors;
+    EVP_PKEY *key = nullptr;
+    if (const u32 status = get_backend_key(unit, &key); status != 0) return status;
+    if (signature.size() != get_RSA_length(&unit)) return TLX_RSA_BAD_SIGNATURE;
+    const int result = with_signed_octets(digest_id, mode, hash, [&](Bytes octets) noexcept {
+        return with_context(unit, key, RsaTask::verify, digest_id, mode, [&](EVP_PKEY_CTX *context) noexcept {
+            return EVP_PKEY_verify(context, signature.data(), signature.size(), octets.data(), octets.size());
+        });
+    });
+    if (result < 0) return 1;
+    return result == 1 ? 0 : TLX_RSA_BAD_SIGNATURE;
+}
+
+u32 sign_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, u8 *sig, u32 *sig_len) noexcept {
+    const ErrorScope errors;
+    EVP_PKEY *key = nullptr;
+    if (const u32 status = get_backend_key(unit, &key); status != 0) return status;
+    std::size_t length = get_RSA_length(&unit);
+    const int result = with_signed_octets(digest_id, mode, hash, [&](Bytes octets) noexcept {
+        return with_context(unit, key, RsaTask::sign, digest_id, mode, [&](EVP_PKEY_CTX *context) noexcept {
+            return EVP_PKEY_sign(context, sig, &length, octets.data(), octets.size());
+        });
+    });
+    if (result != 1) return 1;
+    *sig_len = static_cast<u32>(length);
+    return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+uint32_t init_RSASSA(RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, uint32_t direction) {
+    if (unit == nullptr) return 1;
+    unit->signature = RsaTask::none;
+    if (direction > 1 || !is_available(digest_id, mode)) return 1;
+    if (direction == 1 && unit->kind != TLX_RSA_PRIVATE) return 1;
+    if (init_Digest(&unit->digest, digest_id) != 0) return 1;
+    unit->signature = direction == 1 ? RsaTask::sign : RsaTask::verify;
+    unit->signature_mode = mode;
+    return 0;
+}
+
+uint32_t update_RSASSA(RSA_UNIT *unit, const uint8_t *data, uint32_t len) {
+    if (unit == nullptr || unit->signature == RsaTask::none) return 1;
+    return update_Digest(&unit->digest, data, len);
+}
+
+uint32_t final_RSASSA(RSA_UNIT *unit, uint8_t *sig, uint32_t *sig_len) {
+    if (unit == nullptr || sig == nullptr || sig_len == nullptr) return 1;
+    if (unit->signature == RsaTask::verify) return verify_RSASSA(unit, sig, *sig_len);
+    *sig_len = 0;
+    if (unit->signature == RsaTask::none) return 1;
+    unit->signature = RsaTask::none;
+    u8 hash[TLX_DIGEST_MAX_LENGTH];
+    u32 hash_len = 0;
+    if (final_Digest(&unit->digest, hash, &hash_len) != 0) return 1;
+    return sign_hash(*unit, unit->digest.id, unit->signature_mode, {hash, hash_len}, sig, sig_len);
+}
+
+uint32_t verify_RSASSA(RSA_UNIT *unit, const uint8_t *sig, uint32_t sig_len) {
+    if (unit == nullptr || sig == nullptr || unit->signature != RsaTask::verify) return 1;
+    unit->signature = RsaTask::none;
+    u8 hash[TLX_DIGEST_MAX_LENGTH];
+    u32 hash_len = 0;
+    if (final_Digest(&unit->digest, hash, &hash_len) != 0) return 1;
+    return verify_hash(*unit, unit->digest.id, unit->signature_mode, {hash, hash_len}, {sig, sig_len});
+}
+
+uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data, uint32_t len,
+                  uint8_t *sig, uint32_t *sig_len) {
+    if (sig_len == nullptr) return 1;
+    *sig_len = 0;
+    if (unit == nullptr || unit->kind != TLX_RSA_PRIVATE || sig == nullptr) return 1;
+    u8 hash[TLX_DIGEST_MAX_LENGTH];
+    u32 hash_len = 0;
+    if (!is_available(digest_id, mode) || Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;
+    return sign_hash(*unit, digest_id, mode, {hash, hash_len}, sig, sig_len);
+}
+
+uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data,
+                    uint32_t len, const uint8_t *sig, uint32_t sig_len) {
+    if (unit == nullptr || sig == nullptr || !is_available(digest_id, mode)) return 1;
+    u8 hash[TLX_DIGEST_MAX_LENGTH];
+    u32 hash_len = 0;
+    if (Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;
+    return verify_hash(*unit, digest_id, mode, {hash, hash_len}, {sig, sig_len});
+}
+
+}  // extern "C"
