@@ -1,20 +1,25 @@
 // Records are described, not hand-coded: from one description of a SEQUENCE follow its six operations (new_,
 // clean_, free_, dup_, Seq_to_ and _to_Seq).
 //
-//     // PolicyMapping ::= SEQUENCE { issuerDomainPolicy OBJECT IDENTIFIER, subjectDomainPolicy OBJECT
-//     IDENTIFIER } constexpr auto kPolicyMapping = record<POLICY_MAPPING>(
-//         codes(0x47110000, 0x47120000), exactly(2),
+//     // PolicyMapping ::= SEQUENCE {
+//     //     issuerDomainPolicy OBJECT IDENTIFIER, subjectDomainPolicy OBJECT IDENTIFIER }
+//     constexpr auto kPolicyMapping = record<POLICY_MAPPING>(
+//         codes(0x47270000, 0x47280000), exactly(2),
 //         field<Oid>(&POLICY_MAPPING::issuerDomainPolicy),
 //         field<Oid>(&POLICY_MAPPING::subjectDomainPolicy));
 //     TLX_DEFINE_RECORD(POLICY_MAPPING, kPolicyMapping)
 //
-// A field is a value kind (Integer, String<tag>, Bits, Oid, AnyString, Node, Nested<T>, List<kind>), a member
-// that owns the value (null when absent), and how it is tagged: field, optional, implicit(n), explicitly(n).
+// A field is a value kind (Integer, String<tag>, Bits, NamedBits, Oid, AnyString, OwnString, Node, Nested<T>,
+// Choice<T>, List<kind>), a member that owns the value (null when absent), and how it is tagged: field,
+// optional, implicit(n), explicitly(n). BOOLEAN members are single octets: boolean, flag(n). A field of
+// another shape is a class with the four functions of Field.
 #pragma once
 
 #include <tlxcrypto/stack.h>
 
+#include <bit>
 #include <tuple>
+#include <utility>
 
 #include "der/element.hpp"
 #include "der/encoder.hpp"
@@ -85,6 +90,30 @@ struct Bits : StringRecord {
     static void encode(Encoder &out, const type *value, u8 as) noexcept { out.bit_string(value, as); }
 };
 
+/// A view of a named bit list that ends with its last one bit; empty when it has none.
+inline BIT_STRING without_trailing_zero_bits(const BIT_STRING &bits) noexcept {
+    const Bytes octets = octets_of(&bits);
+    const bool counted = bits.extra > 0 && bits.extra < 8;
+    const auto used = static_cast<u8>(0xFFU << (counted ? bits.extra : 0));
+    std::size_t size = octets.size();
+    const auto last = [&] { return size == octets.size() ? octets[size - 1] & used : octets[size - 1]; };
+    while (size > 0 && last() == 0)
+        --size;
+    BIT_STRING trimmed = bits;
+    trimmed.length = static_cast<i32>(size);
+    trimmed.extra = size > 0 ? std::countr_zero(static_cast<unsigned>(last())) : 0;
+    return trimmed;
+}
+
+/// A named bit list: a BIT STRING written without trailing zero bits, as DER wants it.
+struct NamedBits : Bits {
+    static void encode(Encoder &out, const type *value, u8 as) noexcept {
+        if (value == nullptr || value->length < 0) return out.fail();
+        const BIT_STRING trimmed = without_trailing_zero_bits(*value);
+        out.bit_string(&trimmed, as);
+    }
+};
+
 struct Oid : StringRecord {
     static constexpr u8 tag = TLX_TAG_OBJECT_IDENTIFIER;
     static u32 decode(const Element &element, type **out) noexcept {
@@ -102,6 +131,20 @@ struct AnyString : StringRecord {
         return *out != nullptr ? 0 : kFieldFailed;
     }
     static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept { out.any_string(value); }
+};
+
+/// Any element as a string record: the type is the identifier octet, the data the contents as they are.
+struct OwnString : StringRecord {
+    static constexpr u8 tag = TLX_TAG_ANY_STRING;
+    static u32 decode(const Element &element, type **out) noexcept {
+        *out = new_string(element.tag, element.contents);
+        return *out != nullptr ? 0 : kFieldFailed;
+    }
+    static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept {
+        // An identifier octet of 0 would read as end-of-contents octets.
+        if (value == nullptr || value->type <= 0 || value->type > 0xFF) return out.fail();
+        out.string(value, static_cast<u8>(value->type));
+    }
 };
 
 /// Any element, kept whole.
@@ -130,6 +173,12 @@ struct Nested {
     static void free(type *value) noexcept { Codec<T>::free(value); }
 };
 
+/// A record that stands for a CHOICE: it is told by tags of its own, none of which can be replaced.
+template <typename T>
+struct Choice : Nested<T> {
+    static constexpr u8 tag = TLX_TAG_ANY_NODE;
+};
+
 /// Another record whose status is reported unchanged.
 template <typename T>
 struct NestedWithStatus : Nested<T> {
@@ -139,9 +188,15 @@ struct NestedWithStatus : Nested<T> {
 // ---- Lists: a STACK of values of one kind ----
 
 template <typename Kind>
-void free_list(STACK *list) noexcept {
+void clean_list(STACK *list) noexcept {
     using T = typename Kind::type;
-    free_STACK_values(list, [](void *value) { Kind::free(static_cast<T *>(value)); });
+    clean_STACK_values(list, [](void *value) { Kind::free(static_cast<T *>(value)); });
+}
+
+template <typename Kind>
+void free_list(STACK *list) noexcept {
+    clean_list<Kind>(list);
+    free_STACK(list);
 }
 
 template <typename Kind>
@@ -157,6 +212,12 @@ template <typename Kind>
 bool fits(const Element &element) noexcept {
     if (Kind::tag == TLX_TAG_ANY_STRING || Kind::tag == TLX_TAG_ANY_NODE) return true;
     return element.matches(Kind::tag);
+}
+
+/// The one element that a wrapper holds. False for none, for more, and for a broken one.
+inline bool only_child(const Element &wrapper, Element &child) noexcept {
+    Cursor children(wrapper);
+    return children.next(child) && children.at_end();
 }
 
 /// Appends the children of `contents` to `list`. A status as Kind::decode gives it.
@@ -185,12 +246,15 @@ void encode_list_items(Encoder &out, const STACK *list) noexcept {
     }
 }
 
-/// SEQUENCE OF (or SET OF, with kSet) values of one kind.
-template <typename Kind, u8 Tag = kSequence>
+/// SEQUENCE OF (or SET OF, with kSet) values of one kind, of which there are at least `Least`.
+template <typename Kind, u8 Tag = kSequence, u32 Least = 0>
 struct List {
     using type = STACK;
+    using Item = Kind;
     static constexpr u8 tag = Tag;
+    static constexpr u32 least = Least;
     static u32 decode(const Element &element, type **out) noexcept {
+        if (Least > 0 && element.contents.empty()) return kFieldFailed;
         *out = new_STACK();
         if (*out == nullptr) return kFieldFailed;
         const u32 status = decode_list_items<Kind>(element.contents, *out);
@@ -201,13 +265,16 @@ struct List {
         return status;
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept {
-        if (value == nullptr) return out.fail();
+        if (value == nullptr || get_STACK_count(value) < Least) return out.fail();
         const auto list = out.nest(as);
         encode_list_items<Kind>(out, value);
     }
     static type *dup(const type *value) noexcept { return dup_list<Kind>(value); }
     static void free(type *value) noexcept { free_list<Kind>(value); }
 };
+/// SEQUENCE SIZE (1..MAX) OF
+template <typename Kind>
+using OneOrMore = List<Kind, kSequence, 1>;
 
 // ---- Fields ----
 
@@ -220,6 +287,9 @@ struct Field {
     Tagging tagging;
     u8 number;
     bool is_optional;
+
+    /// The same field, mandatory; for those that are optional by themselves.
+    [[nodiscard]] constexpr Field required() const noexcept { return {member, tagging, number, false}; }
 
     void clear(R &record) const noexcept {
         if (record.*member != nullptr) Kind::free(record.*member);
@@ -234,14 +304,14 @@ struct Field {
         Element child;
         Cursor ahead = children;
         const bool present = ahead.next(child) && accepts(child);
+        clear(record);
         if (!present) return is_optional ? 0 : kFieldFailed;
         children = ahead;
         if (tagging == Tagging::explicitly) {
             Element inner;
-            if (!Cursor(child).next(inner) || !fits<Kind>(inner)) return kFieldFailed;
+            if (!only_child(child, inner) || !fits<Kind>(inner)) return kFieldFailed;
             child = inner;
         }
-        clear(record);
         return Kind::decode(child, &(record.*member));
     }
     void write(Encoder &out, const R &record) const noexcept {
@@ -249,6 +319,9 @@ struct Field {
         if (value == nullptr) {
             if (!is_optional) out.fail();
             return;
+        }
+        if constexpr (requires { Kind::is_default(value); }) {
+            if (Kind::is_default(value)) return;
         }
         if (tagging == Tagging::explicitly) {
             const auto wrapper = out.nest(context(number));
@@ -262,7 +335,8 @@ struct Field {
 
   private:
     [[nodiscard]] bool accepts(const Element &child) const noexcept {
-        if (tagging != Tagging::none) return child.context_specific() && child.number() == number;
+        if (tagging == Tagging::explicitly) return child.tag == context(number);
+        if (tagging == Tagging::implicit) return child.context_specific() && child.number() == number;
         // An optional member without a tag of its own is told apart by its universal tag.
         if (is_optional && child.tag >= kContextSpecific) return false;
         return fits<Kind>(child);
@@ -288,6 +362,51 @@ constexpr Field<R, Kind> explicitly(u8 number, typename Kind::type *R::*member) 
     return {member, Tagging::explicitly, number, true};
 }
 
+/// BOOLEAN held as its contents octet. With `number` it is a [number] IMPLICIT BOOLEAN DEFAULT FALSE, which
+/// is written only when true; without it is mandatory, and written always.
+template <typename R>
+struct BooleanField {
+    static constexpr u8 kUntagged = 0xFF;
+    u8 R::*member;
+    u8 number;
+
+    void clear(R &record) const noexcept { record.*member = 0; }
+    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
+        to.*member = from.*member;
+        return true;
+    }
+    [[nodiscard]] u32 read(Cursor &children, R &record) const noexcept {
+        Element child;
+        Cursor ahead = children;
+        const bool tagged = number != kUntagged;
+        const bool present = ahead.next(child) && (tagged ? child.tag == context_primitive(number)
+                                                          : child.matches(TLX_TAG_BOOLEAN));
+        clear(record);
+        if (!present) return tagged ? 0 : kFieldFailed;
+        if (child.contents.size() != 1) return kFieldFailed;
+        children = ahead;
+        record.*member = child.contents[0];
+        return 0;
+    }
+    void write(Encoder &out, const R &record) const noexcept {
+        const bool value = record.*member != 0;
+        if (number == kUntagged) {
+            out.boolean(value);
+        } else if (value) {
+            out.boolean(value, context_primitive(number));
+        }
+    }
+};
+template <typename R>
+constexpr BooleanField<R> boolean(u8 R::*member) noexcept {
+    return {member, BooleanField<R>::kUntagged};
+}
+/// [number] IMPLICIT BOOLEAN DEFAULT FALSE
+template <typename R>
+constexpr BooleanField<R> flag(u8 number, u8 R::*member) noexcept {
+    return {member, number};
+}
+
 // ---- Records ----
 
 /// Group and function bytes of the decoder's and the encoder's status codes; the reason is added.
@@ -304,19 +423,21 @@ constexpr u32 kWrongCount = 0x002B;
 constexpr u32 kNotEncoded = 0x0103;
 constexpr u32 kNotDecoded = 0x0104;
 
-/// How many children the SEQUENCE must have.
+/// How many children the SEQUENCE must have, and whether those that no field took are passed over.
 struct Count {
     u32 least;
     u32 most;
+    bool others_allowed;
 };
 constexpr Count exactly(u32 count) noexcept {
-    return {count, count};
+    return {count, count, false};
 }
 constexpr Count between(u32 least, u32 most) noexcept {
-    return {least, most};
+    return {least, most, false};
 }
+/// Any number of children; those that no field took are passed over.
 constexpr Count any_count() noexcept {
-    return {0, 0xFFFFFFFF};
+    return {0, 0xFFFFFFFF, true};
 }
 
 template <typename R, typename... Fields>
@@ -359,6 +480,7 @@ struct Record {
         if (!std::apply([&](const auto &...each) { return (read(each) && ...); }, fields)) {
             return status == kFieldFailed ? codes.decode | kNotDecoded : status;
         }
+        if (!ends_well(children)) return codes.decode | kNotDecoded;
         record.commit();
         return 0;
     }
@@ -366,6 +488,15 @@ struct Record {
         if (record == nullptr) return out.fail();
         const auto sequence = out.nest(tag);
         std::apply([&](const auto &...each) { (each.write(out, *record), ...); }, fields);
+    }
+
+  private:
+    /// Children that no field took are refused or passed over; broken ones are refused always.
+    [[nodiscard]] bool ends_well(Cursor children) const noexcept {
+        Element other;
+        while (count.others_allowed && children.next(other)) {
+        }
+        return children.at_end();
     }
 };
 
@@ -392,15 +523,79 @@ u32 encode_node(const T *object, ASN1_UNIT **out, u32 code) noexcept {
     return hand_over(encoder, out) ? 0 : code | kNotEncoded;
 }
 
-/// The exported operations of a described record, and its Codec. new_<type> is defined here too; a record
-/// whose new_ makes members uses TLX_DEFINE_RECORD_WITHOUT_NEW.
-#define TLX_DEFINE_RECORD(type, description) \
-    type *new_##type(void) {                 \
-        return TLX_NEW(type);                \
-    }                                        \
-    TLX_DEFINE_RECORD_WITHOUT_NEW(type, description)
+/// Decodes a list of its own into *out: a caller's list is emptied and filled anew, and stays as it was on
+/// failure.
+template <typename List>
+u32 decode_list(const Element &element, STACK **out, u32 code) noexcept {
+    if (List::least > 0 && element.contents.empty()) return code | kWrongCount;
+    STACK *list = nullptr;
+    if (List::decode(element, &list) != 0) return code | kNotDecoded;
+    if (*out == nullptr) {
+        *out = list;
+        return 0;
+    }
+    std::swap(**out, *list);
+    List::free(list);
+    return 0;
+}
 
-#define TLX_DEFINE_RECORD_WITHOUT_NEW(type, description)                                         \
+/// Seq_to_<LIST>.
+template <typename List>
+u32 decode_list_node(const ASN1_UNIT *node, STACK **out, u32 code) noexcept {
+    if (node == nullptr || out == nullptr) return code | kMissingArgument;
+    Element element;
+    if (!view_node(node, element)) return code | kNotDecoded;
+    return decode_list<List>(element, out, code);
+}
+
+/// <LIST>_to_Seq.
+template <typename List>
+u32 encode_list_node(const STACK *list, ASN1_UNIT **out, u32 code) noexcept {
+    if (list == nullptr || out == nullptr) return code | kMissingArgument;
+    if (get_STACK_count(list) < List::least) return code | kWrongCount;
+    Encoder encoder;
+    List::encode(encoder, list, List::tag);
+    return hand_over(encoder, out) ? 0 : code | kNotEncoded;
+}
+
+/// add_<LIST>_child: inserts a copy.
+template <typename Kind>
+u32 add_list_child(STACK *list, const typename Kind::type *value, i32 index) noexcept {
+    if (list == nullptr || value == nullptr) return 1;
+    auto *copy = Kind::dup(value);
+    if (copy == nullptr) return 1;
+    if (insert_STACK_value(list, copy, index) == 0) return 0;
+    Kind::free(copy);
+    return 1;
+}
+
+/// The exported operations of a described record, and its Codec. A record whose new_ makes members defines
+/// new_<type> itself, one whose decoder no description can say Codec<type>::decode; it then takes the parts
+/// that remain.
+#define TLX_DEFINE_RECORD(type, description)    \
+    TLX_DEFINE_RECORD_NEW(type)                 \
+    TLX_DEFINE_RECORD_DECODE(type, description) \
+    TLX_DEFINE_RECORD_OTHERS(type, description)
+
+#define TLX_DEFINE_RECORD_WITHOUT_NEW(type, description) \
+    TLX_DEFINE_RECORD_DECODE(type, description)          \
+    TLX_DEFINE_RECORD_OTHERS(type, description)
+
+#define TLX_DEFINE_RECORD_WITHOUT_DECODE(type, description) \
+    TLX_DEFINE_RECORD_NEW(type)                             \
+    TLX_DEFINE_RECORD_OTHERS(type, description)
+
+#define TLX_DEFINE_RECORD_NEW(type) \
+    type *new_##type(void) {        \
+        return TLX_NEW(type);       \
+    }
+
+#define TLX_DEFINE_RECORD_DECODE(type, description)                                       \
+    tlx::u32 tlx::Codec<type>::decode(const tlx::Element &element, type **out) noexcept { \
+        return description.decode(element, out, new_##type);                              \
+    }
+
+#define TLX_DEFINE_RECORD_OTHERS(type, description)                                              \
     void clean_##type(type *record) {                                                            \
         description.clean(record);                                                               \
     }                                                                                            \
@@ -416,11 +611,41 @@ u32 encode_node(const T *object, ASN1_UNIT **out, u32 code) noexcept {
     uint32_t type##_to_Seq(const type *record, ASN1_UNIT **out) {                                \
         return tlx::encode_node(record, out, description.codes.encode);                          \
     }                                                                                            \
-    tlx::u32 tlx::Codec<type>::decode(const tlx::Element &element, type **out) noexcept {        \
-        return description.decode(element, out, new_##type);                                     \
-    }                                                                                            \
     void tlx::Codec<type>::encode(tlx::Encoder &out, const type *record, tlx::u8 tag) noexcept { \
         description.encode(out, record, tag);                                                    \
+    }
+
+/// The exported operations of a list type: `kind` is its List, `list_codes` the Codes of its two directions.
+#define TLX_DEFINE_LIST(list_type, item_type, kind, list_codes)                                  \
+    list_type *new_##list_type(void) {                                                           \
+        return new_STACK();                                                                      \
+    }                                                                                            \
+    void clean_##list_type(list_type *list) {                                                    \
+        tlx::clean_list<kind::Item>(list);                                                       \
+    }                                                                                            \
+    void free_##list_type(list_type *list) {                                                     \
+        kind::free(list);                                                                        \
+    }                                                                                            \
+    list_type *dup_##list_type(const list_type *list) {                                          \
+        return kind::dup(list);                                                                  \
+    }                                                                                            \
+    uint32_t Seq_to_##list_type(const ASN1_UNIT *node, list_type **out) {                        \
+        return tlx::decode_list_node<kind>(node, out, (list_codes).decode);                      \
+    }                                                                                            \
+    uint32_t list_type##_to_Seq(const list_type *list, ASN1_UNIT **out) {                        \
+        return tlx::encode_list_node<kind>(list, out, (list_codes).encode);                      \
+    }                                                                                            \
+    uint32_t get_##list_type##_count(const list_type *list) {                                    \
+        return get_STACK_count(list);                                                            \
+    }                                                                                            \
+    item_type *get_##list_type##_child(const list_type *list, int32_t index) {                   \
+        return static_cast<item_type *>(get_STACK_value(list, static_cast<tlx::u32>(index)));    \
+    }                                                                                            \
+    uint32_t add_##list_type##_child(list_type *list, const item_type *item, int32_t index) {    \
+        return tlx::add_list_child<kind::Item>(list, item, index);                               \
+    }                                                                                            \
+    item_type *remove_##list_type##_child(list_type *list, int32_t index) {                      \
+        return static_cast<item_type *>(remove_STACK_value(list, static_cast<tlx::u32>(index))); \
     }
 
 }  // namespace tlx
