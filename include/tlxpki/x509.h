@@ -208,7 +208,7 @@ TLXPKI_API uint32_t X509_TBS_CERT_to_Seq(const X509_TBS_CERT *tbs, ASN1_UNIT **o
 TLXPKI_API X509_CERT *new_X509_CERT(void);
 
 /**
- * Empties a certificate: the members are freed, but for the to-be-signed part, which stays without members.
+ * Frees the members, the to-be-signed part too; the record itself stays.
  * @param cert a certificate, or null (nothing happens then)
  */
 TLXPKI_API void clean_X509_CERT(X509_CERT *cert);

@@ -1,0 +1,252 @@
+// Certificate (RFC 5280, section 4.1).
+#include <tlxcrypto/digest.h>
+
+#include <algorithm>
+
+#include "x509/codecs.hpp"
+#include "x509/list.hpp"
+#include "x509/validity.hpp"
+
+using namespace tlx;
+
+namespace {
+
+/// Room for a certificate of the usual size, so that encoding it allocates once.
+constexpr std::size_t kUsualSize = 2048;
+
+/// The to-be-signed part, made when there is none; null for a null certificate and when memory runs out.
+X509_TBS_CERT *tbs_of(X509_CERT *cert) noexcept {
+    if (cert == nullptr) return nullptr;
+    if (cert->tbsCertificate == nullptr) cert->tbsCertificate = new_X509_TBS_CERT();
+    return cert->tbsCertificate;
+}
+
+/// A member of the to-be-signed part; null when one of the three is missing.
+template <typename T>
+T *member_of(const X509_CERT *cert, T *X509_TBS_CERT::*member) noexcept {
+    if (cert == nullptr || cert->tbsCertificate == nullptr) return nullptr;
+    return cert->tbsCertificate->*member;
+}
+
+template <auto Dup, auto Free, typename T>
+u32 replace_member(X509_CERT *cert, T *X509_TBS_CERT::*member, const T *value) noexcept {
+    if (value == nullptr) return 1;
+    X509_TBS_CERT *tbs = tbs_of(cert);
+    return tbs == nullptr ? 1 : replace_by_copy<Dup, Free>(tbs->*member, value);
+}
+
+X509_TIME *time_of(const X509_CERT *cert, X509_TIME X509_VALIDITY::*which) noexcept {
+    X509_VALIDITY *validity = member_of(cert, &X509_TBS_CERT::validity);
+    if (validity == nullptr || (validity->*which).time == nullptr) return nullptr;
+    return &(validity->*which);
+}
+
+u32 replace_time(X509_CERT *cert, X509_TIME X509_VALIDITY::*which, const X509_TIME *value) noexcept {
+    if (value == nullptr || value->time == nullptr) return 1;
+    X509_TBS_CERT *tbs = tbs_of(cert);
+    if (tbs == nullptr) return 1;
+    if (tbs->validity == nullptr) tbs->validity = new_X509_VALIDITY();
+    return tbs->validity != nullptr && copy_time(tbs->validity->*which, *value) ? 0 : 1;
+}
+
+}  // namespace
+
+// Certificate ::= SEQUENCE {
+//     tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
+u32 Codec<X509_CERT>::decode(const Element &element, X509_CERT **out) noexcept {
+    OutRecord<X509_CERT> cert(out, new_X509_CERT);
+    if (!cert) return 0x460F0104;
+    Cursor members(element);
+    Element tbs;
+    Element algorithm;
+    Element oid;
+    Element bits;
+    if (!members.next(TLX_TAG_SEQUENCE, tbs)) return 1;
+    if (const u32 status = Codec<X509_TBS_CERT>::decode(tbs, &cert->tbsCertificate); status != 0)
+        return status;
+    if (!members.next(TLX_TAG_SEQUENCE, algorithm)) return 0x460F0104;
+    if (!Cursor(algorithm).next(TLX_TAG_OBJECT_IDENTIFIER, oid)) return 0x460F0104;
+    if (!members.next(TLX_TAG_BIT_STRING, bits)) return 0x460F0104;
+    Owned<OBJECT_IDENTIFIER> identifier(decode_oid(oid.contents));
+    Owned<BIT_STRING> signature(decode_bit_string(bits.contents));
+    if (!identifier || !signature) return 0x460F0104;
+    free_OBJECT_IDENTIFIER(cert->signatureAlgorithm);
+    free_BIT_STRING(cert->signatureValue);
+    cert->signatureAlgorithm = identifier.release();
+    cert->signatureValue = signature.release();
+    cert.commit();
+    return 0;
+}
+
+void Codec<X509_CERT>::encode(Encoder &out, const X509_CERT *record, u8 tag) noexcept {
+    if (record == nullptr) return out.fail();
+    out.buffer().reserve(kUsualSize);
+    const auto sequence = out.nest(tag);
+    if (encode_tbs(out, record->tbsCertificate) != 0) return out.fail();
+    encode_signature_algorithm(out, record->signatureAlgorithm);
+    out.bit_string(record->signatureValue);
+}
+
+X509_CERT *new_X509_CERT(void) {
+    Owned<X509_CERT> cert(TLX_NEW(X509_CERT));
+    return tbs_of(cert.get()) != nullptr ? cert.release() : nullptr;
+}
+
+void clean_X509_CERT(X509_CERT *cert) {
+    if (cert == nullptr) return;
+    free_X509_TBS_CERT(cert->tbsCertificate);
+    free_OBJECT_IDENTIFIER(cert->signatureAlgorithm);
+    free_BIT_STRING(cert->signatureValue);
+    *cert = {};
+}
+
+void free_X509_CERT(X509_CERT *cert) {
+    clean_X509_CERT(cert);
+    tlx_free(cert);
+}
+
+X509_CERT *dup_X509_CERT(const X509_CERT *cert) {
+    if (cert == nullptr) return nullptr;
+    Owned<X509_CERT> copy(TLX_NEW(X509_CERT));
+    if (!copy) return nullptr;
+    copy->tbsCertificate = dup_X509_TBS_CERT(cert->tbsCertificate);
+    copy->signatureAlgorithm = dup_OBJECT_IDENTIFIER(cert->signatureAlgorithm);
+    copy->signatureValue = dup_ASN1_STRING(cert->signatureValue);
+    const bool complete = (copy->tbsCertificate == nullptr) == (cert->tbsCertificate == nullptr) &&
+                          (copy->signatureAlgorithm == nullptr) == (cert->signatureAlgorithm == nullptr) &&
+                          (copy->signatureValue == nullptr) == (cert->signatureValue == nullptr);
+    return complete ? copy.release() : nullptr;
+}
+
+int32_t cmp_X509_CERT(const X509_CERT *a, const X509_CERT *b) {
+    Encoder first;
+    Encoder second;
+    Codec<X509_CERT>::encode(first, a);
+    Codec<X509_CERT>::encode(second, b);
+    if (!first.ok() || !second.ok()) return 1;
+    return std::ranges::equal(first.bytes(), second.bytes()) ? 0 : -1;
+}
+
+uint32_t Seq_to_X509_CERT(const ASN1_UNIT *node, X509_CERT **out) {
+    return decode_node(node, out, 0x460F0000);
+}
+
+uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {
+    if (cert == nullptr || out == nullptr) return 0x46100049;
+    Encoder encoder;
+    Codec<X509_CERT>::encode(encoder, cert);
+    if (!encoder.ok()) return 0x46100103;
+    return hand_over(encoder, out) ? 0 : 0x4610003C;
+}
+
+uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out) {
+    Encoder encoder;
+    Codec<X509_CERT>::encode(encoder, cert);
+    if (!encoder.ok() || out == nullptr) return 0xFFFFFFFF;
+    u32 length = 0;
+    const Bytes der = encoder.bytes();
+    if (Digest(digest_id, der.data(), static_cast<u32>(der.size()), out, &length) != 0) return 0xFFFFFFFF;
+    return length;
+}
+
+uint32_t get_X509_version(const X509_CERT *cert) {
+    if (cert == nullptr || cert->tbsCertificate == nullptr) return 0xFFFFFFFF;
+    return cert->tbsCertificate->version;
+}
+
+BIGINT *get_X509_serial(const X509_CERT *cert) {
+    return member_of(cert, &X509_TBS_CERT::serialNumber);
+}
+
+OBJECT_IDENTIFIER *get_X509_signature(const X509_CERT *cert) {
+    return member_of(cert, &X509_TBS_CERT::signature);
+}
+
+X509_NAME *get_X509_issuer(const X509_CERT *cert) {
+    return member_of(cert, &X509_TBS_CERT::issuer);
+}
+
+X509_NAME *get_X509_subject(const X509_CERT *cert) {
+    return member_of(cert, &X509_TBS_CERT::subject);
+}
+
+X509_TIME *get_X509_notBefore(const X509_CERT *cert) {
+    return time_of(cert, &X509_VALIDITY::notBefore);
+}
+
+X509_TIME *get_X509_notAfter(const X509_CERT *cert) {
+    return time_of(cert, &X509_VALIDITY::notAfter);
+}
+
+X509_PUBKEY *get_X509_SPKI(const X509_CERT *cert) {
+    return member_of(cert, &X509_TBS_CERT::subjectPublicKeyInfo);
+}
+
+X509_EXTENSIONS *get_X509_extensions(const X509_CERT *cert) {
+    return member_of(cert, &X509_TBS_CERT::extensions);
+}
+
+OBJECT_IDENTIFIER *get_X509_sig_alg(const X509_CERT *cert) {
+    return cert == nullptr ? nullptr : cert->signatureAlgorithm;
+}
+
+BIT_STRING *get_X509_sig_value(const X509_CERT *cert) {
+    return cert == nullptr ? nullptr : cert->signatureValue;
+}
+
+uint32_t set_X509_version(X509_CERT *cert, uint8_t version) {
+    X509_TBS_CERT *tbs = tbs_of(cert);
+    if (tbs == nullptr) return 1;
+    tbs->version = version;
+    return 0;
+}
+
+uint32_t set_X509_serial(X509_CERT *cert, const BIGINT *value) {
+    return replace_member<dup_BIGINT, free_BIGINT>(cert, &X509_TBS_CERT::serialNumber, value);
+}
+
+uint32_t set_X509_signature(X509_CERT *cert, const OBJECT_IDENTIFIER *value) {
+    return replace_member<dup_OBJECT_IDENTIFIER, free_OBJECT_IDENTIFIER>(cert, &X509_TBS_CERT::signature,
+                                                                         value);
+}
+
+uint32_t set_X509_issuer(X509_CERT *cert, const X509_NAME *value) {
+    return replace_member<dup_X509_NAME, free_X509_NAME>(cert, &X509_TBS_CERT::issuer, value);
+}
+
+uint32_t set_X509_subject(X509_CERT *cert, const X509_NAME *value) {
+    return replace_member<dup_X509_NAME, free_X509_NAME>(cert, &X509_TBS_CERT::subject, value);
+}
+
+uint32_t set_X509_notBefore(X509_CERT *cert, const X509_TIME *value) {
+    return replace_time(cert, &X509_VALIDITY::notBefore, value);
+}
+
+uint32_t set_X509_notAfter(X509_CERT *cert, const X509_TIME *value) {
+    return replace_time(cert, &X509_VALIDITY::notAfter, value);
+}
+
+uint32_t set_X509_pub_key(X509_CERT *cert, const X509_PUBKEY *value) {
+    return replace_member<dup_X509_PUBKEY, free_X509_PUBKEY>(cert, &X509_TBS_CERT::subjectPublicKeyInfo,
+                                                             value);
+}
+
+uint32_t set_X509_extensions(X509_CERT *cert, const X509_EXTENSIONS *value) {
+    X509_TBS_CERT *tbs = tbs_of(cert);
+    if (tbs == nullptr) return 1;
+    if (value != nullptr)
+        return replace_by_copy<dup_X509_EXTENSIONS, free_X509_EXTENSIONS>(tbs->extensions, value);
+    free_X509_EXTENSIONS(tbs->extensions);
+    tbs->extensions = nullptr;
+    return 0;
+}
+
+uint32_t set_X509_sig_alg(X509_CERT *cert, const OBJECT_IDENTIFIER *value) {
+    if (cert == nullptr) return 1;
+    return replace_by_copy<dup_OBJECT_IDENTIFIER, free_OBJECT_IDENTIFIER>(cert->signatureAlgorithm, value);
+}
+
+uint32_t set_X509_sig_value(X509_CERT *cert, const BIT_STRING *value) {
+    if (cert == nullptr) return 1;
+    return replace_by_copy<dup_ASN1_STRING, free_ASN1_STRING>(cert->signatureValue, value);
+}

@@ -1,0 +1,210 @@
+// Name (RFC 5280, section 4.1.2.4), held as a flat list of types and values.
+#include "x509/attribute_value.hpp"
+#include "x509/codecs.hpp"
+#include "x509/list.hpp"
+
+#include <tlxcrypto/digest.h>
+
+#include <cstring>
+
+using namespace tlx;
+
+namespace {
+
+constexpr auto kMembers = record<X509_NAME_CHILD>(
+    codes(0, 0), any_count(), field<Oid>(&X509_NAME_CHILD::type), field<AnyString>(&X509_NAME_CHILD::data));
+
+/// An entry of a name. It is read and written together with the SET around it.
+struct NameChild {
+    using type = X509_NAME_CHILD;
+    static type *dup(const type *value) noexcept { return dup_X509_NAME_CHILD(value); }
+    static void free(type *value) noexcept { free_X509_NAME_CHILD(value); }
+};
+
+// RelativeDistinguishedName ::= SET SIZE (1..MAX) OF AttributeTypeAndValue
+// AttributeTypeAndValue ::= SEQUENCE { type OBJECT IDENTIFIER, value ANY DEFINED BY type }
+// Of several members only the first is read; the others are dropped, because a name has no level for them.
+Owned<X509_NAME_CHILD> decode_rdn(const Element &set) noexcept {
+    Element sequence;
+    if (!Cursor(set).next(TLX_TAG_SEQUENCE, sequence)) return nullptr;
+    Cursor members(sequence);
+    Element type;
+    Element value;
+    if (!members.next(TLX_TAG_OBJECT_IDENTIFIER, type) || !members.next(value)) return nullptr;
+    Owned<X509_NAME_CHILD> child(new_X509_NAME_CHILD());
+    if (!child) return nullptr;
+    child->type = decode_oid(type.contents);
+    child->data = decode_any_string(value);
+    if (child->type == nullptr || child->data == nullptr) return nullptr;
+    return child;
+}
+
+// Name ::= SEQUENCE OF RelativeDistinguishedName
+OwnedName decode_name(const Element &sequence) noexcept {
+    OwnedName name(new_X509_NAME());
+    if (!name) return nullptr;
+    Cursor sets(sequence);
+    while (!sets.at_end()) {
+        Element set;
+        if (!sets.next(TLX_TAG_SET, set)) return nullptr;
+        Owned<X509_NAME_CHILD> child = decode_rdn(set);
+        if (!child || push_STACK_value(name.get(), child.get()) != 0) return nullptr;
+        static_cast<void>(child.release());
+    }
+    return name;
+}
+
+bool lacks_a_child(const X509_NAME &name) noexcept {
+    for (u32 i = 0; i < name.count; ++i) {
+        if (name.values[i] == nullptr) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+u32 Name::decode(const Element &element, X509_NAME **out) noexcept {
+    OwnedName name = decode_name(element);
+    if (!name) return 0x461C0104;
+    *out = name.release();
+    return 0;
+}
+
+void Name::encode(Encoder &out, const X509_NAME *value, u8 as) noexcept {
+    if (value == nullptr) return out.fail();
+    const auto name = out.nest(as);
+    for (u32 i = 0; i < value->count; ++i) {
+        const auto *child = static_cast<const X509_NAME_CHILD *>(value->values[i]);
+        if (child == nullptr || child->data == nullptr) return out.fail();
+        const auto set = out.set();
+        const auto sequence = out.sequence();
+        out.oid(child->type);
+        encode_value(out, child->data, static_cast<u32>(child->data->type));
+    }
+}
+
+X509_NAME *new_X509_NAME(void) {
+    return new_STACK();
+}
+
+void clean_X509_NAME(X509_NAME *name) {
+    clean_list<NameChild>(name);
+}
+
+void free_X509_NAME(X509_NAME *name) {
+    free_list<NameChild>(name);
+}
+
+X509_NAME *dup_X509_NAME(const X509_NAME *name) {
+    return dup_list<NameChild>(name);
+}
+
+X509_NAME_CHILD *new_X509_NAME_CHILD(void) {
+    return TLX_NEW(X509_NAME_CHILD);
+}
+
+void free_X509_NAME_CHILD(X509_NAME_CHILD *child) {
+    kMembers.free(child);
+}
+
+X509_NAME_CHILD *dup_X509_NAME_CHILD(const X509_NAME_CHILD *child) {
+    return kMembers.dup(child, new_X509_NAME_CHILD);
+}
+
+uint32_t get_X509_NAME_count(const X509_NAME *name) {
+    return get_STACK_count(name);
+}
+
+X509_NAME_CHILD *get_X509_NAME_CHILD(const X509_NAME *name, int32_t index) {
+    return item_at<X509_NAME_CHILD>(name, index);
+}
+
+OBJECT_IDENTIFIER *get_X509_NAME_CHILD_OID(const X509_NAME_CHILD *child) {
+    return child == nullptr ? nullptr : child->type;
+}
+
+ASN1_STRING *get_X509_NAME_CHILD_data(const X509_NAME_CHILD *child) {
+    return child == nullptr ? nullptr : child->data;
+}
+
+int32_t get_X509_NAME_index_by_OID(const X509_NAME *name, const OBJECT_IDENTIFIER *oid, int32_t lastpos) {
+    return index_by_type(name, &X509_NAME_CHILD::type, text_of(oid), lastpos);
+}
+
+uint32_t add_X509_NAME_child(X509_NAME *name, const X509_NAME_CHILD *child, int32_t index) {
+    return add_list_child<NameChild>(name, child, index);
+}
+
+uint32_t add_X509_NAME_child_OID(X509_NAME *name, const OBJECT_IDENTIFIER *oid, int32_t type,
+                                 const void *data, int32_t length, int32_t index) {
+    if (name == nullptr || oid == nullptr || data == nullptr) return 1;
+    const auto *octets = static_cast<const u8 *>(data);
+    const std::size_t size =
+        length < 0 ? std::strlen(static_cast<const char *>(data)) : static_cast<u32>(length);
+    Owned<X509_NAME_CHILD> child(new_X509_NAME_CHILD());
+    if (!child) return 1;
+    child->type = dup_OBJECT_IDENTIFIER(oid);
+    child->data = new_string(type, {octets, size});
+    if (child->type == nullptr || child->data == nullptr) return 1;
+    if (insert_STACK_value(name, child.get(), index) != 0) return 1;
+    static_cast<void>(child.release());
+    return 0;
+}
+
+uint32_t add_X509_NAME_child_OID_index(X509_NAME *name, int32_t oid_index, int32_t type, const void *data,
+                                       int32_t length, int32_t index) {
+    return add_X509_NAME_child_OID(name, oid_of_row(oid_index).get(), type, data, length, index);
+}
+
+X509_NAME_CHILD *remove_X509_NAME_child(X509_NAME *name, int32_t index) {
+    return take_item<X509_NAME_CHILD>(name, index);
+}
+
+int32_t cmp_X509_NAME(const X509_NAME *a, const X509_NAME *b) {
+    if (a == nullptr || b == nullptr) return 1;
+    if (a->count != b->count) return -1;
+    Encoder first;
+    Encoder second;
+    Name::encode(first, a);
+    Name::encode(second, b);
+    if (!first.ok() || !second.ok()) return 1;
+    return std::ranges::equal(first.bytes(), second.bytes()) ? 0 : -1;
+}
+
+uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id, uint8_t *out) {
+    if (get_STACK_count(name) == 0 || out == nullptr) return 0xFFFFFFFF;
+    Encoder encoder;
+    Name::encode(encoder, name);
+    const Bytes der = encoder.bytes();
+    u32 length = 0;
+    if (!encoder.ok() || Digest(digest_id, der.data(), static_cast<u32>(der.size()), out, &length) != 0) {
+        return 0xFFFFFFFF;
+    }
+    return length;
+}
+
+uint32_t Seq_to_X509_NAME(const ASN1_UNIT *node, X509_NAME **out) {
+    if (node == nullptr || out == nullptr) return 0x461C0049;
+    Element element;
+    if (!view_node(node, element)) return 0x461C0104;
+    OwnedName name = decode_name(element);
+    if (!name) return 0x461C0104;
+    if (*out == nullptr) {
+        *out = name.release();
+    } else {
+        std::swap(**out, *name);
+    }
+    return 0;
+}
+
+uint32_t X509_NAME_to_Seq(const X509_NAME *name, ASN1_UNIT **out) {
+    if (name == nullptr || out == nullptr) return 0x461B0049;
+    const bool complete = !lacks_a_child(*name);
+    Encoder encoder;
+    if (complete) Name::encode(encoder, name);
+    if (complete && hand_over(encoder, out)) return 0;
+    // A node that the caller wanted filled does not survive the failure.
+    free_ASN1_UNIT(*out);
+    *out = nullptr;
+    return complete ? 0x461B0103 : 0x461B002B;
+}

@@ -1,0 +1,244 @@
+// SubjectPublicKeyInfo (RFC 5280, section 4.1.2.7), and the holder of a key of any kind.
+#include <tlxpki/ber.h>
+#include <tlxpki/curve.h>
+
+#include <algorithm>
+
+#include "asn1/oid_lookup.hpp"
+#include "x509/algorithm.hpp"
+#include "x509/codecs.hpp"
+#include "x509/list.hpp"
+#include "x509/pubkey_key.hpp"
+
+using namespace tlx;
+
+namespace {
+
+/// A copy of a key unit; null for a kind that is not known and when memory runs out.
+void *dup_unit(u32 kind, const void *unit) noexcept {
+    switch (kind) {
+        case TLX_KEY_RSA:
+            return dup_RSA_UNIT(static_cast<const RSA_UNIT *>(unit));
+        case TLX_KEY_KCDSA:
+            return dup_KCDSA(static_cast<const KCDSA *>(unit));
+        case TLX_KEY_ECC:
+            return dup_ECC_KEY(static_cast<const ECC_KEY *>(unit));
+        default:
+            return nullptr;
+    }
+}
+
+void free_unit(u32 kind, void *unit) noexcept {
+    switch (kind) {
+        case TLX_KEY_RSA:
+            return free_RSA_UNIT(static_cast<RSA_UNIT *>(unit));
+        case TLX_KEY_KCDSA:
+            return free_KCDSA(static_cast<KCDSA *>(unit));
+        case TLX_KEY_ECC:
+            return free_ECC_KEY(static_cast<ECC_KEY *>(unit));
+        default:
+            return;
+    }
+}
+
+template <typename T>
+bool same_presence(const T *a, const T *b) noexcept {
+    return (a == nullptr) == (b == nullptr);
+}
+
+/// Parameters as cmp_X509_PUBKEY sees them: NULL is none.
+bool has_parameters(const ASN1_UNIT *parameters, Element &element) noexcept {
+    return view_node(parameters, element) && !(element.tag == TLX_TAG_NULL && element.contents.empty());
+}
+
+bool same_parameters(const ASN1_UNIT *a, const ASN1_UNIT *b) noexcept {
+    Element first;
+    Element second;
+    const bool has_first = has_parameters(a, first);
+    if (has_first != has_parameters(b, second)) return false;
+    return !has_first || (first.tag == second.tag && std::ranges::equal(first.contents, second.contents));
+}
+
+/// Makes the record the public key that the encodings stand for, decoding it as if it had been received.
+bool set_from_encodings(X509_PUBKEY &pubkey, u32 algorithm, const Encoder &parameters,
+                        const Encoder &key) noexcept {
+    Owned<X509_PUBKEY> made(new_X509_PUBKEY());
+    if (!made || !parameters.ok() || !key.ok()) return false;
+    made->algorithm = index_to_OBJECT_IDENTIFIER(static_cast<i32>(algorithm));
+    made->parameters = parameters.to_node();
+    made->subjectPublicKey = new_string(TLX_TAG_BIT_STRING, key.bytes());
+    if (made->algorithm == nullptr || made->parameters == nullptr || made->subjectPublicKey == nullptr)
+        return false;
+    if (decode_key(*made) != KeyOutcome::decoded) return false;
+    std::swap(pubkey, *made);
+    return true;
+}
+
+}  // namespace
+
+ASYMMETRIC_KEY *new_ASYMMETRIC_KEY(void) {
+    return TLX_NEW(ASYMMETRIC_KEY);
+}
+
+void clean_ASYMMETRIC_KEY(ASYMMETRIC_KEY *key) {
+    if (key == nullptr) return;
+    free_unit(key->kind, key->key);
+    *key = {};
+}
+
+void free_ASYMMETRIC_KEY(ASYMMETRIC_KEY *key) {
+    clean_ASYMMETRIC_KEY(key);
+    tlx_free(key);
+}
+
+ASYMMETRIC_KEY *dup_ASYMMETRIC_KEY(const ASYMMETRIC_KEY *key) {
+    if (key == nullptr) return nullptr;
+    Owned<ASYMMETRIC_KEY> copy(new_ASYMMETRIC_KEY());
+    if (!copy) return nullptr;
+    if (key->key == nullptr) {
+        copy->kind = key->kind;
+        return copy.release();
+    }
+    return set_ASYMMETRIC_KEY(copy.get(), key->kind, key->key) == 0 ? copy.release() : nullptr;
+}
+
+uint32_t set_ASYMMETRIC_KEY(ASYMMETRIC_KEY *key, uint32_t kind, const void *unit) {
+    if (key == nullptr || unit == nullptr) return 1;
+    void *copy = dup_unit(kind, unit);
+    if (copy == nullptr) return 1;
+    free_unit(key->kind, key->key);
+    *key = {kind, copy};
+    return 0;
+}
+
+X509_PUBKEY *new_X509_PUBKEY(void) {
+    return TLX_NEW(X509_PUBKEY);
+}
+
+void clean_X509_PUBKEY(X509_PUBKEY *pubkey) {
+    if (pubkey == nullptr) return;
+    free_OBJECT_IDENTIFIER(pubkey->algorithm);
+    free_BIT_STRING(pubkey->subjectPublicKey);
+    free_ASYMMETRIC_KEY(pubkey->key);
+    free_ASN1_UNIT(pubkey->parameters);
+    *pubkey = {};
+}
+
+void free_X509_PUBKEY(X509_PUBKEY *pubkey) {
+    clean_X509_PUBKEY(pubkey);
+    tlx_free(pubkey);
+}
+
+X509_PUBKEY *dup_X509_PUBKEY(const X509_PUBKEY *pubkey) {
+    if (pubkey == nullptr) return nullptr;
+    Owned<X509_PUBKEY> copy(new_X509_PUBKEY());
+    if (!copy) return nullptr;
+    copy->algorithm = dup_OBJECT_IDENTIFIER(pubkey->algorithm);
+    copy->subjectPublicKey = dup_ASN1_STRING(pubkey->subjectPublicKey);
+    copy->key = dup_ASYMMETRIC_KEY(pubkey->key);
+    copy->parameters = dup_ASN1_UNIT(pubkey->parameters);
+    const bool complete = same_presence(copy->algorithm, pubkey->algorithm) &&
+                          same_presence(copy->subjectPublicKey, pubkey->subjectPublicKey) &&
+                          same_presence(copy->key, pubkey->key) &&
+                          same_presence(copy->parameters, pubkey->parameters);
+    return complete ? copy.release() : nullptr;
+}
+
+int32_t cmp_X509_PUBKEY(const X509_PUBKEY *a, const X509_PUBKEY *b) {
+    if (a == nullptr || b == nullptr) return 1;
+    const std::string_view algorithm = text_of(a->algorithm);
+    if (algorithm.empty() || text_of(b->algorithm).empty()) return 1;
+    if (a->subjectPublicKey == nullptr || b->subjectPublicKey == nullptr) return 1;
+    const bool same = algorithm == text_of(b->algorithm) &&
+                      a->subjectPublicKey->extra == b->subjectPublicKey->extra &&
+                      std::ranges::equal(octets_of(a->subjectPublicKey), octets_of(b->subjectPublicKey)) &&
+                      same_parameters(a->parameters, b->parameters);
+    return same ? 0 : -1;
+}
+
+OBJECT_IDENTIFIER *get_X509_PUBKEY_algorithm(const X509_PUBKEY *pubkey) {
+    return pubkey == nullptr ? nullptr : pubkey->algorithm;
+}
+
+ASYMMETRIC_KEY *get_X509_PUBKEY_key(const X509_PUBKEY *pubkey) {
+    return pubkey == nullptr ? nullptr : pubkey->key;
+}
+
+uint32_t set_X509_PUBKEY_rsa(X509_PUBKEY *pubkey, const RSA_UNIT *rsa) {
+    if (pubkey == nullptr || rsa == nullptr) return 1;
+    Encoder parameters;
+    parameters.null();
+    Encoder key;
+    {
+        const auto sequence = key.sequence();
+        key.integer(get_RSA_UNIT_number(rsa, TLX_RSA_N));
+        key.integer(get_RSA_UNIT_number(rsa, TLX_RSA_E));
+    }
+    return set_from_encodings(*pubkey, oid::kRsaEncryption, parameters, key) ? 0 : 1;
+}
+
+uint32_t set_X509_PUBKEY_kcdsa(X509_PUBKEY *pubkey, const KCDSA *kcdsa) {
+    if (pubkey == nullptr || kcdsa == nullptr) return 1;
+    Encoder parameters;
+    {
+        const auto sequence = parameters.sequence();
+        parameters.integer(get_KCDSA_number(kcdsa, TLX_KCDSA_P));
+        parameters.integer(get_KCDSA_number(kcdsa, TLX_KCDSA_Q));
+        parameters.integer(get_KCDSA_number(kcdsa, TLX_KCDSA_G));
+    }
+    Encoder key;
+    key.integer(get_KCDSA_number(kcdsa, TLX_KCDSA_Y));
+    return set_from_encodings(*pubkey, oid::kKcdsa1, parameters, key) ? 0 : 1;
+}
+
+uint32_t set_X509_PUBKEY_ecc(X509_PUBKEY *pubkey, const ECC_KEY *ecc) {
+    if (pubkey == nullptr || ecc == nullptr || ecc->curve == nullptr || ecc->public_point == nullptr)
+        return 1;
+    OBJECT_IDENTIFIER *name = nullptr;
+    if (get_ECURVE_OID_from_name(&name, ecc->curve->name) != 0) return 1;
+    const Owned<OBJECT_IDENTIFIER> curve(name);
+    Encoder parameters;
+    parameters.oid(curve.get());
+    Encoder key;
+    u32 length = get_ECPOINT_length(ecc->curve, 0);
+    u8 *room = key.buffer().reserve(length);
+    if (room == nullptr || ECPOINT_to_binary(ecc->public_point, ecc->curve, 0, room, &length) != 0) return 1;
+    key.buffer().advance(length);
+    return set_from_encodings(*pubkey, oid::kEcPublicKey, parameters, key) ? 0 : 1;
+}
+
+// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
+u32 Codec<X509_PUBKEY>::decode(const Element &element, X509_PUBKEY **out) noexcept {
+    Cursor members(element);
+    Element algorithm;
+    Element bits;
+    if (!members.next(TLX_TAG_SEQUENCE, algorithm) || !members.next(TLX_TAG_BIT_STRING, bits))
+        return 0x46140104;
+    if (!members.at_end()) return 0x46140104;
+    Owned<X509_PUBKEY> pubkey(new_X509_PUBKEY());
+    if (!pubkey || !decode_algorithm(algorithm, pubkey->algorithm, pubkey->parameters)) return 0x46140104;
+    pubkey->subjectPublicKey = decode_bit_string(bits.contents);
+    if (pubkey->subjectPublicKey == nullptr) return 0x46140104;
+    if (decode_key(*pubkey) == KeyOutcome::no_memory) return 0x46140104;
+    if (*out == nullptr) {
+        *out = pubkey.release();
+    } else {
+        std::swap(**out, *pubkey);
+    }
+    return 0;
+}
+
+void Codec<X509_PUBKEY>::encode(Encoder &out, const X509_PUBKEY *record, u8 tag) noexcept {
+    if (record == nullptr) return out.fail();
+    const auto sequence = out.nest(tag);
+    encode_algorithm(out, record->algorithm, record->parameters);
+    out.bit_string(record->subjectPublicKey);
+}
+
+uint32_t Seq_to_X509_PUBKEY(const ASN1_UNIT *node, X509_PUBKEY **out) {
+    return decode_node(node, out, 0x46140000);
+}
+
+uint32_t X509_PUBKEY_to_Seq(const X509_PUBKEY *pubkey, ASN1_UNIT **out) {
+    return encode_node(pubkey, out, 0x46130000);
+}
