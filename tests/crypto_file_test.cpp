@@ -1,0 +1,103 @@
+#include <gtest/gtest.h>
+#include <tlxcrypto/file.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "support/allocation.hpp"
+#include "support/crypto_values.hpp"
+
+namespace {
+
+using namespace tlx_test;
+
+class File : public ::testing::Test {
+  protected:
+    File() {
+        const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        path_ = ::testing::TempDir() + "tlx_" + test + "_\xEA\xB0\x80.bin";  // a Korean syllable in UTF-8
+    }
+    ~File() override { static_cast<void>(std::remove(path_.c_str())); }
+
+    std::string path_;
+};
+
+TEST_F(File, KeepsEveryOctet) {
+    const LeakCheck leaks;
+    // From long to short, so that a file that is not written anew shows; the lengths lie around those at
+    // which the buffer grows.
+    for (const std::size_t size :
+         {100'000U, 16385U, 16384U, 16383U, 8193U, 8192U, 8191U, 8190U, 300U, 1U, 0U}) {
+        Octets octets(size);
+        for (std::size_t i = 0; i < size; ++i)
+            octets[i] = static_cast<std::uint8_t>(i);
+        ASSERT_EQ(binary_to_File(path_.c_str(), octets.data(), length(octets)), 0U);
+        std::uint8_t *read = nullptr;
+        std::uint32_t len = 99;
+        ASSERT_EQ(File_to_binary(path_.c_str(), &read, &len), 0U) << size;
+        EXPECT_EQ(Octets(read, read + len), octets) << size;
+        EXPECT_EQ(read[len], 0) << size;
+        tlx_free(read);
+    }
+}
+
+TEST_F(File, RefusesWhatItCannotOpen) {
+    const LeakCheck leaks;
+    std::uint8_t octet = 7;
+    const std::string missing = path_ + "/no/such/file";
+    const std::string directory = ::testing::TempDir();
+    for (const char *path : {missing.c_str(), directory.c_str(), "", static_cast<const char *>(nullptr)}) {
+        std::uint8_t *read = &octet;
+        std::uint32_t len = 99;
+        EXPECT_EQ(File_to_binary(path, &read, &len), 1U);
+        EXPECT_EQ(read, &octet) << "nothing is stored";
+        EXPECT_EQ(len, 99U);
+        EXPECT_EQ(binary_to_File(path, &octet, 1), 1U);
+    }
+    EXPECT_EQ(binary_to_File(path_.c_str(), nullptr, 1), 1U);
+}
+
+TEST_F(File, MeetsEveryFailingAllocation) {
+    const Octets octets(20'000, 0x5A);
+    ASSERT_EQ(binary_to_File(path_.c_str(), octets.data(), length(octets)), 0U);
+    const unsigned failures = sweep_failing_allocations([this] {
+        std::uint8_t *read = nullptr;
+        std::uint32_t len = 0;
+        const bool done = File_to_binary(path_.c_str(), &read, &len) == 0;
+        EXPECT_EQ(len, done ? 20'000U : 0U);
+        tlx_free(read);
+        return done;
+    });
+    EXPECT_EQ(failures, 3U) << "8, 16 and 32 KB";
+}
+
+TEST(Hex, ConvertsBothWays) {
+    const LeakCheck leaks;
+    const Octets octets = {0x00, 0x09, 0xAF, 0xF0, 0xFF};
+    EXPECT_EQ(hex(octets), "0009AFF0FF");
+    EXPECT_EQ(hex(Octets{}), "");
+    EXPECT_EQ(binary_to_hex(nullptr, 1), nullptr);
+    std::uint8_t *back = nullptr;
+    std::uint32_t len = 99;
+    ASSERT_EQ(hex_to_binary("0009aFF0fF--", 10, &back, &len), 0U) << "only the digits said are read";
+    EXPECT_EQ(Octets(back, back + len), octets);
+    tlx_free(back);
+    back = nullptr;
+    for (const std::string bad : {"123", "0G", "G0", "/0", ":0", "@0", "`0", "g0", "1 "}) {
+        EXPECT_EQ(hex_to_binary(bad.c_str(), static_cast<std::uint32_t>(bad.size()), &back, &len), 1U) << bad;
+        EXPECT_EQ(back, nullptr) << bad;
+        EXPECT_EQ(len, 5U) << bad;
+    }
+}
+
+TEST(Hex, PrintsDigitsAlone) {
+    const Octets octets = {0x01, 0xAB, 0xFF};
+    ::testing::internal::CaptureStdout();
+    print_hex(octets.data(), 3);
+    print_hex(nullptr, 3);
+    static_cast<void>(std::fflush(stdout));
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "01ABFF");
+}
+
+}  // namespace
