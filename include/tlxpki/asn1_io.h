@@ -32,8 +32,8 @@ TLXPKI_API uint32_t ASN1_to_FILE(const ASN1_UNIT *node, const char *path);
 
 /**
  * Reads the element at `der` and converts it to a record. No size is passed: the caller vouches for a
- * complete element, as with decodeToDERSequence(). Use readDER_from_Buffer() for octets that come from
- * elsewhere.
+ * complete element, as with decodeToDERSequence(). The decoder sees the octets where they are, in a node that
+ * is valid while it runs. Use readDER_from_Buffer() for octets that come from elsewhere.
  *
  *     X509_CERT *cert = NULL;
  *     uint32_t status = readDER_from_Binary((void **)&cert, TLX_DECODER(Seq_to_X509_CERT), der);
@@ -44,7 +44,7 @@ TLXPKI_API uint32_t ASN1_to_FILE(const ASN1_UNIT *node, const char *path);
  * @return the decoder's status
  * @return 0x4300002B for null octets
  * @return 0x43000049 for a null decoder
- * @return 0x4300004F for a length that is refused, and when memory runs out for the node
+ * @return 0x4300004F for a length that is refused
  */
 TLXPKI_API uint32_t readDER_from_Binary(void **out, ASN1_DECODER decoder, const uint8_t *der);
 

@@ -15,6 +15,15 @@ namespace {
 
 constexpr u32 kNoOctets = 0xFFFFFFFF;
 
+/// A node whose parts lie where they were read from. Decoders only look at their node, so it need not own
+/// them.
+ASN1_UNIT borrow_node(const Element &element) noexcept {
+    const auto part = [](Bytes octets) { return const_cast<u8 *>(octets.data()); };
+    u8 *value = part(element.contents);
+    return {part(element.whole), part(element.length_octets), value,
+            element.indefinite ? value + element.contents.size() : nullptr};
+}
+
 }  // namespace
 
 uint32_t ASN1_to_binary(const ASN1_UNIT *node, uint8_t **out) {
@@ -44,15 +53,19 @@ uint32_t ASN1_to_FILE(const ASN1_UNIT *node, const char *path) {
 uint32_t readDER_from_Binary(void **out, ASN1_DECODER decoder, const uint8_t *der) {
     if (der == nullptr) return 0x4300002B;
     if (decoder == nullptr) return 0x43000049;
-    const Owned<ASN1_UNIT> node(decodeToDERSequence(der));
-    return node ? decoder(node.get(), out) : 0x4300004F;
+    Element element;
+    if (!read_trusted_element(der, element)) return 0x4300004F;
+    const ASN1_UNIT node = borrow_node(element);
+    return decoder(&node, out);
 }
 
 uint32_t readDER_from_Buffer(void **out, ASN1_DECODER decoder, const uint8_t *der, uint32_t len) {
     if (der == nullptr) return 0x4300002B;
     if (decoder == nullptr) return 0x43000049;
-    const Owned<ASN1_UNIT> node(decodeToDERSequence_n(der, len));
-    return node ? decoder(node.get(), out) : 0x4300004F;
+    Element element;
+    if (!read_element({der, len}, element)) return 0x4300004F;
+    const ASN1_UNIT node = borrow_node(element);
+    return decoder(&node, out);
 }
 
 uint32_t writeDER_to_Binary(const void *object, ASN1_ENCODER encoder, uint8_t **out) {
