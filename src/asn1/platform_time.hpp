@@ -1,0 +1,15 @@
+// What the operating system tells about time zones, beyond the C and C++ standard libraries. The only file of
+// this library that may ask it.
+#pragma once
+
+#include <tlxpki/types.h>
+
+#include <ctime>
+
+namespace tlx {
+
+/// The calendar fields of a moment in the host's time zone. False when the host cannot tell; time is
+/// unchanged then.
+[[nodiscard]] bool local_calendar(std::time_t moment, ASN1_TIME &time) noexcept;
+
+}  // namespace tlx

@@ -1,0 +1,288 @@
+#include <gtest/gtest.h>
+#include <tlxpki/ber.h>
+#include <tlxpki/time.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <random>
+#include <string>
+
+#include "support/allocation.hpp"
+#include "support/strings.hpp"
+
+namespace {
+
+using tlx_test::make_string;
+using tlx_test::StringRecord;
+using Time = std::unique_ptr<ASN1_TIME, tlx_test::Freer<ASN1_TIME, free_ASN1_TIME>>;
+
+/// The fields that a text carries, then day of week and day of year.
+std::string show(const ASN1_TIME *time) {
+    if (time == nullptr) return "none";
+    char text[160];
+    std::snprintf(text, sizeof text, "%d-%02d-%02d %02d:%02d:%02d %d/%d", time->year + 1900, time->month + 1,
+                  time->day, time->hour, time->minute, time->second, time->day_of_week, time->day_of_year);
+    return text;
+}
+
+std::string read_utc(const std::string &text) {
+    return show(Time(utcTimeToASN1_TIME(make_string(23, text).get())).get());
+}
+std::string read_generalized(const std::string &text) {
+    return show(Time(generalizedTimeToASN1_TIME(make_string(24, text).get())).get());
+}
+
+class TimeTest : public ::testing::Test {
+    tlx_test::LeakCheck leaks_;
+};
+
+TEST_F(TimeTest, ReadsUtcTime) {
+    EXPECT_EQ(read_utc("491231235959Z"), "2049-12-31 23:59:59 5/364");
+    EXPECT_EQ(read_utc("500101000000Z"), "1950-01-01 00:00:00 0/0");
+    EXPECT_EQ(read_utc("2402291234Z"), "2024-02-29 12:34:00 4/59");
+    // Without an offset the fields go through the calendar.
+    EXPECT_EQ(read_utc("230231000000Z"), "2023-03-03 00:00:00 5/61");
+    EXPECT_EQ(read_utc("231301000000Z"), "2024-01-01 00:00:00 1/0");
+    EXPECT_EQ(read_utc("230000000000Z"), "2022-11-30 00:00:00 3/333");
+    EXPECT_EQ(read_utc("231231240060Z"), "2024-01-01 00:01:00 1/0");
+    // With an offset they are taken as they stand, and checked.
+    EXPECT_EQ(read_utc("2402291234+0900"), "2024-02-29 12:34:00 0/0");
+    EXPECT_EQ(read_utc("230231123456-0330"), "2023-02-31 12:34:56 0/0");
+    for (const char *bad : {"231301123456+0900", "230100123456+0900", "2301012400+0900", "230101123460+0900",
+                            "", "240229123456", "240229123456z", "2402291234567", "24022912345Z",
+                            "2402291234567Z", "24022912345 Z", "2402291234+5Z", "24022/123456Z",
+                            "24022:123456Z", "240229123456 0900", "240229123456+090Z", "20240229123456Z"})
+        EXPECT_EQ(read_utc(bad), "none") << bad;
+}
+
+TEST_F(TimeTest, ReadsGeneralizedTime) {
+    EXPECT_EQ(read_generalized("202402291234Z"), "2024-02-29 12:34:00 4/59");
+    EXPECT_EQ(read_generalized("202402291234+0900"), "2024-02-29 12:34:00 0/0");
+    EXPECT_EQ(read_generalized("20240229123456-0330"), "2024-02-29 12:34:56 0/0");
+    EXPECT_EQ(read_generalized("99991231235960Z"), "10000-01-01 00:00:00 6/0");
+    // The length of a UTCTime with seconds is that of a GeneralizedTime without: year 2402, month 29, day 12.
+    EXPECT_EQ(read_generalized("240229123456Z"), "2404-05-13 10:56:00 4/133");
+    for (const char *bad : {"20241301123456+0900", "20240229123456.5Z", "20240229123456", "2024022912Z"})
+        EXPECT_EQ(read_generalized(bad), "none") << bad;
+}
+
+TEST_F(TimeTest, ReadsNoFurtherThanTheRecord) {
+    std::uint8_t text[] = {'2', '4', '0', '2', '2', '9', '1', '2', '3', '4', 'Z'};
+    const UTC_TIME exact{TLX_TAG_UTC_TIME, text, 11, 1};
+    const UTC_TIME negative{TLX_TAG_UTC_TIME, text, -1, 1};
+    const UTC_TIME no_data{TLX_TAG_UTC_TIME, nullptr, 11, 1};
+    EXPECT_EQ(show(Time(utcTimeToASN1_TIME(&exact)).get()), "2024-02-29 12:34:00 4/59");
+    EXPECT_EQ(utcTimeToASN1_TIME(&negative), nullptr);
+    EXPECT_EQ(utcTimeToASN1_TIME(&no_data), nullptr);
+    EXPECT_EQ(utcTimeToASN1_TIME(nullptr), nullptr);
+}
+
+// The C library's calendar is the oracle, for every combination of digits that a text can hold.
+TEST_F(TimeTest, AgreesWithTheCalendarOfTheCLibrary) {
+    std::mt19937 random(5);
+    for (int run = 0; run < 20000; ++run) {
+        std::string text(14, '0');
+        for (char &digit : text)
+            digit = static_cast<char>('0' + random() % 10);
+        const auto number = [&](std::size_t at, std::size_t digits) {
+            return std::stoi(text.substr(at, digits));
+        };
+        std::tm fields{};
+        fields.tm_year = number(0, 4) - 1900;
+        fields.tm_mon = number(4, 2) - 1;
+        fields.tm_mday = number(6, 2);
+        fields.tm_hour = number(8, 2);
+        fields.tm_min = number(10, 2);
+        fields.tm_sec = number(12, 2);
+        const std::time_t seconds = timegm(&fields);
+        gmtime_r(&seconds, &fields);
+        const ASN1_TIME expected{fields.tm_sec,  fields.tm_min,  fields.tm_hour,
+                                 fields.tm_mday, fields.tm_mon,  fields.tm_year,
+                                 fields.tm_wday, fields.tm_yday, 0};
+        ASSERT_EQ(read_generalized(text + "Z"), show(&expected)) << text;
+    }
+}
+
+TEST_F(TimeTest, WritesTheFourForms) {
+    const char *utc[] = {"2402291234Z", "2402291234+0000", "240229123456Z", "240229123456+0000"};
+    const ASN1_TIME time{56, 34, 12, 29, 1, 124, 0, 0, 0};
+    for (std::uint32_t form = 0; form < 4; ++form) {
+        const StringRecord two(asn1TimeToUTC_TIME(&time, form));
+        const StringRecord four(asn1TimeToGENERALIZED_TIME(&time, form));
+        EXPECT_EQ(tlx_test::octets(two.get()), utc[form]);
+        EXPECT_EQ(tlx_test::octets(four.get()), std::string("20") + utc[form]);
+        ASSERT_TRUE(two && four);
+        EXPECT_EQ(two->type, 23);
+        EXPECT_EQ(four->type, 24);
+        EXPECT_EQ(two->extra, form % 2 == 0 ? 1 : 0);
+        EXPECT_EQ(four->extra, two->extra);
+    }
+    EXPECT_EQ(asn1TimeToUTC_TIME(&time, 4), nullptr);
+    EXPECT_EQ(asn1TimeToUTC_TIME(nullptr, 2), nullptr);
+}
+
+TEST_F(TimeTest, WritesOnlyYearsThatTheTextCanHold) {
+    const auto written = [](std::int32_t year, auto convert) {
+        const ASN1_TIME time{0, 0, 0, 1, 0, year - 1900, 0, 0, 0};
+        return tlx_test::octets(StringRecord(convert(&time, 2)).get());
+    };
+    EXPECT_EQ(written(1949, asn1TimeToUTC_TIME), "(null)");
+    EXPECT_EQ(written(1950, asn1TimeToUTC_TIME), "500101000000Z");
+    EXPECT_EQ(written(2049, asn1TimeToUTC_TIME), "490101000000Z");
+    EXPECT_EQ(written(2050, asn1TimeToUTC_TIME), "(null)");
+    EXPECT_EQ(written(-1, asn1TimeToGENERALIZED_TIME), "(null)");
+    EXPECT_EQ(written(0, asn1TimeToGENERALIZED_TIME), "00000101000000Z");
+    EXPECT_EQ(written(9999, asn1TimeToGENERALIZED_TIME), "99990101000000Z");
+    EXPECT_EQ(written(10000, asn1TimeToGENERALIZED_TIME), "(null)");
+}
+
+TEST_F(TimeTest, ChecksTheFields) {
+    const ASN1_TIME good{59, 59, 23, 31, 11, 6, 7, 8, 9};
+    EXPECT_EQ(check_ASN1_TIME(&good), 0U);
+    EXPECT_EQ(check_ASN1_TIME(nullptr), 0x4103002BU);
+    const std::pair<std::int32_t ASN1_TIME::*, std::int32_t> limits[] = {{&ASN1_TIME::second, 0},
+                                                                         {&ASN1_TIME::minute, 0},
+                                                                         {&ASN1_TIME::hour, 0},
+                                                                         {&ASN1_TIME::day, 1},
+                                                                         {&ASN1_TIME::month, 0}};
+    for (const auto &[field, least] : limits) {
+        ASN1_TIME time = good;
+        for (const std::int32_t bad : {good.*field + 1, least - 1}) {
+            time.*field = bad;
+            EXPECT_EQ(check_ASN1_TIME(&time), 0x4103002BU) << show(&time);
+            EXPECT_EQ(dup_ASN1_TIME(&time), nullptr) << show(&time);
+            EXPECT_EQ(asn1TimeToGENERALIZED_TIME(&time, 2), nullptr) << show(&time);
+        }
+        time.*field = least;
+        EXPECT_EQ(check_ASN1_TIME(&time), 0U) << show(&time);
+    }
+    const Time copy(dup_ASN1_TIME(&good));
+    EXPECT_EQ(show(copy.get()), show(&good));
+    EXPECT_EQ(copy->daylight, 9);
+}
+
+TEST_F(TimeTest, ReadsCharacterTimes) {
+    const auto read = [](const std::string &text) { return show(Time(charToASN1_TIME(text.c_str())).get()); };
+    const std::string good = "2024-02-29,12:34:56";
+    EXPECT_EQ(read(good), "2024-02-29 12:34:56 0/0");
+    for (std::size_t i = 0; i < good.size(); ++i) {
+        EXPECT_EQ(read(good.substr(0, i)), "none") << "cut at " << i;
+        EXPECT_EQ(read(std::string(good).replace(i, 1, "/")), "none") << "bad at " << i;
+    }
+    for (const char *bad : {"2024-02-29,12:34:567", "2024-13-29,12:34:56", "2024-02-00,12:34:56"})
+        EXPECT_EQ(read(bad), "none") << bad;
+    EXPECT_EQ(charToASN1_TIME(nullptr), nullptr);
+}
+
+TEST_F(TimeTest, Compares) {
+    const ASN1_TIME new_year{0, 0, 0, 1, 0, 124, 0, 0, 0};
+    const ASN1_TIME carried{0, 0, 24, 31, 11, 123, 6, 77, 1};
+    const ASN1_TIME before{59, 59, 23, 31, 11, 123, 0, 0, 0};
+    constexpr std::int32_t kMost = INT32_MAX;
+    const ASN1_TIME latest{kMost, kMost, kMost, kMost, kMost, kMost, 0, 0, 0};
+    const ASN1_TIME earliest{-kMost, -kMost, -kMost, -kMost, -kMost, -kMost, 0, 0, 0};
+    EXPECT_EQ(cmp_ASN1_TIME(&new_year, &carried), 0);
+    EXPECT_EQ(cmp_ASN1_TIME(&new_year, &before), 1);
+    EXPECT_EQ(cmp_ASN1_TIME(&before, &new_year), -1);
+    EXPECT_EQ(cmp_ASN1_TIME(&latest, &earliest), 1);
+    EXPECT_EQ(cmp_ASN1_TIME(nullptr, &earliest), -1);
+    EXPECT_EQ(cmp_ASN1_TIME(nullptr, nullptr), 0);
+
+    const auto utc = [](const char *a, const char *b) {
+        return cmp_UTC_TIME(make_string(23, a).get(), make_string(23, b).get());
+    };
+    EXPECT_EQ(utc("991231235959Z", "0001010000Z"), -1);
+    EXPECT_EQ(utc("0001010000Z", "991231235959Z"), 1);
+    EXPECT_EQ(utc("9912312359", "991231235959Z"), -1) << "unreadable";
+    EXPECT_EQ(cmp_GENERALIZED_TIME(make_string(24, "200001010000+0900").get(),
+                                   make_string(24, "200001010000Z").get()),
+              0)
+        << "the offset is not applied";
+}
+
+TEST_F(TimeTest, AddsSeconds) {
+    struct {
+        std::uint32_t (*add)(ASN1_STRING **time, std::int32_t seconds);
+        const char *text;
+        std::int32_t seconds;
+        std::uint32_t status;
+        const char *expected;
+    } const cases[] = {{add_UTC_TIME, "231231235959Z", 1, 0, "240101000000Z"},
+                       {add_UTC_TIME, "240301000000Z", -1, 0, "240229235959Z"},
+                       {add_UTC_TIME, "2312312359Z", 60, 0, "2401010000Z"},
+                       {add_UTC_TIME, "2312312359+0900", 60, 0, "2401010000+0900"},
+                       {add_UTC_TIME, "231231235959-0330", 1, 0, "240101000000-0330"},
+                       {add_UTC_TIME, "491231235959Z", 1, 0x45020030, "491231235959Z"},
+                       {add_UTC_TIME, "500101000000Z", -1, 0x45020030, "500101000000Z"},
+                       {add_UTC_TIME, "500101000000", 1, 0x4502003C, "500101000000"},
+                       {add_GENERALIZED_TIME, "20491231235959Z", 1, 0, "20500101000000Z"},
+                       {add_GENERALIZED_TIME, "202312312359Z", INT32_MAX, 0, "209201190313Z"},
+                       {add_GENERALIZED_TIME, "202312312359+0900", INT32_MIN, 0, "195512132044+0900"},
+                       {add_GENERALIZED_TIME, "99991231235959Z", 1, 0x45030030, "99991231235959Z"},
+                       {add_GENERALIZED_TIME, "2023123123595Z", 1, 0x4503003C, "2023123123595Z"}};
+    for (const auto &c : cases) {
+        ASN1_STRING *time = make_string(0, c.text).release();
+        EXPECT_EQ(c.add(&time, c.seconds), c.status) << c.text;
+        EXPECT_EQ(tlx_test::octets(time), c.expected) << c.text << " and " << c.seconds;
+        free_ASN1_STRING(time);
+    }
+    ASN1_STRING *none = nullptr;
+    EXPECT_EQ(add_UTC_TIME(nullptr, 1), 0x45020049U);
+    EXPECT_EQ(add_UTC_TIME(&none, 1), 0x45020049U);
+    EXPECT_EQ(add_GENERALIZED_TIME(nullptr, 1), 0x45030049U);
+    EXPECT_EQ(add_GENERALIZED_TIME(&none, 1), 0x45030049U);
+}
+
+class ZoneTest : public TimeTest, public ::testing::WithParamInterface<const char *> {
+  protected:
+    void SetUp() override {
+        setenv("TZ", GetParam(), 1);
+        tzset();
+    }
+    void TearDown() override {
+        unsetenv("TZ");
+        tzset();
+    }
+};
+
+TEST_P(ZoneTest, TellsThePresentTime) {
+    const auto present = std::time(nullptr);
+    const auto seconds_of = [](ASN1_TIME *made, std::time_t (*convert)(std::tm *)) {
+        const Time time(made);
+        std::tm fields{};
+        fields.tm_sec = time->second;
+        fields.tm_min = time->minute;
+        fields.tm_hour = time->hour;
+        fields.tm_mday = time->day;
+        fields.tm_mon = time->month;
+        fields.tm_year = time->year;
+        fields.tm_isdst = time->daylight;
+        const std::time_t seconds = convert(&fields);
+        EXPECT_EQ(time->day_of_week, fields.tm_wday);
+        EXPECT_EQ(time->day_of_year, fields.tm_yday);
+        return seconds;
+    };
+    EXPECT_NEAR(static_cast<double>(seconds_of(getCurrentGMTime(), timegm) - present), 0, 5);
+    EXPECT_NEAR(static_cast<double>(seconds_of(getCurrentLocalTime(), mktime) - present), 0, 5);
+    EXPECT_EQ(read_utc("240310023000Z"), "2024-03-10 02:30:00 0/69") << "a text means the same in every zone";
+}
+
+INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, ::testing::Values("UTC0", "KST-9", "EST5EDT,M3.2.0,M11.1.0"));
+
+TEST_F(TimeTest, SurvivesFailingAllocations) {
+    const ASN1_TIME time{56, 34, 12, 29, 1, 124, 0, 0, 0};
+    EXPECT_EQ(tlx_test::sweep_failing_allocations([] { return Time(getCurrentGMTime()) != nullptr; }), 1U);
+    EXPECT_EQ(tlx_test::sweep_failing_allocations(
+                  [&] { return StringRecord(asn1TimeToUTC_TIME(&time, 2)) != nullptr; }),
+              2U);
+    ASN1_STRING *sum = make_string(23, "240229123456Z").release();
+    tlx_test::sweep_failing_allocations([&] {
+        const std::uint32_t status = add_UTC_TIME(&sum, 1);
+        EXPECT_TRUE(status == 0 || status == 0x45020030) << status;
+        EXPECT_EQ(tlx_test::octets(sum), status == 0 ? "240229123457Z" : "240229123456Z");
+        return status == 0;
+    });
+    free_ASN1_STRING(sum);
+}
+
+}  // namespace
