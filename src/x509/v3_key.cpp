@@ -1,0 +1,214 @@
+// Extensions about keys.
+#include <tlxcrypto/digest.h>
+#include <tlxpki/objects.h>
+#include <tlxpki/x509v3.h>
+
+#include <algorithm>
+#include <bit>
+
+#include "asn1/oid_lookup.hpp"
+#include "x509/codecs.hpp"
+#include "x509/v3_codecs.hpp"
+
+using namespace tlx;
+
+namespace {
+
+// AuthorityKeyIdentifier ::= SEQUENCE {
+//     keyIdentifier [0] OCTET STRING OPTIONAL, authorityCertIssuer [1] GeneralNames OPTIONAL,
+//     authorityCertSerialNumber [2] INTEGER OPTIONAL }
+constexpr auto kAuthorityKeyId = record<AUTHORITY_KEYID>(
+    codes(0x47090000, 0x470A0000), any_count(), implicit<Octets>(0, &AUTHORITY_KEYID::keyIdentifier),
+    implicit<GeneralNames>(1, &AUTHORITY_KEYID::authorityCertIssuer),
+    implicit<Integer>(2, &AUTHORITY_KEYID::authorityCertSerialNumber));
+
+/// Replaces a member by the value of a child. 0 or 0x47090104.
+template <typename Kind>
+u32 read_member(const Element &child, typename Kind::type *&member) noexcept {
+    Kind::free(member);
+    member = nullptr;
+    return fits<Kind>(child) && Kind::decode(child, &member) == 0 ? 0 : 0x47090104;
+}
+
+u32 read_child(const Element &child, AUTHORITY_KEYID &record) noexcept {
+    switch (child.number()) {
+        case 0:
+            return read_member<Octets>(child, record.keyIdentifier);
+        case 1:
+            if (!child.constructed() || !fits<GeneralNames>(child)) return 0x47090104;
+            return decode_list<GeneralNames>(child, &record.authorityCertIssuer, kGeneralNamesDecoder);
+        case 2:
+            return read_member<Integer>(child, record.authorityCertSerialNumber);
+        default:
+            return 0;
+    }
+}
+
+// SubjectKeyIdentifier ::= OCTET STRING
+constexpr Codes kSubjectKeyId = codes(0x47150000, 0x47160000);
+// KeyUsage ::= BIT STRING { digitalSignature (0), ..., decipherOnly (8) }
+constexpr Codes kKeyUsage = codes(0x47130000, 0x47140000);
+
+/// Seq_to_<TYPE> of an extension that is one string.
+template <typename Kind>
+u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, u32 code) noexcept {
+    if (node == nullptr || out == nullptr) return code | kMissingArgument;
+    Element element;
+    ASN1_STRING *value = nullptr;
+    if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0)
+        return code | kNotDecoded;
+    if (*out == nullptr) {
+        *out = value;
+        return 0;
+    }
+    std::swap(**out, *value);
+    free_ASN1_STRING(value);
+    return 0;
+}
+
+/// <TYPE>_to_Seq of it.
+template <typename Kind>
+u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, u32 code) noexcept {
+    if (value == nullptr || out == nullptr) return code | kMissingArgument;
+    Encoder encoder;
+    Kind::encode(encoder, value, Kind::tag);
+    return hand_over(encoder, out) ? 0 : code | kNotEncoded;
+}
+
+/// The operations of such an extension.
+#define TLX_DEFINE_STRING_RECORD(type, kind, string_codes)                   \
+    type *new_##type(void) {                                                 \
+        return new_string(kind::tag, {});                                    \
+    }                                                                        \
+    void clean_##type(type *record) {                                        \
+        clean_ASN1_STRING(record);                                           \
+    }                                                                        \
+    void free_##type(type *record) {                                         \
+        free_ASN1_STRING(record);                                            \
+    }                                                                        \
+    type *dup_##type(const type *record) {                                   \
+        return dup_ASN1_STRING(record);                                      \
+    }                                                                        \
+    uint32_t Seq_to_##type(const ASN1_UNIT *node, type **out) {              \
+        return decode_string_node<kind>(node, out, (string_codes).decode);   \
+    }                                                                        \
+    uint32_t type##_to_Seq(const type *record, ASN1_UNIT **out) {            \
+        return encode_string_node<kind>(record, out, (string_codes).encode); \
+    }
+
+// OBJECT_IDENTIFIERS ::= SEQUENCE OF OBJECT IDENTIFIER
+using ObjectIdentifiers = List<Oid>;
+constexpr Codes kObjectIdentifiers = codes(0x470F0000, 0x47100000);
+// ExtKeyUsageSyntax ::= SEQUENCE SIZE (1..MAX) OF KeyPurposeId
+using ExtendedKeyUsage = OneOrMore<Oid>;
+constexpr Codes kExtendedKeyUsage = codes(0x47110000, 0x47120000);
+
+/// What identifies the key of a CA: its own statement, or else what is usual. Null on failure.
+OCTET_STRING *key_identifier_of(const X509_TBS_CERT &issuer) noexcept {
+    const i32 index =
+        get_X509_EXTENSION_index_by_OID_index(issuer.extensions, oid::kSubjectKeyIdentifier, -1);
+    if (index < 0) return create_SUBJECT_KEYID(issuer.subjectPublicKeyInfo);
+    const Bytes value = octets_of(get_X509_EXTENSION(issuer.extensions, index)->data);
+    Element element;
+    if (!read_element(value, element) || element.whole.size() != value.size() || element.tag != Octets::tag)
+        return nullptr;
+    OCTET_STRING *identifier = nullptr;
+    return Octets::decode(element, &identifier) == 0 ? identifier : nullptr;
+}
+
+/// A list with the one name as its directoryName; null on failure.
+GENERAL_NAMES *general_names_of(const X509_NAME *name) noexcept {
+    const Owned<GENERAL_NAME> general(create_GENERAL_NAME_directoryName(name));
+    if (!general) return nullptr;
+    GENERAL_NAMES *names = new_GENERAL_NAMES();
+    if (add_GENERAL_NAMES_child(names, general.get(), -1) == 0) return names;
+    free_GENERAL_NAMES(names);
+    return nullptr;
+}
+
+}  // namespace
+
+TLX_DEFINE_RECORD_WITHOUT_DECODE(AUTHORITY_KEYID, kAuthorityKeyId)
+TLX_DEFINE_STRING_RECORD(SUBJECT_KEYID, Octets, kSubjectKeyId)
+TLX_DEFINE_STRING_RECORD(KEY_USAGE, NamedBits, kKeyUsage)
+TLX_DEFINE_LIST(OBJECT_IDENTIFIERS, OBJECT_IDENTIFIER, ObjectIdentifiers, kObjectIdentifiers)
+TLX_DEFINE_LIST(EXTENDED_KEY_USAGE, OBJECT_IDENTIFIER, ExtendedKeyUsage, kExtendedKeyUsage)
+
+// By hand because a child goes by its tag number alone, in any order, and because the status of the names is
+// passed on.
+u32 Codec<AUTHORITY_KEYID>::decode(const Element &element, AUTHORITY_KEYID **out) noexcept {
+    if (count_children(element.contents) == 0) return 0x4709002B;
+    OutRecord<AUTHORITY_KEYID> record(out, new_AUTHORITY_KEYID);
+    if (!record) return 0x47090104;
+    clean_AUTHORITY_KEYID(record.get());
+    Cursor children(element);
+    while (!children.at_end()) {
+        Element child;
+        if (!children.next(child)) return 0x47090104;
+        if (const u32 status = read_child(child, *record.get()); status != 0) return status;
+    }
+    record.commit();
+    return 0;
+}
+
+AUTHORITY_KEYID *create_AUTHORITY_KEYID(const X509_CERT *issuer, uint32_t parts) {
+    constexpr u32 kAll = TLX_KEYID_KEY | TLX_KEYID_ISSUER_AND_SERIAL;
+    if (issuer == nullptr || issuer->tbsCertificate == nullptr || parts == 0 || parts > kAll) return nullptr;
+    const X509_TBS_CERT &tbs = *issuer->tbsCertificate;
+    Owned<AUTHORITY_KEYID> record(new_AUTHORITY_KEYID());
+    if (!record) return nullptr;
+    if ((parts & TLX_KEYID_KEY) != 0) {
+        record->keyIdentifier = key_identifier_of(tbs);
+        if (record->keyIdentifier == nullptr) return nullptr;
+    }
+    if ((parts & TLX_KEYID_ISSUER_AND_SERIAL) != 0) {
+        record->authorityCertIssuer = general_names_of(tbs.issuer);
+        record->authorityCertSerialNumber = dup_BIGINT(tbs.serialNumber);
+        if (record->authorityCertIssuer == nullptr || record->authorityCertSerialNumber == nullptr)
+            return nullptr;
+    }
+    return record.release();
+}
+
+SUBJECT_KEYID *create_SUBJECT_KEYID(const X509_PUBKEY *key) {
+    const Bytes octets = octets_of(key != nullptr ? key->subjectPublicKey : nullptr);
+    u8 digest[TLX_DIGEST_MAX_LENGTH];
+    u32 len = 0;
+    if (octets.empty() ||
+        Digest(TLX_DIGEST_SHA1, octets.data(), static_cast<u32>(octets.size()), digest, &len) != 0)
+        return nullptr;
+    return new_string(TLX_TAG_OCTET_STRING, {digest, len});
+}
+
+uint32_t get_BIT_STRING_named_bits(const BIT_STRING *bits) {
+    if (bits == nullptr) return 0;
+    const BIT_STRING trimmed = without_trailing_zero_bits(*bits);
+    const Bytes octets = octets_of(&trimmed);
+    const std::size_t count = octets.size() * 8 - static_cast<std::size_t>(trimmed.extra);
+    u32 mask = 0;
+    for (u32 number = 0; number < std::min<std::size_t>(count, 32); ++number) {
+        if (((octets[number / 8] << (number % 8)) & 0x80) != 0) mask |= 1U << number;
+    }
+    return mask;
+}
+
+BIT_STRING *named_bits_to_BIT_STRING(uint32_t bits) {
+    const auto count = static_cast<u32>(std::bit_width(bits));
+    u8 octets[4] = {};
+    for (u32 number = 0; number < count; ++number) {
+        if (((bits >> number) & 1U) != 0) octets[number / 8] |= static_cast<u8>(0x80U >> (number % 8));
+    }
+    const u32 size = (count + 7) / 8;
+    BIT_STRING *string = new_string(TLX_TAG_BIT_STRING, {octets, size});
+    if (string != nullptr) string->extra = static_cast<i32>(size * 8 - count);
+    return string;
+}
+
+int32_t get_OBJECT_IDENTIFIERS_index(const OBJECT_IDENTIFIERS *list, const OBJECT_IDENTIFIER *wanted) {
+    if (wanted == nullptr) return -1;
+    for (u32 i = 0; i < get_STACK_count(list); ++i) {
+        const auto *each = static_cast<const OBJECT_IDENTIFIER *>(get_STACK_value(list, i));
+        if (each != nullptr && text_of(each) == text_of(wanted)) return static_cast<i32>(i);
+    }
+    return -1;
+}
