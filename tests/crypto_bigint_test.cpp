@@ -215,6 +215,8 @@ TEST(Bigint, CalculatesAtTheEdges) {
     EXPECT_EQ(hex(rest.get()), "EF0123456789");
     const Number result = number("1");
     BIGINT *r = result.get();
+    EXPECT_EQ(add_BIGINT(r, number("FFFFFFFFFFFFFFFF").get(), number("1").get()), 0U);
+    EXPECT_EQ(hex(r), "010000000000000000");
     EXPECT_EQ(shl_BIGINT(r, number("0").get(), 0xFFFFFFFFU), 0U);
     EXPECT_EQ(hex(r), "00");
     EXPECT_EQ(mod_exp_BIGINT(r, number("5").get(), number("0").get(), number("1").get()), 0U);

@@ -155,10 +155,7 @@ uint32_t BIGINT_to_binary(const BIGINT *number, uint8_t *octets, uint32_t len) {
 
 BIGINT *hex_to_BIGINT(const char *hex) {
     if (hex == nullptr || *hex == '\0') return nullptr;
-    std::size_t digits = std::strlen(hex);
-    for (; digits != 1 && *hex == '0'; --digits) {
-        ++hex;
-    }
+    const std::size_t digits = std::strlen(hex);
     if (digits > std::size_t{kMostLimbs} * 16) return nullptr;
     BIGINT *number = create(static_cast<u32>((digits + 15) / 16));
     if (number == nullptr) return nullptr;

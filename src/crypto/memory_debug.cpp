@@ -3,7 +3,7 @@
 #include <tlxcrypto/memory.h>
 
 #include <cstdlib>
-#include <mutex>
+#include <thread>
 
 namespace tlx::debug {
 
@@ -33,7 +33,23 @@ struct Entry {
 
 constexpr unsigned kBucketBits = 14;
 constinit Entry *g_buckets[std::size_t{1} << kBucketBits];
-constinit std::mutex g_mutex;  // guards the buckets and all entries
+
+// Guards the buckets and all entries. Ready before any constructor runs, which a mutex is not everywhere.
+class Lock {
+  public:
+    Lock() noexcept {
+        while (g_taken.test_and_set(std::memory_order_acquire)) {
+            std::this_thread::yield();
+        }
+    }
+    ~Lock() { g_taken.clear(std::memory_order_release); }
+    Lock(const Lock &) = delete;
+    Lock &operator=(const Lock &) = delete;
+
+  private:
+    static constinit std::atomic_flag g_taken;
+};
+constinit std::atomic_flag Lock::g_taken;
 
 Entry **bucket_of(const void *block) noexcept {
     const u64 number = reinterpret_cast<std::uintptr_t>(block) / 16;
@@ -47,12 +63,11 @@ bool refuses_allocation() noexcept {
     u64 left = g_until_failure.load();
     while (left != 0 && !g_until_failure.compare_exchange_weak(left, left - 1)) {
     }
-    if (left == 1) set_switch(kFailing, false);
     return left == 1;
 }
 
 void remember(const void *block, Origin origin) noexcept {
-    const std::scoped_lock lock(g_mutex);
+    const Lock lock;
     if ((g_switches.load() & kTracking) == 0) return;
     auto *entry = static_cast<Entry *>(std::malloc(sizeof(Entry)));
     if (entry == nullptr) return;
@@ -62,7 +77,7 @@ void remember(const void *block, Origin origin) noexcept {
 }
 
 Origin forget(const void *block) noexcept {
-    const std::scoped_lock lock(g_mutex);
+    const Lock lock;
     for (Entry **link = bucket_of(block); *link != nullptr; link = &(*link)->next) {
         Entry *entry = *link;
         if (entry->block != block) continue;
@@ -81,7 +96,7 @@ using namespace tlx::debug;
 extern "C" {
 
 void tlx_track_allocations(int on) {
-    const std::scoped_lock lock(g_mutex);
+    const Lock lock;
     set_switch(kTracking, on != 0);
     if (on != 0) return;
     for (Entry *&bucket : g_buckets) {
@@ -94,7 +109,7 @@ void tlx_track_allocations(int on) {
 }
 
 uint64_t tlx_list_live_blocks(TLX_LEAK_VISITOR visitor, void *context) {
-    const std::scoped_lock lock(g_mutex);
+    const Lock lock;
     uint64_t blocks = 0;
     for (const Entry *entry : g_buckets) {
         for (; entry != nullptr; entry = entry->next, ++blocks) {
