@@ -104,6 +104,12 @@ bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth) noexcept 
 
 bool read_element(Bytes in, Element &element) noexcept {
     if (in.size() < 2) return false;
+    // Nearly every element has a length of one octet.
+    if (const std::size_t size = in[1]; size < kIndefiniteLength) {
+        if (size > in.size() - 2) return false;
+        element = {in[0], false, in.subspan(1, 1), in.subspan(2, size), in.first(2 + size)};
+        return true;
+    }
     Length length;
     if (!read_length(in.subspan(1), length)) return false;
     const std::size_t header = 1 + length.octets;

@@ -11,16 +11,15 @@ namespace {
 
 /// A record with room for `size` octets and the zero octet after them.
 ASN1_STRING *allocate_string(i32 type, std::size_t size) noexcept {
-    auto *string = TLX_NEW(ASN1_STRING);
+    auto *string = static_cast<ASN1_STRING *>(TLX_ALLOCATE(sizeof(ASN1_STRING)));
     if (string == nullptr) return nullptr;
-    string->data = static_cast<u8 *>(TLX_ALLOCATE(size + 1));
-    if (string->data == nullptr) {
+    auto *data = static_cast<u8 *>(TLX_ALLOCATE(size + 1));
+    if (data == nullptr) {
         tlx_free(string);
         return nullptr;
     }
-    string->type = type;
-    string->length = static_cast<i32>(size);
-    string->data[size] = 0;
+    data[size] = 0;
+    *string = {type, data, static_cast<i32>(size), 0};
     return string;
 }
 
