@@ -5,42 +5,17 @@
 
 #include <fstream>
 #include <map>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/allocation.hpp"
+#include "support/crypto_values.hpp"
 
 namespace {
 
-using Octets = std::vector<std::uint8_t>;
-
-struct Free {
-    void operator()(KCDSA *unit) const { free_KCDSA(unit); }
-    void operator()(BIGINT *number) const { free_BIGINT(number); }
-};
-using Unit = std::unique_ptr<KCDSA, Free>;
-using Number = std::unique_ptr<BIGINT, Free>;
-
-Number number(const std::string &hex) {
-    return Number(hex_to_BIGINT(hex.c_str()));
-}
-
-Octets octets(const std::string &hex) {
-    Octets out;
-    for (std::size_t i = 0; i < hex.size(); i += 2) {
-        out.push_back(static_cast<std::uint8_t>(std::stoul(hex.substr(i, 2), nullptr, 16)));
-    }
-    return out;
-}
-
-std::string text(const BIGINT *value) {
-    char *hex = BIGINT_to_hex(value);
-    std::string copy = hex == nullptr ? "(null)" : hex;
-    tlx_free(hex);
-    return copy;
-}
+using namespace tlx_test;
+using Unit = Owned<KCDSA>;
 
 const std::string kMessage = "This is a test message for KCDSA usage!";
 
@@ -107,22 +82,20 @@ struct Signature {
 std::uint32_t sign(const KCDSA *unit, std::uint32_t digest_id, const Octets &data, Signature &signature) {
     std::uint32_t r_len = 0;
     std::uint32_t s_len = 0;
-    const std::uint32_t status =
-        sign_KCDSA_data(unit, digest_id, data.data(), static_cast<std::uint32_t>(data.size()),
-                        signature.r.data(), &r_len, signature.s.data(), &s_len);
+    const std::uint32_t status = sign_KCDSA_data(unit, digest_id, data.data(), length(data),
+                                                 signature.r.data(), &r_len, signature.s.data(), &s_len);
     signature.trim(r_len, s_len);
     return status;
 }
 
 std::uint32_t verify(const KCDSA *unit, std::uint32_t digest_id, const Octets &data, const Octets &r,
                      const Octets &s) {
-    return verify_KCDSA_data(unit, digest_id, data.data(), static_cast<std::uint32_t>(data.size()), r.data(),
-                             static_cast<std::uint32_t>(r.size()), s.data(),
-                             static_cast<std::uint32_t>(s.size()));
+    return verify_KCDSA_data(unit, digest_id, data.data(), length(data), r.data(), length(r), s.data(),
+                             length(s));
 }
 
 TEST(Kcdsa, SignsAndVerifiesThePublishedVectors) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     ASSERT_EQ(vectors().size(), 5U);
     const Octets data = message();
     for (const Vector &vector : vectors()) {
@@ -135,9 +108,9 @@ TEST(Kcdsa, SignsAndVerifiesThePublishedVectors) {
         Signature made;
         std::uint32_t r_len = 0;
         std::uint32_t s_len = 0;
-        ASSERT_EQ(sign_KCDSA_with_k(
-                      key.get(), vector.digest_id, data.data(), static_cast<std::uint32_t>(data.size()),
-                      number(vector.values.at("k")).get(), made.r.data(), &r_len, made.s.data(), &s_len),
+        ASSERT_EQ(sign_KCDSA_with_k(key.get(), vector.digest_id, data.data(), length(data),
+                                    number(vector.values.at("k")).get(), made.r.data(), &r_len, made.s.data(),
+                                    &s_len),
                   0U);
         made.trim(r_len, s_len);
         EXPECT_EQ(made.r, octets(vector.values.at("r")));
@@ -149,7 +122,7 @@ TEST(Kcdsa, SignsAndVerifiesThePublishedVectors) {
 }
 
 TEST(Kcdsa, StreamsInAnyPieces) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Vector &vector = vectors()[2];
     // The private key alone: the public one, which the hash begins with, follows from it.
     const Unit unit = key_of(vector, "x");
@@ -162,7 +135,7 @@ TEST(Kcdsa, StreamsInAnyPieces) {
         std::uint32_t s_len = 0;
         ASSERT_EQ(init_KCDSA(unit.get(), 1), 0U);
         for (std::uint32_t at = 0; at < data.size(); at += piece) {
-            const std::uint32_t left = static_cast<std::uint32_t>(data.size()) - at;
+            const std::uint32_t left = length(data) - at;
             ASSERT_EQ(update_KCDSA(unit.get(), data.data() + at, std::min(piece, left)), 0U);
         }
         ASSERT_EQ(final_KCDSA(unit.get(), made.r.data(), &r_len, made.s.data(), &s_len), 0U);
@@ -173,7 +146,7 @@ TEST(Kcdsa, StreamsInAnyPieces) {
         EXPECT_EQ(verify(unit.get(), TLX_DIGEST_SHA384, data, made.r, made.s), 0U);
 
         ASSERT_EQ(init_KCDSA(unit.get(), 0), 0U);
-        ASSERT_EQ(update_KCDSA(unit.get(), data.data(), static_cast<std::uint32_t>(data.size())), 0U);
+        ASSERT_EQ(update_KCDSA(unit.get(), data.data(), length(data)), 0U);
         EXPECT_EQ(final_KCDSA(unit.get(), made.r.data(), &r_len, made.s.data(), &s_len), 0U);
         ASSERT_EQ(init_KCDSA(unit.get(), 0), 0U);
         EXPECT_EQ(verify_KCDSA(unit.get(), made.r.data(), r_len, made.s.data(), s_len),
@@ -183,7 +156,7 @@ TEST(Kcdsa, StreamsInAnyPieces) {
 }
 
 TEST(Kcdsa, LengthsFollowDigestAndQ) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const struct {
         std::size_t vector;
         std::uint32_t digest_id;
@@ -206,7 +179,7 @@ TEST(Kcdsa, LengthsFollowDigestAndQ) {
 }
 
 TEST(Kcdsa, RefusesEveryOtherSignature) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Vector &vector = smallest();
     const Unit unit = key_of(vector, "y");
     const Octets data = message();
@@ -255,7 +228,7 @@ TEST(Kcdsa, RefusesEveryOtherSignature) {
 }
 
 TEST(Kcdsa, RefusesNumbersThatMakeNoKey) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Vector &good = smallest();
     const std::string p = good.values.at("p");
     const std::string q = good.values.at("q");
@@ -309,7 +282,7 @@ TEST(Kcdsa, RefusesNumbersThatMakeNoKey) {
 }
 
 TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Unit public_key = key_of(smallest(), "y");
     const Unit private_key = key_of(smallest(), "xy");
     std::uint8_t out[TLX_KCDSA_MAX_LENGTH];
@@ -358,7 +331,7 @@ TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
 }
 
 TEST(Kcdsa, GeneratesParametersAndKeys) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const struct {
         std::uint32_t p_bits;
         std::uint32_t q_bits;
@@ -382,7 +355,7 @@ TEST(Kcdsa, GeneratesParametersAndKeys) {
 }
 
 TEST(Kcdsa, ChecksParametersInFull) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     for (const Vector &vector : vectors()) {
         EXPECT_EQ(check_KCDSA_params(key_of(vector, "").get()), 0U) << vector.name;
     }
@@ -396,12 +369,12 @@ TEST(Kcdsa, ChecksParametersInFull) {
     ASSERT_EQ(add_BIGINT(p.get(), p.get(), q.get()), 0U);
     ASSERT_EQ(add_BIGINT(p.get(), p.get(), q.get()), 0U);
     bad = smallest();
-    bad.values["p"] = text(p.get());
+    bad.values["p"] = hex(p.get());
     EXPECT_EQ(check_KCDSA_params(key_of(bad, "").get()), TLX_KCDSA_BAD_KEY);
 }
 
 TEST(Kcdsa, PreparesItsNumbersOnceAndForgetsThemWhenTheyChange) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Vector &vector = smallest();
     const Unit unit = key_of(vector, "y");
     const Octets r = octets(vector.values.at("r"));
@@ -416,7 +389,7 @@ TEST(Kcdsa, PreparesItsNumbersOnceAndForgetsThemWhenTheyChange) {
 }
 
 TEST(Kcdsa, OneUnitServesManyThreads) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Unit unit = key_of(smallest(), "x");
     constexpr unsigned kThreads = 4;
     unsigned good[kThreads] = {};
@@ -441,7 +414,7 @@ TEST(Kcdsa, OneUnitServesManyThreads) {
 }
 
 TEST(Kcdsa, CopiesShareNothing) {
-    const tlx_test::LeakCheck leaks;
+    const LeakCheck leaks;
     const Vector &vector = smallest();
     const Octets r = octets(vector.values.at("r"));
     const Octets s = octets(vector.values.at("s"));
@@ -462,7 +435,7 @@ TEST(Kcdsa, SurvivesFailingAllocations) {
     const Vector &vector = smallest();
     const Number numbers[] = {number(vector.values.at("p")), number(vector.values.at("q")),
                               number(vector.values.at("g"))};
-    const unsigned failures = tlx_test::sweep_failing_allocations([&] {
+    const unsigned failures = sweep_failing_allocations([&] {
         const Unit unit(new_KCDSA());
         if (unit == nullptr) return false;
         Signature made;

@@ -127,7 +127,7 @@ TLXCRYPTO_API uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit);
 
 /** Begins a signature or a verification on the unit, dropping one that is under way.
  * @param unit the key
- * @param digest_id digest of the message: MD5, SHA-1, SHA-2, MDC-2 or HAS-160; PSS knows no HAS-160
+ * @param digest_id digest of the message: MD5, SHA-1, SHA-2 or HAS-160; PSS knows no HAS-160
  * @param mode TLX_RSA_MODE_
  * @param direction 1 signs, 0 verifies
  * @return 0; 1 on a bad argument, a digest or mode that is not available, a public unit for signing or an

@@ -22,8 +22,9 @@ struct Seed {
     u8 octets[kMostKcdsaQBits / 8 + kCountLength + 1];
 
     u32 with_count(u32 count) noexcept {
-        for (u32 i = 0; i < kCountLength; ++i)
+        for (u32 i = 0; i < kCountLength; ++i) {
             octets[length + i] = static_cast<u8>(count >> (24 - 8 * i));
+        }
         return length + kCountLength;
     }
 };

@@ -56,8 +56,9 @@ bool challenge(const KcdsaKey &key, u32 digest_id, const u8 *r, const DigestOcte
     const u32 length = get_r_length(key, digest_id);
     const u8 *h = cut(hash, get_DigestLength(digest_id), length);
     DigestOctets mixed;
-    for (u32 i = 0; i < length; ++i)
+    for (u32 i = 0; i < length; ++i) {
         mixed[i] = r[i] ^ h[i];
+    }
     return BN_bin2bn(mixed, static_cast<int>(length), e) != nullptr &&
            BN_nnmod(e, e, key.q.get(), context) == 1;
 }
@@ -152,8 +153,9 @@ u32 sign_hash(const KcdsaKey &key, u32 digest_id, const DigestOctets &hash, cons
 
 // Valid when r is H(y^s g^e mod p), cut.
 u32 verify_hash(const KcdsaKey &key, u32 digest_id, const DigestOctets &hash, Bytes r, Bytes s) noexcept {
-    while (!s.empty() && s.front() == 0)
+    while (!s.empty() && s.front() == 0) {
         s = s.subspan(1);
+    }
     if (r.size() != get_r_length(key, digest_id) || is_all_zero(r.data(), static_cast<u32>(r.size())) ||
         s.empty() || s.size() > key.q_length) {
         return TLX_KCDSA_BAD_SIGNATURE;

@@ -16,8 +16,9 @@ class KeyNumbers {
     const BIGINT *operator[](u32 index) const noexcept { return index < N ? values_[index].get() : nullptr; }
 
     void get_all(Pointers &numbers) const noexcept {
-        for (u32 i = 0; i < N; ++i)
+        for (u32 i = 0; i < N; ++i) {
             numbers[i] = values_[i].get();
+        }
     }
 
     /// Replaces every number by a copy of the one given, which may be one of these. False when memory is
@@ -28,8 +29,9 @@ class KeyNumbers {
             copies[i].reset(dup_BIGINT(numbers[i]));
             if (numbers[i] != nullptr && copies[i] == nullptr) return false;
         }
-        for (u32 i = 0; i < N; ++i)
+        for (u32 i = 0; i < N; ++i) {
             values_[i] = std::move(copies[i]);
+        }
         return true;
     }
 

@@ -57,8 +57,9 @@ class KeyParameters {
     }
 
     bool fill(const RsaNumbers &numbers) noexcept {
-        for (u32 i = 0; i < TLX_RSA_NUMBER_COUNT; ++i)
+        for (u32 i = 0; i < TLX_RSA_NUMBER_COUNT; ++i) {
             size_ += length(numbers[i]);
+        }
         octets_ = static_cast<u8 *>(TLX_ALLOCATE(size_));
         if (octets_ == nullptr) return false;
         u8 *next = octets_;

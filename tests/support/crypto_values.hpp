@@ -1,12 +1,7 @@
 // Numbers, octets and owners for tests of the cryptographic companion library.
 #pragma once
 
-#include <tlxcrypto/bigint.h>
-#include <tlxcrypto/curve.h>
-#include <tlxcrypto/digest.h>
-#include <tlxcrypto/file.h>
-#include <tlxcrypto/hmac.h>
-#include <tlxcrypto/memory.h>
+#include <tlxcrypto.h>
 
 #include <cstdint>
 #include <memory>
@@ -23,6 +18,11 @@ struct FreeValue {
     void operator()(ECURVE *curve) const { free_ECURVE(curve); }
     void operator()(DIGEST_UNIT *unit) const { free_DIGEST_UNIT(unit); }
     void operator()(HMAC_UNIT *unit) const { free_HMAC_UNIT(unit); }
+    void operator()(BLOCK_CIPHER_UNIT *unit) const { free_BLOCK_CIPHER_UNIT(unit); }
+    void operator()(RC4_UNIT *unit) const { free_RC4_UNIT(unit); }
+    void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
+    void operator()(KCDSA *unit) const { free_KCDSA(unit); }
+    void operator()(ECC_KEY *key) const { free_ECC_KEY(key); }
 };
 template <typename T>
 using Owned = std::unique_ptr<T, FreeValue>;
@@ -41,6 +41,18 @@ inline std::string taken(char *text) {
 
 inline Number number(const std::string &hex) {
     return Number(hex_to_BIGINT(hex.c_str()));
+}
+inline Number number(const Octets &octets) {
+    return Number(binary_to_BIGINT(octets.data(), length(octets)));
+}
+/// The octets of an even number of hexadecimal digits.
+inline Octets octets(const std::string &hex) {
+    std::uint8_t *made = nullptr;
+    std::uint32_t size = 0;
+    hex_to_binary(hex.data(), static_cast<std::uint32_t>(hex.size()), &made, &size);
+    const Octets copy(made, made + size);
+    tlx_free(made);
+    return copy;
 }
 inline std::string hex(const BIGINT *number) {
     return taken(BIGINT_to_hex(number));

@@ -1,0 +1,151 @@
+// Elliptic-curve keys as values, and points as octets, on the NIST curve P-256 (SEC 2: secp256r1).
+#include <gtest/gtest.h>
+#include <tlxcrypto/ec.h>
+
+#include <string>
+
+#include "support/allocation.hpp"
+#include "support/crypto_values.hpp"
+
+namespace {
+
+using namespace tlx_test;
+
+const std::string kX = "6B17D1F2E12C4247F8BCE6E563A440F277037D812DEB33A0F4A13945D898C296";
+const std::string kY = "4FE342E2FE1A7F9B8EE7EB4A7C0F9E162BCE33576B315ECECBB6406837BF51F5";
+const std::string kMinusY = "B01CBD1C01E58065711814B583F061E9D431CCA994CEA1313449BF97C840AE0A";
+const std::string kP = "FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFF";
+
+Owned<ECPOINT> point(const std::string &x, const std::string &y) {
+    Owned<ECPOINT> made(new_ECPOINT());
+    set_ECPOINT(made.get(), number(x).get(), number(y).get());
+    return made;
+}
+
+Owned<ECURVE> p256() {
+    Owned<ECURVE> curve(new_ECURVE());
+    EXPECT_EQ(
+        set_ECURVE_params(curve.get(), 0, "prime256v1",
+                          number("FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFC").get(),
+                          number("5AC635D8AA3A93E7B3EBBD55769886BC651D06B0CC53B0F63BCE3C3E27D2604B").get(),
+                          number(kP).get(), point(kX, kY).get(),
+                          number("FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551").get()),
+        0U);
+    return curve;
+}
+
+TEST(EcPoint, GoesBothWaysInBothForms) {
+    const LeakCheck leaks;
+    const Owned<ECURVE> curve = p256();
+    const struct {
+        std::string y;
+        std::uint32_t compressed;
+        std::string encoded;
+    } kCases[] = {
+        {kY, 0, "04" + kX + kY},
+        {kY, 1, "03" + kX},
+        {kMinusY, 0, "04" + kX + kMinusY},
+        {kMinusY, 1, "02" + kX},
+    };
+    for (const auto &c : kCases) {
+        SCOPED_TRACE(c.encoded);
+        const Octets expected = octets(c.encoded);
+        ASSERT_EQ(get_ECPOINT_length(curve.get(), c.compressed), expected.size());
+        Octets encoded(expected.size());
+        std::uint32_t size = 0;
+        ASSERT_EQ(ECPOINT_to_binary(point(kX, c.y).get(), curve.get(), c.compressed, encoded.data(), &size),
+                  0U);
+        EXPECT_EQ(size, expected.size());
+        EXPECT_EQ(encoded, expected);
+        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve.get(), expected.data(), length(expected)));
+        ASSERT_NE(decoded, nullptr);
+        EXPECT_EQ(cmp_BIGINT(decoded->x, number(kX).get()), 0);
+        EXPECT_EQ(cmp_BIGINT(decoded->y, number(c.y).get()), 0);
+    }
+}
+
+TEST(EcPoint, RefusesOctetsThatAreNoPoint) {
+    const LeakCheck leaks;
+    const Owned<ECURVE> curve = p256();
+    const std::string p_plus_5 = "FFFFFFFF00000001000000000000000000000001" + std::string(23, '0') + "4";
+    const struct {
+        const char *what;
+        std::string encoded;
+    } kCases[] = {
+        {"infinity", "00"},
+        {"form alone", "04"},
+        {"unknown form", "05" + kX + kY},
+        {"hybrid form", "07" + kX + kY},
+        {"one octet short", "04" + kX + kY.substr(2)},
+        {"one octet long", "04" + kX + kY + "00"},
+        {"compressed with y", "03" + kX + kY},
+        {"uncompressed without y", "04" + kX},
+        {"off the curve", "04" + kX + kX},
+        {"x without y", "02" + std::string(62, '0') + "01"},
+        {"x = p", "02" + kP},
+        {"x above p", "03" + p_plus_5},
+        {"y = p", "04" + kX + kP},
+    };
+    for (const auto &c : kCases) {
+        const Octets encoded = octets(c.encoded);
+        EXPECT_EQ(binary_to_ECPOINT(curve.get(), encoded.data(), length(encoded)), nullptr) << c.what;
+    }
+    const Octets good = octets("03" + kX);
+    EXPECT_EQ(binary_to_ECPOINT(nullptr, good.data(), 33), nullptr);
+    EXPECT_EQ(binary_to_ECPOINT(curve.get(), nullptr, 33), nullptr);
+    EXPECT_EQ(binary_to_ECPOINT(curve.get(), good.data(), 0), nullptr);
+    const Owned<ECURVE> no_curve(new_ECURVE());
+    EXPECT_EQ(binary_to_ECPOINT(no_curve.get(), good.data(), 33), nullptr);
+    EXPECT_EQ(get_ECPOINT_length(no_curve.get(), 0), 0U);
+
+    Octets out(65);
+    std::uint32_t size = 9;
+    const Owned<ECPOINT> no_point(new_ECPOINT());
+    EXPECT_EQ(ECPOINT_to_binary(no_point.get(), curve.get(), 0, out.data(), &size), 1U);
+    EXPECT_EQ(ECPOINT_to_binary(point(kP, kY).get(), curve.get(), 0, out.data(), &size), 1U);
+    EXPECT_EQ(ECPOINT_to_binary(point(kX, kY).get(), curve.get(), 0, nullptr, &size), 1U);
+    EXPECT_EQ(size, 0U);
+}
+
+TEST(EcKey, CopiesShareNothing) {
+    const LeakCheck leaks;
+    const Owned<ECC_KEY> key(new_ECC_KEY());
+    ASSERT_EQ(set_ECC_KEY(key.get(), p256().get(), point(kX, kY).get(), number("01").get()), 0U);
+    const Owned<ECC_KEY> copy(dup_ECC_KEY(key.get()));
+    ASSERT_NE(copy, nullptr);
+    ASSERT_EQ(set_BIGINT_word(key->private_value, 5), 0U);
+    ASSERT_EQ(set_BIGINT_word(key->public_point->x, 5), 0U);
+    ASSERT_EQ(set_BIGINT_word(key->curve->p, 5), 0U);
+    EXPECT_EQ(get_BIGINT_word(copy->private_value), 1U);
+    EXPECT_EQ(cmp_BIGINT(copy->public_point->x, number(kX).get()), 0);
+    EXPECT_EQ(cmp_BIGINT(copy->curve->p, number(kP).get()), 0);
+
+    ASSERT_EQ(set_ECC_KEY(key.get(), copy->curve, nullptr, nullptr), 0U);
+    EXPECT_EQ(key->public_point, nullptr);
+    EXPECT_EQ(key->private_value, nullptr);
+    const Owned<ECC_KEY> curve_alone(dup_ECC_KEY(key.get()));
+    ASSERT_NE(curve_alone, nullptr);
+    EXPECT_STREQ(curve_alone->curve->name, "prime256v1");
+    EXPECT_EQ(set_ECC_KEY(nullptr, nullptr, nullptr, nullptr), 1U);
+    EXPECT_EQ(dup_ECC_KEY(nullptr), nullptr);
+}
+
+TEST(EcKey, SurvivesFailingAllocations) {
+    const Owned<ECURVE> curve = p256();
+    const Number secret = number("02");
+    const Octets encoded = octets("03" + kX);
+    const unsigned failures = sweep_failing_allocations([&] {
+        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve.get(), encoded.data(), 33));
+        const Owned<ECC_KEY> key(new_ECC_KEY());
+        if (decoded == nullptr || key == nullptr) return false;
+        if (set_ECC_KEY(key.get(), curve.get(), decoded.get(), secret.get()) != 0) {
+            EXPECT_EQ(key->curve, nullptr) << "a failure leaves the key as it was";
+            return false;
+        }
+        const Owned<ECC_KEY> copy(dup_ECC_KEY(key.get()));
+        return copy != nullptr;
+    });
+    EXPECT_GT(failures, 20U);
+}
+
+}  // namespace
