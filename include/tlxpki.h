@@ -10,9 +10,14 @@
 #include <tlxpki/base64.h>
 #include <tlxpki/ber.h>
 #include <tlxpki/convert.h>
+#include <tlxpki/cpv.h>
 #include <tlxpki/curve.h>
+#include <tlxpki/general_name.h>
+#include <tlxpki/kisa_identity.h>
 #include <tlxpki/objects.h>
 #include <tlxpki/pem.h>
+#include <tlxpki/pkcs1.h>
+#include <tlxpki/pkcs1_param.h>
 #include <tlxpki/print.h>
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>
@@ -24,6 +29,12 @@
 #include <tlxpki/x509_extension.h>
 #include <tlxpki/x509_name.h>
 #include <tlxpki/x509_pubkey.h>
+#include <tlxpki/x509_sign.h>
 #include <tlxpki/x509_types.h>
+#include <tlxpki/x509v3.h>
+#include <tlxpki/x509v3_constraints.h>
+#include <tlxpki/x509v3_distribution.h>
+#include <tlxpki/x509v3_key.h>
+#include <tlxpki/x509v3_policy.h>
 
 #endif

@@ -14,8 +14,8 @@
  * - Self-issued certificates, also in the middle of a path, have to be signed with their own key; they take
  * no part in policy processing, and a certificate that follows two of them finds no level of the policy tree
  * to extend.
- * - An issuer with basic constraints whose cA is FALSE is refused only when its key usage has keyCertSign, or
- * when it has a key usage without it: an issuer with neither bit nor key usage passes.
+ * - An issuer whose basic constraints say that it is no CA is refused when it has a key usage, whatever that
+ * allows; one without a key usage passes.
  * - A pathLenConstraint is enforced when it is zero and the certificate below is a CA's; larger ones are not.
  * - The maximum path length limits building, not validation.
  * - inhibitAnyPolicy is read, but anyPolicy goes on matching.

@@ -1,0 +1,57 @@
+// The extensions that path validation looks at.
+#pragma once
+
+#include <string_view>
+
+#include "trust/codecs.hpp"
+#include "x509/list.hpp"
+#include "x509/v3_codecs.hpp"
+
+namespace tlx {
+
+namespace extension_id {
+constexpr std::string_view kSubjectKeyIdentifier = "2.5.29.14";
+constexpr std::string_view kKeyUsage = "2.5.29.15";
+constexpr std::string_view kBasicConstraints = "2.5.29.19";
+constexpr std::string_view kCertificatePolicies = "2.5.29.32";
+constexpr std::string_view kAuthorityKeyIdentifier = "2.5.29.35";
+constexpr std::string_view kPolicyConstraints = "2.5.29.36";
+constexpr std::string_view kInhibitAnyPolicy = "2.5.29.54";
+}  // namespace extension_id
+
+inline const X509_EXTENSIONS *extensions_of(const X509_CERT *cert) noexcept {
+    return cert != nullptr && cert->tbsCertificate != nullptr ? cert->tbsCertificate->extensions : nullptr;
+}
+
+inline bool has_extensions(const X509_CERT *cert) noexcept {
+    return get_STACK_count(extensions_of(cert)) > 0;
+}
+
+/// The first extension of this type; null when there is none.
+inline const X509_EXTENSION *find_extension(const X509_CERT *cert, std::string_view id) noexcept {
+    const i32 index = index_by_type(extensions_of(cert), &X509_EXTENSION::object, id, -1);
+    return index < 0 ? nullptr : item_at<X509_EXTENSION>(extensions_of(cert), index);
+}
+
+/// The record that an extension holds; null for a null extension and contents that do not decode.
+template <typename T>
+Owned<T> decode_extension(const X509_EXTENSION *extension) noexcept {
+    T *record = nullptr;
+    Element element;
+    if (extension != nullptr && read_element(octets_of(extension->data), element)) {
+        static_cast<void>(Codec<T>::decode(element, &record));
+    }
+    return Owned<T>(record);
+}
+
+/// The contents of an extension whose value is one element of a primitive type. False when it is anything
+/// else.
+[[nodiscard]] inline bool read_extension(const X509_EXTENSION *extension, u32 tag, Bytes &contents) noexcept {
+    Element element;
+    if (extension == nullptr || !read_element(octets_of(extension->data), element)) return false;
+    if (!element.matches(tag)) return false;
+    contents = element.contents;
+    return true;
+}
+
+}  // namespace tlx

@@ -1,0 +1,68 @@
+// Building a certification path: candidates are found here, and judged by validation.
+#include <tlxpki/x509_sign.h>
+
+#include "trust/issuer_search.hpp"
+
+using namespace tlx;
+
+namespace {
+
+/// The first anchor that the certificate's subject and key belong to.
+bool is_anchor(const X509_CERT *cert, const TRUST_ANCHORS *anchors) noexcept {
+    TRUST_ANCHOR subject{0, get_X509_subject(cert), get_X509_SPKI(cert)};
+    return get_TRUST_ANCHORS_index_by_TRUST_ANCHOR(anchors, &subject) >= 0;
+}
+
+/// Appends the certificates from `target` to the anchor's to `path`.
+u32 build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X509_CERT *target,
+          X509_CERTIFICATES *path, const CPV_SETTINGS &settings) noexcept {
+    IssuerSearch issuers(pool);
+    const X509_CERT *current = target;
+    std::int64_t remaining = settings.max_certificatePath_length;
+    while (true) {
+        const bool self_issued = is_selfSigned(current) == 0;
+        if (remaining < 0 && !self_issued) return 0x53050047;
+        --remaining;
+        if (const u32 status = verify_X509_validity(current, settings.time); status != 0) return status;
+        if (self_issued) break;
+
+        const auto wanted =
+            decode_extension<AUTHORITY_KEYID>(find_extension(current, extension_id::kAuthorityKeyIdentifier));
+        const X509_CERT *issuer = wanted ? issuers.find(*wanted) : nullptr;
+        if (issuers.failed()) return 0x5305003C;
+        if (issuer == nullptr) return 0x53050047;
+        if (add_X509_CERTIFICATES(path, current) != 0) return 0x5305003C;
+        current = issuer;
+    }
+    if (!is_anchor(current, anchors)) return 0x53050116;
+    return add_X509_CERTIFICATES(path, current) == 0 ? 0 : 0x5305003C;
+}
+
+}  // namespace
+
+extern "C" {
+
+uint32_t is_selfSigned(const X509_CERT *cert) {
+    return cmp_X509_NAME(get_X509_issuer(cert), get_X509_subject(cert)) == 0 ? 0 : 1;
+}
+
+uint32_t build_certPath(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X509_CERT *target,
+                        X509_CERTIFICATES **path) {
+    return build_certPath_ex(pool, anchors, target, path, nullptr);
+}
+
+uint32_t build_certPath_ex(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
+                           const X509_CERT *target, X509_CERTIFICATES **path, const CPV_SETTINGS *settings) {
+    if (pool == nullptr || anchors == nullptr || target == nullptr || path == nullptr) return 0x53050049;
+    CPV_SETTINGS in_force{};
+    get_CPV_SETTINGS(&in_force);
+    if (settings != nullptr) in_force = *settings;
+    OwnedCertificates made(*path == nullptr ? new_X509_CERTIFICATES() : nullptr);
+    X509_CERTIFICATES *list = *path == nullptr ? made.get() : *path;
+    if (list == nullptr) return 0x5305003C;
+    const u32 status = build(pool, anchors, target, list, in_force);
+    if (status == 0 && made) *path = made.release();
+    return status;
+}
+
+}  // extern "C"

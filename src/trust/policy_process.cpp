@@ -1,0 +1,203 @@
+// What each certificate, and at the end the user's own set, does to the valid-policy tree.
+#include <tlxpki/ber.h>
+#include <tlxpki/objects.h>
+#include <tlxpki/x509v3.h>
+
+#include <algorithm>
+
+#include "trust/policy_set.hpp"
+#include "trust/policy_tree.hpp"
+#include "x509/v3_codecs.hpp"
+
+namespace tlx {
+
+void PolicySet::sort() noexcept {
+    std::sort(entries_.get(), entries_.get() + count_, [](const Entry &a, const Entry &b) {
+        const int order = a.text.compare(b.text);
+        return order != 0 ? order < 0 : a.place < b.place;
+    });
+}
+
+const PolicySet::Entry *PolicySet::find(std::string_view text) const noexcept {
+    const Entry *found = std::lower_bound(
+        entries_.get(), end, text,
+        [](const Entry &entry, std::string_view wanted) { return entry.text.compare(wanted) < 0; });
+    return found != begin + count_ && found->text == text ? found : nullptr;
+}
+
+namespace {
+
+constexpr std::string_view kAnyPolicy = "2.5.29.32.0";
+
+VALID_POLICY_NODE *node_at(const VALID_POLICY_NODES *nodes, u32 index) noexcept {
+    return static_cast<VALID_POLICY_NODE *>(get_STACK_value(nodes, index));
+}
+
+/// Removes the nodes for which `unwanted` is true; each lowers its parent's child count. `step` is how far
+/// the scan goes on after a removal: 1 looks at every node, 2 passes over the one behind a removed node.
+template <typename Unwanted>
+void remove_nodes(VALID_POLICY_NODES *nodes, u32 step, Unwanted unwanted) noexcept {
+    if (nodes == nullptr) return;
+    u32 kept = 0;
+    u32 next = 0;
+    for (u32 i = 0; i < nodes->count; ++i) {
+        VALID_POLICY_NODE *node = node_at(nodes, i);
+        if (i == next && unwanted(*node)) {
+            if (node->parent != nullptr) --node->parent->child_count;
+            free_VALID_POLICY_NODE(node);
+            next = i + step;
+        } else {
+            if (i == next) ++next;
+            nodes->values[kept++] = node;
+        }
+    }
+    nodes->count = kept;
+}
+
+bool childless(const VALID_POLICY_NODE &node) noexcept {
+    return node.child_count < 1;
+}
+
+/// The policies of a certificate, each once, in the order of the certificate.
+struct CertificatePolicies {
+    CERTIFICATE_POLICIES *list = nullptr;
+    PolicySet set;
+
+    CertificatePolicies() noexcept = default;
+    ~CertificatePolicies() { free_CERTIFICATE_POLICIES(list); }
+    CertificatePolicies(const CertificatePolicies &) = delete;
+    CertificatePolicies &operator=(const CertificatePolicies &) = delete;
+
+    [[nodiscard]] u32 read(const X509_EXTENSION *extension) noexcept {
+        if (extension == nullptr) return 0;
+        Element element;
+        if (!read_element(octets_of(extension->data), element)) return 0x530A0047;
+        if (OneOrMore<Nested<POLICY_INFO>>::decode(element, &list) != 0) return 0x530A0047;
+        return set.build(count(), [this](u32 i) { return at(i); }) ? 0 : 0x5307003C;
+    }
+    [[nodiscard]] u32 count() const noexcept { return get_STACK_count(list); }
+    [[nodiscard]] const OBJECT_IDENTIFIER *at(u32 i) const noexcept {
+        return static_cast<const POLICY_INFO *>(get_STACK_value(list, i))->policyIdentifier;
+    }
+};
+
+bool add_child(node_LIST *level, VALID_POLICY_NODE *parent, const OBJECT_IDENTIFIER *policy) noexcept {
+    if (level->nodes == nullptr) level->nodes = new_VALID_POLICY_NODES();
+    Owned<VALID_POLICY_NODE> child(new_policy_node(policy, parent));
+    if (!child || push_STACK_value(level->nodes, child.get()) != 0) return false;
+    static_cast<void>(child.release());
+    ++parent->child_count;
+    return true;
+}
+
+/// RFC 5280, section 6.1.3 (d): the children of one node.
+bool add_children(node_LIST *level, VALID_POLICY_NODE *parent, const CertificatePolicies &policies) noexcept {
+    const STACK *expected = parent->data->expected_policy_set;
+    for (u32 k = 0; k < get_STACK_count(expected); ++k) {
+        const auto *policy = static_cast<const OBJECT_IDENTIFIER *>(get_STACK_value(expected, k));
+        if (text_of(policy) != kAnyPolicy) {
+            if (policies.set.contains(text_of(policy)) && !add_child(level, parent, policy)) return false;
+            continue;
+        }
+        for (u32 i = 0; i < policies.count(); ++i) {
+            if (!policies.set.is_first(text_of(policies.at(i)), i)) continue;
+            if (!add_child(level, parent, policies.at(i))) return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+bool start_policy_tree(node_LIST *list) noexcept {
+    const Owned<ASN1_STRING> any(new_string(
+        TLX_TAG_OBJECT_IDENTIFIER, {reinterpret_cast<const u8 *>(kAnyPolicy.data()), kAnyPolicy.size()}));
+    if (!any || !append_level(list)) return false;
+    list->nodes = new_VALID_POLICY_NODES();
+    Owned<VALID_POLICY_NODE> root(new_policy_node(any.get(), nullptr));
+    if (list->nodes == nullptr || !root || push_STACK_value(list->nodes, root.get()) != 0) return false;
+    static_cast<void>(root.release());
+    return true;
+}
+
+u32 process_policies(node_LIST *list, u32 depth, const X509_EXTENSION *extension) noexcept {
+    CertificatePolicies policies;
+    if (const u32 status = policies.read(extension); status != 0) return status;
+    const node_LIST *above = depth > 0 ? level_at(list, depth - 1) : nullptr;
+    if (above == nullptr) return 0x53100049;
+    if (above->next == nullptr && !append_level(list)) return 0x5307003C;
+    node_LIST *level = above->next;
+
+    const u32 parents = policies.list != nullptr ? get_STACK_count(above->nodes) : 0;
+    for (u32 i = 0; i < parents; ++i) {
+        if (!add_children(level, node_at(above->nodes, i), policies)) return 0x5307003C;
+    }
+    // The node behind a removed one is passed over, and a childless one there stays in the tree that the
+    // caller gets.
+    remove_nodes(above->nodes, 2, childless);
+
+    const i32 criticality = extension != nullptr && extension->critical != 0 ? -1 : 0;
+    for (u32 i = 0; i < get_STACK_count(level->nodes); ++i) {
+        node_at(level->nodes, i)->data->criticality_indicator = criticality;
+    }
+    return 0;
+}
+
+Intersection intersect_policies(node_LIST *list, OBJECT_IDENTIFIERS *user) noexcept {
+    node_LIST *deepest = list;
+    while (deepest->next != nullptr)
+        deepest = deepest->next;
+    if (get_STACK_count(deepest->nodes) == 0) return Intersection::done;
+
+    const auto policy_at = [user](u32 i) {
+        return static_cast<OBJECT_IDENTIFIER *>(get_STACK_value(user, i));
+    };
+    const u32 count = get_STACK_count(user);
+    u32 compared = 0;
+    while (compared < count && text_of(policy_at(compared)) != kAnyPolicy)
+        ++compared;
+    const bool any_policy = compared < count;
+    if (!any_policy) {
+        PolicySet accepted;
+        if (!accepted.build(count, policy_at)) return Intersection::no_memory;
+        // Once a node has been kept, all behind it are kept too.
+        bool kept = false;
+        remove_nodes(deepest->nodes, 1, [&](const VALID_POLICY_NODE &node) {
+            kept = kept || accepted.contains(text_of(node.data->valid_policy));
+            return !kept;
+        });
+    }
+    for (u32 i = 0; i < compared; ++i)
+        free_OBJECT_IDENTIFIER(policy_at(i));
+    if (compared > 0) {
+        std::copy(user->values + compared, user->values + count, user->values);
+        user->count = count - compared;
+    }
+    return any_policy ? Intersection::accepted_as_it_stands : Intersection::done;
+}
+
+void prune_policy_tree(node_LIST **list) noexcept {
+    node_LIST *deepest_first = reverse_node_LIST(*list);
+    for (node_LIST *level = deepest_first->next; level != nullptr; level = level->next) {
+        remove_nodes(level->nodes, 1, childless);
+    }
+    node_LIST *kept = nullptr;
+    node_LIST *spare = nullptr;
+    while (deepest_first != nullptr) {
+        node_LIST *level = deepest_first;
+        deepest_first = level->next;
+        node_LIST *&destination = get_STACK_count(level->nodes) > 0 ? kept : spare;
+        level->next = destination;
+        destination = level;
+    }
+    if (kept == nullptr) {
+        // The head stays, as a list without levels.
+        kept = spare;
+        spare = nullptr;
+        remove_node_LIST(kept, 0);
+    }
+    free_node_LIST(spare);
+    *list = kept;
+}
+
+}  // namespace tlx

@@ -1,0 +1,35 @@
+// What validation does with the valid-policy tree.
+#pragma once
+
+#include "trust/codecs.hpp"
+
+namespace tlx {
+
+/// A node with this valid policy, which is also its expected policy set; null when memory runs out.
+VALID_POLICY_NODE *new_policy_node(const OBJECT_IDENTIFIER *policy, VALID_POLICY_NODE *parent) noexcept;
+
+/// The level of this depth; null when the list does not reach so deep.
+node_LIST *level_at(node_LIST *list, u32 depth) noexcept;
+
+/// Adds a level without nodes below the deepest. False when memory runs out.
+[[nodiscard]] bool append_level(node_LIST *list) noexcept;
+
+/// Starts the tree: the root's level with one node, anyPolicy.
+[[nodiscard]] bool start_policy_tree(node_LIST *list) noexcept;
+
+/// Extends level `depth - 1` by a level for a certificate with this certificatePolicies extension (null for
+/// none) and prunes it. A status of validate_certpath.
+[[nodiscard]] u32 process_policies(node_LIST *list, u32 depth, const X509_EXTENSION *policies) noexcept;
+
+/// What intersect_policies leads to.
+enum class Intersection : u8 { done, accepted_as_it_stands, no_memory };
+
+/// Removes the nodes of the deepest level that the user does not accept. The policies that were compared are
+/// taken out of `user` and freed. anyPolicy among them accepts the tree as it stands.
+[[nodiscard]] Intersection intersect_policies(node_LIST *list, OBJECT_IDENTIFIERS *user) noexcept;
+
+/// Removes what has become childless, from the deepest level up, and the levels that are left without nodes.
+/// A list that loses all of them becomes one without levels.
+void prune_policy_tree(node_LIST **list) noexcept;
+
+}  // namespace tlx
