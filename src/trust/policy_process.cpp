@@ -19,10 +19,11 @@ void PolicySet::sort() noexcept {
 }
 
 const PolicySet::Entry *PolicySet::find(std::string_view text) const noexcept {
+    const Entry *begin = entries_.get();
+    const Entry *end = begin + count_;
     const Entry *found = std::lower_bound(
-        entries_.get(), end, text,
-        [](const Entry &entry, std::string_view wanted) { return entry.text.compare(wanted) < 0; });
-    return found != begin + count_ && found->text == text ? found : nullptr;
+        begin, end, text, [](const Entry &entry, std::string_view wanted) { return entry.text < wanted; });
+    return found != end && found->text == text ? found : nullptr;
 }
 
 namespace {
