@@ -66,17 +66,14 @@ TEST_F(CurveTest, FindsIdentifiersByName) {
 TEST_F(CurveTest, SurvivesFailingAllocations) {
     tlx_test::sweep_failing_allocations([] {
         ECURVE *curve = nullptr;
-        const std::uint32_t status = set_ECURVE_from_list(&curve, 415);
-        EXPECT_EQ(status, curve == nullptr ? 1U : 0U);
-        free_ECURVE(curve);
-        return status == 0;
-    });
-    tlx_test::sweep_failing_allocations([] {
         OBJECT_IDENTIFIER *oid = nullptr;
-        const std::uint32_t status = get_ECURVE_OID_from_name(&oid, "prime256v1");
-        EXPECT_EQ(status, oid == nullptr ? 1U : 0U);
+        const std::uint32_t filled = set_ECURVE_from_list(&curve, 415);
+        const std::uint32_t found = get_ECURVE_OID_from_name(&oid, "prime256v1");
+        EXPECT_EQ(filled, curve == nullptr ? 1U : 0U);
+        EXPECT_EQ(found, oid == nullptr ? 1U : 0U);
+        free_ECURVE(curve);
         free_OBJECT_IDENTIFIER(oid);
-        return status == 0;
+        return filled == 0 && found == 0;
     });
 }
 

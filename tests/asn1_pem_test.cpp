@@ -63,7 +63,6 @@ TEST_F(PemTest, PutsTheLinesAround) {
     EXPECT_EQ(base64ToPEM(nullptr, 4, "A", 1, &pem_), 0U);
     EXPECT_EQ(base64ToPEM("Zm9v", 4, nullptr, 1, &pem_), 0U);
     EXPECT_EQ(base64ToPEM("Zm9v", 4, "A", 0xFFFFFFFF, &pem_), 0U) << "more than 2^31 octets";
-    EXPECT_EQ(encode_PEM(zeros, 0, "A", 1, &pem_, 1), 0U);
     EXPECT_EQ(pem_, nullptr);
 }
 
@@ -75,18 +74,13 @@ TEST_F(PemTest, DecodesTheBody) {
     EXPECT_EQ(decode(wrapped("Proc-Type: 4,ENCRYPTED\n\nZm9v")), "\x3E\xBA\x1C")
         << "the body ends at the next -";
     EXPECT_EQ(decode("-----B-----Zm9vZm9v-"), "foofoo") << "twenty characters";
-    const std::string bad[] = {"-----B----Zm9vZm9v-",
-                               "=" + wrapped("Zm9v").substr(1),
-                               "-----BEGIN A-----\nZm9vYmFy\n",
-                               wrapped("Zm9 v"),
-                               wrapped(""),
-                               "-----BEGIN A----\nZm9v\n---- END",
-                               "text\n" + wrapped("Zm9v"),
-                               "-----BEGIN AAAAAAAAAAAAAAA-----",
-                               "--------------------------"};
+    const std::string bad[] = {
+        "-----B----Zm9vZm9v-", "=" + wrapped("Zm9v").substr(1),    wrapped("Zm9 v"),
+        wrapped(""),           "-----BEGIN A----\nZm9v\n---- END", "text\n" + wrapped("Zm9v"),
+        std::string(30, '-')};
     for (const std::string &pem : bad)
         EXPECT_EQ(decode(pem), "(null)") << pem;
-    for (std::size_t size = 0; size < wrapped("Zm9vYmFy").size(); ++size)
+    for (std::size_t size = 0; size < 40; ++size)
         EXPECT_EQ(decode(wrapped("Zm9vYmFy").substr(0, size)), size > 27 ? "foobar" : "(null)")
             << "cut at " << size;
     std::uint8_t *der = nullptr;

@@ -126,39 +126,34 @@ TEST_F(TimeTest, WritesOnlyYearsThatTheTextCanHold) {
         const ASN1_TIME time{0, 0, 0, 1, 0, year - 1900, 0, 0, 0};
         return tlx_test::octets(StringRecord(convert(&time, 2)).get());
     };
-    EXPECT_EQ(written(1949, asn1TimeToUTC_TIME), "(null)");
     EXPECT_EQ(written(1950, asn1TimeToUTC_TIME), "500101000000Z");
     EXPECT_EQ(written(2049, asn1TimeToUTC_TIME), "490101000000Z");
-    EXPECT_EQ(written(2050, asn1TimeToUTC_TIME), "(null)");
-    EXPECT_EQ(written(-1, asn1TimeToGENERALIZED_TIME), "(null)");
     EXPECT_EQ(written(0, asn1TimeToGENERALIZED_TIME), "00000101000000Z");
     EXPECT_EQ(written(9999, asn1TimeToGENERALIZED_TIME), "99990101000000Z");
-    EXPECT_EQ(written(10000, asn1TimeToGENERALIZED_TIME), "(null)");
+    for (const std::int32_t year : {1949, 2050})
+        EXPECT_EQ(written(year, asn1TimeToUTC_TIME), "(null)") << year;
+    for (const std::int32_t year : {-1, 10000})
+        EXPECT_EQ(written(year, asn1TimeToGENERALIZED_TIME), "(null)") << year;
 }
 
 TEST_F(TimeTest, ChecksTheFields) {
     const ASN1_TIME good{59, 59, 23, 31, 11, 6, 7, 8, 9};
-    EXPECT_EQ(check_ASN1_TIME(&good), 0U);
+    const Time copy(dup_ASN1_TIME(&good));
+    EXPECT_EQ(show(copy.get()), show(&good));
+    EXPECT_EQ(copy->daylight, 9);
     EXPECT_EQ(check_ASN1_TIME(nullptr), 0x4103002BU);
-    const std::pair<std::int32_t ASN1_TIME::*, std::int32_t> limits[] = {{&ASN1_TIME::second, 0},
-                                                                         {&ASN1_TIME::minute, 0},
-                                                                         {&ASN1_TIME::hour, 0},
-                                                                         {&ASN1_TIME::day, 1},
-                                                                         {&ASN1_TIME::month, 0}};
-    for (const auto &[field, least] : limits) {
+    for (const auto field :
+         {&ASN1_TIME::second, &ASN1_TIME::minute, &ASN1_TIME::hour, &ASN1_TIME::day, &ASN1_TIME::month}) {
         ASN1_TIME time = good;
-        for (const std::int32_t bad : {good.*field + 1, least - 1}) {
+        time.*field = field == &ASN1_TIME::day ? 1 : 0;
+        EXPECT_EQ(check_ASN1_TIME(&time), 0U) << show(&time);
+        for (const std::int32_t bad : {good.*field + 1, time.*field - 1}) {
             time.*field = bad;
             EXPECT_EQ(check_ASN1_TIME(&time), 0x4103002BU) << show(&time);
             EXPECT_EQ(dup_ASN1_TIME(&time), nullptr) << show(&time);
             EXPECT_EQ(asn1TimeToGENERALIZED_TIME(&time, 2), nullptr) << show(&time);
         }
-        time.*field = least;
-        EXPECT_EQ(check_ASN1_TIME(&time), 0U) << show(&time);
     }
-    const Time copy(dup_ASN1_TIME(&good));
-    EXPECT_EQ(show(copy.get()), show(&good));
-    EXPECT_EQ(copy->daylight, 9);
 }
 
 TEST_F(TimeTest, ReadsCharacterTimes) {
@@ -227,54 +222,39 @@ TEST_F(TimeTest, AddsSeconds) {
         free_ASN1_STRING(time);
     }
     ASN1_STRING *none = nullptr;
-    EXPECT_EQ(add_UTC_TIME(nullptr, 1), 0x45020049U);
-    EXPECT_EQ(add_UTC_TIME(&none, 1), 0x45020049U);
-    EXPECT_EQ(add_GENERALIZED_TIME(nullptr, 1), 0x45030049U);
-    EXPECT_EQ(add_GENERALIZED_TIME(&none, 1), 0x45030049U);
+    for (ASN1_STRING **missing : {static_cast<ASN1_STRING **>(nullptr), &none}) {
+        EXPECT_EQ(add_UTC_TIME(missing, 1), 0x45020049U);
+        EXPECT_EQ(add_GENERALIZED_TIME(missing, 1), 0x45030049U);
+    }
 }
 
-class ZoneTest : public TimeTest, public ::testing::WithParamInterface<const char *> {
-  protected:
-    void SetUp() override {
-        setenv("TZ", GetParam(), 1);
-        tzset();
-    }
-    void TearDown() override {
-        unsetenv("TZ");
-        tzset();
-    }
-};
-
-TEST_P(ZoneTest, TellsThePresentTime) {
-    const auto present = std::time(nullptr);
-    const auto seconds_of = [](ASN1_TIME *made, std::time_t (*convert)(std::tm *)) {
-        const Time time(made);
-        std::tm fields{};
-        fields.tm_sec = time->second;
-        fields.tm_min = time->minute;
-        fields.tm_hour = time->hour;
-        fields.tm_mday = time->day;
-        fields.tm_mon = time->month;
-        fields.tm_year = time->year;
-        fields.tm_isdst = time->daylight;
-        const std::time_t seconds = convert(&fields);
-        EXPECT_EQ(time->day_of_week, fields.tm_wday);
-        EXPECT_EQ(time->day_of_year, fields.tm_yday);
-        return seconds;
+TEST_F(TimeTest, TellsThePresentTimeInEveryZone) {
+    const auto is_present = [](ASN1_TIME *made, auto convert) {
+        const std::string shown = show(Time(made).get());
+        const std::time_t now = std::time(nullptr);
+        for (const std::time_t moment : {now, now - 1}) {
+            std::tm fields{};
+            char text[32];
+            convert(&moment, &fields);
+            std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S ", &fields);
+            if (shown == text + std::to_string(fields.tm_wday) + "/" + std::to_string(fields.tm_yday))
+                return true;
+        }
+        return false;
     };
-    EXPECT_NEAR(static_cast<double>(seconds_of(getCurrentGMTime(), timegm) - present), 0, 5);
-    EXPECT_NEAR(static_cast<double>(seconds_of(getCurrentLocalTime(), mktime) - present), 0, 5);
-    EXPECT_EQ(read_utc("240310023000Z"), "2024-03-10 02:30:00 0/69") << "a text means the same in every zone";
+    for (const char *zone : {"UTC0", "KST-9", "EST5EDT,M3.2.0,M11.1.0"}) {
+        setenv("TZ", zone, 1);
+        tzset();
+        EXPECT_TRUE(is_present(getCurrentGMTime(), gmtime_r)) << zone;
+        EXPECT_TRUE(is_present(getCurrentLocalTime(), localtime_r)) << zone;
+        EXPECT_EQ(read_utc("240310023000Z"), "2024-03-10 02:30:00 0/69") << zone;
+    }
+    unsetenv("TZ");
+    tzset();
 }
-
-INSTANTIATE_TEST_SUITE_P(Zones, ZoneTest, ::testing::Values("UTC0", "KST-9", "EST5EDT,M3.2.0,M11.1.0"));
 
 TEST_F(TimeTest, SurvivesFailingAllocations) {
-    const ASN1_TIME time{56, 34, 12, 29, 1, 124, 0, 0, 0};
     EXPECT_EQ(tlx_test::sweep_failing_allocations([] { return Time(getCurrentGMTime()) != nullptr; }), 1U);
-    EXPECT_EQ(tlx_test::sweep_failing_allocations(
-                  [&] { return StringRecord(asn1TimeToUTC_TIME(&time, 2)) != nullptr; }),
-              2U);
     ASN1_STRING *sum = make_string(23, "240229123456Z").release();
     tlx_test::sweep_failing_allocations([&] {
         const std::uint32_t status = add_UTC_TIME(&sum, 1);

@@ -51,18 +51,20 @@ char *encode_line(Bytes in, char *out) noexcept {
     return last.empty() ? out : put_padded(out, last);
 }
 
-/// What a character is worth at each of the four places of a group, already shifted there. A character
-/// outside the alphabet sets kBad, which no sum of the others reaches.
+/// The three octets of a group as one number, the first of them lowest. kBad is set in the values of a
+/// character outside the alphabet, and in no other.
 constexpr u32 kBad = 0x80000000;
 using Values = std::array<u32, 256>;
 
+/// What each character is worth at one of the four places of a group.
 constexpr Values values_at(unsigned place) noexcept {
     Values values{};
     for (u32 &value : values) {
         value = kBad;
     }
-    for (u32 value = 0; value < 64; ++value) {
-        values[static_cast<u8>(kAlphabet[value])] = value << (18 - 6 * place);
+    for (u32 number = 0; number < 64; ++number) {
+        const u32 bits = number << (18 - 6 * place);
+        values[static_cast<u8>(kAlphabet[number])] = bits >> 16 | (bits & 0xFF00) | (bits & 0xFF) << 16;
     }
     return values;
 }
@@ -72,10 +74,12 @@ u32 group_value(const u8 *c) noexcept {
     return kValues[0][c[0]] | kValues[1][c[1]] | kValues[2][c[2]] | kValues[3][c[3]];
 }
 
-u8 *put_group(u8 *out, u32 bits) noexcept {
-    out[0] = static_cast<u8>(bits >> 16);
-    out[1] = static_cast<u8>(bits >> 8);
-    out[2] = static_cast<u8>(bits);
+/// Writes one octet more than it counts, which makes it a single store.
+u8 *put_group(u8 *out, u32 octets) noexcept {
+    out[0] = static_cast<u8>(octets);
+    out[1] = static_cast<u8>(octets >> 8);
+    out[2] = static_cast<u8>(octets >> 16);
+    out[3] = static_cast<u8>(octets >> 24);
     return out + 3;
 }
 
@@ -84,9 +88,9 @@ u8 *decode_run(Bytes &in, u8 *out) noexcept {
     const u8 *at = in.data();
     std::size_t left = in.size();
     for (; left >= 4; left -= 4, at += 4) {
-        const u32 bits = group_value(at);
-        if ((bits & kBad) != 0) break;
-        out = put_group(out, bits);
+        const u32 octets = group_value(at);
+        if ((octets & kBad) != 0) break;
+        out = put_group(out, octets);
     }
     in = in.last(left);
     return out;
@@ -112,11 +116,11 @@ bool only_line_ends(Bytes in) noexcept {
 u8 *decode_padded(const u8 (&group)[4], u8 *out) noexcept {
     const bool two = group[2] == '=';
     if (group[3] != '=') return nullptr;
-    const u32 bits = kValues[0][group[0]] | kValues[1][group[1]] | (two ? 0U : kValues[2][group[2]]);
-    const u32 unused = two ? 0xFFFFU : 0xFFU;
-    if ((bits & (kBad | unused)) != 0) return nullptr;
-    *out++ = static_cast<u8>(bits >> 16);
-    if (!two) *out++ = static_cast<u8>(bits >> 8);
+    const u32 octets = kValues[0][group[0]] | kValues[1][group[1]] | (two ? 0U : kValues[2][group[2]]);
+    const u32 unused = two ? 0xFF00U : 0xFF0000U;
+    if ((octets & (kBad | unused)) != 0) return nullptr;
+    *out++ = static_cast<u8>(octets);
+    if (!two) *out++ = static_cast<u8>(octets >> 8);
     return out;
 }
 
@@ -128,9 +132,9 @@ u8 *decode_text(Bytes in, u8 *out) noexcept {
         const std::size_t taken = take_group(in, group);
         if (taken == 0) return out;
         if (taken < 4) return nullptr;
-        const u32 bits = group_value(group);
-        if ((bits & kBad) != 0) return only_line_ends(in) ? decode_padded(group, out) : nullptr;
-        out = put_group(out, bits);
+        const u32 octets = group_value(group);
+        if ((octets & kBad) != 0) return only_line_ends(in) ? decode_padded(group, out) : nullptr;
+        out = put_group(out, octets);
     }
 }
 
@@ -164,7 +168,7 @@ uint32_t encode_Base64_Line(const uint8_t *in, uint32_t len, char **out) {
 uint32_t decode_Base64(const char *in, uint32_t len, uint8_t **out) {
     if (in == nullptr || out == nullptr || len == 0) return 0;
     const std::size_t room = std::size_t{len} / 4 * 3;
-    auto *octets = static_cast<u8 *>(TLX_ALLOCATE(room + 1));
+    auto *octets = static_cast<u8 *>(TLX_ALLOCATE(room + 1));  // put_group writes one further
     if (octets == nullptr) return 0;
     const u8 *end = decode_text({reinterpret_cast<const u8 *>(in), len}, octets);
     if (end == nullptr || end == octets) {
