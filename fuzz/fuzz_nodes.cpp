@@ -1,0 +1,134 @@
+// Node trees from hostile octets: every child under every expected type, written back and rebuilt.
+#include <tlxpki.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <span>
+
+#include "der/owned.hpp"
+
+namespace {
+
+using Node = tlx::Owned<ASN1_UNIT>;
+using Octets = std::span<const std::uint8_t>;
+
+constexpr std::uint32_t kMostChildren = 16;
+constexpr unsigned kMostNodes = 20;
+
+/// Every type, and values that name none.
+constexpr std::uint32_t kExpected[] = {0,  1,  2,  3,  4,  5,  6,  10, 12, 16, 17, 19,        20,
+                                       22, 23, 24, 26, 30, 31, 32, 33, 34, 48, 49, 0xFFFFFFE2};
+
+void require(bool condition) {
+    if (!condition) std::abort();
+}
+
+void free_value(void *value, std::uint32_t expected) {
+    switch (expected) {
+        case 1:
+        case 5:
+            return tlx_free(value);
+        case 2:
+        case 10:
+            return free_BIGINT(static_cast<BIGINT *>(value));
+        case 16:
+        case 17:
+        case 33:
+        case 48:
+        case 49:
+            return free_ASN1_UNIT(static_cast<ASN1_UNIT *>(value));
+        default:
+            return free_ASN1_STRING(static_cast<ASN1_STRING *>(value));
+    }
+}
+
+/// A node is written as it was read, and read again as it was written.
+void check_round_trip(const ASN1_UNIT *node) {
+    std::uint8_t *octets = nullptr;
+    const std::uint32_t size = ASN1_to_binary(node, &octets);
+    require(size != 0xFFFFFFFF);
+    const tlx::OwnedOctets<std::uint8_t> owner(octets);
+    const Node again(decodeToDERSequence_n(octets, size));
+    require(again != nullptr && getASN1ValueLength(again.get()) == getASN1ValueLength(node));
+    require(std::memcmp(again->value, node->value, getASN1ValueLength(node)) == 0);
+    require(decodeToDERSequence_n(octets, size - 1) == nullptr);
+}
+
+void check_length_forms(const ASN1_UNIT *node) {
+    const std::uint32_t size = getASN1ValueLength(node);
+    const Node copy(dup_ASN1_UNIT(node));
+    for (const std::uint32_t form : {2U, 1U, 0U, 2U, 0U}) {
+        const std::uint32_t status = setBERLengthForm(copy.get(), form);
+        require(status == 0 || status == 0x42100101);
+        require(getASN1ValueLength(copy.get()) == size);
+        require(std::memcmp(copy->value, node->value, size) == 0);
+    }
+}
+
+/// A container of the children that were read has them all.
+void check_appending(const ASN1_UNIT *node, std::uint32_t count) {
+    const Node container(new_ASN1_UNIT());
+    std::uint32_t appended = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        void *child = getDERChildAt(node, i, 16);
+        if (child == nullptr) continue;
+        require(addToDERSequence(container.get(), 33, child, 0) == 0);
+        require(getChildType(container.get(), appended++) == (getChildType(node, i)));
+    }
+    if (appended > 0) require(addToDERSequence(container.get(), 16, container.get(), 0) == 0);
+}
+
+/// `budget` keeps one input from taking seconds.
+void walk(const ASN1_UNIT *node, unsigned &budget) {
+    if (budget == 0) return;
+    --budget;
+    check_round_trip(node);
+    check_length_forms(node);
+    const std::uint32_t count = std::min(getSequenceChildNum(node), kMostChildren);
+    check_appending(node, count);
+    std::uint32_t cursor = 0;
+    for (std::uint32_t i = 0; i <= count; ++i) {
+        const std::uint32_t type = getChildType(node, i);
+        for (const std::uint32_t expected : kExpected) {
+            void *value = getDERChildAt(node, i, expected);
+            require(value == nullptr || type != 0xFFFFFFFF);
+            free_value(value, expected);
+        }
+        const std::uint32_t before = cursor;
+        void *next = getBERChildOffset(node, i, type & 0x1F, &cursor);
+        require(next != nullptr || cursor == before);
+        free_value(next, type & 0x1F);
+        const Node child(static_cast<ASN1_UNIT *>(getDERChildAt(node, i, (type & 0x1F) == 17 ? 17 : 16)));
+        if (child != nullptr) walk(child.get(), budget);
+    }
+}
+
+std::uint32_t decode(const ASN1_UNIT *node, void **) {
+    unsigned budget = kMostNodes;
+    walk(node, budget);
+    return 0;
+}
+
+/// Any offset is safe.
+void check_cursors(const ASN1_UNIT *node, Octets octets) {
+    for (const std::uint8_t octet : octets.first(std::min<std::size_t>(octets.size(), 16))) {
+        std::uint32_t cursor = octet;
+        free_value(getBERChildOffset(node, 0, 32, &cursor), 32);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    if (size == 0 || size > 4096) return 0;
+    const auto before = tlx_live_blocks();
+    const auto len = static_cast<std::uint32_t>(size);
+    void *unused = nullptr;
+    const std::uint32_t status = readDER_from_Buffer(&unused, decode, data, len);
+    const Node node(decodeToDERSequence_n(data, len));
+    require((status == 0) == (node != nullptr) && (status == 0 || status == 0x4300004F));
+    if (node != nullptr) check_cursors(node.get(), {data, size});
+    require(tlx_live_blocks() == before + (node != nullptr ? 4 : 0));
+    return 0;
+}
