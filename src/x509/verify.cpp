@@ -1,0 +1,80 @@
+// Verifying certificates: signature and validity period.
+#include <tlxpki/time.h>
+#include <tlxpki/x509.h>
+#include <tlxpki/x509_sign.h>
+
+#include "x509/codecs.hpp"
+#include "x509/signature_scheme.hpp"
+#include "x509/signature_value.hpp"
+
+using namespace tlx;
+
+namespace {
+
+/// What certificates take for s: q of 160 bits, as KCDSA had when certificates took it up.
+constexpr u32 kMostSOctets = 20;
+
+using Time = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
+
+bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept {
+    Element element;
+    return read_element(octets_of(bits), element) && element.tag == kSequence &&
+           read_kcdsa_signature(element, signature);
+}
+
+}  // namespace
+
+uint32_t verify_RSA_SIG_X509_CERT(const X509_CERT *cert, const RSA_UNIT *key) {
+    if (cert == nullptr || cert->tbsCertificate == nullptr || key == nullptr) return 0x46170049;
+    Encoder der;
+    if (const u32 status = encode_tbs(der, cert->tbsCertificate); status != 0) return status;
+    const SignatureScheme scheme(cert->signatureAlgorithm);
+    if (scheme.digest_id == 0 || scheme.cipher_id == 0) return 0x4617002B;
+    const Bytes signature = octets_of(cert->signatureValue);
+    return verify_RSA(key, scheme.digest_id, scheme.padding_mode(), der.bytes().data(),
+                      static_cast<u32>(der.bytes().size()), signature.data(),
+                      static_cast<u32>(signature.size()));
+}
+
+uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDSA *key) {
+    if (cert == nullptr || cert->tbsCertificate == nullptr || key == nullptr) return 0x46180049;
+    Encoder der;
+    if (const u32 status = encode_tbs(der, cert->tbsCertificate); status != 0) return status;
+    const SignatureScheme scheme(cert->signatureAlgorithm);
+    if (scheme.cipher_id == 0) return 0x4618002B;
+    KcdsaSignature signature;
+    u8 s[kMostSOctets];
+    if (!read_signature(cert->signatureValue, signature) ||
+        BIGINT_to_binary(signature.s.get(), s, kMostSOctets) != 0)
+        return 0x46180104;
+    return verify_KCDSA_data(key, scheme.kcdsa_digest(), der.bytes().data(),
+                             static_cast<u32>(der.bytes().size()), signature.r.data(),
+                             static_cast<u32>(signature.r.size()), s, kMostSOctets);
+}
+
+uint32_t verify_SIG_X509_CERT(const X509_CERT *cert, const X509_PUBKEY *issuer_key) {
+    if (cert == nullptr || cert->tbsCertificate == nullptr || issuer_key == nullptr ||
+        issuer_key->key == nullptr)
+        return 1;
+    const ASYMMETRIC_KEY &key = *issuer_key->key;
+    if (key.kind == TLX_KEY_RSA)
+        return verify_RSA_SIG_X509_CERT(cert, static_cast<const RSA_UNIT *>(key.key));
+    if (key.kind == TLX_KEY_KCDSA)
+        return verify_KCDSA_SIG_X509_CERT(cert, static_cast<const KCDSA *>(key.key));
+    return 1;
+}
+
+uint32_t verify_X509_validity(const X509_CERT *cert, const ASN1_TIME *time) {
+    if (cert == nullptr || cert->tbsCertificate == nullptr || cert->tbsCertificate->validity == nullptr)
+        return 0x462D0049;
+    const X509_VALIDITY &validity = *cert->tbsCertificate->validity;
+    const Time not_before(X509_TIME_to_ASN1_TIME(&validity.notBefore));
+    const Time not_after(X509_TIME_to_ASN1_TIME(&validity.notAfter));
+    if (!not_before || !not_after) return 0x462D0104;
+    const Time now(time == nullptr ? getCurrentGMTime() : nullptr);
+    if (time == nullptr) time = now.get();
+    if (time == nullptr) return 0x462D003C;
+    const bool within =
+        cmp_ASN1_TIME(not_before.get(), time) <= 0 && cmp_ASN1_TIME(time, not_after.get()) <= 0;
+    return within ? 0 : 0x462D0113;
+}
