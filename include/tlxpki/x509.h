@@ -119,7 +119,8 @@ TLXPKI_API X509_VALIDITY *dup_X509_VALIDITY(const X509_VALIDITY *validity);
  * Decodes a Validity.
  * @param node the SEQUENCE of exactly two times
  * @param out  a record it points to is filled, its old times freed; else it receives a new one, freed with
- *             free_X509_VALIDITY(). On failure *out stays as it was, and so do the times of its record
+ *             free_X509_VALIDITY(). On failure *out stays as it was, and a record of the caller's as far as
+ * it was filled
  * @return 0
  * @return 0x461A0049 for a null argument
  * @return 0x461A002B when there are not two children

@@ -76,11 +76,12 @@ TLXPKI_API uint32_t set_X509_ALGO_IDENTIFIER_parameters(X509_ALGO_IDENTIFIER *al
 TLXPKI_API uint32_t set_X509_ALGO_IDENTIFIER_null(X509_ALGO_IDENTIFIER *algorithm);
 
 /**
- * Decodes an AlgorithmIdentifier. The parameters are kept as they are, whatever they are.
+ * Decodes an AlgorithmIdentifier. The parameters are kept as they are, whatever they are; nothing may follow
+ * them.
  * @param node the SEQUENCE
  * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed with
- *             free_X509_ALGO_IDENTIFIER(). On failure *out stays as it was, and so do the members of its
- * record
+ *             free_X509_ALGO_IDENTIFIER(). On failure *out stays as it was, and so do the
+ *             members of its record
  * @return 0
  * @return 0x46260049 for a null argument
  * @return 0x46260104 when the algorithm is missing, an element is broken, or memory runs out
@@ -104,6 +105,12 @@ TLXPKI_API uint32_t X509_ALGO_IDENTIFIER_to_Seq(const X509_ALGO_IDENTIFIER *algo
  * @return the list, freed with free_X509_ALGO_IDENTIFIERS(); null when memory runs out
  */
 TLXPKI_API X509_ALGO_IDENTIFIERS *new_X509_ALGO_IDENTIFIERS(void);
+
+/**
+ * Frees the algorithm identifiers of a list, which is empty afterwards.
+ * @param algorithms a list, or null (nothing happens then)
+ */
+TLXPKI_API void clean_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms);
 
 /**
  * Frees a list and its algorithm identifiers.

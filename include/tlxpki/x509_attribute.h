@@ -48,6 +48,12 @@ TLXPKI_API X509_ATTRIBUTES *dup_X509_ATTRIBUTES(const X509_ATTRIBUTES *attribute
 TLXPKI_API X509_ATTRIBUTE *new_X509_ATTRIBUTE(void);
 
 /**
+ * Frees the type and the values of an attribute, whose list of values is empty afterwards.
+ * @param attribute an attribute, or null (nothing happens then)
+ */
+TLXPKI_API void clean_X509_ATTRIBUTE(X509_ATTRIBUTE *attribute);
+
+/**
  * Frees an attribute with its type and values.
  * @param attribute an attribute that is in no list, or null (nothing happens then)
  */
@@ -177,8 +183,8 @@ TLXPKI_API uint32_t add_X509_ATTRIBUTE_set(X509_ATTRIBUTE *attribute, ASN1_STRIN
  * @param oid       the type; copied
  * @param type,value as for add_X509_ATTRIBUTE_data()
  * @return the attribute. A new one is freed with free_X509_ATTRIBUTE()
- * @return null for a null oid or value and when memory runs out; a new attribute is freed then, a given one
- * stays, perhaps with the new type already
+ * @return null for a null oid or value and when memory runs out; a given attribute is unchanged
+ *         then
  */
 TLXPKI_API X509_ATTRIBUTE *create_X509_ATTRIBUTE_OID(X509_ATTRIBUTE **attribute, const OBJECT_IDENTIFIER *oid,
                                                      uint32_t type, const void *value);
@@ -231,7 +237,7 @@ TLXPKI_API uint32_t add_X509_ATTRIBUTES_OID_INDEX(X509_ATTRIBUTES *attributes, i
  * @return 0
  * @return 0x46220049 for a null argument (*out stays as it was)
  * @return 0x46220104 when the type, the SET or a value is missing or cannot be decoded, or memory runs out.
- * *out is null then; an attribute it pointed to is freed
+ *         *out is null then; an attribute it pointed to stays the caller's, as far as it was filled
  */
 TLXPKI_API uint32_t Seq_to_X509_ATTRIBUTE(const ASN1_UNIT *node, X509_ATTRIBUTE **out);
 

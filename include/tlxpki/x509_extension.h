@@ -186,7 +186,7 @@ TLXPKI_API uint32_t add_X509_EXTENSION(X509_EXTENSIONS *extensions, const X509_E
 TLXPKI_API X509_EXTENSION *remove_X509_EXTENSION(X509_EXTENSIONS *extensions, int32_t index);
 
 /**
- * Decodes an Extension. A critical flag that is given keeps its octet, so that 0 stands for FALSE and for
+ * Decodes an Extension. A critical flag that is given keeps its octet; 0 stands for FALSE and for
  * none.
  * @param node the SEQUENCE
  * @param out  an extension it points to is filled, its old members freed; else it receives a new one, freed

@@ -133,6 +133,10 @@ X509_ALGO_IDENTIFIERS *new_X509_ALGO_IDENTIFIERS(void) {
     return new_STACK();
 }
 
+void clean_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms) {
+    clean_list<Nested<X509_ALGO_IDENTIFIER>>(algorithms);
+}
+
 void free_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms) {
     AlgorithmSet::free(algorithms);
 }

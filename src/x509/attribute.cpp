@@ -128,6 +128,13 @@ X509_ATTRIBUTE *new_X509_ATTRIBUTE(void) {
     return attribute->values == nullptr ? nullptr : attribute.release();
 }
 
+void clean_X509_ATTRIBUTE(X509_ATTRIBUTE *attribute) {
+    if (attribute == nullptr) return;
+    free_OBJECT_IDENTIFIER(attribute->type);
+    attribute->type = nullptr;
+    clean_list<AttributeValue>(attribute->values);
+}
+
 void free_X509_ATTRIBUTE(X509_ATTRIBUTE *attribute) {
     kAttribute.free(attribute);
 }
@@ -223,14 +230,15 @@ uint32_t add_X509_ATTRIBUTE_set(X509_ATTRIBUTE *attribute, ASN1_STRING *string) 
 
 X509_ATTRIBUTE *create_X509_ATTRIBUTE_OID(X509_ATTRIBUTE **attribute, const OBJECT_IDENTIFIER *oid,
                                           uint32_t type, const void *value) {
-    const Owned<X509_ATTRIBUTE> made(attribute == nullptr || *attribute == nullptr ? new_X509_ATTRIBUTE()
-                                                                                   : nullptr);
-    X509_ATTRIBUTE *target = made ? made.get() : attribute == nullptr ? nullptr : *attribute;
+    X509_ATTRIBUTE *unnamed = nullptr;
+    X509_ATTRIBUTE **place = attribute == nullptr ? &unnamed : attribute;
+    OutRecord<X509_ATTRIBUTE> target(place, new_X509_ATTRIBUTE);
     Owned<OBJECT_IDENTIFIER> copy(dup_OBJECT_IDENTIFIER(oid));
-    if (target == nullptr || !copy || add_X509_ATTRIBUTE_data(target, type, value) != 0) return nullptr;
+    if (!target || !copy || add_X509_ATTRIBUTE_data(target.get(), type, value) != 0) return nullptr;
     free_OBJECT_IDENTIFIER(target->type);
     target->type = copy.release();
-    return target;
+    target.commit();
+    return *place;
 }
 
 X509_ATTRIBUTE *create_X509_ATTRIBUTE_index(X509_ATTRIBUTE **attribute, int32_t oid_index, uint32_t type,
