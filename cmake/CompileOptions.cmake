@@ -19,6 +19,8 @@ if(TLX_SANITIZE)
 else()
     target_compile_options(tlx_options INTERFACE
         $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2> -fstack-protector-strong)
+    # Named when linking too: there it brings in the checks' own library on Windows.
+    target_link_options(tlx_options INTERFACE -fstack-protector-strong)
 endif()
 if(TLX_FUZZ)
     target_compile_options(tlx_options INTERFACE -fsanitize=fuzzer-no-link)

@@ -1,7 +1,7 @@
 # tlx_add_library(<name> HEADERS <public headers...> SOURCES <files...> MACRO <export macro> LINK <libraries...>)
 #
 # A shared library whose exported symbols are exactly the functions that its public headers mark with the export
-# macro: the linker's version script is written from the headers at configure time.
+# macro: the linker's version script, or the .def file of a DLL, is written from the headers at configure time.
 function(tlx_add_library name)
     cmake_parse_arguments(ARG "" "MACRO" "HEADERS;SOURCES;LINK" ${ARGN})
 
@@ -19,9 +19,16 @@ function(tlx_add_library name)
     endforeach()
     list(SORT symbols)
     list(REMOVE_DUPLICATES symbols)
-    list(JOIN symbols ";\n    " script)
-    set(map ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
-    file(CONFIGURE OUTPUT ${map} CONTENT "{\n  global:\n    @script@;\n  local:\n    *;\n};\n" @ONLY)
+
+    if(WIN32)
+        list(JOIN symbols "\n    " script)
+        set(exports ${CMAKE_CURRENT_BINARY_DIR}/${name}.def)
+        file(CONFIGURE OUTPUT ${exports} CONTENT "LIBRARY @name@.dll\nEXPORTS\n    @script@\n" @ONLY)
+    else()
+        list(JOIN symbols ";\n    " script)
+        set(exports ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
+        file(CONFIGURE OUTPUT ${exports} CONTENT "{\n  global:\n    @script@;\n  local:\n    *;\n};\n" @ONLY)
+    endif()
 
     add_library(${name} SHARED ${ARG_SOURCES})
     add_library(tlxpki::${name} ALIAS ${name})
@@ -31,9 +38,14 @@ function(tlx_add_library name)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:tlx_library_options> ${ARG_LINK})
     target_compile_definitions(${name} PRIVATE ${ARG_MACRO}_BUILD)
     set_target_properties(${name} PROPERTIES
-        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${map})
-    if(NOT WIN32)
-        target_link_options(${name} PRIVATE -Wl,--version-script=${map} -Wl,-z,relro,-z,now)
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${exports})
+    if(WIN32)
+        # tlxpki.dll, as its callers load it. The .def file is the list of exports, for other linkers too.
+        set_target_properties(${name} PROPERTIES PREFIX "")
+        target_sources(${name} PRIVATE ${exports})
+        set_target_properties(${name} PROPERTIES TLX_DEF_FILE ${exports})
+    else()
+        target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-z,relro,-z,now)
         if(NOT TLX_SANITIZE)
             target_link_options(${name} PRIVATE -Wl,-z,defs)
         endif()
