@@ -3,6 +3,7 @@
 #include <tlxpki/pkcs1.h>
 #include <tlxpki/x509_sign.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -408,6 +409,158 @@ TEST(Refusals, AreToldApart) {
     cert->tbsCertificate = nullptr;
     EXPECT_EQ(gen_SIG_X509_Cert(cert.get(), authority.key()), 1U);
     EXPECT_EQ(verify_RSA_SIG_X509_CERT(cert.get(), rsa), 0x46170049U);
+}
+
+// ---- The validity period ----
+
+X509_TIME time_of(std::uint32_t form, const char *text) {
+    return {form,
+            tlx_test::string_of(form == 0 ? TLX_TAG_UTC_TIME : TLX_TAG_GENERALIZED_TIME, text).release()};
+}
+
+TEST(Validity, CountsToTheSecondWithBothEnds) {
+    const Authority &authority = Authority::instance();
+    const tlx_test::LeakCheck leaks;
+    const Cert cert = authority.cert();
+    EXPECT_EQ(verify_X509_validity(cert.get(), nullptr), 0U) << "made now";
+    const struct {
+        X509_TIME from, to;
+        const char *time;
+        std::uint32_t status;
+    } cases[] = {
+        {time_of(0, "240229235958Z"), time_of(0, "240301000001Z"), "2024-02-29,23:59:57", 0x462D0113},
+        {time_of(0, "240229235958Z"), time_of(0, "240301000001Z"), "2024-02-29,23:59:58", 0},
+        {time_of(0, "240229235958Z"), time_of(0, "240301000001Z"), "2024-03-01,00:00:01", 0},
+        {time_of(0, "240229235958Z"), time_of(0, "240301000001Z"), "2024-03-01,00:00:02", 0x462D0113},
+        {time_of(0, "500101000000Z"), time_of(0, "491231235959Z"), "2049-12-31,23:59:59", 0},
+        {time_of(1, "20500101000000Z"), time_of(1, "20991231235959Z"), "2049-12-31,23:59:59", 0x462D0113},
+        {time_of(1, "20500101000000Z"), time_of(1, "20991231235959Z"), "2050-01-01,00:00:00", 0},
+        {time_of(0, "990101000000Z"), time_of(0, "200101000000Z"), nullptr, 0x462D0113},
+        {time_of(0, "20O101000000Z"), time_of(0, "990101000000Z"), nullptr, 0x462D0104},
+        {time_of(0, "200101000000Z"), time_of(1, "99990101"), "2024-01-01,00:00:00", 0x462D0104},
+        {time_of(0, "250101000000Z"), time_of(0, "240101000000Z"), "2024-06-01,00:00:00", 0x462D0113},
+    };
+    for (const auto &each : cases) {
+        X509_VALIDITY period = {each.from, each.to};
+        std::swap(*cert->tbsCertificate->validity, period);
+        const std::unique_ptr<ASN1_TIME, tlx::FreeWith<free_ASN1_TIME>> time(charToASN1_TIME(each.time));
+        EXPECT_EQ(verify_X509_validity(cert.get(), time.get()), each.status)
+            << each.from.time->data << " " << each.to.time->data << " "
+            << (each.time != nullptr ? each.time : "now");
+        std::swap(*cert->tbsCertificate->validity, period);
+        free_ASN1_STRING(each.from.time);
+        free_ASN1_STRING(each.to.time);
+    }
+    EXPECT_EQ(verify_X509_validity(nullptr, nullptr), 0x462D0049U);
+    free_X509_VALIDITY(cert->tbsCertificate->validity);
+    cert->tbsCertificate->validity = nullptr;
+    EXPECT_EQ(verify_X509_validity(cert.get(), nullptr), 0x462D0049U);
+}
+
+// ---- One bit at a time ----
+
+enum class Part { identifier, length, contents };
+
+/// A place in a certificate: the child numbers from the outermost element on ("0.3" is the fourth member of
+/// the to-be-signed part), and where in that element.
+struct Place {
+    std::string path;
+    Part part;
+    std::size_t index;  ///< within the part
+};
+
+Place place_of(const Octets &der, std::size_t offset) {
+    std::string path;
+    for (std::size_t start = 0, child = 0;;) {
+        const std::size_t header = 1 + getASN1LengthSize(&der[start + 1]);
+        const std::size_t end = start + header + getASN1ValueLengthFromLO(&der[start + 1]);
+        if (offset >= end) {
+            start = end;
+            ++child;
+            continue;
+        }
+        if (start != 0) path += (path.empty() ? "" : ".") + std::to_string(child);
+        if (offset == start) return {path, Part::identifier, 0};
+        if (offset < start + header) return {path, Part::length, offset - start - 1};
+        if ((der[start] & 0x20) == 0) return {path, Part::contents, offset - start - header};
+        start += header;
+        child = 0;
+    }
+}
+
+/// Whether a flipped bit leaves the to-be-signed part as it is encoded anew, and the signature's octets, as
+/// they were. The certificate has names of three attributes and a critical flag on its third extension.
+bool is_ignored(const Place &place, unsigned bit) {
+    const auto starts = [&](const char *path) { return place.path.starts_with(path); };
+    // Parameters of the signature algorithms are dropped, inside as outside.
+    if (place.path == "0.2.1" || place.path == "1.1") return true;
+    if (place.part == Part::contents) {
+        // Unused bits of the signature do not count, and a critical flag is critical when it is not 0.
+        return (place.path == "2" || place.path == "0.7.0.2.1") && place.index == 0;
+    }
+    if (place.part == Part::length) return false;
+    // Identifiers: the outermost is not looked at; elsewhere only the tag number counts, and not even that in
+    // an element of another class, which is taken for what is expected.
+    if (place.path.empty()) return true;
+    if (place.path == "0.0") return false;                 // version: [0] as it is, or none
+    if (place.path == "0.7") return bit == 4 || bit == 5;  // extensions: context-specific, number mod 16
+    if (place.path == "0.7.0.2.1") return bit == 5 || bit == 6;  // critical: told apart by its class
+    if (place.path == "0.6.0.1") return false;                   // the public key's parameters are kept
+    const bool attribute_value = (starts("0.3.") || starts("0.5.")) && place.path.ends_with(".0.1");
+    return !attribute_value && bit >= 5;  // a string keeps its identifier
+}
+
+TEST(EveryBit, OfACertificateIsSignedOrIgnoredByRule) {
+    const Authority &authority = Authority::instance();
+    const PublicKey key(dup_X509_PUBKEY(get_X509_SPKI(authority.cert().get())));
+    Octets der = authority.der();
+    unsigned passed = 0;
+    for (std::size_t offset = 0; offset < der.size(); ++offset) {
+        const Place place = place_of(authority.der(), offset);
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            const auto mask = static_cast<std::uint8_t>(1U << bit);
+            der[offset] ^= mask;
+            const Cert flipped = decode(der);
+            const bool verifies = flipped && verify_SIG_X509_CERT(flipped.get(), key.get()) == 0;
+            der[offset] ^= mask;
+            EXPECT_EQ(verifies, is_ignored(place, bit))
+                << place.path << ", octet " << offset << ", bit " << bit;
+            passed += verifies ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(passed, 195U) << "of " << 8 * der.size();
+}
+
+// ---- Memory ----
+
+TEST(Memory, MayRunOutAnywhere) {
+    const Authority &authority = Authority::instance();
+    const Cert rsa = authority.cert();
+    const Kcdsa unit = vector_key("A1024B160HAS160");
+    const Cert kcdsa = kcdsa_cert(unit.get(), "KCDSA1");
+    const Key key = holder(TLX_KEY_KCDSA, unit.get());
+    const std::uint32_t no_memory[] = {1,          0x46120103, 0x4612003C, 0x4615003B,
+                                       0x4616003B, 0x46180104, 0x462D003C, 0x462D0104};
+    const auto sweep = [&](auto run) {
+        return tlx_test::sweep_failing_allocations([&] {
+            const std::uint32_t status = run();
+            EXPECT_TRUE(status == 0 || std::count(std::begin(no_memory), std::end(no_memory), status) == 1)
+                << std::hex << status;
+            return status == 0;
+        });
+    };
+    // The keys prepare themselves once, at their first use.
+    EXPECT_EQ(verify_own(rsa), 0U);
+    EXPECT_EQ(verify_own(kcdsa), 0U);
+    EXPECT_EQ(gen_SIG_X509_Cert(kcdsa.get(), key.get()), 0U);
+    EXPECT_EQ(gen_SIG_X509_Cert(rsa.get(), authority.key()), 0U);
+    EXPECT_GT(sweep([&] { return verify_own(rsa); }), 0U);
+    EXPECT_GT(sweep([&] { return verify_own(kcdsa); }), 2U);
+    EXPECT_GT(sweep([&] { return gen_SIG_X509_Cert(rsa.get(), authority.key()); }), 4U);
+    EXPECT_GT(sweep([&] { return gen_SIG_X509_Cert(kcdsa.get(), key.get()); }), 4U);
+    EXPECT_EQ(sweep([&] { return verify_X509_validity(rsa.get(), nullptr); }), 3U);
+    EXPECT_EQ(verify_own(rsa), 0U);
+    EXPECT_EQ(verify_own(kcdsa), 0U);
 }
 
 }  // namespace
