@@ -38,8 +38,9 @@ bool check_utc_time(UTC_TIME *time, u32 &len) noexcept {
 
 bool append_canonical(ASN1_UNIT *seq, u32 tag, void *value, u32 len,
                       u32 identifier = kKeepIdentifier) noexcept {
-    if (checkDER(tag, value, &len) == 0)
+    if (checkDER(tag, value, &len) == 0) {
         return append_value(seq, {tag, value, len, LengthForm::minimal}, identifier);
+    }
     clean_ASN1_UNIT(seq);
     return false;
 }

@@ -61,36 +61,36 @@ using namespace tlx;
 
 namespace {
 
-template <typename T>
-T *decode_trusted(const u8 *octets, u32 expected) noexcept {
+template <typename Result>
+Result decode_trusted(const u8 *octets, u32 expected) noexcept {
     Element element;
     if (!read_trusted_element(octets, element)) return nullptr;
-    return static_cast<T *>(decode_as(element, expected));
+    return static_cast<Result>(decode_as(element, expected));
 }
 
 }  // namespace
 
 // The DER names are the same operations.
-#define TLX_DEFINE_DECODER(name, type, tag)           \
-    type *decodeToBER##name(const uint8_t *element) { \
-        return decode_trusted<type>(element, tag);    \
-    }                                                 \
-    type *decodeToDER##name(const uint8_t *element) { \
-        return decode_trusted<type>(element, tag);    \
+#define TLX_DEFINE_DECODER(name, result, tag)          \
+    result decodeToBER##name(const uint8_t *element) { \
+        return decode_trusted<result>(element, tag);   \
+    }                                                  \
+    result decodeToDER##name(const uint8_t *element) { \
+        return decode_trusted<result>(element, tag);   \
     }
 
-TLX_DEFINE_DECODER(Boolean, uint8_t, TLX_TAG_BOOLEAN)
-TLX_DEFINE_DECODER(Integer, BIGINT, TLX_TAG_INTEGER)
-TLX_DEFINE_DECODER(Enumerated, BIGINT, TLX_TAG_ENUMERATED)
-TLX_DEFINE_DECODER(BitString, BIT_STRING, TLX_TAG_BIT_STRING)
-TLX_DEFINE_DECODER(OctetString, OCTET_STRING, TLX_TAG_OCTET_STRING)
-TLX_DEFINE_DECODER(Null, void, TLX_TAG_NULL)
-TLX_DEFINE_DECODER(ObjectIdentifier, OBJECT_IDENTIFIER, TLX_TAG_OBJECT_IDENTIFIER)
-TLX_DEFINE_DECODER(UTF8String, UTF8_STRING, TLX_TAG_UTF8_STRING)
-TLX_DEFINE_DECODER(PrintableString, PRINTABLE_STRING, TLX_TAG_PRINTABLE_STRING)
-TLX_DEFINE_DECODER(T61String, T61_STRING, TLX_TAG_T61_STRING)
-TLX_DEFINE_DECODER(IA5String, IA5_STRING, TLX_TAG_IA5_STRING)
-TLX_DEFINE_DECODER(BMPString, BMP_STRING, TLX_TAG_BMP_STRING)
-TLX_DEFINE_DECODER(UTCTime, UTC_TIME, TLX_TAG_UTC_TIME)
-TLX_DEFINE_DECODER(GENERALIZEDTime, GENERALIZED_TIME, TLX_TAG_GENERALIZED_TIME)
-TLX_DEFINE_DECODER(ASN1String, ASN1_STRING, TLX_TAG_ANY_STRING)
+TLX_DEFINE_DECODER(Boolean, uint8_t *, TLX_TAG_BOOLEAN)
+TLX_DEFINE_DECODER(Integer, BIGINT *, TLX_TAG_INTEGER)
+TLX_DEFINE_DECODER(Enumerated, BIGINT *, TLX_TAG_ENUMERATED)
+TLX_DEFINE_DECODER(BitString, BIT_STRING *, TLX_TAG_BIT_STRING)
+TLX_DEFINE_DECODER(OctetString, OCTET_STRING *, TLX_TAG_OCTET_STRING)
+TLX_DEFINE_DECODER(Null, void *, TLX_TAG_NULL)
+TLX_DEFINE_DECODER(ObjectIdentifier, OBJECT_IDENTIFIER *, TLX_TAG_OBJECT_IDENTIFIER)
+TLX_DEFINE_DECODER(UTF8String, UTF8_STRING *, TLX_TAG_UTF8_STRING)
+TLX_DEFINE_DECODER(PrintableString, PRINTABLE_STRING *, TLX_TAG_PRINTABLE_STRING)
+TLX_DEFINE_DECODER(T61String, T61_STRING *, TLX_TAG_T61_STRING)
+TLX_DEFINE_DECODER(IA5String, IA5_STRING *, TLX_TAG_IA5_STRING)
+TLX_DEFINE_DECODER(BMPString, BMP_STRING *, TLX_TAG_BMP_STRING)
+TLX_DEFINE_DECODER(UTCTime, UTC_TIME *, TLX_TAG_UTC_TIME)
+TLX_DEFINE_DECODER(GENERALIZEDTime, GENERALIZED_TIME *, TLX_TAG_GENERALIZED_TIME)
+TLX_DEFINE_DECODER(ASN1String, ASN1_STRING *, TLX_TAG_ANY_STRING)

@@ -36,25 +36,26 @@ bool set_bits(u8 *octets, const char *text, u32 count, u32 first) noexcept {
         const char bit = text[i];
         if (bit != '0' && bit != '1') return false;
         const u32 position = first + i;
-        if (bit == '1')
+        if (bit == '1') {
             octets[position / 8] = static_cast<u8>(octets[position / 8] | (0x80U >> (position % 8)));
+        }
     }
     return true;
 }
 
 }  // namespace
 
+#define TLX_DEFINE_STRING_RELEASE(name)      \
+    void clean_##name(ASN1_STRING *string) { \
+        clean_ASN1_STRING(string);           \
+    }                                        \
+    void free_##name(ASN1_STRING *string) {  \
+        free_ASN1_STRING(string);            \
+    }
 #define TLX_DEFINE_STRING_TYPE(name, tag) \
-    name *new_##name(void) {              \
+    TLX_DEFINE_STRING_RELEASE(name)       \
+    ASN1_STRING *new_##name(void) {       \
         return new_typed(tag);            \
-    }                                     \
-    TLX_DEFINE_STRING_RELEASE(name)
-#define TLX_DEFINE_STRING_RELEASE(name) \
-    void clean_##name(name *string) {   \
-        clean_ASN1_STRING(string);      \
-    }                                   \
-    void free_##name(name *string) {    \
-        free_ASN1_STRING(string);       \
     }
 
 TLX_DEFINE_STRING_RELEASE(BIT_STRING)

@@ -25,8 +25,9 @@ bool read_length(Bytes in, Length &length) noexcept {
     const std::size_t count = first & 0x7FU;
     if (count > 4 || in.size() <= count) return false;
     u32 value = 0;
-    for (std::size_t i = 1; i <= count; ++i)
+    for (std::size_t i = 1; i <= count; ++i) {
         value = (value << 8) | in[i];
+    }
     if (value > kMaxLength) return false;
     length.octets = 1 + count;
     length.value = value;
@@ -49,11 +50,13 @@ std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept {
 
 std::size_t write_long_length(u32 length, u8 (&octets)[5]) noexcept {
     std::size_t count = 1;
-    while (count < 4 && (length >> (8 * count)) != 0)
+    while (count < 4 && (length >> (8 * count)) != 0) {
         ++count;
+    }
     octets[0] = static_cast<u8>(0x80 | count);
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         octets[1 + i] = static_cast<u8>(length >> (8 * (count - 1 - i)));
+    }
     return 1 + count;
 }
 

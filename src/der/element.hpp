@@ -72,8 +72,9 @@ std::size_t write_long_length(u32 length, u8 (&octets)[5]) noexcept;
 class TagSet {
   public:
     constexpr TagSet(std::initializer_list<u32> tags) noexcept {
-        for (const u32 tag : tags)
+        for (const u32 tag : tags) {
             bits_ |= 1U << tag;
+        }
     }
     [[nodiscard]] constexpr bool has(u32 tag) const noexcept {
         return tag < 32 && ((bits_ >> tag) & 1U) != 0;

@@ -9,10 +9,12 @@ constexpr u8 kContinues = 0x80;
 
 void append_arc(Buffer &out, u32 arc) noexcept {
     int shift = 28;
-    while (shift > 0 && (arc >> shift) == 0)
+    while (shift > 0 && (arc >> shift) == 0) {
         shift -= 7;
-    for (; shift > 0; shift -= 7)
+    }
+    for (; shift > 0; shift -= 7) {
         out.append(static_cast<u8>(kContinues | ((arc >> shift) & 0x7FU)));
+    }
     out.append(static_cast<u8>(arc & 0x7FU));
 }
 

@@ -120,8 +120,9 @@ bool TypedElement::set_any(const ASN1_STRING *value) noexcept {
 /// Leading zeros go, but for the one before a set top bit.
 bool TypedElement::set_number_octets(Bytes octets) noexcept {
     if (octets.empty()) return false;
-    while (!octets.empty() && octets.front() == 0)
+    while (!octets.empty() && octets.front() == 0) {
         octets = octets.subspan(1);
+    }
     has_prefix_ = octets.empty() || octets.front() >= 0x80;
     octets_ = octets;
     return close();
