@@ -1,5 +1,6 @@
 #include <tlxpki.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
