@@ -456,8 +456,9 @@ TLXPKI_API X509_CERT *find_X509_CERT_by_IssuerAndSerialNumber(const X509_CERTIFI
  * freed with free_X509_CERTIFICATES(). Unchanged on failure
  * @return 0
  * @return 0x462C0049 for a null argument
- * @return 0x462C0104 when a child is no SEQUENCE or is broken, or memory runs out
- * @return a status of Seq_to_X509_CERT() when a certificate cannot be decoded
+ * @return 0x462C0104 when a child is no SEQUENCE or is broken, a certificate has no to-be-signed part, or
+ * memory runs out
+ * @return another status of Seq_to_X509_CERT() when a certificate cannot be decoded
  */
 TLXPKI_API uint32_t Seq_to_X509_CERTIFICATES(const ASN1_UNIT *node, X509_CERTIFICATES **out);
 

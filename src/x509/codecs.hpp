@@ -57,7 +57,7 @@ using OwnedExtensions = std::unique_ptr<X509_EXTENSIONS, FreeWith<free_X509_EXTE
 /// SET OF AlgorithmIdentifier.
 using AlgorithmSet = List<Nested<X509_ALGO_IDENTIFIER>, kSet>;
 
-/// SEQUENCE OF Certificate, and SET OF Certificate; a status of Seq_to_X509_CERT.
+/// SEQUENCE OF Certificate, and SET OF Certificate; a status of Seq_to_X509_CERT, whose 1 is kFieldFailed.
 using Certificates = List<NestedWithStatus<X509_CERT>>;
 using CertificateSet = List<NestedWithStatus<X509_CERT>, kSet>;
 
