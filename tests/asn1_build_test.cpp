@@ -42,17 +42,20 @@ class Values {
     Value node{16, node_.get(), 0};
 };
 
-std::string repeated(const std::string &octet, std::size_t count) {
+std::string repeated_text(const std::string &part, std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i)
-        text += " " + octet;
+        text += part;
     return text;
+}
+std::string repeated(const std::string &octet, std::size_t count) {
+    return repeated_text(" " + octet, count);
 }
 
 TEST(Encode, UniversalTypes) {
     const Values v;
     const String text200 = string_of(4, std::string(200, 'x'));
-    const String oid200 = string_of(6, "1.2" + std::string(66, '.'), 0);
+    const String long_oid = string_of(6, "1.2" + repeated_text(".3", 100));
     const String utc = string_of(23, "2501010000Z");
     const String generalized = string_of(24, "20250101000000Z");
     struct Case {
@@ -72,6 +75,7 @@ TEST(Encode, UniversalTypes) {
         {v.null, kShort, "05 00"},
         {v.null, kLong, "05 81 00"},
         {v.oid, kShort, "06 03 2A 86 48"},
+        {{6, long_oid.get(), 203}, kLong, "06 81 65 2A" + repeated("03", 100)},
         {{23, utc.get(), 11}, kShort, "17 0B 32 35 30 31 30 31 30 30 30 30 5A"},
         {{24, generalized.get(), 4}, kShort, "18 04 32 30 32 35"},
         {{19, text200.get(), 127}, kShort, "13 7F" + repeated("78", 127)},
@@ -88,7 +92,7 @@ TEST(Encode, UniversalTypes) {
         {{2, v.integer.value, 0}, kShort, "empty"},
         {{5, nullptr, 1}, kShort, "empty"},
         {{6, v.oid.value, 0}, kShort, "empty"},
-        {{6, oid200.get(), 69}, kShort, "empty"},
+        {{6, long_oid.get(), 203}, kShort, "empty"},  // the text counts, not the contents
         {{23, utc.get(), 0}, kShort, "empty"},
         {v.octets, TLX_FORM_INDEFINITE, "empty"},
         {v.octets, 3, "empty"},
@@ -437,13 +441,7 @@ TEST(Der, CanonicalFormAndShortestLength) {
     const String minutes = string_of(23, "2501020304+0900");
     const String offset = string_of(23, "250102030405+0900");
     const String string = string_of(4, std::string(200, 'x'));
-    const std::string arcs = [] {
-        std::string text = "1.2";
-        for (int i = 0; i < 100; ++i)
-            text += ".3";
-        return text;
-    }();
-    const String oid = string_of(6, arcs);
+    const String oid = string_of(6, "1.2" + repeated_text(".3", 100));
     const String number = string_of(2, hex("80" + repeated("00", 126)));
     std::uint8_t yes = 0x01;
     struct Case {
@@ -504,6 +502,18 @@ TEST(Build, FailingAllocations) {
                           EXPECT_EQ(status, append.code);
                           EXPECT_EQ(seq->tag, nullptr);
                       }
+                      return status == 0;
+                  }),
+                  3U);
+    }
+    for (const Append &append : kAppends) {
+        if (std::string(append.name).find("Of") == std::string::npos) continue;
+        EXPECT_EQ(sweep_failing_allocations([&] {
+                      const Node seq = new_node();
+                      if (seq == nullptr) return false;
+                      const std::uint32_t status = append.call(seq.get(), {2, nullptr, 0});
+                      EXPECT_TRUE(status == 0 || status == append.code) << append.name;
+                      EXPECT_EQ(seq->tag == nullptr, status != 0);
                       return status == 0;
                   }),
                   3U);

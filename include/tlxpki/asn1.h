@@ -222,6 +222,8 @@ TLXPKI_API uint32_t getSequenceChildNum(const ASN1_UNIT *node);
  * itself with tag 16, 48, 17 or 49; with tag 33 that is refused, and the node is cleaned but not freed. An
  * INTEGER takes (bits + 8) / 8 contents octets, get_BIGINT_der_length().
  *
+ * Apart from that, a value must not lie in the contents of the container, which move as they grow.
+ *
  * Appending n children to one container takes O(n) steps in total.
  */
 

@@ -28,7 +28,6 @@ bool replace_length(ASN1_UNIT *node, const u8 *octets, std::size_t count) noexce
 
 bool make_indefinite(ASN1_UNIT *node, const Element &element) noexcept {
     if (!element.constructed()) return false;
-    if (element.indefinite) return true;
     const std::size_t size = element.contents.size();
     auto *value = static_cast<u8 *>(TLX_REALLOCATE(node->value, size + kEndOfContentsSize));
     if (value == nullptr) return false;
