@@ -51,7 +51,7 @@ const Sample kSamples[] = {
     {"GENERAL_NAME", "81:6140622E63"},
     {"GENERAL_NAME", "82:2A2E612E62"},
     {"GENERAL_NAME", "A3{30{61{13:4B52}}}"},
-    {"GENERAL_NAME", "A3{30{61{13:4B52}} 30{} 31{30{80:0A81:05}}}"},
+    {"GENERAL_NAME", "A3{30{61{13:4B52}} 30{} 31{30{80:0A 81:05}}}"},
     {"GENERAL_NAME", "A3{A1{05:}}"},
     {"GENERAL_NAME", "A4{30{}}"},
     {"GENERAL_NAME", "A4{30{31{30{06:550403 0C:EAB980}}}}"},

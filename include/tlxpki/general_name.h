@@ -18,8 +18,8 @@ typedef struct OTHERNAME {
 
 /**
  * OTHERNAME. Reads a SEQUENCE, or what stands under the tag [0] of a general name.
- * Decoder: 0x47050049 null argument; 0x4705002B not exactly two children; 0x47050104 otherwise.
- * Encoder: 0x47060049 null argument; 0x47060103 a member is missing or cannot be encoded.
+ * - Decoder: 0x47050049 null argument; 0x4705002B not exactly two children; 0x47050104 otherwise.
+ * - Encoder: 0x47060049 null argument; 0x47060103 a member is missing or cannot be encoded.
  * @{
  */
 TLXPKI_API OTHERNAME *new_OTHERNAME(void);
@@ -38,9 +38,9 @@ typedef struct EDIPARTYNAME {
 
 /**
  * EDIPARTYNAME.
- * Decoder: 0x47070049 null argument; 0x4707002B neither one nor two children; 0x47070104 otherwise (partyName
- * is missing, or a member holds anything but one string). Encoder: 0x47080049 null argument; 0x47080103
- * partyName is missing or a member cannot be encoded.
+ * - Decoder: 0x47070049 null argument; 0x4707002B neither one nor two children; 0x47070104 otherwise
+ * (partyName is missing, or a member holds anything but one string).
+ * - Encoder: 0x47080049 null argument; 0x47080103 partyName is missing or a member cannot be encoded.
  * @{
  */
 TLXPKI_API EDIPARTYNAME *new_EDIPARTYNAME(void);
@@ -83,8 +83,8 @@ typedef struct GENERAL_NAME {
 /**
  * GENERAL_NAME. The node is that of the tagged element, and the low five bits of its identifier octet are the
  * choice. An ediPartyName is also read with a SEQUENCE of its own inside the tag; it is written without one.
- * Decoder: 0x470B0049 null argument; 0x470B0104 a choice above 8, or a value that cannot be read.
- * Encoder: 0x470C0049 null argument; 0x470C0103 a choice above 8, or a value that is missing or cannot be
+ * - Decoder: 0x470B0049 null argument; 0x470B0104 a choice above 8, or a value that cannot be read.
+ * - Encoder: 0x470C0049 null argument; 0x470C0103 a choice above 8, or a value that is missing or cannot be
  * encoded.
  * @{
  */
@@ -125,8 +125,8 @@ TLXPKI_API GENERAL_NAME *create_GENERAL_NAME_otherName(const OBJECT_IDENTIFIER *
 
 /**
  * GENERAL_NAMES: a list of GENERAL_NAME.
- * Decoder: 0x470D0049 null argument; 0x470D002B no names; 0x470D0104 a name cannot be read.
- * Encoder: 0x470E0049 null argument; 0x470E002B no names; 0x470E0103 a name cannot be encoded.
+ * - Decoder: 0x470D0049 null argument; 0x470D002B no names; 0x470D0104 a name cannot be read.
+ * - Encoder: 0x470E0049 null argument; 0x470E002B no names; 0x470E0103 a name cannot be encoded.
  * @{
  */
 TLXPKI_API GENERAL_NAMES *new_GENERAL_NAMES(void);

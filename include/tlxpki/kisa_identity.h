@@ -22,8 +22,9 @@ typedef struct VID {
 
 /**
  * VID. The decoder takes the virtual identifier out of any constructed element; the encoder writes [0].
- * Decoder: 0x47010049 null argument; 0x4701002B neither one nor two children; 0x47010104 a child cannot be
- * read. Encoder: 0x47020049 null argument; 0x47020103 hashAlg is missing or a member cannot be encoded.
+ * - Decoder: 0x47010049 null argument; 0x4701002B neither one nor two children; 0x47010104 a child cannot be
+ * read.
+ * - Encoder: 0x47020049 null argument; 0x47020103 hashAlg is missing or a member cannot be encoded.
  * @{
  */
 TLXPKI_API VID *new_VID(void);
@@ -44,9 +45,10 @@ typedef struct KISA_IDENTIFY_DATA {
 
 /**
  * KISA_IDENTIFY_DATA. Entries of userInfos after the first are not read.
- * Decoder: 0x47030049 null argument; 0x4703002B neither one nor two children; 0x47030104 a child cannot be
- * read. Encoder: 0x47040049 null argument; 0x47040103 realName is missing, only one of idType and vid is
- * there, or a member cannot be encoded.
+ * - Decoder: 0x47030049 null argument; 0x4703002B neither one nor two children; 0x47030104 a child cannot be
+ * read.
+ * - Encoder: 0x47040049 null argument; 0x47040103 realName is missing, only one of idType and vid is there,
+ * or a member cannot be encoded.
  * @{
  */
 TLXPKI_API KISA_IDENTIFY_DATA *new_KISA_IDENTIFY_DATA(void);

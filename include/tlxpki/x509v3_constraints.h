@@ -18,11 +18,11 @@ typedef struct BASIC_CONSTRAINTS {
 /**
  * BASIC_CONSTRAINTS. cA has to be there: a value without it, which is DER's way of writing FALSE (the empty
  * SEQUENCE 30 00 for one), does not decode. A second child that is no INTEGER, and further children, are
- * passed over. The encoder writes what the decoder reads: cA always, a FALSE as 01 01 00. This is the form
- * that Korean implementations exchange, and others accept it. Who needs 30 00 (strict DER, for a certificate
- * that is no CA) leaves the extension out, which says the same. Decoder: 0x47230049 null argument; 0x47230104
- * no BOOLEAN cA, or a pathLenConstraint without contents. Encoder: 0x47240049 null argument; 0x47240103
- * memory ran out.
+ * passed over. The encoder writes what the decoder reads: cA always, a FALSE as 01 01 00, which strict DER
+ * would leave out. Whoever needs strict DER leaves the extension out of a certificate that is no CA, which
+ * says the same.
+ * - Decoder: 0x47230049 null argument; 0x47230104 no BOOLEAN cA, or a pathLenConstraint without contents.
+ * - Encoder: 0x47240049 null argument; 0x47240103 memory ran out.
  * @{
  */
 TLXPKI_API BASIC_CONSTRAINTS *new_BASIC_CONSTRAINTS(void);
@@ -41,14 +41,14 @@ typedef struct POLICY_CONSTRAINTS {
 
 /**
  * POLICY_CONSTRAINTS. Two ways of tagging the numbers are in use, and both are read: contents of exactly one
- * octet are the number itself ([n] IMPLICIT, as RFC 5280 has it); contents of any other length hold an
- * INTEGER element
- * ([n] EXPLICIT). A number of two octets under an implicit tag is therefore taken for an explicit one.
- * Children are told apart by the low five bits of their identifier octets; those that cannot be read, and
- * others, leave their member null, without a failure. The encoder writes a number below 128 under an implicit
- * tag. A larger one takes two octets, which the decoder would take for an element, and is written under an
- * explicit tag. Decoder: 0x47450049 null argument; 0x4745003C memory ran out. Encoder: 0x47460049 null
- * argument; 0x47460103 memory ran out.
+ * octet are the number itself (implicit tagging, as RFC 5280 has it); contents of any other length hold an
+ * INTEGER element (explicit tagging). A number of two octets under an implicit tag is therefore taken for an
+ * explicit one. Children are told apart by the low five bits of their identifier octets; those that cannot be
+ * read, and others, leave their member null, without a failure. The encoder writes a number below 128 under
+ * an implicit tag. A larger one takes two octets, which the decoder would take for an element, and is written
+ * under an explicit tag.
+ * - Decoder: 0x47450049 null argument; 0x4745003C memory ran out.
+ * - Encoder: 0x47460049 null argument; 0x47460103 memory ran out.
  * @{
  */
 TLXPKI_API POLICY_CONSTRAINTS *new_POLICY_CONSTRAINTS(void);
@@ -68,8 +68,9 @@ typedef struct GENERAL_SUBTREE {
 
 /**
  * GENERAL_SUBTREE.
- * Decoder: 0x472B0049 null argument; 0x472B002B not one to three children; 0x472B0104 a child cannot be read.
- * Encoder: 0x472C0049 null argument; 0x472C0103 base is missing or cannot be encoded.
+ * - Decoder: 0x472B0049 null argument; 0x472B002B not one to three children; 0x472B0104 a child cannot be
+ * read.
+ * - Encoder: 0x472C0049 null argument; 0x472C0103 base is missing or cannot be encoded.
  * @{
  */
 TLXPKI_API GENERAL_SUBTREE *new_GENERAL_SUBTREE(void);
@@ -85,8 +86,8 @@ typedef STACK GENERAL_SUBTREES;
 
 /**
  * GENERAL_SUBTREES: a list of GENERAL_SUBTREE.
- * Decoder: 0x472D0049 null argument; 0x472D002B no subtrees; 0x472D0104 a subtree cannot be read.
- * Encoder: 0x472E0049 null argument; 0x472E002B no subtrees; 0x472E0103 a subtree cannot be encoded.
+ * - Decoder: 0x472D0049 null argument; 0x472D002B no subtrees; 0x472D0104 a subtree cannot be read.
+ * - Encoder: 0x472E0049 null argument; 0x472E002B no subtrees; 0x472E0103 a subtree cannot be encoded.
  * @{
  */
 TLXPKI_API GENERAL_SUBTREES *new_GENERAL_SUBTREES(void);
@@ -110,8 +111,8 @@ typedef struct NAME_CONSTRAINTS {
 
 /**
  * NAME_CONSTRAINTS.
- * Decoder: 0x472F0049 null argument; 0x472F002B more than two children; 0x472F0104 a child cannot be read.
- * Encoder: 0x47300049 null argument; 0x47300103 a list is empty or cannot be encoded.
+ * - Decoder: 0x472F0049 null argument; 0x472F002B more than two children; 0x472F0104 a child cannot be read.
+ * - Encoder: 0x47300049 null argument; 0x47300103 a list is empty or cannot be encoded.
  * @{
  */
 TLXPKI_API NAME_CONSTRAINTS *new_NAME_CONSTRAINTS(void);

@@ -24,9 +24,10 @@ typedef struct DIST_POINT_NAME {
 
 /**
  * DIST_POINT_NAME. The node is that of the tagged element, whose low five bits are the choice.
- * Decoder: 0x47310049 null argument; 0x47310104 a choice above 1, or a value that is empty or cannot be read.
- * Encoder: 0x47320049 null argument; 0x47320103 a choice above 1, or a value that is missing, empty or cannot
- * be encoded.
+ * - Decoder: 0x47310049 null argument; 0x47310104 a choice above 1, or a value that is empty or cannot be
+ * read.
+ * - Encoder: 0x47320049 null argument; 0x47320103 a choice above 1, or a value that is missing, empty or
+ * cannot be encoded.
  * @{
  */
 TLXPKI_API DIST_POINT_NAME *new_DIST_POINT_NAME(void);
@@ -59,8 +60,9 @@ typedef struct DIST_POINT {
 
 /**
  * DIST_POINT.
- * Decoder: 0x47330049 null argument; 0x4733002B more than three children; 0x47330104 a child cannot be read.
- * Encoder: 0x47340049 null argument; 0x47340103 a member cannot be encoded.
+ * - Decoder: 0x47330049 null argument; 0x4733002B more than three children; 0x47330104 a child cannot be
+ * read.
+ * - Encoder: 0x47340049 null argument; 0x47340103 a member cannot be encoded.
  * @{
  */
 TLXPKI_API DIST_POINT *new_DIST_POINT(void);
@@ -83,8 +85,8 @@ typedef STACK CRL_DIST_POINTS;
 
 /**
  * CRL_DIST_POINTS: a list of DIST_POINT.
- * Decoder: 0x47350049 null argument; 0x4735002B no points; 0x47350104 a point cannot be read.
- * Encoder: 0x47360049 null argument; 0x4736002B no points; 0x47360103 a point cannot be encoded.
+ * - Decoder: 0x47350049 null argument; 0x4735002B no points; 0x47350104 a point cannot be read.
+ * - Encoder: 0x47360049 null argument; 0x4736002B no points; 0x47360103 a point cannot be encoded.
  * @{
  */
 TLXPKI_API CRL_DIST_POINTS *new_CRL_DIST_POINTS(void);
@@ -112,8 +114,8 @@ typedef struct issuing_DIST_POINT {
 
 /**
  * issuing_DIST_POINT.
- * Decoder: 0x47370049 null argument; 0x4737002B more than six children; 0x47370104 a child cannot be read.
- * Encoder: 0x47380049 null argument; 0x47380103 a member cannot be encoded.
+ * - Decoder: 0x47370049 null argument; 0x4737002B more than six children; 0x47370104 a child cannot be read.
+ * - Encoder: 0x47380049 null argument; 0x47380103 a member cannot be encoded.
  * @{
  */
 TLXPKI_API issuing_DIST_POINT *new_issuing_DIST_POINT(void);
@@ -132,8 +134,9 @@ typedef struct ACCESS_DESCRIPTION {
 
 /**
  * ACCESS_DESCRIPTION.
- * Decoder: 0x47390049 null argument; 0x4739002B not exactly two children; 0x47390104 a child cannot be read.
- * Encoder: 0x473A0049 null argument; 0x473A0103 a member is missing or cannot be encoded.
+ * - Decoder: 0x47390049 null argument; 0x4739002B not exactly two children; 0x47390104 a child cannot be
+ * read.
+ * - Encoder: 0x473A0049 null argument; 0x473A0103 a member is missing or cannot be encoded.
  * @{
  */
 TLXPKI_API ACCESS_DESCRIPTION *new_ACCESS_DESCRIPTION(void);
@@ -149,8 +152,9 @@ typedef STACK AUTHORITY_INFO_ACCESS;
 
 /**
  * AUTHORITY_INFO_ACCESS: a list of ACCESS_DESCRIPTION.
- * Decoder: 0x473B0049 null argument; 0x473B002B no descriptions; 0x473B0104 a description cannot be read.
- * Encoder: 0x473C0049 null argument; 0x473C002B no descriptions; 0x473C0103 a description cannot be encoded.
+ * - Decoder: 0x473B0049 null argument; 0x473B002B no descriptions; 0x473B0104 a description cannot be read.
+ * - Encoder: 0x473C0049 null argument; 0x473C002B no descriptions; 0x473C0103 a description cannot be
+ * encoded.
  * @{
  */
 TLXPKI_API AUTHORITY_INFO_ACCESS *new_AUTHORITY_INFO_ACCESS(void);

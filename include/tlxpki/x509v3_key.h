@@ -18,9 +18,10 @@ typedef struct AUTHORITY_KEYID {
 
 /**
  * AUTHORITY_KEYID. Children are told apart by the low five bits of their identifier octets; numbers above 2
- * are passed over. Decoder: 0x47090049 null argument; 0x4709002B no children; 0x47090104 a child cannot be
- * read; the failure of Seq_to_GENERAL_NAMES() (0x470D....) for an authorityCertIssuer. Encoder: 0x470A0049
- * null argument; 0x470A0103 a member cannot be encoded.
+ * are passed over. A record without members is written as 30 00, which the decoder refuses.
+ * - Decoder: 0x47090049 null argument; 0x4709002B no children; 0x47090104 a child cannot be read; the failure
+ * of Seq_to_GENERAL_NAMES() (0x470D....) for an authorityCertIssuer.
+ * - Encoder: 0x470A0049 null argument; 0x470A0103 a member cannot be encoded.
  * @{
  */
 TLXPKI_API AUTHORITY_KEYID *new_AUTHORITY_KEYID(void);
@@ -51,8 +52,8 @@ typedef OCTET_STRING SUBJECT_KEYID;
 
 /**
  * SUBJECT_KEYID.
- * Decoder: 0x47150049 null argument; 0x47150104 no OCTET STRING.
- * Encoder: 0x47160049 null argument; 0x47160103 memory ran out.
+ * - Decoder: 0x47150049 null argument; 0x47150104 no OCTET STRING.
+ * - Encoder: 0x47160049 null argument; 0x47160103 memory ran out.
  * @{
  */
 TLXPKI_API SUBJECT_KEYID *new_SUBJECT_KEYID(void);
@@ -90,8 +91,8 @@ typedef BIT_STRING KEY_USAGE;
 
 /**
  * KEY_USAGE. Written without trailing zero bits, as DER wants a list of named bits.
- * Decoder: 0x47130049 null argument; 0x47130104 no BIT STRING, or one without contents.
- * Encoder: 0x47140049 null argument; 0x47140103 memory ran out.
+ * - Decoder: 0x47130049 null argument; 0x47130104 no BIT STRING, or one without contents.
+ * - Encoder: 0x47140049 null argument; 0x47140103 memory ran out.
  * @{
  */
 TLXPKI_API KEY_USAGE *new_KEY_USAGE(void);
@@ -120,8 +121,8 @@ TLXPKI_API BIT_STRING *named_bits_to_BIT_STRING(uint32_t bits);
 
 /**
  * OBJECT_IDENTIFIERS: a list of object identifiers, which may be empty.
- * Decoder: 0x470F0049 null argument; 0x470F0104 a child is no object identifier.
- * Encoder: 0x47100049 null argument; 0x47100103 an identifier cannot be encoded.
+ * - Decoder: 0x470F0049 null argument; 0x470F0104 a child is no object identifier.
+ * - Encoder: 0x47100049 null argument; 0x47100103 an identifier cannot be encoded.
  * @{
  */
 TLXPKI_API OBJECT_IDENTIFIERS *new_OBJECT_IDENTIFIERS(void);
@@ -150,8 +151,8 @@ typedef OBJECT_IDENTIFIERS EXTENDED_KEY_USAGE;
 
 /**
  * EXTENDED_KEY_USAGE: a list of object identifiers.
- * Decoder: 0x47110049 null argument; 0x4711002B no purposes; 0x47110104 a child is no object identifier.
- * Encoder: 0x47120049 null argument; 0x4712002B no purposes; 0x47120103 an identifier cannot be encoded.
+ * - Decoder: 0x47110049 null argument; 0x4711002B no purposes; 0x47110104 a child is no object identifier.
+ * - Encoder: 0x47120049 null argument; 0x4712002B no purposes; 0x47120103 an identifier cannot be encoded.
  * @{
  */
 TLXPKI_API EXTENDED_KEY_USAGE *new_EXTENDED_KEY_USAGE(void);

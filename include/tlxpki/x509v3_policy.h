@@ -14,8 +14,8 @@ typedef STACK NOTICE_NUMBERS;
 
 /**
  * NOTICE_NUMBERS: a list of numbers, which may be empty.
- * Decoder: 0x47250049 null argument; 0x47250104 a child is no INTEGER.
- * Encoder: 0x47260049 null argument; 0x47260103 a number cannot be encoded.
+ * - Decoder: 0x47250049 null argument; 0x47250104 a child is no INTEGER.
+ * - Encoder: 0x47260049 null argument; 0x47260103 a number cannot be encoded.
  * @{
  */
 TLXPKI_API NOTICE_NUMBERS *new_NOTICE_NUMBERS(void);
@@ -38,8 +38,9 @@ typedef struct NOTICE_REFERENCE {
 
 /**
  * NOTICE_REFERENCE.
- * Decoder: 0x47210049 null argument; 0x4721002B not exactly two children; 0x47210104 a child cannot be read.
- * Encoder: 0x47220049 null argument; 0x47220103 a member is missing or cannot be encoded.
+ * - Decoder: 0x47210049 null argument; 0x4721002B not exactly two children; 0x47210104 a child cannot be
+ * read.
+ * - Encoder: 0x47220049 null argument; 0x47220103 a member is missing or cannot be encoded.
  * @{
  */
 TLXPKI_API NOTICE_REFERENCE *new_NOTICE_REFERENCE(void);
@@ -58,8 +59,8 @@ typedef struct USER_NOTICE {
 
 /**
  * USER_NOTICE.
- * Decoder: 0x471F0049 null argument; 0x471F002B more than two children; 0x471F0104 a child cannot be read.
- * Encoder: 0x47200049 null argument; 0x47200103 a member cannot be encoded.
+ * - Decoder: 0x471F0049 null argument; 0x471F002B more than two children; 0x471F0104 a child cannot be read.
+ * - Encoder: 0x47200049 null argument; 0x47200103 a member cannot be encoded.
  * @{
  */
 TLXPKI_API USER_NOTICE *new_USER_NOTICE(void);
@@ -80,9 +81,10 @@ typedef struct POLICY_QUALIFIER_INFO {
 
 /**
  * POLICY_QUALIFIER_INFO.
- * Decoder: 0x47170049 null argument; 0x4717002B not exactly two children; 0x47170104 a child cannot be read.
- * Encoder: 0x47180049 null argument; 0x47180103 the identifier or the qualifier that belongs to it is missing
- * or cannot be encoded.
+ * - Decoder: 0x47170049 null argument; 0x4717002B not exactly two children; 0x47170104 a child cannot be
+ * read.
+ * - Encoder: 0x47180049 null argument; 0x47180103 the identifier or the qualifier that belongs to it is
+ * missing or cannot be encoded.
  * @{
  */
 TLXPKI_API POLICY_QUALIFIER_INFO *new_POLICY_QUALIFIER_INFO(void);
@@ -112,8 +114,8 @@ typedef STACK POLICY_QUALIFIER_INFOS;
 
 /**
  * POLICY_QUALIFIER_INFOS: a list of POLICY_QUALIFIER_INFO.
- * Decoder: 0x47190049 null argument; 0x4719002B no qualifiers; 0x47190104 a qualifier cannot be read.
- * Encoder: 0x471A0049 null argument; 0x471A002B no qualifiers; 0x471A0103 a qualifier cannot be encoded.
+ * - Decoder: 0x47190049 null argument; 0x4719002B no qualifiers; 0x47190104 a qualifier cannot be read.
+ * - Encoder: 0x471A0049 null argument; 0x471A002B no qualifiers; 0x471A0103 a qualifier cannot be encoded.
  * @{
  */
 TLXPKI_API POLICY_QUALIFIER_INFOS *new_POLICY_QUALIFIER_INFOS(void);
@@ -139,8 +141,9 @@ typedef struct POLICY_INFO {
 
 /**
  * POLICY_INFO.
- * Decoder: 0x471B0049 null argument; 0x471B002B neither one nor two children; 0x471B0104 a child cannot be
- * read. Encoder: 0x471C0049 null argument; 0x471C0103 the identifier is missing, the qualifiers are an empty
+ * - Decoder: 0x471B0049 null argument; 0x471B002B neither one nor two children; 0x471B0104 a child cannot be
+ * read.
+ * - Encoder: 0x471C0049 null argument; 0x471C0103 the identifier is missing, the qualifiers are an empty
  * list, or a member cannot be encoded.
  * @{
  */
@@ -157,8 +160,8 @@ typedef STACK CERTIFICATE_POLICIES;
 
 /**
  * CERTIFICATE_POLICIES: a list of POLICY_INFO.
- * Decoder: 0x471D0049 null argument; 0x471D002B no policies; 0x471D0104 a policy cannot be read.
- * Encoder: 0x471E0049 null argument; 0x471E002B no policies; 0x471E0103 a policy cannot be encoded.
+ * - Decoder: 0x471D0049 null argument; 0x471D002B no policies; 0x471D0104 a policy cannot be read.
+ * - Encoder: 0x471E0049 null argument; 0x471E002B no policies; 0x471E0103 a policy cannot be encoded.
  * @{
  */
 TLXPKI_API CERTIFICATE_POLICIES *new_CERTIFICATE_POLICIES(void);
@@ -182,8 +185,9 @@ typedef struct POLICY_MAPPING {
 
 /**
  * POLICY_MAPPING.
- * Decoder: 0x47270049 null argument; 0x4727002B not exactly two children; 0x47270104 a child is no object
- * identifier. Encoder: 0x47280049 null argument; 0x47280103 a member is missing or cannot be encoded.
+ * - Decoder: 0x47270049 null argument; 0x4727002B not exactly two children; 0x47270104 a child is no object
+ * identifier.
+ * - Encoder: 0x47280049 null argument; 0x47280103 a member is missing or cannot be encoded.
  * @{
  */
 TLXPKI_API POLICY_MAPPING *new_POLICY_MAPPING(void);
@@ -199,8 +203,8 @@ typedef STACK POLICY_MAPPINGS;
 
 /**
  * POLICY_MAPPINGS: a list of POLICY_MAPPING.
- * Decoder: 0x47290049 null argument; 0x4729002B no mappings; 0x47290104 a mapping cannot be read.
- * Encoder: 0x472A0049 null argument; 0x472A002B no mappings; 0x472A0103 a mapping cannot be encoded.
+ * - Decoder: 0x47290049 null argument; 0x4729002B no mappings; 0x47290104 a mapping cannot be read.
+ * - Encoder: 0x472A0049 null argument; 0x472A002B no mappings; 0x472A0103 a mapping cannot be encoded.
  * @{
  */
 TLXPKI_API POLICY_MAPPINGS *new_POLICY_MAPPINGS(void);

@@ -33,6 +33,7 @@ namespace tlx {
 template <typename T>
 struct Codec;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in parentheses
 #define TLX_DECLARE_CODEC(type)                                                                              \
     TLX_OWNS(type);                                                                                          \
     template <>                                                                                              \
@@ -43,6 +44,8 @@ struct Codec;
         static type *dup(const type *record) noexcept { return dup_##type(record); }                         \
         static void free(type *record) noexcept { free_##type(record); }                                     \
     }
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 /// What a field answers when the record's own status is to be reported.
 constexpr u32 kFieldFailed = 1;
@@ -97,8 +100,9 @@ inline BIT_STRING without_trailing_zero_bits(const BIT_STRING &bits) noexcept {
     const auto used = static_cast<u8>(0xFFU << (counted ? bits.extra : 0));
     std::size_t size = octets.size();
     const auto last = [&] { return size == octets.size() ? octets[size - 1] & used : octets[size - 1]; };
-    while (size > 0 && last() == 0)
+    while (size > 0 && last() == 0) {
         --size;
+    }
     BIT_STRING trimmed = bits;
     trimmed.length = static_cast<i32>(size);
     trimmed.extra = size > 0 ? std::countr_zero(static_cast<unsigned>(last())) : 0;
@@ -137,11 +141,12 @@ struct AnyString : StringRecord {
 struct OwnString : StringRecord {
     static constexpr u8 tag = TLX_TAG_ANY_STRING;
     static u32 decode(const Element &element, type **out) noexcept {
+        // An identifier octet of 0 stands for end-of-contents octets.
+        if (element.tag == 0) return kFieldFailed;
         *out = new_string(element.tag, element.contents);
         return *out != nullptr ? 0 : kFieldFailed;
     }
     static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept {
-        // An identifier octet of 0 would read as end-of-contents octets.
         if (value == nullptr || value->type <= 0 || value->type > 0xFF) return out.fail();
         out.string(value, static_cast<u8>(value->type));
     }
@@ -459,8 +464,9 @@ struct Record {
         R *copy = make();
         if (copy == nullptr) return nullptr;
         clean(copy);
-        if (std::apply([&](const auto &...each) { return (each.copy(*copy, *record) && ...); }, fields))
+        if (std::apply([&](const auto &...each) { return (each.copy(*copy, *record) && ...); }, fields)) {
             return copy;
+        }
         free(copy);
         return nullptr;
     }
@@ -569,6 +575,8 @@ u32 add_list_child(STACK *list, const typename Kind::type *value, i32 index) noe
     return 1;
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in parentheses
+
 /// The exported operations of a described record, and its Codec. A record whose new_ makes members defines
 /// new_<type> itself, one whose decoder no description can say Codec<type>::decode; it then takes the parts
 /// that remain.
@@ -647,5 +655,7 @@ u32 add_list_child(STACK *list, const typename Kind::type *value, i32 index) noe
     item_type *remove_##list_type##_child(list_type *list, int32_t index) {                      \
         return static_cast<item_type *>(remove_STACK_value(list, static_cast<tlx::u32>(index))); \
     }
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 }  // namespace tlx

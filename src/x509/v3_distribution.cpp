@@ -106,7 +106,8 @@ DIST_POINT *create_DIST_POINT_uri(const char *uri) {
     point->distributionPoint = new_DIST_POINT_NAME();
     if (point->distributionPoint == nullptr) return nullptr;
     point->distributionPoint->value.fullName = new_GENERAL_NAMES();
-    if (add_GENERAL_NAMES_child(point->distributionPoint->value.fullName, name.get(), -1) != 0)
+    if (add_GENERAL_NAMES_child(point->distributionPoint->value.fullName, name.get(), -1) != 0) {
         return nullptr;
+    }
     return point.release();
 }

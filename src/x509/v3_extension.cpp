@@ -11,8 +11,9 @@
 using namespace tlx;
 
 uint32_t decode_X509_EXTENSION(const X509_EXTENSION *extension, ASN1_DECODER decoder, void **out) {
-    if (extension == nullptr || extension->data == nullptr || decoder == nullptr || out == nullptr)
+    if (extension == nullptr || extension->data == nullptr || decoder == nullptr || out == nullptr) {
         return 0x473E0049;
+    }
     const Bytes octets = octets_of(extension->data);
     Element element;
     if (!read_element(octets, element) || element.whole.size() != octets.size()) return 0x473E004F;

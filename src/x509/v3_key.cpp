@@ -55,8 +55,9 @@ u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, u32 code) noexc
     if (node == nullptr || out == nullptr) return code | kMissingArgument;
     Element element;
     ASN1_STRING *value = nullptr;
-    if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0)
+    if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0) {
         return code | kNotDecoded;
+    }
     if (*out == nullptr) {
         *out = value;
         return 0;
@@ -76,6 +77,7 @@ u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, u32 code) noex
 }
 
 /// The operations of such an extension.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type cannot stand in parentheses
 #define TLX_DEFINE_STRING_RECORD(type, kind, string_codes)                   \
     type *new_##type(void) {                                                 \
         return new_string(kind::tag, {});                                    \
@@ -95,6 +97,7 @@ u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, u32 code) noex
     uint32_t type##_to_Seq(const type *record, ASN1_UNIT **out) {            \
         return encode_string_node<kind>(record, out, (string_codes).encode); \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 // OBJECT_IDENTIFIERS ::= SEQUENCE OF OBJECT IDENTIFIER
 using ObjectIdentifiers = List<Oid>;
@@ -110,8 +113,9 @@ OCTET_STRING *key_identifier_of(const X509_TBS_CERT &issuer) noexcept {
     if (index < 0) return create_SUBJECT_KEYID(issuer.subjectPublicKeyInfo);
     const Bytes value = octets_of(get_X509_EXTENSION(issuer.extensions, index)->data);
     Element element;
-    if (!read_element(value, element) || element.whole.size() != value.size() || element.tag != Octets::tag)
+    if (!read_element(value, element) || element.whole.size() != value.size() || element.tag != Octets::tag) {
         return nullptr;
+    }
     OCTET_STRING *identifier = nullptr;
     return Octets::decode(element, &identifier) == 0 ? identifier : nullptr;
 }
@@ -164,8 +168,9 @@ AUTHORITY_KEYID *create_AUTHORITY_KEYID(const X509_CERT *issuer, uint32_t parts)
     if ((parts & TLX_KEYID_ISSUER_AND_SERIAL) != 0) {
         record->authorityCertIssuer = general_names_of(tbs.issuer);
         record->authorityCertSerialNumber = dup_BIGINT(tbs.serialNumber);
-        if (record->authorityCertIssuer == nullptr || record->authorityCertSerialNumber == nullptr)
+        if (record->authorityCertIssuer == nullptr || record->authorityCertSerialNumber == nullptr) {
             return nullptr;
+        }
     }
     return record.release();
 }
@@ -175,8 +180,9 @@ SUBJECT_KEYID *create_SUBJECT_KEYID(const X509_PUBKEY *key) {
     u8 digest[TLX_DIGEST_MAX_LENGTH];
     u32 len = 0;
     if (octets.empty() ||
-        Digest(TLX_DIGEST_SHA1, octets.data(), static_cast<u32>(octets.size()), digest, &len) != 0)
+        Digest(TLX_DIGEST_SHA1, octets.data(), static_cast<u32>(octets.size()), digest, &len) != 0) {
         return nullptr;
+    }
     return new_string(TLX_TAG_OCTET_STRING, {digest, len});
 }
 

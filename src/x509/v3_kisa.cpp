@@ -95,8 +95,9 @@ constexpr auto kKisaIdentifyData = record<KISA_IDENTIFY_DATA>(
     field<String<TLX_TAG_UTF8_STRING>>(&KISA_IDENTIFY_DATA::realName), UserInfosField{});
 
 bool is_identify_data(const GENERAL_NAME *name) noexcept {
-    if (name == nullptr || name->choice != TLX_GENERAL_NAME_OTHER_NAME || name->value.otherName == nullptr)
+    if (name == nullptr || name->choice != TLX_GENERAL_NAME_OTHER_NAME || name->value.otherName == nullptr) {
         return false;
+    }
     const u32 row = oid_index(text_of(name->value.otherName->type_id));
     return row == oid::kKisaIdentifyData || row == oid::kKisaIdentifyData2;
 }
