@@ -111,8 +111,9 @@ uint32_t set_X509_ALGO_IDENTIFIER_OID(X509_ALGO_IDENTIFIER *algorithm, const OBJ
 
 uint32_t set_X509_ALGO_IDENTIFIER_parameters(X509_ALGO_IDENTIFIER *algorithm, const ASN1_UNIT *parameters) {
     if (algorithm == nullptr) return 1;
-    if (parameters != nullptr)
+    if (parameters != nullptr) {
         return replace_by_copy<dup_ASN1_UNIT, free_ASN1_UNIT>(algorithm->parameters, parameters);
+    }
     free_ASN1_UNIT(algorithm->parameters);
     algorithm->parameters = nullptr;
     return 0;

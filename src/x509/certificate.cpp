@@ -62,8 +62,9 @@ u32 Codec<X509_CERT>::decode(const Element &element, X509_CERT **out) noexcept {
     Element oid;
     Element bits;
     if (!members.next(TLX_TAG_SEQUENCE, tbs)) return 1;
-    if (const u32 status = Codec<X509_TBS_CERT>::decode(tbs, &cert->tbsCertificate); status != 0)
+    if (const u32 status = Codec<X509_TBS_CERT>::decode(tbs, &cert->tbsCertificate); status != 0) {
         return status;
+    }
     if (!members.next(TLX_TAG_SEQUENCE, algorithm)) return 0x460F0104;
     if (!Cursor(algorithm).next(TLX_TAG_OBJECT_IDENTIFIER, oid)) return 0x460F0104;
     if (!members.next(TLX_TAG_BIT_STRING, bits)) return 0x460F0104;
@@ -234,8 +235,9 @@ uint32_t set_X509_pub_key(X509_CERT *cert, const X509_PUBKEY *value) {
 uint32_t set_X509_extensions(X509_CERT *cert, const X509_EXTENSIONS *value) {
     X509_TBS_CERT *tbs = tbs_of(cert);
     if (tbs == nullptr) return 1;
-    if (value != nullptr)
+    if (value != nullptr) {
         return replace_by_copy<dup_X509_EXTENSIONS, free_X509_EXTENSIONS>(tbs->extensions, value);
+    }
     free_X509_EXTENSIONS(tbs->extensions);
     tbs->extensions = nullptr;
     return 0;

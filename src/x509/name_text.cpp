@@ -43,8 +43,9 @@ void append_escaped(Buffer &out, u8 octet, bool at_start, bool at_end) noexcept 
 }
 
 void append_escaped(Buffer &out, Bytes text) noexcept {
-    for (std::size_t i = 0; i < text.size(); ++i)
+    for (std::size_t i = 0; i < text.size(); ++i) {
         append_escaped(out, text[i], i == 0, i + 1 == text.size());
+    }
 }
 
 void append_utf8(Buffer &out, u32 code_point) noexcept {
@@ -75,8 +76,9 @@ void append_encoded(Buffer &out, const ASN1_STRING *value) noexcept {
     encode_value(encoder, value, static_cast<u32>(value->type));
     if (!encoder.ok()) return out.fail();
     out.append(static_cast<u8>('#'));
-    for (const u8 octet : encoder.bytes())
+    for (const u8 octet : encoder.bytes()) {
         append_hex(out, octet);
+    }
 }
 
 void append_value(Buffer &out, const ASN1_STRING *value) noexcept {
@@ -89,8 +91,9 @@ void append_value(Buffer &out, const ASN1_STRING *value) noexcept {
         case TLX_TAG_T61_STRING:
         case TLX_TAG_BMP_STRING: {
             Buffer text;
-            if (!widen(text, octets, value->type == TLX_TAG_BMP_STRING ? 2 : 1) || !text.ok())
+            if (!widen(text, octets, value->type == TLX_TAG_BMP_STRING ? 2 : 1) || !text.ok()) {
                 return out.fail();
+            }
             return append_escaped(out, text.bytes());
         }
         default:

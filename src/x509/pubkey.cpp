@@ -67,8 +67,9 @@ bool set_from_encodings(X509_PUBKEY &pubkey, u32 algorithm, const Encoder &param
     made->algorithm = index_to_OBJECT_IDENTIFIER(static_cast<i32>(algorithm));
     made->parameters = parameters.to_node();
     made->subjectPublicKey = new_string(TLX_TAG_BIT_STRING, key.bytes());
-    if (made->algorithm == nullptr || made->parameters == nullptr || made->subjectPublicKey == nullptr)
+    if (made->algorithm == nullptr || made->parameters == nullptr || made->subjectPublicKey == nullptr) {
         return false;
+    }
     if (decode_key(*made) != KeyOutcome::decoded) return false;
     std::swap(pubkey, *made);
     return true;
@@ -192,8 +193,9 @@ uint32_t set_X509_PUBKEY_kcdsa(X509_PUBKEY *pubkey, const KCDSA *kcdsa) {
 }
 
 uint32_t set_X509_PUBKEY_ecc(X509_PUBKEY *pubkey, const ECC_KEY *ecc) {
-    if (pubkey == nullptr || ecc == nullptr || ecc->curve == nullptr || ecc->public_point == nullptr)
+    if (pubkey == nullptr || ecc == nullptr || ecc->curve == nullptr || ecc->public_point == nullptr) {
         return 1;
+    }
     OBJECT_IDENTIFIER *name = nullptr;
     if (get_ECURVE_OID_from_name(&name, ecc->curve->name) != 0) return 1;
     const Owned<OBJECT_IDENTIFIER> curve(name);
@@ -212,8 +214,9 @@ u32 Codec<X509_PUBKEY>::decode(const Element &element, X509_PUBKEY **out) noexce
     Cursor members(element);
     Element algorithm;
     Element bits;
-    if (!members.next(TLX_TAG_SEQUENCE, algorithm) || !members.next(TLX_TAG_BIT_STRING, bits))
+    if (!members.next(TLX_TAG_SEQUENCE, algorithm) || !members.next(TLX_TAG_BIT_STRING, bits)) {
         return 0x46140104;
+    }
     if (!members.at_end()) return 0x46140104;
     Owned<X509_PUBKEY> pubkey(new_X509_PUBKEY());
     if (!pubkey || !decode_algorithm(algorithm, pubkey->algorithm, pubkey->parameters)) return 0x46140104;

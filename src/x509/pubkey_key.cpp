@@ -56,16 +56,18 @@ KeyOutcome decode_rsa(X509_PUBKEY &pubkey, Bytes octets) noexcept {
     const Owned<BIGINT> n(decode_integer(modulus));
     const Owned<BIGINT> e(decode_integer(exponent));
     OwnedRsa unit(new_RSA_UNIT());
-    if (!n || !e || !unit || set_RSA_UNIT_public(unit.get(), n.get(), e.get()) != 0)
+    if (!n || !e || !unit || set_RSA_UNIT_public(unit.get(), n.get(), e.get()) != 0) {
         return KeyOutcome::no_memory;
+    }
     return hold(pubkey, TLX_KEY_RSA, std::move(unit));
 }
 
 // The octets are INTEGER y, the parameters SEQUENCE { p INTEGER, q INTEGER, g INTEGER }.
 KeyOutcome decode_kcdsa(X509_PUBKEY &pubkey, Bytes octets) noexcept {
     Element parameters;
-    if (!view_node(pubkey.parameters, parameters) || !parameters.matches(TLX_TAG_SEQUENCE))
+    if (!view_node(pubkey.parameters, parameters) || !parameters.matches(TLX_TAG_SEQUENCE)) {
         return KeyOutcome::unknown;
+    }
     Cursor members(parameters);
     Cursor key(octets);
     Bytes numbers[4];
