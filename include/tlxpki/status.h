@@ -28,12 +28,14 @@
 /** The only value that means success. */
 #define TLX_SUCCESS 0U
 
+/* The parts of a status code, which is a uint32_t. */
+
 /** The module group of a status code. */
-#define TLX_STATUS_GROUP(status) ((uint32_t)(status) >> 24)
+#define TLX_STATUS_GROUP(status) ((status) >> 24)
 /** The function byte of a status code. */
-#define TLX_STATUS_FUNCTION(status) (((uint32_t)(status) >> 16) & 0xFFU)
+#define TLX_STATUS_FUNCTION(status) (((status) >> 16) & 0xFFU)
 /** The reason of a status code. */
-#define TLX_STATUS_REASON(status) ((uint32_t)(status)&0xFFFFU)
+#define TLX_STATUS_REASON(status) ((status)&0xFFFFU)
 
 /* Module groups */
 

@@ -1,0 +1,227 @@
+// tlxpki verify: paths built and validated, as a tree for one target or a line each for several.
+#include <cstdlib>
+#include <iostream>
+#include <map>
+
+#include "commands.hpp"
+#include "describe.hpp"
+#include "failure.hpp"
+#include "platform.hpp"
+#include "status.hpp"
+#include "verify.hpp"
+
+namespace tool {
+
+namespace {
+
+enum class Colour { kRed = 31, kGreen = 32, kYellow = 33 };
+
+bool has_colour() {
+    const char *off = std::getenv("NO_COLOR");
+    const char *terminal = std::getenv("TERM");
+    const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
+    return is_terminal(Stream::kOutput) && (off == nullptr || *off == '\0') && !dumb;
+}
+
+std::string coloured(const std::string &text, Colour colour) {
+    static const bool kInColour = has_colour();
+    return kInColour ? "\033[" + std::to_string(static_cast<int>(colour)) + "m" + text + "\033[0m" : text;
+}
+
+std::string mark_text(Mark mark) {
+    switch (mark) {
+        case Mark::kGood:
+            return coloured("[ok]", Colour::kGreen);
+        case Mark::kFailed:
+            return coloured("[FAILED]", Colour::kRed);
+        case Mark::kUnchecked:
+            return coloured("[not checked]", Colour::kYellow);
+    }
+    return "";
+}
+
+Json describe_link(const Link &link) {
+    constexpr const char *kStates[] = {"ok", "failed", "not checked"};
+    return {{"subject", name_text(get_X509_subject(link.cert))},
+            {"serial", number_hex(get_X509_serial(link.cert))},
+            {"not_before", time_text(get_X509_notBefore(link.cert))},
+            {"not_after", time_text(get_X509_notAfter(link.cert))},
+            {"key", key_line(get_X509_SPKI(link.cert))},
+            {"signature_algorithm", algorithm_name(get_X509_sig_alg(link.cert))},
+            {"state", kStates[static_cast<std::size_t>(link.mark)]}};
+}
+
+/// What starts a line of a tree at some depth: its first line, and those that belong to it.
+std::string branch(std::size_t depth) {
+    return depth == 0 ? "" : std::string(4 * (depth - 1), ' ') + "└── ";
+}
+std::string below(std::size_t depth, bool has_children) {
+    return std::string(4 * depth, ' ') + (has_children ? "│   " : "    ");
+}
+
+void print_links(std::ostream &out, const std::vector<Link> &links) {
+    for (std::size_t depth = 0; depth < links.size(); ++depth) {
+        const Json link = describe_link(links[depth]);
+        const auto text = [&link](const char *key) { return printable(link[key].get<std::string>()); };
+        const std::string start = below(depth, depth + 1 < links.size());
+        out << branch(depth) << mark_text(links[depth].mark) << ' ' << text("subject") << '\n'
+            << start << "valid      " << text("not_before") << " to " << text("not_after") << '\n'
+            << start << "key        " << text("key") << '\n'
+            << start << "signature  " << text("signature_algorithm") << '\n';
+    }
+}
+
+using PolicyChildren = std::multimap<const VALID_POLICY_NODE *, const VALID_POLICY_NODE *>;
+
+/// The nodes of all levels by their parents, in their order.
+PolicyChildren policy_children(const node_LIST *tree) {
+    PolicyChildren children;
+    for (const node_LIST *level = tree; level != nullptr; level = level->next) {
+        for (uint32_t i = 0; i < get_STACK_count(level->nodes); ++i) {
+            const auto *node = static_cast<const VALID_POLICY_NODE *>(get_STACK_value(level->nodes, i));
+            children.emplace(node->parent, node);
+        }
+    }
+    return children;
+}
+
+Json describe_policies_below(const PolicyChildren &children, const VALID_POLICY_NODE *parent) {
+    Json nodes = Json::array();
+    const auto [first, last] = children.equal_range(parent);
+    for (auto child = first; child != last; ++child) {
+        Json node = oid_json(child->second->data->valid_policy);
+        node["critical"] = child->second->data->criticality_indicator == -1;
+        node["below"] = describe_policies_below(children, child->second);
+        nodes.push_back(std::move(node));
+    }
+    return nodes;
+}
+
+void print_policies(std::ostream &out, const Json &nodes, const std::string &indent) {
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        const bool last = i + 1 == nodes.size();
+        out << indent << (last ? "└── " : "├── ") << printable(oid_line(nodes[i])) << '\n';
+        print_policies(out, nodes[i]["below"], indent + (last ? "    " : "│   "));
+    }
+}
+
+Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
+    Json json = {{"source", target.source},
+                 {"subject", name_text(get_X509_subject(target.cert.get()))},
+                 {"valid", verdict.is_valid()},
+                 {"status", status_json(verdict.status)}};
+    if (!verdict.hint.empty()) json["hint"] = verdict.hint;
+    json["path"] = Json::array();
+    for (const Link &link : verdict.links())
+        json["path"].push_back(describe_link(link));
+    if (verdict.is_valid()) {
+        // The root of the tree stands for the anchor, and its criticality says nothing.
+        json["policies"] = describe_policies_below(policy_children(verdict.policies.get()), nullptr);
+    }
+    return json;
+}
+
+void print_verdict(std::ostream &out, const LoadedCertificate &target, const Verdict &verdict) {
+    if (!verdict.built) out << "No path to a trust anchor; as far as it goes:\n\n";
+    print_links(out, verdict.links());
+    if (verdict.is_valid()) {
+        out << "\nPolicies\n";
+        const Json policies = describe_policies_below(policy_children(verdict.policies.get()), nullptr);
+        for (const Json &root : policies) {
+            out << "  " << printable(oid_line(root)) << '\n';
+            print_policies(out, root["below"], "  ");
+        }
+        if (policies.empty()) out << "  none\n";
+    }
+    out << '\n'
+        << printable(target.source) << ": "
+        << (verdict.is_valid() ? coloured("valid", Colour::kGreen) : coloured("NOT VALID", Colour::kRed))
+        << '\n';
+    Json meaning = status_json(verdict.status);
+    if (!verdict.hint.empty()) meaning["hint"] = verdict.hint;
+    print_text(out, meaning, 2);
+}
+
+std::string verdict_line(const LoadedCertificate &target, const Verdict &verdict) {
+    std::string line = mark_text(verdict.is_valid() ? Mark::kGood : Mark::kFailed) + " " +
+                       code_text(verdict.status) + " " +
+                       printable(target.source + ": " + name_text(get_X509_subject(target.cert.get())));
+    if (!verdict.is_valid()) line += ": " + status_meaning(verdict.status).reason;
+    return line;
+}
+
+/// A bar on standard error, as long as that is a terminal.
+class Progress {
+  public:
+    explicit Progress(std::size_t total) : total_(total), shown_(is_terminal(Stream::kError)) {}
+
+    void show(std::size_t done) const {
+        if (!shown_) return;
+        const std::size_t filled = done * kWidth / total_;
+        std::cerr << "\r[" << std::string(filled, '#') << std::string(kWidth - filled, ' ') << "] " << done
+                  << '/' << total_ << std::flush;
+    }
+    /// Makes room for a line of output.
+    void clear() const {
+        if (shown_) std::cerr << "\r\033[K" << std::flush;
+    }
+
+  private:
+    static constexpr std::size_t kWidth = 40;
+    std::size_t total_;
+    bool shown_;
+};
+
+std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCertificate> &targets) {
+    const Progress progress(targets.size());
+    std::size_t valid = 0;
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        progress.show(i);
+        const Verdict verdict = verifier.verify(targets[i].cert.get(), false);
+        valid += verdict.is_valid() ? 1U : 0U;
+        progress.clear();
+        std::cout << verdict_line(targets[i], verdict) << std::endl;
+    }
+    std::cout << '\n'
+              << targets.size() << " certificates: " << valid << " valid, " << targets.size() - valid
+              << " not valid\n";
+    return valid;
+}
+
+std::size_t verify_one(const Verifier &verifier, const LoadedCertificate &target) {
+    const Verdict verdict = verifier.verify(target.cert.get(), true);
+    print_verdict(std::cout, target, verdict);
+    return verdict.is_valid() ? 1U : 0U;
+}
+
+std::size_t verify_to_json(const Verifier &verifier, const std::vector<LoadedCertificate> &targets) {
+    Json verdicts = Json::array();
+    std::size_t valid = 0;
+    for (const LoadedCertificate &target : targets) {
+        const Verdict verdict = verifier.verify(target.cert.get(), targets.size() == 1);
+        valid += verdict.is_valid() ? 1U : 0U;
+        verdicts.push_back(describe_verdict(target, verdict));
+    }
+    print_json(std::cout,
+               {{"targets", std::move(verdicts)}, {"valid", valid}, {"not_valid", targets.size() - valid}});
+    return valid;
+}
+
+}  // namespace
+
+int run_verify(const VerifyOptions &options) {
+    const Verifier verifier(options);
+    std::vector<LoadedCertificate> targets;
+    for (const std::string &path : options.targets) {
+        for (LoadedCertificate &loaded : load_certificates(path))
+            targets.push_back(std::move(loaded));
+    }
+    for (const std::string &warning : verifier.warnings())
+        std::cerr << "tlxpki: warning: " << printable(warning) << '\n';
+    const std::size_t valid = options.json          ? verify_to_json(verifier, targets)
+                              : targets.size() == 1 ? verify_one(verifier, targets[0])
+                                                    : verify_several(verifier, targets);
+    return valid == targets.size() ? kGood : kNotValid;
+}
+
+}  // namespace tool

@@ -1,0 +1,45 @@
+// The subcommands. Each prints to standard output and returns the exit status; unusable input is a Failure.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+struct VerifyOptions {
+    std::vector<std::string> anchors;
+    std::vector<std::string> pool;
+    std::vector<std::string> policies;
+    std::vector<std::string> targets;
+    std::string time;
+    int32_t max_length = 0;  ///< 0 when not given
+    bool explicit_policy = true;
+    bool json = false;
+};
+
+struct ShowOptions {
+    std::vector<std::string> files;
+    std::string password_file;
+    bool json = false;
+};
+
+struct Asn1Options {
+    std::string file;
+    bool full = false;
+    bool json = false;
+};
+
+/// For `oid` and `status`: what to look up.
+struct LookUpOptions {
+    std::vector<std::string> texts;
+    bool json = false;
+};
+
+int run_verify(const VerifyOptions &options);
+int run_show(const ShowOptions &options);
+int run_asn1(const Asn1Options &options);
+int run_oid(const LookUpOptions &options);
+int run_status(const LookUpOptions &options);
+
+}  // namespace tool

@@ -1,0 +1,42 @@
+// Headers of ASN.1 elements where they stand in a file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+
+#include "text.hpp"
+
+namespace tool {
+
+/// The identifier and length octets of an element (X.690, 8.1.2 and 8.1.3).
+struct Element {
+    std::size_t offset = 0;
+    std::size_t header_length = 0;
+    uint8_t tag_class = 0;  ///< 0 universal, 1 application, 2 context-specific, 3 private
+    bool constructed = false;
+    bool indefinite = false;
+    uint64_t tag = 0;
+    std::size_t length = 0;  ///< of the contents; 0 when it is indefinite
+
+    [[nodiscard]] std::size_t contents() const { return offset + header_length; }
+    [[nodiscard]] std::size_t end() const { return contents() + length; }
+    [[nodiscard]] bool is_universal(uint64_t number) const { return tag_class == 0 && tag == number; }
+    [[nodiscard]] bool is_end_of_contents() const { return is_universal(0) && !constructed && length == 0; }
+};
+
+/// An element that is not as it has to be.
+class BrokenElement : public std::runtime_error {
+  public:
+    BrokenElement(std::size_t offset, const std::string &why) : std::runtime_error(why), offset_(offset) {}
+    [[nodiscard]] std::size_t offset() const { return offset_; }
+
+  private:
+    std::size_t offset_;
+};
+
+/// Reads the header at an offset, which has to lie before end. Throws BrokenElement when the header is not
+/// complete or the contents reach past end.
+[[nodiscard]] Element read_element(Octets octets, std::size_t offset, std::size_t end);
+
+}  // namespace tool

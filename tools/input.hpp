@@ -1,0 +1,84 @@
+// Files, and what stands in them: DER, or PEM blocks (RFC 7468).
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "owned.hpp"
+#include "text.hpp"
+
+namespace tool {
+
+/// Octets from the library's allocator. They are wiped when they are released, since any file may hold a
+/// private key.
+class Buffer {
+  public:
+    Buffer() = default;
+    Buffer(uint8_t *octets, std::size_t size) : octets_(octets), size_(size) {}
+    Buffer(Buffer &&other) noexcept
+        : octets_(std::exchange(other.octets_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+    Buffer &operator=(Buffer &&other) noexcept {
+        std::swap(octets_, other.octets_);
+        std::swap(size_, other.size_);
+        return *this;
+    }
+    Buffer(const Buffer &) = delete;
+    Buffer &operator=(const Buffer &) = delete;
+    ~Buffer() {
+        tlx_wipe(octets_, size_);
+        tlx_free(octets_);
+    }
+
+    [[nodiscard]] Octets octets() const { return {octets_, size_}; }
+
+  private:
+    uint8_t *octets_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+/// One PEM block, or a whole DER file.
+struct Block {
+    std::string label;         ///< between "-----BEGIN " and "-----"; empty for DER
+    std::string_view text;     ///< the PEM block, from its first line to its last
+    bool has_headers = false;  ///< lines like "Proc-Type: 4,ENCRYPTED" stand before the Base64
+    Octets octets;             ///< what it encodes; empty when it has headers
+    std::string source;        ///< for messages: the file, and the number of the block when there are several
+};
+
+class Input {
+  public:
+    /// Reads a file. Throws Failure when it cannot be read, is empty, or is PEM that cannot be decoded.
+    explicit Input(const std::string &path);
+    [[nodiscard]] const std::vector<Block> &blocks() const { return blocks_; }
+
+  private:
+    void split_pem(const std::string &path, std::string_view text, std::size_t begin);
+    Octets decode(const Block &block);
+
+    Buffer file_;
+    std::vector<Buffer> decoded_;
+    std::vector<Block> blocks_;
+};
+
+/// A certificate of a file.
+struct LoadedCertificate {
+    Certificate cert;
+    std::string source;
+};
+
+/// Whether a block may hold a certificate by its label.
+[[nodiscard]] bool is_certificate_label(const std::string &label);
+
+/// Decodes the certificate in a block, which has to hold nothing else. Throws Failure.
+[[nodiscard]] Certificate decode_certificate(const Block &block);
+
+/// All certificates of a file; PEM blocks with other labels are passed over. Throws Failure when there is
+/// none or one cannot be decoded.
+[[nodiscard]] std::vector<LoadedCertificate> load_certificates(const std::string &path);
+
+/// Throws Failure unless octets are one complete element and nothing else.
+void expect_one_element(const Block &block);
+
+}  // namespace tool

@@ -1,0 +1,155 @@
+// tlxpki: certificates, keys and certification paths on the command line.
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "commands.hpp"
+#include "failure.hpp"
+#include "platform.hpp"
+#include "text.hpp"
+
+namespace tool {
+
+namespace {
+
+constexpr char kExitStatuses[] =
+    "Exit status: 0 good, 1 not valid or not found, 2 wrong usage or input that cannot be read.\n"
+    "Input files are PEM (any number of blocks) or DER. See tlxpki(1).";
+
+/// What the arguments ask for.
+struct CommandLine {
+    VerifyOptions verify;
+    ShowOptions show;
+    Asn1Options asn1;
+    LookUpOptions oid;
+    LookUpOptions status;
+    bool no_explicit_policy = false;
+};
+
+/// An option that takes one value each time it is given.
+void add_repeated(CLI::App *command, const char *name, std::vector<std::string> &values,
+                  const char *value_name, const char *help) {
+    command->add_option(name, values, help)
+        ->type_name(value_name)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void add_json(CLI::App *command, bool &json) {
+    command->add_flag("--json", json, "Print JSON, for programs");
+}
+
+CLI::App *add_verify(CLI::App &app, CommandLine &line) {
+    CLI::App *command = app.add_subcommand(
+        "verify", "Build the path from each target certificate up to a trust anchor, and validate it");
+    command->footer(
+        "Give --anchor, --pool and --policy once for each value.\n"
+        "TIME is YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339 (2026-01-31T12:00:00+09:00), in UTC unless it "
+        "has\n"
+        "an offset.\n\n"
+        "Example: tlxpki verify --anchor root.pem --pool ca.pem user.pem");
+    add_repeated(command, "--anchor", line.verify.anchors, "FILE",
+                 "Certificates to trust; they join the pool, too");
+    command->get_option("--anchor")->required();
+    add_repeated(command, "--pool", line.verify.pool, "FILE", "Certificates to find issuers among");
+    add_repeated(command, "--policy", line.verify.policies, "OID",
+                 "A policy that is acceptable, by dotted text or name; without any, all are");
+    command->add_flag("--no-explicit-policy", line.no_explicit_policy,
+                      "Accept paths that no policy holds for (by default one is required)");
+    command
+        ->add_option("--max-length", line.verify.max_length,
+                     "How many certificates, plus one, may stand below the anchor's (default 3)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1000).description(""));
+    command->add_option("--at", line.verify.time, "Validate at this time instead of now")->type_name("TIME");
+    add_json(command, line.verify.json);
+    command->add_option("TARGET", line.verify.targets, "Files with the certificates to verify")
+        ->type_name("")
+        ->required();
+    return command;
+}
+
+CLI::App *add_show(CLI::App &app, CommandLine &line) {
+    CLI::App *command = app.add_subcommand("show", "Show certificates and RSA keys in words");
+    command->footer("The secret numbers of a private key are never shown.");
+    command
+        ->add_option("--password-file", line.show.password_file,
+                     "File whose first line is the password of an encrypted key")
+        ->type_name("FILE");
+    add_json(command, line.show.json);
+    command->add_option("FILE", line.show.files, "Certificate and key files")->type_name("")->required();
+    return command;
+}
+
+CLI::App *add_asn1(CLI::App &app, CommandLine &line) {
+    CLI::App *command =
+        app.add_subcommand("asn1", "Show the tree of ASN.1 elements in a DER, BER or PEM file");
+    command->footer(
+        "A line for each element: offset, header octets, length of the contents, type and value.\n"
+        "A broken element is shown where it stands and ends the tree, with exit status 2.");
+    command->add_flag("--full", line.asn1.full, "Show long values whole");
+    add_json(command, line.asn1.json);
+    command->add_option("FILE", line.asn1.file, "The file")->type_name("")->required();
+    return command;
+}
+
+CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const char *argument,
+                      const char *argument_help, LookUpOptions &options) {
+    CLI::App *command = app.add_subcommand(name, help);
+    add_json(command, options.json);
+    command->add_option(argument, options.texts, argument_help)->type_name("")->required();
+    return command;
+}
+
+int run(const std::vector<std::string> &arguments) {
+    CommandLine line;
+    CLI::App app("Certificates, keys and certification paths.", "tlxpki");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("tlxpki ") + get_PkiVersion());
+    app.footer(kExitStatuses);
+    const CLI::App *verify = add_verify(app, line);
+    const CLI::App *show = add_show(app, line);
+    const CLI::App *asn1 = add_asn1(app, line);
+    const CLI::App *oid = add_look_up(app, "oid", "Look up object identifiers in the registry", "TEXT",
+                                      "Short name, long name, dotted text or index", line.oid);
+    const CLI::App *status = add_look_up(app, "status", "Tell what status codes mean", "CODE",
+                                         "Status codes, like 0x53100054", line.status);
+    try {
+        // CLI11 takes arguments from the back.
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? kGood : kUnusable;
+    }
+    line.verify.explicit_policy = !line.no_explicit_policy;
+    if (verify->parsed()) return run_verify(line.verify);
+    if (show->parsed()) return run_show(line.show);
+    if (asn1->parsed()) return run_asn1(line.asn1);
+    if (oid->parsed()) return run_oid(line.oid);
+    return status->parsed() ? run_status(line.status) : static_cast<int>(kUnusable);
+}
+
+int run_and_report(const std::vector<std::string> &arguments) {
+    std::string problem;
+    int status = kUnusable;
+    try {
+        status = run(arguments);
+    } catch (const std::bad_alloc &) {
+        problem = "there is not enough memory";
+    } catch (const std::exception &failure) {
+        problem = failure.what();
+    }
+    std::cout.flush();
+    if (problem.empty() && !std::cout) problem = "the output cannot be written";
+    if (problem.empty()) return status;
+    std::cerr << "tlxpki: " << printable(problem) << '\n';
+    return kUnusable;
+}
+
+}  // namespace
+
+}  // namespace tool
+
+int main(int argc, char **argv) {
+    std::ios::sync_with_stdio(false);
+    tool::prepare_terminal();
+    return tool::run_and_report(tool::utf8_arguments(argc, argv));
+}

@@ -1,0 +1,19 @@
+// What differs between systems.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tool {
+
+enum class Stream { kOutput, kError };
+
+[[nodiscard]] bool is_terminal(Stream stream);
+
+/// Makes a terminal take UTF-8 and escape sequences where it does not by itself.
+void prepare_terminal();
+
+/// The arguments after the program's name, in UTF-8.
+[[nodiscard]] std::vector<std::string> utf8_arguments(int argc, char **argv);
+
+}  // namespace tool

@@ -1,0 +1,27 @@
+// Status codes in words.
+#pragma once
+
+#include <string>
+
+#include "document.hpp"
+
+namespace tool {
+
+/// What a status code means.
+struct StatusMeaning {
+    bool known = false;     ///< whether its module is known, or it is one of the plain values
+    std::string module;     ///< the module that reports; empty for plain values
+    std::string operation;  ///< the operations that return the code, or that share its module and function
+    std::string reason;     ///< what its reason stands for
+    std::string detail;     ///< when the operation returns it; empty when that is not documented
+};
+
+[[nodiscard]] StatusMeaning status_meaning(uint32_t status);
+
+/// {"code", "module", "operation", "reason", "detail"}, without those that are empty.
+[[nodiscard]] Json status_json(uint32_t status);
+
+/// The code with its meaning in brackets.
+[[nodiscard]] std::string status_sentence(uint32_t status);
+
+}  // namespace tool

@@ -1,0 +1,221 @@
+#include "text.hpp"
+
+#include <array>
+#include <cstdio>
+
+namespace tool {
+
+namespace {
+
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+constexpr uint32_t kNotUtf8 = 0xFFFFFFFF;
+enum { kNumericString = 18, kVisibleString = 26, kUniversalString = 28 };
+
+void append_utf8(std::string &out, uint32_t code_point) {
+    const auto put = [&out](uint32_t octet) { out.push_back(static_cast<char>(octet)); };
+    if (code_point < 0x80) return put(code_point);
+    if (code_point < 0x800) {
+        put(0xC0 | code_point >> 6);
+    } else if (code_point < 0x10000) {
+        put(0xE0 | code_point >> 12);
+        put(0x80 | (code_point >> 6 & 0x3F));
+    } else {
+        put(0xF0 | code_point >> 18);
+        put(0x80 | (code_point >> 12 & 0x3F));
+        put(0x80 | (code_point >> 6 & 0x3F));
+    }
+    put(0x80 | (code_point & 0x3F));
+}
+
+/// The character at the start of a text, by RFC 3629; it is cut off the text. An octet that begins none is
+/// cut off alone and gives kNotUtf8.
+uint32_t next_character(std::string_view &text) {
+    const auto octet = [&text](std::size_t i) {
+        return static_cast<uint32_t>(static_cast<uint8_t>(text[i]));
+    };
+    const uint32_t first = octet(0);
+    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    constexpr std::array<uint32_t, 5> kFirstBits = {0, 0x7F, 0x1F, 0x0F, 0x07};
+    constexpr std::array<uint32_t, 5> kLowest = {0, 0, 0x80, 0x800, 0x10000};
+    uint32_t code_point = length == 0 || length > text.size() ? kNotUtf8 : first & kFirstBits[length];
+    for (std::size_t i = 1; i < length && code_point != kNotUtf8; ++i) {
+        code_point = (octet(i) & 0xC0) == 0x80 ? code_point << 6 | (octet(i) & 0x3F) : kNotUtf8;
+    }
+    const bool surrogate = code_point >= 0xD800 && code_point < 0xE000;
+    if (code_point > 0x10FFFF || code_point < kLowest[length] || surrogate) code_point = kNotUtf8;
+    text.remove_prefix(code_point == kNotUtf8 ? 1 : length);
+    return code_point;
+}
+
+/// Characters that could make a terminal do or show something else than the text says.
+bool is_unsafe(uint32_t code_point) {
+    const auto within = [code_point](uint32_t first, uint32_t last) {
+        return code_point >= first && code_point <= last;
+    };
+    return within(0, 0x1F) || within(0x7F, 0x9F) || within(0x200B, 0x200F) || within(0x2028, 0x202E) ||
+           within(0x2060, 0x206F) || code_point == 0xFEFF || code_point == 0x061C || within(0xFFF9, 0xFFFB);
+}
+
+/// Units of a fixed width, big-endian.
+bool widen(Octets contents, std::size_t width, std::string &utf8) {
+    if (contents.size() % width != 0) return false;
+    for (std::size_t i = 0; i < contents.size(); i += width) {
+        uint32_t unit = 0;
+        for (const uint8_t octet : contents.subspan(i, width))
+            unit = unit << 8 | octet;
+        if (unit > 0x10FFFF || (unit >= 0xD800 && unit < 0xE000)) return false;
+        append_utf8(utf8, unit);
+    }
+    return true;
+}
+
+/// Double-octet Korean text. False when it is not, or there is a NUL in it.
+bool from_korean(const std::string &octets, std::string &utf8) {
+    UTF8_STRING *converted = nullptr;
+    if (octets.find('\0') != std::string::npos || cp949ToUTF8(octets.c_str(), &converted) == 0) return false;
+    const Owned<UTF8_STRING, free_UTF8_STRING> owner(converted);
+    utf8.assign(reinterpret_cast<const char *>(converted->data), static_cast<std::size_t>(converted->length));
+    return true;
+}
+
+/// RFC 4514, section 2.4.
+std::string escaped(const std::string &value) {
+    std::string out;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const char c = value[i];
+        const bool edge_space = c == ' ' && (i == 0 || i + 1 == value.size());
+        const bool special = std::string_view("\"+,;<>\\").find(c) != std::string_view::npos;
+        if (edge_space || special || (c == '#' && i == 0)) out.push_back('\\');
+        out.push_back(c);
+    }
+    return out;
+}
+
+}  // namespace
+
+std::string printable(std::string_view utf8) {
+    std::string out;
+    std::array<char, 16> escape{};
+    while (!utf8.empty()) {
+        const auto octet = static_cast<uint8_t>(utf8[0]);
+        const uint32_t code_point = next_character(utf8);
+        if (code_point != kNotUtf8 && !is_unsafe(code_point)) {
+            append_utf8(out, code_point);
+            continue;
+        }
+        const bool character = code_point != kNotUtf8;
+        (void)std::snprintf(escape.data(), escape.size(), character ? "\\u{%02X}" : "\\x%02X",
+                            static_cast<unsigned>(character ? code_point : octet));
+        out += escape.data();
+    }
+    return out;
+}
+
+std::string hex(Octets octets) {
+    std::string out;
+    out.reserve(2 * octets.size());
+    for (const uint8_t octet : octets) {
+        out.push_back(kHexDigits[octet >> 4]);
+        out.push_back(kHexDigits[octet & 0x0F]);
+    }
+    return out;
+}
+
+std::string code_text(uint32_t code) {
+    std::array<char, 11> text{};
+    (void)std::snprintf(text.data(), text.size(), "0x%08X", static_cast<unsigned>(code));
+    return text.data();
+}
+
+bool is_utf8(std::string_view text) {
+    while (!text.empty()) {
+        if (next_character(text) == kNotUtf8) return false;
+    }
+    return true;
+}
+
+bool string_text(uint32_t tag, Octets contents, std::string &utf8) {
+    utf8.clear();
+    const std::string octets(contents.begin(), contents.end());
+    switch (tag) {
+        case TLX_TAG_UTF8_STRING:
+            utf8 = octets;
+            return is_utf8(octets);
+        case TLX_TAG_BMP_STRING:
+            return widen(contents, 2, utf8);
+        case kUniversalString:
+            return widen(contents, 4, utf8);
+        case kNumericString:
+        case kVisibleString:
+        case TLX_TAG_PRINTABLE_STRING:
+        case TLX_TAG_T61_STRING:
+        case TLX_TAG_IA5_STRING:
+        case TLX_TAG_UTC_TIME:
+        case TLX_TAG_GENERALIZED_TIME:
+            if (is_utf8(octets)) {
+                utf8 = octets;
+                return true;
+            }
+            return from_korean(octets, utf8) || widen(contents, 1, utf8);
+        default:
+            return false;
+    }
+}
+
+std::string text_of(const ASN1_STRING *string) {
+    std::string text;
+    if (string == nullptr || !string_text(static_cast<uint32_t>(string->type), octets_of(string), text)) {
+        return "#" + hex(octets_of(string));
+    }
+    return text;
+}
+
+Octets octets_of(const ASN1_STRING *string) {
+    if (string == nullptr || string->data == nullptr || string->length <= 0) return {};
+    return {string->data, static_cast<std::size_t>(string->length)};
+}
+
+std::string dotted_text(const OBJECT_IDENTIFIER *oid) {
+    const Octets octets = octets_of(oid);
+    return {octets.begin(), octets.end()};
+}
+
+std::string short_name(const std::string &dotted) {
+    const uint32_t row = index_from_oid_string(dotted.data(), static_cast<uint32_t>(dotted.size()));
+    return row == 0 ? std::string() : sn_from_index(static_cast<int32_t>(row));
+}
+
+std::string algorithm_name(const OBJECT_IDENTIFIER *oid) {
+    const uint32_t row = index_from_OBJECT_IDENTIFIER(oid);
+    return row == 0 ? dotted_text(oid) : ln_from_index(static_cast<int32_t>(row));
+}
+
+std::string name_text(const X509_NAME *name) {
+    std::string out;
+    for (uint32_t i = get_X509_NAME_count(name); i-- > 0;) {
+        const X509_NAME_CHILD *child = get_X509_NAME_CHILD(name, static_cast<int32_t>(i));
+        const std::string dotted = dotted_text(get_X509_NAME_CHILD_OID(child));
+        const std::string type = short_name(dotted);
+        const ASN1_STRING *data = get_X509_NAME_CHILD_data(child);
+        std::string value;
+        const bool is_text =
+            data != nullptr && string_text(static_cast<uint32_t>(data->type), octets_of(data), value);
+        if (!out.empty()) out += ",";
+        out += type.empty() || type.find(' ') != std::string::npos ? dotted : type;
+        out += "=" + (is_text ? escaped(value) : "#" + hex(octets_of(data)));
+    }
+    return out.empty() ? "(empty name)" : out;
+}
+
+std::string time_text(const X509_TIME *time) {
+    if (time == nullptr) return "(none)";
+    const Time calendar(X509_TIME_to_ASN1_TIME(time));
+    if (calendar == nullptr) return text_of(time->time) + " (not a time)";
+    std::array<char, 64> text{};
+    (void)std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02dZ", calendar->year + 1900,
+                        calendar->month + 1, calendar->day, calendar->hour, calendar->minute,
+                        calendar->second);
+    return text.data();
+}
+
+}  // namespace tool

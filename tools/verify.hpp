@@ -1,0 +1,75 @@
+// Building and validating the paths of certificates, and what became of each.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "commands.hpp"
+#include "input.hpp"
+#include "owned.hpp"
+
+namespace tool {
+
+enum class Mark { kGood, kFailed, kUnchecked };
+
+/// A certificate of a path, and what validation found.
+struct Link {
+    const X509_CERT *cert;
+    Mark mark;
+};
+
+/// What became of one target.
+class Verdict {
+  public:
+    [[nodiscard]] bool is_valid() const { return status == 0; }
+    /// The certificates from the anchor's, or the one where building stopped, down to the target.
+    [[nodiscard]] std::vector<Link> links() const;
+
+    uint32_t status = 0;
+    bool built = false;
+    Certificates path;       ///< as far as it was built, target first
+    int32_t failed_at = -1;  ///< index in the path of the certificate that validation failed at
+    const X509_CERT *stopped_at =
+        nullptr;  ///< the certificate that building failed at, which is not in the path
+    PolicyTree policies;
+    std::string hint;  ///< what might help; may be empty
+};
+
+class Verifier {
+  public:
+    /// Loads the anchors and the pool. Throws Failure.
+    explicit Verifier(const VerifyOptions &options);
+
+    /// Verifies a certificate, which has to outlive the verdict. Where building stopped is looked up only for
+    /// explanations, since that takes a pass over the pool.
+    [[nodiscard]] Verdict verify(const X509_CERT *target, bool explain) const;
+
+    /// Things about the anchors that the user may not have meant.
+    [[nodiscard]] const std::vector<std::string> &warnings() const { return warnings_; }
+
+  private:
+    void trust(const LoadedCertificate &loaded);
+    void load_pool(const VerifyOptions &options);
+    void load_policies(const std::vector<std::string> &texts);
+    [[nodiscard]] const X509_CERT *issuer_of(const X509_CERT *cert) const;
+    [[nodiscard]] std::string hint_for(const Verdict &verdict) const;
+
+    Certificates pool_;
+    Anchors anchors_;
+    Oids policies_;  ///< null for any
+    Time time_;
+    CPV_SETTINGS settings_{};
+    std::vector<std::string> warnings_;
+};
+
+/// Puts certificates before their issuers. Building takes the first one that fits, and one also fits when its
+/// subject is the issuer of the certificate that is wanted: which Korean certificates name beside the key
+/// identifier.
+void put_lower_first(std::vector<LoadedCertificate> &certificates);
+
+/// A point in time as the command line writes it, in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null
+/// for other texts.
+[[nodiscard]] Time parse_time(const std::string &text);
+
+}  // namespace tool
