@@ -144,9 +144,8 @@ TEST(AlgorithmIdentifier, Encodings) {
 
 TEST(AlgorithmIdentifier, Members) {
     const LeakCheck leaks;
-    tlx_test::RecordType type = kAlgorithm;
     X509_ALGO_IDENTIFIER *algorithm = new_X509_ALGO_IDENTIFIER();
-    EXPECT_EQ(encoding_or_status(type, algorithm), "status " + std::to_string(0x46250103));
+    EXPECT_EQ(encoding_or_status(kAlgorithm, algorithm), "status " + std::to_string(0x46250103));
     const String oid = string_of(TLX_TAG_OBJECT_IDENTIFIER, "1.2.3");
     const Node parameters = der_node("30{02:05}");
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_OID(algorithm, oid.get()), 0U);
@@ -154,22 +153,22 @@ TEST(AlgorithmIdentifier, Members) {
     EXPECT_EQ(octets(get_X509_ALGO_IDENTIFIER_OID(algorithm)), "1.2.3");
     EXPECT_EQ(hex_of(get_X509_ALGO_IDENTIFIER_parameters(algorithm)), "30 03 02 01 05");
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_null(algorithm), 0U);
-    EXPECT_EQ(encoding_or_status(type, algorithm), hex_of_text("30{06:2A03 05:}"));
+    EXPECT_EQ(encoding_or_status(kAlgorithm, algorithm), hex_of_text("30{06:2A03 05:}"));
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_parameters(algorithm, nullptr), 0U);
-    EXPECT_EQ(encoding_or_status(type, algorithm), hex_of_text("30{06:2A03}"));
+    EXPECT_EQ(encoding_or_status(kAlgorithm, algorithm), hex_of_text("30{06:2A03}"));
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_OID(algorithm, nullptr), 1U);
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_OID(nullptr, oid.get()), 1U);
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_parameters(nullptr, nullptr), 1U);
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_null(nullptr), 1U);
 
     X509_ALGO_IDENTIFIERS *list = new_X509_ALGO_IDENTIFIERS();
-    EXPECT_EQ(add_X509_ALGO_IDENTIFIERS(list, algorithm, 0), 0U);
+    EXPECT_EQ(add_X509_ALGO_IDENTIFIERS_child(list, algorithm, 0), 0U);
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_null(algorithm), 0U);
-    EXPECT_EQ(add_X509_ALGO_IDENTIFIERS(list, algorithm, 0), 0U);
+    EXPECT_EQ(add_X509_ALGO_IDENTIFIERS_child(list, algorithm, 0), 0U);
     EXPECT_EQ(encoding_or_status(kAlgorithms, list), hex_of_text("31{30{06:2A03 05:} 30{06:2A03}}"));
     EXPECT_EQ(get_X509_ALGO_IDENTIFIERS_count(list), 2U);
     EXPECT_EQ(get_X509_ALGO_IDENTIFIERS_child(list, 2), nullptr);
-    free_X509_ALGO_IDENTIFIER(remove_X509_ALGO_IDENTIFIERS(list, 0));
+    free_X509_ALGO_IDENTIFIER(remove_X509_ALGO_IDENTIFIERS_child(list, 0));
     EXPECT_EQ(get_X509_ALGO_IDENTIFIER_parameters(get_X509_ALGO_IDENTIFIERS_child(list, 0)), nullptr);
     free_X509_ALGO_IDENTIFIERS(list);
     free_X509_ALGO_IDENTIFIER(algorithm);

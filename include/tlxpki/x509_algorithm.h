@@ -139,7 +139,7 @@ TLXPKI_API uint32_t get_X509_ALGO_IDENTIFIERS_count(const X509_ALGO_IDENTIFIERS 
  * @return the record itself, which the list owns; null for null and an index that there is not
  */
 TLXPKI_API X509_ALGO_IDENTIFIER *get_X509_ALGO_IDENTIFIERS_child(const X509_ALGO_IDENTIFIERS *algorithms,
-                                                                 int32_t index);
+                                                                 uint32_t index);
 
 /**
  * Inserts a copy of an algorithm identifier.
@@ -149,8 +149,8 @@ TLXPKI_API X509_ALGO_IDENTIFIER *get_X509_ALGO_IDENTIFIERS_child(const X509_ALGO
  * end
  * @return 0; 1 for null arguments and when memory runs out (the list is unchanged then)
  */
-TLXPKI_API uint32_t add_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms,
-                                              const X509_ALGO_IDENTIFIER *algorithm, int32_t index);
+TLXPKI_API uint32_t add_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algorithms,
+                                                    const X509_ALGO_IDENTIFIER *algorithm, int32_t index);
 
 /**
  * Takes an algorithm identifier out of a list.
@@ -159,8 +159,8 @@ TLXPKI_API uint32_t add_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms,
  * @return the record, now the caller's, freed with free_X509_ALGO_IDENTIFIER(); null for null and an index
  * that there is not
  */
-TLXPKI_API X509_ALGO_IDENTIFIER *remove_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms,
-                                                              int32_t index);
+TLXPKI_API X509_ALGO_IDENTIFIER *remove_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algorithms,
+                                                                    uint32_t index);
 
 /**
  * Decodes a SET OF or SEQUENCE OF AlgorithmIdentifier, whatever the tag of the node.

@@ -130,44 +130,4 @@ uint32_t set_X509_ALGO_IDENTIFIER_null(X509_ALGO_IDENTIFIER *algorithm) {
     return 0;
 }
 
-X509_ALGO_IDENTIFIERS *new_X509_ALGO_IDENTIFIERS(void) {
-    return new_STACK();
-}
-
-void clean_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms) {
-    clean_list<Nested<X509_ALGO_IDENTIFIER>>(algorithms);
-}
-
-void free_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms) {
-    AlgorithmSet::free(algorithms);
-}
-
-X509_ALGO_IDENTIFIERS *dup_X509_ALGO_IDENTIFIERS(const X509_ALGO_IDENTIFIERS *algorithms) {
-    return AlgorithmSet::dup(algorithms);
-}
-
-uint32_t get_X509_ALGO_IDENTIFIERS_count(const X509_ALGO_IDENTIFIERS *algorithms) {
-    return get_STACK_count(algorithms);
-}
-
-X509_ALGO_IDENTIFIER *get_X509_ALGO_IDENTIFIERS_child(const X509_ALGO_IDENTIFIERS *algorithms,
-                                                      int32_t index) {
-    return item_at<X509_ALGO_IDENTIFIER>(algorithms, index);
-}
-
-uint32_t add_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms, const X509_ALGO_IDENTIFIER *algorithm,
-                                   int32_t index) {
-    return add_list_child<Nested<X509_ALGO_IDENTIFIER>>(algorithms, algorithm, index);
-}
-
-X509_ALGO_IDENTIFIER *remove_X509_ALGO_IDENTIFIERS(X509_ALGO_IDENTIFIERS *algorithms, int32_t index) {
-    return take_item<X509_ALGO_IDENTIFIER>(algorithms, index);
-}
-
-uint32_t Seq_to_X509_ALGO_IDENTIFIERS(const ASN1_UNIT *node, X509_ALGO_IDENTIFIERS **out) {
-    return decode_list_node<AlgorithmSet>(node, out, kSetCodes.decode);
-}
-
-uint32_t X509_ALGO_IDENTIFIERS_to_Seq(const X509_ALGO_IDENTIFIERS *algorithms, ASN1_UNIT **out) {
-    return encode_list_node<AlgorithmSet>(algorithms, out, kSetCodes.encode);
-}
+TLX_DEFINE_LIST(X509_ALGO_IDENTIFIERS, X509_ALGO_IDENTIFIER, AlgorithmSet, kSetCodes)
