@@ -78,8 +78,9 @@ bool find_public_key(const Element &element, Element &key) noexcept {
 std::size_t room_for(const PrivateKey &key) noexcept {
     constexpr std::size_t kMostHeader = 6;
     std::size_t size = 64 + get_BIGINT_der_length(key.version) + kMostHeader;
-    for (const UnitNumber &each : kUnitNumbers)
+    for (const UnitNumber &each : kUnitNumbers) {
         size += get_BIGINT_der_length(key.*each.member) + kMostHeader;
+    }
     return size;
 }
 

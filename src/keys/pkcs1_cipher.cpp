@@ -67,8 +67,9 @@ PemCipherResult decrypt_pem_key(Bytes password, const u8 *iv, Bytes in, u8 *out,
 
 uint32_t PBKDF(const char *password, int32_t password_len, const uint8_t *salt, uint8_t *key,
                int32_t key_len) {
-    if (password == nullptr || password_len <= 0 || salt == nullptr || key == nullptr || key_len <= 0)
+    if (password == nullptr || password_len <= 0 || salt == nullptr || key == nullptr || key_len <= 0) {
         return 0x4903002B;
+    }
     const Bytes octets(reinterpret_cast<const u8 *>(password), static_cast<std::size_t>(password_len));
     // Running out of memory is not told: the interface has no code for it, and the key is all zeros then.
     static_cast<void>(derive_pem_key(octets, salt, key, static_cast<std::size_t>(key_len)));

@@ -274,8 +274,9 @@ uint32_t readPKCS1_from_Binary(RSA_UNIT *unit, const char *password, int32_t pas
                                int32_t text_len) {
     KeyText key;
     if (unit == nullptr || text == nullptr || text_len <= 0 ||
-        !read_text({text, static_cast<std::size_t>(text_len)}, key))
+        !read_text({text, static_cast<std::size_t>(text_len)}, key)) {
         return 0x4900002B;
+    }
     if (key.encrypted && (password == nullptr || password_len <= 0)) return 0x4903002B;
     u8 *decoded = nullptr;
     const u32 size = decode_Base64(key.base64.data(), static_cast<u32>(key.base64.size()), &decoded);

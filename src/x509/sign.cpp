@@ -54,8 +54,9 @@ uint32_t gen_KCDSA_SIG_X509_TBS_CERT(const X509_TBS_CERT *tbs, BIT_STRING **sign
 
 uint32_t gen_SIG_X509_Cert(X509_CERT *cert, const ASYMMETRIC_KEY *private_key) {
     if (cert == nullptr || cert->tbsCertificate == nullptr || cert->tbsCertificate->signature == nullptr ||
-        private_key == nullptr || private_key->key == nullptr)
+        private_key == nullptr || private_key->key == nullptr) {
         return 1;
+    }
     const X509_TBS_CERT *tbs = cert->tbsCertificate;
     Owned<OBJECT_IDENTIFIER> algorithm(dup_OBJECT_IDENTIFIER(tbs->signature));
     if (!algorithm) return 1;

@@ -67,8 +67,9 @@ void encode_kcdsa_signature(Encoder &out, Bytes r, const BIGINT *s) noexcept {
 //     s  INTEGER }
 uint32_t encode_ECDSASignatureValue(uint8_t **out, uint32_t *out_len, const uint8_t *r, int32_t r_len,
                                     const uint8_t *s, int32_t s_len) {
-    if (out == nullptr || out_len == nullptr || r == nullptr || s == nullptr || r_len < 1 || s_len < 1)
+    if (out == nullptr || out_len == nullptr || r == nullptr || s == nullptr || r_len < 1 || s_len < 1) {
         return 0x462E0049;
+    }
     const Owned<BIGINT> r_number = number_of(r, r_len);
     const Owned<BIGINT> s_number = number_of(s, s_len);
     if (!r_number || !s_number) return 0x462E003C;
@@ -88,8 +89,9 @@ uint32_t encode_ECDSASignatureValue(uint8_t **out, uint32_t *out_len, const uint
 
 uint32_t decode_ECDSASignatureValue(uint8_t **r, uint32_t *r_len, uint8_t **s, uint32_t *s_len,
                                     const ASN1_UNIT *der) {
-    if (r == nullptr || r_len == nullptr || s == nullptr || s_len == nullptr || der == nullptr)
+    if (r == nullptr || r_len == nullptr || s == nullptr || s_len == nullptr || der == nullptr) {
         return 0x462F0049;
+    }
     Element element;
     if (!view_sequence(der, element)) return 0x462F0104;
     Cursor children(element);

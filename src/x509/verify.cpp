@@ -16,6 +16,13 @@ constexpr u32 kMostSOctets = 20;
 
 using Time = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
 
+/// The to-be-signed part, in a buffer that need not grow for a certificate of usual size.
+u32 encode_signed_part(Encoder &der, const X509_TBS_CERT *tbs) noexcept {
+    constexpr std::size_t kUsualSize = 2048;
+    der.buffer().reserve(kUsualSize);
+    return encode_tbs(der, tbs);
+}
+
 bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept {
     Element element;
     return read_element(octets_of(bits), element) && element.tag == kSequence &&
@@ -27,7 +34,7 @@ bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept 
 uint32_t verify_RSA_SIG_X509_CERT(const X509_CERT *cert, const RSA_UNIT *key) {
     if (cert == nullptr || cert->tbsCertificate == nullptr || key == nullptr) return 0x46170049;
     Encoder der;
-    if (const u32 status = encode_tbs(der, cert->tbsCertificate); status != 0) return status;
+    if (const u32 status = encode_signed_part(der, cert->tbsCertificate); status != 0) return status;
     const SignatureScheme scheme(cert->signatureAlgorithm);
     if (scheme.digest_id == 0 || scheme.cipher_id == 0) return 0x4617002B;
     const Bytes signature = octets_of(cert->signatureValue);
@@ -39,14 +46,15 @@ uint32_t verify_RSA_SIG_X509_CERT(const X509_CERT *cert, const RSA_UNIT *key) {
 uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDSA *key) {
     if (cert == nullptr || cert->tbsCertificate == nullptr || key == nullptr) return 0x46180049;
     Encoder der;
-    if (const u32 status = encode_tbs(der, cert->tbsCertificate); status != 0) return status;
+    if (const u32 status = encode_signed_part(der, cert->tbsCertificate); status != 0) return status;
     const SignatureScheme scheme(cert->signatureAlgorithm);
     if (scheme.cipher_id == 0) return 0x4618002B;
     KcdsaSignature signature;
     u8 s[kMostSOctets];
     if (!read_signature(cert->signatureValue, signature) ||
-        BIGINT_to_binary(signature.s.get(), s, kMostSOctets) != 0)
+        BIGINT_to_binary(signature.s.get(), s, kMostSOctets) != 0) {
         return 0x46180104;
+    }
     return verify_KCDSA_data(key, scheme.kcdsa_digest(), der.bytes().data(),
                              static_cast<u32>(der.bytes().size()), signature.r.data(),
                              static_cast<u32>(signature.r.size()), s, kMostSOctets);
@@ -54,19 +62,23 @@ uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDSA *key) {
 
 uint32_t verify_SIG_X509_CERT(const X509_CERT *cert, const X509_PUBKEY *issuer_key) {
     if (cert == nullptr || cert->tbsCertificate == nullptr || issuer_key == nullptr ||
-        issuer_key->key == nullptr)
+        issuer_key->key == nullptr) {
         return 1;
+    }
     const ASYMMETRIC_KEY &key = *issuer_key->key;
-    if (key.kind == TLX_KEY_RSA)
+    if (key.kind == TLX_KEY_RSA) {
         return verify_RSA_SIG_X509_CERT(cert, static_cast<const RSA_UNIT *>(key.key));
-    if (key.kind == TLX_KEY_KCDSA)
+    }
+    if (key.kind == TLX_KEY_KCDSA) {
         return verify_KCDSA_SIG_X509_CERT(cert, static_cast<const KCDSA *>(key.key));
+    }
     return 1;
 }
 
 uint32_t verify_X509_validity(const X509_CERT *cert, const ASN1_TIME *time) {
-    if (cert == nullptr || cert->tbsCertificate == nullptr || cert->tbsCertificate->validity == nullptr)
+    if (cert == nullptr || cert->tbsCertificate == nullptr || cert->tbsCertificate->validity == nullptr) {
         return 0x462D0049;
+    }
     const X509_VALIDITY &validity = *cert->tbsCertificate->validity;
     const Time not_before(X509_TIME_to_ASN1_TIME(&validity.notBefore));
     const Time not_after(X509_TIME_to_ASN1_TIME(&validity.notAfter));
