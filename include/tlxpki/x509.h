@@ -416,8 +416,8 @@ TLXPKI_API uint32_t add_X509_CERTIFICATES(X509_CERTIFICATES *certificates, const
  * to the end
  * @return 0; 1 for null arguments and when memory runs out (the list is unchanged then)
  */
-TLXPKI_API uint32_t insert_X509_CERTIFICATES(X509_CERTIFICATES *certificates, const X509_CERT *cert,
-                                             int32_t index);
+TLXPKI_API uint32_t add_X509_CERTIFICATES_child(X509_CERTIFICATES *certificates, const X509_CERT *cert,
+                                                int32_t index);
 
 /**
  * Takes a certificate out of a list.
@@ -426,7 +426,7 @@ TLXPKI_API uint32_t insert_X509_CERTIFICATES(X509_CERTIFICATES *certificates, co
  * @return the certificate, now the caller's, freed with free_X509_CERT(); null for null and an index that
  * there is not
  */
-TLXPKI_API X509_CERT *remove_X509_CERTIFICATES(X509_CERTIFICATES *certificates, int32_t index);
+TLXPKI_API X509_CERT *remove_X509_CERTIFICATES_child(X509_CERTIFICATES *certificates, int32_t index);
 
 /**
  * Finds a certificate by its encoding.
@@ -456,9 +456,7 @@ TLXPKI_API X509_CERT *find_X509_CERT_by_IssuerAndSerialNumber(const X509_CERTIFI
  * freed with free_X509_CERTIFICATES(). Unchanged on failure
  * @return 0
  * @return 0x462C0049 for a null argument
- * @return 0x462C0104 when a child is no SEQUENCE or is broken, a certificate has no to-be-signed part, or
- * memory runs out
- * @return another status of Seq_to_X509_CERT() when a certificate cannot be decoded
+ * @return 0x462C0104 when a child is no certificate that can be decoded, or memory runs out
  */
 TLXPKI_API uint32_t Seq_to_X509_CERTIFICATES(const ASN1_UNIT *node, X509_CERTIFICATES **out);
 

@@ -139,7 +139,7 @@ TLXPKI_API uint32_t get_X509_ALGO_IDENTIFIERS_count(const X509_ALGO_IDENTIFIERS 
  * @return the record itself, which the list owns; null for null and an index that there is not
  */
 TLXPKI_API X509_ALGO_IDENTIFIER *get_X509_ALGO_IDENTIFIERS_child(const X509_ALGO_IDENTIFIERS *algorithms,
-                                                                 uint32_t index);
+                                                                 int32_t index);
 
 /**
  * Inserts a copy of an algorithm identifier.
@@ -160,7 +160,7 @@ TLXPKI_API uint32_t add_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algor
  * that there is not
  */
 TLXPKI_API X509_ALGO_IDENTIFIER *remove_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algorithms,
-                                                                    uint32_t index);
+                                                                    int32_t index);
 
 /**
  * Decodes a SET OF or SEQUENCE OF AlgorithmIdentifier, whatever the tag of the node.

@@ -6,7 +6,6 @@
 #include <cstdio>
 
 #include "x509/codecs.hpp"
-#include "x509/list.hpp"
 
 using namespace tlx;
 
@@ -49,40 +48,10 @@ bool encodes_to(const X509_CERT *cert, Bytes wanted) noexcept {
 
 }  // namespace
 
-X509_CERTIFICATES *new_X509_CERTIFICATES(void) {
-    return new_STACK();
-}
-
-void clean_X509_CERTIFICATES(X509_CERTIFICATES *certificates) {
-    clean_list<Nested<X509_CERT>>(certificates);
-}
-
-void free_X509_CERTIFICATES(X509_CERTIFICATES *certificates) {
-    Certificates::free(certificates);
-}
-
-X509_CERTIFICATES *dup_X509_CERTIFICATES(const X509_CERTIFICATES *certificates) {
-    return Certificates::dup(certificates);
-}
-
-uint32_t get_X509_CERTIFICATES_count(const X509_CERTIFICATES *certificates) {
-    return get_STACK_count(certificates);
-}
-
-X509_CERT *get_X509_CERTIFICATES_child(const X509_CERTIFICATES *certificates, int32_t index) {
-    return item_at<X509_CERT>(certificates, index);
-}
+TLX_DEFINE_LIST(X509_CERTIFICATES, X509_CERT, Certificates, kListCodes)
 
 uint32_t add_X509_CERTIFICATES(X509_CERTIFICATES *certificates, const X509_CERT *cert) {
-    return insert_X509_CERTIFICATES(certificates, cert, -1);
-}
-
-uint32_t insert_X509_CERTIFICATES(X509_CERTIFICATES *certificates, const X509_CERT *cert, int32_t index) {
-    return add_list_child<Nested<X509_CERT>>(certificates, cert, index);
-}
-
-X509_CERT *remove_X509_CERTIFICATES(X509_CERTIFICATES *certificates, int32_t index) {
-    return take_item<X509_CERT>(certificates, index);
+    return add_X509_CERTIFICATES_child(certificates, cert, -1);
 }
 
 int32_t get_X509_CERTS_index_by_X509_CERT(const X509_CERTIFICATES *certificates, const X509_CERT *cert) {
@@ -107,26 +76,6 @@ X509_CERT *find_X509_CERT_by_IssuerAndSerialNumber(const X509_CERTIFICATES *cert
         if (cmp_X509_NAME(get_X509_issuer(candidate), issuer) == 0) return candidate;
     }
     return nullptr;
-}
-
-uint32_t Seq_to_X509_CERTIFICATES(const ASN1_UNIT *node, X509_CERTIFICATES **out) {
-    if (node == nullptr || out == nullptr) return 0x462C0049;
-    Element element;
-    if (!view_node(node, element)) return 0x462C0104;
-    X509_CERTIFICATES *certificates = nullptr;
-    const u32 status = Certificates::decode(element, &certificates);
-    if (status != 0) return status == kFieldFailed ? 0x462C0104 : status;
-    if (*out == nullptr) {
-        *out = certificates;
-    } else {
-        std::swap(**out, *certificates);
-        free_X509_CERTIFICATES(certificates);
-    }
-    return 0;
-}
-
-uint32_t X509_CERTIFICATES_to_Seq(const X509_CERTIFICATES *certificates, ASN1_UNIT **out) {
-    return encode_list_node<Certificates>(certificates, out, kListCodes.encode);
 }
 
 void print_X509_CERTIFICATES(const X509_CERTIFICATES *certificates) {
