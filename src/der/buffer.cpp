@@ -13,7 +13,7 @@ u8 *Buffer::grow(std::size_t more) noexcept {
     const std::size_t capacity = std::max({size_ + more, capacity_ + capacity_ / 2, kFirstCapacity});
     auto *moved = static_cast<u8 *>(TLX_REALLOCATE(data_, capacity));
     if (moved == nullptr) {
-        failed_ = true;
+        failed_ = out_of_memory_ = true;
         return nullptr;
     }
     data_ = moved;

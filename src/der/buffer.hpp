@@ -21,6 +21,8 @@ class Buffer {
 
     [[nodiscard]] bool ok() const noexcept { return !failed_; }
     void fail() noexcept { failed_ = true; }
+    /// True when it failed for want of memory, not for what was to be written.
+    [[nodiscard]] bool out_of_memory() const noexcept { return out_of_memory_; }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] u8 *data() noexcept { return data_; }
     [[nodiscard]] Bytes bytes() const noexcept { return {data_, size_}; }
@@ -71,10 +73,10 @@ class Buffer {
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
     bool failed_ = false;
+    bool out_of_memory_ = false;
 };
 
-/// A buffer whose octets are zeroed before they are freed. Growing moves by copy, so no stale copy is left
-/// behind.
+/// Zeroed octets of a fixed number that are wiped before they are freed. One octet more is there, and zero.
 class SecretBytes {
   public:
     explicit SecretBytes(std::size_t size) noexcept

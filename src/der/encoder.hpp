@@ -61,6 +61,7 @@ class Encoder {
 
     void fail() noexcept { buffer_.fail(); }
     [[nodiscard]] bool ok() const noexcept { return buffer_.ok(); }
+    [[nodiscard]] bool out_of_memory() const noexcept { return buffer_.out_of_memory(); }
     [[nodiscard]] Bytes bytes() const noexcept { return buffer_.bytes(); }
     [[nodiscard]] Buffer &buffer() noexcept { return buffer_; }
     /// The one element written so far as a node; null when something failed.
