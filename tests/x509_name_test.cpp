@@ -201,6 +201,41 @@ TEST(Name, Comparison) {
     EXPECT_EQ(cmp_X509_NAME(name_of("30{}").get(), broken.get()), -1);
 }
 
+TEST(Name, CompareOfMadeUpRecords) {
+    const LeakCheck leaks;
+    const auto name_with = [](const char *type, std::int32_t tag, const char *value) {
+        OwnedName name(new_X509_NAME());
+        const auto oid = tlx_test::string_of(TLX_TAG_OBJECT_IDENTIFIER, type);
+        EXPECT_EQ(add_X509_NAME_child_OID(name.get(), oid.get(), tag, value, -1, -1), 0U);
+        return name;
+    };
+    const struct {
+        const char *type, *other_type;
+        std::int32_t tag, other_tag;
+        const char *value, *other_value;
+        std::int32_t expected;
+    } cases[] = {
+        {"2.5.4.3", "2.5.4.03", 12, 12, "A", "A", 0},  // the encodings are the same
+        {"2.5.4.3", "2.5.4.4", 12, 12, "A", "A", -1},
+        {"2.5.4.3", "2.5.4.3", 6, 6, "1.2.3", "1.2.03", 0},
+        {"2.5.4.3", "2.5.4.3", 16, 48, "", "", 0},  // a SEQUENCE with and without the constructed bit
+        {"2.5.4.3", "2.5.4.3", 12, 12 + 256, "A", "A", 1},
+        {"2.5.4.3", "2.5.4.3", 0, 0, "A", "A", 1},
+        {"2.5.4.x", "2.5.4.x", 12, 12, "A", "A", 1},
+        {"2", "2", 12, 12, "A", "A", 1},
+        {"2.5.", "2.5.", 12, 12, "A", "A", 0},
+        {"2..5", "2..5", 12, 12, "A", "A", 1},
+        {"2.5.4294967296", "2.5.4294967296", 12, 12, "A", "B", 1},
+        {"2.5.4294967295", "2.5.4294967295", 12, 12, "A", "A", 0},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(cmp_X509_NAME(name_with(c.type, c.tag, c.value).get(),
+                                name_with(c.other_type, c.other_tag, c.other_value).get()),
+                  c.expected)
+            << c.type << " " << c.tag;
+    }
+}
+
 TEST(Name, Hash) {
     const LeakCheck leaks;
     const char *text = "30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:ED998D}}}";

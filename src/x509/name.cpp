@@ -54,6 +54,52 @@ OwnedName decode_name(const Element &sequence) noexcept {
     return name;
 }
 
+/// Two or more arcs of few digits, which can be encoded for certain.
+bool is_plain_type(std::string_view dotted) noexcept {
+    constexpr u32 kMostDigits = 9;
+    u32 dots = 0;
+    u32 digits = 0;
+    for (const char c : dotted) {
+        const bool is_dot = c == '.';
+        if (!is_dot && (c < '0' || c > '9')) return false;
+        if (is_dot && digits == 0) return false;
+        dots += is_dot ? 1U : 0U;
+        digits = is_dot ? 0 : digits + 1;
+        if (digits > kMostDigits) return false;
+    }
+    return dots > 0 && digits > 0;
+}
+
+/// A type whose octets are encoded as they are.
+bool is_plain_value(const ASN1_STRING &value) noexcept {
+    constexpr TagSet kOthers = {TLX_TAG_BIT_STRING, TLX_TAG_OBJECT_IDENTIFIER, TLX_TAG_SEQUENCE, TLX_TAG_SET};
+    const bool is_universal = value.type > 0 && value.type < kContextSpecific;
+    return is_universal && value.length >= 0 && !kOthers.has(static_cast<u32>(value.type) & kTagNumberMask);
+}
+
+enum class Likeness : u8 { same, different, undecided };
+
+/// Compares two entries as their encodings would be, without encoding them; most can be told apart like that.
+Likeness compare(const X509_NAME_CHILD *a, const X509_NAME_CHILD *b) noexcept {
+    if (a == nullptr || b == nullptr || a->data == nullptr || b->data == nullptr) return Likeness::undecided;
+    if (text_of(a->type) != text_of(b->type) || !is_plain_type(text_of(a->type))) return Likeness::undecided;
+    if (!is_plain_value(*a->data) || !is_plain_value(*b->data)) return Likeness::undecided;
+    const bool same =
+        a->data->type == b->data->type && std::ranges::equal(octets_of(a->data), octets_of(b->data));
+    return same ? Likeness::same : Likeness::different;
+}
+
+Likeness compare(const X509_NAME &a, const X509_NAME &b) noexcept {
+    Likeness likeness = Likeness::same;
+    for (u32 i = 0; i < a.count; ++i) {
+        const Likeness each = compare(static_cast<const X509_NAME_CHILD *>(a.values[i]),
+                                      static_cast<const X509_NAME_CHILD *>(b.values[i]));
+        if (each == Likeness::undecided) return each;
+        if (each == Likeness::different) likeness = each;
+    }
+    return likeness;
+}
+
 bool lacks_a_child(const X509_NAME &name) noexcept {
     for (u32 i = 0; i < name.count; ++i) {
         if (name.values[i] == nullptr) return true;
@@ -163,6 +209,8 @@ X509_NAME_CHILD *remove_X509_NAME_child(X509_NAME *name, int32_t index) {
 int32_t cmp_X509_NAME(const X509_NAME *a, const X509_NAME *b) {
     if (a == nullptr || b == nullptr) return 1;
     if (a->count != b->count) return -1;
+    const Likeness likeness = compare(*a, *b);
+    if (likeness != Likeness::undecided) return likeness == Likeness::same ? 0 : -1;
     Encoder first;
     Encoder second;
     Name::encode(first, a);
