@@ -33,25 +33,25 @@ inline const X509_EXTENSION *find_extension(const X509_CERT *cert, std::string_v
     return index < 0 ? nullptr : item_at<X509_EXTENSION>(extensions_of(cert), index);
 }
 
-/// The record that an extension holds; null for a null extension and contents that do not decode.
-template <typename T>
-Owned<T> decode_extension(const X509_EXTENSION *extension) noexcept {
-    T *record = nullptr;
-    Element element;
-    if (extension != nullptr && read_element(octets_of(extension->data), element)) {
-        static_cast<void>(Codec<T>::decode(element, &record));
-    }
-    return Owned<T>(record);
+/// The element that an extension holds. False for a null extension and for contents that are none.
+[[nodiscard]] inline bool read_extension(const X509_EXTENSION *extension, Element &element) noexcept {
+    return extension != nullptr && read_element(octets_of(extension->data), element);
 }
 
-/// The contents of an extension whose value is one element of a primitive type. False when it is anything
-/// else.
+/// The contents of an extension that is one element of a primitive type. False when it is anything else.
 [[nodiscard]] inline bool read_extension(const X509_EXTENSION *extension, u32 tag, Bytes &contents) noexcept {
     Element element;
-    if (extension == nullptr || !read_element(octets_of(extension->data), element)) return false;
-    if (!element.matches(tag)) return false;
+    if (!read_extension(extension, element) || !element.matches(tag)) return false;
     contents = element.contents;
     return true;
+}
+
+/// The record that an element encodes; null when it encodes none and when memory runs out.
+template <typename T>
+Owned<T> decode_record(const Element &element) noexcept {
+    T *record = nullptr;
+    static_cast<void>(Codec<T>::decode(element, &record));
+    return Owned<T>(record);
 }
 
 }  // namespace tlx

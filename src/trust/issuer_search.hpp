@@ -2,11 +2,32 @@
 #pragma once
 
 #include "trust/extension.hpp"
+#include "trust/pool_index.hpp"
 
 namespace tlx {
 
-/// Looks issuers up in a pool. A small pool is scanned; a large one is indexed once, at the first search, so
-/// that each search after it costs the same whatever the size of the pool.
+/// The contents of a subject key identifier.
+struct SubjectKeyProperty {
+    using Value = Bytes;
+    static bool get(const X509_CERT *cert, Value &value) noexcept;
+    static bool equal(Value a, Value b) noexcept;
+    static void encode(Encoder &out, Value value) noexcept;
+};
+struct SerialProperty {
+    using Value = const BIGINT *;
+    static bool get(const X509_CERT *cert, Value &value) noexcept;
+    static bool equal(Value a, Value b) noexcept;
+    static void encode(Encoder &out, Value value) noexcept;
+};
+struct SubjectProperty {
+    using Value = const X509_NAME *;
+    static bool get(const X509_CERT *cert, Value &value) noexcept;
+    static bool equal(Value a, Value b) noexcept;
+    static void encode(Encoder &out, Value value) noexcept;
+};
+
+/// Looks issuers up in a pool. A small pool is scanned; a large one is indexed at the first search, so that
+/// each search after it costs the same whatever the size of the pool.
 class IssuerSearch {
   public:
     explicit IssuerSearch(const X509_CERTIFICATES *pool) noexcept : pool_(pool) {}
@@ -14,28 +35,24 @@ class IssuerSearch {
     /// The first certificate, in pool order, that fits by subject key identifier, serial number or subject
     /// name; null when there is none.
     [[nodiscard]] const X509_CERT *find(const AUTHORITY_KEYID &wanted) noexcept;
-    /// True when memory ran out during a search.
+    /// True when memory, or random octets, ran out during a search.
     [[nodiscard]] bool failed() const noexcept { return failed_; }
 
   private:
-    /// One way in which a certificate can be found: the place of the first that has this hash.
-    struct Slot {
-        u64 hash;
-        u32 place;  ///< one more than the index in the pool; 0 in an empty slot
-    };
-
-    [[nodiscard]] const X509_CERT *at(u32 place) const noexcept;
-    [[nodiscard]] u32 scan(const AUTHORITY_KEYID &wanted) const noexcept;
-    [[nodiscard]] u32 look_up(const AUTHORITY_KEYID &wanted) const noexcept;
-    [[nodiscard]] bool build_index() noexcept;
-    template <typename Same>
-    void insert(u64 hash, u32 place, Same same) noexcept;
-    template <typename Fits>
-    [[nodiscard]] u32 first_with(u64 hash, Fits fits) const noexcept;
+    [[nodiscard]] Place scan(const AUTHORITY_KEYID &wanted) const noexcept;
+    [[nodiscard]] Place look_up(const AUTHORITY_KEYID &wanted) noexcept;
+    [[nodiscard]] Place look_up_key(Bytes wanted) noexcept;
+    template <typename Property>
+    [[nodiscard]] Place look_up(PoolIndex<Property> &index, typename Property::Value wanted) noexcept;
+    template <typename Property>
+    [[nodiscard]] bool is_ready(PoolIndex<Property> &index) noexcept;
 
     const X509_CERTIFICATES *pool_;
-    OwnedOctets<Slot> slots_;
-    std::size_t mask_ = 0;
+    PoolIndex<SubjectKeyProperty> by_key_;
+    PoolIndex<SerialProperty> by_serial_;
+    PoolIndex<SubjectProperty> by_subject_;
+    SipHash::Key hash_key_ = {};
+    bool has_hash_key_ = false;
     bool failed_ = false;
 };
 

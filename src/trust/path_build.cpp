@@ -26,8 +26,10 @@ u32 build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X50
         if (const u32 status = verify_X509_validity(current, settings.time); status != 0) return status;
         if (self_issued) break;
 
-        const auto wanted =
-            decode_extension<AUTHORITY_KEYID>(find_extension(current, extension_id::kAuthorityKeyIdentifier));
+        Element identifier;
+        if (!read_extension(find_extension(current, extension_id::kAuthorityKeyIdentifier), identifier))
+            return 0x53050047;
+        const auto wanted = decode_record<AUTHORITY_KEYID>(identifier);
         const X509_CERT *issuer = wanted ? issuers.find(*wanted) : nullptr;
         if (issuers.failed()) return 0x5305003C;
         if (issuer == nullptr) return 0x53050047;

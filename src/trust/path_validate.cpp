@@ -11,7 +11,7 @@ namespace {
 /// The state of one validation (RFC 5280, section 6.1.2). Lives on the stack of the call.
 struct State {
     const ASN1_TIME *time;
-    node_LIST *tree;
+    node_LIST *deepest;  // level of the policy tree
     std::int64_t explicit_policy;
     std::int64_t inhibit_any_policy;  // counted for a later version; anyPolicy goes on matching
     std::int64_t max_path;
@@ -24,10 +24,12 @@ bool key_usage_allows_cert_sign(const X509_EXTENSION *key_usage) noexcept {
            (bits[1] & kKeyCertSign) != 0;
 }
 
+/// Reads no more than cA, so that no failed allocation can make a CA pass for something else.
 bool is_ca(const X509_CERT *cert) noexcept {
-    const auto constraints =
-        decode_extension<BASIC_CONSTRAINTS>(find_extension(cert, extension_id::kBasicConstraints));
-    return constraints && constraints->cA != 0;
+    Element sequence;
+    Element flag;
+    return read_extension(find_extension(cert, extension_id::kBasicConstraints), sequence) &&
+           Cursor(sequence).next(TLX_TAG_BOOLEAN, flag) && flag.contents.size() == 1 && flag.contents[0] != 0;
 }
 
 void lower_counters(State &state) noexcept {
@@ -42,12 +44,14 @@ void lower_to(std::int64_t &counter, const BIGINT *number) noexcept {
     if (value > 0 && value < counter) counter = value;
 }
 
-/// policyConstraints. A requireExplicitPolicy of 0 changes nothing.
+/// policyConstraints. A requireExplicitPolicy of 0 changes nothing, and neither does one that cannot be read.
 u32 apply_policy_constraints(const X509_CERT *cert, State &state) noexcept {
     if (!has_extensions(cert)) return 0x530E002B;
-    const auto constraints =
-        decode_extension<POLICY_CONSTRAINTS>(find_extension(cert, extension_id::kPolicyConstraints));
-    if (constraints) lower_to(state.explicit_policy, constraints->requireExplicitPolicy);
+    Element element;
+    if (!read_extension(find_extension(cert, extension_id::kPolicyConstraints), element)) return 0;
+    const auto constraints = decode_record<POLICY_CONSTRAINTS>(element);
+    if (!constraints) return 0x5307003C;  // that decoder fails for nothing else
+    lower_to(state.explicit_policy, constraints->requireExplicitPolicy);
     return 0;
 }
 
@@ -67,7 +71,9 @@ u32 check_basic_constraints(const X509_CERT *issuer, const X509_CERT *cert) noex
     if (!has_extensions(issuer)) return 0;
     const X509_EXTENSION *extension = find_extension(issuer, extension_id::kBasicConstraints);
     if (extension == nullptr) return 0x5309011B;
-    const auto constraints = decode_extension<BASIC_CONSTRAINTS>(extension);
+    Element element;
+    if (!read_extension(extension, element)) return 0x5309000E;
+    const auto constraints = decode_record<BASIC_CONSTRAINTS>(element);
     if (!constraints) return 0x5309000E;
     if (constraints->cA == 0) {
         const X509_EXTENSION *key_usage = find_extension(issuer, extension_id::kKeyUsage);
@@ -92,8 +98,10 @@ u32 process_certificate(const X509_CERT *cert, const X509_CERT *issuer, u32 posi
     if (const u32 status = verify_X509_validity(cert, state.time); status != 0) return status;
     if (cmp_X509_NAME(get_X509_issuer(cert), get_X509_subject(issuer)) != 0) return 0x53100106;
     if (!has_extensions(cert)) return 0x530A002B;
+    // The level of the certificate above is missing when that is self-issued and not the anchor's.
+    if (static_cast<u32>(state.deepest->depth) + 1 != position) return 0x53100049;
     const X509_EXTENSION *policies = find_extension(cert, extension_id::kCertificatePolicies);
-    if (const u32 status = process_policies(state.tree, position, policies); status != 0) return status;
+    if (const u32 status = process_policies(state.deepest, policies); status != 0) return status;
     return state.explicit_policy < 1 && policies == nullptr ? 0x5310011C : 0;
 }
 

@@ -5,9 +5,10 @@
 
 #include <algorithm>
 
+#include "der/oid_text.hpp"
+#include "trust/extension.hpp"
 #include "trust/policy_set.hpp"
 #include "trust/policy_tree.hpp"
-#include "x509/v3_codecs.hpp"
 
 namespace tlx {
 
@@ -55,32 +56,72 @@ void remove_nodes(VALID_POLICY_NODES *nodes, u32 step, Unwanted unwanted) noexce
     nodes->count = kept;
 }
 
+Owned<OBJECT_IDENTIFIER> new_oid(std::string_view dotted) noexcept {
+    return Owned<OBJECT_IDENTIFIER>(
+        new_string(TLX_TAG_OBJECT_IDENTIFIER, {reinterpret_cast<const u8 *>(dotted.data()), dotted.size()}));
+}
+
 bool childless(const VALID_POLICY_NODE &node) noexcept {
     return node.child_count < 1;
 }
 
 /// The policies of a certificate, each once, in the order of the certificate.
-struct CertificatePolicies {
-    CERTIFICATE_POLICIES *list = nullptr;
-    PolicySet set;
-
+class CertificatePolicies {
+  public:
     CertificatePolicies() noexcept = default;
-    ~CertificatePolicies() { free_CERTIFICATE_POLICIES(list); }
+    ~CertificatePolicies() { free_OBJECT_IDENTIFIERS(list_); }
     CertificatePolicies(const CertificatePolicies &) = delete;
     CertificatePolicies &operator=(const CertificatePolicies &) = delete;
 
-    [[nodiscard]] u32 read(const X509_EXTENSION *extension) noexcept {
-        if (extension == nullptr) return 0;
-        Element element;
-        if (!read_element(octets_of(extension->data), element)) return 0x530A0047;
-        if (OneOrMore<Nested<POLICY_INFO>>::decode(element, &list) != 0) return 0x530A0047;
-        return set.build(count(), [this](u32 i) { return at(i); }) ? 0 : 0x5307003C;
-    }
-    [[nodiscard]] u32 count() const noexcept { return get_STACK_count(list); }
+    [[nodiscard]] u32 read(const X509_EXTENSION *extension) noexcept;
+    [[nodiscard]] bool contains(std::string_view text) const noexcept { return set_.contains(text); }
+    [[nodiscard]] u32 count() const noexcept { return get_STACK_count(list_); }
+    /// The policy at a place; null when it was there before.
     [[nodiscard]] const OBJECT_IDENTIFIER *at(u32 i) const noexcept {
-        return static_cast<const POLICY_INFO *>(get_STACK_value(list, i))->policyIdentifier;
+        return set_.is_first(text_of(item(i)), i) ? item(i) : nullptr;
     }
+
+  private:
+    [[nodiscard]] const OBJECT_IDENTIFIER *item(u32 i) const noexcept {
+        return static_cast<const OBJECT_IDENTIFIER *>(get_STACK_value(list_, i));
+    }
+    [[nodiscard]] u32 read_policy(const Element &info) noexcept;
+
+    OBJECT_IDENTIFIERS *list_ = nullptr;
+    PolicySet set_;
 };
+
+// PolicyInformation ::= SEQUENCE {
+//     policyIdentifier CertPolicyId,
+//     policyQualifiers SEQUENCE SIZE (1..MAX) OF PolicyQualifierInfo OPTIONAL }
+// The qualifiers are not looked at.
+u32 CertificatePolicies::read_policy(const Element &info) noexcept {
+    Element identifier;
+    char text[kMaxDottedText + 1];
+    u32 length = 0;
+    if (!Cursor(info).next(TLX_TAG_OBJECT_IDENTIFIER, identifier)) return 0x530A0047;
+    if (!oid_to_text(identifier.contents, text, length)) return 0x530A0047;
+    Owned<OBJECT_IDENTIFIER> policy(new_oid({text, length}));
+    if (!policy || push_STACK_value(list_, policy.get()) != 0) return 0x5307003C;
+    static_cast<void>(policy.release());
+    return 0;
+}
+
+// CertificatePolicies ::= SEQUENCE SIZE (1..MAX) OF PolicyInformation
+u32 CertificatePolicies::read(const X509_EXTENSION *extension) noexcept {
+    if (extension == nullptr) return 0;
+    Element sequence;
+    if (!read_extension(extension, sequence) || !sequence.matches(TLX_TAG_SEQUENCE)) return 0x530A0047;
+    list_ = new_OBJECT_IDENTIFIERS();
+    if (list_ == nullptr) return 0x5307003C;
+    Cursor infos(sequence);
+    do {
+        Element info;
+        if (!infos.next(TLX_TAG_SEQUENCE, info)) return 0x530A0047;
+        if (const u32 status = read_policy(info); status != 0) return status;
+    } while (!infos.at_end());
+    return set_.build(count(), [this](u32 i) { return item(i); }) ? 0 : 0x5307003C;
+}
 
 bool add_child(node_LIST *level, VALID_POLICY_NODE *parent, const OBJECT_IDENTIFIER *policy) noexcept {
     if (level->nodes == nullptr) level->nodes = new_VALID_POLICY_NODES();
@@ -97,12 +138,12 @@ bool add_children(node_LIST *level, VALID_POLICY_NODE *parent, const Certificate
     for (u32 k = 0; k < get_STACK_count(expected); ++k) {
         const auto *policy = static_cast<const OBJECT_IDENTIFIER *>(get_STACK_value(expected, k));
         if (text_of(policy) != kAnyPolicy) {
-            if (policies.set.contains(text_of(policy)) && !add_child(level, parent, policy)) return false;
+            if (policies.contains(text_of(policy)) && !add_child(level, parent, policy)) return false;
             continue;
         }
         for (u32 i = 0; i < policies.count(); ++i) {
-            if (!policies.set.is_first(text_of(policies.at(i)), i)) continue;
-            if (!add_child(level, parent, policies.at(i))) return false;
+            const OBJECT_IDENTIFIER *each = policies.at(i);
+            if (each != nullptr && !add_child(level, parent, each)) return false;
         }
     }
     return true;
@@ -111,9 +152,8 @@ bool add_children(node_LIST *level, VALID_POLICY_NODE *parent, const Certificate
 }  // namespace
 
 bool start_policy_tree(node_LIST *list) noexcept {
-    const Owned<ASN1_STRING> any(new_string(
-        TLX_TAG_OBJECT_IDENTIFIER, {reinterpret_cast<const u8 *>(kAnyPolicy.data()), kAnyPolicy.size()}));
-    if (!any || !append_level(list)) return false;
+    const Owned<OBJECT_IDENTIFIER> any(new_oid(kAnyPolicy));
+    if (!any || append_level(list, 0) == nullptr) return false;
     list->nodes = new_VALID_POLICY_NODES();
     Owned<VALID_POLICY_NODE> root(new_policy_node(any.get(), nullptr));
     if (list->nodes == nullptr || !root || push_STACK_value(list->nodes, root.get()) != 0) return false;
@@ -121,15 +161,15 @@ bool start_policy_tree(node_LIST *list) noexcept {
     return true;
 }
 
-u32 process_policies(node_LIST *list, u32 depth, const X509_EXTENSION *extension) noexcept {
+u32 process_policies(node_LIST *&deepest, const X509_EXTENSION *extension) noexcept {
     CertificatePolicies policies;
     if (const u32 status = policies.read(extension); status != 0) return status;
-    const node_LIST *above = depth > 0 ? level_at(list, depth - 1) : nullptr;
-    if (above == nullptr) return 0x53100049;
-    if (above->next == nullptr && !append_level(list)) return 0x5307003C;
-    node_LIST *level = above->next;
+    node_LIST *above = deepest;
+    node_LIST *level = append_level(above, static_cast<u32>(above->depth) + 1);
+    if (level == nullptr) return 0x5307003C;
+    deepest = level;
 
-    const u32 parents = policies.list != nullptr ? get_STACK_count(above->nodes) : 0;
+    const u32 parents = policies.count() > 0 ? get_STACK_count(above->nodes) : 0;
     for (u32 i = 0; i < parents; ++i) {
         if (!add_children(level, node_at(above->nodes, i), policies)) return 0x5307003C;
     }
@@ -145,9 +185,7 @@ u32 process_policies(node_LIST *list, u32 depth, const X509_EXTENSION *extension
 }
 
 Intersection intersect_policies(node_LIST *list, OBJECT_IDENTIFIERS *user) noexcept {
-    node_LIST *deepest = list;
-    while (deepest->next != nullptr)
-        deepest = deepest->next;
+    node_LIST *deepest = deepest_level(list);
     if (get_STACK_count(deepest->nodes) == 0) return Intersection::done;
 
     const auto policy_at = [user](u32 i) {

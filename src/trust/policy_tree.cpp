@@ -26,24 +26,19 @@ VALID_POLICY_NODE *new_policy_node(const OBJECT_IDENTIFIER *policy, VALID_POLICY
     return node.release();
 }
 
-node_LIST *level_at(node_LIST *list, u32 depth) noexcept {
-    node_LIST *level = list;
-    for (; level != nullptr && depth > 0; --depth)
-        level = level->next;
-    return level != nullptr && level->depth >= 0 ? level : nullptr;
+node_LIST *append_level(node_LIST *deepest, u32 depth) noexcept {
+    node_LIST *level = deepest->depth < 0 ? deepest : new_node_LIST();
+    if (level == nullptr) return nullptr;
+    if (level != deepest) deepest->next = level;
+    level->depth = static_cast<i32>(depth);
+    level->marker = TLX_NODE_LIST_MARKER;
+    return level;
 }
 
-bool append_level(node_LIST *list) noexcept {
-    const u32 count = get_count_from_node_LIST(list);
-    node_LIST *level = list;
-    if (count > 0) {
-        node_LIST *deepest = level_at(list, count - 1);
-        level = deepest->next = new_node_LIST();
-    }
-    if (level == nullptr) return false;
-    level->depth = static_cast<i32>(count);
-    level->marker = TLX_NODE_LIST_MARKER;
-    return true;
+node_LIST *deepest_level(node_LIST *list) noexcept {
+    while (list->next != nullptr)
+        list = list->next;
+    return list;
 }
 
 namespace {
@@ -145,7 +140,9 @@ void remove_node_LIST(node_LIST *list, uint32_t n) {
         *list = {-1, 0, nullptr, nullptr};
         return;
     }
-    node_LIST *above = level_at(list, n - 1);
+    node_LIST *above = list;
+    while (above != nullptr && --n > 0)
+        above = above->next;
     if (above == nullptr) return;
     free_node_LIST(above->next);
     above->next = nullptr;
@@ -162,8 +159,10 @@ uint32_t get_count_from_node_LIST(const node_LIST *list) {
 uint32_t add_VALID_POLICY_TREE_LIST(node_LIST *list, const VALID_POLICY_NODES *nodes) {
     if (list == nullptr || nodes == nullptr) return 0x530B0049;
     OwnedNodes copy(dup_STACK_values(nodes, dup_node, free_node));
-    if (!copy || !append_level(list)) return 0x530B003C;
-    level_at(list, get_count_from_node_LIST(list) - 1)->nodes = copy.release();
+    const u32 count = get_count_from_node_LIST(list);
+    node_LIST *level = copy ? append_level(count == 0 ? list : deepest_level(list), count) : nullptr;
+    if (level == nullptr) return 0x530B003C;
+    level->nodes = copy.release();
     return 0;
 }
 

@@ -8,18 +8,19 @@ namespace tlx {
 /// A node with this valid policy, which is also its expected policy set; null when memory runs out.
 VALID_POLICY_NODE *new_policy_node(const OBJECT_IDENTIFIER *policy, VALID_POLICY_NODE *parent) noexcept;
 
-/// The level of this depth; null when the list does not reach so deep.
-node_LIST *level_at(node_LIST *list, u32 depth) noexcept;
+/// A level without nodes below `deepest`, or made of it when it is a list without levels; null when memory
+/// runs out.
+node_LIST *append_level(node_LIST *deepest, u32 depth) noexcept;
 
-/// Adds a level without nodes below the deepest. False when memory runs out.
-[[nodiscard]] bool append_level(node_LIST *list) noexcept;
+node_LIST *deepest_level(node_LIST *list) noexcept;
 
-/// Starts the tree: the root's level with one node, anyPolicy.
+/// Starts the tree in a list without levels: the root's level with one node, anyPolicy.
 [[nodiscard]] bool start_policy_tree(node_LIST *list) noexcept;
 
-/// Extends level `depth - 1` by a level for a certificate with this certificatePolicies extension (null for
-/// none) and prunes it. A status of validate_certpath.
-[[nodiscard]] u32 process_policies(node_LIST *list, u32 depth, const X509_EXTENSION *policies) noexcept;
+/// Extends the tree below `deepest`, which becomes the new level, for a certificate with this
+/// certificatePolicies extension (null for none), and prunes the level above it. A status of
+/// validate_certpath.
+[[nodiscard]] u32 process_policies(node_LIST *&deepest, const X509_EXTENSION *policies) noexcept;
 
 /// What intersect_policies leads to.
 enum class Intersection : u8 { done, accepted_as_it_stands, no_memory };

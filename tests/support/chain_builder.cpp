@@ -1,0 +1,290 @@
+#include "support/chain_builder.hpp"
+
+#include <gtest/gtest.h>
+#include <tlxpki.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <map>
+
+#include "support/der_text.hpp"
+#include "x509/v3_codecs.hpp"
+
+namespace tlx_test {
+namespace {
+
+struct Free {
+    void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
+    void operator()(KCDSA *unit) const { free_KCDSA(unit); }
+    void operator()(ASN1_TIME *time) const { free_ASN1_TIME(time); }
+};
+template <typename T>
+using Made = std::unique_ptr<T, Free>;
+using Oid = tlx::Owned<OBJECT_IDENTIFIER>;
+
+void expect_done(std::uint32_t status, const std::string &what) {
+    EXPECT_EQ(status, 0U) << "while making a test certificate: " << what;
+}
+
+Oid oid_of(const char *dotted) {
+    return Oid(string_of(TLX_TAG_OBJECT_IDENTIFIER, dotted).release());
+}
+
+Made<RSA_UNIT> read_rsa(unsigned number) {
+    Made<RSA_UNIT> unit(new_RSA_UNIT());
+    const std::string path = TLX_TEST_DATA "/keys/rsa-" + std::to_string(number) + ".pem";
+    expect_done(readPKCS1_from_File(unit.get(), nullptr, 0, path.c_str()), path);
+    return unit;
+}
+
+/// The last key of the published vectors, 1024/160 bits.
+Made<KCDSA> read_kcdsa() {
+    std::map<char, Number> numbers;
+    std::ifstream file(TLX_TEST_DATA "/kcdsa.txt");
+    for (std::string line; std::getline(file, line);) {
+        if (line.size() > 4 && line.substr(1, 3) == " = ") numbers[line[0]] = number_of(line.c_str() + 4);
+    }
+    Made<KCDSA> unit(new_KCDSA());
+    expect_done(set_KCDSA_params(unit.get(), numbers['p'].get(), numbers['q'].get(), numbers['g'].get()) |
+                    set_KCDSA_public(unit.get(), numbers['y'].get()) |
+                    set_KCDSA_private(unit.get(), numbers['x'].get()),
+                "KCDSA key");
+    return unit;
+}
+
+struct KeyPair {
+    tlx::Owned<ASYMMETRIC_KEY> secret{new_ASYMMETRIC_KEY()};
+    tlx::Owned<X509_PUBKEY> open{new_X509_PUBKEY()};
+};
+
+const KeyPair &key_pair(unsigned number) {
+    static const auto pairs = [] {
+        std::array<KeyPair, kRsaKeys + 1> made;
+        for (unsigned i = 0; i < kRsaKeys; ++i) {
+            const auto unit = read_rsa(i);
+            expect_done(set_ASYMMETRIC_KEY(made[i].secret.get(), TLX_KEY_RSA, unit.get()) |
+                            set_X509_PUBKEY_rsa(made[i].open.get(), unit.get()),
+                        "RSA key");
+        }
+        const auto unit = read_kcdsa();
+        expect_done(set_ASYMMETRIC_KEY(made[kKcdsaKey].secret.get(), TLX_KEY_KCDSA, unit.get()) |
+                        set_X509_PUBKEY_kcdsa(made[kKcdsaKey].open.get(), unit.get()),
+                    "KCDSA key");
+        return made;
+    }();
+    return pairs.at(number);
+}
+
+tlx::OwnedName name_of(const std::string &common_name) {
+    tlx::OwnedName name(new_X509_NAME());
+    const auto add = [&](const char *type, std::int32_t tag, const std::string &text) {
+        expect_done(add_X509_NAME_child_OID(name.get(), oid_of(type).get(), tag, text.data(),
+                                            static_cast<std::int32_t>(text.size()), -1),
+                    text);
+    };
+    add("2.5.4.6", TLX_TAG_PRINTABLE_STRING, "KR");
+    add("2.5.4.3", TLX_TAG_UTF8_STRING, common_name);
+    return name;
+}
+
+Octets encoding_of(const void *record, ASN1_ENCODER encoder) {
+    std::uint8_t *der = nullptr;
+    const std::uint32_t size = writeDER_to_Binary(record, encoder, &der);
+    EXPECT_NE(size, 0xFFFFFFFFU) << "while making an extension";
+    Octets octets(der, der + (size == 0xFFFFFFFFU ? 0 : size));
+    tlx_free(der);
+    return octets;
+}
+
+void set_time(X509_CERT *cert, const std::string &text,
+              std::uint32_t (*set)(X509_CERT *, const X509_TIME *)) {
+    const Made<ASN1_TIME> calendar(charToASN1_TIME(text.c_str()));
+    const tlx::Owned<X509_TIME> time(new_X509_TIME());
+    expect_done(set_X509_TIME(time.get(), calendar.get()) | set(cert, time.get()), text);
+}
+
+void set_extensions(X509_CERT *cert, const std::vector<ExtensionSpec> &specs) {
+    const tlx::OwnedExtensions list(new_X509_EXTENSIONS());
+    for (const ExtensionSpec &spec : specs) {
+        const String data = string_of(TLX_TAG_OCTET_STRING, spec.value);
+        const tlx::Owned<X509_EXTENSION> extension(create_X509_EXTENSION_by_OID(
+            nullptr, oid_of(spec.id.c_str()).get(), spec.critical ? 0xFF : 0, data.get()));
+        expect_done(add_X509_EXTENSION(list.get(), extension.get(), -1), spec.id);
+    }
+    expect_done(set_X509_extensions(cert, list.get()), "extensions");
+}
+
+}  // namespace
+
+const ASYMMETRIC_KEY *signing_key(unsigned number) {
+    return key_pair(number).secret.get();
+}
+
+CertSpec &CertSpec::set(const char *id, Octets value, bool critical) {
+    without(id);
+    extensions->push_back({id, std::move(value), critical});
+    return *this;
+}
+
+CertSpec &CertSpec::with(const char *id, std::string_view value, bool critical) {
+    return set(id, der(value), critical);
+}
+
+CertSpec &CertSpec::with(const AuthorityKeyId &authority) {
+    const tlx::Owned<AUTHORITY_KEYID> record(new_AUTHORITY_KEYID());
+    if (!authority.key_id.empty())
+        record->keyIdentifier = string_of(TLX_TAG_OCTET_STRING, hex(authority.key_id)).release();
+    if (!authority.serial.empty())
+        record->authorityCertSerialNumber = number_of(authority.serial.c_str()).release();
+    if (!authority.issuer.empty()) {
+        const tlx::Owned<GENERAL_NAME> name(
+            create_GENERAL_NAME_directoryName(name_of(authority.issuer).get()));
+        record->authorityCertIssuer = new_GENERAL_NAMES();
+        expect_done(add_GENERAL_NAMES_child(record->authorityCertIssuer, name.get(), -1), authority.issuer);
+    }
+    return set(extension::kAuthorityKeyId, encoding_of(record.get(), TLX_ENCODER(AUTHORITY_KEYID_to_Seq)),
+               false);
+}
+
+CertSpec &CertSpec::policies(const std::vector<const char *> &dotted, bool critical) {
+    const std::unique_ptr<CERTIFICATE_POLICIES, tlx::FreeWith<free_CERTIFICATE_POLICIES>> list(
+        new_CERTIFICATE_POLICIES());
+    for (const char *each : dotted) {
+        const tlx::Owned<POLICY_INFO> info(new_POLICY_INFO());
+        info->policyIdentifier = oid_of(each).release();
+        expect_done(add_CERTIFICATE_POLICIES_child(list.get(), info.get(), -1), each);
+    }
+    return set(extension::kPolicies, encoding_of(list.get(), TLX_ENCODER(CERTIFICATE_POLICIES_to_Seq)),
+               critical);
+}
+
+CertSpec &CertSpec::without(const char *id) {
+    if (!extensions) extensions.emplace();
+    std::erase_if(*extensions, [id](const ExtensionSpec &each) { return each.id == id; });
+    return *this;
+}
+
+Cert CertSpec::make() const {
+    Cert cert(new_X509_CERT());
+    expect_done(set_X509_version(cert.get(), version), "version");
+    expect_done(set_X509_serial(cert.get(), number_of(serial.c_str()).get()), "serial");
+    expect_done(set_X509_subject(cert.get(), name_of(subject).get()), "subject");
+    expect_done(set_X509_issuer(cert.get(), name_of(issuer).get()), "issuer");
+    set_time(cert.get(), not_before, set_X509_notBefore);
+    set_time(cert.get(), not_after, set_X509_notAfter);
+    expect_done(set_X509_pub_key(cert.get(), key_pair(key).open.get()), "key");
+    if (extensions) set_extensions(cert.get(), *extensions);
+    const Oid algorithm(get_OBJECT_IDENTIFIER(signer == kKcdsaKey ? "HAS160withKCDSA1" : "RSA-SHA256", 0));
+    expect_done(set_X509_signature(cert.get(), algorithm.get()), "algorithm");
+    if (is_signed) expect_done(gen_SIG_X509_Cert(cert.get(), signing_key(signer)), "signature of " + subject);
+    return cert;
+}
+
+Chain valid_chain(unsigned length) {
+    Chain chain(length);
+    for (unsigned i = 0; i < length; ++i) {
+        const unsigned depth = length - 1 - i;
+        const auto name_at = [length](unsigned at) {
+            return at == 0 ? "Root" : at + 1 == length ? "User" : "CA " + std::to_string(at);
+        };
+        const auto number_at = [](unsigned at) {
+            const auto octet = static_cast<std::uint8_t>(at + 1);
+            return hex_of(&octet, 1);
+        };
+        const unsigned above = depth == 0 ? 0 : depth - 1;
+        CertSpec &spec = chain[i];
+        spec.subject = name_at(depth);
+        spec.issuer = name_at(above);
+        spec.serial = number_at(depth);
+        spec.key = depth % kRsaKeys;
+        spec.signer = above % kRsaKeys;
+        spec.with(extension::kSubjectKeyId, "04:" + number_at(depth));
+        spec.with({.key_id = number_at(above), .issuer = {}, .serial = {}});
+        spec.policies({kPolicy});
+        if (depth + 1 == length && length > 1) {
+            spec.with(extension::kKeyUsage, "03:0780", true);
+        } else {
+            spec.with(extension::kKeyUsage, "03:0106", true);
+            spec.with(extension::kBasicConstraints, "30{01:FF}", true);
+        }
+    }
+    return chain;
+}
+
+Certificates make(const Chain &chain) {
+    Certificates path(new_X509_CERTIFICATES());
+    for (const CertSpec &spec : chain)
+        expect_done(add_X509_CERTIFICATES(path.get(), spec.make().get()), spec.subject);
+    return path;
+}
+
+Anchors anchors_of(const Chain &certificates) {
+    Anchors anchors(new_TRUST_ANCHORS());
+    for (const CertSpec &spec : certificates) {
+        const tlx::Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(spec.make().get()));
+        expect_done(add_TRUST_ANCHORS(anchors.get(), anchor.get()), spec.subject);
+    }
+    return anchors;
+}
+
+Policies policy_list(const std::vector<const char *> &dotted) {
+    Policies list(new_OBJECT_IDENTIFIERS());
+    for (const char *each : dotted)
+        expect_done(push_STACK_value(list.get(), oid_of(each).release()), each);
+    return list;
+}
+
+std::string subjects_of(const X509_CERTIFICATES *path) {
+    std::string subjects;
+    for (std::uint32_t i = 0; i < get_X509_CERTIFICATES_count(path); ++i) {
+        const X509_NAME *name =
+            get_X509_subject(get_X509_CERTIFICATES_child(path, static_cast<std::int32_t>(i)));
+        if (i > 0) subjects += ", ";
+        subjects += tlx::text_of(get_X509_NAME_CHILD(name, 1)->data);
+    }
+    return subjects;
+}
+
+std::string text_of_policies(const OBJECT_IDENTIFIERS *list) {
+    if (list == nullptr) return "null";
+    std::string text;
+    for (std::uint32_t i = 0; i < get_OBJECT_IDENTIFIERS_count(list); ++i) {
+        if (i > 0) text += ' ';
+        text += tlx::text_of(get_OBJECT_IDENTIFIERS_child(list, static_cast<std::int32_t>(i)));
+    }
+    return text;
+}
+
+std::string text_of_tree(const node_LIST *tree) {
+    if (tree == nullptr) return "null";
+    if (tree->depth < 0) return tree->nodes == nullptr && tree->next == nullptr ? "no levels" : "broken head";
+    std::string text;
+    const VALID_POLICY_NODES *above = nullptr;
+    for (const node_LIST *level = tree; level != nullptr; level = level->next) {
+        if (!text.empty()) text += "; ";
+        text += std::to_string(level->depth) + ":";
+        if (level->marker != TLX_NODE_LIST_MARKER) text += " unmarked";
+        if (level->nodes == nullptr) text += " null";
+        for (std::uint32_t i = 0; i < get_STACK_count(level->nodes); ++i) {
+            auto *node = static_cast<VALID_POLICY_NODE *>(get_STACK_value(level->nodes, i));
+            text += ' ' + std::string(tlx::text_of(node->data->valid_policy));
+            if (node->data->criticality_indicator != 0 && level != tree) text += '!';
+            if (text_of_policies(node->data->expected_policy_set) != tlx::text_of(node->data->valid_policy))
+                text += " expecting " + text_of_policies(node->data->expected_policy_set);
+            std::int32_t children = 0;
+            for (std::uint32_t k = 0; level->next != nullptr && k < get_STACK_count(level->next->nodes); ++k)
+                children +=
+                    static_cast<VALID_POLICY_NODE *>(get_STACK_value(level->next->nodes, k))->parent == node;
+            if (children != node->child_count) text += " counting " + std::to_string(node->child_count);
+            bool has_parent = above == nullptr && node->parent == nullptr;
+            for (std::uint32_t k = 0; k < get_STACK_count(above); ++k)
+                has_parent = has_parent || get_STACK_value(above, k) == node->parent;
+            if (!has_parent) text += " orphan";
+        }
+        above = level->nodes;
+    }
+    return text;
+}
+
+}  // namespace tlx_test
