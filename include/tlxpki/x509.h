@@ -56,15 +56,15 @@ TLXPKI_API X509_TIME *dup_X509_TIME(const X509_TIME *time);
  * @param time     the record; its old text is freed
  * @param calendar the time
  * @return 0; 1 for null arguments, a time that cannot be written and when memory runs out (the record is
- * unchanged then)
+ *         unchanged then)
  */
 TLXPKI_API uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar);
 
 /**
  * The calendar time that a text gives.
  * @param time the time
- * @return a new time, freed with free_ASN1_TIME(); null for null, a text that is no time and when memory runs
- * out
+ * @return a new time, freed with free_ASN1_TIME(); null for null, a text that is no time and when memory
+ *         runs out
  */
 TLXPKI_API ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time);
 
@@ -83,7 +83,7 @@ TLXPKI_API uint32_t Seq_to_X509_TIME(const ASN1_UNIT *node, X509_TIME **out);
  * Encodes a Time with the tag of its form and the text as it is.
  * @param time the time
  * @param out  receives the node: a node it points to already is filled, else *out becomes a new one, freed
- * with free_ASN1_UNIT(). Unchanged on failure
+ *             with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46290049 for a null argument
  * @return 0x46290103 for a form above 1, a missing text, and when memory runs out
@@ -120,7 +120,7 @@ TLXPKI_API X509_VALIDITY *dup_X509_VALIDITY(const X509_VALIDITY *validity);
  * @param node the SEQUENCE of exactly two times
  * @param out  a record it points to is filled, its old times freed; else it receives a new one, freed with
  *             free_X509_VALIDITY(). On failure *out stays as it was, and a record of the caller's as far as
- * it was filled
+ *             it was filled
  * @return 0
  * @return 0x461A0049 for a null argument
  * @return 0x461A002B when there are not two children
@@ -132,7 +132,7 @@ TLXPKI_API uint32_t Seq_to_X509_VALIDITY(const ASN1_UNIT *node, X509_VALIDITY **
  * Encodes a Validity.
  * @param validity the record
  * @param out      receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                 freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46190049 for a null argument
  * @return 0x46190103 when a time cannot be encoded, or memory runs out
@@ -170,14 +170,14 @@ TLXPKI_API X509_TBS_CERT *dup_X509_TBS_CERT(const X509_TBS_CERT *tbs);
  * Decodes a TBSCertificate. The version is 0 when it is not given, and has one octet otherwise. Of what
  * follows the public key, only the next child is looked at: it has to be the extensions.
  * @param node the SEQUENCE
- * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed with
- *             free_X509_TBS_CERT()
+ * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed
+ *             with free_X509_TBS_CERT()
  * @return 0
  * @return 0x46110049 for a null argument (*out stays as it was)
  * @return 0x4611002B with fewer than 6 children; for this and the next status a record that *out pointed to
- * is freed and *out becomes null
+ *         is freed and *out becomes null
  * @return 0x46110104 when a member is missing or cannot be decoded, issuerUniqueID or subjectUniqueID is
- * there, or memory runs out
+ *         there, or memory runs out
  */
 TLXPKI_API uint32_t Seq_to_X509_TBS_CERT(const ASN1_UNIT *node, X509_TBS_CERT **out);
 
@@ -187,7 +187,7 @@ TLXPKI_API uint32_t Seq_to_X509_TBS_CERT(const ASN1_UNIT *node, X509_TBS_CERT **
  * the top.
  * @param tbs the record
  * @param out receives the node: a node it points to already is filled, else *out becomes a new one, freed
- * with free_ASN1_UNIT(). Unchanged on failure
+ *            with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46120049 for a null argument
  * @return 0x4612010A without a serial number
@@ -231,22 +231,22 @@ TLXPKI_API X509_CERT *dup_X509_CERT(const X509_CERT *cert);
  * Compares two certificates by their DER encodings.
  * @param a,b the certificates
  * @return 0 when they are equal, -1 when they are not (which gives no order), 1 for a null argument, a
- * certificate that cannot be encoded and when memory runs out
+ *         certificate that cannot be encoded and when memory runs out
  */
 TLXPKI_API int32_t cmp_X509_CERT(const X509_CERT *a, const X509_CERT *b);
 
 /**
  * Decodes a Certificate. Parameters of the signature algorithm are passed over.
  * @param node the SEQUENCE
- * @param out  a certificate it points to is filled, its old members freed; else it receives a new one, freed
- * with free_X509_CERT(). On failure *out stays as it was, and a certificate of the caller's as far as it was
- *             filled: without a to-be-signed part when that could not be decoded
+ * @param out  a certificate it points to is filled, its old members freed; else it receives a new one,
+ *             freed with free_X509_CERT(). On failure *out stays as it was, and a certificate of the
+ *             caller's as far as it was filled: without a to-be-signed part when that could not be decoded
  * @return 0
  * @return 1 when the to-be-signed part is missing
  * @return 0x460F0049 for a null argument
  * @return a status of Seq_to_X509_TBS_CERT()
- * @return 0x460F0104 when the signature algorithm or the signature is missing or cannot be decoded, or memory
- * runs out
+ * @return 0x460F0104 when the signature algorithm or the signature is missing or cannot be decoded, or
+ *         memory runs out
  */
 TLXPKI_API uint32_t Seq_to_X509_CERT(const ASN1_UNIT *node, X509_CERT **out);
 
@@ -254,7 +254,7 @@ TLXPKI_API uint32_t Seq_to_X509_CERT(const ASN1_UNIT *node, X509_CERT **out);
  * Encodes a Certificate.
  * @param cert the certificate
  * @param out  receives the node: a node it points to already is filled, else *out becomes a new one, freed
- * with free_ASN1_UNIT(). Unchanged on failure
+ *             with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46100049 for a null argument
  * @return 0x46100103 when a member is missing or cannot be encoded
@@ -268,8 +268,8 @@ TLXPKI_API uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out);
  * @param digest_id the digest, for example TLX_DIGEST_SHA256
  * @param out       receives the digest, at most TLX_DIGEST_MAX_LENGTH octets
  * @return the length of the digest
- * @return 0xFFFFFFFF for null arguments, a certificate that cannot be encoded, a digest that is not available
- * and when memory runs out
+ * @return 0xFFFFFFFF for null arguments, a certificate that cannot be encoded, a digest that is not
+ *         available and when memory runs out
  */
 TLXPKI_API uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out);
 
@@ -277,23 +277,65 @@ TLXPKI_API uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, 
  * The version.
  * @param cert the certificate
  * @return 0 for version 1, 1 for version 2, 2 for version 3; 0xFFFFFFFF for null and without a to-be-signed
- * part
+ *         part
  */
 TLXPKI_API uint32_t get_X509_version(const X509_CERT *cert);
 
 /**
- * Members of the to-be-signed part. get_X509_SPKI() is the public key, get_X509_signature() the algorithm
- * inside the signed part.
+ * The serial number.
  * @param cert the certificate
- * @return the member; null for null and when there is none
+ * @return the number; null for null and when there is none
  */
 TLXPKI_API BIGINT *get_X509_serial(const X509_CERT *cert);
+
+/**
+ * The signature algorithm inside the to-be-signed part; get_X509_sig_alg() gives the one beside the
+ * signature.
+ * @param cert the certificate
+ * @return its identifier; null for null and when there is none
+ */
 TLXPKI_API OBJECT_IDENTIFIER *get_X509_signature(const X509_CERT *cert);
+
+/**
+ * The name of the issuer.
+ * @param cert the certificate
+ * @return the name; null for null and when there is none
+ */
 TLXPKI_API X509_NAME *get_X509_issuer(const X509_CERT *cert);
+
+/**
+ * The name of the subject.
+ * @param cert the certificate
+ * @return the name; null for null and when there is none
+ */
 TLXPKI_API X509_NAME *get_X509_subject(const X509_CERT *cert);
+
+/**
+ * The beginning of the validity.
+ * @param cert the certificate
+ * @return the time; null for null and when there is none
+ */
 TLXPKI_API X509_TIME *get_X509_notBefore(const X509_CERT *cert);
+
+/**
+ * The end of the validity.
+ * @param cert the certificate
+ * @return the time; null for null and when there is none
+ */
 TLXPKI_API X509_TIME *get_X509_notAfter(const X509_CERT *cert);
+
+/**
+ * The subject public key.
+ * @param cert the certificate
+ * @return the key; null for null and when there is none
+ */
 TLXPKI_API X509_PUBKEY *get_X509_SPKI(const X509_CERT *cert);
+
+/**
+ * The extensions.
+ * @param cert the certificate
+ * @return the list; null for null and when there is none
+ */
 TLXPKI_API X509_EXTENSIONS *get_X509_extensions(const X509_CERT *cert);
 
 /**
@@ -313,25 +355,68 @@ TLXPKI_API BIT_STRING *get_X509_sig_value(const X509_CERT *cert);
 /**
  * Sets the version.
  * @param cert    the certificate; a to-be-signed part is made when there is none, here and in the functions
- * below
+ *                below
  * @param version 0 for version 1, 1 for version 2, 2 for version 3; other numbers are written as they are
  * @return 0; 1 for null and when memory runs out
  */
 TLXPKI_API uint32_t set_X509_version(X509_CERT *cert, uint8_t version);
 
 /**
- * Replace members of the to-be-signed part by copies. set_X509_signature() sets the algorithm inside the
- * signed part, set_X509_pub_key() the public key.
+ * Replaces the serial number.
  * @param cert  the certificate
- * @param value the member; copied
- * @return 0; 1 for null arguments and when memory runs out (the member is unchanged then)
+ * @param value the number; copied
+ * @return 0; 1 for null arguments and when memory runs out (the serial number is unchanged then)
  */
 TLXPKI_API uint32_t set_X509_serial(X509_CERT *cert, const BIGINT *value);
+
+/**
+ * Replaces the signature algorithm inside the to-be-signed part.
+ * @param cert  the certificate
+ * @param value the algorithm; copied
+ * @return 0; 1 for null arguments and when memory runs out (the signature algorithm inside the to-be-signed
+ *         part is unchanged then)
+ */
 TLXPKI_API uint32_t set_X509_signature(X509_CERT *cert, const OBJECT_IDENTIFIER *value);
+
+/**
+ * Replaces the name of the issuer.
+ * @param cert  the certificate
+ * @param value the name; copied
+ * @return 0; 1 for null arguments and when memory runs out (the name of the issuer is unchanged then)
+ */
 TLXPKI_API uint32_t set_X509_issuer(X509_CERT *cert, const X509_NAME *value);
+
+/**
+ * Replaces the name of the subject.
+ * @param cert  the certificate
+ * @param value the name; copied
+ * @return 0; 1 for null arguments and when memory runs out (the name of the subject is unchanged then)
+ */
 TLXPKI_API uint32_t set_X509_subject(X509_CERT *cert, const X509_NAME *value);
+
+/**
+ * Replaces the beginning of the validity.
+ * @param cert  the certificate
+ * @param value the time, with a text; copied
+ * @return 0; 1 for null arguments and when memory runs out (the beginning of the validity is unchanged
+ *         then)
+ */
 TLXPKI_API uint32_t set_X509_notBefore(X509_CERT *cert, const X509_TIME *value);
+
+/**
+ * Replaces the end of the validity.
+ * @param cert  the certificate
+ * @param value the time, with a text; copied
+ * @return 0; 1 for null arguments and when memory runs out (the end of the validity is unchanged then)
+ */
 TLXPKI_API uint32_t set_X509_notAfter(X509_CERT *cert, const X509_TIME *value);
+
+/**
+ * Replaces the subject public key.
+ * @param cert  the certificate
+ * @param value the key; copied
+ * @return 0; 1 for null arguments and when memory runs out (the subject public key is unchanged then)
+ */
 TLXPKI_API uint32_t set_X509_pub_key(X509_CERT *cert, const X509_PUBKEY *value);
 
 /**
@@ -412,8 +497,8 @@ TLXPKI_API uint32_t add_X509_CERTIFICATES(X509_CERTIFICATES *certificates, const
  * Inserts a copy of a certificate.
  * @param certificates the list
  * @param cert         the certificate; stays the caller's
- * @param index        the copy goes before the certificate at this index; below 0 or above the count it goes
- * to the end
+ * @param index        the copy goes before the certificate at this index; below 0 or above the count it
+ *                     goes to the end
  * @return 0; 1 for null arguments and when memory runs out (the list is unchanged then)
  */
 TLXPKI_API uint32_t add_X509_CERTIFICATES_child(X509_CERTIFICATES *certificates, const X509_CERT *cert,
@@ -424,7 +509,7 @@ TLXPKI_API uint32_t add_X509_CERTIFICATES_child(X509_CERTIFICATES *certificates,
  * @param certificates the list
  * @param index        0 for the first
  * @return the certificate, now the caller's, freed with free_X509_CERT(); null for null and an index that
- * there is not
+ *         there is not
  */
 TLXPKI_API X509_CERT *remove_X509_CERTIFICATES_child(X509_CERTIFICATES *certificates, int32_t index);
 
@@ -432,8 +517,8 @@ TLXPKI_API X509_CERT *remove_X509_CERTIFICATES_child(X509_CERTIFICATES *certific
  * Finds a certificate by its encoding.
  * @param certificates the list
  * @param cert         a certificate that encodes to the same octets
- * @return the index of the first one; -1 when there is none, for null arguments, when cert cannot be encoded
- * and when memory runs out
+ * @return the index of the first one; -1 when there is none, for null arguments, when cert cannot be
+ *         encoded and when memory runs out
  */
 TLXPKI_API int32_t get_X509_CERTS_index_by_X509_CERT(const X509_CERTIFICATES *certificates,
                                                      const X509_CERT *cert);
@@ -444,7 +529,7 @@ TLXPKI_API int32_t get_X509_CERTS_index_by_X509_CERT(const X509_CERTIFICATES *ce
  * @param issuer       the issuer's name, compared as cmp_X509_NAME() does
  * @param serial       the serial number
  * @return the first such certificate itself, which the list owns; null when there is none and for null
- * arguments
+ *         arguments
  */
 TLXPKI_API X509_CERT *find_X509_CERT_by_IssuerAndSerialNumber(const X509_CERTIFICATES *certificates,
                                                               const X509_NAME *issuer, const BIGINT *serial);
@@ -453,7 +538,7 @@ TLXPKI_API X509_CERT *find_X509_CERT_by_IssuerAndSerialNumber(const X509_CERTIFI
  * Decodes a SEQUENCE OF or SET OF Certificate, whatever the tag of the node.
  * @param node the sequence
  * @param out  a list it points to gets the certificates in place of its own; else it receives a new one,
- * freed with free_X509_CERTIFICATES(). Unchanged on failure
+ *             freed with free_X509_CERTIFICATES(). Unchanged on failure
  * @return 0
  * @return 0x462C0049 for a null argument
  * @return 0x462C0104 when a child is no certificate that can be decoded, or memory runs out
@@ -463,8 +548,8 @@ TLXPKI_API uint32_t Seq_to_X509_CERTIFICATES(const ASN1_UNIT *node, X509_CERTIFI
 /**
  * Encodes a SEQUENCE OF Certificate in list order.
  * @param certificates the list
- * @param out          receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out          receives the node: a node it points to already is filled, else *out becomes a new
+ *                     one, freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x462B0049 for a null argument
  * @return 0x462B0103 when a certificate is missing or cannot be encoded, or memory runs out

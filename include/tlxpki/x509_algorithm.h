@@ -79,9 +79,9 @@ TLXPKI_API uint32_t set_X509_ALGO_IDENTIFIER_null(X509_ALGO_IDENTIFIER *algorith
  * Decodes an AlgorithmIdentifier. The parameters are kept as they are, whatever they are; nothing may follow
  * them.
  * @param node the SEQUENCE
- * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed with
- *             free_X509_ALGO_IDENTIFIER(). On failure *out stays as it was, and so do the
- *             members of its record
+ * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed
+ *             with free_X509_ALGO_IDENTIFIER(). On failure *out stays as it was, and so do the members of
+ *             its record
  * @return 0
  * @return 0x46260049 for a null argument
  * @return 0x46260104 when the algorithm is missing, an element is broken, or memory runs out
@@ -93,7 +93,7 @@ TLXPKI_API uint32_t Seq_to_X509_ALGO_IDENTIFIER(const ASN1_UNIT *node, X509_ALGO
  * Without parameters nothing stands in their place, no NULL either.
  * @param algorithm the record
  * @param out       receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                  freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 1 for a null argument
  * @return 0x46250103 when the algorithm is missing, a member cannot be encoded, or memory runs out
@@ -145,8 +145,8 @@ TLXPKI_API X509_ALGO_IDENTIFIER *get_X509_ALGO_IDENTIFIERS_child(const X509_ALGO
  * Inserts a copy of an algorithm identifier.
  * @param algorithms the list
  * @param algorithm  the record; stays the caller's
- * @param index      the copy goes before the record at this index; below 0 or above the count it goes to the
- * end
+ * @param index      the copy goes before the record at this index; below 0 or above the count it goes to
+ *                   the end
  * @return 0; 1 for null arguments and when memory runs out (the list is unchanged then)
  */
 TLXPKI_API uint32_t add_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algorithms,
@@ -157,7 +157,7 @@ TLXPKI_API uint32_t add_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algor
  * @param algorithms the list
  * @param index      0 for the first
  * @return the record, now the caller's, freed with free_X509_ALGO_IDENTIFIER(); null for null and an index
- * that there is not
+ *         that there is not
  */
 TLXPKI_API X509_ALGO_IDENTIFIER *remove_X509_ALGO_IDENTIFIERS_child(X509_ALGO_IDENTIFIERS *algorithms,
                                                                     int32_t index);
@@ -166,7 +166,7 @@ TLXPKI_API X509_ALGO_IDENTIFIER *remove_X509_ALGO_IDENTIFIERS_child(X509_ALGO_ID
  * Decodes a SET OF or SEQUENCE OF AlgorithmIdentifier, whatever the tag of the node.
  * @param node the set
  * @param out  a list it points to gets the records in place of its own; else it receives a new one, freed
- * with free_X509_ALGO_IDENTIFIERS(). Unchanged on failure
+ *             with free_X509_ALGO_IDENTIFIERS(). Unchanged on failure
  * @return 0
  * @return 0x46280049 for a null argument
  * @return 0x46280104 when an algorithm identifier cannot be decoded, or memory runs out
@@ -178,7 +178,7 @@ TLXPKI_API uint32_t Seq_to_X509_ALGO_IDENTIFIERS(const ASN1_UNIT *node, X509_ALG
  * records are not sorted.
  * @param algorithms the list
  * @param out        receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                   freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46270049 for a null argument
  * @return 0x46270103 when an algorithm identifier is missing or cannot be encoded, or memory runs out

@@ -114,8 +114,8 @@ TLXPKI_API int32_t get_X509_ATTRIBUTES_index_by_OID(const X509_ATTRIBUTES *attri
  * Takes an attribute out of a list.
  * @param attributes the list
  * @param index      0 for the first
- * @return the attribute, now the caller's, freed with free_X509_ATTRIBUTE(); null for null and an index that
- * there is not
+ * @return the attribute, now the caller's, freed with free_X509_ATTRIBUTE(); null for null and an index
+ *         that there is not
  */
 TLXPKI_API X509_ATTRIBUTE *remove_X509_ATTRIBUTES_child(X509_ATTRIBUTES *attributes, int32_t index);
 
@@ -138,7 +138,7 @@ TLXPKI_API uint32_t get_X509_ATTRIBUTE_count(const X509_ATTRIBUTE *attribute);
  * @param attribute the attribute
  * @param index     0 for the first
  * @return the ASN1_UNIT or ASN1_STRING, which the attribute owns; null for null and an index that there is
- * not
+ *         not
  */
 TLXPKI_API void *get_X509_ATTRIBUTE_data(const X509_ATTRIBUTE *attribute, int32_t index);
 
@@ -171,20 +171,20 @@ TLXPKI_API uint32_t add_X509_ATTRIBUTE_data(X509_ATTRIBUTE *attribute, uint32_t 
  * Appends a string itself; no copy is made.
  * @param attribute the attribute, which owns the string from then on
  * @param string    the value; its type becomes the type of the value. A string type with bit 0x20 cannot be
- * held as a string and is refused
- * @return 0; 1 for null arguments, such a type and when memory runs out (the string stays the caller's then)
+ *                  held as a string and is refused
+ * @return 0; 1 for null arguments, such a type and when memory runs out (the string stays the caller's
+ *         then)
  */
 TLXPKI_API uint32_t add_X509_ATTRIBUTE_set(X509_ATTRIBUTE *attribute, ASN1_STRING *string);
 
 /**
  * Makes or fills an attribute with a type and one more value.
- * @param attribute may be null. An attribute that *attribute points to is filled; when *attribute is null it
- * receives the new attribute
+ * @param attribute may be null. An attribute that *attribute points to is filled; when *attribute is null
+ *                  it receives the new attribute
  * @param oid       the type; copied
  * @param type,value as for add_X509_ATTRIBUTE_data()
  * @return the attribute. A new one is freed with free_X509_ATTRIBUTE()
- * @return null for a null oid or value and when memory runs out; a given attribute is unchanged
- *         then
+ * @return null for a null oid or value and when memory runs out; a given attribute is unchanged then
  */
 TLXPKI_API X509_ATTRIBUTE *create_X509_ATTRIBUTE_OID(X509_ATTRIBUTE **attribute, const OBJECT_IDENTIFIER *oid,
                                                      uint32_t type, const void *value);
@@ -203,7 +203,7 @@ TLXPKI_API X509_ATTRIBUTE *create_X509_ATTRIBUTE_index(X509_ATTRIBUTE **attribut
  * @param attributes the list
  * @param attribute  the attribute; stays the caller's
  * @param index      the copy goes before the attribute at this index; below 0 or above the count it goes to
- * the end
+ *                   the end
  * @return 0; 1 for null arguments and when memory runs out (the list is unchanged then)
  */
 TLXPKI_API uint32_t add_X509_ATTRIBUTES_child(X509_ATTRIBUTES *attributes, const X509_ATTRIBUTE *attribute,
@@ -232,8 +232,8 @@ TLXPKI_API uint32_t add_X509_ATTRIBUTES_OID_INDEX(X509_ATTRIBUTES *attributes, i
 /**
  * Decodes an Attribute.
  * @param node the SEQUENCE { type, SET of values }
- * @param out  an attribute it points to is filled, its old type and values freed; else it receives a new one,
- * freed with free_X509_ATTRIBUTE()
+ * @param out  an attribute it points to is filled, its old type and values freed; else it receives a new
+ *             one, freed with free_X509_ATTRIBUTE()
  * @return 0
  * @return 0x46220049 for a null argument (*out stays as it was)
  * @return 0x46220104 when the type, the SET or a value is missing or cannot be decoded, or memory runs out.
@@ -245,7 +245,7 @@ TLXPKI_API uint32_t Seq_to_X509_ATTRIBUTE(const ASN1_UNIT *node, X509_ATTRIBUTE 
  * Encodes an Attribute with its values in list order.
  * @param attribute the attribute
  * @param out       receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                  freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46210049 for a null argument
  * @return 0x46210103 when the type or a value is missing or cannot be encoded, or memory runs out
@@ -255,8 +255,8 @@ TLXPKI_API uint32_t X509_ATTRIBUTE_to_Seq(const X509_ATTRIBUTE *attribute, ASN1_
 /**
  * Decodes a SET OF Attribute, whatever the tag of the node.
  * @param node the set
- * @param out  a list it points to gets the attributes in place of its own; else it receives a new one, freed
- * with free_X509_ATTRIBUTES(). Unchanged on failure
+ * @param out  a list it points to gets the attributes in place of its own; else it receives a new one,
+ *             freed with free_X509_ATTRIBUTES(). Unchanged on failure
  * @return 0
  * @return 0x46240049 for a null argument
  * @return 0x4624002B when there are no attributes
@@ -269,7 +269,7 @@ TLXPKI_API uint32_t Seq_to_X509_ATTRIBUTES(const ASN1_UNIT *node, X509_ATTRIBUTE
  * Encodes a SET OF Attribute in list order; the attributes are not sorted.
  * @param attributes the list
  * @param out        receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                   freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46230049 for a null argument
  * @return 0x4623002B for an empty list and one with a missing attribute

@@ -84,8 +84,8 @@ TLXPKI_API uint32_t set_X509_EXTENSION_data(X509_EXTENSION *extension, const OCT
 
 /**
  * Makes or fills an extension.
- * @param extension may be null. An extension that *extension points to is filled, its old members freed; when
- *                  *extension is null it receives the new extension
+ * @param extension may be null. An extension that *extension points to is filled, its old members freed;
+ *                  when *extension is null it receives the new extension
  * @param oid       the identifier; copied
  * @param critical  as for set_X509_EXTENSION_critical()
  * @param data      the octets of the value's encoding; copied
@@ -170,7 +170,7 @@ TLXPKI_API int32_t get_X509_EXTENSION_index_by_OID_index(const X509_EXTENSIONS *
  * @param extensions the list
  * @param extension  the extension; stays the caller's
  * @param index      the copy goes before the extension at this index; below 0 or above the count it goes to
- * the end
+ *                   the end
  * @return 0; 1 for null arguments and when memory runs out (the list is unchanged then)
  */
 TLXPKI_API uint32_t add_X509_EXTENSION(X509_EXTENSIONS *extensions, const X509_EXTENSION *extension,
@@ -180,8 +180,8 @@ TLXPKI_API uint32_t add_X509_EXTENSION(X509_EXTENSIONS *extensions, const X509_E
  * Takes an extension out of a list.
  * @param extensions the list
  * @param index      0 for the first
- * @return the extension, now the caller's, freed with free_X509_EXTENSION(); null for null and an index that
- * there is not
+ * @return the extension, now the caller's, freed with free_X509_EXTENSION(); null for null and an index
+ *         that there is not
  */
 TLXPKI_API X509_EXTENSION *remove_X509_EXTENSION(X509_EXTENSIONS *extensions, int32_t index);
 
@@ -190,7 +190,8 @@ TLXPKI_API X509_EXTENSION *remove_X509_EXTENSION(X509_EXTENSIONS *extensions, in
  * none.
  * @param node the SEQUENCE
  * @param out  an extension it points to is filled, its old members freed; else it receives a new one, freed
- * with free_X509_EXTENSION(). On failure *out stays as it was, and so do the members of its extension
+ *             with free_X509_EXTENSION(). On failure *out stays as it was, and so do the members of its
+ *             extension
  * @return 0
  * @return 0x461E0049 for a null argument
  * @return 0x461E0104 when the identifier or the value is missing, an element is broken, or memory runs out
@@ -201,7 +202,7 @@ TLXPKI_API uint32_t Seq_to_X509_EXTENSION(const ASN1_UNIT *node, X509_EXTENSION 
  * Encodes an Extension. The critical flag is written only when it is set, as 0xFF.
  * @param extension the extension
  * @param out       receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                  freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x461D0049 for a null argument
  * @return 0x461D0103 when the identifier or the value is missing or cannot be encoded, or memory runs out
@@ -211,8 +212,8 @@ TLXPKI_API uint32_t X509_EXTENSION_to_Seq(const X509_EXTENSION *extension, ASN1_
 /**
  * Decodes Extensions. An empty SEQUENCE decodes to an empty list.
  * @param node the SEQUENCE
- * @param out  a list it points to gets the extensions in place of its own; else it receives a new one, freed
- * with free_X509_EXTENSIONS(). Unchanged on failure
+ * @param out  a list it points to gets the extensions in place of its own; else it receives a new one,
+ *             freed with free_X509_EXTENSIONS(). Unchanged on failure
  * @return 0
  * @return 0x46200049 for a null argument
  * @return 0x46200104 when an extension cannot be decoded, or memory runs out
@@ -223,7 +224,7 @@ TLXPKI_API uint32_t Seq_to_X509_EXTENSIONS(const ASN1_UNIT *node, X509_EXTENSION
  * Encodes Extensions in list order.
  * @param extensions the list
  * @param out        receives the node: a node it points to already is filled, else *out becomes a new one,
- * freed with free_ASN1_UNIT(). Unchanged on failure
+ *                   freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x461F0049 for a null argument
  * @return 0x461F0103 when an extension is missing or cannot be encoded, or memory runs out

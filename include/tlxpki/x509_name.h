@@ -136,7 +136,7 @@ TLXPKI_API uint32_t add_X509_NAME_child_OID_index(X509_NAME *name, int32_t oid_i
  * @param name  the name
  * @param index 0 for the first
  * @return the entry, now the caller's, freed with free_X509_NAME_CHILD(); null for null and an index that
- * there is not
+ *         there is not
  */
 TLXPKI_API X509_NAME_CHILD *remove_X509_NAME_child(X509_NAME *name, int32_t index);
 
@@ -157,7 +157,7 @@ TLXPKI_API int32_t cmp_X509_NAME(const X509_NAME *a, const X509_NAME *b);
  * @param out       receives the digest, at most TLX_DIGEST_MAX_LENGTH octets
  * @return the length of the digest
  * @return 0xFFFFFFFF for null arguments, a name without entries or that cannot be encoded, a digest that is
- * not available and when memory runs out
+ *         not available and when memory runs out
  */
 TLXPKI_API uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id, uint8_t *out);
 
@@ -165,8 +165,8 @@ TLXPKI_API uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id
  * A name as text by RFC 4514, in UTF-8: last entry first, attribute types by their registered short names or
  * as dotted texts, values with what has to be escaped escaped.
  * @param name the name
- * @return a NUL-terminated text, freed with tlx_free(); null for null, entries without type or value, values
- * that cannot be converted and when memory runs out
+ * @return a NUL-terminated text, freed with tlx_free(); null for null, entries without type or value,
+ *         values that cannot be converted and when memory runs out
  */
 TLXPKI_API char *dump_X509_NAME(const X509_NAME *name);
 
@@ -174,11 +174,11 @@ TLXPKI_API char *dump_X509_NAME(const X509_NAME *name);
  * Decodes a Name. An empty one decodes to a name without entries.
  * @param node the SEQUENCE
  * @param out  receives a new name, freed with free_X509_NAME(); a name it points to already gets the new
- * entries in place of its own. Unchanged on failure
+ *             entries in place of its own. Unchanged on failure
  * @return 0
  * @return 0x461C0049 for a null argument
  * @return 0x461C0104 when a relative distinguished name lacks its SET, SEQUENCE, type or value, or memory
- * runs out
+ *         runs out
  */
 TLXPKI_API uint32_t Seq_to_X509_NAME(const ASN1_UNIT *node, X509_NAME **out);
 
@@ -187,7 +187,7 @@ TLXPKI_API uint32_t Seq_to_X509_NAME(const ASN1_UNIT *node, X509_NAME **out);
  * SEQUENCE.
  * @param name the name
  * @param out  receives the node: a node it points to already is filled, else *out becomes a new one, freed
- * with free_ASN1_UNIT(). On failure a node it pointed to is freed and *out becomes null
+ *             with free_ASN1_UNIT(). On failure a node it pointed to is freed and *out becomes null
  * @return 0
  * @return 0x461B0049 for a null argument (*out stays as it was)
  * @return 0x461B002B when an entry is missing

@@ -50,7 +50,7 @@ TLXPKI_API void free_ASYMMETRIC_KEY(ASYMMETRIC_KEY *key);
  * Copies a holder with its key.
  * @param key the holder
  * @return the copy, freed with free_ASYMMETRIC_KEY(); null for null, a key of a kind that is not known and
- * when memory runs out
+ *         when memory runs out
  */
 TLXPKI_API ASYMMETRIC_KEY *dup_ASYMMETRIC_KEY(const ASYMMETRIC_KEY *key);
 
@@ -92,7 +92,7 @@ TLXPKI_API X509_PUBKEY *dup_X509_PUBKEY(const X509_PUBKEY *pubkey);
  * Compares two public keys by algorithm, parameters and key octets. NULL parameters and none are the same.
  * @param a,b the records
  * @return 0 when they are equal, -1 when they are not (which gives no order), 1 for a null argument or a
- * record without an algorithm or key octets
+ *         record without an algorithm or key octets
  */
 TLXPKI_API int32_t cmp_X509_PUBKEY(const X509_PUBKEY *a, const X509_PUBKEY *b);
 
@@ -115,7 +115,7 @@ TLXPKI_API ASYMMETRIC_KEY *get_X509_PUBKEY_key(const X509_PUBKEY *pubkey);
  * @param pubkey the record; what it held is freed
  * @param rsa    a unit with a modulus and a public exponent, whose public numbers are copied
  * @return 0; 1 for null arguments, a unit without those numbers and when memory runs out (the record is
- * unchanged then)
+ *         unchanged then)
  */
 TLXPKI_API uint32_t set_X509_PUBKEY_rsa(X509_PUBKEY *pubkey, const RSA_UNIT *rsa);
 
@@ -124,7 +124,7 @@ TLXPKI_API uint32_t set_X509_PUBKEY_rsa(X509_PUBKEY *pubkey, const RSA_UNIT *rsa
  * @param pubkey the record; what it held is freed
  * @param kcdsa  a unit with p, q, g and y, which are copied; its private number is not
  * @return 0; 1 for null arguments, a unit without those numbers and when memory runs out (the record is
- * unchanged then)
+ *         unchanged then)
  */
 TLXPKI_API uint32_t set_X509_PUBKEY_kcdsa(X509_PUBKEY *pubkey, const KCDSA *kcdsa);
 
@@ -132,34 +132,34 @@ TLXPKI_API uint32_t set_X509_PUBKEY_kcdsa(X509_PUBKEY *pubkey, const KCDSA *kcds
  * Makes a record an elliptic-curve public key: id-ecPublicKey with the identifier of the curve, the point
  * uncompressed.
  * @param pubkey the record; what it held is freed
- * @param ecc    a key with a curve that has a name and a public point, which are copied; its private value is
- * not
+ * @param ecc    a key with a curve that has a name and a public point, which are copied; its private value
+ *               is not
  * @return 0; 1 for null arguments, a key without those members, a curve that is not known by name and when
- * memory runs out (the record is unchanged then)
+ *         memory runs out (the record is unchanged then)
  */
 TLXPKI_API uint32_t set_X509_PUBKEY_ecc(X509_PUBKEY *pubkey, const ECC_KEY *ecc);
 
 /**
  * Decodes a SubjectPublicKeyInfo, as described above.
  * @param node the SEQUENCE
- * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed with
- *             free_X509_PUBKEY(). On failure *out stays as it was, and so do the members of its record
+ * @param out  a record it points to is filled, its old members freed; else it receives a new one, freed
+ *             with free_X509_PUBKEY(). On failure *out stays as it was, and so do the members of its record
  * @return 0
  * @return 0x46140049 for a null argument
  * @return 0x46140104 when the algorithm identifier or the key octets are missing or broken, or memory runs
- * out
+ *         out
  */
 TLXPKI_API uint32_t Seq_to_X509_PUBKEY(const ASN1_UNIT *node, X509_PUBKEY **out);
 
 /**
  * Encodes a SubjectPublicKeyInfo from the algorithm, its parameters and the key octets.
  * @param pubkey the record
- * @param out    receives the node: a node it points to already is filled, else *out becomes a new one, freed
- * with free_ASN1_UNIT(). Unchanged on failure
+ * @param out    receives the node: a node it points to already is filled, else *out becomes a new one,
+ *               freed with free_ASN1_UNIT(). Unchanged on failure
  * @return 0
  * @return 0x46130049 for a null argument
  * @return 0x46130103 when the algorithm or the key octets are missing or cannot be encoded, or memory runs
- * out
+ *         out
  */
 TLXPKI_API uint32_t X509_PUBKEY_to_Seq(const X509_PUBKEY *pubkey, ASN1_UNIT **out);
 
