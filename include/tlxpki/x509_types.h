@@ -19,6 +19,7 @@ typedef struct X509_NAME_CHILD {
 /** Attributes: X509_ATTRIBUTE entries. */
 typedef STACK X509_ATTRIBUTES;
 
+/** One attribute with its values. */
 typedef struct X509_ATTRIBUTE {
     OBJECT_IDENTIFIER *type; /**< owned */
     STACK *values;           /**< X509_ATTRIBUTE_DATA entries, owned; never null after new_X509_ATTRIBUTE */
@@ -39,6 +40,7 @@ typedef struct X509_ALGO_IDENTIFIER {
     ASN1_UNIT *parameters;        /**< the complete element of the parameters, or null; owned */
 } X509_ALGO_IDENTIFIER;
 
+/** X509_ALGO_IDENTIFIER entries. */
 typedef STACK X509_ALGO_IDENTIFIERS;
 
 /** A point in time as a certificate writes it. */
@@ -47,6 +49,7 @@ typedef struct X509_TIME {
     ASN1_STRING *time; /**< owned */
 } X509_TIME;
 
+/** The interval in which a certificate is valid, ends included. */
 typedef struct X509_VALIDITY {
     X509_TIME notBefore;
     X509_TIME notAfter;
@@ -64,10 +67,11 @@ typedef struct ASYMMETRIC_KEY {
 typedef struct X509_PUBKEY {
     OBJECT_IDENTIFIER *algorithm; /**< owned */
     BIT_STRING *subjectPublicKey; /**< owned */
-    ASYMMETRIC_KEY *key;          /**< the decoded key; null for an algorithm that is not known; owned */
+    ASYMMETRIC_KEY *key;          /**< the decoded key; null when it is of no known kind and form; owned */
     ASN1_UNIT *parameters;        /**< the algorithm's parameters as received, or null; owned */
 } X509_PUBKEY;
 
+/** One extension. */
 typedef struct X509_EXTENSION {
     OBJECT_IDENTIFIER *object; /**< owned */
     uint8_t critical;          /**< 0, or the BOOLEAN's contents octet */
@@ -77,11 +81,11 @@ typedef struct X509_EXTENSION {
 /** X509_EXTENSION entries. */
 typedef STACK X509_EXTENSIONS;
 
-/** TBSCertificate. */
+/** TBSCertificate. It owns its members, each of which may be null. */
 typedef struct X509_TBS_CERT {
     uint8_t version; /**< 0 v1, 1 v2, 2 v3 */
     BIGINT *serialNumber;
-    OBJECT_IDENTIFIER *signature;
+    OBJECT_IDENTIFIER *signature; /**< the algorithm only, without parameters */
     X509_NAME *issuer;
     X509_VALIDITY *validity;
     X509_NAME *subject;
@@ -91,9 +95,10 @@ typedef struct X509_TBS_CERT {
     X509_EXTENSIONS *extensions; /**< or null */
 } X509_TBS_CERT;
 
+/** Certificate. It owns its members. */
 typedef struct X509_CERT {
-    X509_TBS_CERT *tbsCertificate;
-    OBJECT_IDENTIFIER *signatureAlgorithm;
+    X509_TBS_CERT *tbsCertificate;         /**< made together with the certificate */
+    OBJECT_IDENTIFIER *signatureAlgorithm; /**< the algorithm only, without parameters */
     BIT_STRING *signatureValue;
 } X509_CERT;
 
