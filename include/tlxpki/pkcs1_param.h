@@ -76,8 +76,8 @@ TLXPKI_API RSAES_OAEP_PARAM *dup_RSAES_OAEP_PARAM(const RSAES_OAEP_PARAM *param)
 
 /**
  * Reads RSASSA-PSS-params. All three fields have to be there: an empty SEQUENCE, which stands for all
- * defaults, and one with a trailer field are refused. A child that carries no context tag leaves its member
- * null.
+ * defaults, and one with a trailer field are refused, so that a caller never has to know the defaults. A
+ * child that carries no context tag leaves its member null.
  * @param node  the SEQUENCE
  * @param param points to the record to fill, which is cleaned first and left cleaned on failure. When *param
  *              is null the parameters are only checked: no record is handed out

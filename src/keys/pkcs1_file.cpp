@@ -137,6 +137,7 @@ i32 hex_digit(char c) noexcept {
     return -1;
 }
 
+/// Digits of either case: other programs write them in lower case.
 bool read_iv(string_view digits, u8 (&iv)[kPemIvLength]) noexcept {
     if (digits.size() < 2 * kPemIvLength) return false;
     for (std::size_t i = 0; i < kPemIvLength; ++i) {
