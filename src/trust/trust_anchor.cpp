@@ -5,8 +5,15 @@ using namespace tlx;
 // TrustAnchor ::= SEQUENCE { name Name, publicKey SubjectPublicKeyInfo }
 namespace {
 
+/// A name whose failure counts as the anchor's own.
+struct AnchorName : Name {
+    static u32 decode(const Element &element, type **out) noexcept {
+        return Name::decode(element, out) == 0 ? 0 : kFieldFailed;
+    }
+};
+
 constexpr auto kTrustAnchor =
-    record<TRUST_ANCHOR>(codes(0x53040000, 0x53030000), exactly(2), field<Name>(&TRUST_ANCHOR::name),
+    record<TRUST_ANCHOR>(codes(0x53040000, 0x53030000), exactly(2), field<AnchorName>(&TRUST_ANCHOR::name),
                          field<Nested<X509_PUBKEY>>(&TRUST_ANCHOR::publicKey));
 
 bool equal(const TRUST_ANCHOR &anchor, const X509_NAME *name, const X509_PUBKEY *key) noexcept {
