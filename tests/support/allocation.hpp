@@ -20,8 +20,9 @@ class LeakCheck {
     std::uint64_t before_;
 };
 
-/// Runs `operation` with the 1st, 2nd, ... allocation failing until a run succeeds. `operation` returns true on
-/// success; on failure it must have checked its own status, and no block may stay live. Returns how many runs failed.
+/// Runs `operation` with the 1st, 2nd, ... allocation failing until a run succeeds. `operation` returns true
+/// on success; on failure it must have checked its own status, and no block may stay live. Returns how many
+/// runs failed.
 template <typename Operation>
 unsigned sweep_failing_allocations(Operation operation) {
     constexpr unsigned kMost = 100000;
