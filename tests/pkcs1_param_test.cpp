@@ -236,11 +236,11 @@ TEST_F(Params, AreCopiedDeeply) {
 
 TEST_F(Params, OfOpensslAreRead) {
     const CommandFolder folder;
-    static_cast<void>(
-        folder.run("openssl genpkey -quiet -algorithm RSA-PSS -pkeyopt rsa_keygen_bits:1024"
-                   " -pkeyopt rsa_pss_keygen_md:sha256 -pkeyopt rsa_pss_keygen_mgf1_md:sha384"
-                   " -pkeyopt rsa_pss_keygen_saltlen:32 -out key.pem 2>&1;"
-                   "openssl pkey -in key.pem -pubout -outform DER -out public.der"));
+    folder.run(
+        "openssl genpkey -quiet -algorithm RSA-PSS -pkeyopt rsa_keygen_bits:1024"
+        " -pkeyopt rsa_pss_keygen_md:sha256 -pkeyopt rsa_pss_keygen_mgf1_md:sha384"
+        " -pkeyopt rsa_pss_keygen_saltlen:32 -out key.pem 2>&1;"
+        "openssl pkey -in key.pem -pubout -outform DER -out public.der");
     const Pss pss(new_RSASSA_PSS_PARAM());
     RSASSA_PSS_PARAM *out = pss.get();
     const tlx_test::Node node =
@@ -251,11 +251,11 @@ TEST_F(Params, OfOpensslAreRead) {
     EXPECT_EQ(get_BIGINT_word(pss->saltLength), 32U);
     EXPECT_EQ(der_of(pss), hex_of(node.get()));
 
-    static_cast<void>(
-        folder.run("openssl req -x509 -newkey rsa:2048 -nodes -keyout key.pem -out cert.pem -subj /CN=x &&"
-                   "openssl cms -encrypt -binary -in cert.pem -outform DER -out message.der -recip cert.pem"
-                   " -keyopt rsa_padding_mode:oaep -keyopt rsa_oaep_md:sha512"
-                   " -keyopt rsa_mgf1_md:sha256 -keyopt rsa_oaep_label:616263"));
+    folder.run(
+        "openssl req -x509 -newkey rsa:2048 -nodes -keyout key.pem -out cert.pem -subj /CN=x &&"
+        "openssl cms -encrypt -binary -in cert.pem -outform DER -out message.der -recip cert.pem"
+        " -keyopt rsa_padding_mode:oaep -keyopt rsa_oaep_md:sha512"
+        " -keyopt rsa_mgf1_md:sha256 -keyopt rsa_oaep_label:616263");
     const Oaep oaep(new_RSAES_OAEP_PARAM());
     RSAES_OAEP_PARAM *out_oaep = oaep.get();
     const tlx_test::Node oaep_node =
@@ -273,7 +273,7 @@ struct FreeUnit {
 
 TEST_F(Params, OfOursRuleWhatOpensslAccepts) {
     const CommandFolder folder;
-    static_cast<void>(folder.run("openssl genrsa -traditional -out key.pem 1024"));
+    folder.run("openssl genrsa -traditional -out key.pem 1024");
     const std::unique_ptr<RSA_UNIT, FreeUnit> unit(new_RSA_UNIT());
     ASSERT_EQ(readPKCS1_from_File(unit.get(), nullptr, 0, folder.path("key.pem").c_str()), 0U);
 

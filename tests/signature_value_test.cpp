@@ -125,9 +125,9 @@ TEST_F(SignatureValue, RefusesWhatIsNone) {
 
 TEST_F(SignatureValue, OfOpensslIsTheSame) {
     const tlx_test::CommandFolder folder;
-    static_cast<void>(folder.run("openssl ecparam -name prime256v1 -genkey -noout -out key.pem"));
+    folder.run("openssl ecparam -name prime256v1 -genkey -noout -out key.pem");
     for (int i = 0; i < 8; ++i) {
-        static_cast<void>(folder.run("openssl dgst -sha256 -sign key.pem -out signature key.pem"));
+        folder.run("openssl dgst -sha256 -sign key.pem -out signature key.pem");
         const std::string der = folder.read("signature");
         const std::string text = hex_of(reinterpret_cast<const std::uint8_t *>(der.data()), der.size());
         const std::string numbers = decode(decode_ECDSASignatureValue, node_of(text).get());

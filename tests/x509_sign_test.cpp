@@ -83,11 +83,11 @@ class Authority {
 
   private:
     Authority() : key_(new_ASYMMETRIC_KEY()) {
-        static_cast<void>(
-            folder_.run("openssl req -x509 -newkey rsa:2048 -nodes -sha256 -days 2 -keyout ca.p8 "
-                        "-subj /C=KR/O=Example/CN=Authority -outform DER -out ca.der && "
-                        "openssl rsa -in ca.p8 -traditional -out ca.key && "
-                        "openssl x509 -in ca.der -inform DER -out ca.pem"));
+        folder_.run(
+            "openssl req -x509 -newkey rsa:2048 -nodes -sha256 -days 2 -keyout ca.p8 "
+            "-subj /C=KR/O=Example/CN=Authority -outform DER -out ca.der && "
+            "openssl rsa -in ca.p8 -traditional -out ca.key && "
+            "openssl x509 -in ca.der -inform DER -out ca.pem");
         der_ = octets_of(folder_.read("ca.der"));
         const Rsa unit(new_RSA_UNIT());
         EXPECT_EQ(readPKCS1_from_File(unit.get(), nullptr, 0, folder_.path("ca.key").c_str()), 0U);
@@ -155,9 +155,8 @@ TEST(RsaCertificates, OfOpensslVerify) {
     const CommandFolder folder;
     for (const char *digest : {"md5", "sha1", "sha224", "sha256", "sha384", "sha512"}) {
         SCOPED_TRACE(digest);
-        static_cast<void>(
-            folder.run("openssl req -x509 -newkey rsa:1024 -nodes -" + std::string(digest) +
-                       " -days 2 -keyout key.pem -subj /C=KR/CN=Root -outform DER -out cert.der"));
+        folder.run("openssl req -x509 -newkey rsa:1024 -nodes -" + std::string(digest) +
+                   " -days 2 -keyout key.pem -subj /C=KR/CN=Root -outform DER -out cert.der");
         const Cert cert = decode(octets_of(folder.read("cert.der")));
         ASSERT_NE(cert, nullptr);
         EXPECT_EQ(verify_own(cert), 0U);
@@ -211,10 +210,10 @@ TEST(RsaCertificates, OfAnIssuerGoBothWays) {
     const CommandFolder folder;
     folder.write("ca.pem", authority.folder().read("ca.pem"));
     folder.write("ca.key", authority.folder().read("ca.key"));
-    static_cast<void>(folder.run(
+    folder.run(
         "openssl req -newkey rsa:1024 -nodes -keyout user.key -subj /C=KR/CN=User -out user.csr && "
         "openssl x509 -req -in user.csr -CA ca.pem -CAkey ca.key -CAcreateserial -sha384"
-        " -days 1 -outform DER -out user.der"));
+        " -days 1 -outform DER -out user.der");
     const Cert user = decode(octets_of(folder.read("user.der")));
     ASSERT_NE(user, nullptr);
     const Cert issuer = authority.cert();
@@ -555,7 +554,7 @@ TEST(Memory, MayRunOutAnywhere) {
     EXPECT_EQ(gen_SIG_X509_Cert(kcdsa.get(), key.get()), 0U);
     EXPECT_EQ(gen_SIG_X509_Cert(rsa.get(), authority.key()), 0U);
     EXPECT_GT(sweep([&] { return verify_own(rsa); }), 0U);
-    EXPECT_GT(sweep([&] { return verify_own(kcdsa); }), 2U);
+    EXPECT_GT(sweep([&] { return verify_own(kcdsa); }), 1U);
     EXPECT_GT(sweep([&] { return gen_SIG_X509_Cert(rsa.get(), authority.key()); }), 4U);
     EXPECT_GT(sweep([&] { return gen_SIG_X509_Cert(kcdsa.get(), key.get()); }), 4U);
     EXPECT_EQ(sweep([&] { return verify_X509_validity(rsa.get(), nullptr); }), 3U);

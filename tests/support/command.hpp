@@ -40,7 +40,7 @@ class CommandFolder {
 
     /// What a shell command line prints to either stream. It fails the test when it ends with a status other
     /// than 0.
-    [[nodiscard]] std::string run(const std::string &command) const {
+    std::string run(const std::string &command) const {
         std::string output;
         const int status = execute(command, output);
         EXPECT_EQ(status, 0) << command << "\n" << output;
