@@ -1,0 +1,187 @@
+// tlxpki oid, tlxpki status, and what the command does without or with wrong arguments.
+#include <filesystem>
+#include <regex>
+#include <set>
+
+#include "program.hpp"
+
+namespace command_test {
+namespace {
+
+TEST(CommandUsage, HelpAndVersion) {
+    const Result version = run({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output, "tlxpki 5.1.42\n");
+
+    const Result help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char *command : {"verify", "show", "asn1", "oid", "status", "Exit status: 0 good"}) {
+        EXPECT_TRUE(help.says(command)) << command << help;
+    }
+    EXPECT_TRUE(run({"verify", "--help"}).says("--no-explicit-policy"));
+    EXPECT_EQ(help.errors, "");
+}
+
+TEST(CommandUsage, WrongArgumentsEndWithStatus2) {
+    const std::string root = chain("root.pem");
+    const struct {
+        Arguments arguments;
+        const char *complaint;
+    } cases[] = {
+        {{}, "subcommand is required"},
+        {{"frobnicate", "--help"}, "\"frobnicate\" is no command"},
+        {{"show"}, "FILE is required"},
+        {{"show", "--colour", root}, "--colour"},
+        {{"asn1", root, root}, "not expected"},
+        {{"oid"}, "TEXT is required"},
+        {{"status"}, "CODE is required"},
+        {{"status", "0xZZ"}, "\"0xZZ\" is no status code"},
+        {{"status", "0x100000000"}, "is no status code"},
+        {{"verify", root}, "--anchor is required"},
+        {{"verify", "--anchor", root}, "TARGET is required"},
+        {{"verify", "--anchor", root, "--max-length", "0", root}, "--max-length"},
+        {{"verify", "--anchor", root, "--max-length", "x", root}, "--max-length"},
+        {{"verify", "--anchor", root, "--policy", "no-policy", root},
+         "\"no-policy\" is no object identifier"},
+        {{"verify", "--anchor", root, "--policy", "1.2.", root}, "\"1.2.\" is no object identifier"},
+        {{"verify", "--anchor", root, "--policy", "1.2.3", "--policy", "3.1", root},
+         "\"3.1\" is no object identifier"},
+        {{"verify", "--anchor", root, "--at", "tomorrow", root}, "\"tomorrow\" is no time"},
+        {{"verify", "--anchor", root, "--at", "2026-02-29", root}, "is no time"},
+        {{"verify", "--anchor", root, "--at", "2026-01-01T24:00:00Z", root}, "is no time"},
+        {{"verify", "--anchor", root, "--at", "2026-01-01T00:00Z", root}, "is no time"},
+    };
+    for (const auto &wrong : cases) {
+        const Result result = run(wrong.arguments);
+        EXPECT_EQ(result.status, 2) << wrong.complaint << result;
+        EXPECT_TRUE(result.complains(wrong.complaint)) << wrong.complaint << result;
+        EXPECT_EQ(result.output, "") << wrong.complaint;
+    }
+}
+
+TEST(CommandUsage, OutputThatCannotBeWrittenIsTold) {
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "this system has no full device";
+    const int status = std::system(
+        (std::string(TLX_COMMAND) + " status 0 >/dev/full 2>'" + scratch("errors") + "'").c_str());
+    EXPECT_NE(status, 0);
+    EXPECT_NE(read_file(scratch("errors")).find("the output cannot be written"), std::string::npos);
+}
+
+TEST(CommandOid, FindsRowsByEveryText) {
+    const struct {
+        const char *text;
+        int index;
+        const char *short_name;
+        const char *dotted;
+        Json digest;
+        Json cipher;
+        int kind;
+    } cases[] = {
+        {"CN", 13, "CN", "2.5.4.3", nullptr, nullptr, 0},
+        {"commonName", 13, "CN", "2.5.4.3", nullptr, nullptr, 0},
+        {"2.5.4.3", 13, "CN", "2.5.4.3", nullptr, nullptr, 0},
+        {"13", 13, "CN", "2.5.4.3", nullptr, nullptr, 0},
+        {"sha256WithRSAEncryption", 668, "RSA-SHA256", "1.2.840.113549.1.1.11", "0x05000300", "0x20000001",
+         3},
+        {"HAS-160", 781, "HAS-160", "1.2.410.200004.1.2", "0x07000100", nullptr, 1},
+        {"SEED-CBC", 777, "SEED-CBC", "1.2.410.200004.1.4", nullptr, "0x04000120", 2},
+        {"0", 0, "UNDEF", "0.0", nullptr, nullptr, 0},
+    };
+    for (const auto &expected : cases) {
+        const Result result = run({"oid", "--json", expected.text});
+        EXPECT_EQ(result.status, 0) << expected.text << result;
+        const Json row = result.json().at(0);
+        EXPECT_EQ(row["index"], expected.index) << expected.text;
+        EXPECT_EQ(row["short_name"], expected.short_name) << expected.text;
+        EXPECT_EQ(row["dotted"], expected.dotted) << expected.text;
+        EXPECT_EQ(row["digest"], expected.digest) << expected.text;
+        EXPECT_EQ(row["cipher"], expected.cipher) << expected.text;
+        EXPECT_EQ(row["class"], expected.kind) << expected.text;
+    }
+    const Result text = run({"oid", "SHA1"});
+    EXPECT_TRUE(text.says("Dotted      1.3.14.3.2.26\n")) << text;
+    EXPECT_TRUE(text.says("Class name  digest or MAC\n")) << text;
+}
+
+TEST(CommandOid, WhatIsNotThereEndsWithStatus1) {
+    for (const char *text : {"841", "99999999999", "2.5.4.", "commonname", "1.2.3.4.5.6", ""}) {
+        const Result result = run({"oid", "--json", text, "C"});
+        EXPECT_EQ(result.status, 1) << text;
+        EXPECT_TRUE(result.complains(std::string("\"") + text + "\" is not in the registry")) << result;
+        EXPECT_EQ(result.json().size(), 1U) << "the other text is still answered";
+    }
+}
+
+TEST(CommandStatus, NamesModuleOperationAndReason) {
+    const struct {
+        const char *code;
+        int status;
+        const char *module;
+        const char *operation;
+        const char *reason;
+    } cases[] = {
+        {"0x53100054", 0, "certification paths", "validate_certpath", "a signature does not verify"},
+        {"0x53050047", 0, "certification paths", "build_certPath",
+         "something was not found, or a limit was exceeded"},
+        {"0x5309000e", 0, "certification paths", "validate_certpath",
+         "the issuer's basic constraints cannot be decoded"},
+        {"0x462D0113", 0, "X.509 certificates, names and keys", "verify_X509_validity",
+         "the time lies outside the validity period"},
+        {"0x46120106", 0, "X.509 certificates, names and keys", "X509_TBS_CERT_to_Seq",
+         "the subject is missing"},
+        {"0x47230104", 0, "X.509 extensions", "Seq_to_BASIC_CONSTRAINTS",
+         "a member is missing or cannot be decoded"},
+        {"0x4903002B", 0, "PKCS #1 keys and parameters, PKCS #11", "PBKDF, ",
+         "the input is empty or missing, or a list that must not be empty is"},
+        // A reason that is not documented for the function, which two operations share.
+        {"0x49031234", 0, "PKCS #1 keys and parameters, PKCS #11", "PBKDF, ", "unknown"},
+        {"0x54010049", 0, "certificate trust lists", "unknown", "a required argument or member is missing"},
+        {"0x99100054", 1, "unknown", "unknown", "unknown"},
+        {"1124073515", 0, "DER encoding, reading and writing", "readDER_from_Binary",
+         "the input is empty or missing, or a list that must not be empty is"},
+    };
+    for (const auto &expected : cases) {
+        const Result result = run({"status", "--json", expected.code});
+        EXPECT_EQ(result.status, expected.status) << expected.code << result;
+        const Json meaning = result.json().at(0);
+        EXPECT_EQ(meaning["module"], expected.module) << expected.code;
+        EXPECT_NE(meaning["operation"].get<std::string>().find(expected.operation), std::string::npos)
+            << expected.code << meaning;
+        EXPECT_EQ(meaning["reason"], expected.reason) << expected.code;
+    }
+}
+
+TEST(CommandStatus, KnowsThePlainValues) {
+    const Json meanings = run({"status", "--json", "0", "1", "2", "3", "0xFFFFFFFF"}).json();
+    const char *expected[] = {"success",
+                              "no reason given (for a signature: the key is neither RSA nor KCDSA)",
+                              "the signature does not verify", "the numbers of the key make no usable key",
+                              "failure of an operation that returns a length"};
+    ASSERT_EQ(meanings.size(), std::size(expected));
+    for (std::size_t i = 0; i < std::size(expected); ++i) {
+        EXPECT_EQ(meanings[i]["reason"], expected[i]);
+        EXPECT_FALSE(meanings[i].contains("module")) << meanings[i];
+    }
+}
+
+/// The table is written by a script: this tells when it has to run again.
+TEST(CommandStatus, KnowsEveryCodeThatTheHeadersDocument) {
+    const std::regex code("0x(4[0-9A-F]|5[0-4])(?!000000)[0-9A-F]{6}(?![0-9A-F.])");
+    std::set<std::string> codes;
+    for (const auto &file : std::filesystem::directory_iterator(in_source("include/tlxpki"))) {
+        const std::string text = read_file(file.path().string());
+        for (std::sregex_iterator at(text.begin(), text.end(), code), end; at != end; ++at)
+            codes.insert(at->str());
+    }
+    ASSERT_GT(codes.size(), 300U);
+    Arguments arguments{"status", "--json"};
+    arguments.insert(arguments.end(), codes.begin(), codes.end());
+    const Json meanings = run(arguments).json();
+    ASSERT_EQ(meanings.size(), codes.size());
+    for (const Json &meaning : meanings) {
+        EXPECT_NE(meaning["operation"], "unknown") << meaning["code"] << ": run scripts/make-status-codes";
+    }
+}
+
+}  // namespace
+}  // namespace command_test

@@ -1,0 +1,156 @@
+#include "program.hpp"
+
+#include <tlxpki.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+#include "support/command.hpp"
+
+namespace command_test {
+
+namespace {
+
+const tlx_test::CommandFolder &folder() {
+    static const tlx_test::CommandFolder folder;
+    return folder;
+}
+
+#ifdef _WIN32
+
+std::string quoted(const std::string &argument) {
+    return "\"" + argument + "\"";
+}
+
+/// The shell takes the outermost quotes off.
+int execute(const std::string &line) {
+    return std::system(quoted(line).c_str());
+}
+
+#else
+
+std::string quoted(const std::string &argument) {
+    std::string text = "'";
+    for (const char c : argument)
+        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return text + "'";
+}
+
+int execute(const std::string &line) {
+    const int status = std::system(line.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+#endif
+
+std::string command_line(const Arguments &arguments) {
+    std::string line = quoted(TLX_COMMAND);
+    for (const std::string &argument : arguments)
+        line += " " + quoted(argument);
+    return line;
+}
+
+}  // namespace
+
+Json Result::json() const {
+    Json parsed = Json::parse(output, nullptr, false);
+    EXPECT_FALSE(parsed.is_discarded()) << *this;
+    return parsed;
+}
+
+bool Result::says(const std::string &text) const {
+    return output.find(text) != std::string::npos;
+}
+bool Result::complains(const std::string &text) const {
+    return errors.find(text) != std::string::npos;
+}
+
+std::ostream &operator<<(std::ostream &out, const Result &run) {
+    return out << "exit status " << run.status << "\n"
+               << run.output.substr(0, 4000) << "\nerrors: " << run.errors;
+}
+
+Result run(const Arguments &arguments) {
+    Result result;
+    result.status = execute(command_line(arguments) + " >" + quoted(scratch("output")) + " 2>" +
+                            quoted(scratch("errors")));
+    result.output = read_file(scratch("output"));
+    result.errors = read_file(scratch("errors"));
+    return result;
+}
+
+Result run_on_terminal(const Arguments &arguments, const std::string &environment) {
+    Result result;
+    result.status = execute(environment + " script -qec " + quoted(command_line(arguments)) +
+                            " /dev/null </dev/null >" + quoted(scratch("output")));
+    result.output = read_file(scratch("output"));
+    return result;
+}
+
+std::string chain(const std::string &name) {
+    return in_source("tests/data/chains/" + name);
+}
+std::string in_source(const std::string &name) {
+    return std::string(TLX_SOURCE_DIR) + "/" + name;
+}
+std::string scratch(const std::string &name) {
+    return folder().path(name);
+}
+
+std::string write_file(const std::string &name, const std::string &octets) {
+    folder().write(name, octets);
+    return scratch(name);
+}
+
+std::string read_file(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string octets(const std::string &digits) {
+    std::string text;
+    std::string pair;
+    for (const char c : digits) {
+        if (c != ' ') pair.push_back(c);
+        if (pair.size() < 2) continue;
+        text.push_back(static_cast<char>(std::stoi(pair, nullptr, 16)));
+        pair.clear();
+    }
+    return text;
+}
+
+std::string element(int tag, const std::string &contents) {
+    const std::size_t size = contents.size();
+    std::string header(1, static_cast<char>(tag));
+    if (size >= 0x80) header.push_back(static_cast<char>(0x84));
+    for (const unsigned shift : {24U, 16U, 8U, 0U}) {
+        if (size >= 0x80 || shift == 0) header.push_back(static_cast<char>(size >> shift & 0xFF));
+    }
+    return header + contents;
+}
+
+std::string der_of(const std::string &path) {
+    const std::string text = read_file(path);
+    uint8_t *der = nullptr;
+    const uint32_t size = decode_PEM(text.data(), static_cast<int32_t>(text.size()), &der);
+    EXPECT_GT(size, 0U) << path;
+    const std::string result(reinterpret_cast<const char *>(der), size);
+    tlx_free(der);
+    return result;
+}
+
+std::string pem_of(const std::string &label, const std::string &der) {
+    char *text = nullptr;
+    const uint32_t size =
+        encode_PEM(reinterpret_cast<const uint8_t *>(der.data()), static_cast<uint32_t>(der.size()),
+                   label.data(), static_cast<uint32_t>(label.size()), &text, 1);
+    EXPECT_GT(size, 0U) << label;
+    const std::string result(text, size);
+    tlx_free(text);
+    return result;
+}
+
+}  // namespace command_test
