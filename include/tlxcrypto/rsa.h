@@ -121,8 +121,9 @@ TLXCRYPTO_API const BIGINT *get_RSA_UNIT_number(const RSA_UNIT *unit, TLX_RSA_NU
 /** Octets of the modulus, hence of a signature and of an encrypted key; 0 for null and a unit without
  * numbers. */
 TLXCRYPTO_API uint32_t get_RSA_length(const RSA_UNIT *unit);
-/** How many times a key object of the backend was built for the unit's present numbers: 0 before the first
- * operation, then 1; more only when several threads ran the first operation at once. 0 for null. */
+/** How many times something was computed from the unit's present numbers to be kept: 0 before the first
+ * operation, then 1 for verifying PKCS #1 v1.5 signatures and 1 for all other operations together; more only
+ * when several threads ran the first operation at once. 0 for null. */
 TLXCRYPTO_API uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit);
 
 /** Begins a signature or a verification on the unit, dropping one that is under way.

@@ -21,13 +21,11 @@ using KeyContext = std::unique_ptr<EVP_PKEY_CTX, FreeKey>;
 
 using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
 
-/// What the backend made of a unit's numbers, filled in by whichever thread needs it first. Preparing a
-/// context for PKCS #1 v1.5 costs a quarter of a verification, so the last one used is kept for the next
-/// call.
+/// What the backend made of a unit's numbers, filled in by whichever thread needs it first.
 struct RsaCache {
+    std::atomic<BN_MONT_CTX *> modulus = nullptr;
     std::atomic<EVP_PKEY *> key = nullptr;
-    std::atomic<EVP_PKEY_CTX *> signer = nullptr;
-    std::atomic<EVP_PKEY_CTX *> verifier = nullptr;
+    std::atomic<EVP_PKEY_CTX *> signer = nullptr;  ///< the context last used to sign with PKCS #1 v1.5
     std::atomic<u32> builds = 0;
 
     RsaCache() = default;
@@ -65,6 +63,11 @@ struct RSA_UNIT {
 };
 
 namespace tlx {
+
+[[nodiscard]] bool is_usable_public_part(const RsaNumbers &numbers) noexcept;
+
+/// Verifies a signature with PKCS #1 v1.5 padding. 0 or a TLX_RSA_ code; 1 when memory is short.
+u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept;
 
 /// Stores the backend's key of the unit, which stays the unit's. 0, TLX_RSA_BAD_KEY or 1.
 u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept;

@@ -26,15 +26,6 @@ constexpr const char *kNames[TLX_RSA_NUMBER_COUNT] = {
     OSSL_PKEY_PARAM_RSA_EXPONENT2, OSSL_PKEY_PARAM_RSA_COEFFICIENT1,
 };
 
-bool is_usable_public_part(const RsaNumbers &numbers) noexcept {
-    const u32 n_bits = get_BIGINT_bits(numbers[TLX_RSA_N]);
-    const u32 e_bits = get_BIGINT_bits(numbers[TLX_RSA_E]);
-    if (n_bits < kLeastBits || n_bits > kMostBits || !is_odd(numbers[TLX_RSA_N])) return false;
-    if (e_bits < 2 || !is_odd(numbers[TLX_RSA_E])) return false;
-    if (n_bits > kSmallModulusBits && e_bits > kMostExponentBits) return false;
-    return cmp_BIGINT(numbers[TLX_RSA_E], numbers[TLX_RSA_N]) < 0;
-}
-
 // The further numbers are at most as long as the modulus, none is zero, and no prime is even.
 bool is_usable_private_part(const RsaNumbers &numbers) noexcept {
     for (u32 i = TLX_RSA_D; i < TLX_RSA_NUMBER_COUNT; ++i) {
@@ -130,9 +121,18 @@ OwnedBigint number_of(const EVP_PKEY *key, const char *name) noexcept {
 
 namespace tlx {
 
+bool is_usable_public_part(const RsaNumbers &numbers) noexcept {
+    const u32 n_bits = get_BIGINT_bits(numbers[TLX_RSA_N]);
+    const u32 e_bits = get_BIGINT_bits(numbers[TLX_RSA_E]);
+    if (n_bits < kLeastBits || n_bits > kMostBits || !is_odd(numbers[TLX_RSA_N])) return false;
+    if (e_bits < 2 || !is_odd(numbers[TLX_RSA_E])) return false;
+    if (n_bits > kSmallModulusBits && e_bits > kMostExponentBits) return false;
+    return cmp_BIGINT(numbers[TLX_RSA_E], numbers[TLX_RSA_N]) < 0;
+}
+
 void RsaCache::drop() noexcept {
+    BN_MONT_CTX_free(modulus.exchange(nullptr, std::memory_order_relaxed));
     EVP_PKEY_CTX_free(signer.exchange(nullptr, std::memory_order_relaxed));
-    EVP_PKEY_CTX_free(verifier.exchange(nullptr, std::memory_order_relaxed));
     EVP_PKEY_free(key.exchange(nullptr, std::memory_order_relaxed));
     builds.store(0, std::memory_order_relaxed);
 }
