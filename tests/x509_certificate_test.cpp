@@ -460,9 +460,11 @@ TEST(CertificateFiles, ComeBack) {
 /// Every certificate that Debian trusts decodes, and comes back byte for byte. The exceptions, by the text of
 /// their subjects and the rule that makes them so.
 TEST(CertificateFiles, CertificatesOfDebianComeBack) {
+    const std::string path = "/etc/ssl/certs/ca-certificates.crt";
+    if (!std::ifstream(path)) GTEST_SKIP() << "no ca-certificates here";
     const std::map<std::string, std::string> exceptions = {};
     std::uint32_t certificates = 0;
-    for (const Octets &original : read_pem_file("/etc/ssl/certs/ca-certificates.crt")) {
+    for (const Octets &original : read_pem_file(path)) {
         const LeakCheck leaks;
         ++certificates;
         void *cert = nullptr;
