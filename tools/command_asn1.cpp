@@ -144,6 +144,9 @@ class Walker {
                 if (depth > kDeepest)
                     throw BrokenElement(offset, "nested more than " + std::to_string(kDeepest) + " deep");
                 const Element element = read_element(octets_, offset, end);
+                if (element.is_end_of_contents() && !indefinite) {
+                    throw BrokenElement(offset, "end-of-contents octets where none belong");
+                }
                 offset = show(element, end, depth, encapsulations);
                 if (element.is_end_of_contents() && indefinite) return offset;
             } catch (const BrokenElement &broken) {

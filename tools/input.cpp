@@ -132,6 +132,8 @@ bool is_certificate_label(const std::string &label) {
 
 Certificate decode_certificate(const Block &block) {
     expect_one_element(block);
+    if (block.octets[0] != TLX_TAG_SEQUENCE_OCTET)
+        throw Failure(block.source + ": is no certificate: it is no SEQUENCE");
     X509_CERT *cert = nullptr;
     const uint32_t status =
         readDER_from_Buffer(reinterpret_cast<void **>(&cert), TLX_DECODER(Seq_to_X509_CERT),

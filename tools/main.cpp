@@ -113,6 +113,10 @@ int run(const std::vector<std::string> &arguments) {
                                       "Short name, long name, dotted text or index", line.oid);
     const CLI::App *status = add_look_up(app, "status", "Tell what status codes mean", "CODE",
                                          "Status codes, like 0x53100054", line.status);
+    const auto is_first = [&arguments](const CLI::App *command) { return command->check_name(arguments[0]); };
+    if (!arguments.empty() && !arguments[0].starts_with('-') && app.get_subcommands(is_first).empty()) {
+        throw Failure("\"" + arguments[0] + "\" is no command; see tlxpki --help");
+    }
     try {
         // CLI11 takes arguments from the back.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

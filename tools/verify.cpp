@@ -21,11 +21,13 @@ Oid parse_oid(const std::string &text) {
     auto oid = made<Oid>(new_OBJECT_IDENTIFIER());
     must(set_ASN1_STRING_value(oid.get(), TLX_TAG_OBJECT_IDENTIFIER, text.data(),
                                static_cast<uint32_t>(text.size())));
+    // The encoder is lenient about the texts it takes; what comes back tells.
     uint8_t *encoded = nullptr;
-    if (ASN1_STRING_to_binary(oid.get(), &encoded) == 0xFFFFFFFF) {
+    const bool encodes = ASN1_STRING_to_binary(oid.get(), &encoded) != 0xFFFFFFFF;
+    const Owned<uint8_t, tlx_free> owner(encoded);
+    const Oid decoded(encodes ? decodeToBERObjectIdentifier(encoded) : nullptr);
+    if (dotted_text(decoded.get()) != text)
         throw Failure("--policy: \"" + text + "\" is no object identifier");
-    }
-    tlx_free(encoded);
     return oid;
 }
 
