@@ -1,0 +1,49 @@
+# What a build for Windows takes from elsewhere, since no packages of libraries are for that target: libcrypto from a
+# cross-built prefix (scripts/build-windows-libcrypto), GoogleTest from its installed sources, and libraries that are
+# headers only from this machine's packages. find_package finds them as it does elsewhere.
+
+# tlx_provide_package(<name> <version>): find_package(<name>) succeeds from here on; its targets are made in this file.
+function(tlx_provide_package name version)
+    string(TOLOWER ${name} name)
+    set(stem ${CMAKE_FIND_PACKAGE_REDIRECTS_DIR}/${name}-config)
+    file(WRITE ${stem}.cmake "")
+    file(WRITE ${stem}-version.cmake "set(PACKAGE_VERSION ${version})\nset(PACKAGE_VERSION_COMPATIBLE TRUE)\n")
+endfunction()
+
+# tlx_provide_headers(<target> <folder in /usr/include>): through a link of its own, so that the other headers there, which
+# are this machine's, stay out of sight.
+function(tlx_provide_headers target folder)
+    if(NOT EXISTS /usr/include/${folder})
+        message(FATAL_ERROR "/usr/include/${folder} is missing: ${target} needs it")
+    endif()
+    set(headers ${CMAKE_BINARY_DIR}/headers/${folder})
+    file(MAKE_DIRECTORY ${headers})
+    file(CREATE_LINK /usr/include/${folder} ${headers}/${folder} SYMBOLIC)
+    add_library(${target} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${target} SYSTEM INTERFACE ${headers})
+endfunction()
+
+set(TLX_LIBCRYPTO "" CACHE PATH "Prefix of the cross-built libcrypto")
+if(NOT EXISTS ${TLX_LIBCRYPTO}/lib/libcrypto.a)
+    message(FATAL_ERROR "TLX_LIBCRYPTO is not set to what scripts/build-windows-libcrypto prints")
+endif()
+add_library(OpenSSL::Crypto STATIC IMPORTED GLOBAL)
+set_target_properties(OpenSSL::Crypto PROPERTIES
+    IMPORTED_LOCATION ${TLX_LIBCRYPTO}/lib/libcrypto.a
+    INTERFACE_INCLUDE_DIRECTORIES ${TLX_LIBCRYPTO}/include
+    INTERFACE_LINK_LIBRARIES "ws2_32;bcrypt")
+tlx_provide_package(OpenSSL 3.0)
+
+if(TLX_TOOLS)
+    tlx_provide_headers(CLI11::CLI11 CLI)
+    tlx_provide_package(CLI11 2.1)
+    tlx_provide_headers(nlohmann_json::nlohmann_json nlohmann)
+    tlx_provide_package(nlohmann_json 3.11)
+endif()
+
+if(TLX_TESTS)
+    set(BUILD_GMOCK OFF)
+    set(INSTALL_GTEST OFF)
+    add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL SYSTEM)
+    tlx_provide_package(GTest 1.12)
+endif()
