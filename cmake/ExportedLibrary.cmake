@@ -42,7 +42,7 @@ function(tlx_add_library name)
     if(WIN32)
         # tlxpki.dll, as its callers load it. The .def file is the list of exports, for other linkers too.
         set_target_properties(${name} PROPERTIES PREFIX "")
-        target_sources(${name} PRIVATE ${exports})
+        target_sources(${name} PRIVATE ${exports} ${PROJECT_SOURCE_DIR}/src/windows/stack_check.cpp)
         set_target_properties(${name} PROPERTIES TLX_DEF_FILE ${exports})
     else()
         target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-z,relro,-z,now)

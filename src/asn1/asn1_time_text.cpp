@@ -182,7 +182,7 @@ Sum add_seconds(const Kind &kind, ASN1_STRING **text, i32 seconds) noexcept {
     Form form{};
     if (!parse(kind, old, time) || !form_of_size(kind, old.size(), form)) return Sum::kUnreadable;
     const ASN1_TIME later = calendar_time(calendar_seconds(time) + seconds);
-    ASN1_STRING *sum = time_to_text(kind, form, later, old.substr(old.size() - kOffsetSize));
+    ASN1_STRING *sum = time_to_text(kind, form, later, {old.end() - kOffsetSize, old.end()});
     if (sum == nullptr) return Sum::kUnwritable;
     free_ASN1_STRING(*text);
     *text = sum;

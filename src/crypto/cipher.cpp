@@ -65,25 +65,23 @@ constexpr Algorithm kAlgorithms[] = {
     {TLX_CIPHER_RC2_40 | TLX_CIPHER_MODE_CBC, "RC2-40-CBC"},
 };
 
-struct Ciphers {
-    EVP_CIPHER *fetched[std::size(kAlgorithms)];
-};
+// Fetched on first use. They live until the process ends.
+constinit EVP_CIPHER *g_ciphers[std::size(kAlgorithms)] = {};
+constinit CRYPTO_ONCE g_once = CRYPTO_ONCE_STATIC_INIT;
 
-Ciphers fetch_ciphers() noexcept {
+void fetch_ciphers() noexcept {
     const ErrorScope errors;
-    Ciphers ciphers = {};
-    if (backend() == nullptr) return ciphers;
+    if (backend() == nullptr) return;
     for (std::size_t i = 0; i < std::size(kAlgorithms); ++i) {
-        ciphers.fetched[i] = EVP_CIPHER_fetch(backend(), kAlgorithms[i].name, nullptr);
+        g_ciphers[i] = EVP_CIPHER_fetch(backend(), kAlgorithms[i].name, nullptr);
     }
-    return ciphers;
 }
 
-// The cipher of an identifier; null when it is unknown or not available. They live until the process ends.
+// The cipher of an identifier; null when it is unknown or not available.
 const EVP_CIPHER *find_cipher(u32 id) noexcept {
-    static const Ciphers ciphers = fetch_ciphers();
+    static_cast<void>(CRYPTO_THREAD_run_once(&g_once, fetch_ciphers));
     for (std::size_t i = 0; i < std::size(kAlgorithms); ++i) {
-        if (kAlgorithms[i].id == id) return ciphers.fetched[i];
+        if (kAlgorithms[i].id == id) return g_ciphers[i];
     }
     return nullptr;
 }
@@ -101,6 +99,13 @@ struct FreeContext {
 };
 
 }  // namespace
+
+#ifdef _WIN32
+void tlx::release_ciphers() noexcept {
+    for (EVP_CIPHER *cipher : g_ciphers)
+        EVP_CIPHER_free(cipher);
+}
+#endif
 
 struct BLOCK_CIPHER_UNIT {
     std::unique_ptr<EVP_CIPHER_CTX, FreeContext> context;

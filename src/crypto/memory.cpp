@@ -7,6 +7,9 @@
 #include <cstring>
 
 #include "crypto/memory_debug.hpp"
+#ifdef _WIN32
+#include "crypto/platform.hpp"
+#endif
 
 #if defined(__SANITIZE_ADDRESS__)
 #define TLX_POISON 1
@@ -17,13 +20,6 @@
 #endif
 #ifdef TLX_POISON
 #include <sanitizer/asan_interface.h>
-#endif
-
-// Within the library itself a thread's cell is one load away: no call to find the thread's storage.
-#if defined(__ELF__)
-#define TLX_FAST_THREAD_LOCAL __attribute__((tls_model("initial-exec")))
-#else
-#define TLX_FAST_THREAD_LOCAL
 #endif
 
 namespace tlx {
@@ -49,20 +45,39 @@ constexpr std::size_t kCells = 256;
 constinit Cell g_cells[kCells + 1];  // the last one is shared by all threads that came too late for their own
 constinit Cell &g_shared_cell = g_cells[kCells];
 constinit std::atomic<std::size_t> g_cells_taken;
-constinit thread_local TLX_FAST_THREAD_LOCAL Cell *t_cell = nullptr;
+
+#ifdef _WIN32
+// A variable of the compiler's would allocate memory that outlives the DLL.
+Cell *own_cell() noexcept {
+    return static_cast<Cell *>(thread_pointer());
+}
+void set_own_cell(Cell *cell) noexcept {
+    set_thread_pointer(cell);
+}
+#else
+// Within the library itself a thread's cell is one load away: no call to find the thread's storage.
+constinit thread_local __attribute__((tls_model("initial-exec"))) Cell *t_cell = nullptr;
+
+Cell *own_cell() noexcept {
+    return t_cell;
+}
+void set_own_cell(Cell *cell) noexcept {
+    t_cell = cell;
+}
+#endif
 
 [[gnu::noinline]] Cell *claim_cell() noexcept {
     std::size_t taken = g_cells_taken.load(std::memory_order_relaxed);
     while (taken < kCells &&
            !g_cells_taken.compare_exchange_weak(taken, taken + 1, std::memory_order_relaxed)) {
     }
-    t_cell = &g_cells[taken];
-    return t_cell;
+    set_own_cell(&g_cells[taken]);
+    return &g_cells[taken];
 }
 
 void count(std::int64_t blocks, std::int64_t bytes) noexcept {
     constexpr auto kRelaxed = std::memory_order_relaxed;
-    Cell *cell = t_cell;
+    Cell *cell = own_cell();
     if (cell == nullptr) cell = claim_cell();
     if (cell == &g_shared_cell) {
         cell->blocks.fetch_add(blocks, kRelaxed);

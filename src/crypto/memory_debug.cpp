@@ -3,7 +3,8 @@
 #include <tlxcrypto/memory.h>
 
 #include <cstdlib>
-#include <thread>
+
+#include "crypto/platform.hpp"
 
 namespace tlx::debug {
 
@@ -39,7 +40,7 @@ class Lock {
   public:
     Lock() noexcept {
         while (g_taken.test_and_set(std::memory_order_acquire)) {
-            std::this_thread::yield();
+            yield_thread();
         }
     }
     ~Lock() { g_taken.clear(std::memory_order_release); }

@@ -3,7 +3,12 @@
 #ifdef _WIN32
 #include <windows.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "crypto/memory.hpp"
+#else
+#include <thread>
 #endif
 
 namespace tlx {
@@ -21,18 +26,46 @@ wchar_t *to_wide(const char *text) noexcept {
     return wide;
 }
 
+constinit DWORD g_thread_pointer = TLS_OUT_OF_INDEXES;
+
 }  // namespace
 
+void *thread_pointer() noexcept {
+    return TlsGetValue(g_thread_pointer);
+}
+
+void set_thread_pointer(void *pointer) noexcept {
+    TlsSetValue(g_thread_pointer, pointer);
+}
+
+bool open_thread_pointer() noexcept {
+    g_thread_pointer = TlsAlloc();
+    return g_thread_pointer != TLS_OUT_OF_INDEXES;
+}
+
+void close_thread_pointer() noexcept {
+    TlsFree(g_thread_pointer);
+}
+
+void yield_thread() noexcept {
+    SwitchToThread();
+}
+
 std::FILE *open_file(const char *path, const char *mode) noexcept {
+    wchar_t wide_mode[4] = {};
+    std::copy(mode, mode + std::strlen(mode), wide_mode);
     wchar_t *wide_path = to_wide(path);
-    wchar_t *wide_mode = to_wide(mode);
-    std::FILE *file = wide_path == nullptr || wide_mode == nullptr ? nullptr : _wfopen(wide_path, wide_mode);
+    if (wide_path == nullptr) return nullptr;
+    std::FILE *file = _wfopen(wide_path, wide_mode);
     tlx_free(wide_path);
-    tlx_free(wide_mode);
     return file;
 }
 
 #else
+
+void yield_thread() noexcept {
+    std::this_thread::yield();
+}
 
 std::FILE *open_file(const char *path, const char *mode) noexcept {
     return std::fopen(path, mode);

@@ -7,7 +7,19 @@
 
 namespace tlx {
 
-/// Opens a file by its UTF-8 path in an fopen mode; null on failure.
+/// Opens a file by its UTF-8 path in an fopen mode of up to three letters; null on failure.
 std::FILE *open_file(const char *path, const char *mode) noexcept;
+
+/// Lets another thread run.
+void yield_thread() noexcept;
+
+#ifdef _WIN32
+/// The pointer of this thread's own that the library keeps; null at first.
+void *thread_pointer() noexcept;
+void set_thread_pointer(void *pointer) noexcept;
+/// To be called when the DLL is loaded and unloaded.
+bool open_thread_pointer() noexcept;
+void close_thread_pointer() noexcept;
+#endif
 
 }  // namespace tlx

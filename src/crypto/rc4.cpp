@@ -15,11 +15,6 @@ namespace {
 constexpr u32 kLongestKey = 256;
 constexpr u32 kMostInput = 0x7FFFFFFF;
 
-EVP_CIPHER *fetch_rc4() noexcept {
-    const ErrorScope errors;
-    return backend() == nullptr ? nullptr : EVP_CIPHER_fetch(backend(), "RC4", nullptr);
-}
-
 struct FreeContext {
     void operator()(EVP_CIPHER_CTX *context) const noexcept { EVP_CIPHER_CTX_free(context); }
 };
@@ -46,8 +41,7 @@ void free_RC4_UNIT(RC4_UNIT *unit) {
 uint32_t init_RC4(RC4_UNIT *unit, const uint8_t *key, uint32_t key_len) {
     if (unit == nullptr) return 1;
     unit->context.reset();
-    // Lives until the process ends.
-    static EVP_CIPHER *const rc4 = fetch_rc4();
+    const EVP_CIPHER *rc4 = backend_rc4();
     if (rc4 == nullptr || key == nullptr || key_len == 0 || key_len > kLongestKey) return 1;
     const ErrorScope errors;
     std::unique_ptr<EVP_CIPHER_CTX, FreeContext> context(EVP_CIPHER_CTX_new());

@@ -149,16 +149,22 @@ bool read_iv(string_view digits, u8 (&iv)[kPemIvLength]) noexcept {
     return true;
 }
 
+/// What follows the first `len` characters, which there are.
+string_view without_first(string_view text, std::size_t len) noexcept {
+    text.remove_prefix(len);
+    return text;
+}
+
 /// DEK-Info: <cipher>,<initialisation vector>. The cipher's name is passed over.
 bool read_headers(string_view headers, KeyText &key) noexcept {
     constexpr string_view kInfo = "DEK-Info: ";
     const std::size_t info = headers.find(kInfo);
     if (info == string_view::npos) return false;
-    const string_view value = headers.substr(info + kInfo.size());
+    const string_view value = without_first(headers, info + kInfo.size());
     const std::size_t stop = value.find_first_of(string_view(",\n\0", 3));
     if (stop == string_view::npos || value[stop] != ',') return false;
     key.encrypted = true;
-    return read_iv(value.substr(stop + 1), key.iv);
+    return read_iv(without_first(value, stop + 1), key.iv);
 }
 
 /// What lies before and after the first occurrence of `mark`, or else of `other_mark`. False when there is
@@ -169,7 +175,7 @@ bool split(string_view text, string_view mark, string_view other_mark, string_vi
         const std::size_t at = text.find(each);
         if (at == string_view::npos) continue;
         before = text.substr(0, at);
-        after = text.substr(at + each.size());
+        after = without_first(text, at + each.size());
         return true;
     }
     return false;
