@@ -8,6 +8,7 @@
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/openssl_peer.hpp"
+#include "support/utf8_path.hpp"
 
 namespace tlx_test {
 namespace {
@@ -62,18 +63,18 @@ class File {
 
     const char *path() const { return path_.c_str(); }
     void write(const Octets &octets) const {
-        std::ofstream(path_, std::ios::binary)
+        std::ofstream(utf8_path(path_), std::ios::binary)
             .write(reinterpret_cast<const char *>(octets.data()),
                    static_cast<std::streamsize>(octets.size()));
     }
     std::string read() const {
-        std::ifstream in(path_, std::ios::binary);
+        std::ifstream in(utf8_path(path_), std::ios::binary);
         const std::string octets((std::istreambuf_iterator<char>(in)), {});
         return hex_of(reinterpret_cast<const std::uint8_t *>(octets.data()), octets.size());
     }
 
   private:
-    void remove() const { std::filesystem::remove(path_); }
+    void remove() const { std::filesystem::remove(utf8_path(path_)); }
 
     std::string path_;
 };

@@ -114,8 +114,10 @@ TEST_F(PemTest, WritesStructuresAndFiles) {
 
     const std::string path = ::testing::TempDir() + "asn1_pem_test.pem";
     EXPECT_EQ(writePEM_to_FILE(record.get(), encoder, "A", 1, path.c_str()), 43U);
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), wrapped("MAMCAQc="));
+    {
+        std::ifstream file(path, std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), wrapped("MAMCAQc="));
+    }
     EXPECT_EQ(readPEM_from_File(&out_, decode_first, path.c_str()), 0U);
     EXPECT_EQ(value_, 7U);
     std::filesystem::remove(path);

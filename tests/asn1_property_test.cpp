@@ -4,12 +4,10 @@
 #include <tlxpki.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 #include "support/allocation.hpp"
+#include "support/command.hpp"
 #include "support/octets.hpp"
 
 namespace tlx_test {
@@ -250,16 +248,11 @@ TEST(RandomTrees, BuiltReadAndTakenApart) {
 class OpensslDer : public ::testing::Test {
   protected:
     void SetUp() override {
-        folder_ = ::testing::TempDir() + "tlxpki-" +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        std::filesystem::create_directory(folder_);
-        if (std::system("openssl version >/dev/null 2>&1") != 0) GTEST_SKIP() << "no openssl program";
+        if (!folder_.succeeds("openssl version")) GTEST_SKIP() << "no openssl program";
     }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
 
-    std::string file(const char *name) const { return folder_ + "/" + name; }
-
-    static void expect_rebuilt(const std::string &path) {
+    void expect_rebuilt(const std::string &name) {
+        const std::string path = folder_.path(name);
         const LeakCheck leaks;
         std::uint8_t *octets = nullptr;
         std::uint32_t size = 0;
@@ -274,12 +267,11 @@ class OpensslDer : public ::testing::Test {
         EXPECT_EQ(encoding_of(again.get()), Octets(octets, octets + size));
     }
 
-  private:
-    std::string folder_;
+    const CommandFolder folder_;
 };
 
 TEST_F(OpensslDer, OfGeneratedStructures) {
-    std::ofstream(file("conf")) << R"(asn1 = SEQUENCE:top
+    folder_.write("conf", R"(asn1 = SEQUENCE:top
 [top]
 a = BOOLEAN:TRUE
 b = INTEGER:0x00FFEEDDCCBBAA99887766554433221100
@@ -308,21 +300,17 @@ b = SEQUENCE:leaves
 a = INTEGER:127
 b = INTEGER:128
 [none]
-)";
-    const std::string command =
-        "openssl asn1parse -noout -genconf " + file("conf") + " -out " + file("der") + " >/dev/null 2>&1";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    expect_rebuilt(file("der"));
+)");
+    ASSERT_TRUE(folder_.succeeds("openssl asn1parse -noout -genconf conf -out der"));
+    expect_rebuilt("der");
 }
 
 TEST_F(OpensslDer, OfEveryInstalledCertificate) {
-    const char *const bundle = "/etc/ssl/certs/ca-certificates.crt";
-    if (!std::filesystem::exists(bundle)) GTEST_SKIP() << "no " << bundle;
+    const std::string bundle = "/etc/ssl/certs/ca-certificates.crt";
+    if (!folder_.succeeds("test -e " + bundle)) GTEST_SKIP() << "no " << bundle;
     // One structure that holds them all.
-    const std::string command = std::string("openssl crl2pkcs7 -nocrl -certfile ") + bundle +
-                                " -outform DER -out " + file("der") + " >/dev/null 2>&1";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    expect_rebuilt(file("der"));
+    ASSERT_TRUE(folder_.succeeds("openssl crl2pkcs7 -nocrl -certfile " + bundle + " -outform DER -out der"));
+    expect_rebuilt("der");
 }
 
 }  // namespace

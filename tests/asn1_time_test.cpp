@@ -2,13 +2,14 @@
 #include <tlxpki/ber.h>
 #include <tlxpki/time.h>
 
-#include <cstdlib>
+#include <chrono>
 #include <ctime>
 #include <random>
 #include <string>
 
 #include "support/allocation.hpp"
 #include "support/strings.hpp"
+#include "support/time_zone.hpp"
 
 namespace {
 
@@ -77,8 +78,8 @@ TEST_F(TimeTest, ReadsNoFurtherThanTheRecord) {
     EXPECT_EQ(utcTimeToASN1_TIME(nullptr), nullptr);
 }
 
-// The C library's calendar is the oracle, for every combination of digits that a text can hold.
-TEST_F(TimeTest, AgreesWithTheCalendarOfTheCLibrary) {
+// The standard library's calendar is the oracle, for every combination of digits that a text can hold.
+TEST_F(TimeTest, AgreesWithTheCalendarOfTheStandardLibrary) {
     std::mt19937 random(5);
     for (int run = 0; run < 20000; ++run) {
         std::string text(14, '0');
@@ -87,18 +88,22 @@ TEST_F(TimeTest, AgreesWithTheCalendarOfTheCLibrary) {
         const auto number = [&](std::size_t at, std::size_t digits) {
             return std::stoi(text.substr(at, digits));
         };
-        std::tm fields{};
-        fields.tm_year = number(0, 4) - 1900;
-        fields.tm_mon = number(4, 2) - 1;
-        fields.tm_mday = number(6, 2);
-        fields.tm_hour = number(8, 2);
-        fields.tm_min = number(10, 2);
-        fields.tm_sec = number(12, 2);
-        const std::time_t seconds = timegm(&fields);
-        gmtime_r(&seconds, &fields);
-        const ASN1_TIME expected{fields.tm_sec,  fields.tm_min,  fields.tm_hour,
-                                 fields.tm_mday, fields.tm_mon,  fields.tm_year,
-                                 fields.tm_wday, fields.tm_yday, 0};
+        using namespace std::chrono;
+        const year_month_day month = year_month(year(number(0, 4)), January) / 1 + months(number(4, 2) - 1);
+        const sys_seconds moment = sys_days(month) + days(number(6, 2) - 1) + hours(number(8, 2)) +
+                                   minutes(number(10, 2)) + seconds(number(12, 2));
+        const sys_days day = floor<days>(moment);
+        const year_month_day date(day);
+        const hh_mm_ss clock(moment - day);
+        const ASN1_TIME expected{static_cast<int>(clock.seconds().count()),
+                                 static_cast<int>(clock.minutes().count()),
+                                 static_cast<int>(clock.hours().count()),
+                                 static_cast<int>(static_cast<unsigned>(date.day())),
+                                 static_cast<int>(static_cast<unsigned>(date.month())) - 1,
+                                 static_cast<int>(date.year()) - 1900,
+                                 static_cast<int>(weekday(day).c_encoding()),
+                                 static_cast<int>((day - sys_days(date.year() / January / 1)).count()),
+                                 0};
         ASSERT_EQ(read_generalized(text + "Z"), show(&expected)) << text;
     }
 }
@@ -229,13 +234,12 @@ TEST_F(TimeTest, AddsSeconds) {
 }
 
 TEST_F(TimeTest, TellsThePresentTimeInEveryZone) {
-    const auto is_present = [](ASN1_TIME *made, auto convert) {
+    const auto is_present = [](ASN1_TIME *made, std::tm *(*fields_of)(const std::time_t *)) {
         const std::string shown = show(Time(made).get());
         const std::time_t now = std::time(nullptr);
         for (const std::time_t moment : {now, now - 1}) {
-            std::tm fields{};
+            const std::tm fields = *fields_of(&moment);
             char text[32];
-            convert(&moment, &fields);
             std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S ", &fields);
             if (shown == text + std::to_string(fields.tm_wday) + "/" + std::to_string(fields.tm_yday))
                 return true;
@@ -243,14 +247,12 @@ TEST_F(TimeTest, TellsThePresentTimeInEveryZone) {
         return false;
     };
     for (const char *zone : {"UTC0", "KST-9", "EST5EDT,M3.2.0,M11.1.0"}) {
-        setenv("TZ", zone, 1);
-        tzset();
-        EXPECT_TRUE(is_present(getCurrentGMTime(), gmtime_r)) << zone;
-        EXPECT_TRUE(is_present(getCurrentLocalTime(), localtime_r)) << zone;
+        tlx_test::set_time_zone(zone);
+        EXPECT_TRUE(is_present(getCurrentGMTime(), std::gmtime)) << zone;
+        EXPECT_TRUE(is_present(getCurrentLocalTime(), std::localtime)) << zone;
         EXPECT_EQ(read_utc("240310023000Z"), "2024-03-10 02:30:00 0/69") << zone;
     }
-    unsetenv("TZ");
-    tzset();
+    tlx_test::set_time_zone("");
 }
 
 TEST_F(TimeTest, SurvivesFailingAllocations) {

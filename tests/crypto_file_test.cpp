@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/utf8_path.hpp"
 
 namespace {
 
@@ -18,7 +20,7 @@ class File : public ::testing::Test {
         const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
         path_ = ::testing::TempDir() + "tlx_" + test + "_\xEA\xB0\x80.bin";  // a Korean syllable in UTF-8
     }
-    ~File() override { static_cast<void>(std::remove(path_.c_str())); }
+    ~File() override { std::filesystem::remove(utf8_path(path_)); }
 
     std::string path_;
 };
@@ -69,7 +71,12 @@ TEST_F(File, MeetsEveryFailingAllocation) {
         tlx_free(read);
         return done;
     });
-    EXPECT_EQ(failures, 3U) << "8, 16 and 32 KB";
+#ifdef _WIN32
+    constexpr unsigned kForThePath = 1;
+#else
+    constexpr unsigned kForThePath = 0;
+#endif
+    EXPECT_EQ(failures, kForThePath + 3U) << "8, 16 and 32 KB";
 }
 
 TEST(Hex, ConvertsBothWays) {

@@ -1,0 +1,14 @@
+// The operating system's character sets: iconv of the C library, or the code pages of Windows.
+#pragma once
+
+#include <string>
+
+namespace tlx_test::korean {
+
+/// The UTF-16 unit (big-endian, two octets) of a character in EUC-KR; empty when there is no such character.
+std::string euc_to_utf16(const std::string &euc);
+
+/// A character in EUC-KR of its UTF-16 unit; empty when it has none.
+std::string utf16_to_euc(const std::string &unit);
+
+}  // namespace tlx_test::korean
