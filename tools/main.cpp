@@ -57,7 +57,7 @@ CLI::App *add_verify(CLI::App &app, CommandLine &line) {
                       "Accept paths that no policy holds for (by default one is required)");
     command
         ->add_option("--max-length", line.verify.max_length,
-                     "How many certificates, plus one, may stand below the anchor's (default 3)")
+                     "At most N + 1 certificates may stand below the anchor's (default 3)")
         ->type_name("N")
         ->check(CLI::Range(1, 1000).description(""));
     command->add_option("--at", line.verify.time, "Validate at this time instead of now")->type_name("TIME");
