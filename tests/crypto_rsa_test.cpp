@@ -413,7 +413,45 @@ TEST(Rsa, OneUnitServesManyThreads) {
     EXPECT_LE(get_RSA_UNIT_builds(unit.get()), 2 * kThreads);
 }
 
-TEST(Rsa, CopiesShareNothing) {
+TEST(Rsa, CopiesShareWhatIsComputedOnce) {
+    const LeakCheck leaks;
+    const Unit signer = private_unit(test_key());
+    Octets signature;
+    ASSERT_EQ(sign(signer.get(), TLX_DIGEST_SHA256, 1, signature), 0U);
+    Unit original = public_unit(test_key());
+    const Unit first(dup_RSA_UNIT(original.get()));
+    const Unit second(dup_RSA_UNIT(first.get()));
+    EXPECT_EQ(verify(second.get(), TLX_DIGEST_SHA256, 1, signature), 0U);
+    EXPECT_EQ(get_RSA_UNIT_builds(original.get()), 1U);
+    EXPECT_EQ(verify(original.get(), TLX_DIGEST_SHA256, 1, signature), 0U);
+    EXPECT_EQ(get_RSA_UNIT_builds(second.get()), 1U);
+
+    const peer::RsaNumbers other = peer::generate_rsa(1024);
+    ASSERT_EQ(set_private(first.get(), other), 0U);
+    EXPECT_EQ(verify(first.get(), TLX_DIGEST_SHA256, 1, peer::rsa_sign(other, {"SHA256", "", 0}, kData)), 0U);
+    original.reset();
+    EXPECT_EQ(verify(second.get(), TLX_DIGEST_SHA256, 1, signature), 0U) << "outlives the original";
+
+    // Copies made, used and freed on several threads at once.
+    std::vector<std::thread> threads;
+    std::vector<std::uint32_t> results(4, 1);
+    const Unit unused = public_unit(test_key());
+    for (std::uint32_t &result : results) {
+        threads.emplace_back([&] {
+            result = 0;
+            for (int i = 0; i < 50; ++i) {
+                const Unit copy(dup_RSA_UNIT(unused.get()));
+                result |= verify(copy.get(), TLX_DIGEST_SHA256, 1, signature);
+            }
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(results, std::vector<std::uint32_t>(4, 0));
+    EXPECT_LE(get_RSA_UNIT_builds(unused.get()), 4U);
+}
+
+TEST(Rsa, CopiesShareNoNumbers) {
     const LeakCheck leaks;
     const Unit original = private_unit(test_key());
     const Unit copy(dup_RSA_UNIT(original.get()));

@@ -74,7 +74,8 @@ TLXCRYPTO_API void clean_RSA_UNIT(RSA_UNIT *unit);
 /** Cleans and frees a unit; null is allowed. */
 TLXCRYPTO_API void free_RSA_UNIT(RSA_UNIT *unit);
 /** A new unit with copies of the kind, numbers and PSS settings, but nothing under way; null on a null
- * argument or allocation failure. */
+ * argument or allocation failure. What verifying PKCS #1 v1.5 signatures computes from the numbers is shared
+ * with the copy, whichever of the two verifies first. */
 TLXCRYPTO_API RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit);
 
 /** Makes the unit a public key, dropping what it held.
@@ -122,8 +123,8 @@ TLXCRYPTO_API const BIGINT *get_RSA_UNIT_number(const RSA_UNIT *unit, TLX_RSA_NU
  * numbers. */
 TLXCRYPTO_API uint32_t get_RSA_length(const RSA_UNIT *unit);
 /** How many times something was computed from the unit's present numbers to be kept: 0 before the first
- * operation, then 1 for verifying PKCS #1 v1.5 signatures and 1 for all other operations together; more only
- * when several threads ran the first operation at once. 0 for null. */
+ * operation (of its copies, too), then 1 for verifying PKCS #1 v1.5 signatures and 1 for all other operations
+ * together; more only when several threads ran the first operation at once. 0 for null. */
 TLXCRYPTO_API uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit);
 
 /** Begins a signature or a verification on the unit, dropping one that is under way.

@@ -14,10 +14,13 @@ constexpr u32 kMostSalt = 0xFFFF;
 
 // Replaces the numbers and drops what was made of the old ones. False when memory is short; the unit is
 // unchanged then.
-bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers) noexcept {
+bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers,
+                 OwnedModulus modulus) noexcept {
+    if (numbers[TLX_RSA_N] != nullptr && modulus == nullptr) return false;
     if (!unit.numbers.set_all(numbers)) return false;
     unit.kind = kind;
     unit.cache.drop();
+    unit.cache.modulus = std::move(modulus);
     unit.signature = RsaTask::none;
     unit.encryption = RsaTask::none;
     clean_digest(unit.digest);
@@ -35,7 +38,7 @@ RSA_UNIT *new_RSA_UNIT(void) {
 
 void clean_RSA_UNIT(RSA_UNIT *unit) {
     if (unit == nullptr) return;
-    set_numbers(*unit, TLX_RSA_PUBLIC, {});
+    set_numbers(*unit, TLX_RSA_PUBLIC, {}, nullptr);
     unit->pss_mgf_digest_id = TLX_DIGEST_SHA1;
     unit->pss_salt_length = TLX_RSA_PSS_DEFAULT_SALT_LENGTH;
 }
@@ -51,7 +54,7 @@ RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit) {
     if (copy == nullptr) return nullptr;
     RsaNumbers::Pointers numbers;
     unit->numbers.get_all(numbers);
-    if (!set_numbers(*copy, unit->kind, numbers)) {
+    if (!set_numbers(*copy, unit->kind, numbers, share(unit->cache.modulus))) {
         free_RSA_UNIT(copy);
         return nullptr;
     }
@@ -62,7 +65,7 @@ RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit) {
 
 uint32_t set_RSA_UNIT_public(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e) {
     if (unit == nullptr || n == nullptr || e == nullptr) return 1;
-    return set_numbers(*unit, TLX_RSA_PUBLIC, {n, e}) ? 0 : 1;
+    return set_numbers(*unit, TLX_RSA_PUBLIC, {n, e}, make_modulus()) ? 0 : 1;
 }
 
 uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, const BIGINT *d,
@@ -72,7 +75,7 @@ uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, 
     const bool all = p != nullptr && q != nullptr && dp != nullptr && dq != nullptr && qinv != nullptr;
     const bool any = p != nullptr || q != nullptr || dp != nullptr || dq != nullptr || qinv != nullptr;
     if (any && !all) return 1;
-    return set_numbers(*unit, TLX_RSA_PRIVATE, {n, e, d, p, q, dp, dq, qinv}) ? 0 : 1;
+    return set_numbers(*unit, TLX_RSA_PRIVATE, {n, e, d, p, q, dp, dq, qinv}, make_modulus()) ? 0 : 1;
 }
 
 uint32_t set_RSA_UNIT_PSS(RSA_UNIT *unit, uint32_t mgf_digest_id, uint32_t salt_len) {
@@ -95,7 +98,9 @@ uint32_t get_RSA_length(const RSA_UNIT *unit) {
 }
 
 uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit) {
-    return unit == nullptr ? 0 : unit->cache.builds.load(std::memory_order_relaxed);
+    if (unit == nullptr || unit->cache.modulus == nullptr) return 0;
+    return unit->cache.builds.load(std::memory_order_relaxed) +
+           unit->cache.modulus->builds.load(std::memory_order_relaxed);
 }
 
 }  // extern "C"

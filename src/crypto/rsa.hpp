@@ -21,9 +21,25 @@ using KeyContext = std::unique_ptr<EVP_PKEY_CTX, FreeKey>;
 
 using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
 
-/// What the backend made of a unit's numbers, filled in by whichever thread needs it first.
+/// A modulus prepared for multiplication by whichever thread needs it first. A unit and its copies share it,
+/// and the last of them frees it.
+struct SharedModulus {
+    std::atomic<BN_MONT_CTX *> prepared = nullptr;
+    std::atomic<u32> builds = 0;
+    std::atomic<u32> references = 1;
+};
+struct ReleaseModulus {
+    void operator()(SharedModulus *modulus) const noexcept;
+};
+using OwnedModulus = std::unique_ptr<SharedModulus, ReleaseModulus>;
+
+/// A modulus that is not prepared yet; null when memory is short.
+OwnedModulus make_modulus() noexcept;
+OwnedModulus share(const OwnedModulus &modulus) noexcept;
+
+/// What was made of a unit's numbers, filled in by whichever thread needs it first.
 struct RsaCache {
-    std::atomic<BN_MONT_CTX *> modulus = nullptr;
+    OwnedModulus modulus;  ///< there when the unit has numbers
     std::atomic<EVP_PKEY *> key = nullptr;
     std::atomic<EVP_PKEY_CTX *> signer = nullptr;  ///< the context last used to sign with PKCS #1 v1.5
     std::atomic<u32> builds = 0;

@@ -131,7 +131,7 @@ bool is_usable_public_part(const RsaNumbers &numbers) noexcept {
 }
 
 void RsaCache::drop() noexcept {
-    BN_MONT_CTX_free(modulus.exchange(nullptr, std::memory_order_relaxed));
+    modulus.reset();
     EVP_PKEY_CTX_free(signer.exchange(nullptr, std::memory_order_relaxed));
     EVP_PKEY_free(key.exchange(nullptr, std::memory_order_relaxed));
     builds.store(0, std::memory_order_relaxed);

@@ -2,8 +2,10 @@
 // once only, so that preparing it counts as much as using it.
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "crypto/backend.hpp"
+#include "crypto/memory.hpp"
 #include "crypto/rsa.hpp"
 
 using namespace tlx;
@@ -23,14 +25,14 @@ bool bit(const BIGINT &number, u32 index) noexcept {
 
 /// The unit's modulus prepared for multiplication. Another thread may have been faster; then its work stands.
 BN_MONT_CTX *prepared_modulus(const RSA_UNIT &unit, BN_CTX *scratch) noexcept {
-    BN_MONT_CTX *ready = unit.cache.modulus.load(std::memory_order_acquire);
+    SharedModulus &shared = *unit.cache.modulus;
+    BN_MONT_CTX *ready = shared.prepared.load(std::memory_order_acquire);
     if (ready != nullptr) return ready;
     const Bignum n(to_bignum(unit.numbers[TLX_RSA_N]));
     Montgomery made(BN_MONT_CTX_new());
     if (n == nullptr || made == nullptr || BN_MONT_CTX_set(made.get(), n.get(), scratch) != 1) return nullptr;
-    unit.cache.builds.fetch_add(1, std::memory_order_relaxed);
-    const bool first =
-        unit.cache.modulus.compare_exchange_strong(ready, made.get(), std::memory_order_acq_rel);
+    shared.builds.fetch_add(1, std::memory_order_relaxed);
+    const bool first = shared.prepared.compare_exchange_strong(ready, made.get(), std::memory_order_acq_rel);
     return first ? made.release() : ready;
 }
 
@@ -38,19 +40,18 @@ BN_MONT_CTX *prepared_modulus(const RSA_UNIT &unit, BN_CTX *scratch) noexcept {
 /// exponent is odd and above 1. Nothing here is secret.
 bool raise(BIGNUM *value, const BIGINT &e, BN_MONT_CTX *modulus, BN_CTX *scratch) noexcept {
     const Bignum base(BN_dup(value));
-    const Bignum power(BN_new());
-    if (base == nullptr || power == nullptr) return false;
-    // In Montgomery form but for the last factor, which takes the product out of it.
-    BIGNUM *const converted = value;
-    if (BN_to_montgomery(converted, base.get(), modulus, scratch) != 1) return false;
-    if (BN_copy(power.get(), converted) == nullptr) return false;
+    const Bignum converted(BN_new());
+    if (base == nullptr || converted == nullptr) return false;
+    if (BN_to_montgomery(converted.get(), base.get(), modulus, scratch) != 1) return false;
+    if (BN_copy(value, converted.get()) == nullptr) return false;
     for (u32 i = get_BIGINT_bits(&e) - 1; i-- > 0;) {
-        if (BN_mod_mul_montgomery(power.get(), power.get(), power.get(), modulus, scratch) != 1) return false;
+        if (BN_mod_mul_montgomery(value, value, value, modulus, scratch) != 1) return false;
         if (!bit(e, i)) continue;
-        const BIGNUM *factor = i > 0 ? converted : base.get();
-        if (BN_mod_mul_montgomery(power.get(), power.get(), factor, modulus, scratch) != 1) return false;
+        // The last factor is not in Montgomery form, and takes the product out of it.
+        const BIGNUM *factor = i > 0 ? converted.get() : base.get();
+        if (BN_mod_mul_montgomery(value, value, factor, modulus, scratch) != 1) return false;
     }
-    return BN_copy(value, power.get()) != nullptr;
+    return true;
 }
 
 /// EMSA-PKCS1-v1_5 (RFC 8017, section 9.2). False when the key is too short for the DigestInfo.
@@ -68,13 +69,30 @@ bool encode_message(Bytes digest_info, u8 *encoded, std::size_t length) noexcept
 
 }  // namespace
 
-u32 tlx::verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept {
+namespace tlx {
+
+void ReleaseModulus::operator()(SharedModulus *modulus) const noexcept {
+    if (modulus->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    BN_MONT_CTX_free(modulus->prepared.load(std::memory_order_relaxed));
+    tlx_free(modulus);
+}
+
+OwnedModulus make_modulus() noexcept {
+    void *memory = TLX_ALLOCATE(sizeof(SharedModulus));
+    return OwnedModulus(memory == nullptr ? nullptr : new (memory) SharedModulus);
+}
+
+OwnedModulus share(const OwnedModulus &modulus) noexcept {
+    if (modulus != nullptr) modulus->references.fetch_add(1, std::memory_order_relaxed);
+    return OwnedModulus(modulus.get());
+}
+
+u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept {
     if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;
     const u32 length = get_RSA_length(&unit);
     u8 modulus[kMostOctets];
-    u8 expected[kMostOctets];
-    u8 recovered[kMostOctets];
-    if (signature.size() != length || !encode_message(digest_info, expected, length))
+    u8 message[kMostOctets];
+    if (signature.size() != length || !encode_message(digest_info, message, length))
         return TLX_RSA_BAD_SIGNATURE;
     // RFC 8017, section 5.2.2: a signature representative is below the modulus.
     BIGINT_to_binary(unit.numbers[TLX_RSA_N], modulus, length);
@@ -82,10 +100,12 @@ u32 tlx::verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) 
 
     const BignumContext scratch(backend() == nullptr ? nullptr : BN_CTX_new_ex(backend()));
     const Bignum value(BN_bin2bn(signature.data(), static_cast<int>(length), nullptr));
-    if (scratch == nullptr || value == nullptr) return 1;
+    const Bignum expected(BN_bin2bn(message, static_cast<int>(length), nullptr));
+    if (scratch == nullptr || value == nullptr || expected == nullptr) return 1;
     BN_MONT_CTX *const montgomery = prepared_modulus(unit, scratch.get());
     if (montgomery == nullptr || !raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get()))
         return 1;
-    if (BN_bn2binpad(value.get(), recovered, static_cast<int>(length)) < 0) return 1;
-    return std::memcmp(recovered, expected, length) == 0 ? 0 : TLX_RSA_BAD_SIGNATURE;
+    return BN_cmp(value.get(), expected.get()) == 0 ? 0 : TLX_RSA_BAD_SIGNATURE;
 }
+
+}  // namespace tlx
