@@ -50,7 +50,7 @@ void free_ASN1_STRING(ASN1_STRING *string) {
 
 ASN1_STRING *dup_ASN1_STRING(const ASN1_STRING *string) {
     if (string == nullptr) return nullptr;
-    Owned<ASN1_STRING> copy(new_ASN1_STRING());
+    Owned<ASN1_STRING> copy(static_cast<ASN1_STRING *>(TLX_ALLOCATE(sizeof(ASN1_STRING))));
     if (!copy) return nullptr;
     *copy = *string;
     copy->data = nullptr;

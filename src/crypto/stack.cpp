@@ -18,7 +18,7 @@ void free_values(const STACK &stack, STACK_FREE free_value) noexcept {
 
 // Room for one more value, doubling so that n pushes cost O(n).
 bool grow(STACK &stack) noexcept {
-    constexpr u32 kFirst = 4;
+    constexpr u32 kFirst = 8;
     if (stack.count < stack.capacity) return true;
     if (stack.count > UINT32_MAX / 2) return false;
     return reserve_STACK(&stack, std::max(kFirst, stack.count * 2)) == 0;

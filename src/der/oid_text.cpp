@@ -7,34 +7,45 @@ namespace {
 
 constexpr u8 kContinues = 0x80;
 
-void append_arc(Buffer &out, u32 arc) noexcept {
+/// Octets that an arc takes at most.
+constexpr std::size_t kMostArcOctets = 5;
+
+u8 *write_arc(u8 *out, u32 arc) noexcept {
     int shift = 28;
-    while (shift > 0 && (arc >> shift) == 0) {
+    while (shift > 0 && (arc >> shift) == 0)
         shift -= 7;
-    }
-    for (; shift > 0; shift -= 7) {
-        out.append(static_cast<u8>(kContinues | ((arc >> shift) & 0x7FU)));
-    }
-    out.append(static_cast<u8>(arc & 0x7FU));
+    for (; shift > 0; shift -= 7)
+        *out++ = static_cast<u8>(kContinues | ((arc >> shift) & 0x7FU));
+    *out++ = static_cast<u8>(arc & 0x7FU);
+    return out;
 }
 
 /// Takes the next arc off the text, and the dot after it. Arcs are 32-bit values; those above 0x7FFFFFFF are
 /// written as negative numbers, and read back from there.
 bool take_arc(std::string_view &text, u32 &arc) noexcept {
-    const char *const end = text.data() + text.size();
-    std::int64_t value = 0;
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    constexpr std::int64_t kLowest = -0x80000000LL;
-    constexpr std::int64_t kHighest = 0xFFFFFFFFLL;
-    if (error != std::errc() || value < kLowest || value > kHighest) return false;
-    if (stop != end && *stop != '.') return false;
-    text.remove_prefix(static_cast<std::size_t>(stop - text.data()) + (stop != end ? 1U : 0U));
-    arc = static_cast<u32>(value);
+    const bool negative = text.starts_with('-');
+    const u64 most = negative ? 0x80000000 : 0xFFFFFFFF;
+    const std::size_t start = negative ? 1 : 0;
+    std::size_t i = start;
+    u64 value = 0;
+    for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+        value = value * 10 + static_cast<u64>(text[i] - '0');
+        if (value > most) return false;
+    }
+    if (i == start) return false;
+    if (i < text.size() && text[i++] != '.') return false;
+    text.remove_prefix(i);
+    arc = static_cast<u32>(negative ? 0 - value : value);
     return true;
 }
 
 /// Appends one arc and a dot to the text being made.
 bool print_arc(char *&position, char *end, u32 arc) noexcept {
+    if (arc < 10 && end - position >= 2) {
+        *position++ = static_cast<char>('0' + arc);
+        *position++ = '.';
+        return true;
+    }
     const auto [stop, error] = std::to_chars(position, end, static_cast<i32>(arc));
     if (error != std::errc() || stop == end) return false;
     *stop = '.';
@@ -71,16 +82,19 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
 }
 
 bool text_to_oid(std::string_view dotted, Buffer &out) noexcept {
+    // No arc has fewer than two characters, but for the last.
+    u8 *const room = out.reserve((dotted.size() / 2 + 1) * kMostArcOctets);
     u32 first = 0;
     u32 second = 0;
-    if (!take_arc(dotted, first) || !take_arc(dotted, second)) return false;
-    append_arc(out, 40 * first + second);
+    if (room == nullptr || !take_arc(dotted, first) || !take_arc(dotted, second)) return false;
+    u8 *end = write_arc(room, 40 * first + second);
     while (!dotted.empty()) {
         u32 arc = 0;
         if (!take_arc(dotted, arc)) return false;
-        append_arc(out, arc);
+        end = write_arc(end, arc);
     }
-    return out.ok();
+    out.advance(static_cast<std::size_t>(end - room));
+    return true;
 }
 
 }  // namespace tlx
