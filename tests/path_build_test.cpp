@@ -184,6 +184,13 @@ TEST(IssuerChoice, TakesTheFirstOfThePool) {
               "53050047: User, CA of any key, CA of any key, CA of any key")
         << "an empty identifier fits every key";
     EXPECT_EQ(from({chain[1], chain[0]}), "53050047: User") << "no root";
+    // What Korean user certificates say: the key of CA 1, and the name of CA 1's own issuer.
+    CertSpec user = chain[0];
+    const auto named = user.with({.key_id = "02", .issuer = "Root", .serial = "02"}).make();
+    EXPECT_EQ(build(tlx_test::make({chain[1], chain[2]}).get(), anchors.get(), named.get()),
+              "User, CA 1, Root");
+    EXPECT_EQ(build(tlx_test::make({chain[2], chain[1]}).get(), anchors.get(), named.get()), "User, Root")
+        << "the name of the root, which stands first";
 }
 
 // ---- The index of a large pool ----
@@ -195,7 +202,7 @@ struct Candidate {
     const char *key_id;  // null for none
 };
 
-/// A self-issued certificate whose version is its place in the pool.
+/// A self-issued certificate whose version is the low octet of its place in the pool.
 tlx_test::Cert make_candidate(const Candidate &candidate, std::size_t place) {
     CertSpec spec;
     spec.subject = spec.issuer = candidate.name;
@@ -232,7 +239,7 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
     const auto any_of = [&random](const auto &values) { return values[random() % std::size(values)]; };
     unsigned found = 0;
     unsigned missed = 0;
-    for (const unsigned size : {0U, 1U, 15U, 16U, 17U, 18U, 120U}) {
+    for (const unsigned size : {0U, 1U, 20U, 255U, 256U, 257U}) {
         for (unsigned round = 0; round < 8; ++round) {
             std::vector<Candidate> candidates;
             const Certificates pool(new_X509_CERTIFICATES());
@@ -264,7 +271,7 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
                 }
                 ++found;
                 ASSERT_EQ(get_X509_version(get_X509_CERTIFICATES_child(list, 1)),
-                          static_cast<std::uint32_t>(expected))
+                          static_cast<std::uint8_t>(expected))
                     << "pool of " << size << ": " << wanted.key_id << ", " << wanted.issuer << ", "
                     << wanted.serial;
             }

@@ -68,7 +68,7 @@ TEST(FailingAllocations, WhileBuilding) {
     // No memory for the times or for the authority key identifier is told as if they were not readable.
     const std::set<std::uint32_t> allowed = {0x5305003C, 0x462D0104, 0x462D003C, 0x53050047};
     sweep_building(chain, 0, allowed, "User, CA 1, Root");
-    sweep_building(chain, 20, allowed, "User, CA 1, Root");
+    sweep_building(chain, 260, allowed, "User, CA 1, Root");
 }
 
 TEST(FailingAllocations, WhileValidating) {

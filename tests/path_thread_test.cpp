@@ -100,7 +100,7 @@ TEST(Threads, ValidateWithTheirOwnAndWithChangingSettings) {
 TEST(Threads, BuildOverOnePoolAndValidateTheResult) {
     const Chain chain = tlx_test::valid_chain(6);
     Chain many = chain;
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 300; ++i) {
         many.push_back(chain[5]);
         many.back().with(tlx_test::extension::kSubjectKeyId, "04:FF").serial = "FF";
     }

@@ -7,7 +7,8 @@
 namespace tlx {
 namespace {
 
-constexpr u32 kScannedAtMost = 16;
+// Indexing costs as much as some ten scans; a path of the usual length takes no more than five.
+constexpr u32 kScannedAtMost = 256;
 
 /// The directory name that comes first in authorityCertIssuer; null when something else does.
 const X509_NAME *issuer_name(const AUTHORITY_KEYID &wanted) noexcept {

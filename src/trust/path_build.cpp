@@ -7,10 +7,27 @@ using namespace tlx;
 
 namespace {
 
-/// The first anchor that the certificate's subject and key belong to.
-bool is_anchor(const X509_CERT *cert, const TRUST_ANCHORS *anchors) noexcept {
-    TRUST_ANCHOR subject{0, get_X509_subject(cert), get_X509_SPKI(cert)};
-    return get_TRUST_ANCHORS_index_by_TRUST_ANCHOR(anchors, &subject) >= 0;
+/// The first anchor that the certificate's subject and key belong to; null when there is none.
+const TRUST_ANCHOR *find_anchor(const X509_CERT *cert, const TRUST_ANCHORS *anchors) noexcept {
+    const TRUST_ANCHOR subject{0, get_X509_subject(cert), get_X509_SPKI(cert)};
+    return get_TRUST_ANCHORS_child(anchors, get_TRUST_ANCHORS_index_by_TRUST_ANCHOR(anchors, &subject));
+}
+
+bool same_number(const RSA_UNIT *a, const RSA_UNIT *b, TLX_RSA_NUMBER which) noexcept {
+    const BIGINT *number = get_RSA_UNIT_number(a, which);
+    return number != nullptr && cmp_BIGINT(number, get_RSA_UNIT_number(b, which)) == 0;
+}
+
+/// Makes the key of the anchor's certificate a copy of the anchor's own, when both are the same RSA key. What
+/// a copy has once computed to verify with serves all others, and the anchor stays from path to path.
+void take_over_key(X509_CERT *cert, const TRUST_ANCHOR &anchor) noexcept {
+    ASYMMETRIC_KEY *key = get_X509_PUBKEY_key(get_X509_SPKI(cert));
+    const ASYMMETRIC_KEY *ready = get_X509_PUBKEY_key(anchor.publicKey);
+    if (key == nullptr || ready == nullptr || key->kind != TLX_KEY_RSA || ready->kind != TLX_KEY_RSA) return;
+    const auto *own = static_cast<const RSA_UNIT *>(key->key);
+    const auto *other = static_cast<const RSA_UNIT *>(ready->key);
+    if (!same_number(own, other, TLX_RSA_N) || !same_number(own, other, TLX_RSA_E)) return;
+    static_cast<void>(set_ASYMMETRIC_KEY(key, TLX_KEY_RSA, other));
 }
 
 /// Appends the certificates from `target` to the anchor's to `path`.
@@ -36,8 +53,12 @@ u32 build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X50
         if (add_X509_CERTIFICATES(path, current) != 0) return 0x5305003C;
         current = issuer;
     }
-    if (!is_anchor(current, anchors)) return 0x53050116;
-    return add_X509_CERTIFICATES(path, current) == 0 ? 0 : 0x5305003C;
+    const TRUST_ANCHOR *anchor = find_anchor(current, anchors);
+    if (anchor == nullptr) return 0x53050116;
+    if (add_X509_CERTIFICATES(path, current) != 0) return 0x5305003C;
+    const auto last = static_cast<i32>(get_X509_CERTIFICATES_count(path)) - 1;
+    take_over_key(get_X509_CERTIFICATES_child(path, last), *anchor);
+    return 0;
 }
 
 }  // namespace
