@@ -64,8 +64,9 @@ class TextPrinter : public Printer {
     static void begin_line(std::size_t offset, Octets header, const std::string &length, unsigned depth) {
         std::array<char, 128> line{};
         std::string digits;
-        for (const uint8_t octet : header)
+        for (const uint8_t octet : header) {
             digits += (digits.empty() ? "" : " ") + hex({&octet, 1});
+        }
         (void)std::snprintf(line.data(), line.size(), "%8zu  %-17s %7s  ", offset, digits.c_str(),
                             length.c_str());
         std::cout << line.data() << std::string(2 * std::size_t{depth}, ' ');
@@ -141,8 +142,9 @@ class Walker {
         const std::size_t start = offset;
         while (offset < end && !broken_) {
             try {
-                if (depth > kDeepest)
+                if (depth > kDeepest) {
                     throw BrokenElement(offset, "nested more than " + std::to_string(kDeepest) + " deep");
+                }
                 const Element element = read_element(octets_, offset, end);
                 if (element.is_end_of_contents() && !indefinite) {
                     throw BrokenElement(offset, "end-of-contents octets where none belong");
@@ -153,8 +155,9 @@ class Walker {
                 fail(broken, depth);
             }
         }
-        if (indefinite && !broken_)
+        if (indefinite && !broken_) {
             fail(BrokenElement(start, "its end-of-contents octets are missing"), depth);
+        }
         return offset;
     }
 
@@ -182,8 +185,9 @@ class Walker {
     std::size_t encapsulated_at(const Element &element, unsigned encapsulations) const {
         const bool octet_string = element.is_universal(TLX_TAG_OCTET_STRING);
         const bool bit_string = element.is_universal(TLX_TAG_BIT_STRING);
-        if (element.constructed || (!octet_string && !bit_string) || encapsulations >= kMostEncapsulations)
+        if (element.constructed || (!octet_string && !bit_string) || encapsulations >= kMostEncapsulations) {
             return 0;
+        }
         const std::size_t inner = element.contents() + (bit_string ? 1 : 0);
         if (inner + 2 > element.end() || (bit_string && octets_[inner - 1] != 0)) return 0;
         if (octets_[inner] != TLX_TAG_SEQUENCE_OCTET && octets_[inner] != TLX_TAG_SET_OCTET) return 0;

@@ -73,10 +73,12 @@ Json describe_bare_key(const Block &block, Kind kind) {
 
 /// A private key file that is encrypted as PEM, with "Proc-Type" and "DEK-Info" before the Base64.
 Json describe_encrypted_key(const Block &block, std::string_view password) {
-    if (block.label != "RSA PRIVATE KEY")
+    if (block.label != "RSA PRIVATE KEY") {
         throw Failure(block.source + ": an encrypted " + block.label + " cannot be shown");
-    if (password.empty())
+    }
+    if (password.empty()) {
         throw Failure(block.source + ": the key is encrypted; give its password with --password-file");
+    }
     const auto unit = made<RsaKey>(new_RSA_UNIT());
     const uint32_t status =
         readPKCS1_from_Binary(unit.get(), password.data(), static_cast<int32_t>(password.size()),
@@ -121,12 +123,14 @@ void print_object(std::ostream &out, Json object) {
         << '\n';
     const Json extensions = object.contains("extensions") ? object["extensions"] : Json::array();
     const Json digests = object.contains("digests") ? object["digests"] : Json::object();
-    for (const char *key : {"source", "kind", "extensions", "digests"})
+    for (const char *key : {"source", "kind", "extensions", "digests"}) {
         object.erase(key);
+    }
     print_text(out, object, 2);
     if (!extensions.empty()) out << "  Extensions\n";
-    for (const Json &extension : extensions)
+    for (const Json &extension : extensions) {
         print_extension(out, extension);
+    }
     if (!digests.empty()) print_text(out, {{"digests", digests}}, 2);
 }
 

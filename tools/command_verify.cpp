@@ -112,8 +112,9 @@ Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
                  {"status", status_json(verdict.status)}};
     if (!verdict.hint.empty()) json["hint"] = verdict.hint;
     json["path"] = Json::array();
-    for (const Link &link : verdict.links())
+    for (const Link &link : verdict.links()) {
         json["path"].push_back(describe_link(link));
+    }
     if (verdict.is_valid()) {
         // The root of the tree stands for the anchor, and its criticality says nothing.
         json["policies"] = describe_policies_below(policy_children(verdict.policies.get()), nullptr);
@@ -213,11 +214,13 @@ int run_verify(const VerifyOptions &options) {
     const Verifier verifier(options);
     std::vector<LoadedCertificate> targets;
     for (const std::string &path : options.targets) {
-        for (LoadedCertificate &loaded : load_certificates(path))
+        for (LoadedCertificate &loaded : load_certificates(path)) {
             targets.push_back(std::move(loaded));
+        }
     }
-    for (const std::string &warning : verifier.warnings())
+    for (const std::string &warning : verifier.warnings()) {
         std::cerr << "tlxpki: warning: " << printable(warning) << '\n';
+    }
     const std::size_t valid = options.json          ? verify_to_json(verifier, targets)
                               : targets.size() == 1 ? verify_one(verifier, targets[0])
                                                     : verify_several(verifier, targets);

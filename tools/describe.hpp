@@ -39,8 +39,9 @@ template <typename List, typename Item>
 Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*child)(const List *, int32_t),
                     Json (*describe)(const Item *)) {
     Json items = Json::array();
-    for (uint32_t i = 0; i < count(list); ++i)
+    for (uint32_t i = 0; i < count(list); ++i) {
         items.push_back(describe(child(list, static_cast<int32_t>(i))));
+    }
     return items;
 }
 

@@ -78,8 +78,9 @@ Json describe_policy_constraints(const POLICY_CONSTRAINTS *constraints) {
 
 Json describe_authority_key(const AUTHORITY_KEYID *identifier) {
     Json json = Json::object();
-    if (identifier->keyIdentifier != nullptr)
+    if (identifier->keyIdentifier != nullptr) {
         json["key_identifier"] = hex(octets_of(identifier->keyIdentifier));
+    }
     if (identifier->authorityCertIssuer != nullptr) {
         json["issuer"] = describe_general_names(identifier->authorityCertIssuer);
     }
@@ -152,8 +153,9 @@ Json describe_issuing_point(const issuing_DIST_POINT *point) {
     json["only_ca_certificates"] = point->onlyContainsCACerts != 0;
     json["only_attribute_certificates"] = point->onlyContainsAttributeCerts != 0;
     json["indirect"] = point->indirectCRL != 0;
-    if (point->onlySomeReasons != nullptr)
+    if (point->onlySomeReasons != nullptr) {
         json["reasons"] = describe_bits(point->onlySomeReasons, kReasonFlags);
+    }
     return json;
 }
 

@@ -18,8 +18,9 @@ std::string ip_text(Octets address) {
     std::string text;
     std::array<char, 8> group{};
     if (address.size() == 4) {
-        for (const uint8_t octet : address)
+        for (const uint8_t octet : address) {
             text += (text.empty() ? "" : ".") + std::to_string(octet);
+        }
     } else if (address.size() == 16) {
         for (std::size_t i = 0; i < 16; i += 2) {
             (void)std::snprintf(group.data(), group.size(), "%x", address[i] << 8U | address[i + 1]);

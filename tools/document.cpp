@@ -79,8 +79,9 @@ std::string line_of(const Json &value) {
     if (value.is_string()) return printable(value.get<std::string>());
     if (!value.is_array()) return value.dump();
     std::string line;
-    for (const Json &word : value)
+    for (const Json &word : value) {
         line += (line.empty() ? "" : ", ") + line_of(word);
+    }
     return line;
 }
 
@@ -134,8 +135,9 @@ void print_text(std::ostream &out, const Json &object, std::size_t indent) {
     for (const auto &[key, value] : object.items()) {
         if (is_line(value)) width = std::max(width, label_of(key).size());
     }
-    for (const auto &[key, value] : object.items())
+    for (const auto &[key, value] : object.items()) {
         print_member(out, key, value, indent, width + 2);
+    }
 }
 
 void print_dump(std::ostream &out, const std::string &digits, std::size_t indent) {

@@ -49,8 +49,9 @@ void read_length(HeaderReader &reader, Element &element) {
     if (count > kMostLengthOctets) {
         throw BrokenElement(element.offset, "a length of " + std::to_string(count) + " octets is too large");
     }
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         element.length = element.length << 8 | reader.next("length");
+    }
 }
 
 }  // namespace

@@ -53,8 +53,9 @@ Octets contents_of(const Element &element, Octets octets) {
 /// Contents of an INTEGER of up to 64 bits.
 std::string small_number(Octets contents) {
     uint64_t number = (contents[0] & 0x80) != 0 ? ~uint64_t{0} : 0;
-    for (const uint8_t octet : contents)
+    for (const uint8_t octet : contents) {
         number = number << 8 | octet;
+    }
     return std::to_string(static_cast<int64_t>(number));
 }
 
@@ -129,8 +130,9 @@ std::string short_hex(Octets octets, std::size_t most) {
 /// The first characters of a text.
 std::string short_text(const std::string &text, std::size_t most) {
     std::size_t end = std::min(text.size(), most);
-    while (end < text.size() && end > 0 && (static_cast<uint8_t>(text[end]) & 0xC0) == 0x80)
+    while (end < text.size() && end > 0 && (static_cast<uint8_t>(text[end]) & 0xC0) == 0x80) {
         --end;
+    }
     return '"' + printable(text.substr(0, end)) + '"' + (end < text.size() ? "..." : "");
 }
 

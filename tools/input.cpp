@@ -92,8 +92,9 @@ void Input::split_pem(const std::string &path, std::string_view text, std::size_
         block.source = path + ", PEM block " + std::to_string(blocks_.size() + 1);
         block.label = label_at(text, begin + kBegin.size(), block.source);
         const std::size_t end = text.find(kEnd, begin);
-        if (end == std::string_view::npos)
+        if (end == std::string_view::npos) {
             throw Failure(block.source + ": has no \"-----END " + block.label + "-----\"");
+        }
         if (label_at(text, end + kEnd.size(), block.source) != block.label) {
             throw Failure(block.source + ": begins as " + block.label + ", but does not end so");
         }
@@ -132,8 +133,9 @@ bool is_certificate_label(const std::string &label) {
 
 Certificate decode_certificate(const Block &block) {
     expect_one_element(block);
-    if (block.octets[0] != TLX_TAG_SEQUENCE_OCTET)
+    if (block.octets[0] != TLX_TAG_SEQUENCE_OCTET) {
         throw Failure(block.source + ": is no certificate: it is no SEQUENCE");
+    }
     X509_CERT *cert = nullptr;
     const uint32_t status =
         readDER_from_Buffer(reinterpret_cast<void **>(&cert), TLX_DECODER(Seq_to_X509_CERT),
@@ -146,8 +148,9 @@ std::vector<LoadedCertificate> load_certificates(const std::string &path) {
     const Input input(path);
     std::vector<LoadedCertificate> certificates;
     for (const Block &block : input.blocks()) {
-        if (is_certificate_label(block.label))
+        if (is_certificate_label(block.label)) {
             certificates.push_back({decode_certificate(block), block.source});
+        }
     }
     if (certificates.empty()) throw Failure(path + ": holds no certificate");
     return certificates;

@@ -47,8 +47,9 @@ std::vector<std::size_t> heights_of(const std::vector<std::size_t> &issuers) {
             path.push_back(at);
         }
         std::size_t height = at == kNone ? 0 : heights[at] + 1;
-        for (; !path.empty(); path.pop_back())
+        for (; !path.empty(); path.pop_back()) {
             heights[path.back()] = height++;
+        }
     }
     return heights;
 }
@@ -63,8 +64,9 @@ void put_lower_first(std::vector<LoadedCertificate> &certificates) {
                      [&heights](std::size_t a, std::size_t b) { return heights[a] > heights[b]; });
     std::vector<LoadedCertificate> ordered;
     ordered.reserve(certificates.size());
-    for (const std::size_t index : order)
+    for (const std::size_t index : order) {
         ordered.push_back(std::move(certificates[index]));
+    }
     certificates = std::move(ordered);
 }
 

@@ -61,8 +61,9 @@ bool widen(Octets contents, std::size_t width, std::string &utf8) {
     if (contents.size() % width != 0) return false;
     for (std::size_t i = 0; i < contents.size(); i += width) {
         uint32_t unit = 0;
-        for (const uint8_t octet : contents.subspan(i, width))
+        for (const uint8_t octet : contents.subspan(i, width)) {
             unit = unit << 8 | octet;
+        }
         if (unit > 0x10FFFF || (unit >= 0xD800 && unit < 0xE000)) return false;
         append_utf8(utf8, unit);
     }

@@ -26,8 +26,9 @@ Oid parse_oid(const std::string &text) {
     const bool encodes = ASN1_STRING_to_binary(oid.get(), &encoded) != 0xFFFFFFFF;
     const Owned<uint8_t, tlx_free> owner(encoded);
     const Oid decoded(encodes ? decodeToBERObjectIdentifier(encoded) : nullptr);
-    if (dotted_text(decoded.get()) != text)
+    if (dotted_text(decoded.get()) != text) {
         throw Failure("--policy: \"" + text + "\" is no object identifier");
+    }
     return oid;
 }
 
@@ -72,13 +73,15 @@ void Verifier::load_pool(const VerifyOptions &options) {
         }
     }
     for (const std::string &path : options.pool) {
-        for (LoadedCertificate &loaded : load_certificates(path))
+        for (LoadedCertificate &loaded : load_certificates(path)) {
             pool.push_back(std::move(loaded));
+        }
     }
     put_lower_first(pool);
     must(reserve_STACK(pool_.get(), static_cast<uint32_t>(pool.size())));
-    for (LoadedCertificate &loaded : pool)
+    for (LoadedCertificate &loaded : pool) {
         must(push_STACK_value(pool_.get(), loaded.cert.release()));
+    }
 }
 
 void Verifier::trust(const LoadedCertificate &loaded) {
