@@ -1,6 +1,9 @@
 /** @file
  * libtlxpki: one header for all of it.
  */
+/* Before the guard: what it undefines may have come since. */
+#include <tlxpki/wincrypt.h>
+
 #ifndef TLXPKI_H
 #define TLXPKI_H
 

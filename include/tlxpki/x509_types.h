@@ -1,6 +1,9 @@
 /** @file
  * The records that certificates are made of.
  */
+/* Before the guard: what it undefines may have come since. */
+#include <tlxpki/wincrypt.h>
+
 #ifndef TLXPKI_X509_TYPES_H
 #define TLXPKI_X509_TYPES_H
 

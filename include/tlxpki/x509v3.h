@@ -59,6 +59,7 @@
 
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
+#include <tlxpki/wincrypt.h>
 #include <tlxpki/x509v3_constraints.h>
 #include <tlxpki/x509v3_distribution.h>
 #include <tlxpki/x509v3_key.h>

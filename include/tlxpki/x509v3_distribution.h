@@ -6,6 +6,7 @@
 #define TLXPKI_X509V3_DISTRIBUTION_H
 
 #include <tlxpki/general_name.h>
+#include <tlxpki/wincrypt.h>
 
 TLX_BEGIN_DECLS
 
