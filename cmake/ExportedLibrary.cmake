@@ -1,3 +1,22 @@
+if(WIN32)
+    enable_language(RC)
+    find_program(TLX_LLVM_DLLTOOL llvm-dlltool REQUIRED)
+endif()
+
+# tlx_make_dll(<name> <.def file>): what a DLL has beside its code. It is tlxpki.dll, as its callers load it, and its import
+# libraries are libtlxpki.dll.a for MinGW and tlxpki.lib, in the form of Visual Studio's own.
+function(tlx_make_dll name exports)
+    set(description ${PROJECT_DESCRIPTION})
+    configure_file(${PROJECT_SOURCE_DIR}/src/windows/version.rc.in ${name}.rc @ONLY)
+    target_sources(${name} PRIVATE ${exports} ${PROJECT_SOURCE_DIR}/src/windows/stack_check.cpp
+                                   ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+    set_target_properties(${name} PROPERTIES PREFIX "")
+    set(import_library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${name}.lib)
+    add_custom_command(TARGET ${name} POST_BUILD BYPRODUCTS ${import_library} VERBATIM
+                       COMMAND ${TLX_LLVM_DLLTOOL} -m i386:x86-64 -d ${exports} -l ${import_library})
+    install(FILES ${exports} ${import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endfunction()
+
 # tlx_add_library(<name> HEADERS <public headers...> SOURCES <files...> MACRO <export macro> LINK <libraries...>)
 #
 # A shared library whose exported symbols are exactly the functions that its public headers mark with the export
@@ -40,10 +59,7 @@ function(tlx_add_library name)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${exports})
     if(WIN32)
-        # tlxpki.dll, as its callers load it. The .def file is the list of exports, for other linkers too.
-        set_target_properties(${name} PROPERTIES PREFIX "")
-        target_sources(${name} PRIVATE ${exports} ${PROJECT_SOURCE_DIR}/src/windows/stack_check.cpp)
-        set_target_properties(${name} PROPERTIES TLX_DEF_FILE ${exports})
+        tlx_make_dll(${name} ${exports})
     else()
         target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-z,relro,-z,now)
         if(NOT TLX_SANITIZE)
