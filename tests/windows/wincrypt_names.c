@@ -1,0 +1,24 @@
+/* The values that <tlxpki/wincrypt.h> keeps are those that Windows' headers give. */
+#include <windows.h>
+
+#include <wincrypt.h>
+
+static const LPCSTR kTheirs[] = {X509_CERT, X509_NAME, X509_EXTENSIONS};
+
+#include <stdio.h>
+#include <tlxpki.h>
+
+static const LPCSTR kOurs[] = {TLX_WINCRYPT_X509_CERT, TLX_WINCRYPT_X509_NAME, TLX_WINCRYPT_X509_EXTENSIONS};
+
+int main(void) {
+    X509_NAME *name = new_X509_NAME();
+    int good = name != NULL;
+    size_t i;
+    for (i = 0; i < sizeof kOurs / sizeof kOurs[0]; ++i) {
+        if (kOurs[i] == kTheirs[i]) continue;
+        printf("value %u is %p, not %p\n", (unsigned)i, (const void *)kOurs[i], (const void *)kTheirs[i]);
+        good = 0;
+    }
+    free_X509_NAME(name);
+    return good ? 0 : 1;
+}
