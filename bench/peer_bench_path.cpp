@@ -49,8 +49,9 @@ PeerSignature::PeerSignature(const Octets &cert, const Octets &issuer) {
     signature_.assign(octets, octets + ASN1_STRING_length(value));
     std::uint8_t *tbs = nullptr;
     const int length = i2d_re_X509_tbs(signed_cert, &tbs);
+    message_.assign(tbs, tbs + length);
     digest_.resize(32);
-    EVP_Digest(tbs, static_cast<std::size_t>(length), digest_.data(), nullptr, EVP_sha256(), nullptr);
+    EVP_Digest(tbs, message_.size(), digest_.data(), nullptr, EVP_sha256(), nullptr);
     OPENSSL_free(tbs);
     EVP_PKEY *key = X509_get_pubkey(issuer_cert);
     EVP_PKEY_CTX *context = EVP_PKEY_CTX_new_from_pkey(nullptr, key, nullptr);
@@ -71,4 +72,14 @@ PeerSignature::~PeerSignature() {
 bool PeerSignature::verify() const {
     return EVP_PKEY_verify(static_cast<EVP_PKEY_CTX *>(context_), signature_.data(), signature_.size(),
                            digest_.data(), digest_.size()) == 1;
+}
+
+bool PeerSignature::verify_message() const {
+    EVP_MD_CTX *context = EVP_MD_CTX_new();
+    const bool good =
+        EVP_DigestVerifyInit(context, nullptr, EVP_sha256(), nullptr, static_cast<EVP_PKEY *>(key_)) == 1 &&
+        EVP_DigestVerify(context, signature_.data(), signature_.size(), message_.data(), message_.size()) ==
+            1;
+    EVP_MD_CTX_free(context);
+    return good;
 }

@@ -22,7 +22,7 @@ class PeerStore {
     void *store_;
 };
 
-/// A certificate's RSA signature, with key, context and digest ready.
+/// A certificate's RSA signature, with key, context, message and its digest ready.
 class PeerSignature {
   public:
     PeerSignature(const Octets &cert, const Octets &issuer);
@@ -31,10 +31,13 @@ class PeerSignature {
     PeerSignature &operator=(const PeerSignature &) = delete;
 
     [[nodiscard]] bool verify() const;
+    /// From the message, with nothing but the key ready.
+    [[nodiscard]] bool verify_message() const;
 
   private:
     void *key_ = nullptr;
     void *context_ = nullptr;
+    Octets message_;
     Octets digest_;
     Octets signature_;
 };

@@ -44,6 +44,7 @@ struct alignas(64) Cell {
 constexpr std::size_t kCells = 256;
 constinit Cell g_cells[kCells + 1];  // the last one is shared by all threads that came too late for their own
 constinit Cell &g_shared_cell = g_cells[kCells];
+constexpr auto kRelaxed = std::memory_order_relaxed;
 constinit std::atomic<std::size_t> g_cells_taken;
 
 #ifdef _WIN32
@@ -66,32 +67,38 @@ void set_own_cell(Cell *cell) noexcept {
 }
 #endif
 
-[[gnu::noinline]] Cell *claim_cell() noexcept {
-    std::size_t taken = g_cells_taken.load(std::memory_order_relaxed);
-    while (taken < kCells &&
-           !g_cells_taken.compare_exchange_weak(taken, taken + 1, std::memory_order_relaxed)) {
-    }
+/// Null when all are taken.
+Cell *claim_cell() noexcept {
+    std::size_t taken = g_cells_taken.load(kRelaxed);
+    do {
+        if (taken == kCells) return nullptr;
+    } while (!g_cells_taken.compare_exchange_weak(taken, taken + 1, kRelaxed));
     set_own_cell(&g_cells[taken]);
     return &g_cells[taken];
 }
 
-void count(std::int64_t blocks, std::int64_t bytes) noexcept {
-    constexpr auto kRelaxed = std::memory_order_relaxed;
+/// Only this thread writes to the cell.
+void count_in(Cell &cell, std::int64_t blocks, std::int64_t bytes) noexcept {
+    cell.blocks.store(cell.blocks.load(kRelaxed) + blocks, kRelaxed);
+    cell.bytes.store(cell.bytes.load(kRelaxed) + bytes, kRelaxed);
+}
+
+[[gnu::noinline]] void count_without_cell(std::int64_t blocks, std::int64_t bytes) noexcept {
+    if (Cell *cell = claim_cell()) return count_in(*cell, blocks, bytes);
+    g_shared_cell.blocks.fetch_add(blocks, kRelaxed);
+    g_shared_cell.bytes.fetch_add(bytes, kRelaxed);
+}
+
+[[gnu::always_inline]] inline void count(std::int64_t blocks, std::int64_t bytes) noexcept {
     Cell *cell = own_cell();
-    if (cell == nullptr) cell = claim_cell();
-    if (cell == &g_shared_cell) {
-        cell->blocks.fetch_add(blocks, kRelaxed);
-        cell->bytes.fetch_add(bytes, kRelaxed);
-        return;
-    }
-    cell->blocks.store(cell->blocks.load(kRelaxed) + blocks, kRelaxed);
-    cell->bytes.store(cell->bytes.load(kRelaxed) + bytes, kRelaxed);
+    if (cell == nullptr) return count_without_cell(blocks, bytes);
+    count_in(*cell, blocks, bytes);
 }
 
 u64 sum(std::atomic<std::int64_t> Cell::*counter) noexcept {
     std::int64_t total = 0;
     for (const Cell &cell : g_cells) {
-        total += (cell.*counter).load(std::memory_order_relaxed);
+        total += (cell.*counter).load(kRelaxed);
     }
     return static_cast<u64>(total);
 }
