@@ -103,6 +103,7 @@ CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const c
 int run(const std::vector<std::string> &arguments) {
     CommandLine line;
     CLI::App app("Certificates, keys and certification paths.", "tlxpki");
+    app.allow_windows_style_options(false);  // a path may begin with a slash there, too
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("tlxpki ") + get_PkiVersion());
     app.footer(kExitStatuses);
@@ -154,6 +155,6 @@ int run_and_report(const std::vector<std::string> &arguments) {
 
 int main(int argc, char **argv) {
     std::ios::sync_with_stdio(false);
-    tool::prepare_terminal();
+    tool::prepare_output();
     return tool::run_and_report(tool::utf8_arguments(argc, argv));
 }

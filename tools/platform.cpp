@@ -1,6 +1,7 @@
 #include "platform.hpp"
 
 #ifdef _WIN32
+#include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 // After windows.h, which it needs.
@@ -17,7 +18,9 @@ bool is_terminal(Stream stream) {
     return _isatty(stream == Stream::kOutput ? 1 : 2) != 0;
 }
 
-void prepare_terminal() {
+void prepare_output() {
+    _setmode(1, _O_BINARY);
+    _setmode(2, _O_BINARY);
     SetConsoleOutputCP(CP_UTF8);
     for (const DWORD id : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
         const HANDLE handle = GetStdHandle(id);
@@ -49,7 +52,7 @@ bool is_terminal(Stream stream) {
     return isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) != 0;
 }
 
-void prepare_terminal() {}
+void prepare_output() {}
 
 std::vector<std::string> utf8_arguments(int argc, char **argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
