@@ -2,7 +2,7 @@
 # The DLLs: they export, undecorated, the functions that the public headers declare elsewhere too, and so do their import
 # libraries and .def files; they need no DLL but those that every Windows has; the system may place them anywhere in memory;
 # and nothing in them runs before their entry point, throws or starts threads.
-# usage: windows_dlls.sh <C compiler> <include dir> <DLL dir> <library dir> <.def dir>
+# usage: windows_dlls.sh <C compiler of this machine> <include dir> <DLL dir> <library dir> <.def dir>
 set -euo pipefail
 cc=$1 include=$2 dlls=$3 libraries=$4 defs=$5
 work=$(mktemp -d)
@@ -12,7 +12,7 @@ nm() { x86_64-w64-mingw32-nm "$@" 2>/dev/null; }
 
 # As the headers read where there are no DLLs.
 echo '#include <tlxpki.h>' >"$work/all.c"
-"$cc" -std=c99 -ffreestanding -U_WIN32 -I"$include" -fsyntax-only -aux-info "$work/prototypes" "$work/all.c"
+"$cc" -std=c99 -I"$include" -fsyntax-only -aux-info "$work/prototypes" "$work/all.c"
 
 status=0
 same() {  # what, expected, found
@@ -23,7 +23,7 @@ same() {  # what, expected, found
 declare -A needed=(
     [tlxcrypto.dll]="advapi32 bcrypt kernel32 msvcrt user32"
     [tlxpki.dll]="kernel32 msvcrt tlxcrypto"
-    [tlxpki.exe]="kernel32 msvcrt shell32 tlxcrypto tlxpki"
+    [tlxpki.exe]="advapi32 kernel32 msvcrt shell32 tlxcrypto tlxpki"
 )
 for file in "${!needed[@]}"; do
     [[ -f $dlls/$file ]] || { echo "$file is missing"; status=1; continue; }

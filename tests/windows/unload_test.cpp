@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <fstream>
 #include <iterator>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -81,6 +80,20 @@ void use_ciphers() {
     EXPECT_EQ(TLX_CRYPTO(hex_to_BIGINT)("no number"), nullptr);
 }
 
+DWORD WINAPI use(void *der) {
+    verify_certificate(*static_cast<std::vector<std::uint8_t> *>(der));
+    use_ciphers();
+    return 0;
+}
+
+/// A thread of the system's own: those of the compiler's library keep things for the next one.
+void use_on_a_thread(std::vector<std::uint8_t> der) {
+    const HANDLE thread = CreateThread(nullptr, 0, use, &der, 0, nullptr);
+    ASSERT_NE(thread, nullptr);
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    CloseHandle(thread);
+}
+
 class Unload : public ::testing::Test {
   protected:
     Unload() {
@@ -94,14 +107,10 @@ class Unload : public ::testing::Test {
         std::uint8_t *octets = nullptr;
         const std::uint32_t size =
             TLX_PKI(decode_PEM)(pem_.data(), static_cast<std::int32_t>(pem_.size()), &octets);
-        const std::vector<std::uint8_t> der(octets, octets + size);
+        std::vector<std::uint8_t> der(octets, octets + size);
         TLX_CRYPTO(tlx_free)(octets);
-        verify_certificate(der);
-        use_ciphers();
-        std::thread([&der] {
-            verify_certificate(der);
-            use_ciphers();
-        }).join();
+        use(&der);
+        use_on_a_thread(der);
         EXPECT_EQ(TLX_CRYPTO(tlx_live_blocks)(), 0U);
         EXPECT_TRUE(FreeLibrary(library));
         ASSERT_EQ(GetModuleHandleA("tlxpki.dll"), nullptr);
