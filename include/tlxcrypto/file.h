@@ -1,7 +1,9 @@
 /** @file
  * Whole files, and octets as hexadecimal text.
  *
- * Paths are UTF-8. Buffers and texts that a function makes are freed with tlx_free.
+ * Paths are UTF-8. On Windows a path that is not valid UTF-8 is taken to be in the ANSI code page, as older
+ * programs pass it (949 on Korean Windows). Elsewhere the octets go to the system as they are. Buffers and
+ * texts that a function makes are freed with tlx_free.
  *
  * Thread safety: every function may be called from any thread; print_hex shares standard output with whoever
  * else writes to it.

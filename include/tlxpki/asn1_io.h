@@ -1,8 +1,8 @@
 /** @file
  * Nodes and records to and from octets and files.
  *
- * Paths are UTF-8 on every system. Every function may be called from any thread, on distinct records at the
- * same time.
+ * Paths are as <tlxcrypto/file.h> takes them. Every function may be called from any thread, on distinct
+ * records at the same time.
  */
 #ifndef TLXPKI_ASN1_IO_H
 #define TLXPKI_ASN1_IO_H

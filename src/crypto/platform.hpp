@@ -7,7 +7,8 @@
 
 namespace tlx {
 
-/// Opens a file by its UTF-8 path in an fopen mode of up to three letters; null on failure.
+/// Opens a file by its path, as <tlxcrypto/file.h> takes it, in an fopen mode of up to three letters; null on
+/// failure.
 std::FILE *open_file(const char *path, const char *mode) noexcept;
 
 /// Lets another thread run.
