@@ -1,8 +1,9 @@
+// Digests and HMACs beside libcrypto's and librhash's.
 #include <gtest/gtest.h>
 #include <tlxcrypto/digest.h>
+#include <tlxcrypto/hmac.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <random>
 #include <string>
 #include <thread>
@@ -19,35 +20,66 @@ using namespace tlx_test;
 
 struct Algorithm {
     std::uint32_t id;
-    const char *peer;  // libcrypto's name; null for HAS-160
-    std::uint32_t length;
-    std::uint32_t block_length;
+    std::string name;
+    std::uint32_t length, block_length;
 };
-
-constexpr Algorithm kAlgorithms[] = {
+const Algorithm kAlgorithms[] = {
     {TLX_DIGEST_SHA1, "SHA1", 20, 64},      {TLX_DIGEST_SHA224, "SHA224", 28, 64},
     {TLX_DIGEST_SHA256, "SHA256", 32, 64},  {TLX_DIGEST_SHA384, "SHA384", 48, 128},
     {TLX_DIGEST_SHA512, "SHA512", 64, 128}, {TLX_DIGEST_MD5, "MD5", 16, 64},
-    {TLX_DIGEST_HAS160, nullptr, 20, 64},
+    {TLX_DIGEST_HAS160, "HAS160", 20, 64},
 };
 
 Octets one_shot(std::uint32_t id, const Octets &data) {
     Octets digest(TLX_DIGEST_MAX_LENGTH);
-    std::uint32_t len = 99;
-    const std::uint32_t status = Digest(id, data.data(), length(data), digest.data(), &len);
-    EXPECT_EQ(status == 0, len != 0);
-    digest.resize(len);
+    std::uint32_t size = 99;
+    const std::uint32_t status = Digest(id, data.data(), length(data), digest.data(), &size);
+    EXPECT_EQ(status == 0, size != 0);
+    digest.resize(size);
     return digest;
 }
 
-class DigestPeers : public ::testing::TestWithParam<Algorithm> {};
+Octets one_shot_hmac(std::uint32_t id, const Octets &key, const Octets &data) {
+    Octets mac(TLX_DIGEST_MAX_LENGTH);
+    std::uint32_t size = 99;
+    const std::uint32_t status =
+        compute_HMAC(id, key.data(), length(key), data.data(), length(data), mac.data(), &size);
+    EXPECT_EQ(size, status == 0 ? get_HMAC_length(id) : 0U);
+    mac.resize(size);
+    return mac;
+}
+
+Octets peer_digest(const std::string &name, const Octets &data) {
+    return name == "HAS160" ? rhash::has160(data) : openssl::digest(name, data);
+}
+
+// RFC 2104 over the peer's digest.
+Octets peer_hmac(const Algorithm &algorithm, Octets key, const Octets &data) {
+    if (key.size() > algorithm.block_length) key = peer_digest(algorithm.name, key);
+    key.resize(algorithm.block_length);
+    Octets digest = data;
+    for (const unsigned pad : {0x36U, 0x5CU}) {
+        Octets padded = key;
+        for (std::uint8_t &octet : padded)
+            octet ^= static_cast<std::uint8_t>(pad);
+        padded.insert(padded.end(), digest.begin(), digest.end());
+        digest = peer_digest(algorithm.name, padded);
+    }
+    return digest;
+}
+
+class DigestPeers : public ::testing::TestWithParam<Algorithm> {
+  protected:
+    void SetUp() override {
+        if (GetParam().name == "HAS160" && !rhash::kAvailable) GTEST_SKIP() << "no librhash";
+    }
+    LeakCheck leaks_;
+};
 
 // Every length around the block and padding boundaries, then longer ones, each in random pieces on a unit
 // that is used again and again.
 TEST_P(DigestPeers, AgreeOverLengthsAndPieces) {
-    const auto &[id, peer, digest_length, block_length] = GetParam();
-    if (peer == nullptr && !rhash::kAvailable) GTEST_SKIP() << "no librhash";
-    const LeakCheck leaks;
+    const auto &[id, name, digest_length, block_length] = GetParam();
     std::mt19937 random(160);
     const Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
     EXPECT_EQ(get_DigestLength(id), digest_length);
@@ -55,8 +87,7 @@ TEST_P(DigestPeers, AgreeOverLengthsAndPieces) {
     for (std::size_t round = 0; round < 400; ++round) {
         Octets data(round < 300 ? round : random() % 5000);
         std::generate(data.begin(), data.end(), [&random] { return static_cast<std::uint8_t>(random()); });
-        const Octets expected = peer == nullptr ? rhash::has160(data) : openssl::digest(peer, data);
-        ASSERT_EQ(expected.size(), digest_length);
+        const Octets expected = peer_digest(name, data);
         ASSERT_EQ(one_shot(id, data), expected) << data.size();
 
         ASSERT_EQ(init_Digest(unit.get(), id), 0U);
@@ -66,73 +97,114 @@ TEST_P(DigestPeers, AgreeOverLengthsAndPieces) {
             done += piece;
         }
         Octets digest(digest_length);
-        std::uint32_t len = 0;
-        ASSERT_EQ(final_Digest(unit.get(), digest.data(), &len), 0U);
-        ASSERT_EQ(len, digest_length);
+        std::uint32_t size = 0;
+        ASSERT_EQ(final_Digest(unit.get(), digest.data(), &size), 0U);
         ASSERT_EQ(digest, expected) << data.size() << " in pieces";
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Digest, DigestPeers, ::testing::ValuesIn(kAlgorithms), [](const auto &algorithm) {
-    return std::string(algorithm.param.peer == nullptr ? "HAS160" : algorithm.param.peer);
-});
+TEST_P(DigestPeers, AgreeOnHmacsOverKeyLengths) {
+    const std::uint32_t id = GetParam().name == "SHA1" ? TLX_HMAC_SHA1 : GetParam().id;
+    const Owned<HMAC_UNIT> owned(new_HMAC_UNIT());
+    HMAC_UNIT *unit = owned.get();
+    for (const std::size_t key_length : {0U, 1U, 20U, 64U, 65U, 128U, 129U, 300U}) {
+        const Octets key(key_length, static_cast<std::uint8_t>(key_length));
+        ASSERT_EQ(init_HMAC(unit, id, key.data(), length(key)), 0U);
+        for (const std::size_t size : {0U, 1U, 64U, 200U}) {
+            const Octets data(size, 0xC3);
+            const Octets expected = peer_hmac(GetParam(), key, data);
+            EXPECT_EQ(one_shot_hmac(GetParam().id, key, data), expected) << key_length << ' ' << size;
+
+            // The same in two pieces under the key that stays, after a message that is given up.
+            Octets mac(expected.size());
+            std::uint32_t len = 0;
+            const std::uint32_t half = length(data) / 2;
+            ASSERT_EQ(reset_HMAC(unit), 0U);
+            ASSERT_EQ(update_HMAC(unit, data.data(), half), 0U);
+            ASSERT_EQ(reset_HMAC(unit), 0U);
+            ASSERT_EQ(update_HMAC(unit, data.data(), half), 0U);
+            ASSERT_EQ(update_HMAC(unit, data.data() + half, length(data) - half), 0U);
+            ASSERT_EQ(final_HMAC(unit, mac.data(), &len), 0U);
+            EXPECT_EQ(mac, expected) << key_length << ' ' << size << " in pieces";
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Digest, DigestPeers, ::testing::ValuesIn(kAlgorithms),
+                         [](const auto &algorithm) { return algorithm.param.name; });
 
 TEST(Digest, GivesThePublishedHas160Value) {
     EXPECT_EQ(hex(one_shot(TLX_DIGEST_HAS160, {'a', 'b', 'c'})), "975E810488CF2A3D49838478124AFCE4B1C78804");
 }
 
-TEST(Digest, RefusesWhatItDoesNotHave) {
+// MDC-2 stands in the legacy provider, and only in some builds of it.
+TEST(Digest, HasMdc2WhereLibcryptoHas) {
+    const Octets expected = openssl::digest("MDC2", {'a', 'b', 'c'});
+    EXPECT_EQ(one_shot(TLX_DIGEST_MDC2, {'a', 'b', 'c'}), expected);
+    EXPECT_EQ(get_DigestLength(TLX_DIGEST_MDC2), expected.size());
+}
+
+TEST(Digest, RefusesWhatItDoesNotHaveAndForgetsWhatWasBefore) {
     const LeakCheck leaks;
     const Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
-    for (const std::uint32_t id : {0U, 0x05000101U, 0x05000600U, TLX_HMAC_SHA1, 0xFFFFFFFFU}) {
-        EXPECT_EQ(one_shot(id, {1}), Octets{});
-        EXPECT_EQ(get_DigestLength(id), 0U);
-        EXPECT_EQ(get_DigestBlockLength(id), 0U);
+    const Owned<HMAC_UNIT> hmac(new_HMAC_UNIT());
+    const Octets key = {1, 2, 3};
+    for (const std::uint32_t id : {0U, 0x05000101U, 0x05000600U, 0x25000100U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(one_shot(id, key), Octets{});
+        EXPECT_EQ(one_shot_hmac(id, key, key), Octets{});
+        EXPECT_EQ(get_DigestLength(id) + get_DigestBlockLength(id) + get_HMAC_length(id), 0U);
         ASSERT_EQ(init_Digest(unit.get(), TLX_DIGEST_SHA1), 0U);
         EXPECT_EQ(init_Digest(unit.get(), id), 1U);
         EXPECT_EQ(get_DIGEST_UNIT_id(unit.get()), 0U);
-        EXPECT_EQ(update_Digest(unit.get(), nullptr, 0), 1U) << "nothing is left of the digest before";
+        EXPECT_EQ(update_Digest(unit.get(), nullptr, 0), 1U);
+        ASSERT_EQ(init_HMAC(hmac.get(), TLX_DIGEST_SHA1, key.data(), 3), 0U);
+        EXPECT_EQ(init_HMAC(hmac.get(), id, key.data(), 3), 1U);
+        EXPECT_EQ(reset_HMAC(hmac.get()), 1U);
     }
+    EXPECT_EQ(one_shot(TLX_HMAC_SHA1, key), Octets{}) << "no name of a digest";
     EXPECT_TRUE(openssl::error_queue_is_empty());
-}
-
-// MDC-2 stands in the legacy provider, and only in some builds of it.
-TEST(Digest, HasMdc2WhereLibcryptoHas) {
-    const Octets expected = openssl::legacy_digest("MDC2", {'a', 'b', 'c'});
-    EXPECT_EQ(one_shot(TLX_DIGEST_MDC2, {'a', 'b', 'c'}), expected);
-    EXPECT_EQ(get_DigestLength(TLX_DIGEST_MDC2), expected.size());
 }
 
 TEST(Digest, KeepsItsOrderOfCalls) {
     const LeakCheck leaks;
     std::uint8_t digest[TLX_DIGEST_MAX_LENGTH] = {};
+    std::uint32_t len = 99;
     for (const std::uint32_t id : {TLX_DIGEST_SHA256, TLX_DIGEST_HAS160}) {
-        const Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
-        std::uint32_t len = 99;
-        EXPECT_EQ(get_DIGEST_UNIT_id(unit.get()), 0U);
-        EXPECT_EQ(update_Digest(unit.get(), digest, 4), 1U) << "not initialised";
-        EXPECT_EQ(final_Digest(unit.get(), digest, &len), 1U) << "not initialised";
+        const Owned<DIGEST_UNIT> owned(new_DIGEST_UNIT());
+        DIGEST_UNIT *unit = owned.get();
+        EXPECT_EQ(update_Digest(unit, digest, 4), 1U) << "not initialised";
+        EXPECT_EQ(final_Digest(unit, digest, &len), 1U) << "not initialised";
         EXPECT_EQ(len, 0U);
-        ASSERT_EQ(init_Digest(unit.get(), id), 0U);
-        EXPECT_EQ(update_Digest(unit.get(), nullptr, 1), 1U);
-        EXPECT_EQ(final_Digest(unit.get(), nullptr, &len), 1U);
-        EXPECT_EQ(final_Digest(unit.get(), digest, &len), 0U) << "a refused call changes nothing";
+        ASSERT_EQ(init_Digest(unit, id), 0U);
+        EXPECT_EQ(update_Digest(unit, nullptr, 1), 1U);
+        EXPECT_EQ(final_Digest(unit, nullptr, &len), 1U);
+        EXPECT_EQ(final_Digest(unit, digest, &len), 0U) << "a refused call changes nothing";
         EXPECT_EQ(Octets(digest, digest + len), one_shot(id, {}));
-        EXPECT_EQ(get_DIGEST_UNIT_id(unit.get()), id);
-        EXPECT_EQ(final_Digest(unit.get(), digest, &len), 1U) << "already ended";
-        EXPECT_EQ(update_Digest(unit.get(), digest, 4), 1U) << "already ended";
+        EXPECT_EQ(get_DIGEST_UNIT_id(unit), id);
+        EXPECT_EQ(final_Digest(unit, digest, &len), 1U) << "already ended";
+        EXPECT_EQ(update_Digest(unit, digest, 4), 1U) << "already ended";
         EXPECT_EQ(Digest(id, nullptr, 1, digest, &len), 1U);
         EXPECT_EQ(Digest(id, digest, 4, nullptr, &len), 1U);
         EXPECT_EQ(Digest(id, digest, 4, digest, nullptr), 1U);
     }
+    const Owned<HMAC_UNIT> owned(new_HMAC_UNIT());
+    HMAC_UNIT *unit = owned.get();
+    EXPECT_EQ(reset_HMAC(unit), 1U) << "no key";
+    EXPECT_EQ(update_HMAC(unit, digest, 4), 1U) << "no key";
+    EXPECT_EQ(final_HMAC(unit, digest, &len), 1U) << "no key";
+    EXPECT_EQ(len, 0U);
+    ASSERT_EQ(init_HMAC(unit, TLX_DIGEST_SHA1, digest, 4), 0U);
+    EXPECT_EQ(final_HMAC(unit, digest, &len), 0U);
+    EXPECT_EQ(final_HMAC(unit, digest, &len), 1U) << "already ended";
+    EXPECT_EQ(init_HMAC(unit, TLX_DIGEST_SHA1, nullptr, 4), 1U);
+    EXPECT_EQ(compute_HMAC(TLX_DIGEST_SHA1, digest, 4, digest, 4, digest, nullptr), 1U);
 }
 
 TEST(Digest, MayBeFirstUsedFromManyThreads) {
     std::vector<std::thread> threads;
     std::vector<Octets> digests(8);
-    for (Octets &digest : digests) {
+    for (Octets &digest : digests)
         threads.emplace_back([&digest] { digest = one_shot(TLX_DIGEST_MD5, {'a', 'b', 'c'}); });
-    }
     for (std::thread &thread : threads)
         thread.join();
     for (const Octets &digest : digests)

@@ -1,4 +1,4 @@
-// Elliptic-curve keys as values, and points as octets, on the NIST curve P-256 (SEC 2: secp256r1).
+// Curves, points and elliptic-curve keys, on the NIST curve P-256 (SEC 2: secp256r1).
 #include <gtest/gtest.h>
 #include <tlxcrypto/ec.h>
 
@@ -6,32 +6,82 @@
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/openssl_peer.hpp"
 
 namespace {
 
 using namespace tlx_test;
 
+const std::string kP = "FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFF";
+const std::string kA = "FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFC";
+const std::string kB = "5AC635D8AA3A93E7B3EBBD55769886BC651D06B0CC53B0F63BCE3C3E27D2604B";
 const std::string kX = "6B17D1F2E12C4247F8BCE6E563A440F277037D812DEB33A0F4A13945D898C296";
 const std::string kY = "4FE342E2FE1A7F9B8EE7EB4A7C0F9E162BCE33576B315ECECBB6406837BF51F5";
 const std::string kMinusY = "B01CBD1C01E58065711814B583F061E9D431CCA994CEA1313449BF97C840AE0A";
-const std::string kP = "FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFF";
+const std::string kN = "FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551";
 
 Owned<ECPOINT> point(const std::string &x, const std::string &y) {
     Owned<ECPOINT> made(new_ECPOINT());
-    set_ECPOINT(made.get(), number(x).get(), number(y).get());
+    EXPECT_EQ(set_ECPOINT(made.get(), number(x).get(), number(y).get()), 0U);
     return made;
 }
 
 Owned<ECURVE> p256() {
     Owned<ECURVE> curve(new_ECURVE());
-    EXPECT_EQ(
-        set_ECURVE_params(curve.get(), 0, "prime256v1",
-                          number("FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFC").get(),
-                          number("5AC635D8AA3A93E7B3EBBD55769886BC651D06B0CC53B0F63BCE3C3E27D2604B").get(),
-                          number(kP).get(), point(kX, kY).get(),
-                          number("FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551").get()),
-        0U);
+    EXPECT_EQ(set_ECURVE_params(curve.get(), 7, "prime256v1", number(kA).get(), number(kB).get(),
+                                number(kP).get(), point(kX, kY).get(), number(kN).get()),
+              0U);
     return curve;
+}
+
+std::string text_of(const ECPOINT *point) {
+    return point == nullptr ? "null" : hex(point->x) + " " + hex(point->y);
+}
+
+std::string text_of(const ECURVE *curve) {
+    return std::string(curve->name) + " " + hex(curve->a) + " " + hex(curve->b) + " " + hex(curve->p) + " " +
+           text_of(curve->base) + " " + hex(curve->order);
+}
+
+const std::string kBase = kX + " " + kY;
+const std::string kCurve = "prime256v1 " + kA + " " + kB + " " + kP + " " + kBase + " " + kN;
+
+TEST(Curve, TellsPointsOnIt) {
+    const LeakCheck leaks;
+    const Owned<ECURVE> curve = p256();
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve->base, curve.get()), 1);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(point(kY, kX).get(), curve.get()), 0);
+    for (BIGINT *ECPOINT::*coordinate : {&ECPOINT::x, &ECPOINT::y}) {
+        const Owned<ECPOINT> wide = point(kX, kY);
+        ASSERT_EQ(add_BIGINT(wide.get()->*coordinate, wide.get()->*coordinate, curve->p), 0U);
+        EXPECT_EQ(is_ECPOINT_on_ECURVE(wide.get(), curve.get()), 0) << "the same modulo p, but not reduced";
+    }
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(Owned<ECPOINT>(new_ECPOINT()).get(), curve.get()), 0);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve->base, Owned<ECURVE>(new_ECURVE()).get()), 0);
+    ASSERT_EQ(set_BIGINT_word(curve->p, 4), 0U);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(point("0", "0").get(), curve.get()), 0) << "no field";
+    EXPECT_TRUE(openssl::error_queue_is_empty());
+}
+
+TEST(Curve, IsUnchangedByWhatItRefuses) {
+    const LeakCheck leaks;
+    const Owned<ECURVE> curve = p256();
+    const Number one = number("1");
+    const Owned<ECPOINT> base = point("1", "1");
+    const auto set = [&](const std::string &name, const BIGINT *order) {
+        return set_ECURVE_params(curve.get(), 9, name.c_str(), one.get(), one.get(), one.get(), base.get(),
+                                 order);
+    };
+    EXPECT_EQ(set(std::string(33, 'x'), one.get()), 1U);
+    EXPECT_EQ(set("other", nullptr), 1U);
+    EXPECT_EQ(set_ECPOINT(curve->base, one.get(), nullptr), 1U);
+    EXPECT_EQ(text_of(curve.get()), kCurve);
+    EXPECT_EQ(curve->id, 7);
+    EXPECT_EQ(set(std::string(32, 'x'), one.get()), 0U);
+    EXPECT_EQ(curve->name, std::string(32, 'x'));
+    clean_ECURVE(curve.get());
+    EXPECT_STREQ(curve->name, "");
+    EXPECT_EQ(dup_ECURVE(curve.get()), nullptr) << "without parameters";
 }
 
 TEST(EcPoint, GoesBothWaysInBothForms) {
@@ -48,19 +98,15 @@ TEST(EcPoint, GoesBothWaysInBothForms) {
         {kMinusY, 1, "02" + kX},
     };
     for (const auto &c : kCases) {
-        SCOPED_TRACE(c.encoded);
-        const Octets expected = octets(c.encoded);
-        ASSERT_EQ(get_ECPOINT_length(curve.get(), c.compressed), expected.size());
-        Octets encoded(expected.size());
+        Octets encoded(c.encoded.size() / 2);
         std::uint32_t size = 0;
+        ASSERT_EQ(get_ECPOINT_length(curve.get(), c.compressed), encoded.size());
         ASSERT_EQ(ECPOINT_to_binary(point(kX, c.y).get(), curve.get(), c.compressed, encoded.data(), &size),
                   0U);
-        EXPECT_EQ(size, expected.size());
-        EXPECT_EQ(encoded, expected);
-        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve.get(), expected.data(), length(expected)));
-        ASSERT_NE(decoded, nullptr);
-        EXPECT_EQ(cmp_BIGINT(decoded->x, number(kX).get()), 0);
-        EXPECT_EQ(cmp_BIGINT(decoded->y, number(c.y).get()), 0);
+        EXPECT_EQ(size, encoded.size());
+        EXPECT_EQ(hex(encoded), c.encoded);
+        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve.get(), encoded.data(), size));
+        EXPECT_EQ(text_of(decoded.get()), kX + " " + c.y);
     }
 }
 
@@ -72,6 +118,7 @@ TEST(EcPoint, RefusesOctetsThatAreNoPoint) {
         const char *what;
         std::string encoded;
     } kCases[] = {
+        {"nothing", ""},
         {"infinity", "00"},
         {"form alone", "04"},
         {"unknown form", "05" + kX + kY},
@@ -90,18 +137,12 @@ TEST(EcPoint, RefusesOctetsThatAreNoPoint) {
         const Octets encoded = octets(c.encoded);
         EXPECT_EQ(binary_to_ECPOINT(curve.get(), encoded.data(), length(encoded)), nullptr) << c.what;
     }
-    const Octets good = octets("03" + kX);
-    EXPECT_EQ(binary_to_ECPOINT(nullptr, good.data(), 33), nullptr);
-    EXPECT_EQ(binary_to_ECPOINT(curve.get(), nullptr, 33), nullptr);
-    EXPECT_EQ(binary_to_ECPOINT(curve.get(), good.data(), 0), nullptr);
-    const Owned<ECURVE> no_curve(new_ECURVE());
-    EXPECT_EQ(binary_to_ECPOINT(no_curve.get(), good.data(), 33), nullptr);
-    EXPECT_EQ(get_ECPOINT_length(no_curve.get(), 0), 0U);
-
     Octets out(65);
     std::uint32_t size = 9;
-    const Owned<ECPOINT> no_point(new_ECPOINT());
-    EXPECT_EQ(ECPOINT_to_binary(no_point.get(), curve.get(), 0, out.data(), &size), 1U);
+    const Owned<ECURVE> no_curve(new_ECURVE());
+    EXPECT_EQ(binary_to_ECPOINT(no_curve.get(), out.data(), 33), nullptr);
+    EXPECT_EQ(get_ECPOINT_length(no_curve.get(), 0), 0U);
+    EXPECT_EQ(ECPOINT_to_binary(Owned<ECPOINT>(new_ECPOINT()).get(), curve.get(), 0, out.data(), &size), 1U);
     EXPECT_EQ(ECPOINT_to_binary(point(kP, kY).get(), curve.get(), 0, out.data(), &size), 1U);
     EXPECT_EQ(ECPOINT_to_binary(point(kX, kY).get(), curve.get(), 0, nullptr, &size), 1U);
     EXPECT_EQ(size, 0U);
@@ -109,23 +150,20 @@ TEST(EcPoint, RefusesOctetsThatAreNoPoint) {
 
 TEST(EcKey, CopiesShareNothing) {
     const LeakCheck leaks;
-    const Owned<ECC_KEY> key(new_ECC_KEY());
+    Owned<ECC_KEY> key(new_ECC_KEY());
     ASSERT_EQ(set_ECC_KEY(key.get(), p256().get(), point(kX, kY).get(), number("01").get()), 0U);
     const Owned<ECC_KEY> copy(dup_ECC_KEY(key.get()));
     ASSERT_NE(copy, nullptr);
-    ASSERT_EQ(set_BIGINT_word(key->private_value, 5), 0U);
-    ASSERT_EQ(set_BIGINT_word(key->public_point->x, 5), 0U);
-    ASSERT_EQ(set_BIGINT_word(key->curve->p, 5), 0U);
-    EXPECT_EQ(get_BIGINT_word(copy->private_value), 1U);
-    EXPECT_EQ(cmp_BIGINT(copy->public_point->x, number(kX).get()), 0);
-    EXPECT_EQ(cmp_BIGINT(copy->curve->p, number(kP).get()), 0);
-
     ASSERT_EQ(set_ECC_KEY(key.get(), copy->curve, nullptr, nullptr), 0U);
-    EXPECT_EQ(key->public_point, nullptr);
-    EXPECT_EQ(key->private_value, nullptr);
     const Owned<ECC_KEY> curve_alone(dup_ECC_KEY(key.get()));
     ASSERT_NE(curve_alone, nullptr);
-    EXPECT_STREQ(curve_alone->curve->name, "prime256v1");
+    key.reset();
+    EXPECT_EQ(get_BIGINT_word(copy->private_value), 1U);
+    EXPECT_EQ(text_of(copy->public_point), kBase);
+    EXPECT_EQ(text_of(copy->curve), kCurve);
+    EXPECT_EQ(text_of(curve_alone->curve), kCurve);
+    EXPECT_EQ(curve_alone->public_point, nullptr);
+    EXPECT_EQ(curve_alone->private_value, nullptr);
     EXPECT_EQ(set_ECC_KEY(nullptr, nullptr, nullptr, nullptr), 1U);
     EXPECT_EQ(dup_ECC_KEY(nullptr), nullptr);
 }

@@ -1,67 +1,92 @@
 #include "support/openssl_peer.hpp"
 
 #include <openssl/bn.h>
+#include <openssl/core_names.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/objects.h>
 #include <openssl/provider.h>
-
-#include <memory>
+#include <openssl/rsa.h>
 
 namespace tlx_test::openssl {
-
 namespace {
 
-std::vector<std::uint8_t> digest_within(OSSL_LIB_CTX *context, const std::string &name,
-                                        const std::vector<std::uint8_t> &data) {
-    std::vector<std::uint8_t> out(EVP_MAX_MD_SIZE);
-    std::size_t len = 0;
-    if (EVP_Q_digest(context, name.c_str(), nullptr, data.data(), data.size(), out.data(), &len) != 1)
-        return {};
-    out.resize(len);
+struct Free {
+    void operator()(EVP_CIPHER *p) const { EVP_CIPHER_free(p); }
+    void operator()(EVP_CIPHER_CTX *p) const { EVP_CIPHER_CTX_free(p); }
+    void operator()(EVP_PKEY_CTX *p) const { EVP_PKEY_CTX_free(p); }
+    void operator()(EVP_MD_CTX *p) const { EVP_MD_CTX_free(p); }
+    void operator()(BIGNUM *p) const { BN_free(p); }
+    void operator()(BN_CTX *p) const { BN_CTX_free(p); }
+    void operator()(char *p) const { OPENSSL_free(p); }
+};
+template <typename T>
+using Owned = std::unique_ptr<T, Free>;
+
+OSSL_LIB_CTX *library() {
+    static OSSL_LIB_CTX *const context = [] {
+        OSSL_LIB_CTX *made = OSSL_LIB_CTX_new();
+        OSSL_PROVIDER_load(made, "default");
+        OSSL_PROVIDER_load(made, "legacy");
+        return made;
+    }();
+    return context;
+}
+
+EVP_PKEY *handle_of(const RsaKey &key) {
+    return static_cast<EVP_PKEY *>(key.handle.get());
+}
+
+void set_scheme(EVP_PKEY_CTX *context, const RsaScheme &scheme) {
+    if (scheme.mgf_digest.empty()) return;
+    EVP_PKEY_CTX_set_rsa_padding(context, RSA_PKCS1_PSS_PADDING);
+    EVP_PKEY_CTX_set_rsa_mgf1_md_name(context, scheme.mgf_digest.c_str(), nullptr);
+    EVP_PKEY_CTX_set_rsa_pss_saltlen(context, scheme.salt_length);
+}
+
+/// What an operation on a key makes of the octets; empty on failure.
+Octets run(const RsaKey &key, const RsaScheme &scheme, int (*init)(EVP_PKEY_CTX *),
+           int (*operation)(EVP_PKEY_CTX *, unsigned char *, std::size_t *, const unsigned char *,
+                            std::size_t),
+           const Octets &in) {
+    const Owned<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new_from_pkey(library(), handle_of(key), nullptr));
+    init(context.get());
+    if (!scheme.mgf_digest.empty()) {
+        EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_OAEP_PADDING);
+        EVP_PKEY_CTX_set_rsa_oaep_md_name(context.get(), scheme.digest.c_str(), nullptr);
+        EVP_PKEY_CTX_set_rsa_mgf1_md_name(context.get(), scheme.mgf_digest.c_str(), nullptr);
+    }
+    Octets out(key.numbers[0].size());
+    std::size_t length = out.size();
+    if (operation(context.get(), out.data(), &length, in.data(), in.size()) != 1) return {};
+    out.resize(length);
     return out;
 }
 
 }  // namespace
 
-std::vector<std::uint8_t> digest(const std::string &name, const std::vector<std::uint8_t> &data) {
-    return digest_within(nullptr, name, data);
-}
-
-std::vector<std::uint8_t> legacy_digest(const std::string &name, const std::vector<std::uint8_t> &data) {
-    OSSL_LIB_CTX *context = OSSL_LIB_CTX_new();
-    OSSL_PROVIDER *provider = OSSL_PROVIDER_load(context, "legacy");
-    const std::vector<std::uint8_t> out = digest_within(context, name, data);
-    if (provider != nullptr) OSSL_PROVIDER_unload(provider);
-    OSSL_LIB_CTX_free(context);
-    return out;
-}
-
-std::vector<std::uint8_t> hmac(const std::string &name, const std::vector<std::uint8_t> &key,
-                               const std::vector<std::uint8_t> &data) {
-    std::vector<std::uint8_t> out(EVP_MAX_MD_SIZE);
-    std::size_t len = 0;
-    if (EVP_Q_mac(nullptr, "HMAC", nullptr, name.c_str(), nullptr, key.data(), key.size(), data.data(),
-                  data.size(), out.data(), out.size(), &len) == nullptr) {
-        return {};
-    }
-    out.resize(len);
+Octets digest(const std::string &name, const Octets &data) {
+    Octets out(EVP_MAX_MD_SIZE);
+    std::size_t length = 0;
+    const int done =
+        EVP_Q_digest(library(), name.c_str(), nullptr, data.data(), data.size(), out.data(), &length);
+    if (done != 1) ERR_clear_error();
+    out.resize(done == 1 ? length : 0);
     return out;
 }
 
 std::string calculate(const std::string &operation, const std::string &a, const std::string &b,
                       const std::string &modulus) {
-    using Number = std::unique_ptr<BIGNUM, decltype(&BN_free)>;
     const auto number = [](const std::string &hex) {
         BIGNUM *value = nullptr;
         if (!hex.empty()) BN_hex2bn(&value, hex.c_str());
-        return Number(value, BN_free);
+        return Owned<BIGNUM>(value);
     };
-    const std::unique_ptr<BN_CTX, decltype(&BN_CTX_free)> context(BN_CTX_new(), BN_CTX_free);
-    const Number x = number(a);
-    const Number y = number(b);
-    const Number m = number(modulus);
-    const Number r(BN_new(), BN_free);
+    const Owned<BN_CTX> context(BN_CTX_new());
+    const Owned<BIGNUM> x = number(a);
+    const Owned<BIGNUM> y = number(b);
+    const Owned<BIGNUM> m = number(modulus);
+    const Owned<BIGNUM> r(BN_new());
     int done = 0;
     if (operation == "+") done = BN_add(r.get(), x.get(), y.get());
     if (operation == "-") done = BN_sub(r.get(), x.get(), y.get());
@@ -79,8 +104,82 @@ std::string calculate(const std::string &operation, const std::string &a, const 
         return "failed";
     }
     if (BN_is_zero(r.get()) != 0) return "00";
-    const std::unique_ptr<char, void (*)(char *)> text(BN_bn2hex(r.get()), [](char *p) { OPENSSL_free(p); });
-    return text.get();
+    return Owned<char>(BN_bn2hex(r.get())).get();
+}
+
+Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Octets &iv,
+              const Octets &data) {
+    const Owned<EVP_CIPHER> algorithm(EVP_CIPHER_fetch(library(), name.c_str(), nullptr));
+    const Owned<EVP_CIPHER_CTX> context(EVP_CIPHER_CTX_new());
+    if (EVP_CipherInit_ex(context.get(), algorithm.get(), nullptr, nullptr, nullptr, encrypt ? 1 : 0) != 1 ||
+        EVP_CIPHER_CTX_set_key_length(context.get(), static_cast<int>(key.size())) != 1 ||
+        EVP_CipherInit_ex(context.get(), nullptr, nullptr, key.data(), iv.empty() ? nullptr : iv.data(),
+                          -1) != 1) {
+        return {};
+    }
+    Octets out(data.size() + EVP_MAX_BLOCK_LENGTH);
+    int length = 0;
+    int last = 0;
+    if (EVP_CipherUpdate(context.get(), out.data(), &length, data.data(), static_cast<int>(data.size())) !=
+            1 ||
+        EVP_CipherFinal_ex(context.get(), out.data() + length, &last) != 1) {
+        return {};
+    }
+    out.resize(static_cast<std::size_t>(length + last));
+    return out;
+}
+
+RsaKey generate_rsa(unsigned bits) {
+    constexpr const char *kNames[8] = {
+        OSSL_PKEY_PARAM_RSA_N,         OSSL_PKEY_PARAM_RSA_E,
+        OSSL_PKEY_PARAM_RSA_D,         OSSL_PKEY_PARAM_RSA_FACTOR1,
+        OSSL_PKEY_PARAM_RSA_FACTOR2,   OSSL_PKEY_PARAM_RSA_EXPONENT1,
+        OSSL_PKEY_PARAM_RSA_EXPONENT2, OSSL_PKEY_PARAM_RSA_COEFFICIENT1,
+    };
+    EVP_PKEY *made = EVP_PKEY_Q_keygen(library(), nullptr, "RSA", static_cast<std::size_t>(bits));
+    RsaKey key;
+    key.handle = {made, EVP_PKEY_free};
+    for (std::size_t i = 0; i < 8; ++i) {
+        BIGNUM *value = nullptr;
+        EVP_PKEY_get_bn_param(made, kNames[i], &value);
+        const Owned<BIGNUM> owned(value);
+        key.numbers[i].resize(static_cast<std::size_t>(BN_num_bytes(value)));
+        BN_bn2bin(value, key.numbers[i].data());
+    }
+    return key;
+}
+
+Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {
+    const Owned<EVP_MD_CTX> digest(EVP_MD_CTX_new());
+    EVP_PKEY_CTX *context = nullptr;
+    EVP_DigestSignInit_ex(digest.get(), &context, scheme.digest.c_str(), library(), nullptr, handle_of(key),
+                          nullptr);
+    set_scheme(context, scheme);
+    Octets signature(key.numbers[0].size());
+    std::size_t length = signature.size();
+    if (EVP_DigestSign(digest.get(), signature.data(), &length, data.data(), data.size()) != 1) return {};
+    return signature;
+}
+
+bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature) {
+    const Owned<EVP_MD_CTX> digest(EVP_MD_CTX_new());
+    EVP_PKEY_CTX *context = nullptr;
+    EVP_DigestVerifyInit_ex(digest.get(), &context, scheme.digest.c_str(), library(), nullptr, handle_of(key),
+                            nullptr);
+    set_scheme(context, scheme);
+    return EVP_DigestVerify(digest.get(), signature.data(), signature.size(), data.data(), data.size()) == 1;
+}
+
+Octets rsa_recover(const RsaKey &key, const Octets &signature) {
+    return run(key, {}, EVP_PKEY_verify_recover_init, EVP_PKEY_verify_recover, signature);
+}
+
+Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {
+    return run(key, scheme, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, data);
+}
+
+Octets rsa_decrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {
+    return run(key, scheme, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, data);
 }
 
 bool error_queue_is_empty() {

@@ -1,27 +1,46 @@
-// libcrypto behind plain types: its own type names would clash with ours in one translation unit.
+// libcrypto behind plain types, in a library context of its own: its own type names would clash with ours in
+// one translation unit.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace tlx_test::openssl {
 
+using Octets = std::vector<std::uint8_t>;
+
 /// Digest by libcrypto's algorithm name; empty when it does not know the name.
-std::vector<std::uint8_t> digest(const std::string &name, const std::vector<std::uint8_t> &data);
-
-/// The same with the legacy provider's algorithms.
-std::vector<std::uint8_t> legacy_digest(const std::string &name, const std::vector<std::uint8_t> &data);
-
-/// HMAC by libcrypto's digest name.
-std::vector<std::uint8_t> hmac(const std::string &name, const std::vector<std::uint8_t> &key,
-                               const std::vector<std::uint8_t> &data);
+Octets digest(const std::string &name, const Octets &data);
 
 /// Big-number arithmetic on upper-case hexadecimal numbers, where operation is one of "+", "-", "*", "/",
 /// "%", "<<" and ">>", or the first three and "^" followed by "%", which take the modulus as a third operand.
 /// A shift's count is b.
 std::string calculate(const std::string &operation, const std::string &a, const std::string &b,
                       const std::string &modulus = "");
+
+/// Encrypts or decrypts by libcrypto's name of the cipher; empty on failure. An RC4 key may have any length.
+Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Octets &iv, const Octets &data);
+
+/// An RSA key with its numbers, big-endian: n, e, d, p, q, d mod (p - 1), d mod (q - 1), q^-1 mod p.
+struct RsaKey {
+    std::shared_ptr<void> handle;
+    Octets numbers[8];
+};
+RsaKey generate_rsa(unsigned bits);
+
+struct RsaScheme {
+    std::string digest;      // libcrypto's name
+    std::string mgf_digest;  // empty: PKCS #1 v1.5; else PSS for signatures, OAEP for encryption
+    int salt_length = 0;
+};
+Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
+bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature);
+/// What a PKCS #1 v1.5 signature holds inside its padding.
+Octets rsa_recover(const RsaKey &key, const Octets &signature);
+Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
+Octets rsa_decrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 
 /// Whether this thread's libcrypto error queue is empty.
 bool error_queue_is_empty();

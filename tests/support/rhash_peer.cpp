@@ -6,21 +6,14 @@
 
 namespace tlx_test::rhash {
 
-#ifdef _WIN32
-
-std::vector<std::uint8_t> has160(const std::vector<std::uint8_t> & /*data*/) {
-    return {};
-}
-
-#else
-
 std::vector<std::uint8_t> has160(const std::vector<std::uint8_t> &data) {
+    std::vector<std::uint8_t> out;
+#ifndef _WIN32
     static const bool ready = (rhash_library_init(), true);
-    std::vector<std::uint8_t> out(20);
-    if (!ready || rhash_msg(RHASH_HAS160, data.data(), data.size(), out.data()) < 0) return {};
+    out.resize(ready ? 20 : 0);
+    if (rhash_msg(RHASH_HAS160, data.data(), data.size(), out.data()) < 0) return {};
+#endif
     return out;
 }
-
-#endif
 
 }  // namespace tlx_test::rhash
