@@ -19,21 +19,22 @@ std::int32_t size_of(const Octets &octets) {
     return static_cast<std::int32_t>(octets.size());
 }
 
-std::string status_text(std::uint32_t status) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%08X", status);
+/// The octets, which are freed; the status for none.
+std::string taken(std::uint8_t *octets, std::uint32_t size, std::uint32_t status) {
+    char code[16];
+    std::snprintf(code, sizeof code, "%08X", status);
+    const std::string text = octets != nullptr ? hex_of(octets, size) : code;
+    tlx_free(octets);
     return text;
 }
 
-/// The encoding, or the status.
 std::string encode_ecdsa(const Octets &r, const Octets &s) {
     std::uint8_t *out = nullptr;
     std::uint32_t len = 0;
     const std::uint32_t status =
         encode_ECDSASignatureValue(&out, &len, r.data(), size_of(r), s.data(), size_of(s));
-    const std::string text = status == 0 ? hex_of(out, len) : status_text(status);
-    tlx_free(out);
-    return text;
+    EXPECT_EQ(out != nullptr, status == 0);
+    return taken(out, len, status);
 }
 
 using KcdsaEncoder = decltype(&encode_KCDSASignatureValue);
@@ -42,9 +43,7 @@ using Decoder = decltype(&decode_KCDSASignatureValue);
 std::string encode_kcdsa(KcdsaEncoder encode, const Octets &r, const Octets &s) {
     std::uint8_t *out = nullptr;
     const std::uint32_t len = encode(&out, r.data(), size_of(r), s.data(), size_of(s));
-    const std::string text = out != nullptr ? hex_of(out, len) : status_text(len);
-    tlx_free(out);
-    return text;
+    return taken(out, len, len);
 }
 
 /// "r, s", or the status.
@@ -55,10 +54,9 @@ std::string decode(Decoder decoder, const ASN1_UNIT *node) {
     std::uint32_t s_len = 0;
     const std::uint32_t status = decoder(&r, &r_len, &s, &s_len, node);
     EXPECT_EQ(r != nullptr && s != nullptr, status == 0);
-    const std::string text = status == 0 ? hex_of(r, r_len) + ", " + hex_of(s, s_len) : status_text(status);
-    tlx_free(r);
-    tlx_free(s);
-    return text;
+    const std::string first = taken(r, r_len, status);
+    const std::string second = taken(s, s_len, status);
+    return status == 0 ? first + ", " + second : first;
 }
 
 class SignatureValue : public ::testing::Test {
