@@ -3,31 +3,27 @@
 
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
+#include "trust/codecs.hpp"
 
 namespace tlx_test {
 namespace {
 
-const RecordType kCertificates = TLX_RECORD_TYPE(X509_CERTIFICATES, 0x462C0049, 0x462B0049);
+using tlx::OwnedCertificates;
 
-using OwnedCertificates =
-    std::unique_ptr<X509_CERTIFICATES, Freer<X509_CERTIFICATES, free_X509_CERTIFICATES>>;
-using OwnedName = std::unique_ptr<X509_NAME, Freer<X509_NAME, free_X509_NAME>>;
+const RecordType kCertificates = TLX_RECORD_TYPE(X509_CERTIFICATES, 0x462C0049, 0x462B0049);
 
 /// A certificate told apart by serial number, issuer and signature.
 std::string text_of_cert(const std::string &serial, const std::string &issuer,
                          const std::string &signature = "AA") {
     return "30{30{02:" + serial + " 30{06:2A03} 30{31{30{06:550403 0C:" + issuer +
            "}}} 30{17:3235303130323033303430355A 18:7468656E} 30{31{30{06:550406 13:4B52}}} 30{30{06:2B6570} "
-           "03:0001}}"
-           " 30{06:2A03} 03:00" +
+           "03:0001}} 30{06:2A03} 03:00" +
            signature + "}";
 }
 
 OwnedCert make_cert(const std::string &serial, const std::string &issuer,
                     const std::string &signature = "AA") {
-    X509_CERT *cert = nullptr;
-    EXPECT_EQ(Seq_to_X509_CERT(der_node(text_of_cert(serial, issuer, signature)).get(), &cert), 0U);
-    return OwnedCert(cert);
+    return OwnedCert(decoded(Seq_to_X509_CERT, text_of_cert(serial, issuer, signature)));
 }
 
 OwnedCertificates list_of(std::initializer_list<const X509_CERT *> certificates) {
@@ -39,81 +35,66 @@ OwnedCertificates list_of(std::initializer_list<const X509_CERT *> certificates)
 
 TEST(CertificateList, Encodings) {
     const std::string one = text_of_cert("01", "41");
-    expect_comes_back(kCertificates, "30{}");
-    expect_comes_back(kCertificates, "30{" + one + "}");
+    expect_come_back(kCertificates, {"30{}", "30{" + one + "}"});
     expect_reencodes(kCertificates, "A0{" + one + "}", "30{" + one + "}");
-    expect_refused(kCertificates, "30{05:}", 0x462C0104);
-    expect_refused(kCertificates, "30:3005", 0x462C0104);
-    expect_refused(kCertificates, "30{30{}}", 0x462C0104);
-    expect_refused(kCertificates, "30{30{30{}}}", 0x462C0104);
-    expect_refused(kCertificates, "30{30{" + one.substr(3, one.find(" 30{06:2A03} 03:") - 3) + "}}",
-                   0x462C0104);
+    expect_refused(kCertificates, 0x462C0104,
+                   {"30{05:}", "30:3005", "30{30{}}", "30{30{30{}}}",
+                    "30{30{" + one.substr(3, one.find(" 30{06:2A03} 03:") - 3) + "}}"});
     expect_null_arguments_refused(kCertificates);
-    const LeakCheck leaks;
     const OwnedCertificates list(new_X509_CERTIFICATES());
     push_STACK_value(list.get(), nullptr);
-    EXPECT_EQ(encoding_or_status(kCertificates, list.get()), "status " + std::to_string(0x462B0103));
+    EXPECT_EQ(encoded(X509_CERTIFICATES_to_Seq, list.get()), "status 462B0103");
 }
 
-TEST(CertificateList, AddingAndTakingOut) {
+TEST(CertificateList, AddingTakingOutAndFinding) {
     const LeakCheck leaks;
-    const OwnedCert a = make_cert("01", "41");
-    const OwnedCert b = make_cert("02", "41");
-    const OwnedCert c = make_cert("03", "41");
-    const OwnedCertificates list = list_of({a.get(), b.get()});
-    EXPECT_EQ(add_X509_CERTIFICATES_child(list.get(), c.get(), 0), 0U);
-    EXPECT_EQ(get_X509_CERTIFICATES_count(list.get()), 3U);
-    EXPECT_NE(get_X509_CERTIFICATES_child(list.get(), 0), c.get()) << "a copy";
-    EXPECT_EQ(cmp_X509_CERT(get_X509_CERTIFICATES_child(list.get(), 0), c.get()), 0);
+    const OwnedCert a = make_cert("05", "41");
+    const OwnedCert other_signature = make_cert("05", "41", "AB");
+    const OwnedCert other_serial = make_cert("06", "41");
+    const OwnedCert other_issuer = make_cert("05", "42");
+    const OwnedCert unknown = make_cert("07", "41");
+    const OwnedCert empty(new_X509_CERT());
+    const OwnedCertificates list = list_of({other_serial.get(), other_signature.get(), a.get(), a.get()});
+    EXPECT_EQ(add_X509_CERTIFICATES_child(list.get(), other_issuer.get(), 0), 0U);
+    EXPECT_EQ(get_X509_CERTIFICATES_count(list.get()), 5U);
+    EXPECT_NE(get_X509_CERTIFICATES_child(list.get(), 0), other_issuer.get()) << "a copy";
     EXPECT_EQ(add_X509_CERTIFICATES(list.get(), nullptr), 1U);
     EXPECT_EQ(add_X509_CERTIFICATES(nullptr, a.get()), 1U);
-    const OwnedCert taken(remove_X509_CERTIFICATES_child(list.get(), 1));
-    EXPECT_EQ(cmp_X509_CERT(taken.get(), a.get()), 0);
-    EXPECT_EQ(remove_X509_CERTIFICATES_child(list.get(), 2), nullptr);
-    EXPECT_EQ(get_X509_CERTIFICATES_child(list.get(), -1), nullptr);
-    EXPECT_EQ(get_X509_CERTIFICATES_count(nullptr), 0U);
-}
-
-TEST(CertificateList, FindingByEncoding) {
-    const LeakCheck leaks;
-    const OwnedCert a = make_cert("01", "41");
-    const OwnedCert other_signature = make_cert("01", "41", "AB");
-    const OwnedCert b = make_cert("02", "41");
-    const OwnedCert empty(new_X509_CERT());
-    const OwnedCertificates list = list_of({other_signature.get(), a.get(), b.get(), a.get()});
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), a.get()), 1);
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), other_signature.get()), 0);
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), make_cert("03", "41").get()), -1);
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), empty.get()), -1);
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), nullptr), -1);
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(nullptr, a.get()), -1);
-}
-
-TEST(CertificateList, FindingByIssuerAndSerialNumber) {
-    const LeakCheck leaks;
-    const OwnedCert other_issuer = make_cert("05", "42");
-    const OwnedCert other_serial = make_cert("06", "41");
-    const OwnedCert wanted = make_cert("05", "41");
-    const OwnedCertificates list =
-        list_of({other_issuer.get(), other_serial.get(), wanted.get(), wanted.get()});
-    const OwnedName issuer(dup_X509_NAME(get_X509_issuer(wanted.get())));
-    const Number five = number_of("05");
-    const Number seven = number_of("07");
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer.get(), five.get()),
-              get_X509_CERTIFICATES_child(list.get(), 2))
-        << "the first one itself, not a copy";
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer.get(), seven.get()), nullptr);
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), nullptr, five.get()), nullptr);
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer.get(), nullptr), nullptr);
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(nullptr, issuer.get(), five.get()), nullptr);
     push_STACK_value(list.get(), new_X509_CERT());
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer.get(), seven.get()), nullptr);
+
+    const std::pair<const X509_CERT *, std::int32_t> by_encoding[] = {{other_issuer.get(), 0},
+                                                                      {other_serial.get(), 1},
+                                                                      {other_signature.get(), 2},
+                                                                      {a.get(), 3},
+                                                                      {empty.get(), -1},
+                                                                      {unknown.get(), -1},
+                                                                      {nullptr, -1}};
+    for (const auto &[cert, index] : by_encoding)
+        EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), cert), index);
+    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(nullptr, a.get()), -1);
+
+    const auto found = [](const X509_CERTIFICATES *certificates, const X509_NAME *issuer,
+                          const char *serial) {
+        const Number number = number_of(serial);
+        return find_X509_CERT_by_IssuerAndSerialNumber(certificates, issuer, number.get());
+    };
+    const X509_NAME *issuer = get_X509_issuer(a.get());
+    EXPECT_EQ(found(list.get(), issuer, "05"), get_X509_CERTIFICATES_child(list.get(), 2))
+        << "the first, no copy";
+    EXPECT_EQ(found(list.get(), issuer, "07"), nullptr);
+    EXPECT_EQ(found(list.get(), nullptr, "05"), nullptr);
+    EXPECT_EQ(found(nullptr, issuer, "05"), nullptr);
+    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, nullptr), nullptr);
+
+    const OwnedCert taken(remove_X509_CERTIFICATES_child(list.get(), 1));
+    EXPECT_EQ(cmp_X509_CERT(taken.get(), other_serial.get()), 0);
+    EXPECT_EQ(remove_X509_CERTIFICATES_child(list.get(), 5), nullptr);
+    EXPECT_EQ(get_X509_CERTIFICATES_child(list.get(), -1), nullptr);
 }
 
 TEST(CertificateList, Listing) {
     const LeakCheck leaks;
-    const OwnedCert cert = make_cert("00C5", "41");
-    const OwnedCertificates list = list_of({cert.get()});
+    const OwnedCertificates list = list_of({make_cert("00C5", "41").get()});
     push_STACK_value(list.get(), new_X509_CERT());
     testing::internal::CaptureStdout();
     print_X509_CERTIFICATES(list.get());
@@ -135,8 +116,8 @@ TEST(CertificateList, Listing) {
 }
 
 TEST(CertificateList, EveryAllocationMayFail) {
-    const std::string one = text_of_cert("01", "41");
-    expect_allocations_may_fail(kCertificates, der_node("30{" + one + "}").get(), {0x462C0104}, {0x462B0103});
+    const Node node = der_node("30{" + text_of_cert("01", "41") + "}");
+    expect_allocations_may_fail(kCertificates, node.get(), {0x462C0104}, {0x462B0103});
     const OwnedCert cert = make_cert("01", "41");
     sweep_failing_allocations([&] {
         const OwnedCertificates list(new_X509_CERTIFICATES());

@@ -1,19 +1,16 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
-#include "support/strings.hpp"
 #include "support/x509_records.hpp"
+#include "x509/codecs.hpp"
 
 namespace tlx_test {
 namespace {
 
 const RecordType kPubkey = TLX_RECORD_TYPE(X509_PUBKEY, 0x46140049, 0x46130049);
 
-using OwnedPubkey = std::unique_ptr<X509_PUBKEY, Freer<X509_PUBKEY, free_X509_PUBKEY>>;
-using OwnedKey = std::unique_ptr<ASYMMETRIC_KEY, Freer<ASYMMETRIC_KEY, free_ASYMMETRIC_KEY>>;
-using OwnedRsa = std::unique_ptr<RSA_UNIT, Freer<RSA_UNIT, free_RSA_UNIT>>;
-using OwnedKcdsa = std::unique_ptr<KCDSA, Freer<KCDSA, free_KCDSA>>;
-using OwnedEcc = std::unique_ptr<ECC_KEY, Freer<ECC_KEY, free_ECC_KEY>>;
+using Pubkey = tlx::Owned<X509_PUBKEY>;
+using Key = tlx::Owned<ASYMMETRIC_KEY>;
 
 // n = 15 and e = 3; p = 23, q = 11, g = 4 and y = 200; the base point of P-256, uncompressed and compressed.
 const char kRsa[] = "30{30{06:2A864886F70D010101 05:} 03:00300602010F020103}";
@@ -26,146 +23,128 @@ const char kEccCompressed[] =
     "30{30{06:2A8648CE3D0201 06:2A8648CE3D030107}"
     " 03:00036B17D1F2E12C4247F8BCE6E563A440F277037D812DEB33A0F4A13945D898C296}";
 
-OwnedPubkey pubkey_of(std::string_view text) {
-    X509_PUBKEY *pubkey = nullptr;
-    EXPECT_EQ(Seq_to_X509_PUBKEY(der_node(text).get(), &pubkey), 0U) << text;
-    return OwnedPubkey(pubkey);
+Pubkey pubkey_of(std::string_view text) {
+    return Pubkey(decoded(Seq_to_X509_PUBKEY, text));
 }
 
-std::uint32_t kind_of(const X509_PUBKEY *pubkey) {
-    const ASYMMETRIC_KEY *key = get_X509_PUBKEY_key(pubkey);
+std::uint32_t kind_of(const Pubkey &pubkey) {
+    const ASYMMETRIC_KEY *key = get_X509_PUBKEY_key(pubkey.get());
     return key == nullptr ? 0 : key->kind;
 }
 
-std::string hex_of_number(const BIGINT *number) {
-    char *text = BIGINT_to_hex(number);
-    std::string copy = text == nullptr ? "(null)" : text;
-    tlx_free(text);
-    return copy;
-}
-
 TEST(PublicKey, KnownKindsAreDecoded) {
-    const LeakCheck leaks;
-    const OwnedPubkey rsa = pubkey_of(kRsa);
-    ASSERT_EQ(kind_of(rsa.get()), 1U);
+    expect_come_back(kPubkey, {kRsa, kKcdsa, kEcc, kEccCompressed});
+    const Pubkey rsa = pubkey_of(kRsa);
+    ASSERT_EQ(kind_of(rsa), 1U);
     const auto *rsa_unit = static_cast<const RSA_UNIT *>(rsa->key->key);
-    EXPECT_EQ(hex_of_number(get_RSA_UNIT_number(rsa_unit, TLX_RSA_N)), "0F");
-    EXPECT_EQ(hex_of_number(get_RSA_UNIT_number(rsa_unit, TLX_RSA_E)), "03");
+    EXPECT_EQ(get_BIGINT_word(get_RSA_UNIT_number(rsa_unit, TLX_RSA_N)), 15U);
+    EXPECT_EQ(get_BIGINT_word(get_RSA_UNIT_number(rsa_unit, TLX_RSA_E)), 3U);
     EXPECT_EQ(get_RSA_UNIT_kind(rsa_unit), TLX_RSA_PUBLIC);
 
-    const OwnedPubkey kcdsa = pubkey_of(kKcdsa);
-    ASSERT_EQ(kind_of(kcdsa.get()), 2U);
-    const auto *kcdsa_unit = static_cast<const KCDSA *>(kcdsa->key->key);
-    EXPECT_EQ(hex_of_number(get_KCDSA_number(kcdsa_unit, TLX_KCDSA_P)), "17");
-    EXPECT_EQ(hex_of_number(get_KCDSA_number(kcdsa_unit, TLX_KCDSA_Q)), "0B");
-    EXPECT_EQ(hex_of_number(get_KCDSA_number(kcdsa_unit, TLX_KCDSA_G)), "04");
-    EXPECT_EQ(hex_of_number(get_KCDSA_number(kcdsa_unit, TLX_KCDSA_Y)), "C8");
+    const Pubkey kcdsa = pubkey_of(kKcdsa);
+    ASSERT_EQ(kind_of(kcdsa), 2U);
+    const std::pair<TLX_KCDSA_NUMBER, std::uint32_t> numbers[] = {
+        {TLX_KCDSA_P, 23}, {TLX_KCDSA_Q, 11}, {TLX_KCDSA_G, 4}, {TLX_KCDSA_Y, 200}};
+    for (const auto &[which, value] : numbers)
+        EXPECT_EQ(get_BIGINT_word(get_KCDSA_number(static_cast<const KCDSA *>(kcdsa->key->key), which)),
+                  value);
 
     for (const char *text : {kEcc, kEccCompressed}) {
-        const OwnedPubkey ecc = pubkey_of(text);
-        ASSERT_EQ(kind_of(ecc.get()), 3U);
-        const auto *ecc_key = static_cast<const ECC_KEY *>(ecc->key->key);
-        EXPECT_STREQ(ecc_key->curve->name, "prime256v1");
-        EXPECT_EQ(cmp_BIGINT(ecc_key->public_point->x, ecc_key->curve->base->x), 0);
-        EXPECT_EQ(cmp_BIGINT(ecc_key->public_point->y, ecc_key->curve->base->y), 0);
+        const Pubkey ecc = pubkey_of(text);
+        ASSERT_EQ(kind_of(ecc), 3U);
+        const auto *key = static_cast<const ECC_KEY *>(ecc->key->key);
+        EXPECT_STREQ(key->curve->name, "prime256v1");
+        EXPECT_EQ(cmp_BIGINT(key->public_point->x, key->curve->base->x), 0);
+        EXPECT_EQ(cmp_BIGINT(key->public_point->y, key->curve->base->y), 0);
     }
-    for (const char *text : {kRsa, kKcdsa, kEcc, kEccCompressed})
-        expect_comes_back(kPubkey, text);
 }
 
 TEST(PublicKey, OthersComeBackWithoutAKey) {
-    const char *const cases[] = {
-        "30{30{06:2B6570} 03:000102}",                               // Ed25519
-        "30{30{06:2A864886F70D01010A 30{}} 03:00300602010F020103}",  // id-RSASSA-PSS
-        "30{30{06:2A8648CE3D0201 06:2B81040022} 03:000401}",         // secp384r1
-        "30{30{06:2A8648CE3D0201} 03:000401}",
-        "30{30{06:2A8648CE3D0201 06:2A8648CE3D030107} 03:00}",
-        "30{30{06:2A8648CE3D0201 06:2A8648CE3D030107} 03:000401}",
-        "30{30{06:2A8648CE3D0201 05:} 03:000401}",
-        "30{30{06:2A864886F70D010101 05:} 03:00}",
-        "30{30{06:2A864886F70D010101 05:} 03:0030060201}",
-        "30{30{06:2A864886F70D010101 05:} 03:00300302010F}",
-        "30{30{06:2A864886F70D010101 05:} 03:00300502010F0200}",
-        "30{30{06:2A864886F70D010101 05:} 03:00300602010F0201030500}",
-        "30{30{06:2A864886F70D010101 05:} 03:00300902010F020103020101}",
-        "30{30{06:2A864886F70D010101 05:} 03:00310602010F020103}",
-        "30{30{06:2A864886F70D010101 05:} 03:04300602010F020103}",  // unused bits
-        "30{30{06:2A831A8C9A440115 05:} 03:00020105}",
-        "30{30{06:2A831A8C9A440115} 03:00020105}",
-        "30{30{06:2A831A8C9A440115 30{02:17 02:0B}} 03:00020105}",
-        "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:04 02:05}} 03:00020105}",
-        "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:}} 03:00020105}",
-        "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:04}} 03:0005}",
-    };
-    for (const char *text : cases) {
-        expect_comes_back(kPubkey, text);
-        EXPECT_EQ(get_X509_PUBKEY_key(pubkey_of(text).get()), nullptr) << text;
+    for (const char *text : {
+             "30{30{06:2B6570} 03:000102}",                               // Ed25519
+             "30{30{06:2A864886F70D01010A 30{}} 03:00300602010F020103}",  // id-RSASSA-PSS
+             "30{30{06:2A8648CE3D0201 06:2B81040022} 03:000401}",         // secp384r1
+             "30{30{06:2A8648CE3D0201} 03:000401}",
+             "30{30{06:2A8648CE3D0201 06:2A8648CE3D030107} 03:00}",
+             "30{30{06:2A8648CE3D0201 06:2A8648CE3D030107} 03:000401}",
+             "30{30{06:2A8648CE3D0201 05:} 03:000401}",
+             "30{30{06:2A864886F70D010101 05:} 03:00}",
+             "30{30{06:2A864886F70D010101 05:} 03:0030060201}",
+             "30{30{06:2A864886F70D010101 05:} 03:00300302010F}",
+             "30{30{06:2A864886F70D010101 05:} 03:00300502010F0200}",
+             "30{30{06:2A864886F70D010101 05:} 03:00300602010F0201030500}",
+             "30{30{06:2A864886F70D010101 05:} 03:00300902010F020103020101}",
+             "30{30{06:2A864886F70D010101 05:} 03:00310602010F020103}",
+             "30{30{06:2A864886F70D010101 05:} 03:04300602010F020103}",  // unused bits
+             "30{30{06:2A831A8C9A440115 05:} 03:00020105}",
+             "30{30{06:2A831A8C9A440115} 03:00020105}",
+             "30{30{06:2A831A8C9A440115 30{02:17 02:0B}} 03:00020105}",
+             "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:04 02:05}} 03:00020105}",
+             "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:}} 03:00020105}",
+             "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:04}} 03:0005}",
+         }) {
+        expect_come_back(kPubkey, {text});
+        EXPECT_EQ(kind_of(pubkey_of(text)), 0U) << text;
     }
     // Parameters of rsaEncryption are not looked at, but kept.
     for (const char *text : {"30{30{06:2A864886F70D010101} 03:00300602010F020103}",
                              "30{30{06:2A864886F70D010101 30{02:05}} 03:00300602010F020103}"}) {
-        expect_comes_back(kPubkey, text);
-        EXPECT_EQ(kind_of(pubkey_of(text).get()), 1U) << text;
+        expect_come_back(kPubkey, {text});
+        EXPECT_EQ(kind_of(pubkey_of(text)), 1U) << text;
     }
 }
 
 TEST(PublicKey, RefusedEncodings) {
-    for (const char *text :
-         {"30{}", "30{30{06:2B6570}}", "30{03:00 30{06:2B6570}}", "30{30{06:2B6570} 04:00}",
-          "30{30{06:2B6570} 03:}", "30{30{} 03:00}", "30{30{05:} 03:00}", "30{30{06:2B6570 05: 05:} 03:00}",
-          "30{30{06:2B6570} 03:00 05:}", "30{31{06:2B6570} 03:00}", "30:3005"}) {
-        expect_refused(kPubkey, text, 0x46140104);
-    }
+    expect_refused(
+        kPubkey, 0x46140104,
+        {"30{}", "30{30{06:2B6570}}", "30{03:00 30{06:2B6570}}", "30{30{06:2B6570} 04:00}",
+         "30{30{06:2B6570} 03:}", "30{30{} 03:00}", "30{30{05:} 03:00}", "30{30{06:2B6570 05: 05:} 03:00}",
+         "30{30{06:2B6570} 03:00 05:}", "30{31{06:2B6570} 03:00}", "30:3005"});
     expect_null_arguments_refused(kPubkey);
-}
 
-TEST(PublicKey, AFailedDecodingLeavesTheCallersRecord) {
     const LeakCheck leaks;
-    const OwnedPubkey pubkey = pubkey_of(kRsa);
+    const Pubkey pubkey = pubkey_of(kRsa);
     X509_PUBKEY *out = pubkey.get();
     EXPECT_EQ(Seq_to_X509_PUBKEY(der_node("30{30{06:2B6570} 03:}").get(), &out), 0x46140104U);
-    EXPECT_EQ(encoding_or_status(kPubkey, out), hex_of(der_node(kRsa).get()));
-    EXPECT_EQ(kind_of(out), 1U);
-    // A key of an unknown kind takes the known one's place.
+    EXPECT_EQ(encoded(X509_PUBKEY_to_Seq, out), hex_of_text(kRsa)) << "a failure leaves the record alone";
+    EXPECT_EQ(kind_of(pubkey), 1U);
     EXPECT_EQ(Seq_to_X509_PUBKEY(der_node("30{30{06:2B6570} 03:0001}").get(), &out), 0U);
-    EXPECT_EQ(kind_of(out), 0U);
+    EXPECT_EQ(kind_of(pubkey), 0U) << "a key of an unknown kind takes the known one's place";
 }
 
 TEST(PublicKey, MadeFromKeys) {
     const LeakCheck leaks;
-    const OwnedPubkey rsa = pubkey_of(kRsa);
-    const OwnedPubkey kcdsa = pubkey_of(kKcdsa);
-    const OwnedPubkey ecc = pubkey_of(kEccCompressed);
-    const OwnedPubkey pubkey(new_X509_PUBKEY());
+    const Pubkey rsa = pubkey_of(kRsa);
+    const Pubkey kcdsa = pubkey_of(kKcdsa);
+    const Pubkey ecc = pubkey_of(kEccCompressed);
+    const auto *curve_key = static_cast<const ECC_KEY *>(ecc->key->key);
+    const Pubkey pubkey(new_X509_PUBKEY());
     EXPECT_EQ(set_X509_PUBKEY_rsa(pubkey.get(), static_cast<RSA_UNIT *>(rsa->key->key)), 0U);
-    EXPECT_EQ(encoding_or_status(kPubkey, pubkey.get()), hex_of(der_node(kRsa).get()));
+    EXPECT_EQ(encoded(X509_PUBKEY_to_Seq, pubkey.get()), hex_of_text(kRsa));
     EXPECT_NE(pubkey->key->key, rsa->key->key) << "a copy";
     EXPECT_EQ(set_X509_PUBKEY_kcdsa(pubkey.get(), static_cast<KCDSA *>(kcdsa->key->key)), 0U);
-    EXPECT_EQ(encoding_or_status(kPubkey, pubkey.get()), hex_of(der_node(kKcdsa).get()));
-    EXPECT_EQ(set_X509_PUBKEY_ecc(pubkey.get(), static_cast<ECC_KEY *>(ecc->key->key)), 0U);
-    EXPECT_EQ(encoding_or_status(kPubkey, pubkey.get()), hex_of(der_node(kEcc).get()));
-    EXPECT_EQ(kind_of(pubkey.get()), 3U);
+    EXPECT_EQ(encoded(X509_PUBKEY_to_Seq, pubkey.get()), hex_of_text(kKcdsa));
+    EXPECT_EQ(set_X509_PUBKEY_ecc(pubkey.get(), curve_key), 0U);
+    EXPECT_EQ(kind_of(pubkey), 3U);
 
-    const OwnedRsa no_rsa(new_RSA_UNIT());
-    const OwnedKcdsa no_kcdsa(new_KCDSA());
-    const OwnedEcc no_ecc(new_ECC_KEY());
-    const OwnedEcc unknown_curve(dup_ECC_KEY(static_cast<ECC_KEY *>(ecc->key->key)));
+    const Held<RSA_UNIT, free_RSA_UNIT> no_rsa(new_RSA_UNIT());
+    const Held<KCDSA, free_KCDSA> no_kcdsa(new_KCDSA());
+    const Held<ECC_KEY, free_ECC_KEY> no_ecc(new_ECC_KEY());
+    const Held<ECC_KEY, free_ECC_KEY> unknown_curve(dup_ECC_KEY(curve_key));
     unknown_curve->curve->name[0] = 'q';
     EXPECT_EQ(set_X509_PUBKEY_rsa(pubkey.get(), no_rsa.get()), 1U);
     EXPECT_EQ(set_X509_PUBKEY_kcdsa(pubkey.get(), no_kcdsa.get()), 1U);
     EXPECT_EQ(set_X509_PUBKEY_ecc(pubkey.get(), no_ecc.get()), 1U);
     EXPECT_EQ(set_X509_PUBKEY_ecc(pubkey.get(), unknown_curve.get()), 1U);
     EXPECT_EQ(set_X509_PUBKEY_rsa(pubkey.get(), nullptr), 1U);
-    EXPECT_EQ(set_X509_PUBKEY_kcdsa(nullptr, static_cast<KCDSA *>(kcdsa->key->key)), 1U);
-    EXPECT_EQ(encoding_or_status(kPubkey, pubkey.get()), hex_of(der_node(kEcc).get())) << "unchanged";
+    EXPECT_EQ(encoded(X509_PUBKEY_to_Seq, pubkey.get()), hex_of_text(kEcc)) << "unchanged";
 }
 
 TEST(PublicKey, Comparison) {
-    struct Case {
+    const struct {
         const char *a, *b;
         std::int32_t expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {kRsa, kRsa, 0},
         {kRsa, "30{30{06:2A864886F70D010101} 03:00300602010F020103}", 0},
         {kRsa, "30{30{06:2A864886F70D010101 30{}} 03:00300602010F020103}", -1},
@@ -175,15 +154,14 @@ TEST(PublicKey, Comparison) {
         {kKcdsa, "30{30{06:2A831A8C9A440115 30{02:17 02:0B 02:05}} 03:00020200C8}", -1},
         {kEcc, kEccCompressed, -1},
     };
-    const LeakCheck leaks;
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         EXPECT_EQ(cmp_X509_PUBKEY(pubkey_of(c.a).get(), pubkey_of(c.b).get()), c.expected)
             << c.a << " " << c.b;
         EXPECT_EQ(cmp_X509_PUBKEY(pubkey_of(c.b).get(), pubkey_of(c.a).get()), c.expected)
             << c.b << " " << c.a;
     }
-    const OwnedPubkey rsa = pubkey_of(kRsa);
-    const OwnedPubkey empty(new_X509_PUBKEY());
+    const Pubkey rsa = pubkey_of(kRsa);
+    const Pubkey empty(new_X509_PUBKEY());
     EXPECT_EQ(cmp_X509_PUBKEY(rsa.get(), nullptr), 1);
     EXPECT_EQ(cmp_X509_PUBKEY(nullptr, rsa.get()), 1);
     EXPECT_EQ(cmp_X509_PUBKEY(rsa.get(), empty.get()), 1);
@@ -192,17 +170,14 @@ TEST(PublicKey, Comparison) {
 
 TEST(PublicKey, Holders) {
     const LeakCheck leaks;
-    const OwnedKey holder(new_ASYMMETRIC_KEY());
-    EXPECT_EQ(holder->kind, 0U);
+    const Key holder(new_ASYMMETRIC_KEY());
     for (const char *text : {kRsa, kKcdsa, kEcc}) {
-        const OwnedPubkey pubkey = pubkey_of(text);
+        const Pubkey pubkey = pubkey_of(text);
         EXPECT_EQ(set_ASYMMETRIC_KEY(holder.get(), pubkey->key->kind, pubkey->key->key), 0U);
-        EXPECT_EQ(holder->kind, pubkey->key->kind);
-        EXPECT_NE(holder->key, pubkey->key->key) << "a copy";
-        const OwnedKey copy(dup_ASYMMETRIC_KEY(holder.get()));
-        ASSERT_NE(copy, nullptr);
-        EXPECT_EQ(copy->kind, holder->kind);
+        const Key copy(dup_ASYMMETRIC_KEY(holder.get()));
+        EXPECT_EQ(copy->kind, pubkey->key->kind);
         EXPECT_NE(copy->key, holder->key);
+        EXPECT_NE(holder->key, pubkey->key->key) << "a copy";
     }
     EXPECT_EQ(set_ASYMMETRIC_KEY(holder.get(), 4, holder->key), 1U);
     EXPECT_EQ(set_ASYMMETRIC_KEY(holder.get(), 1, nullptr), 1U);
@@ -210,8 +185,7 @@ TEST(PublicKey, Holders) {
     EXPECT_EQ(holder->kind, 3U) << "unchanged";
     clean_ASYMMETRIC_KEY(holder.get());
     EXPECT_EQ(holder->kind, 0U);
-    const OwnedKey empty_copy(dup_ASYMMETRIC_KEY(holder.get()));
-    EXPECT_NE(empty_copy, nullptr);
+    EXPECT_NE(Key(dup_ASYMMETRIC_KEY(holder.get())), nullptr);
     EXPECT_EQ(dup_ASYMMETRIC_KEY(nullptr), nullptr);
     int stranger = 0;
     const ASYMMETRIC_KEY unknown = {9, &stranger};
@@ -219,26 +193,24 @@ TEST(PublicKey, Holders) {
 }
 
 TEST(PublicKey, EveryAllocationMayFail) {
-    for (const char *text : {kRsa, kKcdsa, kEcc, "30{30{06:2B6570} 03:0001}"}) {
+    for (const char *text : {kRsa, kKcdsa, kEcc, "30{30{06:2B6570} 03:0001}"})
         expect_allocations_may_fail(kPubkey, der_node(text).get(), {0x46140104}, {0x46130103});
-    }
-    const OwnedPubkey kcdsa = pubkey_of(kKcdsa);
-    const OwnedPubkey ecc = pubkey_of(kEcc);
     // An elliptic-curve key may also be left out when memory runs out.
-    const Node encoded = der_node(kEcc);
-    EXPECT_GT(sweep_failing_allocations([&] {
-                  X509_PUBKEY *pubkey = nullptr;
-                  const std::uint32_t status = Seq_to_X509_PUBKEY(encoded.get(), &pubkey);
-                  const OwnedPubkey owner(pubkey);
-                  EXPECT_TRUE(status == 0 || status == 0x46140104) << std::hex << status;
-                  return status == 0 && kind_of(pubkey) == 3;
-              }),
-              20U);
+    const Node node = der_node(kEcc);
+    const unsigned failures = sweep_failing_allocations([&] {
+        X509_PUBKEY *out = nullptr;
+        const std::uint32_t status = Seq_to_X509_PUBKEY(node.get(), &out);
+        const Pubkey pubkey(out);
+        return status == 0 && kind_of(pubkey) == 3;
+    });
+    EXPECT_GT(failures, 20U);
+    const Pubkey kcdsa = pubkey_of(kKcdsa);
+    const Pubkey ecc = pubkey_of(kEcc);
     sweep_failing_allocations([&] {
-        const OwnedPubkey pubkey(new_X509_PUBKEY());
-        return pubkey != nullptr &&
-               set_X509_PUBKEY_kcdsa(pubkey.get(), static_cast<KCDSA *>(kcdsa->key->key)) == 0 &&
-               set_X509_PUBKEY_ecc(pubkey.get(), static_cast<ECC_KEY *>(ecc->key->key)) == 0;
+        const Pubkey made(new_X509_PUBKEY());
+        return made != nullptr &&
+               set_X509_PUBKEY_kcdsa(made.get(), static_cast<KCDSA *>(kcdsa->key->key)) == 0 &&
+               set_X509_PUBKEY_ecc(made.get(), static_cast<ECC_KEY *>(ecc->key->key)) == 0;
     });
 }
 

@@ -9,18 +9,14 @@
 #include <map>
 
 #include "support/der_text.hpp"
+#include "support/x509_files.hpp"
 #include "x509/v3_codecs.hpp"
 
 namespace tlx_test {
 namespace {
 
-struct Free {
-    void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
-    void operator()(KCDSA *unit) const { free_KCDSA(unit); }
-    void operator()(ASN1_TIME *time) const { free_ASN1_TIME(time); }
-};
-template <typename T>
-using Made = std::unique_ptr<T, Free>;
+using Rsa = std::unique_ptr<RSA_UNIT, tlx::FreeWith<free_RSA_UNIT>>;
+using Time = std::unique_ptr<ASN1_TIME, tlx::FreeWith<free_ASN1_TIME>>;
 using Oid = tlx::Owned<OBJECT_IDENTIFIER>;
 
 void expect_done(std::uint32_t status, const std::string &what) {
@@ -31,25 +27,10 @@ Oid oid_of(const char *dotted) {
     return Oid(string_of(TLX_TAG_OBJECT_IDENTIFIER, dotted).release());
 }
 
-Made<RSA_UNIT> read_rsa(unsigned number) {
-    Made<RSA_UNIT> unit(new_RSA_UNIT());
+Rsa read_rsa(unsigned number) {
+    Rsa unit(new_RSA_UNIT());
     const std::string path = TLX_TEST_DATA "/keys/rsa-" + std::to_string(number) + ".pem";
     expect_done(readPKCS1_from_File(unit.get(), nullptr, 0, path.c_str()), path);
-    return unit;
-}
-
-/// The last key of the published vectors, 1024/160 bits.
-Made<KCDSA> read_kcdsa() {
-    std::map<char, Number> numbers;
-    std::ifstream file(TLX_TEST_DATA "/kcdsa.txt");
-    for (std::string line; std::getline(file, line);) {
-        if (line.size() > 4 && line.substr(1, 3) == " = ") numbers[line[0]] = number_of(line.c_str() + 4);
-    }
-    Made<KCDSA> unit(new_KCDSA());
-    expect_done(set_KCDSA_params(unit.get(), numbers['p'].get(), numbers['q'].get(), numbers['g'].get()) |
-                    set_KCDSA_public(unit.get(), numbers['y'].get()) |
-                    set_KCDSA_private(unit.get(), numbers['x'].get()),
-                "KCDSA key");
     return unit;
 }
 
@@ -67,7 +48,7 @@ const KeyPair &key_pair(unsigned number) {
                             set_X509_PUBKEY_rsa(made[i].open.get(), unit.get()),
                         "RSA key");
         }
-        const auto unit = read_kcdsa();
+        const Kcdsa unit = kcdsa_key("A1024B160HAS160");
         expect_done(set_ASYMMETRIC_KEY(made[kKcdsaKey].secret.get(), TLX_KEY_KCDSA, unit.get()) |
                         set_X509_PUBKEY_kcdsa(made[kKcdsaKey].open.get(), unit.get()),
                     "KCDSA key");
@@ -88,18 +69,9 @@ tlx::OwnedName name_of(const std::string &common_name) {
     return name;
 }
 
-Octets encoding_of(const void *record, ASN1_ENCODER encoder) {
-    std::uint8_t *der = nullptr;
-    const std::uint32_t size = writeDER_to_Binary(record, encoder, &der);
-    EXPECT_NE(size, 0xFFFFFFFFU) << "while making an extension";
-    Octets octets(der, der + (size == 0xFFFFFFFFU ? 0 : size));
-    tlx_free(der);
-    return octets;
-}
-
 void set_time(X509_CERT *cert, const std::string &text,
               std::uint32_t (*set)(X509_CERT *, const X509_TIME *)) {
-    const Made<ASN1_TIME> calendar(charToASN1_TIME(text.c_str()));
+    const Time calendar(charToASN1_TIME(text.c_str()));
     const tlx::Owned<X509_TIME> time(new_X509_TIME());
     expect_done(set_X509_TIME(time.get(), calendar.get()) | set(cert, time.get()), text);
 }
@@ -116,6 +88,23 @@ void set_extensions(X509_CERT *cert, const std::vector<ExtensionSpec> &specs) {
 }
 
 }  // namespace
+
+Kcdsa kcdsa_key(const std::string &section) {
+    std::map<char, Number> numbers;
+    std::ifstream file(TLX_TEST_DATA "/kcdsa.txt");
+    bool found = false;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("[")) found = line == "[" + section + "]";
+        if (found && line.size() > 4 && line.substr(1, 3) == " = ")
+            numbers[line[0]] = number_of(line.c_str() + 4);
+    }
+    Kcdsa unit(new_KCDSA());
+    expect_done(set_KCDSA_params(unit.get(), numbers['p'].get(), numbers['q'].get(), numbers['g'].get()) |
+                    set_KCDSA_public(unit.get(), numbers['y'].get()) |
+                    set_KCDSA_private(unit.get(), numbers['x'].get()),
+                "KCDSA key");
+    return unit;
+}
 
 const ASYMMETRIC_KEY *signing_key(unsigned number) {
     return key_pair(number).secret.get();

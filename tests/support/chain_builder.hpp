@@ -17,6 +17,7 @@ using Cert = tlx::Owned<X509_CERT>;
 using Certificates = tlx::OwnedCertificates;
 using Anchors = std::unique_ptr<TRUST_ANCHORS, tlx::FreeWith<free_TRUST_ANCHORS>>;
 using Policies = std::unique_ptr<OBJECT_IDENTIFIERS, tlx::FreeWith<free_OBJECT_IDENTIFIERS>>;
+using Kcdsa = std::unique_ptr<KCDSA, tlx::FreeWith<free_KCDSA>>;
 using Tree = tlx::Owned<node_LIST>;
 
 namespace extension {
@@ -32,6 +33,9 @@ constexpr const char *kInhibitAnyPolicy = "2.5.29.54";
 constexpr const char *kAnyPolicy = "2.5.29.32.0";
 /// The policy that the certificates of valid_chain() have.
 constexpr const char *kPolicy = "1.2.3.1";
+
+/// A key of the published vectors, by its section in data/kcdsa.txt.
+Kcdsa kcdsa_key(const std::string &section);
 
 /// Keys to sign with: RSA-1024 by number, and one KCDSA key. They are made once, and live on.
 constexpr unsigned kRsaKeys = 4;

@@ -6,15 +6,18 @@
 
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <string>
+#include <vector>
 
 #include "support/octets.hpp"
 #include "support/strings.hpp"
+#include "x509/codecs.hpp"
 
 namespace tlx_test {
 
-using OwnedCert = std::unique_ptr<X509_CERT, Freer<X509_CERT, free_X509_CERT>>;
+using OwnedCert = tlx::Owned<X509_CERT>;
+
+constexpr const char *kDebianCertificates = "/etc/ssl/certs/ca-certificates.crt";
 
 inline std::string read_text(const std::string &path) {
     std::ifstream file(path, std::ios::binary);
@@ -28,13 +31,11 @@ inline Octets read_file(const std::string &name) {
     return {text.begin(), text.end()};
 }
 
-inline OwnedCert read_certificate(const std::string &name) {
-    const Octets octets = read_file(name);
+/// The certificate of an encoding; null when it is refused.
+inline OwnedCert certificate_of(const Octets &der) {
     void *cert = nullptr;
-    EXPECT_EQ(readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), octets.data(),
-                                  static_cast<std::uint32_t>(octets.size())),
-              0U)
-        << name;
+    (void)readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), der.data(),
+                              static_cast<std::uint32_t>(der.size()));
     return OwnedCert(static_cast<X509_CERT *>(cert));
 }
 
@@ -54,14 +55,17 @@ inline std::vector<Octets> read_pem_file(const std::string &path) {
     return blocks;
 }
 
-/// The encoding of a certificate; empty when it cannot be encoded.
-inline Octets encode_certificate(const X509_CERT *cert) {
+/// The encoding of a record; empty, and a failed test, when it cannot be encoded.
+inline Octets encoding_of(const void *record, ASN1_ENCODER encoder) {
     std::uint8_t *octets = nullptr;
-    const std::uint32_t size = writeDER_to_Binary(cert, TLX_ENCODER(X509_CERT_to_Seq), &octets);
-    if (size == 0xFFFFFFFF) return {};
-    Octets encoding(octets, octets + size);
+    const std::uint32_t size = writeDER_to_Binary(record, encoder, &octets);
+    EXPECT_NE(size, 0xFFFFFFFFU);
+    const Octets encoding(octets, octets + (size == 0xFFFFFFFFU ? 0 : size));
     tlx_free(octets);
     return encoding;
+}
+inline Octets encode_certificate(const X509_CERT *cert) {
+    return encoding_of(cert, TLX_ENCODER(X509_CERT_to_Seq));
 }
 
 }  // namespace tlx_test
