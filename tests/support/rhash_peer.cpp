@@ -6,7 +6,7 @@
 
 namespace tlx_test::rhash {
 
-std::vector<std::uint8_t> has160(const std::vector<std::uint8_t> &data) {
+std::vector<std::uint8_t> has160([[maybe_unused]] const std::vector<std::uint8_t> &data) {
     std::vector<std::uint8_t> out;
 #ifndef _WIN32
     static const bool ready = (rhash_library_init(), true);
