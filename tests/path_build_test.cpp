@@ -8,26 +8,22 @@
 #include "support/chain_builder.hpp"
 #include "trust/sip_hash.hpp"
 
+namespace tlx_test {
 namespace {
 
-using namespace tlx_test::extension;
-using tlx_test::anchors_of;
-using tlx_test::Certificates;
-using tlx_test::CertSpec;
-using tlx_test::Chain;
-using tlx_test::subjects_of;
-using tlx_test::valid_chain;
+using namespace extension;
 
 const CPV_SETTINGS kDefaults = {nullptr, 0, 255, 3};
+const char *const kNoIssuer = "53050047: ";
 
 /// What build_certPath_ex gives: the subjects of the path, or the status in hexadecimal with those that were
 /// appended to the caller's list before.
 std::string build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X509_CERT *target,
-                  const CPV_SETTINGS &settings = kDefaults) {
-    const tlx_test::LeakCheck leaks;
+                  const CPV_SETTINGS *settings = &kDefaults) {
+    const LeakCheck leaks;
     const Certificates path(new_X509_CERTIFICATES());
     X509_CERTIFICATES *list = path.get();
-    const std::uint32_t status = build_certPath_ex(pool, anchors, target, &list, &settings);
+    const std::uint32_t status = build_certPath_ex(pool, anchors, target, &list, settings);
     char text[16];
     std::snprintf(text, sizeof text, "%08X: ", status);
     return (status == 0 ? "" : text) + subjects_of(path.get());
@@ -35,59 +31,55 @@ std::string build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, c
 
 /// The path from the first certificate of the chain, with the others as the pool and the last as the anchor.
 std::string build(const Chain &chain, const CPV_SETTINGS &settings = kDefaults) {
-    const auto pool = tlx_test::make(Chain(chain.begin() + 1, chain.end()));
-    return build(pool.get(), anchors_of({chain.back()}).get(), chain.front().make().get(), settings);
+    const Certificates pool = make(Chain(chain.begin() + 1, chain.end()));
+    return build(pool.get(), anchors_of({chain.back()}).get(), chain.front().make().get(), &settings);
 }
 
 // ---- Where paths end ----
 
 TEST(Building, AllowsOneMoreThanTheMaximum) {
-    EXPECT_EQ(build(valid_chain(2)), "User, Root");
-    EXPECT_EQ(build(valid_chain(4)), "User, CA 2, CA 1, Root");
-    EXPECT_EQ(build(valid_chain(5)), "User, CA 3, CA 2, CA 1, Root") << "four below the anchor";
-    EXPECT_EQ(build(valid_chain(6)), "53050047: User, CA 4, CA 3, CA 2");
-    EXPECT_EQ(build(valid_chain(7), {nullptr, 0, 0, 5}), "User, CA 5, CA 4, CA 3, CA 2, CA 1, Root");
-    EXPECT_EQ(build(valid_chain(2), {nullptr, 0, 0, 0}), "User, Root");
-    EXPECT_EQ(build(valid_chain(3), {nullptr, 0, 0, 0}), "53050047: User");
-    EXPECT_EQ(build(valid_chain(2), {nullptr, 0, 0, -1}), "53050047: ");
-    EXPECT_EQ(build(valid_chain(4), {nullptr, 0, 0, INT32_MAX}), "User, CA 2, CA 1, Root");
-}
-
-TEST(Building, OfACertificateThatIsSelfIssuedTakesNoPool) {
-    const Chain root = valid_chain(1);
-    const Certificates empty(new_X509_CERTIFICATES());
-    const auto anchors = anchors_of(root);
-    EXPECT_EQ(build(empty.get(), anchors.get(), root[0].make().get()), "Root");
-    EXPECT_EQ(build(empty.get(), anchors.get(), root[0].make().get(), {nullptr, 0, 0, -5}), "Root");
+    const struct {
+        unsigned length;
+        std::int32_t most;
+        const char *path;
+    } cases[] = {
+        {1, -5, "Root"},  // self-issued: it takes no pool
+        {2, 0, "User, Root"},
+        {2, -1, "53050047: "},
+        {3, 0, "53050047: User"},
+        {4, INT32_MAX, "User, CA 2, CA 1, Root"},
+        {5, 3, "User, CA 3, CA 2, CA 1, Root"},
+        {6, 3, "53050047: User, CA 4, CA 3, CA 2"},
+        {7, 5, "User, CA 5, CA 4, CA 3, CA 2, CA 1, Root"},
+    };
+    for (const auto &each : cases)
+        EXPECT_EQ(build(valid_chain(each.length), {nullptr, 0, 0, each.most}), each.path) << each.length;
 }
 
 TEST(Building, EndsInAnAnchorWithTheSameNameAndKey) {
     const Chain chain = valid_chain(3);
-    const auto pool = tlx_test::make(chain);
-    const auto target = chain[0].make();
     CertSpec other_key = chain[2];
     other_key.key = 3;
     CertSpec other_name = chain[2];
     other_name.subject = "Loot";
-    const char *const untrusted = "53050116: User, CA 1";
-    EXPECT_EQ(build(pool.get(), anchors_of({}).get(), target.get()), untrusted);
-    EXPECT_EQ(build(pool.get(), anchors_of({other_key}).get(), target.get()), untrusted);
-    EXPECT_EQ(build(pool.get(), anchors_of({other_name}).get(), target.get()), untrusted);
-    EXPECT_EQ(build(pool.get(), anchors_of({chain[1]}).get(), target.get()), untrusted) << "no shortcut";
+    const Certificates pool = make(chain);
+    const Cert target = chain[0].make();
+    for (const Chain &anchors : {Chain(), Chain{other_key}, Chain{other_name}, Chain{chain[1]}})
+        EXPECT_EQ(build(pool.get(), anchors_of(anchors).get(), target.get()), "53050116: User, CA 1");
     EXPECT_EQ(build(pool.get(), anchors_of({other_key, other_name, chain[2]}).get(), target.get()),
               "User, CA 1, Root");
 }
 
 TEST(Building, ChecksTheValidityOfEach) {
+    ASN1_TIME *time = charToASN1_TIME("2020-06-01,00:00:00");
+    const char *const before[] = {"462D0113: ", "462D0113: User", "462D0113: User, CA 1"};
     for (unsigned index = 0; index < 3; ++index) {
         Chain chain = valid_chain(3);
         chain[index].not_after = "2021-01-01,00:00:00";
-        const char *const before[] = {"", "User", "User, CA 1"};
-        EXPECT_EQ(build(chain), "462D0113: " + std::string(before[index]));
-        ASN1_TIME *time = charToASN1_TIME("2020-06-01,00:00:00");
+        EXPECT_EQ(build(chain), before[index]);
         EXPECT_EQ(build(chain, {time, 0, 0, 3}), "User, CA 1, Root");
-        free_ASN1_TIME(time);
     }
+    free_ASN1_TIME(time);
     Chain chain = valid_chain(6);
     chain[4].not_after = "2021-01-01,00:00:00";
     EXPECT_EQ(build(chain).substr(0, 8), "53050047") << "the length comes before the validity";
@@ -95,9 +87,9 @@ TEST(Building, ChecksTheValidityOfEach) {
 
 TEST(Building, OfLoopsEndsByTheLength) {
     Chain chain = valid_chain(4);
-    chain[2].with({.key_id = "03", .issuer = {}, .serial = {}});  // CA 1 names CA 2
+    chain[2].with({"03", "", ""});  // CA 1 names CA 2
     EXPECT_EQ(build(chain), "53050047: User, CA 2, CA 1, CA 2");
-    chain[1].with({.key_id = "03", .issuer = {}, .serial = {}});  // CA 2 names itself
+    chain[1].with({"03", "", ""});  // CA 2 names itself
     EXPECT_EQ(build(chain, {nullptr, 0, 0, 6}), "53050047: User, CA 2, CA 2, CA 2, CA 2, CA 2, CA 2");
 }
 
@@ -112,51 +104,45 @@ TEST(Building, LooksAtNoSignatureAndNoOtherName) {
 
 TEST(IssuerChoice, GoesByTheAuthorityKeyIdentifier) {
     // In the pool CA 1 has key 02 and serial 02, Root key 01 and serial 01.
+    const char *const by_ca = "User, CA 1, Root";
     const struct {
         const char *what;
-        tlx_test::AuthorityKeyId wanted;
+        AuthorityKeyId wanted;
         const char *path;
     } cases[] = {
-        {"key", {"02", "", ""}, "User, CA 1, Root"},
-        {"key with more octets than the candidate's", {"02FF", "", ""}, "User, CA 1, Root"},
-        {"empty key", {" ", "", ""}, "53050047: "},
-        {"another key", {"FF02", "", ""}, "53050047: "},
-        {"serial", {"", "", "02"}, "User, CA 1, Root"},
-        {"another serial", {"", "", "0200"}, "53050047: "},
-        {"directory name", {"", "CA 1", ""}, "User, CA 1, Root"},
-        {"another directory name", {"", "CA 2", ""}, "53050047: "},
-        {"another key, but the serial", {"FF", "", "02"}, "User, CA 1, Root"},
-        {"another key, but the name", {"FF", "CA 1", "FF"}, "User, CA 1, Root"},
-        {"the first that fits in one of them", {"02", "Root", "FF"}, "User, CA 1, Root"},
-        {"not the one that fits in most", {"01", "CA 1", "01"}, "User, CA 1, Root"},
-        {"nothing", {"", "", ""}, "53050047: "},
+        {"key with more octets than the candidate's", {"02FF", "", ""}, by_ca},
+        {"empty key", {" ", "", ""}, kNoIssuer},
+        {"another key", {"FF02", "", ""}, kNoIssuer},
+        {"serial", {"", "", "02"}, by_ca},
+        {"another serial", {"", "", "0200"}, kNoIssuer},
+        {"directory name", {"", "CA 1", ""}, by_ca},
+        {"another directory name", {"", "CA 2", ""}, kNoIssuer},
+        {"another key, but the serial", {"FF", "", "02"}, by_ca},
+        {"another key, but the name", {"FF", "CA 1", "FF"}, by_ca},
+        {"the first that fits in one of them", {"02", "Root", "FF"}, by_ca},
+        {"not the one that fits in most", {"01", "CA 1", "01"}, by_ca},
+        {"nothing", {"", "", ""}, kNoIssuer},
     };
+    Chain chain = valid_chain(3);
     for (const auto &each : cases) {
-        Chain chain = valid_chain(3);
         chain[0].with(each.wanted);
         EXPECT_EQ(build(chain), each.path) << each.what;
     }
-}
-
-TEST(IssuerChoice, NeedsAnIdentifierThatCanBeRead) {
-    for (const char *value : {"", "30{}", "04:02", "30{82:}", "30{81{}}", "30{A1{}}"}) {
-        Chain chain = valid_chain(3);
+    // Only the first general name counts: of dNSName 'a' and the directory name of CA 1, in either order.
+    const std::string name = "A4{30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:43412031}}}}";
+    const std::string names_first = "30{A1{" + name + "82:61}}";
+    const std::string dns_first = "30{A1{82:61" + name + "}}";
+    chain[0].with(kAuthorityKeyId, names_first);
+    EXPECT_EQ(build(chain), by_ca);
+    for (const std::string value :
+         {"", "30{}", "04:02", "30{82:}", "30{81{}}", "30{A1{}}", dns_first.c_str()}) {
         chain[0].with(kAuthorityKeyId, value);
-        EXPECT_EQ(build(chain), "53050047: ") << value;
+        EXPECT_EQ(build(chain), kNoIssuer) << value;
     }
-    Chain chain = valid_chain(3);
     chain[0].without(kAuthorityKeyId);
-    EXPECT_EQ(build(chain), "53050047: ") << "none";
+    EXPECT_EQ(build(chain), kNoIssuer) << "none";
     chain[0].extensions.reset();
-    EXPECT_EQ(build(chain), "53050047: ") << "no extensions";
-    // dNSName 'a' first, then the directory name of CA 1
-    chain = valid_chain(3);
-    chain[0].with(kAuthorityKeyId,
-                  "30{A1{82:61 A4{30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:43412031}}}}}}");
-    EXPECT_EQ(build(chain), "53050047: ") << "only the first general name counts";
-    chain[0].with(kAuthorityKeyId,
-                  "30{A1{A4{30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:43412031}}}} 82:61}}");
-    EXPECT_EQ(build(chain), "User, CA 1, Root");
+    EXPECT_EQ(build(chain), kNoIssuer) << "no extensions";
 }
 
 TEST(IssuerChoice, TakesTheFirstOfThePool) {
@@ -167,30 +153,29 @@ TEST(IssuerChoice, TakesTheFirstOfThePool) {
     without_key.subject = "CA without key";
     without_key.without(kSubjectKeyId);
     CertSpec any_key = chain[1];
-    any_key.subject = "CA of any key";
+    any_key.subject = "Any";
     any_key.with(kSubjectKeyId, "04:");
     CertSpec broken_key = chain[1];
     broken_key.with(kSubjectKeyId, "02:02");
-    const auto anchors = anchors_of({chain[2]});
-    const auto target = chain[0].make();
-    const auto from = [&](const Chain &pool) {
-        return build(tlx_test::make(pool).get(), anchors.get(), target.get());
-    };
-    EXPECT_EQ(from({chain[1], expired, chain[2]}), "User, CA 1, Root");
-    EXPECT_EQ(from({expired, chain[1], chain[2]}), "462D0113: User") << "no second choice";
-    EXPECT_EQ(from({without_key, chain[1], chain[2]}), "User, CA 1, Root");
-    EXPECT_EQ(from({broken_key, chain[2]}), "53050047: ");
-    EXPECT_EQ(from({any_key, chain[1], chain[2]}),
-              "53050047: User, CA of any key, CA of any key, CA of any key")
-        << "an empty identifier fits every key";
-    EXPECT_EQ(from({chain[1], chain[0]}), "53050047: User") << "no root";
     // What Korean user certificates say: the key of CA 1, and the name of CA 1's own issuer.
-    CertSpec user = chain[0];
-    const auto named = user.with({.key_id = "02", .issuer = "Root", .serial = "02"}).make();
-    EXPECT_EQ(build(tlx_test::make({chain[1], chain[2]}).get(), anchors.get(), named.get()),
-              "User, CA 1, Root");
-    EXPECT_EQ(build(tlx_test::make({chain[2], chain[1]}).get(), anchors.get(), named.get()), "User, Root")
-        << "the name of the root, which stands first";
+    CertSpec korean = chain[0];
+    korean.with({"02", "Root", "02"});
+    const struct {
+        const char *what;
+        Chain chain;
+        const char *path;
+    } cases[] = {
+        {"two", {chain[0], chain[1], expired, chain[2]}, "User, CA 1, Root"},
+        {"no second choice", {chain[0], expired, chain[1], chain[2]}, "462D0113: User"},
+        {"no key", {chain[0], without_key, chain[1], chain[2]}, "User, CA 1, Root"},
+        {"a broken key", {chain[0], broken_key, chain[2]}, kNoIssuer},
+        {"an empty one fits every key", {chain[0], any_key, chain[2]}, "53050047: User, Any, Any, Any"},
+        {"no root", {chain[0], chain[1], chain[0]}, "53050047: User"},
+        {"the key of the CA", {korean, chain[1], chain[2]}, "User, CA 1, Root"},
+        {"the name of the root, which stands first", {korean, chain[2], chain[1], chain[2]}, "User, Root"},
+    };
+    for (const auto &each : cases)
+        EXPECT_EQ(build(each.chain), each.path) << each.what;
 }
 
 // ---- The index of a large pool ----
@@ -203,7 +188,7 @@ struct Candidate {
 };
 
 /// A self-issued certificate whose version is the low octet of its place in the pool.
-tlx_test::Cert make_candidate(const Candidate &candidate, std::size_t place) {
+Cert make_candidate(const Candidate &candidate, std::size_t place) {
     CertSpec spec;
     spec.subject = spec.issuer = candidate.name;
     spec.serial = candidate.serial;
@@ -214,7 +199,7 @@ tlx_test::Cert make_candidate(const Candidate &candidate, std::size_t place) {
 }
 
 /// The rule; -1 for none.
-int first_that_fits(const std::vector<Candidate> &pool, const tlx_test::AuthorityKeyId &wanted) {
+int first_that_fits(const std::vector<Candidate> &pool, const AuthorityKeyId &wanted) {
     const std::string key = wanted.key_id == " " ? "" : wanted.key_id;
     for (std::size_t i = 0; i < pool.size(); ++i) {
         const bool by_key =
@@ -234,7 +219,7 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
     Chain trusted(4);
     for (std::size_t i = 0; i < 4; ++i)
         trusted[i].subject = trusted[i].issuer = i < 3 ? names[i] : "Z";
-    const auto anchors = anchors_of(trusted);
+    const Anchors anchors = anchors_of(trusted);
     std::mt19937 random(4711);
     const auto any_of = [&random](const auto &values) { return values[random() % std::size(values)]; };
     unsigned found = 0;
@@ -252,9 +237,9 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
             if (round == 1) push_STACK_value(pool.get(), new_X509_CERT());
             if (round == 2) push_STACK_value(pool.get(), nullptr);
             for (unsigned i = 0; i < 20; ++i) {
-                const tlx_test::AuthorityKeyId wanted = {random() % 2 == 0 ? any_of(sought_keys) : "",
-                                                         random() % 3 == 0 ? any_of(names) : "",
-                                                         random() % 3 == 0 ? any_of(serials) : ""};
+                const AuthorityKeyId wanted = {random() % 2 == 0 ? any_of(sought_keys) : "",
+                                               random() % 3 == 0 ? any_of(names) : "",
+                                               random() % 3 == 0 ? any_of(serials) : ""};
                 CertSpec target;
                 target.subject = "User";
                 target.with(wanted);
@@ -265,11 +250,8 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
                     build_certPath_ex(pool.get(), anchors.get(), target.make().get(), &list, &kDefaults);
                 const int expected = first_that_fits(candidates, wanted);
                 ASSERT_EQ(status, expected < 0 ? 0x53050047U : 0U);
-                if (expected < 0) {
-                    ++missed;
-                    continue;
-                }
-                ++found;
+                ++(expected < 0 ? missed : found);
+                if (expected < 0) continue;
                 ASSERT_EQ(get_X509_version(get_X509_CERTIFICATES_child(list, 1)),
                           static_cast<std::uint8_t>(expected))
                     << "pool of " << size << ": " << wanted.key_id << ", " << wanted.issuer << ", "
@@ -285,16 +267,12 @@ TEST(IssuerIndex, BuildsPathsFromALargePool) {
     const Chain chain = valid_chain(4);
     const Certificates pool(new_X509_CERTIFICATES());
     for (unsigned i = 0; i < 3000; ++i) {
-        char number[16];
-        std::snprintf(number, sizeof number, "%08X", 0x10000000 + i);
-        push_STACK_value(pool.get(), make_candidate({number, number, number}, 0).release());
+        const std::string number = std::to_string(10000000 + i);
+        push_STACK_value(pool.get(), make_candidate({number, number, number.c_str()}, 0).release());
         if (i % 1000 == 0) push_STACK_value(pool.get(), chain[1 + i / 1000].make().release());
     }
     EXPECT_EQ(build(pool.get(), anchors_of({chain[3]}).get(), chain[0].make().get()),
               "User, CA 2, CA 1, Root");
-    CertSpec lost = chain[0];
-    lost.with({.key_id = "99", .issuer = "Nobody", .serial = "99"});
-    EXPECT_EQ(build(pool.get(), anchors_of({chain[3]}).get(), lost.make().get()), "53050047: ");
 }
 
 TEST(SipHash, GivesThePublishedValue) {
@@ -307,33 +285,25 @@ TEST(SipHash, GivesThePublishedValue) {
 
 // ---- Arguments and results ----
 
-TEST(Building, RefusesMissingArguments) {
-    const Chain chain = valid_chain(2);
-    const auto pool = tlx_test::make(chain);
-    const auto anchors = anchors_of({chain[1]});
-    const auto target = chain[0].make();
-    const tlx_test::LeakCheck leaks;
+TEST(Building, MakesAPathOrAppendsToOne) {
+    const Chain chain = valid_chain(3);
+    const Certificates pool = make(chain);
+    const Anchors anchors = anchors_of({chain[2]});
+    const Anchors no_anchors = anchors_of({});
+    const Cert target = chain[0].make();
+    const Cert empty(new_X509_CERT());
+    const LeakCheck leaks;
     X509_CERTIFICATES *path = nullptr;
     EXPECT_EQ(build_certPath(nullptr, anchors.get(), target.get(), &path), 0x53050049U);
     EXPECT_EQ(build_certPath(pool.get(), nullptr, target.get(), &path), 0x53050049U);
     EXPECT_EQ(build_certPath(pool.get(), anchors.get(), nullptr, &path), 0x53050049U);
     EXPECT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), nullptr), 0x53050049U);
-    EXPECT_EQ(path, nullptr);
-    const tlx::Owned<X509_CERT> empty(new_X509_CERT());
     EXPECT_EQ(build_certPath(pool.get(), anchors.get(), empty.get(), &path), 0x462D0049U) << "no validity";
+    EXPECT_EQ(build_certPath(pool.get(), no_anchors.get(), target.get(), &path), 0x53050116U);
     EXPECT_EQ(path, nullptr);
-}
 
-TEST(Building, MakesAPathOrAppendsToOne) {
-    const Chain chain = valid_chain(3);
-    const auto pool = tlx_test::make(chain);
-    const auto anchors = anchors_of({chain[2]});
-    const auto target = chain[0].make();
-    const tlx_test::LeakCheck leaks;
-    X509_CERTIFICATES *path = nullptr;
     ASSERT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), &path), 0U);
     const Certificates owner(path);
-    EXPECT_EQ(subjects_of(path), "User, CA 1, Root");
     for (std::int32_t i = 0; i < 3; ++i) {
         const X509_CERT *copy = get_X509_CERTIFICATES_child(path, i);
         EXPECT_NE(copy, get_X509_CERTIFICATES_child(pool.get(), i));
@@ -342,32 +312,21 @@ TEST(Building, MakesAPathOrAppendsToOne) {
     EXPECT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), &path), 0U);
     EXPECT_EQ(path, owner.get());
     EXPECT_EQ(subjects_of(path), "User, CA 1, Root, User, CA 1, Root");
-    EXPECT_EQ(get_X509_CERTIFICATES_count(pool.get()), 3U);
-
-    X509_CERTIFICATES *none = nullptr;
-    EXPECT_EQ(build_certPath(pool.get(), anchors_of({}).get(), target.get(), &none), 0x53050116U);
-    EXPECT_EQ(none, nullptr);
 }
 
 TEST(Building, UsesTheSettingsOfTheProcess) {
     const Chain chain = valid_chain(6);
-    const auto pool = tlx_test::make(chain);
-    const auto anchors = anchors_of({chain[5]});
-    const auto target = chain[0].make();
-    const auto built = [&](bool ex) {
+    const Certificates pool = make(chain);
+    const Anchors anchors = anchors_of({chain[5]});
+    const Cert target = chain[0].make();
+    for (const std::int32_t most : {4, 3}) {
+        EXPECT_EQ(set_max_certificatePath_length(most), 0U);
         X509_CERTIFICATES *path = nullptr;
-        const std::uint32_t status =
-            ex ? build_certPath_ex(pool.get(), anchors.get(), target.get(), &path, nullptr)
-               : build_certPath(pool.get(), anchors.get(), target.get(), &path);
+        EXPECT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), &path),
+                  most == 4 ? 0 : 0x53050047U);
         free_X509_CERTIFICATES(path);
-        return status;
-    };
-    EXPECT_EQ(built(false), 0x53050047U);
-    EXPECT_EQ(set_max_certificatePath_length(4), 0U);
-    EXPECT_EQ(built(false), 0U);
-    EXPECT_EQ(built(true), 0U);
-    EXPECT_EQ(set_max_certificatePath_length(3), 0U);
-    EXPECT_EQ(built(true), 0x53050047U);
+        EXPECT_EQ(build(pool.get(), anchors.get(), target.get(), nullptr).starts_with("User"), most == 4);
+    }
 }
 
 TEST(IsSelfSigned, ComparesTheNamesAlone) {
@@ -377,8 +336,8 @@ TEST(IsSelfSigned, ComparesTheNamesAlone) {
     spec.issuer = "root";
     EXPECT_EQ(is_selfSigned(spec.make().get()), 1U);
     EXPECT_EQ(is_selfSigned(nullptr), 1U);
-    const tlx::Owned<X509_CERT> empty(new_X509_CERT());
-    EXPECT_EQ(is_selfSigned(empty.get()), 1U);
+    EXPECT_EQ(is_selfSigned(Cert(new_X509_CERT()).get()), 1U);
 }
 
 }  // namespace
+}  // namespace tlx_test
