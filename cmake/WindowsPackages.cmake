@@ -1,6 +1,6 @@
 # What a build for Windows takes from elsewhere, since no packages of libraries are for that target: libcrypto from a
-# cross-built prefix (scripts/build-windows-libcrypto), GoogleTest from its installed sources, and libraries that are
-# headers only from this machine's packages. find_package finds them as it does elsewhere.
+# cross-built prefix (scripts/build-windows-libcrypto), GoogleTest from its installed sources, Google Benchmark from
+# fetched ones (scripts/fetch-source), and libraries that are headers only from this machine's packages. find_package finds them as it does elsewhere.
 
 # tlx_provide_package(<name> <version>): find_package(<name>) succeeds from here on; its targets are made in this file.
 function(tlx_provide_package name version)
@@ -48,4 +48,18 @@ if(TLX_TESTS)
     tlx_provide_package(GTest 1.12)
     # The build runs nothing that it made.
     set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)
+endif()
+
+if(TLX_BENCH)
+    set(TLX_BENCHMARK_SOURCE "" CACHE PATH "Source of Google Benchmark")
+    if(NOT EXISTS ${TLX_BENCHMARK_SOURCE}/CMakeLists.txt)
+        message(FATAL_ERROR "TLX_BENCHMARK_SOURCE is not set to what scripts/fetch-source benchmark prints")
+    endif()
+    set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
+    set(BENCHMARK_ENABLE_TESTING OFF)
+    set(BENCHMARK_ENABLE_INSTALL OFF)
+    set(BENCHMARK_ENABLE_WERROR OFF)
+    set(GIT_VERSION 1.7)  # which Debian's source has no repository to ask for
+    add_subdirectory(${TLX_BENCHMARK_SOURCE} benchmark EXCLUDE_FROM_ALL SYSTEM)
+    tlx_provide_package(benchmark 1.7)
 endif()

@@ -37,6 +37,11 @@ for file in "${!needed[@]}"; do
     done
 done
 
+# Random octets are the system's present source's.
+objdump -p "$dlls/tlxcrypto.dll" >"$work/imports"
+grep -q ' BCryptGenRandom$' "$work/imports" || { echo "tlxcrypto.dll does not call BCryptGenRandom"; status=1; }
+grep ' CryptGenRandom$' "$work/imports" && status=1
+
 for library in tlxcrypto tlxpki; do
     grep -F "$include/$library/" "$work/prototypes" | sed -E 's/^.*[ *]([A-Za-z_][A-Za-z0-9_]*) \(.*$/\1/' |
         LC_ALL=C sort -u >"$work/declared"
