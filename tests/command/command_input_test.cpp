@@ -39,6 +39,17 @@ void expect_no_certificate(const std::string &path, const std::string &complaint
     expect_refusal(path, complaint, readers);
 }
 
+TEST(CommandInput, KoreanNamesOfFiles) {
+    const std::string path = write_file("인증서 홍길동.pem", read_file(chain("root.pem")));
+    for (const Arguments &arguments : readers_of(path)) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.status, 0) << arguments[0] << result;
+        EXPECT_EQ(result.errors, "") << arguments[0];
+    }
+    EXPECT_TRUE(run({"verify", "--anchor", path, path}).says("홍길동.pem: valid\n"));
+    expect_refusal(scratch("없는 파일"), "cannot be read: No such file or directory");
+}
+
 TEST(CommandInput, FilesThatCannotBeRead) {
     expect_refusal(scratch("missing"), "cannot be read: No such file or directory");
     expect_refusal(std::filesystem::path(chain("root.pem")).parent_path().string(), "is a directory");

@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "support/command.hpp"
+#include "support/utf8_path.hpp"
 
 namespace command_test {
 
@@ -26,7 +27,7 @@ std::string quoted(const std::string &argument) {
 
 /// The shell takes the outermost quotes off.
 int execute(const std::string &line) {
-    return std::system(quoted(line).c_str());
+    return _wsystem(tlx_test::utf8_path(quoted(line)).c_str());
 }
 
 #else
@@ -105,7 +106,7 @@ std::string write_file(const std::string &name, const std::string &octets) {
 }
 
 std::string read_file(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(tlx_test::utf8_path(path), std::ios::binary);
     EXPECT_TRUE(file) << path;
     return {std::istreambuf_iterator<char>(file), {}};
 }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "support/shell.hpp"
+#include "support/utf8_path.hpp"
 
 namespace tlx_test {
 
@@ -25,16 +26,17 @@ class CommandFolder {
     CommandFolder &operator=(const CommandFolder &) = delete;
 
     [[nodiscard]] std::string path(const std::string &name) const {
-        return (folder_ / name).generic_string();
+        const std::u8string path = (folder_ / utf8_path(name)).generic_u8string();
+        return {path.begin(), path.end()};
     }
 
     [[nodiscard]] std::string read(const std::string &name) const {
-        std::ifstream file(folder_ / name, std::ios::binary);
+        std::ifstream file(folder_ / utf8_path(name), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
     void write(const std::string &name, const std::string &octets) const {
-        std::ofstream(folder_ / name, std::ios::binary) << octets;
+        std::ofstream(folder_ / utf8_path(name), std::ios::binary) << octets;
     }
 
     /// What a shell command line prints to either stream. It fails the test when it ends with a status other
