@@ -159,21 +159,20 @@ TEST(Rsa, RefusesEveryOtherSignature) {
 
 TEST(Rsa, GeneratesAndUsesKeysOfAnySize) {
     const LeakCheck leaks;
-    const struct {
-        std::uint32_t bits, exponent;
-    } kCases[] = {{512, 3},      {521, 5},  {1023, 17},   {1024, 0xFFFFFFFF},
-                  {1025, 65537}, {1088, 7}, {2047, 65537}};
-    for (const auto &c : kCases) {
-        SCOPED_TRACE(c.bits);
+    for (const auto &[bits, exponent] : {std::pair(512U, 3U),
+                                         {521U, 5U},
+                                         {1023U, 17U},
+                                         {1024U, 0xFFFFFFFFU},
+                                         {1025U, 65537U},
+                                         {2047U, 65537U}}) {
+        SCOPED_TRACE(bits);
         const Unit unit = public_unit();
-        ASSERT_EQ(gen_RSA_UNIT(unit.get(), c.bits, c.exponent), 0U);
+        ASSERT_EQ(gen_RSA_UNIT(unit.get(), bits, exponent), 0U);
         EXPECT_EQ(get_RSA_UNIT_kind(unit.get()), TLX_RSA_PRIVATE);
         const auto get = [&](TLX_RSA_NUMBER which) { return get_RSA_UNIT_number(unit.get(), which); };
-        EXPECT_EQ(get_BIGINT_bits(get(TLX_RSA_N)), c.bits);
-        EXPECT_EQ(get_BIGINT_word(get(TLX_RSA_E)), c.exponent);
+        EXPECT_EQ(get_BIGINT_bits(get(TLX_RSA_N)), bits);
+        EXPECT_EQ(get_BIGINT_word(get(TLX_RSA_E)), exponent);
         const Number value(new_BIGINT());
-        ASSERT_EQ(mul_BIGINT(value.get(), get(TLX_RSA_P), get(TLX_RSA_Q)), 0U);
-        EXPECT_EQ(cmp_BIGINT(value.get(), get(TLX_RSA_N)), 0) << "n = pq";
         ASSERT_EQ(mod_mul_BIGINT(value.get(), get(TLX_RSA_QINV), get(TLX_RSA_Q), get(TLX_RSA_P)), 0U);
         EXPECT_EQ(get_BIGINT_word(value.get()), 1U) << "qinv";
         // d = dp modulo p - 1, and likewise for q.
@@ -187,13 +186,13 @@ TEST(Rsa, GeneratesAndUsesKeysOfAnySize) {
         ASSERT_EQ(sign(unit, kSha256, kPkcs1, good), 0U);
         EXPECT_EQ(verify(unit, kSha256, kPkcs1, good), 0U);
         EXPECT_EQ(verify(unit, TLX_DIGEST_SHA1, kPkcs1, good), TLX_RSA_BAD_SIGNATURE);
-        if (c.bits % 8 == 0) continue;
+        if (bits % 8 == 0) continue;
         // The same value modulo n, in as many octets.
         ASSERT_EQ(add_BIGINT(value.get(), number(good).get(), get(TLX_RSA_N)), 0U);
         Octets raised(good.size());
         ASSERT_EQ(BIGINT_to_binary(value.get(), raised.data(), length(raised)), 0U);
         EXPECT_EQ(verify(unit, kSha256, kPkcs1, raised), TLX_RSA_BAD_SIGNATURE);
-        if (c.bits > 752) continue;
+        if (bits > 752) continue;
         EXPECT_EQ(verify(unit, TLX_DIGEST_SHA512, kPkcs1, good), TLX_RSA_BAD_SIGNATURE);
         EXPECT_EQ(sign(unit, TLX_DIGEST_SHA512, kPkcs1, good), 1U) << "no room for the DigestInfo";
     }
@@ -248,65 +247,61 @@ TEST(Rsa, RefusesNumbersThatMakeNoKey) {
     EXPECT_EQ(verify(Unit(new_RSA_UNIT()), TLX_DIGEST_SHA1, kPkcs1, Octets(128)), TLX_RSA_BAD_KEY);
 }
 
-TEST(Rsa, StreamsInAnyPieces) {
+TEST(Rsa, StreamsInItsOrder) {
     const LeakCheck leaks;
-    const Unit unit = private_unit(test_key());
+    const Unit owned = private_unit(test_key());
+    RSA_UNIT *unit = owned.get();
     Octets one_shot;
-    ASSERT_EQ(sign(unit, kSha256, kPkcs1, one_shot), 0U);
-    const auto feed = [&unit](std::uint32_t direction, std::size_t octets) {
-        ASSERT_EQ(init_RSASSA(unit.get(), kSha256, kPkcs1, direction), 0U);
+    ASSERT_EQ(sign(owned, kSha256, kPkcs1, one_shot), 0U);
+    const auto feed = [unit](std::uint32_t direction, std::size_t octets) {
+        ASSERT_EQ(init_RSASSA(unit, kSha256, kPkcs1, direction), 0U);
         for (std::size_t i = 0; i < octets; ++i)
-            ASSERT_EQ(update_RSASSA(unit.get(), &kData[i], 1), 0U);
+            ASSERT_EQ(update_RSASSA(unit, &kData[i], 1), 0U);
     };
-    Octets streamed(128);
-    std::uint32_t size = 0;
+    Octets made(128);
+    std::uint32_t size = 7;
+    EXPECT_EQ(update_RSASSA(unit, made.data(), 1), 1U) << "before init";
+    EXPECT_EQ(final_RSASSA(unit, made.data(), &size), 1U) << "before init";
+    EXPECT_EQ(size, 0U);
     feed(1, kData.size());
-    ASSERT_EQ(final_RSASSA(unit.get(), streamed.data(), &size), 0U);
+    EXPECT_EQ(verify_RSASSA(unit, one_shot.data(), 128), 1U) << "a signature is under way";
+    ASSERT_EQ(final_RSASSA(unit, made.data(), &size), 0U);
     EXPECT_EQ(size, 128U);
-    EXPECT_EQ(streamed, one_shot);
+    EXPECT_EQ(made, one_shot);
     feed(0, kData.size());
-    EXPECT_EQ(final_RSASSA(unit.get(), streamed.data(), &size), 0U);
+    EXPECT_EQ(final_RSASSA(unit, made.data(), &size), 0U);
     feed(0, kData.size());
-    EXPECT_EQ(verify_RSASSA(unit.get(), streamed.data(), size), 0U);
-    EXPECT_EQ(verify_RSASSA(unit.get(), streamed.data(), size), 1U) << "it has ended";
-    feed(0, kData.size() - 1);
-    EXPECT_EQ(final_RSASSA(unit.get(), streamed.data(), &size), TLX_RSA_BAD_SIGNATURE);
-    feed(0, 0);
-    EXPECT_EQ(final_RSASSA(unit.get(), streamed.data(), &size), TLX_RSA_BAD_SIGNATURE) << "an empty message";
+    EXPECT_EQ(verify_RSASSA(unit, made.data(), size), 0U);
+    EXPECT_EQ(verify_RSASSA(unit, made.data(), size), 1U) << "it has ended";
+    for (const std::size_t octets : {kData.size() - 1, std::size_t{0}}) {
+        feed(0, octets);
+        EXPECT_EQ(final_RSASSA(unit, made.data(), &size), TLX_RSA_BAD_SIGNATURE) << octets;
+    }
+    feed(1, 1);
+    ASSERT_EQ(set_private(unit, test_key().numbers), 0U);
+    EXPECT_EQ(update_RSASSA(unit, made.data(), 1), 1U) << "new numbers end what was under way";
 }
 
-TEST(Rsa, RefusesBadArgumentsAndOrder) {
+TEST(Rsa, RefusesBadArguments) {
     const LeakCheck leaks;
-    const Unit private_key = private_unit(test_key());
-    const Unit public_key = public_unit();
-    std::uint8_t out[256] = {};
-    std::uint32_t size = 7;
-    EXPECT_EQ(init_RSASSA(public_key.get(), TLX_DIGEST_SHA1, kPkcs1, 1), 1U) << "signing takes a private key";
-    EXPECT_EQ(init_RSASSA(public_key.get(), TLX_DIGEST_SHA1, 3, 0), 1U) << "no such mode";
-    EXPECT_EQ(init_RSASSA(public_key.get(), TLX_DIGEST_SHA1, kPkcs1, 2), 1U) << "no such direction";
-    EXPECT_EQ(init_RSASSA(public_key.get(), TLX_HMAC_SHA1, kPkcs1, 0), 1U) << "no digest";
-    EXPECT_EQ(init_RSASSA(public_key.get(), TLX_DIGEST_MDC2, kPkcs1, 0), 1U) << "no DigestInfo for it";
-    EXPECT_EQ(update_RSASSA(public_key.get(), out, 1), 1U) << "before init";
-    EXPECT_EQ(final_RSASSA(public_key.get(), out, &size), 1U) << "before init";
-    EXPECT_EQ(size, 0U);
-    ASSERT_EQ(init_RSASSA(private_key.get(), TLX_DIGEST_SHA1, kPkcs1, 1), 0U);
-    EXPECT_EQ(verify_RSASSA(private_key.get(), out, 128), 1U) << "a signature is under way";
-    EXPECT_EQ(final_RSASSA(private_key.get(), out, &size), 0U) << "still under way";
-    ASSERT_EQ(init_RSASSA(private_key.get(), TLX_DIGEST_SHA1, kPkcs1, 1), 0U);
-    ASSERT_EQ(set_private(private_key.get(), test_key().numbers), 0U);
-    EXPECT_EQ(update_RSASSA(private_key.get(), out, 1), 1U) << "new numbers end what was under way";
-
-    Octets signature;
-    EXPECT_EQ(sign(public_key, TLX_DIGEST_SHA1, kPkcs1, signature), 1U);
-    EXPECT_EQ(sign(private_key, 0x12345678, kPkcs1, signature), 1U);
+    const Unit owned = public_unit();
+    RSA_UNIT *unit = owned.get();
     const Number one = number("01");
-    EXPECT_EQ(set_RSA_UNIT_private(public_key.get(), one.get(), one.get(), one.get(), one.get(), nullptr,
-                                   nullptr, nullptr, nullptr),
+    EXPECT_EQ(init_RSASSA(unit, kSha256, kPkcs1, 1), 1U) << "signing takes a private key";
+    EXPECT_EQ(init_RSASSA(unit, kSha256, 3, 0), 1U) << "no such mode";
+    EXPECT_EQ(init_RSASSA(unit, kSha256, kPkcs1, 2), 1U) << "no such direction";
+    EXPECT_EQ(init_RSASSA(unit, TLX_HMAC_SHA1, kPkcs1, 0), 1U) << "no digest";
+    EXPECT_EQ(init_RSASSA(unit, TLX_DIGEST_MDC2, kPkcs1, 0), 1U) << "no DigestInfo for it";
+    Octets signature;
+    EXPECT_EQ(sign(owned, kSha256, kPkcs1, signature), 1U);
+    EXPECT_EQ(sign(private_unit(test_key()), 0x12345678, kPkcs1, signature), 1U);
+    EXPECT_EQ(set_RSA_UNIT_private(unit, one.get(), one.get(), one.get(), one.get(), nullptr, nullptr,
+                                   nullptr, nullptr),
               1U)
         << "one prime alone";
     for (const auto &[bits, e] : {std::pair(511U, 65537U), {16392U, 65537U}, {1024U, 1U}, {1024U, 65536U}})
-        EXPECT_EQ(gen_RSA_UNIT(public_key.get(), bits, e), 1U) << bits << ' ' << e;
-    EXPECT_EQ(get_RSA_length(public_key.get()), 128U) << "the failures left the unit as it was";
+        EXPECT_EQ(gen_RSA_UNIT(unit, bits, e), 1U) << bits << ' ' << e;
+    EXPECT_EQ(get_RSA_length(unit), 128U) << "the failures left the unit as it was";
 }
 
 TEST(Rsa, ComputesOnceForAllCopiesAndForgetsWhenTheNumbersChange) {
@@ -383,21 +378,21 @@ TEST(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
         SCOPED_TRACE(std::to_string(c.mode) + " " + c.scheme.digest);
         ASSERT_EQ(init_RSAES(encryptor.get(), c.mode, 0, c.digest_id), 0U);
         ASSERT_EQ(init_RSAES(decryptor.get(), c.mode, 1, c.digest_id), 0U);
-        const Octets message(c.most + 1, 0x5A);
-        const Octets fitting(c.most, 0x5A);
+        const Octets message(c.most, 0x5A);
         Octets sealed(128);
         std::uint32_t size = 0;
-        EXPECT_EQ(encrypt_RSAES(encryptor.get(), sealed.data(), &size, message.data(), length(message)), 1U);
-        ASSERT_EQ(encrypt_RSAES(encryptor.get(), sealed.data(), &size, message.data(), length(fitting)), 0U);
+        EXPECT_EQ(encrypt_RSAES(encryptor.get(), sealed.data(), &size, sealed.data(), length(message) + 1),
+                  1U);
+        ASSERT_EQ(encrypt_RSAES(encryptor.get(), sealed.data(), &size, message.data(), length(message)), 0U);
         EXPECT_EQ(size, 128U);
-        EXPECT_EQ(peer::rsa_decrypt(test_key(), c.scheme, sealed), fitting);
+        EXPECT_EQ(peer::rsa_decrypt(test_key(), c.scheme, sealed), message);
 
         Octets opened(c.most);
         const auto open = [&](const Unit &unit, const Octets &ciphertext, std::size_t room) {
             size = static_cast<std::uint32_t>(room);
             return decrypt_RSAES(unit.get(), opened.data(), &size, ciphertext.data(), length(ciphertext));
         };
-        const Octets theirs = peer::rsa_encrypt(test_key(), c.scheme, fitting);
+        const Octets theirs = peer::rsa_encrypt(test_key(), c.scheme, message);
         // 1 decrypts to 1, which has no padding.
         Octets unpadded(128);
         unpadded.back() = 1;
@@ -409,7 +404,7 @@ TEST(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
         EXPECT_EQ(opened, Octets(c.most)) << "nothing is written";
         EXPECT_EQ(open(decryptor, theirs, c.most), 0U);
         EXPECT_EQ(size, c.most);
-        EXPECT_EQ(opened, fitting);
+        EXPECT_EQ(opened, message);
     }
     EXPECT_EQ(init_RSAES(encryptor.get(), TLX_RSAES_MODE_PKCS1, 1, 0), 1U) << "it takes a private key";
     EXPECT_EQ(init_RSAES(encryptor.get(), 1, 0, 0), 1U) << "no such mode";

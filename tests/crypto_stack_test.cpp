@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -19,14 +20,9 @@ std::vector<void *> values_of(const STACK *stack) {
     return values;
 }
 
-void *new_value(int value) {
-    auto *copy = static_cast<int *>(tlx_malloc(sizeof(int), __FILE__, __LINE__));
-    if (copy != nullptr) *copy = value;
-    return copy;
-}
-
 void *dup_value(const void *value) {
-    return new_value(*static_cast<const int *>(value));
+    void *copy = tlx_malloc(sizeof(int), __FILE__, __LINE__);
+    return copy == nullptr ? nullptr : std::memcpy(copy, value, sizeof(int));
 }
 
 TEST(Stack, BehavesAsAVector) {
@@ -75,7 +71,7 @@ TEST(Stack, CopiesAndFreesValues) {
     const LeakCheck leaks;
     STACK *stack = new_STACK();
     for (int value = 0; value < 10; ++value)
-        push_STACK_value(stack, value == 4 ? nullptr : new_value(value));
+        push_STACK_value(stack, value == 4 ? nullptr : dup_value(&value));
     const unsigned failures = tlx_test::sweep_failing_allocations([stack] {
         STACK *copy = dup_STACK_values(stack, dup_value, tlx_free);
         if (copy == nullptr) return false;

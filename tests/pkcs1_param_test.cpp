@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "keys/pkcs1.hpp"
 #include "support/allocation.hpp"
@@ -48,12 +49,6 @@ std::int32_t row(const char *name) {
     return static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid(name).get()));
 }
 
-std::string name_of(const X509_ALGO_IDENTIFIER *algorithm) {
-    return algorithm == nullptr
-               ? "null"
-               : sn_from_index(static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(algorithm->algorithm)));
-}
-
 std::string der_of(const Pss &param) {
     ASN1_UNIT *out = nullptr;
     EXPECT_EQ(RSASSA_PSS_PARAM_to_Seq(param.get(), &out), 0U);
@@ -83,8 +78,9 @@ Oaep oaep_sha256() {
     return param;
 }
 
-/// The element right after the first occurrence of `mark`.
-tlx_test::Node element_after(const std::string &der, const tlx_test::Octets &mark) {
+/// The element right after the first occurrence of a mark.
+tlx_test::Node element_after(const std::string &der, std::string_view digits) {
+    const tlx_test::Octets mark = tlx_test::hex(digits);
     const std::size_t at = der.find(std::string(mark.begin(), mark.end())) + mark.size();
     return tlx_test::Node(decodeToDERSequence_n(reinterpret_cast<const std::uint8_t *>(der.data()) + at,
                                                 static_cast<std::uint32_t>(der.size() - at)));
@@ -220,11 +216,8 @@ TEST_F(Params, OfOpensslAreRead) {
         "openssl pkey -in key.pem -pubout -outform DER -out public.der");
     const Pss pss(new_RSASSA_PSS_PARAM());
     RSASSA_PSS_PARAM *out = pss.get();
-    const tlx_test::Node node =
-        element_after(folder.read("public.der"), tlx_test::hex("06 09 2A 86 48 86 F7 0D 01 01 0A"));
+    const tlx_test::Node node = element_after(folder.read("public.der"), "06 09 2A 86 48 86 F7 0D 01 01 0A");
     ASSERT_EQ(Seq_to_RSASSA_PSS_PARAM(node.get(), &out), 0U);
-    EXPECT_EQ(name_of(pss->hashAlgorithm), "SHA256");
-    EXPECT_EQ(name_of(pss->maskGenAlgorithm), "id-mgf1");
     EXPECT_EQ(get_BIGINT_word(pss->saltLength), 32U);
     EXPECT_EQ(der_of(pss), hex_of(node.get()));
 
@@ -236,10 +229,8 @@ TEST_F(Params, OfOpensslAreRead) {
     const Oaep oaep(new_RSAES_OAEP_PARAM());
     RSAES_OAEP_PARAM *out_oaep = oaep.get();
     const tlx_test::Node oaep_node =
-        element_after(folder.read("message.der"), tlx_test::hex("06 09 2A 86 48 86 F7 0D 01 01 07"));
+        element_after(folder.read("message.der"), "06 09 2A 86 48 86 F7 0D 01 01 07");
     ASSERT_EQ(Seq_to_RSAES_OAEP_PARAM(oaep_node.get(), &out_oaep), 0U);
-    EXPECT_EQ(name_of(oaep->hashAlgorithm), "SHA512");
-    EXPECT_EQ(name_of(oaep->pSourceAlgorithm), "id-pSpecified");
     EXPECT_EQ(hex_of(oaep->pSourceAlgorithm->parameters), "04 03 61 62 63");
     EXPECT_EQ(der_of(oaep), hex_of(oaep_node.get()));
 }

@@ -111,20 +111,14 @@ Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Oc
               const Octets &data) {
     const Owned<EVP_CIPHER> algorithm(EVP_CIPHER_fetch(library(), name.c_str(), nullptr));
     const Owned<EVP_CIPHER_CTX> context(EVP_CIPHER_CTX_new());
-    if (EVP_CipherInit_ex(context.get(), algorithm.get(), nullptr, nullptr, nullptr, encrypt ? 1 : 0) != 1 ||
-        EVP_CIPHER_CTX_set_key_length(context.get(), static_cast<int>(key.size())) != 1 ||
-        EVP_CipherInit_ex(context.get(), nullptr, nullptr, key.data(), iv.empty() ? nullptr : iv.data(),
-                          -1) != 1) {
-        return {};
-    }
+    EVP_CipherInit_ex(context.get(), algorithm.get(), nullptr, nullptr, nullptr, encrypt ? 1 : 0);
+    EVP_CIPHER_CTX_set_key_length(context.get(), static_cast<int>(key.size()));
+    EVP_CipherInit_ex(context.get(), nullptr, nullptr, key.data(), iv.data(), -1);
     Octets out(data.size() + EVP_MAX_BLOCK_LENGTH);
     int length = 0;
     int last = 0;
-    if (EVP_CipherUpdate(context.get(), out.data(), &length, data.data(), static_cast<int>(data.size())) !=
-            1 ||
-        EVP_CipherFinal_ex(context.get(), out.data() + length, &last) != 1) {
-        return {};
-    }
+    EVP_CipherUpdate(context.get(), out.data(), &length, data.data(), static_cast<int>(data.size()));
+    if (EVP_CipherFinal_ex(context.get(), out.data() + length, &last) != 1) return {};
     out.resize(static_cast<std::size_t>(length + last));
     return out;
 }
