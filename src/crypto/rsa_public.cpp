@@ -92,8 +92,9 @@ u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexc
     const u32 length = get_RSA_length(&unit);
     u8 modulus[kMostOctets];
     u8 message[kMostOctets];
-    if (signature.size() != length || !encode_message(digest_info, message, length))
+    if (signature.size() != length || !encode_message(digest_info, message, length)) {
         return TLX_RSA_BAD_SIGNATURE;
+    }
     // RFC 8017, section 5.2.2: a signature representative is below the modulus.
     BIGINT_to_binary(unit.numbers[TLX_RSA_N], modulus, length);
     if (std::memcmp(signature.data(), modulus, length) >= 0) return TLX_RSA_BAD_SIGNATURE;
@@ -103,8 +104,9 @@ u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexc
     const Bignum expected(BN_bin2bn(message, static_cast<int>(length), nullptr));
     if (scratch == nullptr || value == nullptr || expected == nullptr) return 1;
     BN_MONT_CTX *const montgomery = prepared_modulus(unit, scratch.get());
-    if (montgomery == nullptr || !raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get()))
+    if (montgomery == nullptr || !raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get())) {
         return 1;
+    }
     return BN_cmp(value.get(), expected.get()) == 0 ? 0 : TLX_RSA_BAD_SIGNATURE;
 }
 

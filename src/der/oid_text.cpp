@@ -12,10 +12,12 @@ constexpr std::size_t kMostArcOctets = 5;
 
 u8 *write_arc(u8 *out, u32 arc) noexcept {
     int shift = 28;
-    while (shift > 0 && (arc >> shift) == 0)
+    while (shift > 0 && (arc >> shift) == 0) {
         shift -= 7;
-    for (; shift > 0; shift -= 7)
+    }
+    for (; shift > 0; shift -= 7) {
         *out++ = static_cast<u8>(kContinues | ((arc >> shift) & 0x7FU));
+    }
     *out++ = static_cast<u8>(arc & 0x7FU);
     return out;
 }

@@ -92,8 +92,9 @@ Place IssuerSearch::scan(const AUTHORITY_KEYID &wanted) const noexcept {
 Place IssuerSearch::look_up(const AUTHORITY_KEYID &wanted) noexcept {
     Place place = kNoPlace;
     if (wanted.keyIdentifier != nullptr) place = look_up_key(octets_of(wanted.keyIdentifier));
-    if (wanted.authorityCertSerialNumber != nullptr)
+    if (wanted.authorityCertSerialNumber != nullptr) {
         place = earlier(place, look_up(by_serial_, wanted.authorityCertSerialNumber));
+    }
     if (issuer_name(wanted) != nullptr) place = earlier(place, look_up(by_subject_, issuer_name(wanted)));
     return place;
 }

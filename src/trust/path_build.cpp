@@ -44,8 +44,9 @@ u32 build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X50
         if (self_issued) break;
 
         Element identifier;
-        if (!read_extension(find_extension(current, extension_id::kAuthorityKeyIdentifier), identifier))
+        if (!read_extension(find_extension(current, extension_id::kAuthorityKeyIdentifier), identifier)) {
             return 0x53050047;
+        }
         const auto wanted = decode_record<AUTHORITY_KEYID>(identifier);
         const X509_CERT *issuer = wanted ? issuers.find(*wanted) : nullptr;
         if (issuers.failed()) return 0x5305003C;

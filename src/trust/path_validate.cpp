@@ -59,8 +59,9 @@ u32 apply_policy_constraints(const X509_CERT *cert, State &state) noexcept {
 u32 apply_inhibit_any_policy(const X509_CERT *cert, State &state) noexcept {
     if (!has_extensions(cert)) return 0x530D002B;
     Bytes contents;
-    if (!read_extension(find_extension(cert, extension_id::kInhibitAnyPolicy), TLX_TAG_INTEGER, contents))
+    if (!read_extension(find_extension(cert, extension_id::kInhibitAnyPolicy), TLX_TAG_INTEGER, contents)) {
         return 0;
+    }
     const Owned<BIGINT> skip(decode_integer(contents));
     lower_to(state.inhibit_any_policy, skip.get());
     return 0;

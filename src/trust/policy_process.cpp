@@ -193,8 +193,9 @@ Intersection intersect_policies(node_LIST *list, OBJECT_IDENTIFIERS *user) noexc
     };
     const u32 count = get_STACK_count(user);
     u32 compared = 0;
-    while (compared < count && text_of(policy_at(compared)) != kAnyPolicy)
+    while (compared < count && text_of(policy_at(compared)) != kAnyPolicy) {
         ++compared;
+    }
     const bool any_policy = compared < count;
     if (!any_policy) {
         PolicySet accepted;
@@ -206,8 +207,9 @@ Intersection intersect_policies(node_LIST *list, OBJECT_IDENTIFIERS *user) noexc
             return !kept;
         });
     }
-    for (u32 i = 0; i < compared; ++i)
+    for (u32 i = 0; i < compared; ++i) {
         free_OBJECT_IDENTIFIER(policy_at(i));
+    }
     if (compared > 0) {
         std::copy(user->values + compared, user->values + count, user->values);
         user->count = count - compared;

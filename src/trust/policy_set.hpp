@@ -18,8 +18,9 @@ class PolicySet {
     [[nodiscard]] bool build(u32 count, IdentifierAt identifier_at) noexcept {
         entries_.reset(static_cast<Entry *>(TLX_ALLOCATE(count * sizeof(Entry))));
         if (!entries_) return false;
-        for (u32 i = 0; i < count; ++i)
+        for (u32 i = 0; i < count; ++i) {
             entries_.get()[i] = {text_of(identifier_at(i)), i};
+        }
         count_ = count;
         sort();
         return true;

@@ -36,8 +36,9 @@ node_LIST *append_level(node_LIST *deepest, u32 depth) noexcept {
 }
 
 node_LIST *deepest_level(node_LIST *list) noexcept {
-    while (list->next != nullptr)
+    while (list->next != nullptr) {
         list = list->next;
+    }
     return list;
 }
 
@@ -141,8 +142,9 @@ void remove_node_LIST(node_LIST *list, uint32_t n) {
         return;
     }
     node_LIST *above = list;
-    while (above != nullptr && --n > 0)
+    while (above != nullptr && --n > 0) {
         above = above->next;
+    }
     if (above == nullptr) return;
     free_node_LIST(above->next);
     above->next = nullptr;
@@ -151,8 +153,9 @@ void remove_node_LIST(node_LIST *list, uint32_t n) {
 uint32_t get_count_from_node_LIST(const node_LIST *list) {
     if (list == nullptr || list->depth < 0) return 0;
     u32 count = 0;
-    for (; list != nullptr; list = list->next)
+    for (; list != nullptr; list = list->next) {
         ++count;
+    }
     return count;
 }
 

@@ -20,7 +20,7 @@ node_LIST *deepest_level(node_LIST *list) noexcept;
 /// Extends the tree below `deepest`, which becomes the new level, for a certificate with this
 /// certificatePolicies extension (null for none), and prunes the level above it. A status of
 /// validate_certpath.
-[[nodiscard]] u32 process_policies(node_LIST *&deepest, const X509_EXTENSION *policies) noexcept;
+[[nodiscard]] u32 process_policies(node_LIST *&deepest, const X509_EXTENSION *extension) noexcept;
 
 /// What intersect_policies leads to.
 enum class Intersection : u8 { done, accepted_as_it_stands, no_memory };

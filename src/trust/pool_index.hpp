@@ -67,8 +67,9 @@ class PoolIndex {
             Value own{};
             if (each.place == kNoPlace) return each;
             if (each.hash != hash) continue;
-            if (Property::get(certificate_at(pool_, each.place), own) && Property::equal(own, value))
+            if (Property::get(certificate_at(pool_, each.place), own) && Property::equal(own, value)) {
                 return each;
+            }
         }
     }
     /// Of several certificates with the same value the first stays.

@@ -25,16 +25,18 @@ class SipHash {
         word_ = 0;
     }
     void add(Bytes octets) noexcept {
-        for (const u8 octet : octets)
+        for (const u8 octet : octets) {
             add(octet);
+        }
     }
     /// The hash of what was added so far; more may be added after it.
     [[nodiscard]] u64 value() const noexcept {
         SipHash end = *this;
         end.absorb(word_ | u64{size_} << 56);
         end.v_[2] ^= 0xFF;
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             end.mix();
+        }
         return end.v_[0] ^ end.v_[1] ^ end.v_[2] ^ end.v_[3];
     }
 
