@@ -6,87 +6,73 @@
 #include "support/korean_peer.hpp"
 #include "support/strings.hpp"
 
+namespace tlx_test {
 namespace {
 
 using namespace std::string_literals;
-using tlx_test::make_string;
-using tlx_test::StringRecord;
 
 std::string pair_of(std::uint32_t value) {
     return {static_cast<char>(value >> 8), static_cast<char>(value)};
 }
 
-template <std::uint32_t (*Convert)(const ASN1_STRING *, char **)>
-std::string from_record(const ASN1_STRING *record) {
+template <std::uint32_t (*Convert)(const ASN1_STRING *, char **), std::int32_t Type>
+std::string from_record(const std::string &octets) {
     char *text = nullptr;
-    const std::uint32_t size = Convert(record, &text);
+    const std::uint32_t size = Convert(make_string(Type, octets).get(), &text);
     EXPECT_EQ(text == nullptr, size == 0);
-    return tlx_test::take(text, size);
+    return take(text, size);
 }
-std::string from_bmp(const std::string &units) {
-    return from_record<bmpToCP949>(make_string(30, units).get());
-}
-std::string from_utf8(const std::string &octets) {
-    return from_record<utf8ToCP949>(make_string(12, octets).get());
-}
+constexpr auto from_bmp = from_record<bmpToCP949, TLX_TAG_BMP_STRING>;
+constexpr auto from_utf8 = from_record<utf8ToCP949, TLX_TAG_UTF8_STRING>;
 
 template <std::uint32_t (*Convert)(const char *, ASN1_STRING **), std::int32_t Type>
-std::string to_record(const char *text) {
+std::string to_record(const std::string &text) {
     ASN1_STRING *made = nullptr;
-    const std::uint32_t size = Convert(text, &made);
+    const std::uint32_t size = Convert(text.c_str(), &made);
     const StringRecord record(made);
     EXPECT_EQ(size, record ? static_cast<std::uint32_t>(record->length) : 0U);
     if (record) {
         EXPECT_EQ(record->type, Type);
         EXPECT_EQ(record->data[size], 0);
     }
-    return tlx_test::octets(record.get());
+    return octets(made);
 }
 constexpr auto to_bmp = to_record<cp949ToBMP, TLX_TAG_BMP_STRING>;
 constexpr auto to_utf8 = to_record<cp949ToUTF8, TLX_TAG_UTF8_STRING>;
 
-class ConvertTest : public ::testing::Test {
-    tlx_test::LeakCheck leaks_;
-};
-
-TEST_F(ConvertTest, KnowsThePlaneOfTheSystem) {
+TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
+    const LeakCheck leaks;
+    const auto in_plane = [](std::uint32_t pair) {
+        return pair >= 0xA1A1 && pair <= 0xFDFE && (pair & 0xFF) >= 0xA1 && (pair & 0xFF) <= 0xFE;
+    };
     unsigned characters = 0;
-    for (std::uint32_t pair = 0; pair < 0x10000; ++pair) {
-        const auto lead = static_cast<std::uint8_t>(pair >> 8);
-        const auto trail = static_cast<std::uint8_t>(pair);
-        const bool in_plane = lead >= 0xA1 && lead <= 0xFD && trail >= 0xA1 && trail <= 0xFE;
-        const std::uint32_t code_point = cp949ToUnicode(lead, trail);
+    for (std::uint32_t value = 0; value < 0x10000; ++value) {
+        const std::uint32_t code_point =
+            cp949ToUnicode(static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value));
         const std::string found = code_point == 0 ? "" : pair_of(code_point);
-        ASSERT_EQ(found, in_plane ? tlx_test::korean::euc_to_utf16(pair_of(pair)) : "") << std::hex << pair;
+        ASSERT_EQ(found, in_plane(value) ? korean::euc_to_utf16(pair_of(value)) : "") << std::hex << value;
         characters += found.empty() ? 0U : 1U;
-    }
-    EXPECT_EQ(characters, 8227U);
-    EXPECT_EQ(cp949ToUnicode(0xA1, 0xA1), 0x3000U);
-    EXPECT_EQ(cp949ToUnicode(0xA1, 0xA4), 0x00B7U);
-}
 
-TEST_F(ConvertTest, KnowsTheWayBack) {
-    const auto in_both_octets = [](char octet) { return static_cast<unsigned char>(octet) >= 0xA1; };
-    for (std::uint32_t code_point = 0; code_point < 0x10000; ++code_point) {
-        const std::string euc = tlx_test::korean::utf16_to_euc(pair_of(code_point));
         // A system also takes U+20A9, which the plane has in full width only, and what lies outside the
         // plane.
-        const bool in_plane = euc.size() == 2 && in_both_octets(euc[0]) && in_both_octets(euc[1]) &&
-                              tlx_test::korean::euc_to_utf16(euc) == pair_of(code_point);
-        ASSERT_EQ(tlx_test::take(unicodeToCP949(code_point), 2), in_plane ? euc : "(null)")
-            << std::hex << code_point;
+        const std::string euc = korean::utf16_to_euc(pair_of(value));
+        const bool known = euc.size() == 2 && static_cast<std::uint8_t>(euc[0]) >= 0xA1 &&
+                           static_cast<std::uint8_t>(euc[1]) >= 0xA1 &&
+                           korean::euc_to_utf16(euc) == pair_of(value);
+        ASSERT_EQ(take(unicodeToCP949(value), 2), known ? euc : "(null)") << std::hex << value;
     }
+    EXPECT_EQ(characters, 8227U);
+    EXPECT_EQ(cp949ToUnicode(0xA1, 0xA4), 0x00B7U);
     for (const std::uint32_t code_point : {0x10000U, 0x13000U, 0x1AC00U, 0xFFFF3000U})
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
 }
 
-TEST_F(ConvertTest, ConvertsBmpText) {
-    EXPECT_EQ(from_bmp("\0A"s), "A");
+TEST(Convert, BmpText) {
+    const LeakCheck leaks;
     EXPECT_EQ(from_bmp("\xAC\x00\0!\xD5\x58"s), "\xB0\xA1!\xC7\xCF");
     EXPECT_EQ(from_bmp("\x7F\xFC\x80\x00"s), "|\xE9\xA5") << "both Hanja of the plane";
     // Below U+8000 the low octet is all that counts, even of a character that the table has.
     EXPECT_EQ(from_bmp("\x30\x00"s), "\0"s);
-    EXPECT_EQ(from_bmp("\x4E\x7E"s), "~");
     EXPECT_EQ(from_bmp("\x00\xC1"s), "A");
     EXPECT_EQ(from_bmp("\0A\xAC\x02"s), "(null)") << "Hangul outside the plane";
     EXPECT_EQ(from_bmp("\0A\xAC"s), "(null)") << "half a unit";
@@ -96,34 +82,22 @@ TEST_F(ConvertTest, ConvertsBmpText) {
     EXPECT_EQ(bmpToCP949(make_string(30, "\0A"s).get(), nullptr), 0U);
 }
 
-TEST_F(ConvertTest, ConvertsUtf8Text) {
-    EXPECT_EQ(from_utf8("A~"), "A~");
-    EXPECT_EQ(from_utf8("\xEA\xB0\x80!\xE3\x80\x80"), "\xB0\xA1!\xA1\xA1");
+TEST(Convert, Utf8Text) {
+    const LeakCheck leaks;
+    EXPECT_EQ(from_utf8("A\xEA\xB0\x80!\xE3\x80\x80"), "A\xB0\xA1!\xA1\xA1");
     // Sequences of two and four octets leave two zero octets, even when the table has the character.
     EXPECT_EQ(from_utf8("caf\xC3\xA9s"), "caf\0\0s"s);
     EXPECT_EQ(from_utf8("\xC2\xB7"), "\0\0"s);
     EXPECT_EQ(from_utf8("x\xF0\x9F\x98\x80y"), "x\0\0y"s);
-    const char *bad[] = {"",
-                         "\xEA\xB0\x82",  // Hangul outside the plane
-                         "\xEA\xB0",
-                         "A\xC3",
-                         "\xF0\x9F\x98",  // truncated
-                         "\x80",
-                         "\xC3(",
-                         "\xEA\xB0(",  // no lead, no continuation
-                         "\xC0\x80",
-                         "\xC1\xBF",
-                         "\xE0\x82\xB7",
-                         "\xF0\x83\x80\x80",  // overlong
-                         "\xED\xA0\x80",
-                         "\xF4\x90\x80\x80",
-                         "\xF8\x88\x80\x80\x80",
-                         "\xFF"};
-    for (const char *text : bad)
+    // Hangul outside the plane; truncated; no lead, no continuation; overlong; no code points.
+    for (const char *text : {"\xEA\xB0\x82", "\xEA\xB0", "A\xC3", "\xF0\x9F\x98", "\x80", "\xC3(",
+                             "\xEA\xB0(", "\xC0\x80", "\xC1\xBF", "\xE0\x82\xB7", "\xF0\x83\x80\x80",
+                             "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF", ""})
         EXPECT_EQ(from_utf8(text), "(null)") << testing::PrintToString(text);
 }
 
-TEST_F(ConvertTest, ConvertsFromKoreanText) {
+TEST(Convert, KoreanText) {
+    const LeakCheck leaks;
     EXPECT_EQ(to_bmp("A\xB0\xA1!\xA1\xA4"), "\0A\xAC\x00\0!\x00\xB7"s);
     EXPECT_EQ(to_utf8("A\xB0\xA1!\xA1\xA4\xA2\xE6"), "A\xEA\xB0\x80!\xC2\xB7\xE2\x82\xAC");
     // A lead octet alone, pairs outside the plane, an empty place.
@@ -131,12 +105,13 @@ TEST_F(ConvertTest, ConvertsFromKoreanText) {
         EXPECT_EQ(to_bmp(bad), "(null)") << testing::PrintToString(bad);
         EXPECT_EQ(to_utf8(bad), "(null)") << testing::PrintToString(bad);
     }
-    EXPECT_EQ(to_bmp(nullptr), "(null)");
+    EXPECT_EQ(cp949ToBMP(nullptr, nullptr), 0U);
 }
 
-TEST_F(ConvertTest, WidensAndNarrows) {
-    const auto widen = [](const std::string &text) { return tlx_test::call(ascTouni, text); };
-    const auto narrow = [](const std::string &units) { return tlx_test::call(uniToasc, units); };
+TEST(Convert, WidensNarrowsAndReadsHexadecimal) {
+    const LeakCheck leaks;
+    const auto widen = [](const std::string &text) { return call(ascTouni, text); };
+    const auto narrow = [](const std::string &units) { return call(uniToasc, units); };
     EXPECT_EQ(widen("Beavis"), "\0B\0e\0a\0v\0i\0s\0\0"s) << "RFC 7292, appendix B.1";
     EXPECT_EQ(widen(""), "\0\0"s);
     EXPECT_EQ(widen("\xE9"), "\0\xE9\0\0"s);
@@ -149,30 +124,30 @@ TEST_F(ConvertTest, WidensAndNarrows) {
     EXPECT_EQ(ascTouni(nullptr, 0, &units), 0U);
     EXPECT_EQ(ascTouni("a", 0x7FFFFFFF, &units), 0U);
     EXPECT_EQ(units, nullptr);
+
+    EXPECT_EQ(call(hexToASCII, "414a6B00Ff"s), "AJk\0\xFF"s);
+    for (const std::string &bad : {""s, "414"s, "4g"s, "0x41"s})
+        EXPECT_EQ(call(hexToASCII, bad), "(null)") << bad;
 }
 
-TEST_F(ConvertTest, ReadsHexadecimal) {
-    EXPECT_EQ(tlx_test::call(hexToASCII, "414a6B00Ff"s), "AJk\0\xFF"s);
-    for (const char *bad : {"", "4", "414", "4g", "4 ", "0x41"})
-        EXPECT_EQ(tlx_test::call(hexToASCII, std::string(bad)), "(null)") << bad;
-}
-
-TEST_F(ConvertTest, SurvivesFailingAllocations) {
-    const auto sweep = [](auto convert, const auto &in, const std::string &expected) {
-        return tlx_test::sweep_failing_allocations([&] {
-            const std::string result = convert(in);
-            EXPECT_TRUE(result == expected || result == "(null)");
-            return result == expected;
-        });
+TEST(Convert, FailingAllocations) {
+    // Those of the record that a text is converted from count too.
+    const auto sweep = [](auto convert, const std::string &in, const std::string &expected,
+                          unsigned failures) {
+        EXPECT_EQ(sweep_failing_allocations([&] {
+                      const std::string result = convert(in);
+                      EXPECT_TRUE(result == expected || result == "(null)");
+                      return result == expected;
+                  }),
+                  failures);
     };
-    const StringRecord utf8 = make_string(12, "\xEA\xB0\x80");
-    const StringRecord bmp = make_string(30, "\xAC\x00"s);
-    EXPECT_EQ(sweep(from_record<utf8ToCP949>, utf8.get(), "\xB0\xA1"), 1U);
-    EXPECT_EQ(sweep(from_record<bmpToCP949>, bmp.get(), "\xB0\xA1"), 1U);
-    EXPECT_EQ(sweep(to_bmp, "\xB0\xA1", "\xAC\x00"s), 2U);
-    EXPECT_EQ(sweep(to_utf8, "\xB0\xA1", "\xEA\xB0\x80"), 2U);
-    EXPECT_EQ(sweep([](const std::string &text) { return tlx_test::call(ascTouni, text); }, "a"s, "\0a\0\0"s),
-              1U);
+    sweep(from_utf8, "\xEA\xB0\x80", "\xB0\xA1", 3);
+    sweep(from_bmp, "\xAC\x00"s, "\xB0\xA1", 3);
+    sweep(to_bmp, "\xB0\xA1", "\xAC\x00"s, 2);
+    sweep(to_utf8, "\xB0\xA1", "\xEA\xB0\x80", 2);
+    sweep([](const std::string &text) { return call(ascTouni, text); }, "a", "\0a\0\0"s, 1);
+    sweep([](const std::string &units) { return call(uniToasc, units); }, "\0a"s, "a", 1);
 }
 
 }  // namespace
+}  // namespace tlx_test
