@@ -5,42 +5,32 @@
 #include "support/allocation.hpp"
 #include "support/strings.hpp"
 
+namespace tlx_test {
 namespace {
 
-using tlx_test::make_string;
-using Curve = std::unique_ptr<ECURVE, tlx_test::Freer<ECURVE, free_ECURVE>>;
-
-class CurveTest : public ::testing::Test {
-    tlx_test::LeakCheck leaks_;
-};
-
-TEST_F(CurveTest, TellsTheVersion) {
+TEST(Curves, Prime256v1) {
     EXPECT_STREQ(get_PkiVersion(), "5.1.42");
-}
-
-TEST_F(CurveTest, FillsPrime256v1) {
-    const auto hex = [](const BIGINT *number) { return tlx_test::take(BIGINT_to_hex(number), 64); };
-    ECURVE *made = nullptr;
-    ASSERT_EQ(set_ECURVE_from_list(&made, 415), 0U);
-    const Curve curve(made);
+    const LeakCheck leaks;
+    const auto hex = [](const BIGINT *number) { return take(BIGINT_to_hex(number), 64); };
+    ECURVE *curve = nullptr;
+    ASSERT_EQ(set_ECURVE_from_list(&curve, 415), 0U);
+    const std::unique_ptr<ECURVE, Freer<ECURVE, free_ECURVE>> owner(curve);
     EXPECT_EQ(curve->id, 0);
-    EXPECT_STREQ(curve->name, "prime256v1");
     // SEC 2, section 2.4.2.
     EXPECT_EQ(hex(curve->a), "FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFC");
     EXPECT_EQ(hex(curve->b), "5AC635D8AA3A93E7B3EBBD55769886BC651D06B0CC53B0F63BCE3C3E27D2604B");
     EXPECT_EQ(hex(curve->p), "FFFFFFFF00000001000000000000000000000000FFFFFFFFFFFFFFFFFFFFFFFF");
     EXPECT_EQ(hex(curve->order), "FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551");
     EXPECT_EQ(hex(curve->base->x), "6B17D1F2E12C4247F8BCE6E563A440F277037D812DEB33A0F4A13945D898C296");
-    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve->base, curve.get()), 1);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve->base, curve), 1);
 
-    ECURVE *own = new_ECURVE();
-    const Curve filled(own);
-    EXPECT_EQ(set_ECURVE_from_list_ex(&own, make_string(6, "1.2.840.10045.3.1.7").get()), 0U);
-    EXPECT_EQ(own, filled.get()) << "the caller's curve is filled";
-    EXPECT_STREQ(own->name, "prime256v1");
+    EXPECT_EQ(set_ECURVE_from_list_ex(&curve, make_string(6, "1.2.840.10045.3.1.7").get()), 0U);
+    EXPECT_EQ(curve, owner.get()) << "the caller's curve is filled";
+    EXPECT_STREQ(curve->name, "prime256v1");
 }
 
-TEST_F(CurveTest, RefusesOtherCurves) {
+TEST(Curves, OthersAreRefused) {
+    const LeakCheck leaks;
     ECURVE *curve = nullptr;
     for (const std::uint32_t index : {416U, 0U, 0xFFFFFFFFU})
         EXPECT_EQ(set_ECURVE_from_list(&curve, index), 1U) << index;
@@ -50,21 +40,21 @@ TEST_F(CurveTest, RefusesOtherCurves) {
     EXPECT_EQ(curve, nullptr);
 }
 
-TEST_F(CurveTest, FindsIdentifiersByName) {
+TEST(Curves, IdentifiersByName) {
+    const LeakCheck leaks;
     OBJECT_IDENTIFIER *oid = make_string(6, "1.2.3").release();
-    for (const char *unknown : {"secp384r1", "prime256v", "prime256v11", "PRIME256V1", ""}) {
+    for (const char *unknown : {"secp384r1", "prime256v", "prime256v11", "PRIME256V1", ""})
         EXPECT_EQ(get_ECURVE_OID_from_name(&oid, unknown), 1U) << unknown;
-        EXPECT_EQ(tlx_test::octets(oid), "1.2.3");
-    }
     EXPECT_EQ(get_ECURVE_OID_from_name(&oid, nullptr), 1U);
     EXPECT_EQ(get_ECURVE_OID_from_name(nullptr, "prime256v1"), 1U);
+    EXPECT_EQ(octets(oid), "1.2.3");
     EXPECT_EQ(get_ECURVE_OID_from_name(&oid, "prime256v1"), 0U);
-    EXPECT_EQ(tlx_test::octets(oid), "1.2.840.10045.3.1.7");
+    EXPECT_EQ(octets(oid), "1.2.840.10045.3.1.7");
     free_OBJECT_IDENTIFIER(oid);
 }
 
-TEST_F(CurveTest, SurvivesFailingAllocations) {
-    tlx_test::sweep_failing_allocations([] {
+TEST(Curves, FailingAllocations) {
+    sweep_failing_allocations([] {
         ECURVE *curve = nullptr;
         OBJECT_IDENTIFIER *oid = nullptr;
         const std::uint32_t filled = set_ECURVE_from_list(&curve, 415);
@@ -78,3 +68,4 @@ TEST_F(CurveTest, SurvivesFailingAllocations) {
 }
 
 }  // namespace
+}  // namespace tlx_test
