@@ -2,16 +2,14 @@
 #include <tlxpki/asn1.h>
 #include <tlxpki/pem.h>
 
-#include <filesystem>
-#include <fstream>
 #include <vector>
 
 #include "support/allocation.hpp"
+#include "support/command.hpp"
 #include "support/strings.hpp"
 
+namespace tlx_test {
 namespace {
-
-using tlx_test::make_string;
 
 /// From a block of exactly that size, which a sanitizer guards.
 std::string decode(const std::string &pem) {
@@ -19,7 +17,11 @@ std::string decode(const std::string &pem) {
     std::uint8_t *der = nullptr;
     const std::uint32_t size = decode_PEM(block.data(), static_cast<std::int32_t>(block.size()), &der);
     EXPECT_EQ(der == nullptr, size == 0);
-    return tlx_test::take(der, size);
+    return take(der, size);
+}
+
+std::string wrapped(const std::string &base64) {
+    return "-----BEGIN A-----\n" + base64 + "\n-----END A-----\n";
 }
 
 /// Keeps the first INTEGER of a SEQUENCE, or gives a status of its own.
@@ -30,9 +32,7 @@ std::uint32_t decode_first(const ASN1_UNIT *node, void **out) {
     return number != nullptr ? 0 : 0x12345678;
 }
 
-std::string wrapped(const std::string &base64) {
-    return "-----BEGIN A-----\n" + base64 + "\n-----END A-----\n";
-}
+const ASN1_ENCODER kEncoder = TLX_ENCODER(ASN1_STRING_to_Seq);
 
 class PemTest : public ::testing::Test {
   protected:
@@ -45,18 +45,18 @@ class PemTest : public ::testing::Test {
     char *pem_ = nullptr;
 
   private:
-    tlx_test::LeakCheck leaks_;
+    LeakCheck leaks_;
 };
 
 TEST_F(PemTest, PutsTheLinesAround) {
     ASSERT_EQ(base64ToPEM("Zm9vYmFy", 8, "X TEST", 6, &pem_), 8U + 2 * 6 + 33);
-    EXPECT_EQ(tlx_test::take(pem_, 54),
+    EXPECT_EQ(take(pem_, 54),
               std::string("-----BEGIN X TEST-----\nZm9vYmFy\n-----END X TEST-----\n", 53) + '\0');
     ASSERT_EQ(base64ToPEM("", 0, nullptr, 0, &pem_), 33U);
-    EXPECT_EQ(tlx_test::take(pem_, 33), "-----BEGIN -----\n\n-----END -----\n");
+    EXPECT_EQ(take(pem_, 33), "-----BEGIN -----\n\n-----END -----\n");
     const std::uint8_t zeros[49]{};
     ASSERT_EQ(encode_PEM(zeros, 49, "A", 1, &pem_, 1), 69U + 2 + 33);
-    EXPECT_EQ(tlx_test::take(pem_, 104), wrapped(std::string(64, 'A') + "\nAA=="));
+    EXPECT_EQ(take(pem_, 104), wrapped(std::string(64, 'A') + "\nAA=="));
 
     pem_ = nullptr;
     EXPECT_EQ(base64ToPEM("Zm9v", -1, "A", 1, &pem_), 0U);
@@ -67,19 +67,24 @@ TEST_F(PemTest, PutsTheLinesAround) {
 }
 
 TEST_F(PemTest, DecodesTheBody) {
-    EXPECT_EQ(decode(wrapped("Zm9v\nYmFy")), "foobar");
-    EXPECT_EQ(decode("-----BEGIN A-----\r\nZm9v\r\nYmFy\r\n-----END A-----\r\n"), "foobar");
-    EXPECT_EQ(decode("-----BEGIN A----- \r\n\r\nZm9v-----END B-----"), "foo") << "labels are not checked";
-    EXPECT_EQ(decode("-----BEGIN A------\nZm9v-"), "foo") << "the rest of the header line is passed over";
-    EXPECT_EQ(decode(wrapped("Proc-Type: 4,ENCRYPTED\n\nZm9v")), "\x3E\xBA\x1C")
-        << "the body ends at the next -";
-    EXPECT_EQ(decode("-----B-----Zm9vZm9v-"), "foofoo") << "twenty characters";
-    const std::string bad[] = {
-        "-----B----Zm9vZm9v-", "=" + wrapped("Zm9v").substr(1),    wrapped("Zm9 v"),
-        wrapped(""),           "-----BEGIN A----\nZm9v\n---- END", "text\n" + wrapped("Zm9v"),
-        std::string(30, '-')};
-    for (const std::string &pem : bad)
-        EXPECT_EQ(decode(pem), "(null)") << pem;
+    // Labels are not checked, the rest of the header line is passed over, and the body ends at the next "-".
+    // Twenty characters are the least.
+    const std::pair<std::string, const char *> cases[] = {
+        {"-----BEGIN A-----\r\nZm9v\r\nYmFy\r\n-----END A-----\r\n", "foobar"},
+        {"-----BEGIN A----- \r\n\r\nZm9v-----END B-----", "foo"},
+        {"-----BEGIN A------\nZm9v-", "foo"},
+        {wrapped("Proc-Type: 4,ENCRYPTED\n\nZm9v"), "\x3E\xBA\x1C"},
+        {"-----B-----Zm9vZm9v-", "foofoo"},
+        {"-----B----Zm9vZm9v-", "(null)"},
+        {"=" + wrapped("Zm9v").substr(1), "(null)"},
+        {wrapped("Zm9 v"), "(null)"},
+        {wrapped(""), "(null)"},
+        {"-----BEGIN A----\nZm9v\n---- END", "(null)"},
+        {"text\n" + wrapped("Zm9v"), "(null)"},
+        {std::string(30, '-'), "(null)"},
+    };
+    for (const auto &[pem, octets] : cases)
+        EXPECT_EQ(decode(pem), octets) << pem;
     for (std::size_t size = 0; size < 40; ++size)
         EXPECT_EQ(decode(wrapped("Zm9vYmFy").substr(0, size)), size > 27 ? "foobar" : "(null)")
             << "cut at " << size;
@@ -90,9 +95,8 @@ TEST_F(PemTest, DecodesTheBody) {
 }
 
 TEST_F(PemTest, ReadsStructures) {
-    EXPECT_EQ(read(wrapped("MAMCAQU=")), 0U);
-    EXPECT_EQ(value_, 5U);
     EXPECT_EQ(read(wrapped("MAMCAQUAAA==")), 0U) << "octets after the element are ignored";
+    EXPECT_EQ(value_, 5U);
     EXPECT_EQ(read(wrapped("MAMEAQU=")), 0x12345678U) << "the decoder's status";
     EXPECT_EQ(read(wrapped("MAQCAQU=")), 0x4E00004FU) << "truncated";
     EXPECT_EQ(read(wrapped("MAMCAQU")), 0x4E00002BU);
@@ -102,42 +106,37 @@ TEST_F(PemTest, ReadsStructures) {
 }
 
 TEST_F(PemTest, WritesStructuresAndFiles) {
-    const auto record = make_string(0x30, "\x02\x01\x07");
-    const ASN1_ENCODER encoder = TLX_ENCODER(ASN1_STRING_to_Seq);
-    EXPECT_EQ(writePEM_to_Binary(record.get(), encoder, "A", 1, nullptr), 0x4E00002BU);
-    EXPECT_EQ(writePEM_to_Binary(make_string(0, "x").get(), encoder, "A", 1, &pem_), 0xFFFFFFFFU);
+    const StringRecord record = make_string(0x30, "\x02\x01\x07");
+    EXPECT_EQ(writePEM_to_Binary(record.get(), kEncoder, "A", 1, nullptr), 0x4E00002BU);
+    EXPECT_EQ(writePEM_to_Binary(make_string(0, "x").get(), kEncoder, "A", 1, &pem_), 0xFFFFFFFFU);
     EXPECT_EQ(writePEM_to_Binary(record.get(), nullptr, "A", 1, &pem_), 0xFFFFFFFFU);
-    EXPECT_EQ(writePEM_to_Binary(record.get(), encoder, nullptr, 1, &pem_), 0xFFFFFFFFU);
+    EXPECT_EQ(writePEM_to_Binary(record.get(), kEncoder, nullptr, 1, &pem_), 0xFFFFFFFFU);
     EXPECT_EQ(pem_, nullptr);
-    EXPECT_EQ(writePEM_to_Binary(record.get(), encoder, "A", 1, &pem_), 43U);
-    EXPECT_EQ(tlx_test::take(pem_, 43), wrapped("MAMCAQc="));
 
-    const std::string path = ::testing::TempDir() + "asn1_pem_test.pem";
-    EXPECT_EQ(writePEM_to_FILE(record.get(), encoder, "A", 1, path.c_str()), 43U);
-    {
-        std::ifstream file(path, std::ios::binary);
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), wrapped("MAMCAQc="));
-    }
+    const CommandFolder folder;
+    const std::string path = folder.path("file");
+    const std::string nowhere = folder.path("no such folder/file");
+    EXPECT_EQ(writePEM_to_FILE(record.get(), kEncoder, "A", 1, path.c_str()), 43U);
+    EXPECT_EQ(folder.read("file"), wrapped("MAMCAQc="));
     EXPECT_EQ(readPEM_from_File(&out_, decode_first, path.c_str()), 0U);
     EXPECT_EQ(value_, 7U);
-    std::filesystem::remove(path);
-    EXPECT_EQ(readPEM_from_File(&out_, decode_first, path.c_str()), 0x4E00002BU);
-    EXPECT_EQ(writePEM_to_FILE(record.get(), encoder, "A", 1, nullptr), 0x4E00002BU);
-    EXPECT_EQ(writePEM_to_FILE(record.get(), encoder, "A", 1, "/nowhere/at/all.pem"), 0xFFFFFFFFU);
+    EXPECT_EQ(readPEM_from_File(&out_, decode_first, nowhere.c_str()), 0x4E00002BU);
+    EXPECT_EQ(writePEM_to_FILE(record.get(), kEncoder, "A", 1, nullptr), 0x4E00002BU);
+    EXPECT_EQ(writePEM_to_FILE(record.get(), kEncoder, "A", 1, nowhere.c_str()), 0xFFFFFFFFU);
+    EXPECT_EQ(writePEM_to_FILE(record.get(), nullptr, "A", 1, path.c_str()), 0xFFFFFFFFU);
 }
 
 TEST_F(PemTest, SurvivesFailingAllocations) {
-    tlx_test::sweep_failing_allocations([&] {
+    sweep_failing_allocations([&] {
         const std::uint32_t status = read(wrapped("MAMCAQU="));
         EXPECT_TRUE(status == 0 || status == 0x4E00002B || status == 0x4E00004F || status == 0x12345678)
             << status;
         return status == 0;
     });
-    const auto record = make_string(0x30, "\x02\x01\x07");
-    tlx_test::sweep_failing_allocations([&] {
+    const StringRecord record = make_string(0x30, "\x02\x01\x07");
+    sweep_failing_allocations([&] {
         pem_ = nullptr;
-        const std::uint32_t size =
-            writePEM_to_Binary(record.get(), TLX_ENCODER(ASN1_STRING_to_Seq), "A", 1, &pem_);
+        const std::uint32_t size = writePEM_to_Binary(record.get(), kEncoder, "A", 1, &pem_);
         EXPECT_EQ(size, pem_ == nullptr ? 0xFFFFFFFFU : 43U);
         tlx_free(pem_);
         return size == 43;
@@ -145,3 +144,4 @@ TEST_F(PemTest, SurvivesFailingAllocations) {
 }
 
 }  // namespace
+}  // namespace tlx_test
