@@ -1,20 +1,14 @@
 #include <gtest/gtest.h>
-#include <tlxpki/asn1.h>
 #include <tlxpki/print.h>
 
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/strings.hpp"
 
+namespace tlx_test {
 namespace {
 
 using namespace std::string_literals;
-using tlx_test::make_string;
-using tlx_test::StringRecord;
-using Node = std::unique_ptr<ASN1_UNIT, tlx_test::Freer<ASN1_UNIT, free_ASN1_UNIT>>;
-
-class PrintTest : public ::testing::Test {
-    tlx_test::LeakCheck leaks_;
-};
 
 template <typename Print>
 std::string printed(Print print) {
@@ -23,68 +17,71 @@ std::string printed(Print print) {
     return ::testing::internal::GetCapturedStdout();
 }
 
-TEST_F(PrintTest, PrintsNodes) {
-    const auto print = [](const std::string &der) {
-        const Node node(decodeToDERSequence_n(reinterpret_cast<const std::uint8_t *>(der.data()),
-                                              static_cast<std::uint32_t>(der.size())));
-        const std::string text = printed([&] { printBERData(node.get()); });
+TEST(Print, Nodes) {
+    const LeakCheck leaks;
+    const std::pair<const char *, const char *> cases[] = {
+        {"30 00", "[Tag] 30 | [Length] 00 | [Value] \n"},
+        {"04 81 02 AB CD", "[Tag] 04 | [Length] 8102 | [Value] ABCD\n"},
+        {"30 80 02 01 05 00 00", "[Tag] 30 | [Length] 80 | [Value] 02:01:05 | [EOC] 0000"},
+        {"30 80 00 00", "[Tag] 30 | [Length] 80 | [Value]  | [EOC] 0000"}};
+    for (const auto &[der, text] : cases) {
+        const Node node = node_of(der);
+        EXPECT_EQ(printed([&] { printBERData(node.get()); }), text);
         EXPECT_EQ(printed([&] { printDERData(node.get()); }), text);
-        return text;
-    };
-    EXPECT_EQ(print("\x30\x03\x02\x01\x05"), "[Tag] 30 | [Length] 03 | [Value] 020105\n");
-    EXPECT_EQ(print("\x30\x00"s), "[Tag] 30 | [Length] 00 | [Value] \n");
-    EXPECT_EQ(print("\x04\x81\x02\xAB\xCD"s), "[Tag] 04 | [Length] 8102 | [Value] ABCD\n");
-    EXPECT_EQ(print("\x30\x80\x02\x01\x05\x00\x00"s),
-              "[Tag] 30 | [Length] 80 | [Value] 02:01:05 | [EOC] 0000");
-    EXPECT_EQ(print("\x30\x80\x00\x00"s), "[Tag] 30 | [Length] 80 | [Value]  | [EOC] 0000");
+    }
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(printed([] { printBERData(nullptr); }), "");
-    EXPECT_EQ(printed([] { printBERData(Node(new_ASN1_UNIT()).get()); }), "");
+    EXPECT_EQ(printed([] { printBERData(new_node().get()); }), "");
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Null Pointer\nNull Pointer\n");
 }
 
-TEST_F(PrintTest, PrintsCharacters) {
+TEST(Print, Characters) {
+    const LeakCheck leaks;
     EXPECT_EQ(printed([] { print_PCHAR("a\0bcd", 4); }), "a\0bc\n"s);
     EXPECT_EQ(printed([] { print_PCHAR("", 0); }), "\n");
     EXPECT_EQ(printed([] { print_PCHAR(nullptr, 3); }), "");
-    EXPECT_EQ(tlx_test::take(dump_PCHAR("a\0bcd", 4), 6), "a\0bc\0\0"s);
-    EXPECT_EQ(tlx_test::take(dump_PCHAR("", 0), 2), "\0\0"s);
+    EXPECT_EQ(take(dump_PCHAR("a\0bcd", 4), 6), "a\0bc\0\0"s);
     EXPECT_EQ(dump_PCHAR(nullptr, 3), nullptr);
 }
 
-TEST_F(PrintTest, DumpsStringsByType) {
-    const auto dump = [](std::int32_t type, const std::string &value) -> std::string {
-        const StringRecord record = make_string(type, value);
-        const std::unique_ptr<char, tlx_test::Freer<void, tlx_free>> text(dump_ASN1STRING(record.get()));
-        const std::string shown = printed([&] { print_ASN1STRING(record.get()); });
-        EXPECT_EQ(shown, text ? text.get() : "");
-        return text ? text.get() : "(null)";
+TEST(Print, StringsByType) {
+    const LeakCheck leaks;
+    const struct {
+        std::int32_t type;
+        std::string value, text;  // "": none
+    } cases[] = {
+        {3, "\xA0\x0F", "A00F"},
+        {4, "\x00\x7F"s, "007F"},
+        {6, "2.5.4.3", "2.5.4.3 - (commonName)\n"},
+        {6, "1.2.3.4.5", "1.2.3.4.5 - (undefined)\n"},
+        {12, "\xEA\xB0\x80", "\xB0\xA1"},
+        {12, "\xEA\xB0\x82", ""},  // not in the code table
+        {30, "\xAC\x00\0!"s, "\xB0\xA1!"},
+        {19, "text", "text"},
+        {20, "text", "text"},
+        {22, "text", "text"},
+        {23, "240229123456Z", "240229123456Z"},
+        {24, "20240229123456Z", "Un-Supported Type (18)\n"},
+        {-1, "x", "Un-Supported Type (FFFFFFFF)\n"},
+        {0, "x", ""},
+        {12, "", ""},
     };
-    EXPECT_EQ(dump(3, "\xA0\x0F"), "A00F");
-    EXPECT_EQ(dump(4, "\x00\x7F"s), "007F");
-    EXPECT_EQ(dump(6, "2.5.4.3"), "2.5.4.3 - (commonName)\n");
-    EXPECT_EQ(dump(6, "1.2.3.4.5"), "1.2.3.4.5 - (undefined)\n");
-    EXPECT_EQ(dump(12, "\xEA\xB0\x80"), "\xB0\xA1");
-    EXPECT_EQ(dump(12, "\xEA\xB0\x82"), "(null)") << "not in the code table";
-    EXPECT_EQ(dump(30, "\xAC\x00\0!"s), "\xB0\xA1!");
-    for (const std::int32_t type : {19, 20, 22, 23})
-        EXPECT_EQ(dump(type, "240229123456Z"), "240229123456Z") << type;
-    EXPECT_EQ(dump(24, "20240229123456Z"), "Un-Supported Type (18)\n");
-    EXPECT_EQ(dump(2, "\x05"), "Un-Supported Type (02)\n");
-    EXPECT_EQ(dump(-1, "x"), "Un-Supported Type (FFFFFFFF)\n");
-    EXPECT_EQ(dump(0, "x"), "(null)");
-    EXPECT_EQ(dump(12, ""), "(null)");
+    for (const auto &c : cases) {
+        const StringRecord record = make_string(c.type, c.value);
+        EXPECT_EQ(printed([&] { print_ASN1STRING(record.get()); }), c.text);
+        if (c.text.empty()) {
+            EXPECT_EQ(dump_ASN1STRING(record.get()), nullptr) << c.type;
+            continue;
+        }
+        EXPECT_EQ(take(dump_ASN1STRING(record.get()), c.text.size() + 1), c.text + '\0');
+        EXPECT_EQ(
+            sweep_failing_allocations([&] { return take(dump_ASN1STRING(record.get()), 1) != "(null)"; }), 1U)
+            << c.type;
+    }
     const ASN1_STRING no_data{12, nullptr, 3, 0};
     EXPECT_EQ(dump_ASN1STRING(&no_data), nullptr);
     EXPECT_EQ(dump_ASN1STRING(nullptr), nullptr);
 }
 
-TEST_F(PrintTest, SurvivesFailingAllocations) {
-    for (const std::int32_t type : {4, 6, 12, 19, 2}) {
-        const StringRecord record = make_string(type, "1.2");
-        const auto dump = [&] { return tlx_test::take(dump_ASN1STRING(record.get()), 3) != "(null)"; };
-        EXPECT_EQ(tlx_test::sweep_failing_allocations(dump), 1U) << type;
-    }
-}
-
 }  // namespace
+}  // namespace tlx_test
