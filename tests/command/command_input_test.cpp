@@ -68,23 +68,21 @@ TEST(CommandInput, FilesWithoutPermission) {
 #endif
 
 TEST(CommandInput, PemThatIsNotWhole) {
+    const std::string begin = "-----BEGIN CERTIFICATE-----\n";
+    const std::string end = "-----END CERTIFICATE-----\n";
     const std::string root = read_file(chain("root.pem"));
-    expect_refusal(write_file("no-end.pem", root.substr(0, root.find("-----END"))),
-                   "has no \"-----END CERTIFICATE-----\"");
-    expect_refusal(write_file("cut-line.pem", "-----BEGIN CERTIFICATE--\nAAAA\n-----END CERTIFICATE-----\n"),
-                   "is not complete");
-    expect_refusal(write_file("cut-end.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE"),
-                   "is not complete");
-    expect_refusal(write_file("mixed.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END X509 CRL-----\n"),
-                   "does not end so");
-    expect_refusal(write_file("base64.pem", "-----BEGIN CERTIFICATE-----\nA=*A\n-----END CERTIFICATE-----\n"),
-                   "is not Base64");
-    expect_refusal(write_file("nothing.pem", "-----BEGIN CERTIFICATE-----\n-----END CERTIFICATE-----\n"),
-                   "is not Base64");
-    // The second block of two: it is named.
-    const std::string second =
-        write_file("second.pem", root + "-----BEGIN CERTIFICATE-----\nAAA\n-----END CERTIFICATE-----\n");
-    expect_refusal(second, "PEM block 2: the text of the CERTIFICATE is not Base64");
+    const std::pair<std::string, const char *> cases[] = {
+        {root.substr(0, root.find("-----END")), "has no \"-----END CERTIFICATE-----\""},
+        {"-----BEGIN CERTIFICATE--\nAAAA\n" + end, "is not complete"},
+        {begin + "AAAA\n-----END CERTIFICATE", "is not complete"},
+        {begin + "AAAA\n-----END X509 CRL-----\n", "does not end so"},
+        {begin + "A=*A\n" + end, "is not Base64"},
+        {begin + end, "is not Base64"},
+        {begin + "Proc-Type: 4,ENCRYPTED\n\nAAAA\n" + end, ""},
+        {root + begin + "AAA\n" + end, "PEM block 2: the text of the CERTIFICATE is not Base64"},
+    };
+    for (const auto &[text, complaint] : cases)
+        expect_refusal(write_file("broken.pem", text), complaint);
 }
 
 TEST(CommandInput, WhatIsNoCertificate) {
@@ -100,9 +98,6 @@ TEST(CommandInput, WhatIsNoCertificate) {
     EXPECT_TRUE(run({"show", crl}).complains("the X509 CRL is neither a certificate nor an RSA key"));
     const std::string der = der_of(chain("root.pem"));
     expect_no_certificate(write_file("trailing.der", der + "\n"), "1 octets follow the end of the element");
-    const std::string encrypted =
-        "-----BEGIN CERTIFICATE-----\nProc-Type: 4,ENCRYPTED\n\nAAAA\n-----END CERTIFICATE-----\n";
-    expect_refusal(write_file("encrypted.pem", encrypted), "");
 }
 
 TEST(CommandInput, CertificatesCutAnywhereOrChangedSomewhere) {

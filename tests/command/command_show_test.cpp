@@ -16,50 +16,59 @@ Json show(const std::string &path) {
 }
 
 Json extension(const Json &certificate, const std::string &oid) {
-    const Json &extensions = certificate["extensions"];
-    const auto found = std::find_if(extensions.begin(), extensions.end(),
-                                    [&oid](const Json &one) { return one["oid"] == oid; });
-    EXPECT_NE(found, extensions.end()) << oid;
-    return found == extensions.end() ? Json() : *found;
+    for (const Json &one : certificate["extensions"]) {
+        if (one["oid"] == oid) return one;
+    }
+    ADD_FAILURE() << "no extension " << oid;
+    return Json::object();
+}
+
+/// What a member is for each of many names.
+struct Member {
+    const char *name;
+    const char *value;  ///< JSON
+};
+void expect_members(const Json &object, std::initializer_list<Member> members) {
+    for (const Member &member : members)
+        EXPECT_EQ(object.at(Json::json_pointer(member.name)), Json::parse(member.value)) << member.name;
 }
 
 /// A self-signed certificate with the extensions of an openssl configuration.
 std::string certificate_with(const CommandFolder &folder, const std::string &extensions) {
     folder.write("config", "[req]\ndistinguished_name = name\n[name]\n[ext]\n" + extensions);
     (void)folder.run(
-        "openssl req -x509 -newkey rsa:1024 -nodes -keyout key.pem -out cert.pem -sha256 -days 30 -config "
-        "config "
-        "-extensions ext -subj /C=KR/CN=test");
+        "openssl req -x509 -newkey rsa:1024 -nodes -keyout key.pem -out cert.pem -sha256 -days 30 "
+        "-config config -extensions ext -subj /C=KR/CN=test");
     return folder.path("cert.pem");
 }
 
 TEST(CommandShow, TellsWhatACertificateSays) {
     const Json cert = show(chain("user.pem")).at(0);
     EXPECT_EQ(cert["source"], chain("user.pem"));
-    EXPECT_EQ(cert["kind"], "certificate");
-    EXPECT_EQ(cert["version"], 3);
-    EXPECT_EQ(cert["serial"], "0x20000001");
-    EXPECT_EQ(cert["serial_decimal"], "536870913");
-    EXPECT_EQ(cert["subject"],
-              "CN=홍길동(HONG GIL DONG)0001040200001234,OU=개인,OU=AccreditedCA,O=ExampleSign,C=KR");
-    EXPECT_EQ(cert["issuer"], "CN=ExampleSign Class 2,OU=AccreditedCA,O=ExampleSign,C=KR");
-    EXPECT_EQ(cert["not_before"], "2020-01-01 00:00:00Z");
-    EXPECT_EQ(cert["not_after"], "2049-12-31 23:59:59Z");
-    EXPECT_EQ(cert["signature_algorithm"], "sha256WithRSAEncryption");
-    EXPECT_EQ(cert["public_key"]["bits"], 2048);
-    EXPECT_EQ(cert["public_key"]["exponent"], "65537");
+    expect_members(
+        cert, {{"/kind", R"("certificate")"},
+               {"/version", "3"},
+               {"/serial", R"("0x20000001")"},
+               {"/serial_decimal", R"("536870913")"},
+               {"/subject",
+                R"("CN=홍길동(HONG GIL DONG)0001040200001234,OU=개인,OU=AccreditedCA,O=ExampleSign,C=KR")"},
+               {"/issuer", R"("CN=ExampleSign Class 2,OU=AccreditedCA,O=ExampleSign,C=KR")"},
+               {"/not_before", R"("2020-01-01 00:00:00Z")"},
+               {"/not_after", R"("2049-12-31 23:59:59Z")"},
+               {"/signature_algorithm", R"("sha256WithRSAEncryption")"},
+               {"/public_key/bits", "2048"},
+               {"/public_key/exponent", R"("65537")"}});
     EXPECT_EQ(cert["public_key"]["key_identifier"], extension(cert, "2.5.29.14")["value"]);
     EXPECT_FALSE(cert.contains("note"));
-
     const Json identity = extension(cert, "2.5.29.17")["value"][0]["kisa_identity"];
-    EXPECT_EQ(identity["real_name"], "홍길동");
-    EXPECT_EQ(identity["id_type"]["name"], "VID");
-    EXPECT_EQ(identity["hash_algorithm"]["name"], "SHA256");
+    expect_members(identity, {{"/real_name", R"("홍길동")"},
+                              {"/id_type/name", R"("VID")"},
+                              {"/hash_algorithm/name", R"("SHA256")"}});
     EXPECT_EQ(identity["virtual_id"].get<std::string>().size(), 64U);
-    const Json policies = extension(cert, "2.5.29.32");
-    EXPECT_EQ(policies["critical"], true);
-    EXPECT_EQ(policies["value"][0]["policy"], (Json{{"oid", "1.2.410.200004.5.9.1.1"}}));
-    EXPECT_EQ(policies["value"][0]["qualifiers"][1]["notice"]["text"], "이 인증서는 시험용 인증서입니다");
+    expect_members(extension(cert, "2.5.29.32"),
+                   {{"/critical", "true"},
+                    {"/value/0/policy", R"({"oid": "1.2.410.200004.5.9.1.1"})"},
+                    {"/value/0/qualifiers/1/notice/text", R"("이 인증서는 시험용 인증서입니다")"}});
 
     // The digests that others give for the same file.
     const CommandFolder folder;
@@ -74,14 +83,10 @@ TEST(CommandShow, TellsKeysWithTheirSizeAndCurve) {
     EXPECT_EQ(kcdsa["subject"],
               "CN=김철수(KIM CHUL SOO)0001040200005678,OU=개인,OU=AccreditedCA,O=ExampleSign,C=KR")
         << "a BMPString";
-    EXPECT_EQ(kcdsa["public_key"]["type"], "KCDSA");
-    EXPECT_EQ(kcdsa["public_key"]["bits"], 1024);
-    EXPECT_EQ(kcdsa["public_key"]["subgroup_bits"], 160);
-
+    expect_members(kcdsa["public_key"],
+                   {{"/type", R"("KCDSA")"}, {"/bits", "1024"}, {"/subgroup_bits", "160"}});
     const struct {
-        const char *file;
-        const char *type;
-        const char *curve;
+        const char *file, *type, *curve;
         int bits;
     } keys[] = {{"ec-p256.der", "EC", "prime256v1", 256},
                 {"ec-p384.der", "EC", "secp384r1", 384},
@@ -96,81 +101,65 @@ TEST(CommandShow, TellsKeysWithTheirSizeAndCurve) {
 
 TEST(CommandShow, DecodesEveryExtensionItKnows) {
     const CommandFolder folder;
-    const Json cert =
-        show(certificate_with(
-                 folder,
-                 "basicConstraints = critical, CA:TRUE, pathlen:3\n"
-                 "keyUsage = digitalSignature, keyCertSign, decipherOnly\n"
-                 "extendedKeyUsage = serverAuth, 1.2.3.4\n"
-                 "subjectAltName = @names\n"
-                 "issuerAltName = email:a@example.kr\n"
-                 "nameConstraints = permitted;DNS:.kr, excluded;IP:10.0.0.0/255.0.0.0\n"
-                 "policyConstraints = requireExplicitPolicy:2, inhibitPolicyMapping:0\n"
-                 "policyMappings = 1.2.3:1.2.4\n"
-                 "inhibitAnyPolicy = 5\n"
-                 "crlDistributionPoints = point\n"
-                 "freshestCRL = URI:http://example.kr/fresh\n"
-                 "authorityInfoAccess = caIssuers;URI:http://example.kr/ca\n"
-                 "subjectInfoAccess = 1.3.6.1.5.5.7.48.3;URI:http://example.kr/stamp\n"
-                 "1.2.3.4.5 = DER:DE:AD:BE:EF\n"
-                 "2.5.29.16 = DER:05:00\n"
-                 "[names]\nDNS = example.kr\nIP.1 = 192.0.2.1\nIP.2 = 2001:db8::1\nRID = 1.2.3.4\n"
-                 "URI = http://example.kr\ndirName = dn\notherName = 1.2.3.4;FORMAT:UTF8,UTF8:가나\n"
-                 "[dn]\nCN = inner\n"
-                 "[point]\nfullname = URI:http://example.kr/crl\nreasons = keyCompromise, CACompromise\n"
-                 "CRLissuer = dirName:dn\n"))
-            .at(0);
+    const std::string path =
+        certificate_with(folder,
+                         "basicConstraints = critical, CA:TRUE, pathlen:3\n"
+                         "keyUsage = digitalSignature, keyCertSign, decipherOnly\n"
+                         "extendedKeyUsage = serverAuth, 1.2.3.4\n"
+                         "subjectAltName = @names\n"
+                         "issuerAltName = email:a@example.kr\n"
+                         "nameConstraints = permitted;DNS:.kr, excluded;IP:10.0.0.0/255.0.0.0\n"
+                         "policyConstraints = requireExplicitPolicy:2, inhibitPolicyMapping:0\n"
+                         "policyMappings = 1.2.3:1.2.4\n"
+                         "inhibitAnyPolicy = 5\n"
+                         "crlDistributionPoints = point\n"
+                         "freshestCRL = URI:http://example.kr/fresh\n"
+                         "authorityInfoAccess = caIssuers;URI:http://example.kr/ca\n"
+                         "subjectInfoAccess = 1.3.6.1.5.5.7.48.3;URI:http://example.kr/stamp\n"
+                         "1.2.3.4.5 = DER:DE:AD:BE:EF\n"
+                         "2.5.29.16 = DER:05:00\n"
+                         "[names]\nDNS = example.kr\nIP.1 = 192.0.2.1\nIP.2 = 2001:db8::1\nRID = 1.2.3.4\n"
+                         "URI = http://example.kr\ndirName = dn\notherName = 1.2.3.4;FORMAT:UTF8,UTF8:가나\n"
+                         "[dn]\nCN = inner\n"
+                         "[point]\nfullname = URI:http://example.kr/crl\n"
+                         "reasons = keyCompromise, CACompromise\nCRLissuer = dirName:dn\n");
+    const Json cert = show(path).at(0);
     const struct {
-        const char *oid;
-        const char *name;
-        Json value;
+        const char *oid, *name, *value;
     } cases[] = {
-        {"2.5.29.19", "basicConstraints", {{"ca", true}, {"path_length", "3"}}},
-        {"2.5.29.15", "keyUsage", {"digitalSignature", "keyCertSign", "decipherOnly"}},
-        {"2.5.29.37",
-         "extendedKeyUsage",
-         {{{"oid", "1.3.6.1.5.5.7.3.1"}, {"name", "serverAuth"}}, {{"oid", "1.2.3.4"}}}},
-        {"2.5.29.17",
-         "subjectAltName",
-         {{{"dns", "example.kr"}},
-          {{"ip", "192.0.2.1"}},
-          {{"ip", "2001:db8:0:0:0:0:0:1"}},
-          {{"registered_id", {{"oid", "1.2.3.4"}}}},
-          {{"uri", "http://example.kr"}},
-          {{"directory_name", "CN=inner"}},
-          {{"other_name", {{"type", {{"oid", "1.2.3.4"}}}, {"value", "가나"}}}}}},
-        {"2.5.29.18", "issuerAltName", {{{"email", "a@example.kr"}}}},
-        {"2.5.29.30",
-         "nameConstraints",
-         {{"permitted", {{{"dns", ".kr"}}}}, {"excluded", {{{"ip", "10.0.0.0/255.0.0.0"}}}}}},
-        {"2.5.29.36",
-         "policyConstraints",
-         {{"require_explicit_policy", "2"}, {"inhibit_policy_mapping", "0"}}},
-        {"2.5.29.33",
-         "policyMappings",
-         {{{"issuer_policy", {{"oid", "1.2.3"}}}, {"subject_policy", {{"oid", "1.2.4"}}}}}},
-        {"2.5.29.54", "inhibitAnyPolicy", "5"},
-        {"2.5.29.31",
-         "crlDistributionPoints",
-         {{{"names", {{{"uri", "http://example.kr/crl"}}}},
-           {"reasons", {"keyCompromise", "cACompromise"}},
-           {"crl_issuer", {{{"directory_name", "CN=inner"}}}}}}},
-        {"2.5.29.46", "", {{{"names", {{{"uri", "http://example.kr/fresh"}}}}}}},
-        {"1.3.6.1.5.5.7.1.1",
-         "authorityInfoAccess",
-         {{{"method", {{"oid", "1.3.6.1.5.5.7.48.2"}, {"name", "caIssuers"}}},
-           {"uri", "http://example.kr/ca"}}}},
+        {"2.5.29.19", "basicConstraints", R"({"ca": true, "path_length": "3"})"},
+        {"2.5.29.15", "keyUsage", R"(["digitalSignature", "keyCertSign", "decipherOnly"])"},
+        {"2.5.29.37", "extendedKeyUsage",
+         R"([{"oid": "1.3.6.1.5.5.7.3.1", "name": "serverAuth"}, {"oid": "1.2.3.4"}])"},
+        {"2.5.29.17", "subjectAltName",
+         R"([{"dns": "example.kr"}, {"ip": "192.0.2.1"}, {"ip": "2001:db8:0:0:0:0:0:1"},
+             {"registered_id": {"oid": "1.2.3.4"}}, {"uri": "http://example.kr"},
+             {"directory_name": "CN=inner"}, {"other_name": {"type": {"oid": "1.2.3.4"}, "value": "가나"}}])"},
+        {"2.5.29.18", "issuerAltName", R"([{"email": "a@example.kr"}])"},
+        {"2.5.29.30", "nameConstraints",
+         R"({"permitted": [{"dns": ".kr"}], "excluded": [{"ip": "10.0.0.0/255.0.0.0"}]})"},
+        {"2.5.29.36", "policyConstraints",
+         R"({"require_explicit_policy": "2", "inhibit_policy_mapping": "0"})"},
+        {"2.5.29.33", "policyMappings",
+         R"([{"issuer_policy": {"oid": "1.2.3"}, "subject_policy": {"oid": "1.2.4"}}])"},
+        {"2.5.29.54", "inhibitAnyPolicy", R"("5")"},
+        {"2.5.29.31", "crlDistributionPoints",
+         R"([{"names": [{"uri": "http://example.kr/crl"}], "reasons": ["keyCompromise", "cACompromise"],
+              "crl_issuer": [{"directory_name": "CN=inner"}]}])"},
+        {"2.5.29.46", "", R"([{"names": [{"uri": "http://example.kr/fresh"}]}])"},
+        {"1.3.6.1.5.5.7.1.1", "authorityInfoAccess",
+         R"([{"method": {"oid": "1.3.6.1.5.5.7.48.2", "name": "caIssuers"}, "uri": "http://example.kr/ca"}])"},
     };
     for (const auto &expected : cases) {
         const Json found = extension(cert, expected.oid);
         EXPECT_EQ(found.value("name", ""), expected.name) << expected.oid;
-        EXPECT_EQ(found["value"], expected.value) << expected.oid;
+        EXPECT_EQ(found["value"], Json::parse(expected.value)) << expected.oid;
         EXPECT_FALSE(found.contains("hex")) << expected.oid;
     }
     EXPECT_EQ(extension(cert, "2.5.29.19")["critical"], true);
     EXPECT_EQ(extension(cert, "2.5.29.37")["critical"], false);
     EXPECT_EQ(extension(cert, "1.2.3.4.5")["hex"], "DEADBEEF");
-    const Result text = run({"show", folder.path("cert.pem")});
+    const Result text = run({"show", path});
     EXPECT_TRUE(text.says("    1.2.3.4.5\n      0000  DE AD BE EF ")) << text;
     EXPECT_TRUE(text.says("    keyUsage (2.5.29.15)\n      digitalSignature, keyCertSign, decipherOnly\n"))
         << text;
@@ -178,16 +167,13 @@ TEST(CommandShow, DecodesEveryExtensionItKnows) {
 
 TEST(CommandShow, MalformedExtensionsAreToldAndDumped) {
     const CommandFolder folder;
-    const Json cert =
-        show(certificate_with(
-                 folder,
-                 "basicConstraints = DER:30:03:02:01:01\nkeyUsage = DER:04:00\n"
-                 "subjectAltName = DER:30:00\n2.5.29.54 = DER:01:01:FF\n2.5.29.32 = DER:30:80:05\n"))
-            .at(0);
+    const std::string path =
+        certificate_with(folder,
+                         "basicConstraints = DER:30:03:02:01:01\nkeyUsage = DER:04:00\n"
+                         "subjectAltName = DER:30:00\n2.5.29.54 = DER:01:01:FF\n2.5.29.32 = DER:30:80:05\n");
+    const Json cert = show(path).at(0);
     const struct {
-        const char *oid;
-        const char *status;
-        const char *hex;
+        const char *oid, *status, *hex;
     } cases[] = {
         {"2.5.29.19", "0x47230104", "3003020101"}, {"2.5.29.15", "0x47130104", "0400"},
         {"2.5.29.17", "0x470D002B", "3000"},       {"2.5.29.54", "0x00000001", "0101FF"},
@@ -199,7 +185,7 @@ TEST(CommandShow, MalformedExtensionsAreToldAndDumped) {
         EXPECT_EQ(found["hex"], expected.hex) << expected.oid;
         EXPECT_FALSE(found.contains("value")) << expected.oid;
     }
-    EXPECT_TRUE(run({"show", folder.path("cert.pem")}).says("Malformed"));
+    EXPECT_TRUE(run({"show", path}).says("Malformed"));
     // No CA, in the form that DER has for it.
     EXPECT_EQ(extension(show(in_source("tests/data/x509/user.der")).at(0), "2.5.29.19")["value"],
               (Json{{"ca", false}}));
@@ -209,13 +195,10 @@ TEST(CommandShow, MalformedExtensionsAreToldAndDumped) {
 
 TEST(CommandShow, ControlCharactersOfNamesDoNotReachTheTerminal) {
     std::string der = der_of(chain("user.pem"));
-    const std::size_t name = der.find("ExampleSign Class 2");
-    ASSERT_NE(name, std::string::npos);
-    der.replace(name, 4, "\033[2J");
+    der.replace(der.find("ExampleSign Class 2"), 4, "\033[2J");
     const Result text = run({"show", write_file("escape.der", der)});
-    EXPECT_EQ(text.status, 0) << text;
     EXPECT_TRUE(text.says("Issuer               CN=\\u{1B}[2Jple")) << text;
-    EXPECT_EQ(text.output.find('\033'), std::string::npos);
+    EXPECT_FALSE(text.says("\033"));
     EXPECT_EQ(show(scratch("escape.der")).at(0)["issuer"].get<std::string>().substr(0, 10), "CN=\033[2Jple");
 }
 
@@ -232,66 +215,54 @@ TEST(CommandShow, ShowsAllBlocksOfAFile) {
 
 TEST(CommandShow, KeysInEveryFormButNoSecrets) {
     const CommandFolder folder;
-    (void)folder.run("openssl genrsa -traditional -out private.pem 1024 2>/dev/null");
-    (void)folder.run("openssl rsa -in private.pem -traditional -outform DER -out private.der 2>/dev/null");
     (void)folder.run(
-        "openssl rsa -in private.pem -traditional -des3 -passout pass:1234 -out encrypted.pem 2>/dev/null");
-    (void)folder.run("openssl rsa -in private.pem -pubout -out spki.pem 2>/dev/null");
-    (void)folder.run("openssl rsa -in private.pem -pubout -outform DER -out spki.der 2>/dev/null");
-    (void)folder.run("openssl rsa -in private.pem -RSAPublicKey_out -out public.pem 2>/dev/null");
-    (void)folder.run(
-        "openssl rsa -in private.pem -RSAPublicKey_out -outform DER -out public.der 2>/dev/null");
+        "openssl genrsa -traditional -out private.pem 1024 2>&1 && for form in pem der; do "
+        "openssl rsa -in private.pem -pubout -outform $form -out spki.$form 2>&1; "
+        "openssl rsa -in private.pem -RSAPublicKey_out -outform $form -out public.$form 2>&1; done; "
+        "openssl rsa -in private.pem -traditional -outform DER -out private.der 2>&1; "
+        "openssl rsa -in private.pem -traditional -des3 -passout pass:1234 -out encrypted.pem 2>&1");
     const std::string modulus = folder.run("openssl rsa -in private.pem -noout -modulus").substr(8, 256);
-    const struct {
-        const char *file;
-        const char *kind;
-    } cases[] = {{"private.pem", "RSA private key"},   {"private.der", "RSA private key"},
-                 {"encrypted.pem", "RSA private key"}, {"spki.pem", "public key"},
-                 {"spki.der", "public key"},           {"public.pem", "RSA public key"},
-                 {"public.der", "RSA public key"}};
+    const std::pair<std::string, const char *> cases[] = {
+        {"private.pem", "RSA private key"},  {"private.der", "RSA private key"},
+        {"spki.pem", "public key"},          {"spki.der", "public key"},
+        {"public.pem", "RSA public key"},    {"public.der", "RSA public key"},
+        {"encrypted.pem", "RSA private key"}};
     folder.write("password", "1234\n");
     // d, p, q and what is derived from them.
-    std::vector<std::string> secrets;
     const Json numbers =
         run({"asn1", "--json", folder.path("private.der")}).json()[0]["elements"][0]["children"];
-    for (std::size_t i = 3; i < 9; ++i)
-        secrets.push_back(numbers.at(i)["hex"]);
     std::string identifier;
-    for (const auto &expected : cases) {
-        const Result result =
-            run({"show", "--json", "--password-file", folder.path("password"), folder.path(expected.file)});
-        EXPECT_EQ(result.status, 0) << expected.file << result;
+    for (const auto &[file, kind] : cases) {
+        SCOPED_TRACE(file);
+        Arguments arguments = {"show", "--password-file", folder.path("password"), folder.path(file)};
+        const Result text = run(arguments);
+        arguments.emplace_back("--json");
+        const Result result = run(arguments);
         const Json key = result.json().at(0);
-        EXPECT_EQ(key["kind"], expected.kind) << expected.file;
-        EXPECT_EQ(key["bits"], 1024) << expected.file;
-        EXPECT_EQ(key["exponent"], "65537") << expected.file;
-        EXPECT_EQ(key["modulus"], "0x" + modulus) << expected.file;
-        EXPECT_EQ(key.value("encrypted", false), std::string(expected.file) == "encrypted.pem");
+        EXPECT_EQ(key["kind"], kind);
+        EXPECT_EQ(key["bits"], 1024);
+        EXPECT_EQ(key["exponent"], "65537");
+        EXPECT_EQ(key["modulus"], "0x" + modulus);
+        EXPECT_EQ(key.value("encrypted", false), file == "encrypted.pem");
         if (identifier.empty()) identifier = key["key_identifier"];
-        EXPECT_EQ(key["key_identifier"], identifier) << expected.file;
-        const Result text =
-            run({"show", "--password-file", folder.path("password"), folder.path(expected.file)});
-        for (const std::string &secret : secrets) {
-            EXPECT_FALSE(text.says(secret.substr(0, 32))) << expected.file;
-            EXPECT_FALSE(result.says(secret.substr(0, 32))) << expected.file;
+        EXPECT_EQ(key["key_identifier"], identifier);
+        for (std::size_t i = 3; i < 9; ++i) {
+            const std::string secret = numbers.at(i)["hex"].get<std::string>().substr(0, 32);
+            EXPECT_FALSE(text.says(secret) || result.says(secret)) << i;
         }
     }
     folder.write("wrong", "12345\n");
-    const struct {
-        Arguments arguments;
-        const char *complaint;
-    } failures[] = {
-        {{"show", folder.path("encrypted.pem")},
-         "the key is encrypted; give its password with --password-file"},
-        {{"show", "--password-file", folder.path("wrong"), folder.path("encrypted.pem")},
-         "is the password right?"},
-        {{"show", "--password-file", folder.path("none"), folder.path("encrypted.pem")},
-         "none: cannot be read"},
+    const std::pair<Arguments, const char *> failures[] = {
+        {{}, "the key is encrypted; give its password with --password-file"},
+        {{"--password-file", folder.path("wrong")}, "is the password right?"},
+        {{"--password-file", folder.path("none")}, "none: cannot be read"},
     };
-    for (const auto &failure : failures) {
-        const Result result = run(failure.arguments);
-        EXPECT_EQ(result.status, 2) << failure.complaint;
-        EXPECT_TRUE(result.complains(failure.complaint)) << failure.complaint << result;
+    for (const auto &[options, complaint] : failures) {
+        Arguments arguments = {"show", folder.path("encrypted.pem")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Result result = run(arguments);
+        EXPECT_EQ(result.status, 2) << complaint;
+        EXPECT_TRUE(result.complains(complaint)) << result;
     }
 }
 
