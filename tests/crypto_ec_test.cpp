@@ -47,64 +47,65 @@ std::string text_of(const ECURVE *curve) {
 const std::string kBase = kX + " " + kY;
 const std::string kCurve = "prime256v1 " + kA + " " + kB + " " + kP + " " + kBase + " " + kN;
 
-TEST(Curve, TellsPointsOnIt) {
-    const LeakCheck leaks;
-    const Owned<ECURVE> curve = p256();
-    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve->base, curve.get()), 1);
-    EXPECT_EQ(is_ECPOINT_on_ECURVE(point(kY, kX).get(), curve.get()), 0);
+class Curve : public ::testing::Test {
+    LeakCheck leaks_;
+
+  protected:
+    const Owned<ECURVE> curve_ = p256();
+};
+using EcPoint = Curve;
+using EcKey = Curve;
+
+TEST_F(Curve, TellsPointsOnIt) {
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve_->base, curve_.get()), 1);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(point(kY, kX).get(), curve_.get()), 0);
     for (BIGINT *ECPOINT::*coordinate : {&ECPOINT::x, &ECPOINT::y}) {
         const Owned<ECPOINT> wide = point(kX, kY);
-        ASSERT_EQ(add_BIGINT(wide.get()->*coordinate, wide.get()->*coordinate, curve->p), 0U);
-        EXPECT_EQ(is_ECPOINT_on_ECURVE(wide.get(), curve.get()), 0) << "the same modulo p, but not reduced";
+        ASSERT_EQ(add_BIGINT(wide.get()->*coordinate, wide.get()->*coordinate, curve_->p), 0U);
+        EXPECT_EQ(is_ECPOINT_on_ECURVE(wide.get(), curve_.get()), 0) << "the same modulo p, but not reduced";
     }
-    EXPECT_EQ(is_ECPOINT_on_ECURVE(Owned<ECPOINT>(new_ECPOINT()).get(), curve.get()), 0);
-    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve->base, Owned<ECURVE>(new_ECURVE()).get()), 0);
-    ASSERT_EQ(set_BIGINT_word(curve->p, 4), 0U);
-    EXPECT_EQ(is_ECPOINT_on_ECURVE(point("0", "0").get(), curve.get()), 0) << "no field";
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(Owned<ECPOINT>(new_ECPOINT()).get(), curve_.get()), 0);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(curve_->base, Owned<ECURVE>(new_ECURVE()).get()), 0);
+    ASSERT_EQ(set_BIGINT_word(curve_->p, 4), 0U);
+    EXPECT_EQ(is_ECPOINT_on_ECURVE(point("0", "0").get(), curve_.get()), 0) << "no field";
     EXPECT_TRUE(openssl::error_queue_is_empty());
 }
 
-TEST(Curve, IsUnchangedByWhatItRefuses) {
-    const LeakCheck leaks;
-    const Owned<ECURVE> curve = p256();
+TEST_F(Curve, IsUnchangedByWhatItRefuses) {
     const Number one = number("1");
     const Owned<ECPOINT> base = point("1", "1");
     const auto set = [&](const std::string &name, const BIGINT *order) {
-        return set_ECURVE_params(curve.get(), 9, name.c_str(), one.get(), one.get(), one.get(), base.get(),
+        return set_ECURVE_params(curve_.get(), 9, name.c_str(), one.get(), one.get(), one.get(), base.get(),
                                  order);
     };
     EXPECT_EQ(set(std::string(33, 'x'), one.get()), 1U);
     EXPECT_EQ(set("other", nullptr), 1U);
-    EXPECT_EQ(set_ECPOINT(curve->base, one.get(), nullptr), 1U);
-    EXPECT_EQ(text_of(curve.get()), kCurve);
-    EXPECT_EQ(curve->id, 7);
+    EXPECT_EQ(set_ECPOINT(curve_->base, one.get(), nullptr), 1U);
+    EXPECT_EQ(text_of(curve_.get()), kCurve);
+    EXPECT_EQ(curve_->id, 7);
     EXPECT_EQ(set(std::string(32, 'x'), one.get()), 0U);
-    EXPECT_EQ(curve->name, std::string(32, 'x'));
-    clean_ECURVE(curve.get());
-    EXPECT_STREQ(curve->name, "");
-    EXPECT_EQ(dup_ECURVE(curve.get()), nullptr) << "without parameters";
+    EXPECT_EQ(curve_->name, std::string(32, 'x'));
+    clean_ECURVE(curve_.get());
+    EXPECT_STREQ(curve_->name, "");
+    EXPECT_EQ(dup_ECURVE(curve_.get()), nullptr) << "without parameters";
 }
 
-TEST(EcPoint, GoesBothWaysInBothForms) {
-    const LeakCheck leaks;
-    const Owned<ECURVE> curve = p256();
+TEST_F(EcPoint, GoesBothWaysInBothForms) {
     for (const auto &[y, compressed, text] : {std::tuple(kY, 0U, "04" + kX + kY),
                                               {kY, 1U, "03" + kX},
                                               {kMinusY, 0U, "04" + kX + kMinusY},
                                               {kMinusY, 1U, "02" + kX}}) {
-        Octets encoded(get_ECPOINT_length(curve.get(), compressed));
+        Octets encoded(get_ECPOINT_length(curve_.get(), compressed));
         std::uint32_t size = 0;
-        ASSERT_EQ(ECPOINT_to_binary(point(kX, y).get(), curve.get(), compressed, encoded.data(), &size), 0U);
+        ASSERT_EQ(ECPOINT_to_binary(point(kX, y).get(), curve_.get(), compressed, encoded.data(), &size), 0U);
         EXPECT_EQ(size, encoded.size());
         EXPECT_EQ(hex(encoded), text);
-        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve.get(), encoded.data(), size));
+        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve_.get(), encoded.data(), size));
         EXPECT_EQ(text_of(decoded.get()), kX + " " + y);
     }
 }
 
-TEST(EcPoint, RefusesOctetsThatAreNoPoint) {
-    const LeakCheck leaks;
-    const Owned<ECURVE> curve = p256();
+TEST_F(EcPoint, RefusesOctetsThatAreNoPoint) {
     const std::string p_plus_5 = "FFFFFFFF00000001000000000000000000000001" + std::string(23, '0') + "4";
     const struct {
         const char *what;
@@ -127,21 +128,20 @@ TEST(EcPoint, RefusesOctetsThatAreNoPoint) {
     };
     for (const auto &c : kCases) {
         const Octets encoded = octets(c.encoded);
-        EXPECT_EQ(binary_to_ECPOINT(curve.get(), encoded.data(), length(encoded)), nullptr) << c.what;
+        EXPECT_EQ(binary_to_ECPOINT(curve_.get(), encoded.data(), length(encoded)), nullptr) << c.what;
     }
     Octets out(65);
     std::uint32_t size = 9;
     const Owned<ECURVE> no_curve(new_ECURVE());
     EXPECT_EQ(binary_to_ECPOINT(no_curve.get(), out.data(), 33), nullptr);
     EXPECT_EQ(get_ECPOINT_length(no_curve.get(), 0), 0U);
-    EXPECT_EQ(ECPOINT_to_binary(Owned<ECPOINT>(new_ECPOINT()).get(), curve.get(), 0, out.data(), &size), 1U);
-    EXPECT_EQ(ECPOINT_to_binary(point(kP, kY).get(), curve.get(), 0, out.data(), &size), 1U);
-    EXPECT_EQ(ECPOINT_to_binary(point(kX, kY).get(), curve.get(), 0, nullptr, &size), 1U);
+    EXPECT_EQ(ECPOINT_to_binary(Owned<ECPOINT>(new_ECPOINT()).get(), curve_.get(), 0, out.data(), &size), 1U);
+    EXPECT_EQ(ECPOINT_to_binary(point(kP, kY).get(), curve_.get(), 0, out.data(), &size), 1U);
+    EXPECT_EQ(ECPOINT_to_binary(point(kX, kY).get(), curve_.get(), 0, nullptr, &size), 1U);
     EXPECT_EQ(size, 0U);
 }
 
-TEST(EcKey, CopiesShareNothing) {
-    const LeakCheck leaks;
+TEST_F(EcKey, CopiesShareNothing) {
     Owned<ECC_KEY> key(new_ECC_KEY());
     ASSERT_EQ(set_ECC_KEY(key.get(), p256().get(), point(kX, kY).get(), number("01").get()), 0U);
     const Owned<ECC_KEY> copy(dup_ECC_KEY(key.get()));
@@ -156,15 +156,14 @@ TEST(EcKey, CopiesShareNothing) {
     EXPECT_EQ(dup_ECC_KEY(nullptr), nullptr);
 }
 
-TEST(EcKey, SurvivesFailingAllocations) {
-    const Owned<ECURVE> curve = p256();
+TEST_F(EcKey, SurvivesFailingAllocations) {
     const Number secret = number("02");
     const Octets encoded = octets("03" + kX);
     const unsigned failures = sweep_failing_allocations([&] {
-        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve.get(), encoded.data(), 33));
+        const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve_.get(), encoded.data(), 33));
         const Owned<ECC_KEY> key(new_ECC_KEY());
         if (decoded == nullptr || key == nullptr) return false;
-        if (set_ECC_KEY(key.get(), curve.get(), decoded.get(), secret.get()) != 0) {
+        if (set_ECC_KEY(key.get(), curve_.get(), decoded.get(), secret.get()) != 0) {
             EXPECT_EQ(key->curve, nullptr) << "a failure leaves the key as it was";
             return false;
         }

@@ -48,10 +48,6 @@ const std::vector<Vector> &vectors() {
     return all;
 }
 
-const Vector &smallest() {
-    return vectors().back();
-}
-
 // The vector's parameters with the keys named.
 Unit key_of(const Vector &vector, const std::string &keys) {
     Unit unit(new_KCDSA());
@@ -90,8 +86,18 @@ std::uint32_t verify(const KCDSA *unit, std::uint32_t digest_id, const Octets &r
                              s.data(), length(s));
 }
 
-TEST(Kcdsa, SignsAndVerifiesThePublishedVectors) {
-    const LeakCheck leaks;
+class Kcdsa : public ::testing::Test {
+    LeakCheck leaks_;
+
+  protected:
+    const Vector &vector_ = vectors().back();  // the one of the smallest numbers
+    const Octets r_ = octets(vector_['r']);
+    const Octets s_ = octets(vector_['s']);
+    const Unit unit_ = key_of(vector_, "xy");
+    const Unit public_key_ = key_of(vector_, "y");
+};
+
+TEST_F(Kcdsa, SignsAndVerifiesThePublishedVectors) {
     ASSERT_EQ(vectors().size(), 5U);
     for (const Vector &vector : vectors()) {
         SCOPED_TRACE(vector.name);
@@ -110,8 +116,7 @@ TEST(Kcdsa, SignsAndVerifiesThePublishedVectors) {
     }
 }
 
-TEST(Kcdsa, StreamsWithEveryDigestAndCutsItToQ) {
-    const LeakCheck leaks;
+TEST_F(Kcdsa, StreamsWithEveryDigestAndCutsItToQ) {
     const struct {
         std::size_t vector;
         std::uint32_t digest_id, r_length, s_length;
@@ -145,45 +150,41 @@ TEST(Kcdsa, StreamsWithEveryDigestAndCutsItToQ) {
     }
 }
 
-TEST(Kcdsa, RefusesEveryOtherSignature) {
-    const LeakCheck leaks;
-    const Vector &vector = smallest();
-    const Unit unit = key_of(vector, "y");
-    const Octets r = octets(vector['r']);
-    const Octets s = octets(vector['s']);
-    const Octets both = octets(vector['r'] + vector['s']);
+TEST_F(Kcdsa, RefusesEveryOtherSignature) {
+    const Octets both = octets(vector_['r'] + vector_['s']);
     for (std::size_t bit = 0; bit < 8 * both.size(); ++bit) {
         Octets changed = both;
         changed[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
-        EXPECT_EQ(verify(unit.get(), vector.digest_id, Octets(changed.begin(), changed.begin() + 20),
+        EXPECT_EQ(verify(public_key_.get(), vector_.digest_id, Octets(changed.begin(), changed.begin() + 20),
                          Octets(changed.begin() + 20, changed.end())),
                   TLX_KCDSA_BAD_SIGNATURE)
             << bit;
     }
     // s + q is the same exponent of y, yet no signature.
     const Number shifted = number("00");
-    ASSERT_EQ(add_BIGINT(shifted.get(), number(vector['s']).get(), number(vector['q']).get()), 0U);
+    ASSERT_EQ(add_BIGINT(shifted.get(), number(vector_['s']).get(), number(vector_['q']).get()), 0U);
     const struct {
         const char *what;
         Octets r, s;
     } kCases[] = {
-        {"s + q", r, octets(hex(shifted.get()))},
-        {"s = q", r, octets(vector['q'])},
-        {"s = 0", r, Octets(20)},
-        {"s far too long", r, Octets(5000, 0xFF)},
-        {"r = 0", Octets(20), s},
-        {"r too long", octets("00" + vector['r']), s},
-        {"r too short", Octets(r.begin(), r.end() - 1), s},
+        {"s + q", r_, octets(hex(shifted.get()))},
+        {"s = q", r_, octets(vector_['q'])},
+        {"s = 0", r_, Octets(20)},
+        {"s far too long", r_, Octets(5000, 0xFF)},
+        {"r = 0", Octets(20), s_},
+        {"r too long", octets("00" + vector_['r']), s_},
+        {"r too short", Octets(r_.begin(), r_.end() - 1), s_},
     };
     for (const auto &c : kCases)
-        EXPECT_EQ(verify(unit.get(), vector.digest_id, c.r, c.s), TLX_KCDSA_BAD_SIGNATURE) << c.what;
-    EXPECT_EQ(verify(unit.get(), TLX_DIGEST_SHA1, r, s), TLX_KCDSA_BAD_SIGNATURE) << "another digest";
-    EXPECT_EQ(verify(unit.get(), vector.digest_id, r, octets("0000" + vector['s'])), 0U) << "leading zeros";
+        EXPECT_EQ(verify(public_key_.get(), vector_.digest_id, c.r, c.s), TLX_KCDSA_BAD_SIGNATURE) << c.what;
+    EXPECT_EQ(verify(public_key_.get(), TLX_DIGEST_SHA1, r_, s_), TLX_KCDSA_BAD_SIGNATURE)
+        << "another digest";
+    EXPECT_EQ(verify(public_key_.get(), vector_.digest_id, r_, octets("0000" + vector_['s'])), 0U)
+        << "leading zeros";
 }
 
-TEST(Kcdsa, RefusesNumbersThatMakeNoKey) {
-    const LeakCheck leaks;
-    const Vector &good = smallest();
+TEST_F(Kcdsa, RefusesNumbersThatMakeNoKey) {
+    const Vector &good = vector_;
     const auto ending = [&good](char which, char digit) {
         std::string value = good[which];
         value.back() = digit;
@@ -240,17 +241,14 @@ TEST(Kcdsa, RefusesNumbersThatMakeNoKey) {
     EXPECT_EQ(check_KCDSA_params(key_of(bad, "").get()), TLX_KCDSA_BAD_KEY);
 }
 
-TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
-    const LeakCheck leaks;
-    const Unit public_key = key_of(smallest(), "y");
-    const Unit owned = key_of(smallest(), "xy");
-    KCDSA *key = owned.get();
+TEST_F(Kcdsa, RefusesBadArgumentsAndOrder) {
+    KCDSA *key = unit_.get();
     std::uint8_t out[TLX_KCDSA_MAX_LENGTH];
     std::uint32_t r_len = 7;
     std::uint32_t s_len = 7;
-    EXPECT_EQ(init_KCDSA(public_key.get(), 1), 1U) << "signing takes a private key";
+    EXPECT_EQ(init_KCDSA(public_key_.get(), 1), 1U) << "signing takes a private key";
     EXPECT_EQ(init_KCDSA(key, 2), 1U) << "no direction";
-    EXPECT_EQ(init_KCDSA(key_of(smallest(), "").get(), 0), 1U) << "parameters alone";
+    EXPECT_EQ(init_KCDSA(key_of(vector_, "").get(), 0), 1U) << "parameters alone";
     EXPECT_EQ(update_KCDSA(key, out, 1), 1U) << "before init";
     EXPECT_EQ(final_KCDSA(key, out, &r_len, out, &s_len), 1U) << "before init";
     EXPECT_EQ(r_len + s_len, 0U);
@@ -265,9 +263,9 @@ TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
     Signature made;
     EXPECT_EQ(set_KCDSA_digest(key, 0x12345678), 1U);
     EXPECT_EQ(sign(key, 0x12345678, made), 1U);
-    EXPECT_EQ(sign(public_key.get(), TLX_DIGEST_SHA1, made), 1U);
+    EXPECT_EQ(sign(public_key_.get(), TLX_DIGEST_SHA1, made), 1U);
     // No k is not a k of the library's choice; 0; q.
-    for (const std::string &k : {std::string(), std::string("00"), smallest()['q']}) {
+    for (const std::string &k : {std::string(), std::string("00"), vector_['q']}) {
         EXPECT_EQ(sign_KCDSA_with_k(key, TLX_DIGEST_SHA1, out, 1, number(k).get(), out, &r_len, out, &s_len),
                   1U)
             << "k " << k;
@@ -279,49 +277,42 @@ TEST(Kcdsa, RefusesBadArgumentsAndOrder) {
     EXPECT_EQ(get_KCDSA_length(key), 20U) << "the failures left the unit as it was";
 }
 
-TEST(Kcdsa, GeneratesParametersAndKeys) {
-    const LeakCheck leaks;
+TEST_F(Kcdsa, GeneratesParametersAndKeys) {
     for (const auto &[p_bits, q_bits, digest_id] : {std::tuple(512U, 112U, TLX_DIGEST_SHA256),
                                                     {640U, 160U, TLX_DIGEST_HAS160},
                                                     {1024U, 160U, TLX_DIGEST_HAS160}}) {
         SCOPED_TRACE(p_bits);
-        const Unit unit = key_of(smallest(), "xy");
-        ASSERT_EQ(gen_KCDSA_params(unit.get(), p_bits, q_bits, digest_id), 0U);
-        EXPECT_EQ(get_BIGINT_bits(get_KCDSA_number(unit.get(), TLX_KCDSA_P)), p_bits);
-        EXPECT_EQ(get_BIGINT_bits(get_KCDSA_number(unit.get(), TLX_KCDSA_Q)), q_bits);
-        EXPECT_EQ(get_KCDSA_number(unit.get(), TLX_KCDSA_X), nullptr);
-        EXPECT_EQ(get_KCDSA_number(unit.get(), TLX_KCDSA_Y), nullptr);
-        EXPECT_EQ(check_KCDSA_params(unit.get()), 0U);
-        ASSERT_EQ(gen_KCDSA_key(unit.get()), 0U);
+        ASSERT_EQ(gen_KCDSA_params(unit_.get(), p_bits, q_bits, digest_id), 0U);
+        EXPECT_EQ(get_BIGINT_bits(get_KCDSA_number(unit_.get(), TLX_KCDSA_P)), p_bits);
+        EXPECT_EQ(get_BIGINT_bits(get_KCDSA_number(unit_.get(), TLX_KCDSA_Q)), q_bits);
+        EXPECT_EQ(get_KCDSA_number(unit_.get(), TLX_KCDSA_X), nullptr);
+        EXPECT_EQ(get_KCDSA_number(unit_.get(), TLX_KCDSA_Y), nullptr);
+        EXPECT_EQ(check_KCDSA_params(unit_.get()), 0U);
+        ASSERT_EQ(gen_KCDSA_key(unit_.get()), 0U);
         Signature made;
-        ASSERT_EQ(sign(unit.get(), digest_id, made), 0U);
-        EXPECT_EQ(verify(unit.get(), digest_id, made.r, made.s), 0U);
+        ASSERT_EQ(sign(unit_.get(), digest_id, made), 0U);
+        EXPECT_EQ(verify(unit_.get(), digest_id, made.r, made.s), 0U);
     }
 }
 
-TEST(Kcdsa, PreparesItsNumbersOnceAndForgetsThemWhenTheyChange) {
-    const LeakCheck leaks;
-    const Vector &vector = smallest();
-    const Unit unit = key_of(vector, "y");
-    const Octets r = octets(vector['r']);
-    const Octets s = octets(vector['s']);
+TEST_F(Kcdsa, PreparesItsNumbersOnceAndForgetsThemWhenTheyChange) {
     for (int i = 0; i < 100; ++i)
-        ASSERT_EQ(verify(unit.get(), vector.digest_id, r, s), 0U);
-    EXPECT_EQ(get_KCDSA_builds(unit.get()), 1U);
-    const Unit copy(dup_KCDSA(unit.get()));
-    ASSERT_EQ(set_KCDSA_public(unit.get(), number("05").get()), 0U);
-    EXPECT_EQ(get_KCDSA_builds(unit.get()), 0U);
-    EXPECT_EQ(verify(unit.get(), vector.digest_id, r, s), TLX_KCDSA_BAD_SIGNATURE);
-    clean_KCDSA(unit.get());
-    EXPECT_EQ(get_KCDSA_number(unit.get(), TLX_KCDSA_P), nullptr);
-    EXPECT_EQ(verify(copy.get(), vector.digest_id, r, s), 0U) << "the copy shares nothing";
+        ASSERT_EQ(verify(public_key_.get(), vector_.digest_id, r_, s_), 0U);
+    EXPECT_EQ(get_KCDSA_builds(public_key_.get()), 1U);
+    const Unit copy(dup_KCDSA(public_key_.get()));
+    ASSERT_EQ(set_KCDSA_public(public_key_.get(), number("05").get()), 0U);
+    EXPECT_EQ(get_KCDSA_builds(public_key_.get()), 0U);
+    EXPECT_EQ(verify(public_key_.get(), vector_.digest_id, r_, s_), TLX_KCDSA_BAD_SIGNATURE);
+    clean_KCDSA(public_key_.get());
+    EXPECT_EQ(get_KCDSA_number(public_key_.get(), TLX_KCDSA_P), nullptr);
+    EXPECT_EQ(verify(copy.get(), vector_.digest_id, r_, s_), 0U) << "the copy shares nothing";
     EXPECT_EQ(get_KCDSA_number(copy.get(), TLX_KCDSA_NUMBER_COUNT), nullptr);
     EXPECT_EQ(dup_KCDSA(nullptr), nullptr);
 }
 
-TEST(Kcdsa, OneUnitServesManyThreads) {
-    const LeakCheck leaks;
-    const Unit unit = key_of(smallest(), "x");
+TEST_F(Kcdsa, OneUnitServesManyThreads) {
+    // Without the public key, which the first thread computes.
+    const Unit unit = key_of(vector_, "x");
     const auto sign_and_verify = [&unit] {
         for (int i = 0; i < 20; ++i) {
             Signature made;
@@ -335,22 +326,21 @@ TEST(Kcdsa, OneUnitServesManyThreads) {
     EXPECT_LE(get_KCDSA_builds(unit.get()), 4U);
 }
 
-TEST(Kcdsa, SurvivesFailingAllocations) {
-    const Vector &vector = smallest();
-    const Number numbers[] = {number(vector['p']), number(vector['q']), number(vector['g'])};
+TEST_F(Kcdsa, SurvivesFailingAllocations) {
+    const Number numbers[] = {number(vector_['p']), number(vector_['q']), number(vector_['g'])};
     const unsigned failures = sweep_failing_allocations([&] {
         const Unit unit(new_KCDSA());
         if (unit == nullptr) return false;
         Signature made;
         for (const std::uint32_t status :
              {set_KCDSA_params(unit.get(), numbers[0].get(), numbers[1].get(), numbers[2].get()),
-              gen_KCDSA_key(unit.get()), sign(unit.get(), vector.digest_id, made)}) {
+              gen_KCDSA_key(unit.get()), sign(unit.get(), vector_.digest_id, made)}) {
             EXPECT_LE(status, 1U);
             if (status != 0) return false;
         }
         const Unit copy(dup_KCDSA(unit.get()));
         if (copy == nullptr) return false;
-        const std::uint32_t status = verify(copy.get(), vector.digest_id, made.r, made.s);
+        const std::uint32_t status = verify(copy.get(), vector_.digest_id, made.r, made.s);
         EXPECT_LE(status, 1U) << "a good signature is never called bad";
         return status == 0;
     });

@@ -65,9 +65,15 @@ std::uint32_t verify(const Unit &unit, std::uint32_t digest_id, std::uint32_t mo
                       length(signature));
 }
 
-TEST(Rsa, SignaturesGoBothWaysWithLibcrypto) {
-    const LeakCheck leaks;
-    const Unit private_key = private_unit(test_key());
+class Rsa : public ::testing::Test {
+    LeakCheck leaks_;
+
+  protected:
+    const Unit private_key_ = private_unit(test_key());
+    const Unit public_key_ = public_unit();
+};
+
+TEST_F(Rsa, SignaturesGoBothWaysWithLibcrypto) {
     const std::pair<std::uint32_t, const char *> kDigests[] = {
         {TLX_DIGEST_MD5, "MD5"}, {TLX_DIGEST_SHA1, "SHA1"},     {TLX_DIGEST_SHA224, "SHA224"},
         {kSha256, "SHA256"},     {TLX_DIGEST_SHA384, "SHA384"}, {TLX_DIGEST_SHA512, "SHA512"},
@@ -78,62 +84,56 @@ TEST(Rsa, SignaturesGoBothWaysWithLibcrypto) {
             // Without parameters PSS has the standard's: MGF1 with SHA-1 and a salt of 20 octets.
             const peer::RsaScheme scheme = {name, mode == kPss ? "SHA1" : "", 20};
             Octets signature;
-            ASSERT_EQ(sign(private_key, digest, mode, signature), 0U);
+            ASSERT_EQ(sign(private_key_, digest, mode, signature), 0U);
             EXPECT_TRUE(peer::rsa_verify(test_key(), scheme, kData, signature));
-            EXPECT_EQ(verify(public_unit(), digest, mode, peer::rsa_sign(test_key(), scheme, kData)), 0U);
+            EXPECT_EQ(verify(public_key_, digest, mode, peer::rsa_sign(test_key(), scheme, kData)), 0U);
         }
     }
 }
 
-TEST(Rsa, PssTakesItsParametersExactly) {
-    const LeakCheck leaks;
-    const Unit unit = private_unit(test_key());
+TEST_F(Rsa, PssTakesItsParametersExactly) {
     const peer::RsaScheme scheme = {"SHA256", "SHA256", 32};
     const Octets theirs = peer::rsa_sign(test_key(), scheme, kData);
-    EXPECT_EQ(verify(unit, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE);
-    ASSERT_EQ(set_RSA_UNIT_PSS(unit.get(), kSha256, 31), 0U);
-    EXPECT_EQ(verify(unit, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE);
-    ASSERT_EQ(set_RSA_UNIT_PSS(unit.get(), kSha256, 32), 0U);
-    EXPECT_EQ(verify(unit, kSha256, kPss, theirs), 0U);
-    const Unit copy(dup_RSA_UNIT(unit.get()));
+    EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE);
+    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 31), 0U);
+    EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE);
+    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 32), 0U);
+    EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), 0U);
+    const Unit copy(dup_RSA_UNIT(private_key_.get()));
     Octets ours;
     ASSERT_EQ(sign(copy, kSha256, kPss, ours), 0U);
     EXPECT_TRUE(peer::rsa_verify(test_key(), scheme, kData, ours));
 
-    ASSERT_EQ(set_RSA_UNIT_PSS(unit.get(), kSha256, 0), 0U);
-    ASSERT_EQ(sign(unit, kSha256, kPss, ours), 0U);
+    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 0), 0U);
+    ASSERT_EQ(sign(private_key_, kSha256, kPss, ours), 0U);
     EXPECT_TRUE(peer::rsa_verify(test_key(), {"SHA256", "SHA256", 0}, kData, ours)) << "no salt";
-    ASSERT_EQ(set_RSA_UNIT_PSS(unit.get(), kSha256, 500), 0U);
-    EXPECT_EQ(sign(unit, kSha256, kPss, ours), 1U) << "a salt that does not fit";
-    EXPECT_EQ(set_RSA_UNIT_PSS(unit.get(), kSha256, 0xFFFFFFFF), 1U);
-    EXPECT_EQ(set_RSA_UNIT_PSS(unit.get(), TLX_DIGEST_HAS160, 20), 1U);
+    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 500), 0U);
+    EXPECT_EQ(sign(private_key_, kSha256, kPss, ours), 1U) << "a salt that does not fit";
+    EXPECT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 0xFFFFFFFF), 1U);
+    EXPECT_EQ(set_RSA_UNIT_PSS(private_key_.get(), TLX_DIGEST_HAS160, 20), 1U);
 }
 
-TEST(Rsa, SignsHas160WithItsIdentifier) {
-    const LeakCheck leaks;
-    const Unit unit = private_unit(test_key());
+TEST_F(Rsa, SignsHas160WithItsIdentifier) {
     Octets signature;
-    ASSERT_EQ(sign(unit, TLX_DIGEST_HAS160, kPkcs1, signature), 0U);
+    ASSERT_EQ(sign(private_key_, TLX_DIGEST_HAS160, kPkcs1, signature), 0U);
     Octets hash(20);
     std::uint32_t size = 0;
     ASSERT_EQ(Digest(TLX_DIGEST_HAS160, kData.data(), length(kData), hash.data(), &size), 0U);
     // SEQUENCE { SEQUENCE { 1.2.410.200004.1.2, NULL }, OCTET STRING }
     EXPECT_EQ(hex(peer::rsa_recover(test_key(), signature)),
               "3024300C06082A831A8C9A44010205000414" + hex(hash));
-    EXPECT_EQ(verify(unit, TLX_DIGEST_HAS160, kPkcs1, signature), 0U);
-    EXPECT_EQ(sign(unit, TLX_DIGEST_HAS160, kPss, signature), 1U);
+    EXPECT_EQ(verify(private_key_, TLX_DIGEST_HAS160, kPkcs1, signature), 0U);
+    EXPECT_EQ(sign(private_key_, TLX_DIGEST_HAS160, kPss, signature), 1U);
 }
 
-TEST(Rsa, RefusesEveryOtherSignature) {
-    const LeakCheck leaks;
-    const Unit unit = private_unit(test_key());
+TEST_F(Rsa, RefusesEveryOtherSignature) {
     for (const std::uint32_t mode : {kPkcs1, kPss}) {
         Octets good;
-        ASSERT_EQ(sign(unit, TLX_DIGEST_SHA1, mode, good), 0U);
+        ASSERT_EQ(sign(private_key_, TLX_DIGEST_SHA1, mode, good), 0U);
         for (std::size_t bit = 0; bit < 8 * good.size(); bit += 7) {
             Octets bad = good;
             bad[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
-            EXPECT_EQ(verify(unit, TLX_DIGEST_SHA1, mode, bad), TLX_RSA_BAD_SIGNATURE) << bit;
+            EXPECT_EQ(verify(private_key_, TLX_DIGEST_SHA1, mode, bad), TLX_RSA_BAD_SIGNATURE) << bit;
         }
         Octets longer = good;
         longer.push_back(0);
@@ -151,14 +151,14 @@ TEST(Rsa, RefusesEveryOtherSignature) {
             {"the other mode", TLX_DIGEST_SHA1, kPkcs1 + kPss - mode, good},
         };
         for (const auto &c : kCases)
-            EXPECT_EQ(verify(unit, c.digest_id, c.mode, c.signature), TLX_RSA_BAD_SIGNATURE) << c.what;
-        EXPECT_EQ(verify(unit, TLX_DIGEST_SHA1, mode, good), 0U) << "the failures left no trace";
+            EXPECT_EQ(verify(private_key_, c.digest_id, c.mode, c.signature), TLX_RSA_BAD_SIGNATURE)
+                << c.what;
+        EXPECT_EQ(verify(private_key_, TLX_DIGEST_SHA1, mode, good), 0U) << "the failures left no trace";
     }
     EXPECT_TRUE(peer::error_queue_is_empty());
 }
 
-TEST(Rsa, GeneratesAndUsesKeysOfAnySize) {
-    const LeakCheck leaks;
+TEST_F(Rsa, GeneratesAndUsesKeysOfAnySize) {
     for (const auto &[bits, exponent] : {std::pair(512U, 3U),
                                          {521U, 5U},
                                          {1023U, 17U},
@@ -207,8 +207,7 @@ TEST(Rsa, GeneratesAndUsesKeysOfAnySize) {
     EXPECT_EQ(verify(swapped, kSha256, kPkcs1, good), 0U);
 }
 
-TEST(Rsa, RefusesNumbersThatMakeNoKey) {
-    const LeakCheck leaks;
+TEST_F(Rsa, RefusesNumbersThatMakeNoKey) {
     const Octets &n = test_key().numbers[0];
     const Octets exponent = {1, 0, 1};
     Octets even = n;
@@ -247,12 +246,10 @@ TEST(Rsa, RefusesNumbersThatMakeNoKey) {
     EXPECT_EQ(verify(Unit(new_RSA_UNIT()), TLX_DIGEST_SHA1, kPkcs1, Octets(128)), TLX_RSA_BAD_KEY);
 }
 
-TEST(Rsa, StreamsInItsOrder) {
-    const LeakCheck leaks;
-    const Unit owned = private_unit(test_key());
-    RSA_UNIT *unit = owned.get();
+TEST_F(Rsa, StreamsInItsOrder) {
+    RSA_UNIT *unit = private_key_.get();
     Octets one_shot;
-    ASSERT_EQ(sign(owned, kSha256, kPkcs1, one_shot), 0U);
+    ASSERT_EQ(sign(private_key_, kSha256, kPkcs1, one_shot), 0U);
     const auto feed = [unit](std::uint32_t direction, std::size_t octets) {
         ASSERT_EQ(init_RSASSA(unit, kSha256, kPkcs1, direction), 0U);
         for (std::size_t i = 0; i < octets; ++i)
@@ -282,10 +279,8 @@ TEST(Rsa, StreamsInItsOrder) {
     EXPECT_EQ(update_RSASSA(unit, made.data(), 1), 1U) << "new numbers end what was under way";
 }
 
-TEST(Rsa, RefusesBadArguments) {
-    const LeakCheck leaks;
-    const Unit owned = public_unit();
-    RSA_UNIT *unit = owned.get();
+TEST_F(Rsa, RefusesBadArguments) {
+    RSA_UNIT *unit = public_key_.get();
     const Number one = number("01");
     EXPECT_EQ(init_RSASSA(unit, kSha256, kPkcs1, 1), 1U) << "signing takes a private key";
     EXPECT_EQ(init_RSASSA(unit, kSha256, 3, 0), 1U) << "no such mode";
@@ -293,8 +288,8 @@ TEST(Rsa, RefusesBadArguments) {
     EXPECT_EQ(init_RSASSA(unit, TLX_HMAC_SHA1, kPkcs1, 0), 1U) << "no digest";
     EXPECT_EQ(init_RSASSA(unit, TLX_DIGEST_MDC2, kPkcs1, 0), 1U) << "no DigestInfo for it";
     Octets signature;
-    EXPECT_EQ(sign(owned, kSha256, kPkcs1, signature), 1U);
-    EXPECT_EQ(sign(private_unit(test_key()), 0x12345678, kPkcs1, signature), 1U);
+    EXPECT_EQ(sign(public_key_, kSha256, kPkcs1, signature), 1U);
+    EXPECT_EQ(sign(private_key_, 0x12345678, kPkcs1, signature), 1U);
     EXPECT_EQ(set_RSA_UNIT_private(unit, one.get(), one.get(), one.get(), one.get(), nullptr, nullptr,
                                    nullptr, nullptr),
               1U)
@@ -304,8 +299,7 @@ TEST(Rsa, RefusesBadArguments) {
     EXPECT_EQ(get_RSA_length(unit), 128U) << "the failures left the unit as it was";
 }
 
-TEST(Rsa, ComputesOnceForAllCopiesAndForgetsWhenTheNumbersChange) {
-    const LeakCheck leaks;
+TEST_F(Rsa, ComputesOnceForAllCopiesAndForgetsWhenTheNumbersChange) {
     Unit original = public_unit();
     const Octets signature = peer::rsa_sign(test_key(), {"SHA256", "", 0}, kData);
     const Unit first(dup_RSA_UNIT(original.get()));
@@ -340,29 +334,24 @@ TEST(Rsa, ComputesOnceForAllCopiesAndForgetsWhenTheNumbersChange) {
     EXPECT_EQ(dup_RSA_UNIT(nullptr), nullptr);
 }
 
-TEST(Rsa, OneUnitAndItsCopiesServeManyThreads) {
-    const LeakCheck leaks;
-    const Unit unit = private_unit(test_key());
-    const auto sign_and_verify = [&unit] {
+TEST_F(Rsa, OneUnitAndItsCopiesServeManyThreads) {
+    const auto sign_and_verify = [this] {
         for (unsigned i = 0; i < 50; ++i) {
             const std::uint32_t mode = i % 4 == 0 ? kPss : kPkcs1;
-            const Unit copy(dup_RSA_UNIT(unit.get()));
+            const Unit copy(dup_RSA_UNIT(private_key_.get()));
             Octets signature;
-            if (sign(unit, kSha256, mode, signature) != 0) return false;
-            if (verify(unit, kSha256, mode, signature) != 0) return false;
+            if (sign(private_key_, kSha256, mode, signature) != 0) return false;
+            if (verify(private_key_, kSha256, mode, signature) != 0) return false;
             if (verify(copy, kSha256, mode, signature) != 0) return false;
         }
         return true;
     };
     EXPECT_EQ(successes_on_threads(4, sign_and_verify), 4U);
-    EXPECT_GE(get_RSA_UNIT_builds(unit.get()), 2U);
-    EXPECT_LE(get_RSA_UNIT_builds(unit.get()), 8U);
+    EXPECT_GE(get_RSA_UNIT_builds(private_key_.get()), 2U);
+    EXPECT_LE(get_RSA_UNIT_builds(private_key_.get()), 8U);
 }
 
-TEST(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
-    const LeakCheck leaks;
-    const Unit decryptor = private_unit(test_key());
-    const Unit encryptor = public_unit();
+TEST_F(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
     const struct {
         std::uint32_t mode, digest_id;
         peer::RsaScheme scheme;
@@ -376,14 +365,15 @@ TEST(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(std::to_string(c.mode) + " " + c.scheme.digest);
-        ASSERT_EQ(init_RSAES(encryptor.get(), c.mode, 0, c.digest_id), 0U);
-        ASSERT_EQ(init_RSAES(decryptor.get(), c.mode, 1, c.digest_id), 0U);
+        ASSERT_EQ(init_RSAES(public_key_.get(), c.mode, 0, c.digest_id), 0U);
+        ASSERT_EQ(init_RSAES(private_key_.get(), c.mode, 1, c.digest_id), 0U);
         const Octets message(c.most, 0x5A);
         Octets sealed(128);
         std::uint32_t size = 0;
-        EXPECT_EQ(encrypt_RSAES(encryptor.get(), sealed.data(), &size, sealed.data(), length(message) + 1),
+        EXPECT_EQ(encrypt_RSAES(public_key_.get(), sealed.data(), &size, sealed.data(), length(message) + 1),
                   1U);
-        ASSERT_EQ(encrypt_RSAES(encryptor.get(), sealed.data(), &size, message.data(), length(message)), 0U);
+        ASSERT_EQ(encrypt_RSAES(public_key_.get(), sealed.data(), &size, message.data(), length(message)),
+                  0U);
         EXPECT_EQ(size, 128U);
         EXPECT_EQ(peer::rsa_decrypt(test_key(), c.scheme, sealed), message);
 
@@ -396,26 +386,27 @@ TEST(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
         // 1 decrypts to 1, which has no padding.
         Octets unpadded(128);
         unpadded.back() = 1;
-        EXPECT_EQ(open(decryptor, theirs, c.most - 1), 1U) << "no room";
-        EXPECT_EQ(open(decryptor, unpadded, c.most), 1U);
-        EXPECT_EQ(open(decryptor, Octets(theirs.begin(), theirs.end() - 1), c.most), 1U);
-        EXPECT_EQ(open(encryptor, theirs, c.most), 1U) << "prepared for the other direction";
+        EXPECT_EQ(open(private_key_, theirs, c.most - 1), 1U) << "no room";
+        EXPECT_EQ(open(private_key_, unpadded, c.most), 1U);
+        EXPECT_EQ(open(private_key_, Octets(theirs.begin(), theirs.end() - 1), c.most), 1U);
+        EXPECT_EQ(open(public_key_, theirs, c.most), 1U) << "prepared for the other direction";
         EXPECT_EQ(size, 0U);
         EXPECT_EQ(opened, Octets(c.most)) << "nothing is written";
-        EXPECT_EQ(open(decryptor, theirs, c.most), 0U);
+        EXPECT_EQ(open(private_key_, theirs, c.most), 0U);
         EXPECT_EQ(size, c.most);
         EXPECT_EQ(opened, message);
     }
-    EXPECT_EQ(init_RSAES(encryptor.get(), TLX_RSAES_MODE_PKCS1, 1, 0), 1U) << "it takes a private key";
-    EXPECT_EQ(init_RSAES(encryptor.get(), 1, 0, 0), 1U) << "no such mode";
-    EXPECT_EQ(init_RSAES(encryptor.get(), TLX_RSAES_MODE_OAEP, 0, TLX_DIGEST_HAS160), 1U);
+    EXPECT_EQ(init_RSAES(public_key_.get(), TLX_RSAES_MODE_PKCS1, 1, 0), 1U) << "it takes a private key";
+    EXPECT_EQ(init_RSAES(public_key_.get(), 1, 0, 0), 1U) << "no such mode";
+    EXPECT_EQ(init_RSAES(public_key_.get(), TLX_RSAES_MODE_OAEP, 0, TLX_DIGEST_HAS160), 1U);
     Octets out(128);
     std::uint32_t size = 128;
-    EXPECT_EQ(encrypt_RSAES(encryptor.get(), out.data(), &size, out.data(), 1), 1U) << "nothing is prepared";
+    EXPECT_EQ(encrypt_RSAES(public_key_.get(), out.data(), &size, out.data(), 1), 1U)
+        << "nothing is prepared";
     EXPECT_TRUE(peer::error_queue_is_empty());
 }
 
-TEST(Rsa, SurvivesFailingAllocations) {
+TEST_F(Rsa, SurvivesFailingAllocations) {
     const unsigned failures = sweep_failing_allocations([&] {
         const Unit unit(new_RSA_UNIT());
         if (unit == nullptr) return false;
