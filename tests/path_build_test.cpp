@@ -263,18 +263,6 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
     EXPECT_GT(missed, 300U);
 }
 
-TEST(IssuerIndex, BuildsPathsFromALargePool) {
-    const Chain chain = valid_chain(4);
-    const Certificates pool(new_X509_CERTIFICATES());
-    for (unsigned i = 0; i < 3000; ++i) {
-        const std::string number = std::to_string(10000000 + i);
-        push_STACK_value(pool.get(), make_candidate({number, number, number.c_str()}, 0).release());
-        if (i % 1000 == 0) push_STACK_value(pool.get(), chain[1 + i / 1000].make().release());
-    }
-    EXPECT_EQ(build(pool.get(), anchors_of({chain[3]}).get(), chain[0].make().get()),
-              "User, CA 2, CA 1, Root");
-}
-
 TEST(SipHash, GivesThePublishedValue) {
     // Appendix A of the paper: key 00 01 .. 0F, message 00 01 .. 0E.
     tlx::SipHash hash(tlx::SipHash::Key{{0x0706050403020100, 0x0F0E0D0C0B0A0908}});

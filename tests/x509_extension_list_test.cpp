@@ -55,9 +55,10 @@ TEST(Extension, Members) {
     EXPECT_EQ(text_of(get_X509_EXTENSION_data(extension)), "type 4 extra 0: 30 00");
     EXPECT_EQ(encoded(X509_EXTENSION_to_Seq, extension), hex_of_text("30{06:551D13 01:FF 04:3000}"));
 
-    EXPECT_EQ(set_X509_EXTENSION_object(extension, nullptr), 1U);
-    EXPECT_EQ(set_X509_EXTENSION_data(nullptr, data.get()), 1U);
-    EXPECT_EQ(set_X509_EXTENSION_critical(nullptr, 1), 1U);
+    EXPECT_EQ(
+        Statuses({set_X509_EXTENSION_object(extension, nullptr), set_X509_EXTENSION_data(nullptr, data.get()),
+                  set_X509_EXTENSION_critical(nullptr, 1)}),
+        Statuses{1});
     EXPECT_EQ(get_X509_EXTENSION_critical(nullptr), 0);
     EXPECT_EQ(get_X509_EXTENSION_object(nullptr), nullptr);
     EXPECT_EQ(get_X509_EXTENSION_data(nullptr), nullptr);
@@ -136,10 +137,11 @@ TEST(AlgorithmIdentifier, Members) {
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_parameters(algorithm, parameters.get()), 0U);
     EXPECT_EQ(octets(get_X509_ALGO_IDENTIFIER_OID(algorithm)), "1.2.3");
     EXPECT_EQ(hex_of(get_X509_ALGO_IDENTIFIER_parameters(algorithm)), "30 03 02 01 05");
-    EXPECT_EQ(set_X509_ALGO_IDENTIFIER_OID(algorithm, nullptr), 1U);
-    EXPECT_EQ(set_X509_ALGO_IDENTIFIER_OID(nullptr, oid.get()), 1U);
-    EXPECT_EQ(set_X509_ALGO_IDENTIFIER_parameters(nullptr, nullptr), 1U);
-    EXPECT_EQ(set_X509_ALGO_IDENTIFIER_null(nullptr), 1U);
+    EXPECT_EQ(Statuses({set_X509_ALGO_IDENTIFIER_OID(algorithm, nullptr),
+                        set_X509_ALGO_IDENTIFIER_OID(nullptr, oid.get()),
+                        set_X509_ALGO_IDENTIFIER_parameters(nullptr, nullptr),
+                        set_X509_ALGO_IDENTIFIER_null(nullptr)}),
+              Statuses{1});
 
     const Held<X509_ALGO_IDENTIFIERS, free_X509_ALGO_IDENTIFIERS> list(new_X509_ALGO_IDENTIFIERS());
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_parameters(algorithm, nullptr), 0U);

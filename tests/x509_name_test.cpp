@@ -98,10 +98,11 @@ TEST(Name, AddingAndTakingOut) {
     EXPECT_EQ(encoded(X509_NAME_to_Seq, name.get()),
               hex_of_text("30{31{30{06:550403 13:61}} 31{30{06:550403 0C:62}} 31{30{06:55040A 0C:630063}} "
                           "31{30{06:550403 16:64}}}"));
-    EXPECT_EQ(add_X509_NAME_child(nullptr, child.get(), 0), 1U);
-    EXPECT_EQ(add_X509_NAME_child(name.get(), nullptr, 0), 1U);
-    EXPECT_EQ(add_X509_NAME_child_OID(name.get(), nullptr, 12, "a", 1, 0), 1U);
-    EXPECT_EQ(add_X509_NAME_child_OID(name.get(), oid.get(), 12, nullptr, 0, 0), 1U);
+    EXPECT_EQ(
+        Statuses({add_X509_NAME_child(nullptr, child.get(), 0), add_X509_NAME_child(name.get(), nullptr, 0),
+                  add_X509_NAME_child_OID(name.get(), nullptr, 12, "a", 1, 0),
+                  add_X509_NAME_child_OID(name.get(), oid.get(), 12, nullptr, 0, 0)}),
+        Statuses{1});
     EXPECT_EQ(add_X509_NAME_child_OID_index(name.get(), 33, 12, "a", 1, 0), 1U)
         << "a row without an identifier";
 

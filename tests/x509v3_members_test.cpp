@@ -63,17 +63,6 @@ TEST(PolicyConstraints, NumbersUnderEitherTagging) {
     }
 }
 
-TEST(AuthorityKeyId, Members) {
-    const Owned<AUTHORITY_KEYID> record(
-        decoded(Seq_to_AUTHORITY_KEYID, "30{80:AABB A1{A4{30{31{30{06:550403 0C:41}}}} 82:62} 82:0102}"));
-    EXPECT_EQ(text_of(record->keyIdentifier), "type 4 extra 0: AA BB");
-    EXPECT_EQ(get_GENERAL_NAMES_count(record->authorityCertIssuer), 2U);
-    const GENERAL_NAME *name = get_GENERAL_NAMES_child(record->authorityCertIssuer, 0);
-    ASSERT_EQ(name->choice, 4U);
-    EXPECT_EQ(text_of(get_X509_NAME_CHILD(name->value.directoryName, 0)->data), "type 12 extra 0: 41");
-    EXPECT_EQ(number(record->authorityCertSerialNumber), "258");
-}
-
 TEST(GeneralName, ValueOfEachChoice) {
     const struct {
         const char *text;

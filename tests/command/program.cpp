@@ -9,6 +9,7 @@
 
 #include "support/command.hpp"
 #include "support/utf8_path.hpp"
+#include "support/x509_files.hpp"
 
 namespace command_test {
 
@@ -112,15 +113,8 @@ std::string read_file(const std::string &path) {
 }
 
 std::string octets(const std::string &digits) {
-    std::string text;
-    std::string pair;
-    for (const char c : digits) {
-        if (c != ' ') pair.push_back(c);
-        if (pair.size() < 2) continue;
-        text.push_back(static_cast<char>(std::stoi(pair, nullptr, 16)));
-        pair.clear();
-    }
-    return text;
+    const tlx_test::Octets octets = tlx_test::hex(digits);
+    return {octets.begin(), octets.end()};
 }
 
 std::string element(int tag, const std::string &contents) {
@@ -134,13 +128,8 @@ std::string element(int tag, const std::string &contents) {
 }
 
 std::string der_of(const std::string &path) {
-    const std::string text = read_file(path);
-    uint8_t *der = nullptr;
-    const uint32_t size = decode_PEM(text.data(), static_cast<int32_t>(text.size()), &der);
-    EXPECT_GT(size, 0U) << path;
-    const std::string result(reinterpret_cast<const char *>(der), size);
-    tlx_free(der);
-    return result;
+    const tlx_test::Octets der = tlx_test::read_pem_file(path).at(0);
+    return {der.begin(), der.end()};
 }
 
 std::string pem_of(const std::string &label, const std::string &der) {
