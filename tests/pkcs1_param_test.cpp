@@ -111,6 +111,8 @@ TEST_F(Params, AreWrittenMemberByMember) {
     EXPECT_EQ(hex_of(oaep->pSourceAlgorithm->parameters), "04 00") << "an empty label";
 
     const Algorithm algorithm(new_X509_ALGO_IDENTIFIER());
+    ASSERT_EQ(set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(algorithm.get(), pss.get()), 0U);
+    EXPECT_EQ(hex_of(algorithm->parameters), "30 06 A2 04 02 02 00 C8");
     ASSERT_EQ(set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(algorithm.get(), oaep_sha256().get()), 0U);
     EXPECT_EQ(hex_of(algorithm->parameters), kOaepSha256);
     EXPECT_EQ(algorithm->algorithm, nullptr) << "left to the caller";

@@ -82,10 +82,7 @@ std::string der_of(const PublicKey &key) {
 }
 
 std::string with_crlf(const std::string &text) {
-    std::string out;
-    for (const char c : text)
-        out += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    return out;
+    return std::regex_replace(text, std::regex("\n"), "\r\n");
 }
 
 std::string replaced(std::string text, const std::string &from, const std::string &to) {
@@ -203,6 +200,7 @@ TEST(KeyFile, ReadsWhatItCanAndSaysWhyNot) {
         {"a NUL before the comma", replaced(locked, "DES-", std::string("DES\0", 4)), 0x4900002B},
         {"IV too short", locked.substr(0, iv) + locked.substr(iv + 1), 0x4900002B},
         {"IV not hexadecimal", replaced(locked, "CBC," + locked.substr(iv, 1), "CBC,g"), 0x4900002B},
+        {"IV not quite hexadecimal", replaced(locked, "CBC," + locked.substr(iv, 1), "CBC,G"), 0x4900002B},
         {"not Base64", begin + "MAYCARECAQM*" + end, 0x4900004F},
         {"no body", begin + end, 0x4900004F},
         {"ciphertext not of whole blocks", locked.substr(0, iv + 16) + "\n\nAAAA\n" + end, 0x4900004F},
@@ -256,13 +254,29 @@ TEST(KeyFile, DerivesTheKeyThatOpensslDerives) {
 
 // ---- Records ----
 
+struct Case {
+    const char *what;
+    std::string der;
+    std::uint32_t status;
+};
+
+/// Decodes into a record of the caller, which a failure leaves clean, and into a new one.
+template <typename Key>
+void expect_decoding(const Case &c, std::uint32_t (*decode)(const ASN1_UNIT *, Key **),
+                     const tlx::Owned<Key> &own) {
+    Key *out = own.get();
+    EXPECT_EQ(decode(node_of(c.der).get(), &out), c.status) << c.what;
+    EXPECT_EQ(own->modulus != nullptr, c.status == 0) << c.what;
+    EXPECT_EQ(own->publicExponent != nullptr, c.status == 0) << c.what;
+    Key *made = nullptr;
+    EXPECT_EQ(decode(node_of(c.der).get(), &made), c.status) << c.what;
+    EXPECT_EQ(made != nullptr, c.status == 0) << c.what;
+    const tlx::Owned<Key> owner(made);
+}
+
 TEST(PrivateKeyRecord, IsNineNumbers) {
     const tlx_test::LeakCheck leaks;
-    const struct {
-        const char *what;
-        std::string der;
-        std::uint32_t status;
-    } cases[] = {
+    const Case cases[] = {
         {"nine numbers", kPrivateNumbers, 0},
         {"version 7", replaced(kPrivateNumbers, "02 01 00", "02 01 07"), 0},
         {"a tenth number", replaced(kPrivateNumbers, "30 1B", "30 1E") + " 02 01 01", 0},
@@ -272,19 +286,12 @@ TEST(PrivateKeyRecord, IsNineNumbers) {
          replaced(replaced(kPrivateNumbers, "30 1B", "30 1A"), "02 01 03", "02 00"), 0x49030000},
         {"nothing", "30 00", 0x49030000},
     };
-    PKCS1_RSA_PRIVATE_KEY *own = nullptr;
-    for (const auto &each : cases) {
-        PKCS1_RSA_PRIVATE_KEY *made = nullptr;
-        EXPECT_EQ(Seq_to_PKCS1_RSA_PRIVATE_KEY(node_of(each.der).get(), &made), each.status) << each.what;
-        EXPECT_EQ(made != nullptr, each.status == 0) << each.what;
-        free_PKCS1_RSA_PRIVATE_KEY(made);
-        EXPECT_EQ(Seq_to_PKCS1_RSA_PRIVATE_KEY(node_of(each.der).get(), &own), each.status) << each.what;
-        EXPECT_EQ(own->modulus != nullptr, each.status == 0)
-            << each.what << ": a record of the caller is left clean";
-    }
-    EXPECT_EQ(Seq_to_PKCS1_RSA_PRIVATE_KEY(nullptr, &own), 0x49030049U);
-    ASSERT_EQ(Seq_to_PKCS1_RSA_PRIVATE_KEY(node_of(kPrivateNumbers).get(), &own), 0U);
-    const PrivateKey key(own);
+    const PrivateKey key(new_PKCS1_RSA_PRIVATE_KEY());
+    for (const Case &each : cases)
+        expect_decoding(each, Seq_to_PKCS1_RSA_PRIVATE_KEY, key);
+    PKCS1_RSA_PRIVATE_KEY *out = key.get();
+    EXPECT_EQ(Seq_to_PKCS1_RSA_PRIVATE_KEY(nullptr, &out), 0x49030049U);
+    ASSERT_EQ(Seq_to_PKCS1_RSA_PRIVATE_KEY(node_of(kPrivateNumbers).get(), &out), 0U);
     EXPECT_EQ(der_of(key), kPrivateNumbers);
     EXPECT_EQ(PKCS1_RSA_PRIVATE_KEY_to_Seq(key.get(), nullptr), 0x49040049U);
     clean_BIGINT(key->version);
@@ -295,16 +302,12 @@ TEST(PrivateKeyRecord, IsNineNumbers) {
 
 TEST(PublicKeyRecord, IsReadBareAndInsideItsInfo) {
     const tlx_test::LeakCheck leaks;
-    const struct {
-        const char *what;
-        const char *der;
-        std::uint32_t status;
-    } cases[] = {
+    const Case cases[] = {
         {"bare", kPublicNumbers, 0},
         {"with a third child", "30 09 02 01 11 02 01 03 02 01 05", 0},
         {"in an info, whose algorithm does not matter", "30 0D 30 00 03 09 00 30 06 02 01 11 02 01 03", 0},
         {"another first child", "30 06 04 01 11 02 01 03", 0x49080000},
-        {"a context tag first", "30 06 80 01 11 02 01 03", 0x49080000},
+        {"a context tag first", "30 06 82 01 11 02 01 03", 0x49080000},
         {"no exponent", "30 03 02 01 11", 0x49080000},
         {"an info without a BIT STRING", "30 0D 30 00 04 09 00 30 06 02 01 11 02 01 03", 0x49080000},
         {"an empty BIT STRING", "30 04 30 00 03 00", 0x49080000},
@@ -313,16 +316,10 @@ TEST(PublicKeyRecord, IsReadBareAndInsideItsInfo) {
          0x49080000},
         {"nothing", "30 00", 0x49080000},
     };
-    for (const auto &each : cases) {
-        PKCS1_RSA_PUBLIC_KEY *out = nullptr;
-        EXPECT_EQ(Seq_to_PKCS1_RSA_PUBLIC_KEY(node_of(each.der).get(), &out), each.status) << each.what;
-        ASSERT_EQ(out != nullptr, each.status == 0) << each.what;
-        if (out == nullptr) continue;
-        const PublicKey key(out);
-        EXPECT_EQ(der_of(key), kPublicNumbers) << each.what;
-        EXPECT_EQ(Seq_to_PKCS1_RSA_PUBLIC_KEY(node_of("30 00").get(), &out), 0x49080000U);
-        EXPECT_EQ(key->modulus, nullptr) << "a record of the caller is left clean";
-        EXPECT_EQ(der_of(key), "49070000") << "a number is missing";
+    const PublicKey key(new_PKCS1_RSA_PUBLIC_KEY());
+    for (const Case &each : cases) {
+        expect_decoding(each, Seq_to_PKCS1_RSA_PUBLIC_KEY, key);
+        EXPECT_EQ(der_of(key), each.status == 0 ? kPublicNumbers : "49070000") << each.what;
     }
     EXPECT_EQ(Seq_to_PKCS1_RSA_PUBLIC_KEY(node_of(kPublicNumbers).get(), nullptr), 0x49080049U);
     EXPECT_EQ(PKCS1_RSA_PUBLIC_KEY_to_Seq(nullptr, nullptr), 0x49070049U);

@@ -113,12 +113,10 @@ TEST_F(SignatureValue, RefusesWhatIsNone) {
     EXPECT_EQ(encode_ecdsa({}, {1}), "462E0049");
     EXPECT_EQ(encode_ecdsa({1}, {}), "462E0049");
     EXPECT_EQ(encode_kcdsa(encode_KCDSASignatureValue, {}, {1}), "4F00002B");
-    EXPECT_EQ(encode_kcdsa(encode_KCDSASignatureValue, {1}, {}), "4F00002B");
+    EXPECT_EQ(encode_kcdsa(encode_KCDSASignatrueValue, {1}, {}), "4F00002B");
     std::uint8_t *out = nullptr;
     const std::uint8_t octet = 1;
-    EXPECT_EQ(encode_ECDSASignatureValue(&out, nullptr, &octet, 1, &octet, 1), 0x462E0049U);
-    EXPECT_EQ(encode_KCDSASignatrueValue(&out, &octet, -1, &octet, 1), 0x4F00002BU);
-    EXPECT_EQ(encode_KCDSASignatureValue(nullptr, &octet, 1, &octet, 1), 0x4F00002BU);
+    EXPECT_EQ(encode_KCDSASignatureValue(&out, &octet, -1, &octet, 1), 0x4F00002BU);
 }
 
 TEST_F(SignatureValue, OfOpensslIsTheSame) {
@@ -139,20 +137,19 @@ TEST_F(SignatureValue, MemoryMayRunOutAnywhere) {
     const Octets number = hex("8F 01");
     const tlx_test::Node ecdsa = node_of("30 06 02 01 01 02 01 02");
     const tlx_test::Node kcdsa = node_of("30 07 03 02 00 01 02 01 02");
-    const auto sweep = [](auto run, std::initializer_list<const char *> failures) {
+    const auto sweep = [](auto run, const std::string &failures) {
         return tlx_test::sweep_failing_allocations([&] {
             const std::string result = run();
-            for (const char *failure : failures) {
-                if (result == failure) return false;
-            }
-            return result.find(' ') != std::string::npos;
+            const bool failed = result.find(' ') == std::string::npos;
+            EXPECT_TRUE(!failed || failures.find(result) != std::string::npos) << result;
+            return !failed;
         });
     };
-    EXPECT_EQ(sweep([&] { return encode_ecdsa(number, number); }, {"462E003C", "462E0104"}), 3U);
-    EXPECT_EQ(sweep([&] { return encode_kcdsa(encode_KCDSASignatureValue, number, number); }, {"4F00003C"}),
+    EXPECT_EQ(sweep([&] { return encode_ecdsa(number, number); }, "462E003C 462E0104"), 3U);
+    EXPECT_EQ(sweep([&] { return encode_kcdsa(encode_KCDSASignatureValue, number, number); }, "4F00003C"),
               2U);
-    EXPECT_EQ(sweep([&] { return decode(decode_ECDSASignatureValue, ecdsa.get()); }, {"462F0104"}), 4U);
-    EXPECT_EQ(sweep([&] { return decode(decode_KCDSASignatureValue, kcdsa.get()); }, {"00000001"}), 3U);
+    EXPECT_EQ(sweep([&] { return decode(decode_ECDSASignatureValue, ecdsa.get()); }, "462F0104"), 4U);
+    EXPECT_EQ(sweep([&] { return decode(decode_KCDSASignatureValue, kcdsa.get()); }, "00000001"), 3U);
 }
 
 }  // namespace
