@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
-#include <cstring>
-
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 
@@ -42,8 +40,11 @@ const String kText200 = string_of(4, std::string(200, 'x'));
 const String kLongOid = string_of(6, "1.2" + repeated(".3", 100));
 const Node kNode = node_of("30 80 05 00 00 00");
 
-TEST(Encode, UniversalTypes) {
-    const LeakCheck leaks;
+class Build : public ::testing::Test {
+    LeakCheck leaks_;
+};
+
+TEST_F(Build, EncodesUniversalTypes) {
     const auto check = [](const Value &v, std::uint32_t form, const std::string &result) {
         SCOPED_TRACE(testing::Message() << "tag " << v.tag << " len " << v.len << " form " << form);
         const bool ok = result != "empty";
@@ -71,22 +72,9 @@ TEST(Encode, UniversalTypes) {
     // More than a length of one octet holds (of an identifier the text counts) or the value has; values and
     // types that there are not.
     const Value refused[] = {
-        {4, kText200.get(), 128},
-        {3, kText200.get(), 127},
-        {6, kLongOid.get(), 203},
-        {4, kOctets.get(), 3},
-        {1, &kOne, 2},
-        {2, kNumber.get(), 0},
-        {5, nullptr, 1},
-        {6, kOid.get(), 0},
-        {23, kText.get(), 0},
-        {4, nullptr, 0},
-        {32, nullptr, 0},
-        {16, kNode.get(), 0},
-        {33, kNode.get(), 0},
-        {26, kOctets.get(), 2},
-        {0, kOctets.get(), 2},
-        {0x104, kOctets.get(), 2},
+        {4, kText200.get(), 128}, {3, kText200.get(), 127}, {6, kLongOid.get(), 128},  {4, kOctets.get(), 3},
+        {4, nullptr, 0},          {32, nullptr, 0},         {16, kNode.get(), 0},      {33, kNode.get(), 0},
+        {26, kOctets.get(), 2},   {0, kOctets.get(), 2},    {0x104, kOctets.get(), 2},
     };
     for (const Value &value : refused)
         check(value, kShort, "empty");
@@ -95,8 +83,7 @@ TEST(Encode, UniversalTypes) {
     EXPECT_EQ(encodeToBER_CS(new_node().get(), 0x100, 5, nullptr, 0, 0), 0x420A0101U);
 }
 
-TEST(Encode, AnyStringByItsType) {
-    const LeakCheck leaks;
+TEST_F(Build, EncodesAnyStringByItsType) {
     struct Case {
         std::int32_t type;
         const char *data;
@@ -137,8 +124,7 @@ TEST(Encode, AnyStringByItsType) {
     }
 }
 
-TEST(Append, Containers) {
-    const LeakCheck leaks;
+TEST_F(Build, AppendsToContainers) {
     // A container of indefinite length becomes definite; its end-of-contents octets go.
     const Node seq = node_of("30 80 02 01 05 00 00");
     EXPECT_EQ(addToBERSequence(seq.get(), 16, kNode.get(), 0, 99), 0U);  // the form is not for nodes
@@ -151,8 +137,7 @@ TEST(Append, Containers) {
     EXPECT_EQ(*seq->tag, 0x31);
 }
 
-TEST(Append, LengthOctetsGrowWithTheContents) {
-    const LeakCheck leaks;
+TEST_F(Build, LengthOctetsGrowWithTheContents) {
     const String zeros = string_of(4, std::string(65536, '\0'));
     const Node seq = new_node();
     const std::pair<std::uint32_t, const char *> steps[] = {
@@ -164,8 +149,7 @@ TEST(Append, LengthOctetsGrowWithTheContents) {
     EXPECT_EQ(getSequenceChildNum(seq.get()), std::size(steps));
 }
 
-TEST(Append, ToItself) {
-    const LeakCheck leaks;
+TEST_F(Build, AppendsANodeToItself) {
     for (const std::uint32_t tag : {16U, 17U, 48U, 49U}) {
         const Node seq = node_of("30 80 02 01 05 00 00");
         EXPECT_EQ(addToBERSequence(seq.get(), tag, seq.get(), 0, 0), 0U);
@@ -202,8 +186,7 @@ const Append kAppends[] = {
      0x43080101, 0xA1},
 };
 
-TEST(Append, EveryOperationAppendsAndFailsWithItsOwnCode) {
-    const LeakCheck leaks;
+TEST_F(Build, EveryAppendWorksAndFailsWithItsOwnCode) {
     const Node empty = new_node();
     const Value bad[] = {
         {1, nullptr, 1},      {23, nullptr, 11},     {4, nullptr, 1},       {16, nullptr, 0},
@@ -227,8 +210,7 @@ TEST(Append, EveryOperationAppendsAndFailsWithItsOwnCode) {
     EXPECT_EQ(addToDERSequence_CS(new_node().get(), 0x100, 5, nullptr, 0), 0x43080101U);
 }
 
-TEST(Append, OwnershipOfNodes) {
-    const LeakCheck leaks;
+TEST_F(Build, OwnershipOfNodes) {
     const auto broken = [] {
         Node node = node_of("30 00");
         *node->length = 0x85;  // a length that is refused
@@ -253,8 +235,7 @@ TEST(Append, OwnershipOfNodes) {
     EXPECT_EQ(hex_of(child.get()), "04 01 AA") << "still the caller's";
 }
 
-TEST(Append, EmptyLists) {
-    const LeakCheck leaks;
+TEST_F(Build, EmptyLists) {
     for (const Append &append : kAppends) {
         if (append.empty_list == 0) continue;
         const Value empties[] = {
@@ -274,35 +255,23 @@ TEST(Append, EmptyLists) {
     }
 }
 
-TEST(Append, StringSegments) {
-    const LeakCheck leaks;
-    struct Case {
-        const char *before;
-        std::uint32_t tag;
-        const ASN1_STRING *value;
-        const char *after = "empty";  // refused
+TEST_F(Build, AppendsStringSegments) {
+    const auto appended = [](const char *before, std::uint32_t tag, const String &value) {
+        const Node seq = node_of(before);
+        const std::uint32_t status = addToBERStringSequence(seq.get(), tag, value.get(), 2, 0);
+        EXPECT_EQ(status, seq->tag == nullptr ? 0x42110101 : 0U);
+        return hex_of(seq.get());
     };
-    // No segment of another type is taken, and none after a BIT STRING that ends within an octet.
-    const Case cases[] = {
-        {"24 03 04 01 AA", 4, kOctets.get(), "24 07 04 01 AA 04 02 AB CD"},
-        {"23 04 03 02 00 AA", 3, kBits.get(), "23 09 03 02 00 AA 03 03 05 A0 C0"},
-        {"23 04 03 02 05 A0", 3, kBits.get()},
-        {"24 03 04 01 AA", 12, kOctets.get()},
-        {"30 00", 16, kOctets.get()},
-        {"23 02 03 00", 3, kBits.get()},
-        {"23 03 03 02 00", 3, kBits.get()},
-        {"23 03 04 01 00", 3, kBits.get()},
-    };
-    for (const Case &c : cases) {
-        const Node seq = node_of(c.before);
-        EXPECT_EQ(addToBERStringSequence(seq.get(), c.tag, c.value, 2, 0),
-                  std::string(c.after) == "empty" ? 0x42110101 : 0U);
-        EXPECT_EQ(hex_of(seq.get()), c.after) << c.before;
-    }
+    EXPECT_EQ(appended("24 03 04 01 AA", 4, kOctets), "24 07 04 01 AA 04 02 AB CD");
+    EXPECT_EQ(appended("23 04 03 02 00 AA", 3, kBits), "23 09 03 02 00 AA 03 03 05 A0 C0");
+    EXPECT_EQ(appended("24 03 04 01 AA", 12, kOctets), "empty");
+    EXPECT_EQ(appended("30 00", 16, kOctets), "empty");
+    // Only the last segment may end within an octet.
+    for (const char *before : {"23 04 03 02 05 A0", "23 02 03 00", "23 03 03 02 00", "23 03 04 01 00"})
+        EXPECT_EQ(appended(before, 3, kBits), "empty") << before;
 }
 
-TEST(Der, CheckRewritesTheValue) {
-    const LeakCheck leaks;
+TEST_F(Build, CheckDerRewritesTheValue) {
     // The offset goes, the digits stay. Times without seconds are refused.
     const std::pair<const char *, const char *> times[] = {
         {"250102030405Z", "250102030405Z"},
@@ -316,8 +285,8 @@ TEST(Der, CheckRewritesTheValue) {
         const String time = string_of(23, text);
         auto len = static_cast<std::uint32_t>(time->length);
         EXPECT_EQ(checkDER(23, time.get(), &len), after != nullptr ? 0 : 0x43010101U) << text;
-        EXPECT_STREQ(reinterpret_cast<const char *>(time->data), after != nullptr ? after : text);
-        EXPECT_EQ(len, std::strlen(after != nullptr ? after : text));
+        EXPECT_EQ(std::string(reinterpret_cast<const char *>(time->data), len),
+                  after != nullptr ? after : text);
         EXPECT_EQ(time->length, static_cast<std::int32_t>(len));
     }
     std::uint32_t len = 1;
@@ -332,8 +301,7 @@ TEST(Der, CheckRewritesTheValue) {
     EXPECT_EQ(checkDER(32, nullptr, nullptr), 0U);
 }
 
-TEST(Der, CanonicalFormAndShortestLength) {
-    const LeakCheck leaks;
+TEST_F(Build, DerHasTheCanonicalFormAndShortestLength) {
     const String minutes = string_of(23, "2501020304+0900");
     const String offset = string_of(23, "250102030405+0900");
     const String number = string_of(2, hex("80" + repeated("00", 126)));
@@ -368,7 +336,7 @@ TEST(Der, CanonicalFormAndShortestLength) {
     EXPECT_EQ(addToDERSequence(node.get(), 23, minutes.get(), 15), 0x43040101U);
 }
 
-TEST(Build, FailingAllocations) {
+TEST_F(Build, FailingAllocations) {
     // Each gives the code and leaves the node empty. The node grows past one length octet.
     const auto sweep = [](auto call, std::uint32_t code) {
         const auto run = [&] {
@@ -387,12 +355,7 @@ TEST(Build, FailingAllocations) {
             sweep([&](ASN1_UNIT *seq) { return append.call(seq, v); }, append.code);
         }
     }
-    std::uint8_t yes = 1;
-    const Value values[] = {
-        {1, &yes, 1},    {2, kNumber.get(), 2}, {3, kBits.get(), 1},  {4, kOctets.get(), 2},
-        {5, nullptr, 0}, {6, kOid.get(), 7},    {32, kText.get(), 0},
-    };
-    for (const Value &v : values)
+    for (const Value &v : {Value{2, kNumber.get(), 2}, {4, kOctets.get(), 2}, {6, kOid.get(), 7}})
         sweep([&](ASN1_UNIT *to) { return encodeToDER(to, v.tag, v.writable(), v.signed_len()); },
               0x43020101);
     const String time = string_of(23, "250102030405+0900");
