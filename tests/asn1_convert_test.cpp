@@ -40,8 +40,11 @@ std::string to_record(const std::string &text) {
 constexpr auto to_bmp = to_record<cp949ToBMP, TLX_TAG_BMP_STRING>;
 constexpr auto to_utf8 = to_record<cp949ToUTF8, TLX_TAG_UTF8_STRING>;
 
-TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
-    const LeakCheck leaks;
+class Convert : public ::testing::Test {
+    LeakCheck leaks_;
+};
+
+TEST_F(Convert, KnowsThePlaneOfTheSystemBothWays) {
     const auto in_plane = [](std::uint32_t pair) {
         return pair >= 0xA1A1 && pair <= 0xFDFE && (pair & 0xFF) >= 0xA1 && (pair & 0xFF) <= 0xFE;
     };
@@ -67,8 +70,7 @@ TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
 }
 
-TEST(Convert, BmpText) {
-    const LeakCheck leaks;
+TEST_F(Convert, BmpText) {
     EXPECT_EQ(from_bmp("\xAC\x00\0!\xD5\x58"s), "\xB0\xA1!\xC7\xCF");
     EXPECT_EQ(from_bmp("\x7F\xFC\x80\x00"s), "|\xE9\xA5") << "both Hanja of the plane";
     // Below U+8000 the low octet is all that counts, even of a character that the table has.
@@ -82,8 +84,7 @@ TEST(Convert, BmpText) {
     EXPECT_EQ(bmpToCP949(make_string(30, "\0A"s).get(), nullptr), 0U);
 }
 
-TEST(Convert, Utf8Text) {
-    const LeakCheck leaks;
+TEST_F(Convert, Utf8Text) {
     EXPECT_EQ(from_utf8("A\xEA\xB0\x80!\xE3\x80\x80"), "A\xB0\xA1!\xA1\xA1");
     // Sequences of two and four octets leave two zero octets, even when the table has the character.
     EXPECT_EQ(from_utf8("caf\xC3\xA9s"), "caf\0\0s"s);
@@ -96,8 +97,7 @@ TEST(Convert, Utf8Text) {
         EXPECT_EQ(from_utf8(text), "(null)") << testing::PrintToString(text);
 }
 
-TEST(Convert, KoreanText) {
-    const LeakCheck leaks;
+TEST_F(Convert, KoreanText) {
     EXPECT_EQ(to_bmp("A\xB0\xA1!\xA1\xA4"), "\0A\xAC\x00\0!\x00\xB7"s);
     EXPECT_EQ(to_utf8("A\xB0\xA1!\xA1\xA4\xA2\xE6"), "A\xEA\xB0\x80!\xC2\xB7\xE2\x82\xAC");
     // A lead octet alone, pairs outside the plane, an empty place.
@@ -108,8 +108,7 @@ TEST(Convert, KoreanText) {
     EXPECT_EQ(cp949ToBMP(nullptr, nullptr), 0U);
 }
 
-TEST(Convert, WidensNarrowsAndReadsHexadecimal) {
-    const LeakCheck leaks;
+TEST_F(Convert, WidensNarrowsAndReadsHexadecimal) {
     const auto widen = [](const std::string &text) { return call(ascTouni, text); };
     const auto narrow = [](const std::string &units) { return call(uniToasc, units); };
     EXPECT_EQ(widen("Beavis"), "\0B\0e\0a\0v\0i\0s\0\0"s) << "RFC 7292, appendix B.1";
@@ -130,7 +129,7 @@ TEST(Convert, WidensNarrowsAndReadsHexadecimal) {
         EXPECT_EQ(call(hexToASCII, bad), "(null)") << bad;
 }
 
-TEST(Convert, FailingAllocations) {
+TEST_F(Convert, FailingAllocations) {
     // Those of the record that a text is converted from count too.
     const auto sweep = [](auto convert, const std::string &in, const std::string &expected,
                           unsigned failures) {
