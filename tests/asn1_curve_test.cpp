@@ -8,9 +8,12 @@
 namespace tlx_test {
 namespace {
 
-TEST(Curves, Prime256v1) {
+class Curves : public ::testing::Test {
+    LeakCheck leaks_;
+};
+
+TEST_F(Curves, Prime256v1) {
     EXPECT_STREQ(get_PkiVersion(), "5.1.42");
-    const LeakCheck leaks;
     const auto hex = [](const BIGINT *number) { return take(BIGINT_to_hex(number), 64); };
     ECURVE *curve = nullptr;
     ASSERT_EQ(set_ECURVE_from_list(&curve, 415), 0U);
@@ -29,8 +32,7 @@ TEST(Curves, Prime256v1) {
     EXPECT_STREQ(curve->name, "prime256v1");
 }
 
-TEST(Curves, OthersAreRefused) {
-    const LeakCheck leaks;
+TEST_F(Curves, OthersAreRefused) {
     ECURVE *curve = nullptr;
     for (const std::uint32_t index : {416U, 0U, 0xFFFFFFFFU})
         EXPECT_EQ(set_ECURVE_from_list(&curve, index), 1U) << index;
@@ -40,8 +42,7 @@ TEST(Curves, OthersAreRefused) {
     EXPECT_EQ(curve, nullptr);
 }
 
-TEST(Curves, IdentifiersByName) {
-    const LeakCheck leaks;
+TEST_F(Curves, IdentifiersByName) {
     OBJECT_IDENTIFIER *oid = make_string(6, "1.2.3").release();
     for (const char *unknown : {"secp384r1", "prime256v", "prime256v11", "PRIME256V1", ""})
         EXPECT_EQ(get_ECURVE_OID_from_name(&oid, unknown), 1U) << unknown;
@@ -53,7 +54,7 @@ TEST(Curves, IdentifiersByName) {
     free_OBJECT_IDENTIFIER(oid);
 }
 
-TEST(Curves, FailingAllocations) {
+TEST_F(Curves, FailingAllocations) {
     sweep_failing_allocations([] {
         ECURVE *curve = nullptr;
         OBJECT_IDENTIFIER *oid = nullptr;
