@@ -33,7 +33,7 @@ std::uint32_t SAMPLE_to_Seq(const Sample *sample, ASN1_UNIT **out) {
     const Number number(new_BIGINT());
     const bool built = number != nullptr && set_BIGINT_word(number.get(), sample->value) == 0 &&
                        addToDERSequence(*out, 2, number.get(), get_BIGINT_der_length(number.get())) == 0;
-    return built && sample->value != 0 ? 0 : 0x7F020103;  // the node stays, as in a decoder that gives up
+    return built && sample->value != 0 ? 0 : 0x7F020103;  // a node may be left half built
 }
 
 const ASN1_DECODER kDecoder = TLX_DECODER(Seq_to_SAMPLE);
@@ -62,8 +62,11 @@ std::uint32_t read_file(const char *path) {
     return read_with([&](void **out) { return readDER_from_File(out, kDecoder, path); });
 }
 
-TEST(Io, NodesThatAreNotWritten) {
-    const LeakCheck leaks;
+class Io : public ::testing::Test {
+    LeakCheck leaks_;
+};
+
+TEST_F(Io, NodesThatAreNotWritten) {
     std::uint8_t unused = 0;
     std::uint8_t *out = &unused;
     EXPECT_EQ(ASN1_to_binary(nullptr, &out), kNone);
@@ -77,8 +80,7 @@ TEST(Io, NodesThatAreNotWritten) {
     EXPECT_EQ(ASN1_to_binary(node_of("04 00").get(), nullptr), kNone);
 }
 
-TEST(Io, ReadingRecords) {
-    const LeakCheck leaks;
+TEST_F(Io, ReadingRecords) {
     const std::pair<const char *, std::uint32_t> cases[] = {
         {"30 80 02 02 12 34 00 00", 0},
         {"30 04 02 02 12 34 FF FF FF", 0},
@@ -107,8 +109,7 @@ TEST(Io, ReadingRecords) {
     EXPECT_EQ(readDER_from_Binary(nullptr, kDecoder, kDer.data()), 0x7F010049U);
 }
 
-TEST(Io, WritingRecordsAndTheirDigests) {
-    const LeakCheck leaks;
+TEST_F(Io, WritingRecordsAndTheirDigests) {
     std::uint8_t unused = 0;
     std::uint8_t *out = &unused;
     std::uint8_t digest[TLX_DIGEST_MAX_LENGTH] = {};
@@ -130,8 +131,7 @@ TEST(Io, WritingRecordsAndTheirDigests) {
     EXPECT_EQ(get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA1, nullptr), 0U);
 }
 
-TEST(Io, Files) {
-    const LeakCheck leaks;
+TEST_F(Io, Files) {
     const CommandFolder folder;
     const std::string path = folder.path("file");
     EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, path.c_str()), 6U) << "octets written";
@@ -157,7 +157,7 @@ TEST(Io, Files) {
 #endif
 }
 
-TEST(Io, FailingAllocations) {
+TEST_F(Io, FailingAllocations) {
     const CommandFolder folder;
     const std::string path = folder.path("file");
     std::uint8_t digest[TLX_DIGEST_MAX_LENGTH];
