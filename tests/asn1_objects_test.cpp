@@ -1,6 +1,7 @@
 // The registry: its data against libcrypto's, its lookups against a plain scan, its edge cases.
 #include <tlxpki/ber.h>
 #include <tlxpki/objects.h>
+#include <tlxpki/string.h>
 
 #include <algorithm>
 #include <cstring>
@@ -39,7 +40,11 @@ constexpr std::pair<int, int> kDifferences[] = {
     {645, 647}, {660, 660}, {676, 676}, {772, 775}, {780, 840},
 };
 
-TEST(ObjectRegistry, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
+class Objects : public ::testing::Test {
+    LeakCheck leaks_;
+};
+
+TEST_F(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
     for (int i = 0; i < TLX_OID_COUNT; ++i) {
         const auto peer = openssl::object_row(i);
         const OID_ROW *row = OID_LIST(i);
@@ -58,7 +63,7 @@ TEST(ObjectRegistry, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
         EXPECT_EQ(OID_LIST(row)->dotted, openssl::object_row(number).dotted) << "row " << row;
 }
 
-TEST(ObjectRegistry, KoreanRows) {
+TEST_F(Objects, KoreanRows) {
     int korean = 0;
     for (int i = 0; i < TLX_OID_COUNT; ++i)
         korean += std::string_view(OID_LIST(i)->dotted).starts_with("1.2.410");
@@ -90,7 +95,7 @@ TEST(ObjectRegistry, KoreanRows) {
 
 // ---- Lookups ----
 
-TEST(ObjectLookup, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
+TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
     // What a scan in index order finds.
     std::map<std::string, std::uint32_t> first[3];
     for (std::size_t c = 0; c < 3; ++c) {
@@ -126,7 +131,7 @@ TEST(ObjectLookup, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
     }
 }
 
-TEST(ObjectLookup, LengthDecidesAndNothingBeyondItIsRead) {
+TEST_F(Objects, LengthDecidesAndNothingBeyondItIsRead) {
     struct Case {
         const char *text;
         std::uint32_t len, sn, ln, dotted;
@@ -160,8 +165,7 @@ TEST(ObjectLookup, LengthDecidesAndNothingBeyondItIsRead) {
 
 // ---- Records ----
 
-TEST(ObjectRecords, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
-    const LeakCheck leaks;
+TEST_F(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
     const std::map<int, std::uint32_t> repeats = {{404, 393}, {645, 393}, {676, 379}, {831, 366}};
     for (int i = 1; i < TLX_OID_COUNT; ++i) {
         const StringRecord oid(index_to_OBJECT_IDENTIFIER(i));
@@ -185,31 +189,18 @@ TEST(ObjectRecords, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
     }
 }
 
-TEST(ObjectRecords, ByNameOrByIndex) {
-    const LeakCheck leaks;
-    struct Case {
-        const char *name;
-        std::uint32_t index;
-        const char *dotted;
-    };
-    constexpr Case kCases[] = {
-        {"sha256", 0, "2.16.840.1.101.3.4.2.1"},  // a long name
-        {"CN", 6, "1.2.840.113549.1.1.1"},        // the index wins
-        {nullptr, 6, "1.2.840.113549.1.1.1"},
-        {"X500", 0, "2.5."},
-        {"Commonname", 0, "(null)"},
-        {nullptr, 0, "(null)"},
-        {"(null)", 0, "(null)"},
-        {nullptr, 33, "(null)"},
-        {"CN", 841, "(null)"},
-        {"CN", 0x80000006, "(null)"},
-    };
-    for (const Case &c : kCases)
-        EXPECT_EQ(made(get_OBJECT_IDENTIFIER(c.name, c.index)), c.dotted) << c.dotted << ", " << c.index;
+TEST_F(Objects, ByNameOrByIndex) {
+    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("sha256", 0)), "2.16.840.1.101.3.4.2.1") << "a long name";
+    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("CN", 6)), "1.2.840.113549.1.1.1") << "the index wins";
+    EXPECT_EQ(made(get_OBJECT_IDENTIFIER(nullptr, 6)), "1.2.840.113549.1.1.1");
+    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("X500", 0)), "2.5.");
+    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("Commonname", 0)), "(null)");
+    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("(null)", 0)), "(null)") << "a row without a dotted text";
+    for (const std::uint32_t index : {0U, 33U, 841U, 0x80000006U})
+        EXPECT_EQ(made(get_OBJECT_IDENTIFIER(index > 33 ? "CN" : nullptr, index)), "(null)") << index;
 }
 
-TEST(ObjectRecords, CompareByTextAlone) {
-    const LeakCheck leaks;
+TEST_F(Objects, CompareByTextAlone) {
     const OBJECT_IDENTIFIER without = {6, nullptr, 7, 0};
     const StringRecord ascending[] = {nullptr, make_string(6, "2.5.4.3"), make_string(0x86, "2.5.4.4"),
                                       make_string(6, "1.2.410.200004")};
@@ -219,12 +210,13 @@ TEST(ObjectRecords, CompareByTextAlone) {
     }
     EXPECT_EQ(cmp_OBJECT_IDENTIFIER(ascending[2].get(), make_string(6, "2.5.4.4").get()), 0);
     EXPECT_EQ(cmp_OBJECT_IDENTIFIER(nullptr, &without), 0);
+    const StringRecord copy(dup_OBJECT_IDENTIFIER(ascending[2].get()));
+    EXPECT_EQ(cmp_ASN1_STRING(copy.get(), ascending[2].get()), 0);
 }
 
 // ---- Algorithms ----
 
-TEST(ObjectAlgorithms, IdentifiersOfRows) {
-    const LeakCheck leaks;
+TEST_F(Objects, IdentifiersOfRows) {
     struct Case {
         const char *name;
         std::uint32_t digest, cipher, type;
@@ -251,35 +243,26 @@ TEST(ObjectAlgorithms, IdentifiersOfRows) {
     EXPECT_EQ(get_DigestID_from_OID(make_string(6, "1.2.3.4").get()), 0U);
 }
 
-TEST(ObjectAlgorithms, RowsThatStandForAnIdentifier) {
-    const LeakCheck leaks;
-    struct Case {
-        OBJECT_IDENTIFIER *(*find)(std::uint32_t);
-        std::uint32_t id;
-        const char *short_name;  // "UNDEF": no identifier is made
+TEST_F(Objects, RowsThatStandForAnIdentifier) {
+    const auto name_of = [](OBJECT_IDENTIFIER *oid) {
+        const StringRecord owner(oid);
+        return std::string(sn_from_index(static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid))));
     };
-    constexpr Case kCases[] = {
-        {get_OID_from_DigestID, 0x05000200, "RSA-SHA224"},
-        {get_OID_from_DigestID, 0x07000100, "HAS-160"},
-        {get_OID_from_DigestID, 0x05000600, "UNDEF"},
-        {get_OID_from_DigestID, 0, "UNDEF"},
-        {get_OID_from_CipherID, 0x02000100, "DES-CDMF"},                    // not DES-ECB
-        {get_OID_from_CipherID, 0x04000120, "GPKIpbeWithSHA1AndSEED-CBC"},  // not SEED-CBC
-        {get_OID_from_CipherID, 0x20000000, "RSA"},                         // not rsaEncryption
-        {get_OID_from_CipherID, 0x20000001, "RSA-MD2"},
-        {get_OID_from_CipherID, 0x40000000, "HAS160withKCDSA1"},
-        {get_OID_from_CipherID, 0x02010200, "UNDEF"},  // DES-EDE3 has no dotted text
-        {get_OID_from_CipherID, 0x03000100, "UNDEF"},  // no row has ARIA in ECB mode
-        {get_OID_from_CipherID, 0xFFFFFFFF, "UNDEF"},
-    };
-    for (const Case &c : kCases) {
-        const StringRecord oid(c.find(c.id));
-        const auto index = static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid.get()));
-        EXPECT_STREQ(sn_from_index(index), c.short_name) << std::hex << c.id;
-    }
+    EXPECT_EQ(name_of(get_OID_from_DigestID(0x05000200)), "RSA-SHA224");
+    EXPECT_EQ(name_of(get_OID_from_DigestID(0x07000100)), "HAS-160");
+    EXPECT_EQ(get_OID_from_DigestID(0x05000600), nullptr);
+    EXPECT_EQ(get_OID_from_DigestID(0), nullptr);
+    EXPECT_EQ(name_of(get_OID_from_CipherID(0x02000100)), "DES-CDMF") << "not DES-ECB";
+    EXPECT_EQ(name_of(get_OID_from_CipherID(0x04000120)), "GPKIpbeWithSHA1AndSEED-CBC") << "not SEED-CBC";
+    EXPECT_EQ(name_of(get_OID_from_CipherID(0x20000000)), "RSA") << "not rsaEncryption";
+    EXPECT_EQ(name_of(get_OID_from_CipherID(0x20000001)), "RSA-MD2");
+    EXPECT_EQ(name_of(get_OID_from_CipherID(0x40000000)), "HAS160withKCDSA1");
+    EXPECT_EQ(get_OID_from_CipherID(0x02010200), nullptr) << "DES-EDE3 has no dotted text";
+    EXPECT_EQ(get_OID_from_CipherID(0x03000100), nullptr) << "no row has ARIA in ECB mode";
+    EXPECT_EQ(get_OID_from_CipherID(0xFFFFFFFF), nullptr);
 }
 
-TEST(ObjectRecords, FailingAllocationsGiveNullAndLeakNothing) {
+TEST_F(Objects, FailingAllocationsGiveNullAndLeakNothing) {
     const auto failures = [](auto make) {
         return sweep_failing_allocations([&] { return StringRecord(make()) != nullptr; });
     };
