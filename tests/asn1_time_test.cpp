@@ -113,7 +113,6 @@ TEST_F(TimeTest, WritesTheFourForms) {
         EXPECT_EQ(four->extra, two->extra);
     }
     EXPECT_EQ(asn1TimeToUTC_TIME(&time, 4), nullptr);
-    EXPECT_EQ(asn1TimeToUTC_TIME(nullptr, 2), nullptr);
 }
 
 TEST_F(TimeTest, ChecksTheFields) {
@@ -160,7 +159,6 @@ TEST_F(TimeTest, Compares) {
     EXPECT_EQ(cmp_ASN1_TIME(&new_year, &before), 1);
     EXPECT_EQ(cmp_ASN1_TIME(&earliest, &latest), -1);
     EXPECT_EQ(cmp_ASN1_TIME(nullptr, &earliest), -1);
-    EXPECT_EQ(cmp_ASN1_TIME(nullptr, nullptr), 0);
     const auto utc = [](const char *a, const char *b) {
         return cmp_UTC_TIME(make_string(23, a).get(), make_string(23, b).get());
     };
