@@ -88,6 +88,13 @@ TEST_F(Strings, FailingAllocations) {
     EXPECT_EQ(
         sweep_failing_allocations([&] { return StringRecord(dup_ASN1_STRING(record.get())) != nullptr; }),
         2U);
+    sweep_failing_allocations([&] {
+        ASN1_UNIT *node = nullptr;
+        const std::uint32_t status = ASN1_STRING_to_Seq(record.get(), &node);
+        EXPECT_EQ(status, node == nullptr ? 0x41020103U : 0U);
+        free_ASN1_UNIT(node);
+        return status == 0;
+    });
     const StringRecord target(new_ASN1_STRING());
     sweep_failing_allocations([&] {
         const std::uint32_t status = set_ASN1_STRING_value(target.get(), 19, "xy", 2);
