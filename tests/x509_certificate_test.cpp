@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
+#include <functional>
+
 #include "support/openssl_peer.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
@@ -143,36 +145,36 @@ TEST(TbsCertificate, AFailedDecodingFreesTheCallersRecord) {
 
 TEST(TbsCertificate, MissingMembersInTheirOrder) {
     const LeakCheck leaks;
-    const OwnedCert from = decoded_cert(kWhole);
+    const OwnedCert from_owner = decoded_cert(kWhole);
     const OwnedCert owner(new_X509_CERT());
+    const X509_CERT *from = from_owner.get();
     X509_CERT *cert = owner.get();
     X509_TBS_CERT *tbs = cert->tbsCertificate;
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 4612010A");
-    EXPECT_EQ(set_X509_serial(cert, get_X509_serial(from.get())), 0U);
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120108");
-    tbs->signature = new_OBJECT_IDENTIFIER();
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120108") << "an empty one is none";
-    EXPECT_EQ(set_X509_signature(cert, get_X509_signature(from.get())), 0U);
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120105");
-    EXPECT_EQ(set_X509_issuer(cert, get_X509_issuer(from.get())), 0U);
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120107");
+    tbs->signature = new_OBJECT_IDENTIFIER();  // an empty one is none
     tbs->validity = new_X509_VALIDITY();
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120106");
-    EXPECT_EQ(set_X509_subject(cert, get_X509_subject(from.get())), 0U);
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120109");
-    EXPECT_EQ(set_X509_pub_key(cert, get_X509_SPKI(from.get())), 0U);
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120103") << "no times";
+    const std::pair<const char *, std::function<std::uint32_t()>> steps[] = {
+        {"status 4612010A", [&] { return set_X509_serial(cert, get_X509_serial(from)); }},
+        {"status 46120108", [&] { return set_X509_signature(cert, get_X509_signature(from)); }},
+        {"status 46120105", [&] { return set_X509_issuer(cert, get_X509_issuer(from)); }},
+        {"status 46120106", [&] { return set_X509_subject(cert, get_X509_subject(from)); }},
+        {"status 46120109", [&] { return set_X509_pub_key(cert, get_X509_SPKI(from)); }},
+        {"status 46120103", [&] { return set_X509_notBefore(cert, get_X509_notBefore(from)); }},
+        {"status 46120103", [&] { return set_X509_notAfter(cert, get_X509_notAfter(from)); }},
+    };
+    for (const auto &[before, set] : steps) {
+        EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), before);
+        EXPECT_EQ(set(), 0U) << before;
+    }
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), "status 46100103");
-    EXPECT_EQ(set_X509_notBefore(cert, get_X509_notBefore(from.get())), 0U);
-    EXPECT_EQ(set_X509_notAfter(cert, get_X509_notAfter(from.get())), 0U);
-    EXPECT_EQ(set_X509_extensions(cert, get_X509_extensions(from.get())), 0U);
-    EXPECT_EQ(set_X509_version(cert, 2), 0U);
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), hex_of_text(tbs_with()));
-    EXPECT_EQ(set_X509_sig_alg(cert, get_X509_sig_alg(from.get())), 0U);
-    EXPECT_EQ(set_X509_sig_value(cert, get_X509_sig_value(from.get())), 0U);
+    EXPECT_EQ(Statuses({set_X509_extensions(cert, get_X509_extensions(from)), set_X509_version(cert, 2),
+                        set_X509_sig_alg(cert, get_X509_sig_alg(from)),
+                        set_X509_sig_value(cert, get_X509_sig_value(from))}),
+              Statuses{0});
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(kWhole));
     tbs->validity->notBefore.form = 2;
     EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120103");
+    free_X509_VALIDITY(std::exchange(tbs->validity, nullptr));
+    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120107");
 }
 
 TEST(Certificate, StatusesOfTheDecoder) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
+#include "support/strings.hpp"
 #include "support/x509_records.hpp"
 #include "x509/codecs.hpp"
 
@@ -40,6 +41,7 @@ TEST(PublicKey, KnownKindsAreDecoded) {
     EXPECT_EQ(get_BIGINT_word(get_RSA_UNIT_number(rsa_unit, TLX_RSA_N)), 15U);
     EXPECT_EQ(get_BIGINT_word(get_RSA_UNIT_number(rsa_unit, TLX_RSA_E)), 3U);
     EXPECT_EQ(get_RSA_UNIT_kind(rsa_unit), TLX_RSA_PUBLIC);
+    EXPECT_EQ(octets(get_X509_PUBKEY_algorithm(rsa.get())), "1.2.840.113549.1.1.1");
 
     const Pubkey kcdsa = pubkey_of(kKcdsa);
     ASSERT_EQ(kind_of(kcdsa), 2U);

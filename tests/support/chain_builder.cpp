@@ -57,16 +57,19 @@ const KeyPair &key_pair(unsigned number) {
     return pairs.at(number);
 }
 
-tlx::OwnedName name_of(const std::string &common_name) {
-    tlx::OwnedName name(new_X509_NAME());
-    const auto add = [&](const char *type, std::int32_t tag, const std::string &text) {
-        expect_done(add_X509_NAME_child_OID(name.get(), oid_of(type).get(), tag, text.data(),
-                                            static_cast<std::int32_t>(text.size()), -1),
-                    text);
-    };
-    add("2.5.4.6", TLX_TAG_PRINTABLE_STRING, "KR");
-    add("2.5.4.3", TLX_TAG_UTF8_STRING, common_name);
-    return name;
+/// C=KR and a common name, in the notation of der_text.hpp.
+std::string name_text(const std::string &common_name) {
+    const auto *octets = reinterpret_cast<const std::uint8_t *>(common_name.data());
+    std::string digits = hex_of(octets, common_name.size());
+    std::erase(digits, ' ');
+    return "30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:" + digits + "}}}";
+}
+
+void set_name(X509_CERT *cert, const std::string &common_name,
+              std::uint32_t (*set)(X509_CERT *, const X509_NAME *)) {
+    X509_NAME *name = nullptr;
+    expect_done(Seq_to_X509_NAME(der_node(name_text(common_name)).get(), &name), common_name);
+    expect_done(set(cert, tlx::OwnedName(name).get()), common_name);
 }
 
 void set_time(X509_CERT *cert, const std::string &text,
@@ -121,19 +124,11 @@ CertSpec &CertSpec::with(const char *id, std::string_view value, bool critical) 
 }
 
 CertSpec &CertSpec::with(const AuthorityKeyId &authority) {
-    const tlx::Owned<AUTHORITY_KEYID> record(new_AUTHORITY_KEYID());
-    if (!authority.key_id.empty())
-        record->keyIdentifier = string_of(TLX_TAG_OCTET_STRING, hex(authority.key_id)).release();
-    if (!authority.serial.empty())
-        record->authorityCertSerialNumber = number_of(authority.serial.c_str()).release();
-    if (!authority.issuer.empty()) {
-        const tlx::Owned<GENERAL_NAME> name(
-            create_GENERAL_NAME_directoryName(name_of(authority.issuer).get()));
-        record->authorityCertIssuer = new_GENERAL_NAMES();
-        expect_done(add_GENERAL_NAMES_child(record->authorityCertIssuer, name.get(), -1), authority.issuer);
-    }
-    return set(extension::kAuthorityKeyId, encoding_of(record.get(), TLX_ENCODER(AUTHORITY_KEYID_to_Seq)),
-               false);
+    std::string members;
+    if (!authority.key_id.empty()) members += "80:" + authority.key_id + " ";
+    if (!authority.issuer.empty()) members += "A1{A4{" + name_text(authority.issuer) + "}}";
+    if (!authority.serial.empty()) members += "82:" + authority.serial;
+    return with(extension::kAuthorityKeyId, "30{" + members + "}");
 }
 
 CertSpec &CertSpec::policies(const std::vector<const char *> &dotted, bool critical) {
@@ -158,8 +153,8 @@ Cert CertSpec::make() const {
     Cert cert(new_X509_CERT());
     expect_done(set_X509_version(cert.get(), version), "version");
     expect_done(set_X509_serial(cert.get(), number_of(serial.c_str()).get()), "serial");
-    expect_done(set_X509_subject(cert.get(), name_of(subject).get()), "subject");
-    expect_done(set_X509_issuer(cert.get(), name_of(issuer).get()), "issuer");
+    set_name(cert.get(), subject, set_X509_subject);
+    set_name(cert.get(), issuer, set_X509_issuer);
     set_time(cert.get(), not_before, set_X509_notBefore);
     set_time(cert.get(), not_after, set_X509_notAfter);
     expect_done(set_X509_pub_key(cert.get(), key_pair(key).open.get()), "key");
