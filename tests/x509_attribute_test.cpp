@@ -55,6 +55,7 @@ TEST(Attribute, AFailedDecodingAndTheCallersRecords) {
 
     const tlx::OwnedAttributes list(decoded(Seq_to_X509_ATTRIBUTES, "31{30{06:2A03 31{05:}}}"));
     X509_ATTRIBUTES *place = list.get();
+    EXPECT_EQ(Seq_to_X509_ATTRIBUTES(new_node().get(), &place), 0x46240104U) << "a node without an element";
     const Node broken = der_node("31{30{06:2A04 31{05:}} 30{06:2A03}}");
     EXPECT_EQ(Seq_to_X509_ATTRIBUTES(broken.get(), &place), 0x46240104U);
     EXPECT_EQ(place, list.get());
