@@ -11,6 +11,7 @@
 #include "support/crypto_values.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/rhash_peer.hpp"
+#include "support/threads.hpp"
 
 namespace {
 

@@ -11,6 +11,7 @@
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/threads.hpp"
 
 namespace {
 

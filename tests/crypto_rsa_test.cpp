@@ -10,6 +10,7 @@
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
 #include "support/openssl_peer.hpp"
+#include "support/threads.hpp"
 
 namespace {
 

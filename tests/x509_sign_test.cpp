@@ -7,7 +7,7 @@
 
 #include "support/chain_builder.hpp"
 #include "support/command.hpp"
-#include "support/crypto_values.hpp"
+#include "support/threads.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 

@@ -3,11 +3,9 @@
 
 #include <tlxcrypto.h>
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tlx_test {
@@ -61,18 +59,6 @@ inline std::string hex(const BIGINT *number) {
 }
 inline std::string hex(const Octets &octets) {
     return taken(binary_to_hex(octets.data(), length(octets)));
-}
-
-/// Does `work` on several threads at once; on how many of them it succeeded.
-template <typename Work>
-unsigned successes_on_threads(unsigned count, const Work &work) {
-    std::atomic<unsigned> successes = 0;
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < count; ++i)
-        threads.emplace_back([&] { successes += work() ? 1U : 0U; });
-    for (std::thread &thread : threads)
-        thread.join();
-    return successes;
 }
 
 }  // namespace tlx_test
