@@ -16,19 +16,9 @@ void look_at(const X509_ATTRIBUTE *attribute) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    if (X509_ATTRIBUTES *set = fuzz::decode(data, size, Seq_to_X509_ATTRIBUTES); set != nullptr) {
-        fuzz::require(get_X509_ATTRIBUTES_count(set) > 0);
-        fuzz::check_reencoding(set, Seq_to_X509_ATTRIBUTES, X509_ATTRIBUTES_to_Seq, dup_X509_ATTRIBUTES,
-                               free_X509_ATTRIBUTES);
-    }
-    if (X509_ATTRIBUTE *attribute = fuzz::decode(data, size, Seq_to_X509_ATTRIBUTE); attribute != nullptr) {
-        look_at(attribute);
-        fuzz::check_reencoding(attribute, Seq_to_X509_ATTRIBUTE, X509_ATTRIBUTE_to_Seq, dup_X509_ATTRIBUTE,
-                               free_X509_ATTRIBUTE);
-    }
-    if (X509_ALGO_IDENTIFIERS *set = fuzz::decode(data, size, Seq_to_X509_ALGO_IDENTIFIERS); set != nullptr) {
-        fuzz::check_reencoding(set, Seq_to_X509_ALGO_IDENTIFIERS, X509_ALGO_IDENTIFIERS_to_Seq,
-                               dup_X509_ALGO_IDENTIFIERS, free_X509_ALGO_IDENTIFIERS);
-    }
+    TLX_FUZZ(X509_ATTRIBUTES)
+    TLX_FUZZ_LOOK(X509_ATTRIBUTE, look_at)
+    TLX_FUZZ(X509_ALGO_IDENTIFIERS)
+    TLX_FUZZ(X509_ALGO_IDENTIFIER)
     return 0;
 }

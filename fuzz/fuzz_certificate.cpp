@@ -1,4 +1,4 @@
-// Certificates, and the same octets as a list of certificates, a public key and extensions.
+// Certificates, and the same octets as lists of them and as each of their parts.
 #include "reencode.hpp"
 
 namespace {
@@ -17,21 +17,14 @@ void look_at(const X509_CERT *cert) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    if (X509_CERT *cert = fuzz::decode(data, size, Seq_to_X509_CERT); cert != nullptr) {
-        look_at(cert);
-        fuzz::check_reencoding(cert, Seq_to_X509_CERT, X509_CERT_to_Seq, dup_X509_CERT, free_X509_CERT);
-    }
-    if (X509_CERTIFICATES *list = fuzz::decode(data, size, Seq_to_X509_CERTIFICATES); list != nullptr) {
-        fuzz::check_reencoding(list, Seq_to_X509_CERTIFICATES, X509_CERTIFICATES_to_Seq,
-                               dup_X509_CERTIFICATES, free_X509_CERTIFICATES);
-    }
-    if (X509_PUBKEY *key = fuzz::decode(data, size, Seq_to_X509_PUBKEY); key != nullptr) {
-        fuzz::check_reencoding(key, Seq_to_X509_PUBKEY, X509_PUBKEY_to_Seq, dup_X509_PUBKEY,
-                               free_X509_PUBKEY);
-    }
-    if (X509_EXTENSIONS *list = fuzz::decode(data, size, Seq_to_X509_EXTENSIONS); list != nullptr) {
-        fuzz::check_reencoding(list, Seq_to_X509_EXTENSIONS, X509_EXTENSIONS_to_Seq, dup_X509_EXTENSIONS,
-                               free_X509_EXTENSIONS);
-    }
+    TLX_FUZZ_LOOK(X509_CERT, look_at)
+    TLX_FUZZ(X509_CERTIFICATES)
+    TLX_FUZZ(X509_TBS_CERT)
+    TLX_FUZZ(X509_VALIDITY)
+    TLX_FUZZ(X509_TIME)
+    TLX_FUZZ(X509_PUBKEY)
+    TLX_FUZZ(X509_EXTENSIONS)
+    TLX_FUZZ(X509_EXTENSION)
+    TLX_FUZZ(TRUST_ANCHOR)
     return 0;
 }

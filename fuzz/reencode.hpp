@@ -51,3 +51,11 @@ void check_reencoding(T *record, std::uint32_t (*decoder)(const ASN1_UNIT *, T *
 }
 
 }  // namespace fuzz
+
+/// Looks at the octets as a record of the type, with `look` first when they decode.
+#define TLX_FUZZ_LOOK(TYPE, look)                                                              \
+    if (TYPE *record = fuzz::decode(data, size, Seq_to_##TYPE); record != nullptr) {           \
+        look(record);                                                                          \
+        fuzz::check_reencoding(record, Seq_to_##TYPE, TYPE##_to_Seq, dup_##TYPE, free_##TYPE); \
+    }
+#define TLX_FUZZ(TYPE) TLX_FUZZ_LOOK(TYPE, static_cast<void>)
