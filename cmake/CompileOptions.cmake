@@ -30,4 +30,10 @@ endif()
 add_library(tlx_library_options INTERFACE)
 target_link_libraries(tlx_library_options INTERFACE tlx_options)
 target_compile_options(tlx_library_options INTERFACE
-    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fvisibility-inlines-hidden> -fvisibility=hidden)
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fvisibility-inlines-hidden> -fvisibility=hidden
+    $<$<CONFIG:RelWithDebInfo>:-O3>)  # as in Release
+if(NOT WIN32)
+    # Calls inside a library go straight to the function: nobody replaces exported functions from outside.
+    target_compile_options(tlx_library_options INTERFACE -fno-semantic-interposition -fno-plt)
+    target_link_options(tlx_library_options INTERFACE -Wl,-Bsymbolic-functions)
+endif()
