@@ -144,6 +144,7 @@ TEST_F(Rsa, RefusesEveryOtherSignature) {
             Octets signature;
         } kCases[] = {
             {"too long", TLX_DIGEST_SHA1, mode, longer},
+            {"empty", TLX_DIGEST_SHA1, mode, {}},
             {"too short", TLX_DIGEST_SHA1, mode, Octets(good.begin(), good.end() - 1)},
             {"above n", TLX_DIGEST_SHA1, mode, Octets(128, 0xFF)},
             {"zero", TLX_DIGEST_SHA1, mode, Octets(128)},

@@ -126,7 +126,7 @@ TEST(UserPolicies, AreConsumedAsFarAsTheyAreCompared) {
         {"the root alone", {}, {"1.1"}, 0x53070119, kNoTree, ""},
         {"the root alone, and any policy", {}, {kAny}, 0, "0: 2.5.29.32.0", "2.5.29.32.0"},
         {"nothing to compare", lost, {"1.1", kAny}, 0x53070119, kNoTree, "1.1 2.5.29.32.0"},
-        {"validation failed before", none, {"1.1"}, 0x5310011C, "0:; 1: null", "1.1"},
+        {"validation failed before", none, {"1.1"}, 0x5310011C, "0: null; 1: null", "1.1"},
     };
     for (const auto &each : cases) {
         SCOPED_TRACE(each.what);

@@ -185,6 +185,7 @@ TEST(Validation, ChecksNothingOfSelfIssuedCertificatesButTheirSignature) {
         // It adds no level to the policy tree, which the next one then misses.
         {"in the middle", {self_issued(1)}, "53100049 at 0"},
         {"in the middle of a longer one", {self_issued(1)}, "53100049 at 0", 5},
+        {"policies are read first", {self_issued(1), with(0, kPolicies, "30{}")}, "530A0047 at 0"},
         {"in the middle, signed by the CA above", {self_issued(1), signed_by(1, 0)}, "00000002 at 1"},
     });
 }

@@ -212,6 +212,7 @@ TEST(KeyFile, ReadsWhatItCanAndSaysWhyNot) {
         {"ciphertext not of whole blocks", locked.substr(0, iv + 16) + "\n\nAAAA\n" + end, 0x4900004F},
         {"DER cut short", begin + "MAYCARECAQ==" + end, 0x4900004F},
         {"no SEQUENCE", begin + "BAYCARECAQM=" + end, 0x4900004F},
+        {"a context-specific element", begin + "oAYCARECAQM=" + end, 0x4900004F},
         {"eight numbers", begin + "MBgCAQACARECAQMCAQUCAQcCAQkCAQsCAQ0=" + end, 0x4900004F},
         {"a PKCS #8 file", begin + "MBcCAQAwDQYJKoZIhvcNAQEBBQAEAwIBAA==" + end, 0x4900004F},
     };

@@ -51,11 +51,12 @@ TEST(Attribute, AFailedDecodingAndTheCallersRecords) {
     const Attribute attribute(decoded(Seq_to_X509_ATTRIBUTE, "30{06:2A03 31{05:}}"));
     X509_ATTRIBUTE *out = attribute.get();
     EXPECT_EQ(Seq_to_X509_ATTRIBUTE(der_node("30{06:2A04 31{12:31}}").get(), &out), 0x46220104U);
-    EXPECT_EQ(out, nullptr) << "the attribute itself stays the caller's";
+    EXPECT_EQ(out, nullptr) << "the attribute itself stays the caller's, and as it was";
+    EXPECT_EQ(encoded(X509_ATTRIBUTE_to_Seq, attribute.get()), hex_of_text("30{06:2A03 31{05:}}"));
 
     const tlx::OwnedAttributes list(decoded(Seq_to_X509_ATTRIBUTES, "31{30{06:2A03 31{05:}}}"));
     X509_ATTRIBUTES *place = list.get();
-    EXPECT_EQ(Seq_to_X509_ATTRIBUTES(new_node().get(), &place), 0x46240104U) << "a node without an element";
+    EXPECT_EQ(Seq_to_X509_ATTRIBUTES(new_node().get(), &place), 0x4624002BU) << "a node without children";
     const Node broken = der_node("31{30{06:2A04 31{05:}} 30{06:2A03}}");
     EXPECT_EQ(Seq_to_X509_ATTRIBUTES(broken.get(), &place), 0x46240104U);
     EXPECT_EQ(place, list.get());

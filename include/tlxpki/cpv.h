@@ -108,9 +108,12 @@ TLXPKI_API void get_CPV_SETTINGS(CPV_SETTINGS *settings);
 
 /** The initial any-policy inhibit; 0 until it is set. */
 TLXPKI_API uint32_t get_initial_any_policy_inhibit(void);
+/** Sets it for all validations that start from now on: nonzero starts the inhibit-anyPolicy counter at 0. */
 TLXPKI_API void set_initial_any_policy_inhibit(uint32_t inhibit);
 /** The initial explicit policy; 255 until it is set. */
 TLXPKI_API uint32_t get_initial_explicit_policy(void);
+/** Sets it for all validations that start from now on: nonzero requires an acceptable policy on every path.
+ */
 TLXPKI_API void set_initial_explicit_policy(uint32_t required);
 /** Always 0: policy mappings are not processed, and the pair exists for symmetry only. */
 TLXPKI_API uint32_t get_initial_policy_mapping_inhibit(void);
@@ -241,7 +244,8 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
  * @param tree                    on success receives the valid-policy tree, freed with free_node_LIST(); a
  * list it points to is emptied and filled instead, and on failure keeps the levels built so far. May be null
  * @return 0
- * @return 0x53070049 for a null path, 0x5307002B for an empty one
+ * @return 0x53070049 for a null path
+ * @return 0x5307002B for an empty path
  * @return 0x53070047 when the maximum path length is below 0
  * @return 0x53070119 when no acceptable policy is left while an explicit policy is required
  * @return 0x53100049 when the path does not end in a self-issued certificate, and when a certificate has no
@@ -253,7 +257,8 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
  * are not those of a CA while its key usage has keyCertSign, or allow no CA below it
  * @return 0x530A0118 when the issuer's key usage lacks keyCertSign
  * @return 0x530A002B when the certificate or its issuer has no extensions at all
- * @return 0x5307003C when memory runs out
+ * @return 0x530A0047 when the certificate policies cannot be read
+ * @return 0x5307003C when memory runs out; where it runs out within a step, that step's status
  * @return a status of verify_X509_validity(); a status of verify_SIG_X509_CERT() for a self-issued
  * certificate
  */

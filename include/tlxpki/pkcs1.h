@@ -93,7 +93,8 @@ TLXPKI_API PKCS1_RSA_PRIVATE_KEY *dup_PKCS1_RSA_PRIVATE_KEY(const PKCS1_RSA_PRIV
  * @param out  points to the record to fill, or to null for a new one
  * @return 0
  * @return 0x49080049 when node or out is null
- * @return 0x49080000 for any other first child, a missing INTEGER, and when memory runs out
+ * @return 0x49080000 for any other first child, a missing INTEGER, octets after the children that are none,
+ * and when memory runs out
  */
 TLXPKI_API uint32_t Seq_to_PKCS1_RSA_PUBLIC_KEY(const ASN1_UNIT *node, PKCS1_RSA_PUBLIC_KEY **out);
 /**
@@ -113,7 +114,8 @@ TLXPKI_API uint32_t PKCS1_RSA_PUBLIC_KEY_to_Seq(const PKCS1_RSA_PUBLIC_KEY *key,
  * @param out  points to the record to fill, or to null for a new one
  * @return 0
  * @return 0x49030049 when node or out is null
- * @return 0x49030000 when one of the nine INTEGERs is missing or memory runs out
+ * @return 0x49030000 when one of the nine INTEGERs is missing, octets after the children are none, or memory
+ *         runs out
  */
 TLXPKI_API uint32_t Seq_to_PKCS1_RSA_PRIVATE_KEY(const ASN1_UNIT *node, PKCS1_RSA_PRIVATE_KEY **out);
 /**
@@ -153,7 +155,8 @@ TLXPKI_API uint32_t set_RSA_UNIT_to_PKCS1_RSA_PUBLIC_KEY(const RSA_UNIT *unit, P
  * @param unit receives the key; unchanged on failure
  * @param key  the record
  * @return 0
- * @return 0x490B0000 when an argument is null, a number is missing, and when memory runs out
+ * @return 0x490B0000 when an argument is null, a number other than the version is missing, and when memory
+ * runs out
  */
 TLXPKI_API uint32_t get_RSA_UNIT_from_PKCS1_RSA_PRIVATE_KEY(RSA_UNIT *unit, const PKCS1_RSA_PRIVATE_KEY *key);
 /**

@@ -86,8 +86,7 @@ TLXPKI_API RSAES_OAEP_PARAM *dup_RSAES_OAEP_PARAM(const RSAES_OAEP_PARAM *param)
  * @return 0x4916002B when there are not exactly three children
  * @return 0x49110104 when the context tags are not 0, 1 and 2 in this order, or do not hold a SEQUENCE, a
  *         SEQUENCE and an INTEGER
- * @return 0x49160104 when an algorithm identifier cannot be decoded, for an empty node, and when memory runs
- * out
+ * @return 0x49160104 when an algorithm identifier cannot be decoded, and when memory runs out
  */
 TLXPKI_API uint32_t Seq_to_RSASSA_PSS_PARAM(const ASN1_UNIT *node, RSASSA_PSS_PARAM **param);
 /**

@@ -101,12 +101,13 @@ enum {
  * A decoder Seq_to_<TYPE> (node, <TYPE> **out), passed to the reading functions; one of the concrete type is
  * converted with TLX_DECODER. It fills the record at *out when that is not null, and otherwise stores a new
  * one there. On failure it frees only what it allocated: *out stays null, or the caller's record stays as far
- * as it was filled. The node stays the caller's.
+ * as it was filled, unless its own documentation says otherwise. The node stays the caller's.
  */
 typedef uint32_t (*ASN1_DECODER)(const ASN1_UNIT *node, void **out);
 /**
  * An encoder <TYPE>_to_Seq (const <TYPE> *object, ASN1_UNIT **node), converted with TLX_ENCODER. On success
- * it stores a new node in *node, which the caller frees with free_ASN1_UNIT().
+ * it fills the node that *node points to, or stores a new one there when it is null, which the caller frees
+ * with free_ASN1_UNIT().
  */
 typedef uint32_t (*ASN1_ENCODER)(const void *object, ASN1_UNIT **node);
 

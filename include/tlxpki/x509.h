@@ -8,7 +8,9 @@
  * - of a signature algorithm only the identifier is kept. Its parameters are written as NULL for RSA with
  * PKCS #1 v1.5 (RFC 8017, appendix A.2.4) and left out otherwise; so RSASSA-PSS parameters are lost;
  * - a critical flag that is given as FALSE is not written;
- * - object identifiers with arcs above 32 bits or more than 99 characters cannot be read.
+ * - a serial number below 0 is read as unsigned;
+ * - arcs of object identifiers above 32 bits lose their high bits. Identifiers of more than 99 characters
+ * cannot be read at all.
  *
  * Certificates with issuerUniqueID or subjectUniqueID are refused.
  *

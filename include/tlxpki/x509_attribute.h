@@ -237,7 +237,7 @@ TLXPKI_API uint32_t add_X509_ATTRIBUTES_OID_INDEX(X509_ATTRIBUTES *attributes, i
  * @return 0
  * @return 0x46220049 for a null argument (*out stays as it was)
  * @return 0x46220104 when the type, the SET or a value is missing or cannot be decoded, or memory runs out.
- *         *out is null then; an attribute it pointed to stays the caller's, as far as it was filled
+ *         *out is null then; an attribute it pointed to stays the caller's, as it was
  */
 TLXPKI_API uint32_t Seq_to_X509_ATTRIBUTE(const ASN1_UNIT *node, X509_ATTRIBUTE **out);
 

@@ -4,16 +4,14 @@
  * Decoding keeps the algorithm, its parameters and the key octets as they are, so that any public key is
  * encoded to the octets it came from. Besides, the key itself is decoded where its algorithm is known:
  *
- * | algorithm                                    | kind          | key octets and parameters |
- * |----------------------------------------------|---------------|--------------------------------------------------|
- * | rsaEncryption (RFC 3279, 2.3.1)              | TLX_KEY_RSA   | RSAPublicKey; parameters are not looked at
- * | | KCDSA1 (TTAK.KO-12.0001)                     | TLX_KEY_KCDSA | INTEGER y; parameters SEQUENCE { p, q, g
- * }       | | id-ecPublicKey (RFC 5480)                    | TLX_KEY_ECC   | a SEC 1 point; parameters name a
- * curve           |
+ * - rsaEncryption (RFC 3279, section 2.3.1) as TLX_KEY_RSA: the octets are an RSAPublicKey, the parameters
+ * are not looked at;
+ * - KCDSA1 (TTAK.KO-12.0001) as TLX_KEY_KCDSA: the octets are INTEGER y, the parameters SEQUENCE { p, q, g };
+ * - id-ecPublicKey (RFC 5480) as TLX_KEY_ECC: the octets are a SEC 1 point, the parameters name a curve.
  *
  * A key whose algorithm or curve is not known, or whose octets or parameters are not of the form above,
  * decodes with a null `key`: reading the certificate of a stranger does not fail because of his key; using
- * the key does.
+ * the key does. So does a key on a curve when memory runs out while its point is read.
  *
  * Every function may be called from any thread, on distinct objects at the same time; functions that take
  * const objects may share them.

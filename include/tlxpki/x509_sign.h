@@ -179,8 +179,8 @@ TLXPKI_API uint32_t encode_KCDSASignatureValue(uint8_t **out, const uint8_t *r, 
  * @param s_len receives its octets
  * @param der   the SEQUENCE, for example from decodeToDERSequence_n()
  * @return 0
- * @return 1 for a null argument, a der that is no SEQUENCE (an ECDSA signature, too, is none of these), a
- *         missing member, and when memory runs out
+ * @return 1 for a null argument, a der that is no SEQUENCE, a missing member (an ECDSA signature has no BIT
+ *         STRING), and when memory runs out
  */
 TLXPKI_API uint32_t decode_KCDSASignatureValue(uint8_t **r, uint32_t *r_len, uint8_t **s, uint32_t *s_len,
                                                const ASN1_UNIT *der);

@@ -31,7 +31,8 @@
  * members are freed, and those that the node does not have become null or 0. On failure it is filled as far
  * as decoding got. The results are 0 and the statuses listed with each type, whose reason is 0x0049 for a
  * null argument, 0x002B for a wrong number of children, and 0x0104 for a child that is missing, misplaced, of
- * the wrong type or cannot be read, for an empty node, and when memory runs out.
+ * the wrong type or cannot be read, and when memory runs out. A node that is not started has no children. So
+ * has, for a count, one with a child of a universal type that decodeToDER() does not know.
  * - T_to_Seq() encodes a record in DER. The node that *out points to is filled, or *out becomes a new node,
  * freed with free_ASN1_UNIT(); on failure nothing changes. The results are 0 and the statuses listed, whose
  * reason is 0x0049 for a null argument and 0x0103 for a member that is missing or cannot be encoded, and when
@@ -48,8 +49,9 @@
  * - remove_T_child() takes the item at an index out and returns it, the caller's to free; null when there is
  * none.
  *
- * DER that these decoders accept is encoded again to the same octets, but for what their own texts say and
- * for numbers below 0, which are read as unsigned.
+ * DER that these decoders accept is encoded again to the same octets, but for what their own texts say, for
+ * numbers below 0, which are read as unsigned, and for names, of whose relative distinguished names only the
+ * first type and value is kept.
  *
  * Every function may be called from any thread, on distinct objects at the same time; functions that take
  * const objects may share them.

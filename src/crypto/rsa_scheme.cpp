@@ -210,7 +210,8 @@ uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const
 
 uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data,
                     uint32_t len, const uint8_t *sig, uint32_t sig_len) {
-    if (unit == nullptr || sig == nullptr || !is_available(digest_id, mode)) return 1;
+    if (unit == nullptr || (sig == nullptr && sig_len > 0) || !is_available(digest_id, mode)) return 1;
+    if (sig_len == 0) return TLX_RSA_BAD_SIGNATURE;
     u8 hash[TLX_DIGEST_MAX_LENGTH];
     u32 hash_len = 0;
     if (Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;

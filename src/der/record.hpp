@@ -516,7 +516,7 @@ template <typename T>
 u32 decode_node(const ASN1_UNIT *node, T **out, u32 code) noexcept {
     if (node == nullptr || out == nullptr) return code | kMissingArgument;
     Element element;
-    if (!view_node(node, element)) return code | kNotDecoded;
+    if (!view_container(node, element)) return code | kNotDecoded;
     return Codec<T>::decode(element, out);
 }
 
@@ -550,7 +550,7 @@ template <typename List>
 u32 decode_list_node(const ASN1_UNIT *node, STACK **out, u32 code) noexcept {
     if (node == nullptr || out == nullptr) return code | kMissingArgument;
     Element element;
-    if (!view_node(node, element)) return code | kNotDecoded;
+    if (!view_container(node, element)) return code | kNotDecoded;
     return decode_list<List>(element, out, code);
 }
 

@@ -139,4 +139,8 @@ bool view_node(const ASN1_UNIT *node, Element &element) noexcept {
     return true;
 }
 
+bool view_container(const ASN1_UNIT *node, Element &element) noexcept {
+    return (node != nullptr && node->tag == nullptr) || view_node(node, element);
+}
+
 }  // namespace tlx

@@ -47,4 +47,7 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 /// A view of a finished node. False for a null or empty node and for one whose length cannot be read.
 [[nodiscard]] bool view_node(const ASN1_UNIT *node, Element &element) noexcept;
 
+/// The same for a decoder of children: a node that is not started has none.
+[[nodiscard]] bool view_container(const ASN1_UNIT *node, Element &element) noexcept;
+
 }  // namespace tlx

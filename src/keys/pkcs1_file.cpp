@@ -198,7 +198,7 @@ bool read_text(string_view text, KeyText &key) noexcept {
 u32 read_key(Bytes der, RSA_UNIT *unit) noexcept {
     constexpr u32 kPublicKeyChildren = 2;
     Element element;
-    if (!Cursor(der).next(TLX_TAG_SEQUENCE, element)) return 0x4900004F;
+    if (!Cursor(der).next(TLX_TAG_SEQUENCE, element) || element.context_specific()) return 0x4900004F;
     if (count_children(element.contents) == kPublicKeyChildren) {
         PKCS1_RSA_PUBLIC_KEY *read = nullptr;
         if (Codec<PKCS1_RSA_PUBLIC_KEY>::decode(element, &read) != 0) return 0x4900004F;

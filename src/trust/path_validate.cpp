@@ -99,10 +99,8 @@ u32 process_certificate(const X509_CERT *cert, const X509_CERT *issuer, u32 posi
     if (const u32 status = verify_X509_validity(cert, state.time); status != 0) return status;
     if (cmp_X509_NAME(get_X509_issuer(cert), get_X509_subject(issuer)) != 0) return 0x53100106;
     if (!has_extensions(cert)) return 0x530A002B;
-    // The level of the certificate above is missing when that is self-issued and not the anchor's.
-    if (static_cast<u32>(state.deepest->depth) + 1 != position) return 0x53100049;
     const X509_EXTENSION *policies = find_extension(cert, extension_id::kCertificatePolicies);
-    if (const u32 status = process_policies(state.deepest, policies); status != 0) return status;
+    if (const u32 status = process_policies(state.deepest, position, policies); status != 0) return status;
     return state.explicit_policy < 1 && policies == nullptr ? 0x5310011C : 0;
 }
 

@@ -161,10 +161,12 @@ bool start_policy_tree(node_LIST *list) noexcept {
     return true;
 }
 
-u32 process_policies(node_LIST *&deepest, const X509_EXTENSION *extension) noexcept {
+u32 process_policies(node_LIST *&deepest, u32 position, const X509_EXTENSION *extension) noexcept {
     CertificatePolicies policies;
     if (const u32 status = policies.read(extension); status != 0) return status;
     node_LIST *above = deepest;
+    // The level of the certificate above is missing when that is self-issued and not the anchor's.
+    if (static_cast<u32>(above->depth) + 1 != position) return 0x53100049;
     node_LIST *level = append_level(above, static_cast<u32>(above->depth) + 1);
     if (level == nullptr) return 0x5307003C;
     deepest = level;
@@ -176,6 +178,10 @@ u32 process_policies(node_LIST *&deepest, const X509_EXTENSION *extension) noexc
     // The node behind a removed one is passed over, and a childless one there stays in the tree that the
     // caller gets.
     remove_nodes(above->nodes, 2, childless);
+    if (get_STACK_count(above->nodes) == 0) {
+        free_VALID_POLICY_NODES(above->nodes);
+        above->nodes = nullptr;
+    }
 
     const i32 criticality = extension != nullptr && extension->critical != 0 ? -1 : 0;
     for (u32 i = 0; i < get_STACK_count(level->nodes); ++i) {

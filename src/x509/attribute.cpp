@@ -74,7 +74,16 @@ bool lacks_an_attribute(const X509_ATTRIBUTES &attributes) noexcept {
 }  // namespace
 
 u32 Codec<X509_ATTRIBUTE>::decode(const Element &element, X509_ATTRIBUTE **out) noexcept {
-    return kAttribute.decode(element, out, [] { return TLX_NEW(X509_ATTRIBUTE); });
+    X509_ATTRIBUTE *decoded = nullptr;
+    const u32 status = kAttribute.decode(element, &decoded, [] { return TLX_NEW(X509_ATTRIBUTE); });
+    if (status != 0) return status;
+    if (*out == nullptr) {
+        *out = decoded;
+    } else {
+        std::swap(**out, *decoded);
+        free_X509_ATTRIBUTE(decoded);
+    }
+    return 0;
 }
 
 void Codec<X509_ATTRIBUTE>::encode(Encoder &out, const X509_ATTRIBUTE *record, u8 tag) noexcept {
@@ -279,7 +288,7 @@ uint32_t X509_ATTRIBUTE_to_Seq(const X509_ATTRIBUTE *attribute, ASN1_UNIT **out)
 uint32_t Seq_to_X509_ATTRIBUTES(const ASN1_UNIT *node, X509_ATTRIBUTES **out) {
     if (node == nullptr || out == nullptr) return 0x46240049;
     Element element;
-    if (!view_node(node, element)) return 0x46240104;
+    if (!view_container(node, element)) return 0x46240104;
     X509_ATTRIBUTES *attributes = nullptr;
     if (const u32 status = Attributes::decode(element, &attributes); status != 0) return status;
     if (*out == nullptr) {

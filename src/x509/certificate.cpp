@@ -136,7 +136,7 @@ uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {
     if (cert == nullptr || out == nullptr) return 0x46100049;
     Encoder encoder;
     Codec<X509_CERT>::encode(encoder, cert);
-    if (!encoder.ok()) return 0x46100103;
+    if (!encoder.ok()) return encoder.out_of_memory() ? 0x4610003C : 0x46100103;
     return hand_over(encoder, out) ? 0 : 0x4610003C;
 }
 

@@ -234,7 +234,7 @@ uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id, uint8_t *
 uint32_t Seq_to_X509_NAME(const ASN1_UNIT *node, X509_NAME **out) {
     if (node == nullptr || out == nullptr) return 0x461C0049;
     Element element;
-    if (!view_node(node, element)) return 0x461C0104;
+    if (!view_container(node, element)) return 0x461C0104;
     OwnedName name = decode_name(element);
     if (!name) return 0x461C0104;
     if (*out == nullptr) {

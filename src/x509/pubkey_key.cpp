@@ -90,15 +90,15 @@ KeyOutcome decode_kcdsa(X509_PUBKEY &pubkey, Bytes octets) noexcept {
 
 // ECPoint ::= OCTET STRING, whose octets are the BIT STRING's (RFC 5480, section 2.2).
 // ECParameters ::= CHOICE { namedCurve OBJECT IDENTIFIER }
-// A failed allocation below the curve and the point is not told from a point that is none: the key is left
-// out then.
+// A failed allocation below the curve's numbers and the point is not told from a point that is none: the key
+// is left out then.
 KeyOutcome decode_ecc(X509_PUBKEY &pubkey, Bytes octets) noexcept {
     Element parameters;
     if (!view_node(pubkey.parameters, parameters)) return KeyOutcome::unknown;
     if (!parameters.matches(TLX_TAG_OBJECT_IDENTIFIER) || octets.empty()) return KeyOutcome::unknown;
     const Owned<OBJECT_IDENTIFIER> curve(decode_oid(parameters.contents));
     OwnedEcc unit(new_ECC_KEY());
-    if (!unit) return KeyOutcome::no_memory;
+    if (!curve || !unit) return KeyOutcome::no_memory;
     if (set_ECURVE_from_list_ex(&unit->curve, curve.get()) != 0) return KeyOutcome::unknown;
     unit->public_point = binary_to_ECPOINT(unit->curve, octets.data(), static_cast<u32>(octets.size()));
     if (unit->public_point == nullptr) return KeyOutcome::unknown;

@@ -7,11 +7,24 @@ using namespace tlx;
 
 namespace {
 
+/// Optional, and read where a context-specific element stands in its place, too: nobody's limit is lost.
+struct PathLength : Field<BASIC_CONSTRAINTS, Integer> {
+    [[nodiscard]] u32 read(Cursor &children, BASIC_CONSTRAINTS &record) const noexcept {
+        Element child;
+        Cursor ahead = children;
+        const bool present = ahead.next(child) && child.matches(TLX_TAG_INTEGER);
+        clear(record);
+        if (!present) return 0;
+        children = ahead;
+        return Integer::decode(child, &(record.*member));
+    }
+};
+
 // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER (0..MAX) OPTIONAL }
 // cA is asked for, and written, even where DER leaves out a FALSE: see the header.
 constexpr auto kBasicConstraints =
     record<BASIC_CONSTRAINTS>(codes(0x47230000, 0x47240000), any_count(), boolean(&BASIC_CONSTRAINTS::cA),
-                              optional<Integer>(&BASIC_CONSTRAINTS::pathLenConstraint));
+                              PathLength{optional<Integer>(&BASIC_CONSTRAINTS::pathLenConstraint)});
 
 /// [n] SkipCerts in the form that the decoder reads back.
 struct SkipCerts : Field<POLICY_CONSTRAINTS, Integer> {
