@@ -116,8 +116,11 @@ Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
         json["path"].push_back(describe_link(link));
     }
     if (verdict.is_valid()) {
-        // The root of the tree stands for the anchor, and its criticality says nothing.
         json["policies"] = describe_policies_below(policy_children(verdict.policies.get()), nullptr);
+        // The root of the tree stands for the anchor, whose extensions are not looked at.
+        for (Json &root : json["policies"]) {
+            root.erase("critical");
+        }
     }
     return json;
 }

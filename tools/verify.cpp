@@ -113,10 +113,10 @@ Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
         node_LIST *tree = nullptr;
         verdict.status = validate_certpath_ex(path, acceptable.get(), &tree, &settings_, &verdict.failed_at);
         verdict.policies.reset(tree);
+    } else if (const uint32_t count = get_X509_CERTIFICATES_count(path); count == 0) {
+        verdict.stopped_at = target;
     } else if (explain) {
-        const uint32_t count = get_X509_CERTIFICATES_count(path);
-        const X509_CERT *last = get_X509_CERTIFICATES_child(path, static_cast<int32_t>(count) - 1);
-        verdict.stopped_at = count == 0 ? target : issuer_of(last);
+        verdict.stopped_at = issuer_of(get_X509_CERTIFICATES_child(path, static_cast<int32_t>(count) - 1));
     }
     if (explain) verdict.hint = hint_for(verdict);
     return verdict;
