@@ -165,7 +165,11 @@ TEST(BlockCipher, RefusesBadArgumentsAndOrder) {
     EXPECT_EQ(update_BlockCipher(unit, nullptr, &size, nullptr, 0), 0U);
     EXPECT_EQ(final_BlockCipher(unit, nullptr, &size), 1U);
     EXPECT_EQ(final_BlockCipher(unit, out, &size), 0U) << "still under way";
-    EXPECT_EQ(final_BlockCipher(unit, out, &size), 1U) << "it has ended";
+    std::uint8_t plain[64];
+    ASSERT_EQ(init_BlockCipher(unit, 0x01000120, key, kIv.data(), 0), 0U);
+    EXPECT_EQ(update_BlockCipher(unit, plain, &size, out, 16), 0U);
+    EXPECT_EQ(final_BlockCipher(unit, plain, &size), 0U);
+    EXPECT_EQ(final_BlockCipher(unit, plain, &size), 1U) << "it has ended, and has no padding to be bad";
     const std::uint8_t *kept = get_BLOCK_CIPHER_UNIT_iv(unit, &size);
     EXPECT_EQ(Octets(kept, kept + size), kIv) << "the first IV, not the last block";
     EXPECT_EQ(init_BlockCipher(unit, 0x01000120, nullptr, kIv.data(), 1), 1U);
