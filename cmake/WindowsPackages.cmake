@@ -1,6 +1,7 @@
 # What a build for Windows takes from elsewhere, since no packages of libraries are for that target: libcrypto from a
 # cross-built prefix (scripts/build-windows-libcrypto), GoogleTest from its installed sources, Google Benchmark from
-# fetched ones (scripts/fetch-source), and libraries that are headers only from this machine's packages. find_package finds them as it does elsewhere.
+# fetched ones (scripts/fetch-source), and libraries that are headers only from this machine's packages. find_package
+# finds them as it does elsewhere.
 
 # tlx_provide_package(<name> <version>): find_package(<name>) succeeds from here on; its targets are made in this file.
 function(tlx_provide_package name version)

@@ -1,15 +1,14 @@
 // Node trees from hostile octets: every child under every expected type, written back and rebuilt.
-#include <tlxpki.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <span>
 
 #include "der/owned.hpp"
+#include "reencode.hpp"
 
 namespace {
 
+using fuzz::require;
 using Node = tlx::Owned<ASN1_UNIT>;
 using Octets = std::span<const std::uint8_t>;
 
@@ -19,10 +18,6 @@ constexpr unsigned kMostNodes = 20;
 /// Every type, and values that name none.
 constexpr std::uint32_t kExpected[] = {0,  1,  2,  3,  4,  5,  6,  10, 12, 16, 17, 19,        20,
                                        22, 23, 24, 26, 30, 31, 32, 33, 34, 48, 49, 0xFFFFFFE2};
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
 
 void free_value(void *value, std::uint32_t expected) {
     switch (expected) {

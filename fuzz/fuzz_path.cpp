@@ -2,14 +2,13 @@
 // first is the target, the last the anchor's. A path is built over the rest, and that path and the chain as
 // it stands are validated; on demand after signing the certificates anew, so that signatures do not hide the
 // other steps.
-#include <tlxpki.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
 
+#include "reencode.hpp"
+
 namespace {
+
+using fuzz::require;
 
 struct Free {
     void operator()(X509_CERT *cert) const { free_X509_CERT(cert); }
@@ -39,10 +38,6 @@ enum Choice : std::uint8_t {
     any_policy = 8,
     large_pool = 16
 };
-
-void require(bool holds) {
-    if (!holds) std::abort();
-}
 
 Owned<ASN1_STRING> oid(const char *dotted) {
     Owned<ASN1_STRING> made(new_ASN1_STRING());
@@ -85,9 +80,7 @@ Certificates read_chain(const std::uint8_t *data, std::size_t size) {
         data += 2;
         size -= 2;
         if (length > size) length = size;
-        void *cert = nullptr;
-        if (readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), data,
-                                static_cast<std::uint32_t>(length)) == 0)
+        if (X509_CERT *cert = fuzz::decode(data, length, Seq_to_X509_CERT); cert != nullptr)
             push_STACK_value(chain.get(), cert);
         data += length;
         size -= length;

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace tlx {
 
@@ -35,6 +36,16 @@ using Owned = std::unique_ptr<T, typename FreeOf<T>::deleter>;
 /// Plain octets from the tracking allocator.
 template <typename T>
 using OwnedOctets = std::unique_ptr<T, FreeWith<tlx_free>>;
+
+/// Hands a decoded record out: as a new one, or in place of what the caller's holds, which is freed.
+template <typename T, typename Deleter>
+void deliver(std::unique_ptr<T, Deleter> made, T **out) noexcept {
+    if (*out == nullptr) {
+        *out = made.release();
+    } else {
+        std::swap(**out, *made);
+    }
+}
 
 /// "Fill the caller's structure or allocate one": works on *out, or on a new record that is handed over by
 /// `commit` and freed when the decoder fails.

@@ -536,12 +536,7 @@ u32 decode_list(const Element &element, STACK **out, u32 code) noexcept {
     if (List::least > 0 && element.contents.empty()) return code | kWrongCount;
     STACK *list = nullptr;
     if (List::decode(element, &list) != 0) return code | kNotDecoded;
-    if (*out == nullptr) {
-        *out = list;
-        return 0;
-    }
-    std::swap(**out, *list);
-    List::free(list);
+    deliver(std::unique_ptr<STACK, FreeWith<List::free>>(list), out);
     return 0;
 }
 

@@ -77,12 +77,7 @@ u32 Codec<X509_ATTRIBUTE>::decode(const Element &element, X509_ATTRIBUTE **out) 
     X509_ATTRIBUTE *decoded = nullptr;
     const u32 status = kAttribute.decode(element, &decoded, [] { return TLX_NEW(X509_ATTRIBUTE); });
     if (status != 0) return status;
-    if (*out == nullptr) {
-        *out = decoded;
-    } else {
-        std::swap(**out, *decoded);
-        free_X509_ATTRIBUTE(decoded);
-    }
+    deliver(Owned<X509_ATTRIBUTE>(decoded), out);
     return 0;
 }
 
@@ -291,12 +286,7 @@ uint32_t Seq_to_X509_ATTRIBUTES(const ASN1_UNIT *node, X509_ATTRIBUTES **out) {
     if (!view_container(node, element)) return 0x46240104;
     X509_ATTRIBUTES *attributes = nullptr;
     if (const u32 status = Attributes::decode(element, &attributes); status != 0) return status;
-    if (*out == nullptr) {
-        *out = attributes;
-    } else {
-        std::swap(**out, *attributes);
-        free_X509_ATTRIBUTES(attributes);
-    }
+    deliver(OwnedAttributes(attributes), out);
     return 0;
 }
 

@@ -237,11 +237,7 @@ uint32_t Seq_to_X509_NAME(const ASN1_UNIT *node, X509_NAME **out) {
     if (!view_container(node, element)) return 0x461C0104;
     OwnedName name = decode_name(element);
     if (!name) return 0x461C0104;
-    if (*out == nullptr) {
-        *out = name.release();
-    } else {
-        std::swap(**out, *name);
-    }
+    deliver(std::move(name), out);
     return 0;
 }
 

@@ -223,11 +223,7 @@ u32 Codec<X509_PUBKEY>::decode(const Element &element, X509_PUBKEY **out) noexce
     pubkey->subjectPublicKey = decode_bit_string(bits.contents);
     if (pubkey->subjectPublicKey == nullptr) return 0x46140104;
     if (decode_key(*pubkey) == KeyOutcome::no_memory) return 0x46140104;
-    if (*out == nullptr) {
-        *out = pubkey.release();
-    } else {
-        std::swap(**out, *pubkey);
-    }
+    deliver(std::move(pubkey), out);
     return 0;
 }
 

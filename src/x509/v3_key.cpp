@@ -58,12 +58,7 @@ u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, u32 code) noexc
     if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0) {
         return code | kNotDecoded;
     }
-    if (*out == nullptr) {
-        *out = value;
-        return 0;
-    }
-    std::swap(**out, *value);
-    free_ASN1_STRING(value);
+    deliver(Owned<ASN1_STRING>(value), out);
     return 0;
 }
 
