@@ -17,10 +17,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 
-# What the build makes is run by Wine, whose loader is not on the path, in a home of its own.
-find_program(TLX_WINE wine64 PATHS /usr/lib/wine)
-mark_as_advanced(TLX_WINE)
-if(TLX_WINE)
-    set(CMAKE_CROSSCOMPILING_EMULATOR
-        env WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml= DISPLAY= ${TLX_WINE})
-endif()
+# What the build makes is run by Wine, in a home of its own.
+set(CMAKE_CROSSCOMPILING_EMULATOR
+    env WINEPREFIX=${CMAKE_BINARY_DIR}/wine ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine)

@@ -1,9 +1,9 @@
 // tlxpki oid, tlxpki status, and what the command does without or with wrong arguments.
-#include <filesystem>
 #include <regex>
 #include <set>
 
 #include "program.hpp"
+#include "support/shell.hpp"
 
 namespace command_test {
 namespace {
@@ -59,9 +59,7 @@ TEST(CommandUsage, WrongArgumentsEndWithStatus2) {
 
 TEST(CommandUsage, OutputThatCannotBeWrittenIsTold) {
     // A full device, or else no device at all.
-    const std::string output = std::filesystem::exists("/dev/full") ? " >/dev/full" : " >&-";
-    const int status = std::system(
-        (std::string(TLX_COMMAND) + " status 0" + output + " 2>\"" + scratch("errors") + "\"").c_str());
+    const int status = tlx_test::run_program({TLX_COMMAND, "status", "0"}, "/dev/full", scratch("errors"));
     EXPECT_NE(status, 0);
     EXPECT_NE(read_file(scratch("errors")).find("the output cannot be written"), std::string::npos);
 }

@@ -2,7 +2,6 @@
 
 #include <tlxpki.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <ostream>
@@ -20,38 +19,18 @@ const tlx_test::CommandFolder &folder() {
     return folder;
 }
 
-#ifdef _WIN32
-
-std::string quoted(const std::string &argument) {
-    return "\"" + argument + "\"";
-}
-
-/// The shell takes the outermost quotes off.
-int execute(const std::string &line) {
-    return _wsystem(tlx_test::utf8_path(quoted(line)).c_str());
-}
-
-#else
-
-std::string quoted(const std::string &argument) {
+/// What the POSIX shell reads as one word.
+std::string shell_word(const std::string &argument) {
     std::string text = "'";
     for (const char c : argument)
         text += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return text + "'";
 }
 
-int execute(const std::string &line) {
-    const int status = std::system(line.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-#endif
-
-std::string command_line(const Arguments &arguments) {
-    std::string line = quoted(TLX_COMMAND);
-    for (const std::string &argument : arguments)
-        line += " " + quoted(argument);
-    return line;
+Arguments with_command(const Arguments &arguments) {
+    Arguments all = {TLX_COMMAND};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
 }
 
 }  // namespace
@@ -76,17 +55,19 @@ std::ostream &operator<<(std::ostream &out, const Result &run) {
 
 Result run(const Arguments &arguments) {
     Result result;
-    result.status = execute(command_line(arguments) + " >" + quoted(scratch("output")) + " 2>" +
-                            quoted(scratch("errors")));
+    result.status = tlx_test::run_program(with_command(arguments), scratch("output"), scratch("errors"));
     result.output = read_file(scratch("output"));
     result.errors = read_file(scratch("errors"));
     return result;
 }
 
 Result run_on_terminal(const Arguments &arguments, const std::string &environment) {
+    std::string command;
+    for (const std::string &argument : with_command(arguments))
+        command += shell_word(argument) + " ";
+    const std::string line = environment + " script -qec " + shell_word(command) + " /dev/null";
     Result result;
-    result.status = execute(environment + " script -qec " + quoted(command_line(arguments)) +
-                            " /dev/null </dev/null >" + quoted(scratch("output")));
+    result.status = tlx_test::run_program({"/bin/sh", "-c", line}, scratch("output"), scratch("errors"));
     result.output = read_file(scratch("output"));
     return result;
 }
