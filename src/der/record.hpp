@@ -414,19 +414,26 @@ constexpr BooleanField<R> flag(u8 number, u8 R::*member) noexcept {
 
 // ---- Records ----
 
-/// Group and function bytes of the decoder's and the encoder's status codes; the reason is added.
-struct Codes {
-    u32 decode;
-    u32 encode;
+/// What one operation answers, whole: when compiled, the octets of its group and its function meet every
+/// reason.
+struct Statuses {
+    u32 missing_argument;
+    u32 wrong_count;
+    u32 not_encoded;
+    u32 not_decoded;
 };
-constexpr Codes codes(u32 decode, u32 encode) noexcept {
-    return {decode, encode};
+consteval Statuses statuses(u32 function) noexcept {
+    return {function | 0x0049, function | 0x002B, function | 0x0103, function | 0x0104};
 }
 
-constexpr u32 kMissingArgument = 0x0049;
-constexpr u32 kWrongCount = 0x002B;
-constexpr u32 kNotEncoded = 0x0103;
-constexpr u32 kNotDecoded = 0x0104;
+/// The statuses of a decoder and of an encoder.
+struct Codes {
+    Statuses decode;
+    Statuses encode;
+};
+consteval Codes codes(u32 decode, u32 encode) noexcept {
+    return {statuses(decode), statuses(encode)};
+}
 
 /// How many children the SEQUENCE must have, and whether those that no field took are passed over.
 struct Count {
@@ -473,10 +480,10 @@ struct Record {
     u32 decode(const Element &element, R **out, R *(*make)()) const noexcept {
         if (count.least > 0 || count.most != any_count().most) {
             const u32 children = count_children(element.contents);
-            if (children < count.least || children > count.most) return codes.decode | kWrongCount;
+            if (children < count.least || children > count.most) return codes.decode.wrong_count;
         }
         OutRecord<R> record(out, make);
-        if (!record) return codes.decode | kNotDecoded;
+        if (!record) return codes.decode.not_decoded;
         Cursor children(element);
         u32 status = 0;
         const auto read = [&](const auto &each) {
@@ -484,9 +491,9 @@ struct Record {
             return status == 0;
         };
         if (!std::apply([&](const auto &...each) { return (read(each) && ...); }, fields)) {
-            return status == kFieldFailed ? codes.decode | kNotDecoded : status;
+            return status == kFieldFailed ? codes.decode.not_decoded : status;
         }
-        if (!ends_well(children)) return codes.decode | kNotDecoded;
+        if (!ends_well(children)) return codes.decode.not_decoded;
         record.commit();
         return 0;
     }
@@ -513,50 +520,50 @@ constexpr Record<R, Fields...> record(Codes codes, Count count, Fields... fields
 
 /// Seq_to_<TYPE>: the checks of its arguments, then the decoder over a view of the node.
 template <typename T>
-u32 decode_node(const ASN1_UNIT *node, T **out, u32 code) noexcept {
-    if (node == nullptr || out == nullptr) return code | kMissingArgument;
+u32 decode_node(const ASN1_UNIT *node, T **out, const Statuses &failed) noexcept {
+    if (node == nullptr || out == nullptr) return failed.missing_argument;
     Element element;
-    if (!view_container(node, element)) return code | kNotDecoded;
+    if (!view_container(node, element)) return failed.not_decoded;
     return Codec<T>::decode(element, out);
 }
 
 /// <TYPE>_to_Seq: the checks of its arguments, then the encoding as a node.
 template <typename T>
-u32 encode_node(const T *object, ASN1_UNIT **out, u32 code) noexcept {
-    if (object == nullptr || out == nullptr) return code | kMissingArgument;
+u32 encode_node(const T *object, ASN1_UNIT **out, const Statuses &failed) noexcept {
+    if (object == nullptr || out == nullptr) return failed.missing_argument;
     Encoder encoder;
     Codec<T>::encode(encoder, object);
-    return hand_over(encoder, out) ? 0 : code | kNotEncoded;
+    return hand_over(encoder, out) ? 0 : failed.not_encoded;
 }
 
 /// Decodes a list of its own into *out: a caller's list is emptied and filled anew, and stays as it was on
 /// failure.
 template <typename List>
-u32 decode_list(const Element &element, STACK **out, u32 code) noexcept {
-    if (List::least > 0 && element.contents.empty()) return code | kWrongCount;
+u32 decode_list(const Element &element, STACK **out, const Statuses &failed) noexcept {
+    if (List::least > 0 && element.contents.empty()) return failed.wrong_count;
     STACK *list = nullptr;
-    if (List::decode(element, &list) != 0) return code | kNotDecoded;
+    if (List::decode(element, &list) != 0) return failed.not_decoded;
     deliver(std::unique_ptr<STACK, FreeWith<List::free>>(list), out);
     return 0;
 }
 
 /// Seq_to_<LIST>.
 template <typename List>
-u32 decode_list_node(const ASN1_UNIT *node, STACK **out, u32 code) noexcept {
-    if (node == nullptr || out == nullptr) return code | kMissingArgument;
+u32 decode_list_node(const ASN1_UNIT *node, STACK **out, const Statuses &failed) noexcept {
+    if (node == nullptr || out == nullptr) return failed.missing_argument;
     Element element;
-    if (!view_container(node, element)) return code | kNotDecoded;
-    return decode_list<List>(element, out, code);
+    if (!view_container(node, element)) return failed.not_decoded;
+    return decode_list<List>(element, out, failed);
 }
 
 /// <LIST>_to_Seq.
 template <typename List>
-u32 encode_list_node(const STACK *list, ASN1_UNIT **out, u32 code) noexcept {
-    if (list == nullptr || out == nullptr) return code | kMissingArgument;
-    if (get_STACK_count(list) < List::least) return code | kWrongCount;
+u32 encode_list_node(const STACK *list, ASN1_UNIT **out, const Statuses &failed) noexcept {
+    if (list == nullptr || out == nullptr) return failed.missing_argument;
+    if (get_STACK_count(list) < List::least) return failed.wrong_count;
     Encoder encoder;
     List::encode(encoder, list, List::tag);
-    return hand_over(encoder, out) ? 0 : code | kNotEncoded;
+    return hand_over(encoder, out) ? 0 : failed.not_encoded;
 }
 
 /// add_<LIST>_child: inserts a copy.

@@ -60,12 +60,12 @@ TRUST_ANCHOR *create_TRUST_ANCHOR_from_X509_CERT(const X509_CERT *cert) {
 }
 
 uint32_t Seq_to_TRUST_ANCHOR(const ASN1_UNIT *node, TRUST_ANCHOR **out) {
-    return decode_node(node, out, 0x53040000);
+    return decode_node(node, out, statuses(0x53040000));
 }
 
 uint32_t TRUST_ANCHOR_to_Seq(const TRUST_ANCHOR *anchor, ASN1_UNIT **out) {
     if (anchor == nullptr || anchor->name == nullptr || anchor->publicKey == nullptr) return 0x53030049;
-    return encode_node(anchor, out, 0x53030000);
+    return encode_node(anchor, out, statuses(0x53030000));
 }
 
 TRUST_ANCHORS *new_TRUST_ANCHORS(void) {

@@ -87,13 +87,13 @@ X509_ALGO_IDENTIFIER *dup_X509_ALGO_IDENTIFIER(const X509_ALGO_IDENTIFIER *algor
 }
 
 uint32_t Seq_to_X509_ALGO_IDENTIFIER(const ASN1_UNIT *node, X509_ALGO_IDENTIFIER **out) {
-    return decode_node(node, out, 0x46260000);
+    return decode_node(node, out, statuses(0x46260000));
 }
 
 // Null arguments answer 1 here, not a packed status.
 uint32_t X509_ALGO_IDENTIFIER_to_Seq(const X509_ALGO_IDENTIFIER *algorithm, ASN1_UNIT **out) {
     if (algorithm == nullptr || out == nullptr) return 1;
-    return encode_node(algorithm, out, 0x46250000);
+    return encode_node(algorithm, out, statuses(0x46250000));
 }
 
 OBJECT_IDENTIFIER *get_X509_ALGO_IDENTIFIER_OID(const X509_ALGO_IDENTIFIER *algorithm) {

@@ -271,13 +271,13 @@ uint32_t add_X509_ATTRIBUTES_OID_INDEX(X509_ATTRIBUTES *attributes, int32_t oid_
 
 // On failure *out becomes null even when it held an attribute of the caller's, which stays alive: it is his.
 uint32_t Seq_to_X509_ATTRIBUTE(const ASN1_UNIT *node, X509_ATTRIBUTE **out) {
-    const u32 status = decode_node(node, out, 0x46220000);
+    const u32 status = decode_node(node, out, statuses(0x46220000));
     if (status == 0x46220104) *out = nullptr;
     return status;
 }
 
 uint32_t X509_ATTRIBUTE_to_Seq(const X509_ATTRIBUTE *attribute, ASN1_UNIT **out) {
-    return encode_node(attribute, out, 0x46210000);
+    return encode_node(attribute, out, statuses(0x46210000));
 }
 
 uint32_t Seq_to_X509_ATTRIBUTES(const ASN1_UNIT *node, X509_ATTRIBUTES **out) {

@@ -129,7 +129,7 @@ int32_t cmp_X509_CERT(const X509_CERT *a, const X509_CERT *b) {
 }
 
 uint32_t Seq_to_X509_CERT(const ASN1_UNIT *node, X509_CERT **out) {
-    return decode_node(node, out, 0x460F0000);
+    return decode_node(node, out, statuses(0x460F0000));
 }
 
 uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {

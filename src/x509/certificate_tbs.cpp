@@ -197,7 +197,7 @@ X509_TBS_CERT *dup_X509_TBS_CERT(const X509_TBS_CERT *tbs) {
 }
 
 uint32_t Seq_to_X509_TBS_CERT(const ASN1_UNIT *node, X509_TBS_CERT **out) {
-    return decode_node(node, out, 0x46110000);
+    return decode_node(node, out, statuses(0x46110000));
 }
 
 uint32_t X509_TBS_CERT_to_Seq(const X509_TBS_CERT *tbs, ASN1_UNIT **out) {

@@ -235,9 +235,9 @@ void Codec<X509_PUBKEY>::encode(Encoder &out, const X509_PUBKEY *record, u8 tag)
 }
 
 uint32_t Seq_to_X509_PUBKEY(const ASN1_UNIT *node, X509_PUBKEY **out) {
-    return decode_node(node, out, 0x46140000);
+    return decode_node(node, out, statuses(0x46140000));
 }
 
 uint32_t X509_PUBKEY_to_Seq(const X509_PUBKEY *pubkey, ASN1_UNIT **out) {
-    return encode_node(pubkey, out, 0x46130000);
+    return encode_node(pubkey, out, statuses(0x46130000));
 }

@@ -47,14 +47,14 @@ struct ChoiceRecord {
     }
     u32 decode(const Element &element, R **out, R *(*make)()) const noexcept {
         OutRecord<R> record(out, make);
-        if (!record) return codes.decode | kNotDecoded;
+        if (!record) return codes.decode.not_decoded;
         clean(record.get());
         record->choice = element.number();
         Kinds::visit(element.number(), [&](auto kind) {
             typename decltype(kind)::type *value = nullptr;
             if (kind.decode(element, &value) == 0) record->value.any = value;
         });
-        if (record->value.any == nullptr) return codes.decode | kNotDecoded;
+        if (record->value.any == nullptr) return codes.decode.not_decoded;
         record.commit();
         return 0;
     }

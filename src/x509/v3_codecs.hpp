@@ -27,10 +27,10 @@ TLX_DECLARE_CODEC(KISA_IDENTIFY_DATA);
 
 namespace tlx {
 
-/// GeneralNames.
+// GeneralNames ::= SEQUENCE SIZE (1..MAX) OF GeneralName
 using GeneralNames = OneOrMore<Choice<GENERAL_NAME>>;
-/// What a failure of Seq_to_GENERAL_NAMES starts with; AUTHORITY_KEYID passes it on.
-constexpr u32 kGeneralNamesDecoder = 0x470D0000;
+/// AUTHORITY_KEYID passes those of the decoder on.
+constexpr Codes kGeneralNames = codes(0x470D0000, 0x470E0000);
 
 /// A text of any universal string type, which the record keeps.
 struct Text : OwnString {

@@ -93,9 +93,6 @@ struct GeneralNameKinds {
 };
 constexpr ChoiceRecord<GENERAL_NAME, GeneralNameKinds> kGeneralName{codes(0x470B0000, 0x470C0000)};
 
-// GeneralNames ::= SEQUENCE SIZE (1..MAX) OF GeneralName
-constexpr Codes kGeneralNames = codes(kGeneralNamesDecoder, 0x470E0000);
-
 /// A name of the choice that takes over `value`; null when there is no value.
 template <typename T>
 GENERAL_NAME *make_name(u32 choice, Owned<T> value) noexcept {

@@ -36,7 +36,7 @@ u32 read_child(const Element &child, AUTHORITY_KEYID &record) noexcept {
             return read_member<Octets>(child, record.keyIdentifier);
         case 1:
             if (!child.constructed() || !fits<GeneralNames>(child)) return 0x47090104;
-            return decode_list<GeneralNames>(child, &record.authorityCertIssuer, kGeneralNamesDecoder);
+            return decode_list<GeneralNames>(child, &record.authorityCertIssuer, kGeneralNames.decode);
         case 2:
             return read_member<Integer>(child, record.authorityCertSerialNumber);
         default:
@@ -51,12 +51,12 @@ constexpr Codes kKeyUsage = codes(0x47130000, 0x47140000);
 
 /// Seq_to_<TYPE> of an extension that is one string.
 template <typename Kind>
-u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, u32 code) noexcept {
-    if (node == nullptr || out == nullptr) return code | kMissingArgument;
+u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, const Statuses &failed) noexcept {
+    if (node == nullptr || out == nullptr) return failed.missing_argument;
     Element element;
     ASN1_STRING *value = nullptr;
     if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0) {
-        return code | kNotDecoded;
+        return failed.not_decoded;
     }
     deliver(Owned<ASN1_STRING>(value), out);
     return 0;
@@ -64,11 +64,11 @@ u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, u32 code) noexc
 
 /// <TYPE>_to_Seq of it.
 template <typename Kind>
-u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, u32 code) noexcept {
-    if (value == nullptr || out == nullptr) return code | kMissingArgument;
+u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, const Statuses &failed) noexcept {
+    if (value == nullptr || out == nullptr) return failed.missing_argument;
     Encoder encoder;
     Kind::encode(encoder, value, Kind::tag);
-    return hand_over(encoder, out) ? 0 : code | kNotEncoded;
+    return hand_over(encoder, out) ? 0 : failed.not_encoded;
 }
 
 /// The operations of such an extension.

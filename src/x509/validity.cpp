@@ -120,11 +120,11 @@ ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time) {
 }
 
 uint32_t Seq_to_X509_TIME(const ASN1_UNIT *node, X509_TIME **out) {
-    return decode_node(node, out, 0x462A0000);
+    return decode_node(node, out, statuses(0x462A0000));
 }
 
 uint32_t X509_TIME_to_Seq(const X509_TIME *time, ASN1_UNIT **out) {
-    return encode_node(time, out, 0x46290000);
+    return encode_node(time, out, statuses(0x46290000));
 }
 
 X509_VALIDITY *new_X509_VALIDITY(void) {
@@ -150,9 +150,9 @@ X509_VALIDITY *dup_X509_VALIDITY(const X509_VALIDITY *validity) {
 }
 
 uint32_t Seq_to_X509_VALIDITY(const ASN1_UNIT *node, X509_VALIDITY **out) {
-    return decode_node(node, out, 0x461A0000);
+    return decode_node(node, out, statuses(0x461A0000));
 }
 
 uint32_t X509_VALIDITY_to_Seq(const X509_VALIDITY *validity, ASN1_UNIT **out) {
-    return encode_node(validity, out, 0x46190000);
+    return encode_node(validity, out, statuses(0x46190000));
 }
