@@ -71,7 +71,8 @@ TLXPKI_API uint32_t Seq_to_TRUST_ANCHOR(const ASN1_UNIT *node, TRUST_ANCHOR **ou
 /**
  * Encodes SEQUENCE { Name, SubjectPublicKeyInfo }.
  * @param anchor the anchor
- * @param out    receives the node, freed with free_ASN1_UNIT(); a node it points to is filled
+ * @param out    receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0; 0x53030049 for a null argument and an anchor without name or key; 0x53030103 when one of them
  * cannot be encoded, and when memory runs out
  */

@@ -100,7 +100,7 @@ TLXPKI_API uint32_t Seq_to_PKCS1_RSA_PUBLIC_KEY(const ASN1_UNIT *node, PKCS1_RSA
 /**
  * Writes an RSAPublicKey.
  * @param key the record
- * @param out points to the node to fill, or to null for a new one; unchanged on failure
+ * @param out receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on failure
  * @return 0
  * @return 0x49070049 when key or out is null
  * @return 0x49070000 when a number is missing or memory runs out
@@ -121,8 +121,8 @@ TLXPKI_API uint32_t Seq_to_PKCS1_RSA_PRIVATE_KEY(const ASN1_UNIT *node, PKCS1_RS
 /**
  * Writes an RSAPrivateKey of nine INTEGERs.
  * @param key the record
- * @param out points to the node to fill, or to null for a new one; unchanged on failure. The node holds the
- *            private key; free_ASN1_UNIT() does not wipe it
+ * @param out receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure. The node holds the private key; free_ASN1_UNIT() does not wipe it
  * @return 0
  * @return 0x49040049 when key or out is null
  * @return 0x49040000 when a number is missing or memory runs out

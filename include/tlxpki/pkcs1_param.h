@@ -92,7 +92,8 @@ TLXPKI_API uint32_t Seq_to_RSASSA_PSS_PARAM(const ASN1_UNIT *node, RSASSA_PSS_PA
 /**
  * Writes RSASSA-PSS-params.
  * @param param the record
- * @param out   points to the node to fill, or to null for a new one; unchanged on failure
+ * @param out   receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x49150049 for a null argument
  * @return 0x49150103 when an algorithm identifier has no algorithm, and when memory runs out
@@ -110,7 +111,8 @@ TLXPKI_API uint32_t Seq_to_RSAES_OAEP_PARAM(const ASN1_UNIT *node, RSAES_OAEP_PA
 /**
  * Writes RSAES-OAEP-params.
  * @param param the record
- * @param out   points to the node to fill, or to null for a new one; unchanged on failure
+ * @param out   receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x49100049 for a null argument
  * @return 0x49100103 when an algorithm identifier has no algorithm, and when memory runs out

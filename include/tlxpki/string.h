@@ -65,8 +65,8 @@ TLXPKI_API int32_t cmp_ASN1_STRING(const ASN1_STRING *a, const ASN1_STRING *b);
  * 23, 24, 30) with its octets as they are. The data of a context-specific or private type (0x80 and above) is
  * itself the complete element, as reading such a member yields it.
  * @param string the record
- * @param out    receives the node: the caller's node is filled when *out is not null, otherwise *out
- *               becomes a new node, freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out    receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x41020049 when string or out is null
  * @return 0x41020103 for a type that cannot be encoded, a value that is not of its type, and when memory

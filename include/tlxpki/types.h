@@ -106,8 +106,8 @@ enum {
 typedef uint32_t (*ASN1_DECODER)(const ASN1_UNIT *node, void **out);
 /**
  * An encoder <TYPE>_to_Seq (const <TYPE> *object, ASN1_UNIT **node), converted with TLX_ENCODER. On success
- * it fills the node that *node points to, or stores a new one there when it is null, which the caller frees
- * with free_ASN1_UNIT().
+ * it stores a new node, which the caller frees with free_ASN1_UNIT(). What *node holds before is not looked
+ * at, but for X509_NAME_to_Seq().
  */
 typedef uint32_t (*ASN1_ENCODER)(const void *object, ASN1_UNIT **node);
 

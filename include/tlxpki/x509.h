@@ -84,8 +84,8 @@ TLXPKI_API uint32_t Seq_to_X509_TIME(const ASN1_UNIT *node, X509_TIME **out);
 /**
  * Encodes a Time with the tag of its form and the text as it is.
  * @param time the time
- * @param out  receives the node: a node it points to already is filled, else *out becomes a new one, freed
- *             with free_ASN1_UNIT(). Unchanged on failure
+ * @param out  receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46290049 for a null argument
  * @return 0x46290103 for a form above 1, a missing text, and when memory runs out
@@ -133,8 +133,8 @@ TLXPKI_API uint32_t Seq_to_X509_VALIDITY(const ASN1_UNIT *node, X509_VALIDITY **
 /**
  * Encodes a Validity.
  * @param validity the record
- * @param out      receives the node: a node it points to already is filled, else *out becomes a new one,
- *                 freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out      receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46190049 for a null argument
  * @return 0x46190103 when a time cannot be encoded, or memory runs out
@@ -188,8 +188,7 @@ TLXPKI_API uint32_t Seq_to_X509_TBS_CERT(const ASN1_UNIT *node, X509_TBS_CERT **
  * and subjectUniqueID are not written. How the parameters of the signature algorithm are written is said at
  * the top.
  * @param tbs the record
- * @param out receives the node: a node it points to already is filled, else *out becomes a new one, freed
- *            with free_ASN1_UNIT(). Unchanged on failure
+ * @param out receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on failure
  * @return 0
  * @return 0x46120049 for a null argument
  * @return 0x4612010A without a serial number
@@ -255,8 +254,8 @@ TLXPKI_API uint32_t Seq_to_X509_CERT(const ASN1_UNIT *node, X509_CERT **out);
 /**
  * Encodes a Certificate.
  * @param cert the certificate
- * @param out  receives the node: a node it points to already is filled, else *out becomes a new one, freed
- *             with free_ASN1_UNIT(). Unchanged on failure
+ * @param out  receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46100049 for a null argument
  * @return 0x46100103 when a member is missing or cannot be encoded
@@ -550,8 +549,8 @@ TLXPKI_API uint32_t Seq_to_X509_CERTIFICATES(const ASN1_UNIT *node, X509_CERTIFI
 /**
  * Encodes a SEQUENCE OF Certificate in list order.
  * @param certificates the list
- * @param out          receives the node: a node it points to already is filled, else *out becomes a new
- *                     one, freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out          receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged
+ * on failure
  * @return 0
  * @return 0x462B0049 for a null argument
  * @return 0x462B0103 when a certificate is missing or cannot be encoded, or memory runs out

@@ -92,8 +92,8 @@ TLXPKI_API uint32_t Seq_to_X509_ALGO_IDENTIFIER(const ASN1_UNIT *node, X509_ALGO
  * Encodes an AlgorithmIdentifier: the algorithm and, when there are parameters, their element as it is.
  * Without parameters nothing stands in their place, no NULL either.
  * @param algorithm the record
- * @param out       receives the node: a node it points to already is filled, else *out becomes a new one,
- *                  freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out       receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 1 for a null argument
  * @return 0x46250103 when the algorithm is missing, a member cannot be encoded, or memory runs out
@@ -177,8 +177,8 @@ TLXPKI_API uint32_t Seq_to_X509_ALGO_IDENTIFIERS(const ASN1_UNIT *node, X509_ALG
  * Encodes a SET OF AlgorithmIdentifier in list order, as PKCS #7 has it (DigestAlgorithmIdentifiers); the
  * records are not sorted.
  * @param algorithms the list
- * @param out        receives the node: a node it points to already is filled, else *out becomes a new one,
- *                   freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out        receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46270049 for a null argument
  * @return 0x46270103 when an algorithm identifier is missing or cannot be encoded, or memory runs out

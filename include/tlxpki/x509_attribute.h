@@ -244,8 +244,8 @@ TLXPKI_API uint32_t Seq_to_X509_ATTRIBUTE(const ASN1_UNIT *node, X509_ATTRIBUTE 
 /**
  * Encodes an Attribute with its values in list order.
  * @param attribute the attribute
- * @param out       receives the node: a node it points to already is filled, else *out becomes a new one,
- *                  freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out       receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46210049 for a null argument
  * @return 0x46210103 when the type or a value is missing or cannot be encoded, or memory runs out
@@ -268,8 +268,8 @@ TLXPKI_API uint32_t Seq_to_X509_ATTRIBUTES(const ASN1_UNIT *node, X509_ATTRIBUTE
 /**
  * Encodes a SET OF Attribute in list order; the attributes are not sorted.
  * @param attributes the list
- * @param out        receives the node: a node it points to already is filled, else *out becomes a new one,
- *                   freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out        receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46230049 for a null argument
  * @return 0x4623002B for an empty list and one with a missing attribute

@@ -201,8 +201,8 @@ TLXPKI_API uint32_t Seq_to_X509_EXTENSION(const ASN1_UNIT *node, X509_EXTENSION 
 /**
  * Encodes an Extension. The critical flag is written only when it is set, as 0xFF.
  * @param extension the extension
- * @param out       receives the node: a node it points to already is filled, else *out becomes a new one,
- *                  freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out       receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x461D0049 for a null argument
  * @return 0x461D0103 when the identifier or the value is missing or cannot be encoded, or memory runs out
@@ -223,8 +223,8 @@ TLXPKI_API uint32_t Seq_to_X509_EXTENSIONS(const ASN1_UNIT *node, X509_EXTENSION
 /**
  * Encodes Extensions in list order.
  * @param extensions the list
- * @param out        receives the node: a node it points to already is filled, else *out becomes a new one,
- *                   freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out        receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x461F0049 for a null argument
  * @return 0x461F0103 when an extension is missing or cannot be encoded, or memory runs out

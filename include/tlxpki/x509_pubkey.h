@@ -152,8 +152,8 @@ TLXPKI_API uint32_t Seq_to_X509_PUBKEY(const ASN1_UNIT *node, X509_PUBKEY **out)
 /**
  * Encodes a SubjectPublicKeyInfo from the algorithm, its parameters and the key octets.
  * @param pubkey the record
- * @param out    receives the node: a node it points to already is filled, else *out becomes a new one,
- *               freed with free_ASN1_UNIT(). Unchanged on failure
+ * @param out    receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
+ * failure
  * @return 0
  * @return 0x46130049 for a null argument
  * @return 0x46130103 when the algorithm or the key octets are missing or cannot be encoded, or memory runs

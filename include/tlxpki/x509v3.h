@@ -33,8 +33,8 @@
  * null argument, 0x002B for a wrong number of children, and 0x0104 for a child that is missing, misplaced, of
  * the wrong type or cannot be read, and when memory runs out. A node that is not started has no children. So
  * has, for a count, one with a child of a universal type that decodeToDER() does not know.
- * - T_to_Seq() encodes a record in DER. The node that *out points to is filled, or *out becomes a new node,
- * freed with free_ASN1_UNIT(); on failure nothing changes. The results are 0 and the statuses listed, whose
+ * - T_to_Seq() encodes a record in DER. *out receives a new node, freed with free_ASN1_UNIT(), whatever it
+ * holds before; on failure nothing changes. The results are 0 and the statuses listed, whose
  * reason is 0x0049 for a null argument and 0x0103 for a member that is missing or cannot be encoded, and when
  * memory runs out.
  *

@@ -15,13 +15,22 @@ namespace {
 
 constexpr u32 kNoOctets = 0xFFFFFFFF;
 
-/// A node whose parts lie where they were read from. Decoders only look at their node, so it need not own
-/// them.
-ASN1_UNIT borrow_node(const Element &element) noexcept {
-    const auto part = [](Bytes octets) { return const_cast<u8 *>(octets.data()); };
-    u8 *value = part(element.contents);
-    return {part(element.whole), part(element.length_octets), value,
-            element.indefinite ? value + element.contents.size() : nullptr};
+/// For the node of an object that may be a private key.
+struct WipeAndFree {
+    void operator()(ASN1_UNIT *node) const noexcept {
+        Element element;
+        if (view_node(node, element)) tlx_wipe(node->value, element.contents.size());
+        free_ASN1_UNIT(node);
+    }
+};
+using SecretNode = std::unique_ptr<ASN1_UNIT, WipeAndFree>;
+
+/// The node of an object, or what its encoder made of it when it failed.
+u32 encode_object(const void *object, ASN1_ENCODER encoder, SecretNode &node) noexcept {
+    ASN1_UNIT *made = nullptr;
+    const u32 status = encoder(object, &made);
+    node.reset(made);
+    return status;
 }
 
 }  // namespace
@@ -46,8 +55,9 @@ uint32_t ASN1_to_FILE(const ASN1_UNIT *node, const char *path) {
     u8 *octets = nullptr;
     const u32 len = ASN1_to_binary(node, &octets);
     if (len == kNoOctets) return kNoOctets;
-    const OwnedOctets<u8> owner(octets);
-    return path != nullptr && binary_to_File(path, octets, len) == 0 ? len : kNoOctets;
+    const bool written = path != nullptr && binary_to_File(path, octets, len) == 0;
+    wipe_and_free(octets, len);
+    return written ? len : kNoOctets;
 }
 
 uint32_t readDER_from_Binary(void **out, ASN1_DECODER decoder, const uint8_t *der) {
@@ -70,26 +80,24 @@ uint32_t readDER_from_Buffer(void **out, ASN1_DECODER decoder, const uint8_t *de
 
 uint32_t writeDER_to_Binary(const void *object, ASN1_ENCODER encoder, uint8_t **out) {
     if (out == nullptr || encoder == nullptr) return kNoOctets;
-    ASN1_UNIT *node = nullptr;
-    const u32 status = encoder(object, &node);
-    const Owned<ASN1_UNIT> owner(node);
-    return status == 0 ? ASN1_to_binary(node, out) : kNoOctets;
+    SecretNode node;
+    return encode_object(object, encoder, node) == 0 ? ASN1_to_binary(node.get(), out) : kNoOctets;
 }
 
 uint32_t readDER_from_File(void **out, ASN1_DECODER decoder, const char *path) {
     u8 *octets = nullptr;
     u32 len = 0;
     if (path == nullptr || File_to_binary(path, &octets, &len) != 0) return 0x4300002B;
-    const OwnedOctets<u8> owner(octets);
-    return readDER_from_Buffer(out, decoder, octets, len);
+    const u32 status = readDER_from_Buffer(out, decoder, octets, len);
+    wipe_and_free(octets, len);
+    return status;
 }
 
 uint32_t writeDER_to_FILE(const void *object, ASN1_ENCODER encoder, const char *path) {
     if (path == nullptr) return kNoOctets;
-    ASN1_UNIT *node = nullptr;
-    const u32 status = encoder != nullptr ? encoder(object, &node) : 1;
-    const Owned<ASN1_UNIT> owner(node);
-    return status == 0 ? ASN1_to_FILE(node, path) : 1;
+    SecretNode node;
+    if (encoder == nullptr || encode_object(object, encoder, node) != 0) return 1;
+    return ASN1_to_FILE(node.get(), path);
 }
 
 uint32_t get_ASN1_hash(const void *object, ASN1_ENCODER encoder, uint32_t digest_id, uint8_t *digest) {

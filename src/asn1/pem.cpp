@@ -10,7 +10,7 @@
 
 #include "der/element.hpp"
 #include "der/memory.hpp"
-#include "der/owned.hpp"
+#include "der/values.hpp"
 
 using namespace tlx;
 
@@ -28,12 +28,6 @@ constexpr u32 kFailed = 0xFFFFFFFF;
 char *put(char *at, string_view text) noexcept {
     if (!text.empty()) std::memcpy(at, text.data(), text.size());
     return at + text.size();
-}
-
-/// For octets that may hold a private key.
-void wipe_and_free(void *octets, std::size_t size) noexcept {
-    if (octets != nullptr) tlx_wipe(octets, size);
-    tlx_free(octets);
 }
 
 /// The Base64 between the header line and the next "-", line ends included; empty when there is none.
@@ -92,9 +86,14 @@ uint32_t readPEM_from_Binary(void **out, ASN1_DECODER decoder, const char *pem, 
     if (decoder == nullptr || len > kMaxLength) return 0x4E00002B;
     const u32 size = decode_PEM(pem, static_cast<i32>(len), &der);
     if (size == 0) return 0x4E00002B;
-    const Owned<ASN1_UNIT> node(decodeToDERSequence_n(der, size));
+    Element element;
+    u32 status = 0x4E00004F;
+    if (read_element({der, size}, element)) {
+        const ASN1_UNIT node = borrow_node(element);
+        status = decoder(&node, out);
+    }
     wipe_and_free(der, size);
-    return node ? decoder(node.get(), out) : 0x4E00004F;
+    return status;
 }
 
 uint32_t writePEM_to_Binary(const void *object, ASN1_ENCODER encoder, const char *label, uint32_t label_len,

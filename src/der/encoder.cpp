@@ -113,13 +113,7 @@ ASN1_UNIT *Encoder::to_node() const noexcept {
 bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept {
     ASN1_UNIT *node = encoder.to_node();
     if (node == nullptr) return false;
-    if (*out == nullptr) {
-        *out = node;
-        return true;
-    }
-    clean_ASN1_UNIT(*out);
-    **out = *node;
-    tlx_free(node);
+    *out = node;
     return true;
 }
 

@@ -77,8 +77,8 @@ class Encoder {
     Buffer buffer_;
 };
 
-/// Gives the finished encoding to *out as a node: into the caller's node when there is one, else into a new
-/// one. False when the encoder failed or memory ran out; *out is untouched then.
+/// Gives the finished encoding to *out as a new node. False when the encoder failed or memory ran out; *out
+/// is untouched then.
 [[nodiscard]] bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept;
 
 }  // namespace tlx

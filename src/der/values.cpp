@@ -143,4 +143,11 @@ bool view_container(const ASN1_UNIT *node, Element &element) noexcept {
     return (node != nullptr && node->tag == nullptr) || view_node(node, element);
 }
 
+ASN1_UNIT borrow_node(const Element &element) noexcept {
+    const auto part = [](Bytes octets) { return const_cast<u8 *>(octets.data()); };
+    u8 *value = part(element.contents);
+    return {part(element.whole), part(element.length_octets), value,
+            element.indefinite ? value + element.contents.size() : nullptr};
+}
+
 }  // namespace tlx

@@ -246,7 +246,11 @@ uint32_t X509_NAME_to_Seq(const X509_NAME *name, ASN1_UNIT **out) {
     const bool complete = !lacks_a_child(*name);
     Encoder encoder;
     if (complete) Name::encode(encoder, name);
-    if (complete && hand_over(encoder, out)) return 0;
+    Owned<ASN1_UNIT> node(complete ? encoder.to_node() : nullptr);
+    if (node) {
+        deliver(std::move(node), out);
+        return 0;
+    }
     // A node that the caller wanted filled does not survive the failure.
     free_ASN1_UNIT(*out);
     *out = nullptr;
