@@ -160,6 +160,7 @@ TEST_F(Ber, ObjectIdentifiers) {
         {"1.2.2147483647", "2A 87 FF FF FF 7F"},
         {"1.2.-1", "2A 8F FF FF FF 7F"},  // arcs are printed as signed numbers
         {"1.2.4294967295", "2A 8F FF FF FF 7F", "1.2.-1"},
+        {"2.-81", "8F FF FF FF 7F"},
         {"0.45", "2D", "1.5"},
         {"3.1", "79", "2.41"},
     };
@@ -173,8 +174,9 @@ TEST_F(Ber, ObjectIdentifiers) {
             static_cast<ASN1_STRING *>(decodeToBERObjectIdentifier(hex(hex_of(node.get())).data())));
         EXPECT_STREQ(reinterpret_cast<const char *>(decoded->data), c.back != nullptr ? c.back : c.text);
     }
-    for (const char *text : {"1", "1.", "", ".1", "1..2", "1.2..3", "1.2,3", "1.2 .3", "one.two",
-                             "1.2.4294967296", "1.2.99999999999999999999", "1.2.+3", "1.2.-"}) {
+    for (const char *text :
+         {"1", "1.", "", ".1", "1..2", "1.2..3", "1.2,3", "1.2 .3", "one.two", "1.2.4294967296",
+          "2.4294967216", "1.2.99999999999999999999", "1.2.+3", "1.2.-"}) {
         const String oid = string_of(6, text);
         EXPECT_EQ(encodeToBERObjectIdentifier(node.get(), 6, oid.get(), oid->length, 0), 0x42050101U) << text;
     }

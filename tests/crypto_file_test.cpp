@@ -58,6 +58,23 @@ TEST_F(File, RefusesWhatItCannotOpen) {
         EXPECT_EQ(binary_to_File(path, &octet, 1), 1U);
     }
     EXPECT_EQ(binary_to_File(path_.c_str(), nullptr, 1), 1U);
+    EXPECT_EQ(binary_to_private_File(path_.c_str(), nullptr, 1), 1U);
+    EXPECT_EQ(binary_to_private_File("/nowhere/at/all", &octet, 1), 1U);
+}
+
+TEST_F(File, OfASecretIsItsOwnersAlone) {
+    std::filesystem::remove(path_);
+    const Octets octets = {1, 0, 2};
+    ASSERT_EQ(binary_to_private_File(path_.c_str(), octets.data(), length(octets)), 0U);
+    std::uint8_t *read = nullptr;
+    std::uint32_t len = 0;
+    ASSERT_EQ(File_to_binary(path_.c_str(), &read, &len), 0U);
+    EXPECT_EQ(Octets(read, read + len), octets);
+    tlx_free(read);
+#ifndef _WIN32
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(path_).permissions(), perms::owner_read | perms::owner_write);
+#endif
 }
 
 TEST_F(File, MeetsEveryFailingAllocation) {

@@ -81,7 +81,7 @@ TEST(PolicyTree, TellsWhichLevelsAreCritical) {
     free_node_LIST(list);
 }
 
-TEST(PolicyTree, GrowsWithTheDistinctPoliciesOnly) {
+TEST(PolicyTree, TakesEachPolicyOfACertificateOnce) {
     // Without a set, each level would multiply the nodes by the number of repetitions.
     const PolicyNames repeated(50, "1.1");
     PolicyNames with_any(50, kAny);

@@ -84,7 +84,7 @@ TEST_F(SignatureValue, HasNumbersOfTheirLengthAndASignBit) {
     }
 }
 
-TEST_F(SignatureValue, RefusesWhatIsNone) {
+TEST_F(SignatureValue, IsReadInOneOfTwoFormsOrRefused) {
     const struct {
         const char *what, *der, *ecdsa, *kcdsa;
     } cases[] = {

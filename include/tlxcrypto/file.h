@@ -34,6 +34,13 @@ TLXCRYPTO_API uint32_t File_to_binary(const char *path, uint8_t **octets, uint32
  */
 TLXCRYPTO_API uint32_t binary_to_File(const char *path, const uint8_t *octets, uint32_t len);
 
+/** The same for a secret: a file that is made here is its owner's alone (mode 0600; on Windows its access is
+ * that of its folder). One that is there already keeps its permissions.
+ *
+ * @return as binary_to_File
+ */
+TLXCRYPTO_API uint32_t binary_to_private_File(const char *path, const uint8_t *octets, uint32_t len);
+
 /** Prints len octets as upper-case hexadecimal digits to standard output, with nothing between or after them.
  */
 TLXCRYPTO_API void print_hex(const uint8_t *octets, uint32_t len);

@@ -64,6 +64,8 @@ TLXPKI_API uint32_t encodeToBERNull(ASN1_UNIT *node, uint32_t tag, const void *v
 /**
  * OBJECT IDENTIFIER from dotted text of at least two arcs; a dot may stand at the end. Arcs are 32-bit
  * numbers. Those above 0x7FFFFFFF may also be written as the negative numbers that decoding makes of them.
+ * The first is not held against the second: "1.50" is written as "2.10" is, but 40 times the first and the
+ * second have to be a 32-bit number together.
  * @param value the record that holds the text
  * @param len   characters of the text
  * @return 0, or 0x42050101, also for a len of 0 and a text that is no object identifier
@@ -121,7 +123,8 @@ TLXPKI_API OCTET_STRING *decodeToBEROctetString(const uint8_t *element);
 /** NULL: a block that only marks the NULL, freed with tlx_free(). */
 TLXPKI_API void *decodeToBERNull(const uint8_t *element);
 /** OBJECT IDENTIFIER: dotted text of up to 99 characters; null for a longer one, no contents, and contents
- * that end within an arc. Arcs are 32-bit numbers, of which those above 0x7FFFFFFF read as negative. */
+ * that end within an arc. Arcs are 32-bit numbers, of which those above 0x7FFFFFFF read as negative; of a
+ * longer one the last 32 bits are taken. */
 TLXPKI_API OBJECT_IDENTIFIER *decodeToBERObjectIdentifier(const uint8_t *element);
 /** UTF8String. */
 TLXPKI_API UTF8_STRING *decodeToBERUTF8String(const uint8_t *element);

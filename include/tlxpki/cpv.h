@@ -18,7 +18,7 @@
  * allows; one without a key usage passes.
  * - A pathLenConstraint is enforced when it is zero and the certificate below is a CA's; larger ones are not.
  * - The maximum path length limits building, not validation.
- * - inhibitAnyPolicy is read, but anyPolicy goes on matching.
+ * - anyPolicy goes on matching whatever inhibitAnyPolicy and the initial any-policy inhibit say.
  *
  * Threads: the settings are one set for the process. Each is read once, when an operation begins, and may be
  * changed at any time from any thread; operations with their own settings (_ex) do not look at them. Any
@@ -98,7 +98,7 @@ TLXPKI_API int32_t get_TRUST_ANCHORS_index_by_TRUST_ANCHOR(const TRUST_ANCHORS *
 /** What validation starts from; for operations with settings of their own. */
 typedef struct CPV_SETTINGS {
     const ASN1_TIME *time; /**< the point in time to validate at, in UTC; null for the present */
-    uint32_t initial_any_policy_inhibit; /**< nonzero starts the inhibit-anyPolicy counter at 0 */
+    uint32_t initial_any_policy_inhibit; /**< has no effect yet */
     uint32_t initial_explicit_policy;    /**< nonzero requires an acceptable policy on every path */
     int32_t max_certificatePath_length;  /**< most certificates below the anchor's, less one; see
                                             build_certPath() */
@@ -109,7 +109,7 @@ TLXPKI_API void get_CPV_SETTINGS(CPV_SETTINGS *settings);
 
 /** The initial any-policy inhibit; 0 until it is set. */
 TLXPKI_API uint32_t get_initial_any_policy_inhibit(void);
-/** Sets it for all validations that start from now on: nonzero starts the inhibit-anyPolicy counter at 0. */
+/** Sets it. It has no effect yet: anyPolicy goes on matching. */
 TLXPKI_API void set_initial_any_policy_inhibit(uint32_t inhibit);
 /** The initial explicit policy; 255 until it is set. */
 TLXPKI_API uint32_t get_initial_explicit_policy(void);
@@ -141,7 +141,7 @@ TLXPKI_API uint32_t is_selfSigned(const X509_CERT *cert);
  * pool, in pool order, that fits its authority key identifier: by keyIdentifier (equal to the candidate's
  * subject key identifier over the length of that), by authorityCertSerialNumber, or by a directory name that
  * comes first in authorityCertIssuer. A certificate that is self-issued ends the path; its subject and key
- * have to be an anchor's.
+ * have to be an anchor's. Each call makes its own index of a large pool, in one pass.
  *
  * @param pool    the certificates to choose issuers from, the anchor's own among them
  * @param anchors the trust anchors
@@ -150,9 +150,9 @@ TLXPKI_API uint32_t is_selfSigned(const X509_CERT *cert);
  * with free_X509_CERTIFICATES()). On failure a caller's list keeps what was appended, and none is made
  * @return 0
  * @return 0x53050049 for a null argument
- * @return 0x53050047 when more than the maximum path length plus one certificates stand below the anchor's
- *         (certificates that issue each other end here too), when one that is not self-issued has no
- * authority key identifier that can be read, and when no certificate of the pool fits it
+ * @return 0x53050047 when more than the maximum path length plus one certificates, or more than there are,
+ *         stand below the anchor's (certificates that issue each other end here), when one that is not
+ * self-issued has no authority key identifier that can be read, and when no certificate of the pool fits it
  * @return 0x53050116 when the self-issued certificate is no trust anchor
  * @return 0x5305003C when memory runs out
  * @return a status of verify_X509_validity()
@@ -236,6 +236,10 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
 
 /**
  * Validates a path with the process-wide settings, at the present time.
+ *
+ * Each node of the policy tree gets children of its own, so that certificates which name both anyPolicy and
+ * many policies make a tree that grows with the square of the path's length: whoever takes paths from
+ * strangers keeps the maximum path length for building low.
  *
  * @param path                    the path, target first, the anchor's self-issued certificate last. That it
  * ends in a trust anchor is for build_certPath() or the caller to see to

@@ -7,7 +7,8 @@
  * four placeholder rows 102, 118, 350 and 511, named "(null)". Some texts stand in several rows; a lookup
  * then answers the lowest index, so that "1.3.6.1.5.5.7.48.1.2" is row 366 and never row 831.
  *
- * Dotted texts are compared as texts. Those of fewer than three arcs are stored with a dot at their end
+ * Dotted texts are compared as texts. Those of fewer than three arcs, but for row 0, are stored with a dot at
+ * their end
  * ("2.5.", "1.3."), which the text of a decoded identifier never has. The identifiers of rows 791, 792, 794,
  * 836 and 839 are this library's own choice, because no public registration of them is known.
  *

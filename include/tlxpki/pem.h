@@ -40,8 +40,9 @@ TLXPKI_API uint32_t encode_PEM(const uint8_t *der, uint32_t len, const char *lab
                                char **out, uint32_t wrap);
 
 /**
- * Decodes the body of a PEM text. The text has to begin with the header line: the first run of five "-" at or
- * after offset 5 ends it. The body starts after that line and any blank lines, and reaches to the next "-".
+ * Decodes the body of a PEM text. The text is taken to begin with the header line: the first run of five "-"
+ * at or after offset 5 ends it. The body starts after that line and any blank lines, and reaches to the next
+ * "-".
  * @param pem the text, which needs no NUL
  * @param len its length
  * @param der receives the octets, freed with tlx_free(); unchanged on failure

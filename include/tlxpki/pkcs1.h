@@ -201,7 +201,7 @@ TLXPKI_API uint32_t PBKDF(const char *password, int32_t password_len, const uint
 TLXPKI_API uint32_t writePKCS1PrivateKey_to_Binary(const RSA_UNIT *unit, const char *password,
                                                    int32_t password_len, char **out);
 /**
- * Writes a private key file anew.
+ * Writes a private key file anew, as binary_to_private_File() does: it is its owner's alone.
  * @param unit,password,password_len as for writePKCS1PrivateKey_to_Binary()
  * @param path the file
  * @return as writePKCS1PrivateKey_to_Binary(); 0xFFFFFFFF also when path is null or cannot be written

@@ -17,7 +17,8 @@ TLX_BEGIN_DECLS
  * end. For an indefinite length the contents are printed in pairs with colons between them, the
  * end-of-contents octets follow and there is no line end: "[Tag] 30 | [Length] 80 | [Value] 02:01:05 | [EOC]
  * 0000".
- * @param node the node; for null or an empty node "Null Pointer" and a line end go to standard error
+ * @param node the node; for null, an empty node and one whose length cannot be read "Null Pointer" and a line
+ * end go to standard error
  */
 TLXPKI_API void printBERData(const ASN1_UNIT *node);
 

@@ -2,7 +2,8 @@
  * ASN1_STRING: a value of any string or time type together with its tag.
  *
  * Every function may be called from any thread, on distinct records at the same time. A record may have null
- * data; it then counts as empty, whatever its length says.
+ * data; it is then read as empty, whatever its length says, but compared by that length, and not encoded when
+ * it is not 0.
  */
 #ifndef TLXPKI_STRING_H
 #define TLXPKI_STRING_H
@@ -60,9 +61,10 @@ TLXPKI_API int32_t cmp_ASN1_STRING(const ASN1_STRING *a, const ASN1_STRING *b);
 
 /**
  * Encodes a record as an element of its own type: an OBJECT IDENTIFIER from its dotted text, a BIT STRING
- * with extra as its unused-bits octet, an INTEGER as a non-negative number, a SEQUENCE or SET (with or
- * without the constructed bit) around its contents, every other supported type (1, 4, 5, 10, 12, 19, 20, 22,
- * 23, 24, 30) with its octets as they are. The data of a context-specific or private type (0x80 and above) is
+ * with extra as its unused-bits octet, an INTEGER or ENUMERATED as a non-negative number, a SEQUENCE or SET
+ * (with or without the constructed bit) around its contents, every other supported type (1, 4, 5, 12, 19, 20,
+ * 22, 23, 24, 30) with its octets as they are. Other constructed strings and type 26 can be read, but not
+ * written. The data of a context-specific or private type (0x80 and above) is
  * itself the complete element, as reading such a member yields it.
  * @param string the record
  * @param out    receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on

@@ -222,7 +222,7 @@ TLXPKI_API void clean_X509_CERT(X509_CERT *cert);
 TLXPKI_API void free_X509_CERT(X509_CERT *cert);
 
 /**
- * Copies a certificate with its members; the copy shares nothing with it.
+ * Copies a certificate with its members; what is done to one is not seen in the other.
  * @param cert the certificate
  * @return the copy, freed with free_X509_CERT(); null for null and when memory runs out
  */

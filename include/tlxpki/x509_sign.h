@@ -5,6 +5,11 @@
  * reading. A certificate that was read from another encoding (lengths that are not DER, a name whose
  * multi-valued parts were dropped) fails verification.
  *
+ * More than one signature value may stand for the same signature: its unused-bits octet is not looked at,
+ * nor, for KCDSA, what follows the SEQUENCE of r and s. So the digest of a whole certificate does not
+ * identify it; that of its to-be-signed part, or issuer and serial number, do. A negative serial number reads
+ * as a positive one, whose signature does not verify.
+ *
  * The signature algorithm gives the digest and the scheme (get_DigestID_from_OID() and
  * get_CipherID_from_OID(), whose low octet is the padding mode of RSA). Of a signature algorithm only the
  * identifier counts: id-RSASSA-PSS, whose digest stands in its parameters, is not supported.

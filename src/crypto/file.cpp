@@ -19,10 +19,17 @@ struct CloseFile {
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 // Without a buffer of its own: a key read or written here leaves no copy behind.
-File open_unbuffered(const char *path, const char *mode) noexcept {
-    File file(path == nullptr ? nullptr : open_file(path, mode));
+File unbuffered(std::FILE *opened) noexcept {
+    File file(opened);
     if (file != nullptr && std::setvbuf(file.get(), nullptr, _IONBF, 0) != 0) file.reset();
     return file;
+}
+
+u32 write_all(File file, const u8 *octets, u32 len) noexcept {
+    if (file == nullptr) return 1;
+    const bool written = len == 0 || std::fwrite(octets, 1, len, file.get()) == len;
+    const bool closed = std::fclose(file.release()) == 0;
+    return written && closed ? 0 : 1;
 }
 
 struct Contents {
@@ -65,8 +72,8 @@ bool read_all(std::FILE *file, Contents &contents) noexcept {
 extern "C" {
 
 uint32_t File_to_binary(const char *path, uint8_t **octets, uint32_t *len) {
-    if (octets == nullptr || len == nullptr) return 1;
-    const File file = open_unbuffered(path, "rb");
+    if (path == nullptr || octets == nullptr || len == nullptr) return 1;
+    const File file = unbuffered(open_file(path, "rb"));
     if (file == nullptr) return 1;
     Contents contents = {};
     if (!read_all(file.get(), contents)) {
@@ -80,12 +87,13 @@ uint32_t File_to_binary(const char *path, uint8_t **octets, uint32_t *len) {
 }
 
 uint32_t binary_to_File(const char *path, const uint8_t *octets, uint32_t len) {
-    if (octets == nullptr && len != 0) return 1;
-    File file = open_unbuffered(path, "wb");
-    if (file == nullptr) return 1;
-    const bool written = len == 0 || std::fwrite(octets, 1, len, file.get()) == len;
-    const bool closed = std::fclose(file.release()) == 0;
-    return written && closed ? 0 : 1;
+    if (path == nullptr || (octets == nullptr && len != 0)) return 1;
+    return write_all(unbuffered(open_file(path, "wb")), octets, len);
+}
+
+uint32_t binary_to_private_File(const char *path, const uint8_t *octets, uint32_t len) {
+    if (path == nullptr || (octets == nullptr && len != 0)) return 1;
+    return write_all(unbuffered(make_private_file(path)), octets, len);
 }
 
 void print_hex(const uint8_t *octets, uint32_t len) {

@@ -8,6 +8,9 @@
 
 #include "crypto/memory.hpp"
 #else
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <thread>
 #endif
 
@@ -65,6 +68,10 @@ std::FILE *open_file(const char *path, const char *mode) noexcept {
     return file;
 }
 
+std::FILE *make_private_file(const char *path) noexcept {
+    return open_file(path, "wb");
+}
+
 #else
 
 void yield_thread() noexcept {
@@ -73,6 +80,15 @@ void yield_thread() noexcept {
 
 std::FILE *open_file(const char *path, const char *mode) noexcept {
     return std::fopen(path, mode);
+}
+
+std::FILE *make_private_file(const char *path) noexcept {
+    constexpr mode_t kOwnerOnly = 0600;
+    const int descriptor = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
+    if (descriptor < 0) return nullptr;
+    std::FILE *file = fdopen(descriptor, "wb");
+    if (file == nullptr) close(descriptor);
+    return file;
 }
 
 #endif

@@ -83,13 +83,25 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
     return true;
 }
 
+bool arcs_fit(Bytes contents) noexcept {
+    constexpr u32 kNoRoomForMore = 0xFE000000;
+    u32 arc = 0;
+    for (const u8 octet : contents) {
+        if ((arc & kNoRoomForMore) != 0) return false;
+        arc = (octet & kContinues) != 0 ? (arc << 7) | (octet & 0x7FU) : 0;
+    }
+    return true;
+}
+
 bool text_to_oid(std::string_view dotted, Buffer &out) noexcept {
     // No arc has fewer than two characters, but for the last.
     u8 *const room = out.reserve((dotted.size() / 2 + 1) * kMostArcOctets);
     u32 first = 0;
     u32 second = 0;
     if (room == nullptr || !take_arc(dotted, first) || !take_arc(dotted, second)) return false;
-    u8 *end = write_arc(room, 40 * first + second);
+    const u64 joined = u64{40} * first + second;
+    if (joined > 0xFFFFFFFF) return false;
+    u8 *end = write_arc(room, static_cast<u32>(joined));
     while (!dotted.empty()) {
         u32 arc = 0;
         if (!take_arc(dotted, arc)) return false;

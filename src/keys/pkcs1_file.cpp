@@ -117,9 +117,9 @@ void encode_public_key_info(Encoder &out, const OBJECT_IDENTIFIER *algorithm,
     Codec<PKCS1_RSA_PUBLIC_KEY>::encode(out, &key);
 }
 
-u32 write_text_file(const char *path, const char *text) noexcept {
+u32 write_text_file(const char *path, const char *text, decltype(binary_to_File) write) noexcept {
     const Bytes octets = bytes_of(text);
-    return binary_to_File(path, octets.data(), static_cast<u32>(octets.size())) == 0 ? 0 : kRefused;
+    return write(path, octets.data(), static_cast<u32>(octets.size())) == 0 ? 0 : kRefused;
 }
 
 // ---- Reading ----
@@ -249,7 +249,7 @@ uint32_t writePKCS1PrivateKey_to_File(const RSA_UNIT *unit, const char *password
     if (status != 0) return status;
     WipedOctets owner;
     owner.own(text, static_cast<u32>(string_view(text).size()));
-    return write_text_file(path, text);
+    return write_text_file(path, text, binary_to_private_File);
 }
 
 uint32_t writePKCS1PublicKey_to_Binary(const RSA_UNIT *unit, const OBJECT_IDENTIFIER *algorithm, char **out) {
@@ -274,7 +274,7 @@ uint32_t writePKCS1PublicKey_to_File(const RSA_UNIT *unit, const OBJECT_IDENTIFI
     const u32 status = writePKCS1PublicKey_to_Binary(unit, algorithm, &text);
     if (status != 0) return status;
     const OwnedOctets<char> owner(text);
-    return write_text_file(path, text);
+    return write_text_file(path, text, binary_to_File);
 }
 
 uint32_t readPKCS1_from_Binary(RSA_UNIT *unit, const char *password, int32_t password_len, const char *text,

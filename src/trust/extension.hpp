@@ -16,7 +16,6 @@ constexpr std::string_view kBasicConstraints = "2.5.29.19";
 constexpr std::string_view kCertificatePolicies = "2.5.29.32";
 constexpr std::string_view kAuthorityKeyIdentifier = "2.5.29.35";
 constexpr std::string_view kPolicyConstraints = "2.5.29.36";
-constexpr std::string_view kInhibitAnyPolicy = "2.5.29.54";
 }  // namespace extension_id
 
 inline const X509_EXTENSIONS *extensions_of(const X509_CERT *cert) noexcept {

@@ -1,6 +1,8 @@
 // Building a certification path: candidates are found here, and judged by validation.
 #include <tlxpki/x509_sign.h>
 
+#include <algorithm>
+
 #include "trust/issuer_search.hpp"
 
 using namespace tlx;
@@ -35,7 +37,10 @@ u32 build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X50
           X509_CERTIFICATES *path, const CPV_SETTINGS &settings) noexcept {
     IssuerSearch issuers(pool);
     const X509_CERT *current = target;
-    std::int64_t remaining = settings.max_certificatePath_length;
+    // Of more certificates than the pool's and the target one stands there twice: they would go round for
+    // ever.
+    std::int64_t remaining =
+        std::min<std::int64_t>(settings.max_certificatePath_length, get_STACK_count(pool));
     while (true) {
         const bool self_issued = is_selfSigned(current) == 0;
         if (remaining < 0 && !self_issued) return 0x53050047;

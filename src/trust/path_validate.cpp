@@ -13,7 +13,6 @@ struct State {
     const ASN1_TIME *time;
     node_LIST *deepest;  // level of the policy tree
     std::int64_t explicit_policy;
-    std::int64_t inhibit_any_policy;  // counted for a later version; anyPolicy goes on matching
     std::int64_t max_path;
 };
 
@@ -32,11 +31,6 @@ bool is_ca(const X509_CERT *cert) noexcept {
            Cursor(sequence).next(TLX_TAG_BOOLEAN, flag) && flag.contents.size() == 1 && flag.contents[0] != 0;
 }
 
-void lower_counters(State &state) noexcept {
-    if (state.explicit_policy > 0) --state.explicit_policy;
-    if (state.inhibit_any_policy > 0) --state.inhibit_any_policy;
-}
-
 /// A counter becomes the number when that is above zero and lower.
 void lower_to(std::int64_t &counter, const BIGINT *number) noexcept {
     if (number == nullptr) return;
@@ -46,24 +40,11 @@ void lower_to(std::int64_t &counter, const BIGINT *number) noexcept {
 
 /// policyConstraints. A requireExplicitPolicy of 0 changes nothing, and neither does one that cannot be read.
 u32 apply_policy_constraints(const X509_CERT *cert, State &state) noexcept {
-    if (!has_extensions(cert)) return 0x530E002B;
     Element element;
     if (!read_extension(find_extension(cert, extension_id::kPolicyConstraints), element)) return 0;
     const auto constraints = decode_record<POLICY_CONSTRAINTS>(element);
     if (!constraints) return 0x5307003C;  // that decoder fails for nothing else
     lower_to(state.explicit_policy, constraints->requireExplicitPolicy);
-    return 0;
-}
-
-/// inhibitAnyPolicy ::= SkipCerts, an INTEGER
-u32 apply_inhibit_any_policy(const X509_CERT *cert, State &state) noexcept {
-    if (!has_extensions(cert)) return 0x530D002B;
-    Bytes contents;
-    if (!read_extension(find_extension(cert, extension_id::kInhibitAnyPolicy), TLX_TAG_INTEGER, contents)) {
-        return 0;
-    }
-    const Owned<BIGINT> skip(decode_integer(contents));
-    lower_to(state.inhibit_any_policy, skip.get());
     return 0;
 }
 
@@ -107,12 +88,10 @@ u32 process_certificate(const X509_CERT *cert, const X509_CERT *issuer, u32 posi
 /// The state for the next certificate (section 6.1.4). A pathLenConstraint above zero does not lower the
 /// length that is left: the maximum path length alone limits it, and it ends at 0.
 u32 prepare_for_next(const X509_CERT *cert, const X509_CERT *issuer, State &state) noexcept {
-    lower_counters(state);
+    if (state.explicit_policy > 0) --state.explicit_policy;
     if (const u32 status = apply_policy_constraints(cert, state); status != 0) return status;
-    if (const u32 status = apply_inhibit_any_policy(cert, state); status != 0) return status;
     if (const u32 status = check_basic_constraints(issuer, cert); status != 0) return status;
     if (state.max_path > 0) --state.max_path;
-    if (state.max_path < 0) return 0x5311011A;
     return check_key_usage(issuer);
 }
 
@@ -160,7 +139,7 @@ u32 validate(const X509_CERTIFICATES *path, OBJECT_IDENTIFIERS *user, node_LIST 
     if (!start_policy_tree(*tree)) return 0x5307003C;
     const std::int64_t unset = std::int64_t{get_STACK_count(path)} + 1;
     State state{settings.time, *tree, settings.initial_explicit_policy != 0 ? 0 : unset,
-                settings.initial_any_policy_inhibit != 0 ? 0 : unset, settings.max_certificatePath_length};
+                settings.max_certificatePath_length};
     const u32 status = process_path(path, state, stopped_at);
     return status != 0 ? status : wrap_up(tree, user, state);
 }
