@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <map>
+#include <set>
 
 #include "commands.hpp"
 #include "describe.hpp"
@@ -111,6 +112,7 @@ Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
                  {"valid", verdict.is_valid()},
                  {"status", status_json(verdict.status)}};
     if (!verdict.hint.empty()) json["hint"] = verdict.hint;
+    if (!verdict.warnings.empty()) json["warnings"] = verdict.warnings;
     json["path"] = Json::array();
     for (const Link &link : verdict.links()) {
         json["path"].push_back(describe_link(link));
@@ -126,7 +128,11 @@ Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
 }
 
 void print_verdict(std::ostream &out, const LoadedCertificate &target, const Verdict &verdict) {
-    if (!verdict.built) out << "No path to a trust anchor; as far as it goes:\n\n";
+    if (verdict.status == kOutsideValidity) {
+        out << "A certificate is outside its validity period; the path as far as it goes:\n\n";
+    } else if (!verdict.built) {
+        out << "No path to a trust anchor; as far as it goes:\n\n";
+    }
     print_links(out, verdict.links());
     if (verdict.is_valid()) {
         out << "\nPolicies\n";
@@ -176,7 +182,24 @@ class Progress {
     bool shown_;
 };
 
-std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCertificate> &targets) {
+/// Tells warnings on standard error, after what has been printed so far. What targets have in common is told
+/// once.
+class Warner {
+  public:
+    void tell(const std::vector<std::string> &warnings) {
+        for (const std::string &warning : warnings) {
+            if (!told_.insert(warning).second) continue;
+            std::cout.flush();
+            std::cerr << "tlxpki: warning: " << printable(warning) << '\n';
+        }
+    }
+
+  private:
+    std::set<std::string> told_;
+};
+
+std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCertificate> &targets,
+                           Warner &warner) {
     const Progress progress(targets.size());
     std::size_t valid = 0;
     for (std::size_t i = 0; i < targets.size(); ++i) {
@@ -185,6 +208,7 @@ std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCer
         valid += verdict.is_valid() ? 1U : 0U;
         progress.clear();
         std::cout << verdict_line(targets[i], verdict) << std::endl;
+        warner.tell(verdict.warnings);
     }
     std::cout << '\n'
               << targets.size() << " certificates: " << valid << " valid, " << targets.size() - valid
@@ -192,19 +216,22 @@ std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCer
     return valid;
 }
 
-std::size_t verify_one(const Verifier &verifier, const LoadedCertificate &target) {
+std::size_t verify_one(const Verifier &verifier, const LoadedCertificate &target, Warner &warner) {
     const Verdict verdict = verifier.verify(target.cert.get(), true);
     print_verdict(std::cout, target, verdict);
+    warner.tell(verdict.warnings);
     return verdict.is_valid() ? 1U : 0U;
 }
 
-std::size_t verify_to_json(const Verifier &verifier, const std::vector<LoadedCertificate> &targets) {
+std::size_t verify_to_json(const Verifier &verifier, const std::vector<LoadedCertificate> &targets,
+                           Warner &warner) {
     Json verdicts = Json::array();
     std::size_t valid = 0;
     for (const LoadedCertificate &target : targets) {
         const Verdict verdict = verifier.verify(target.cert.get(), targets.size() == 1);
         valid += verdict.is_valid() ? 1U : 0U;
         verdicts.push_back(describe_verdict(target, verdict));
+        warner.tell(verdict.warnings);
     }
     print_json(std::cout,
                {{"targets", std::move(verdicts)}, {"valid", valid}, {"not_valid", targets.size() - valid}});
@@ -221,12 +248,11 @@ int run_verify(const VerifyOptions &options) {
             targets.push_back(std::move(loaded));
         }
     }
-    for (const std::string &warning : verifier.warnings()) {
-        std::cerr << "tlxpki: warning: " << printable(warning) << '\n';
-    }
-    const std::size_t valid = options.json          ? verify_to_json(verifier, targets)
-                              : targets.size() == 1 ? verify_one(verifier, targets[0])
-                                                    : verify_several(verifier, targets);
+    Warner warner;
+    warner.tell(verifier.warnings());
+    const std::size_t valid = options.json          ? verify_to_json(verifier, targets, warner)
+                              : targets.size() == 1 ? verify_one(verifier, targets[0], warner)
+                                                    : verify_several(verifier, targets, warner);
     return valid == targets.size() ? kGood : kNotValid;
 }
 

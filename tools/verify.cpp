@@ -1,19 +1,10 @@
 #include "verify.hpp"
 
 #include "failure.hpp"
-#include "status.hpp"
 
 namespace tool {
 
 namespace {
-
-enum : uint32_t {
-    kNoIssuerOrTooLong = 0x53050047,
-    kNoAnchor = 0x53050116,
-    kOutsideValidity = 0x462D0113,
-    kNoPolicies = 0x5310011C,
-    kNoAcceptablePolicy = 0x53070119
-};
 
 /// An identifier by dotted text or registered name.
 Oid parse_oid(const std::string &text) {
@@ -113,6 +104,7 @@ Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
         node_LIST *tree = nullptr;
         verdict.status = validate_certpath_ex(path, acceptable.get(), &tree, &settings_, &verdict.failed_at);
         verdict.policies.reset(tree);
+        if (verdict.is_valid()) verdict.warnings = path_warnings(path);
     } else if (const uint32_t count = get_X509_CERTIFICATES_count(path); count == 0) {
         verdict.stopped_at = target;
     } else if (explain) {
@@ -138,33 +130,6 @@ const X509_CERT *Verifier::issuer_of(const X509_CERT *cert) const {
         if (get_X509_CERTIFICATES_count(list) > 0) return issuer;
     }
     return nullptr;
-}
-
-std::string Verifier::hint_for(const Verdict &verdict) const {
-    constexpr int32_t kAuthorityKeyIdentifierRow = 90;
-    const auto below = static_cast<int32_t>(get_X509_CERTIFICATES_count(verdict.path.get()));
-    switch (verdict.status) {
-        case kNoIssuerOrTooLong:
-            if (below > settings_.max_certificatePath_length) {
-                return "more than " + std::to_string(below) +
-                       " certificates stand below the anchor's; --max-length N allows more";
-            }
-            if (get_X509_EXTENSION_index_by_OID_index(get_X509_extensions(verdict.stopped_at),
-                                                      kAuthorityKeyIdentifierRow, -1) < 0) {
-                return "the certificate has no authority key identifier, by which its issuer is found";
-            }
-            return "no certificate fits its authority key identifier; give its issuer's with --pool or "
-                   "--anchor";
-        case kNoAnchor:
-            return "if you trust the certificate at the top, give it with --anchor";
-        case kOutsideValidity:
-            return "--at TIME validates at another time than now";
-        case kNoPolicies:
-        case kNoAcceptablePolicy:
-            return "--no-explicit-policy accepts paths that no policy holds for";
-        default:
-            return "";
-    }
 }
 
 }  // namespace tool

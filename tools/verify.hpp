@@ -11,6 +11,9 @@
 
 namespace tool {
 
+/// The status of a certificate that is not within its validity period.
+constexpr uint32_t kOutsideValidity = 0x462D0113;
+
 enum class Mark { kGood, kFailed, kUnchecked };
 
 /// A certificate of a path, and what validation found.
@@ -33,7 +36,8 @@ class Verdict {
     const X509_CERT *stopped_at =
         nullptr;  ///< the certificate that building failed at, which is not in the path
     PolicyTree policies;
-    std::string hint;  ///< what might help; may be empty
+    std::string hint;                   ///< what might help; may be empty
+    std::vector<std::string> warnings;  ///< of a valid path: what it holds that validation lets pass
 };
 
 class Verifier {
@@ -54,6 +58,11 @@ class Verifier {
     void load_policies(const std::vector<std::string> &texts);
     [[nodiscard]] const X509_CERT *issuer_of(const X509_CERT *cert) const;
     [[nodiscard]] std::string hint_for(const Verdict &verdict) const;
+    [[nodiscard]] std::string building_hint(const Verdict &verdict) const;
+    [[nodiscard]] std::string issuer_hint(const Verdict &verdict) const;
+    [[nodiscard]] std::string policy_hint(const Verdict &verdict) const;
+    [[nodiscard]] bool goes_round(const X509_CERT *target) const;
+    [[nodiscard]] bool trusts_name(const X509_NAME *name) const;
 
     Certificates pool_;
     Anchors anchors_;
@@ -67,6 +76,11 @@ class Verifier {
 /// subject is the issuer of the certificate that is wanted: which Korean certificates name beside the key
 /// identifier.
 void put_lower_first(std::vector<LoadedCertificate> &certificates);
+
+/// What the certificates of a path, target first, hold that validation does not look at, each with the
+/// subject and the extension: issuers that are no CAs, too many CAs below one, name constraints, policy
+/// mappings, and critical extensions that are none of those it knows.
+[[nodiscard]] std::vector<std::string> path_warnings(const X509_CERTIFICATES *path);
 
 /// A point in time as the command line writes it, in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null
 /// for other texts.

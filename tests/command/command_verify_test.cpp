@@ -88,18 +88,34 @@ TEST(CommandVerify, ObeysItsSettings) {
     });
 }
 
+/// Issues certificates with RSA keys, whose issuers are found by key identifiers.
+class Issuer {
+  public:
+    /// Writes NAME.pem and returns its path. A name keeps its key when it is issued another certificate.
+    std::string issue(const std::string &name, const std::string &issuer,
+                      const std::string &extensions) const {
+        const std::string config = " -config " + name + ".cnf", key = name + ".key";
+        folder_.write(name + ".cnf", "[req]\ndistinguished_name = name\n[name]\n[ext]\n" + extensions);
+        (void)folder_.run(
+            "{ [ -f " + key + " ] || openssl genrsa -out " + key + " 1024; } && openssl req -new -key " +
+            key + config + " -subj /CN=" + name + " -out csr && openssl x509 -req -in csr -days 30 " +
+            (issuer == name ? "-signkey " + key : "-CA " + issuer + ".pem -CAkey " + issuer + ".key") +
+            " -set_serial 5 -extfile " + name + ".cnf -extensions ext -out " + name + ".pem");
+        return folder_.path(name + ".pem");
+    }
+
+  private:
+    CommandFolder folder_;
+};
+
+constexpr char kCa[] = "basicConstraints = critical,CA:TRUE\nsubjectKeyIdentifier = hash\n";
+constexpr char kIssued[] = "authorityKeyIdentifier = keyid\n";
+
 TEST(CommandVerify, RequiresPoliciesUnlessToldNotTo) {
-    const CommandFolder folder;
-    folder.write("config",
-                 "[req]\ndistinguished_name = name\n[name]\n[ca]\nbasicConstraints = "
-                 "CA:TRUE\nsubjectKeyIdentifier = hash\n[user]\nauthorityKeyIdentifier = keyid\n");
-    (void)folder.run(
-        "openssl req -x509 -newkey rsa:1024 -nodes -keyout ca.key -out ca.pem -days 30 -config config "
-        "-extensions ca -subj /CN=ca && openssl req -new -newkey rsa:1024 -nodes -keyout user.key "
-        "-out user.csr -config config -subj /CN=user && openssl x509 -req -in user.csr -CA ca.pem "
-        "-CAkey ca.key -set_serial 5 -days 30 -extfile config -extensions user -out user.pem");
-    const Arguments user{"--anchor", folder.path("ca.pem"), folder.path("user.pem")};
-    const Arguments bare{"--anchor", folder.path("ca.pem"), in_source("tests/data/x509/version1.der")};
+    const Issuer issuer;
+    const std::string ca = issuer.issue("ca", "ca", kCa);
+    const Arguments user{"--anchor", ca, issuer.issue("user", "ca", kIssued)};
+    const Arguments bare{"--anchor", ca, in_source("tests/data/x509/version1.der")};
     check({
         {"no policies", "", "0x5310011C", "ok, failed", user},
         {"not required", "--no-explicit-policy", "0x00000000", "ok, ok", user},
@@ -114,7 +130,89 @@ TEST(CommandVerify, HintsAtWhatIsMissing) {
     const Result short_path = run(verify("--anchor other-root.pem user.pem"));
     EXPECT_TRUE(short_path.says("No path to a trust anchor; as far as it goes:\n\n[FAILED] CN=홍길동"))
         << short_path;
-    EXPECT_TRUE(short_path.says("Hint       no certificate fits its authority key identifier")) << short_path;
+
+    const Issuer issuer;
+    const std::string root = issuer.issue("x", "x", kCa);
+    const std::string y = issuer.issue("y", "x", std::string(kCa) + kIssued);
+    const std::string user = issuer.issue("user", "y", kIssued);
+    const std::string x = issuer.issue("x", "y", std::string(kCa) + kIssued);
+    const Arguments loop{"--pool", x, "--pool", y, user};
+    const std::string goes_round = "the certificates issue each other, so that no path leads to an anchor";
+    const struct {
+        std::string words;
+        std::string hint;
+        Arguments more = {};
+    } cases[] = {
+        {"--anchor other-root.pem user.pem",
+         "no certificate fits its authority key identifier; give its issuer's with --pool or --anchor"},
+        {"--anchor root.pem user.pem",
+         "its issuer CN=ExampleSign Class 2,OU=AccreditedCA,O=ExampleSign,C=KR is not among the "
+         "certificates; give it with --pool"},
+        {"--anchor impostor-root.pem root.pem",
+         "a trusted certificate has the name of the certificate at the top, but another key"},
+        {"--anchor root.pem --pool ca.pem --policy 1.2.3 user.pem",
+         "the certificate is good for 1.2.410.200004.5.9.1.1, 1.2.410.200005.1.1.1; --policy has to name one "
+         "of these"},
+        {"--anchor root.pem", goes_round, loop},
+        {"--anchor root.pem --max-length 1", goes_round, loop},
+        {"--anchor root.pem --pool ca.pem --pool kcdsa-ca.pem kcdsa-user.pem --max-length 1",
+         "more than 2 certificates stand below the anchor's; --max-length N allows more"},
+    };
+    for (const auto &expected : cases) {
+        const Json verdict = run(verify("--json " + expected.words, expected.more)).json()["targets"].at(0);
+        EXPECT_EQ(verdict.value("hint", ""), expected.hint) << expected.words;
+    }
+    // One bit flipped: the issuer is there.
+    EXPECT_FALSE(run(verify("--json --anchor root.pem --pool ca.pem flipped.pem")).says("\"hint\""));
+}
+
+TEST(CommandVerify, WarnsOfWhatValidationLetsPass) {
+    const std::string ca = std::string(kCa) + kIssued;
+    const std::string length_1 =
+        "basicConstraints = CA:TRUE,pathlen:1\nsubjectKeyIdentifier = hash\nauthorityKeyIdentifier = keyid\n";
+    const Issuer issuer;
+    const Arguments options{
+        "--no-explicit-policy",
+        "--max-length",
+        "4",
+        "--anchor",
+        issuer.issue("root", "root", kCa),
+        "--pool",
+        issuer.issue("one", "root",
+                     length_1 + "nameConstraints = permitted;DNS:.kr\npolicyMappings = 1.2.3:1.2.4\n"),
+        "--pool",
+        issuer.issue("two", "one", length_1)};  // which is exactly what stands below it
+    const std::string three = issuer.issue(
+        "three", "two",
+        std::string(kIssued) + "basicConstraints = DER:30:03:01:01:00\nsubjectKeyIdentifier = hash\n");
+    const std::string user =
+        issuer.issue("user", "three",
+                     std::string(kIssued) +
+                         "extendedKeyUsage = critical,serverAuth\nsubjectAltName = "
+                         "critical,DNS:a\n1.2.3.4.5 = critical,DER:05:00\n1.2.3.4.6 = DER:05:00\n");
+    const Json of_names = {"CN=one: nameConstraints (2.5.29.30) is not applied",
+                           "CN=one: policyMappings (2.5.29.33) is not applied"};
+    const Json of_all = {"CN=user: 1.2.3.4.5 is critical, but not looked at",
+                         "CN=three: issued a certificate, but is no CA by its basicConstraints (2.5.29.19)",
+                         "CN=one: has more CAs below it than the pathLenConstraint of its basicConstraints "
+                         "(2.5.29.19) allows: "
+                         "2, not 1",
+                         of_names[0], of_names[1]};
+
+    Arguments arguments = options;
+    arguments.insert(arguments.end(), {"--pool", three, user, three});
+    const Result both = run(verify("--json", arguments));
+    EXPECT_EQ(both.status, 0) << both;
+    const Json verdicts = both.json()["targets"];
+    EXPECT_EQ(verdicts.at(0)["warnings"], of_all);
+    EXPECT_EQ(verdicts.at(1)["warnings"], of_names)
+        << "the target issued nothing, and does not count below CAs";
+    std::string told;
+    for (const Json &warning : of_all)
+        told += "tlxpki: warning: " + warning.get<std::string>() + "\n";
+    EXPECT_EQ(both.errors, told) << "each once";
+    EXPECT_EQ(run(verify("", arguments)).errors, told);
+    EXPECT_FALSE(run(verify("--json --anchor root.pem --pool ca.pem user.pem")).says("\"warnings\""));
 }
 
 TEST(CommandVerify, SeveralTargetsGetALineEach) {
