@@ -93,7 +93,7 @@ TEST_F(Build, EncodesAnyStringByItsType) {
     const Case cases[] = {
         {2, "00 00 7F", kShort, "02 01 7F", "30 03 02 01 7F"},
         {2, "00 00", kShort, "02 01 00", "30 03 02 01 00"},
-        {2, "", kShort, "empty", "empty"},
+        {2, "", kShort, "02 01 00", "30 03 02 01 00"},
         {10, "80", kShort, "0A 02 00 80", "30 04 0A 02 00 80"},  // a number without a sign
         {1, "01", kShort, "01 01 01", "30 03 01 01 01"},
         {6, "31 2E 32", kShort, "06 01 2A", "30 03 06 01 2A"},

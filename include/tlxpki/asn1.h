@@ -333,7 +333,7 @@ TLXPKI_API uint32_t addToBERStringSequence(ASN1_UNIT *seq, uint32_t tag, const v
  * the digits it has (the offset is not applied). Every other tag passes.
  * @param tag   1 or 23 for values that are looked at
  * @param value the octet, or the UTC_TIME, which is rewritten
- * @param len   characters of the time, updated with it; not used for a BOOLEAN
+ * @param len   characters of the time, updated with it; for a BOOLEAN it only may not be null
  * @return 0
  * @return 0x43010101 for a null value or len of a type that is looked at, a UTCTime without seconds (11 or 15
  *         characters), one of 17 characters that is no time, and when memory runs out; nothing is changed

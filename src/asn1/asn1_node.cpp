@@ -41,8 +41,8 @@ bool make_indefinite(ASN1_UNIT *node, const Element &element) noexcept {
 
 bool make_definite(ASN1_UNIT *node, const Element &element, LengthForm form) noexcept {
     const auto size = static_cast<u32>(element.contents.size());
-    const bool is_long = !element.indefinite && element.length_octets.size() > 1;
-    if (form == LengthForm::long_form && is_long) return true;
+    const bool is_long = element.length_octets.size() > 1;
+    if (!element.indefinite && (form == LengthForm::long_form) == is_long) return true;
     if (form == LengthForm::short_form && size >= kIndefiniteLength) return false;
     u8 octets[5];
     const std::size_t count =

@@ -117,9 +117,8 @@ bool TypedElement::set_any(const ASN1_STRING *value) noexcept {
     }
 }
 
-/// Leading zeros go, but for the one before a set top bit.
+/// Leading zeros go, but for the one before a set top bit. No octets are 0.
 bool TypedElement::set_number_octets(Bytes octets) noexcept {
-    if (octets.empty()) return false;
     while (!octets.empty() && octets.front() == 0) {
         octets = octets.subspan(1);
     }
