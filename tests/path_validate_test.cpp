@@ -244,7 +244,7 @@ TEST(Validation, ReadsButDoesNotHonourWhatItSays) {
 
 TEST(Validation, RefusesPoliciesThatCannotBeRead) {
     for (const char *value : {"", "30{}", "30{30{}}", "30{30{02:01}}", "30{30{06:}}", "04{30{06:2A03}}",
-                              "30{30{06:2A03} 05:}", "30{30{06:2AFF}}", "30{30{06:2A90808080 03}}"}) {
+                              "30{30{06:2A03} 05:}", "30{30{06:2AFF}}", "30{30{06:2A9080808003}}"}) {
         expect_verdicts({{value, {with(1, kPolicies, value)}, "530A0047 at 1", 3, kNoExplicitPolicy},
                          {"in the root", {with(2, kPolicies, value)}, "good"}});
     }
