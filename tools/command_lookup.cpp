@@ -55,12 +55,14 @@ Json describe_row(int32_t index) {
             {"class_name", kAlgorithmClasses[std::min<std::size_t>(kind, std::size(kAlgorithmClasses) - 1)]}};
 }
 
-uint32_t parse_status(const std::string &text) {
-    const bool prefixed = text.starts_with("0x") || text.starts_with("0X");
-    const std::optional<uint32_t> status =
-        prefixed ? number_of(std::string_view(text).substr(2), 16) : number_of(text, 10);
-    if (!status) throw Failure("\"" + text + "\" is no status code; write it like 0x53100054");
-    return *status;
+/// Hexadecimal after "0x", and in eight digits that are no code when they are read as a decimal number.
+std::optional<uint32_t> parse_status(const std::string &text) {
+    constexpr std::size_t kDigits = 8;
+    if (text.starts_with("0x") || text.starts_with("0X"))
+        return number_of(std::string_view(text).substr(2), 16);
+    const std::optional<uint32_t> decimal = number_of(text, 10);
+    const bool known = decimal && status_meaning(*decimal).known;
+    return text.size() == kDigits && !known ? number_of(text, 16) : decimal;
 }
 
 void print_documents(const Json &documents, bool json) {
@@ -93,9 +95,15 @@ int run_status(const LookUpOptions &options) {
     Json meanings = Json::array();
     int result = kGood;
     for (const std::string &text : options.texts) {
-        const uint32_t status = parse_status(text);
-        meanings.push_back(status_json(status));
-        if (!status_meaning(status).known) result = kNotValid;
+        const std::optional<uint32_t> status = parse_status(text);
+        if (!status) {
+            std::cerr << "tlxpki: \"" << printable(text)
+                      << "\" is no status code; write it like 0x53100054\n";
+            result = kUnusable;
+            continue;
+        }
+        meanings.push_back(status_json(*status));
+        if (result == kGood && !status_meaning(*status).known) result = kNotValid;
     }
     print_documents(meanings, options.json);
     return result;

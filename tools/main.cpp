@@ -102,6 +102,16 @@ CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const c
     return command;
 }
 
+/// What is wrong with the arguments, and which help to read.
+std::string usage_problem(const CLI::App &app, const CLI::ParseError &error) {
+    std::string help = "tlxpki ";
+    for (const CLI::App *command : app.get_subcommands()) {
+        help += command->get_name() + " ";
+    }
+    const bool no_command = app.get_subcommands().empty() && error.get_name() == "RequiredError";
+    return (no_command ? "a command is required" : std::string(error.what())) + "; see " + help + "--help";
+}
+
 int run(const std::vector<std::string> &arguments) {
     CommandLine line;
     CLI::App app("Certificates, keys and certification paths.", "tlxpki");
@@ -109,6 +119,7 @@ int run(const std::vector<std::string> &arguments) {
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("tlxpki ") + get_PkiVersion());
     app.footer(kExitStatuses);
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     const CLI::App *verify = add_verify(app, line);
     const CLI::App *show = add_show(app, line);
     const CLI::App *asn1 = add_asn1(app, line);
@@ -116,6 +127,9 @@ int run(const std::vector<std::string> &arguments) {
                                       "Short name, long name, dotted text or index", line.oid);
     const CLI::App *status = add_look_up(app, "status", "Tell what status codes mean", "CODE",
                                          "Status codes, like 0x53100054", line.status);
+    for (CLI::App *command : app.get_subcommands({})) {
+        command->group("Commands");
+    }
     const auto is_first = [&arguments](const CLI::App *command) { return command->check_name(arguments[0]); };
     if (!arguments.empty() && !arguments[0].starts_with('-') && app.get_subcommands(is_first).empty()) {
         throw Failure("\"" + arguments[0] + "\" is no command; see tlxpki --help");
@@ -123,8 +137,10 @@ int run(const std::vector<std::string> &arguments) {
     try {
         // CLI11 takes arguments from the back.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::Success &help_or_version) {
+        return app.exit(help_or_version);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? kGood : kUnusable;
+        throw Failure(usage_problem(app, error));
     }
     line.verify.explicit_policy = !line.no_explicit_policy;
     if (verify->parsed()) return run_verify(line.verify);

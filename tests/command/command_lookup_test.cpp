@@ -28,9 +28,10 @@ TEST(CommandUsage, WrongArgumentsEndWithStatus2) {
         Arguments arguments;
         const char *complaint;
     } cases[] = {
-        {{}, "subcommand is required"},
+        {{}, "a command is required; see tlxpki --help"},
+        {{"--json"}, "a command is required; see tlxpki --help"},
         {{"frobnicate", "--help"}, "\"frobnicate\" is no command"},
-        {{"show"}, "FILE is required"},
+        {{"show"}, "FILE is required; see tlxpki show --help"},
         {{"show", "--colour", root}, "--colour"},
         {{"asn1", root, root}, "not expected"},
         {{"oid"}, "TEXT is required"},
@@ -52,6 +53,7 @@ TEST(CommandUsage, WrongArgumentsEndWithStatus2) {
     for (const auto &wrong : cases) {
         const Result result = run(wrong.arguments);
         EXPECT_EQ(result.status, 2) << wrong.complaint << result;
+        EXPECT_TRUE(result.errors.starts_with("tlxpki: ")) << wrong.complaint << result;
         EXPECT_TRUE(result.complains(wrong.complaint)) << wrong.complaint << result;
         EXPECT_EQ(result.output, "") << wrong.complaint;
     }
@@ -104,6 +106,9 @@ TEST(CommandStatus, NamesModuleOperationAndReason) {
         const char *code, *module, *operation, *reason;
     } cases[] = {
         {"0x53100054", "certification paths", "validate_certpath", "a signature does not verify"},
+        {"53100054", "certification paths", "validate_certpath", "a signature does not verify"},
+        {"5310011c", "certification paths", "validate_certpath",
+         "the certificate has no certificate policies, but a policy is required"},
         {"0x5309000e", "certification paths", "validate_certpath",
          "the issuer's basic constraints cannot be decoded"},
         {"0x46120106", "X.509 certificates, names and keys", "X509_TBS_CERT_to_Seq",
@@ -129,7 +134,7 @@ TEST(CommandStatus, NamesModuleOperationAndReason) {
 }
 
 TEST(CommandStatus, KnowsThePlainValues) {
-    const Json meanings = run({"status", "--json", "0", "1", "2", "3", "0xFFFFFFFF"}).json();
+    const Json meanings = run({"status", "--json", "0", "00000001", "2", "3", "FFFFFFFF"}).json();
     const char *expected[] = {"success",
                               "no reason given (for a signature: the key is neither RSA nor KCDSA)",
                               "the signature does not verify", "the numbers of the key make no usable key",
@@ -139,6 +144,13 @@ TEST(CommandStatus, KnowsThePlainValues) {
         EXPECT_EQ(meanings[i]["reason"], expected[i]);
         EXPECT_FALSE(meanings[i].contains("module")) << meanings[i];
     }
+}
+
+TEST(CommandStatus, AnswersTheOthersBesideWhatIsNoCode) {
+    const Result result = run({"status", "--json", "0x53100054", "foo", "0x99100054", "2"});
+    EXPECT_EQ(result.status, 2) << "not 1, for the module that is unknown";
+    EXPECT_EQ(result.errors, "tlxpki: \"foo\" is no status code; write it like 0x53100054\n");
+    EXPECT_EQ(result.json().size(), 3U) << result;
 }
 
 /// The table is written by a script: this tells when it has to run again.
@@ -157,6 +169,8 @@ TEST(CommandStatus, KnowsEveryCodeThatTheHeadersDocument) {
     ASSERT_EQ(meanings.size(), codes.size());
     for (const Json &meaning : meanings) {
         EXPECT_NE(meaning["operation"], "unknown") << meaning["code"] << ": run scripts/make-status-codes";
+        const std::string detail = meaning.value("detail", "");
+        EXPECT_EQ(detail.find(" and when "), std::string::npos) << meaning["code"] << ": " << detail;
     }
 }
 
