@@ -71,29 +71,49 @@ Json describe_bare_key(const Block &block, Kind kind) {
     return describe_rsa_key(unit.get());
 }
 
+/// What a line "DEK-Info: DES-EDE3-CBC,0123456789ABCDEF" names; empty when there is none.
+std::string_view cipher_of(std::string_view block) {
+    constexpr std::string_view kHeader = "DEK-Info: ";
+    const std::size_t at = block.find(kHeader);
+    if (at == std::string_view::npos) return {};
+    const std::string_view value = block.substr(at + kHeader.size());
+    return value.substr(0, value.find_first_of(",\r\n"));
+}
+
+std::string why_not_decrypted(const Block &block, uint32_t status) {
+    constexpr std::string_view kSupported = "DES-EDE3-CBC";
+    const std::string_view cipher = cipher_of(block.text);
+    if (!cipher.empty() && cipher != kSupported) {
+        return "the key is encrypted with " + std::string(cipher) + ", which is not supported, only " +
+               std::string(kSupported) + " is";
+    }
+    return "the key cannot be decrypted (is the password right?): " + status_sentence(status);
+}
+
 /// A private key file that is encrypted as PEM, with "Proc-Type" and "DEK-Info" before the Base64.
-Json describe_encrypted_key(const Block &block, std::string_view password) {
+Json describe_encrypted_key(const Block &block, std::optional<std::string_view> password) {
     if (block.label != "RSA PRIVATE KEY") {
         throw Failure(block.source + ": an encrypted " + block.label + " cannot be shown");
     }
-    if (password.empty()) {
+    if (!password) {
         throw Failure(block.source + ": the key is encrypted; give its password with --password-file");
+    }
+    if (password->empty()) {
+        throw Failure(block.source +
+                      ": the key is encrypted, and the first line of the password file is empty");
     }
     const auto unit = made<RsaKey>(new_RSA_UNIT());
     const uint32_t status =
-        readPKCS1_from_Binary(unit.get(), password.data(), static_cast<int32_t>(password.size()),
+        readPKCS1_from_Binary(unit.get(), password->data(), static_cast<int32_t>(password->size()),
                               block.text.data(), static_cast<int32_t>(block.text.size()));
-    if (status != 0) {
-        throw Failure(block.source +
-                      ": the key cannot be decrypted (is the password right?): " + status_sentence(status));
-    }
+    if (status != 0) throw Failure(block.source + ": " + why_not_decrypted(block, status));
     Json json = describe_rsa_key(unit.get());
     json["encrypted"] = true;
     return json;
 }
 
-Json describe_block(const Block &block, std::string_view password) {
-    if (block.has_headers) return describe_encrypted_key(block, password);
+Json describe_block(const Block &block, std::optional<std::string_view> password) {
+    if (block.is_encrypted) return describe_encrypted_key(block, password);
     switch (const Kind kind = kind_of(block)) {
         case Kind::kCertificate:
             return describe_certificate(decode_certificate(block).get(), block.octets);
@@ -139,7 +159,8 @@ void print_object(std::ostream &out, Json object) {
 int run_show(const ShowOptions &options) {
     std::optional<Input> password_file;
     if (!options.password_file.empty()) password_file.emplace(options.password_file);
-    const std::string_view password = password_file ? first_line(*password_file) : std::string_view();
+    std::optional<std::string_view> password;
+    if (password_file) password = first_line(*password_file);
     Json objects = Json::array();
     for (const std::string &path : options.files) {
         const Input input(path);

@@ -67,10 +67,12 @@ std::string label_at(std::string_view text, std::size_t at, const std::string &s
     return std::string(text.substr(at, end - at));
 }
 
-/// Encapsulated headers (RFC 1421) have a colon, which Base64 has not.
-bool has_headers(std::string_view block) {
-    const std::size_t line = block.find('\n');
-    return line != std::string_view::npos && block.substr(line).find(':') != std::string_view::npos;
+/// The Base64 after encapsulated headers (RFC 1421), which have a colon and end with an empty line.
+std::string_view without_headers(std::string_view body) {
+    const std::size_t colon = body.rfind(':');
+    if (colon == std::string_view::npos) return body;
+    const std::size_t end = std::min(body.find("\n\n", colon), body.find("\n\r\n", colon));
+    return body.substr(std::min(end, body.size()));
 }
 
 }  // namespace
@@ -91,7 +93,8 @@ void Input::split_pem(const std::string &path, std::string_view text, std::size_
         Block block;
         block.source = path + ", PEM block " + std::to_string(blocks_.size() + 1);
         block.label = label_at(text, begin + kBegin.size(), block.source);
-        const std::size_t end = text.find(kEnd, begin);
+        const std::size_t body = begin + kBegin.size() + block.label.size() + kDashes.size();
+        const std::size_t end = text.find(kEnd, body);
         if (end == std::string_view::npos) {
             throw Failure(block.source + ": has no \"-----END " + block.label + "-----\"");
         }
@@ -100,17 +103,19 @@ void Input::split_pem(const std::string &path, std::string_view text, std::size_
         }
         const std::size_t after = end + kEnd.size() + block.label.size() + kDashes.size();
         block.text = text.substr(begin, after - begin);
-        block.has_headers = has_headers(block.text);
-        if (!block.has_headers) block.octets = decode(block);
+        const std::string_view base64 = text.substr(body, end - body);
+        block.is_encrypted = base64.find("Proc-Type:") != std::string_view::npos;
+        if (!block.is_encrypted) block.octets = decode(block, without_headers(base64));
         blocks_.push_back(std::move(block));
         begin = after;
     }
     if (blocks_.size() == 1) blocks_.front().source = path;
 }
 
-Octets Input::decode(const Block &block) {
+Octets Input::decode(const Block &block, std::string_view base64) {
+    base64.remove_prefix(std::min(base64.find_first_not_of(" \r\n"), base64.size()));
     uint8_t *der = nullptr;
-    const uint32_t size = decode_PEM(block.text.data(), static_cast<int32_t>(block.text.size()), &der);
+    const uint32_t size = decode_Base64(base64.data(), static_cast<uint32_t>(base64.size()), &der);
     if (size == 0) throw Failure(block.source + ": the text of the " + block.label + " is not Base64");
     decoded_.emplace_back(der, size);
     return decoded_.back().octets();

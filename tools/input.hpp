@@ -40,11 +40,11 @@ class Buffer {
 
 /// One PEM block, or a whole DER file.
 struct Block {
-    std::string label;         ///< between "-----BEGIN " and "-----"; empty for DER
-    std::string_view text;     ///< the PEM block, from its first line to its last
-    bool has_headers = false;  ///< lines like "Proc-Type: 4,ENCRYPTED" stand before the Base64
-    Octets octets;             ///< what it encodes; empty when it has headers
-    std::string source;        ///< for messages: the file, and the number of the block when there are several
+    std::string label;          ///< between "-----BEGIN " and "-----"; empty for DER
+    std::string_view text;      ///< the PEM block, from its first line to its last
+    bool is_encrypted = false;  ///< a line like "Proc-Type: 4,ENCRYPTED" stands before the Base64
+    Octets octets;              ///< what it encodes; empty when it is encrypted
+    std::string source;  ///< for messages: the file, and the number of the block when there are several
 };
 
 class Input {
@@ -55,7 +55,7 @@ class Input {
 
   private:
     void split_pem(const std::string &path, std::string_view text, std::size_t begin);
-    Octets decode(const Block &block);
+    Octets decode(const Block &block, std::string_view base64);
 
     Buffer file_;
     std::vector<Buffer> decoded_;

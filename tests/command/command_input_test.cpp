@@ -80,6 +80,9 @@ TEST(CommandInput, PemThatIsNotWhole) {
         {begin + "AAAA\n-----END X509 CRL-----\n", "does not end so"},
         {begin + "A=*A\n" + end, "is not Base64"},
         {begin + end, "is not Base64"},
+        {"-----BEGIN X-----END X-----\n", "has no \"-----END X-----\""},
+        {begin + "Comment: x\n" + end, "is not Base64"},
+        {begin + "Comment: x\n\n" + end, "is not Base64"},
         {begin + "Proc-Type: 4,ENCRYPTED\n\nAAAA\n" + end, ""},
         {root + begin + "AAA\n" + end, "PEM block 2: the text of the CERTIFICATE is not Base64"},
     };

@@ -220,14 +220,18 @@ TEST(CommandShow, KeysInEveryFormButNoSecrets) {
         "openssl rsa -in private.pem -pubout -outform $form -out spki.$form 2>&1; "
         "openssl rsa -in private.pem -RSAPublicKey_out -outform $form -out public.$form 2>&1; done; "
         "openssl rsa -in private.pem -traditional -outform DER -out private.der 2>&1; "
-        "openssl rsa -in private.pem -traditional -des3 -passout pass:1234 -out encrypted.pem 2>&1");
+        "for cipher in des3 aes128; do openssl rsa -in private.pem -traditional -$cipher "
+        "-passout pass:1234 -out $cipher.pem 2>&1; done");
     const std::string modulus = folder.run("openssl rsa -in private.pem -noout -modulus").substr(8, 256);
     const std::pair<std::string, const char *> cases[] = {
-        {"private.pem", "RSA private key"},  {"private.der", "RSA private key"},
-        {"spki.pem", "public key"},          {"spki.der", "public key"},
-        {"public.pem", "RSA public key"},    {"public.der", "RSA public key"},
-        {"encrypted.pem", "RSA private key"}};
+        {"private.pem", "RSA private key"}, {"private.der", "RSA private key"},
+        {"spki.pem", "public key"},         {"spki.der", "public key"},
+        {"public.pem", "RSA public key"},   {"public.der", "RSA public key"},
+        {"des3.pem", "RSA private key"},    {"comment.pem", "RSA private key"}};
     folder.write("password", "1234\n");
+    std::string comment = folder.read("private.pem");
+    comment.insert(comment.find('\n') + 1, "Comment: x\n and more\n\n");
+    folder.write("comment.pem", comment);
     // d, p, q and what is derived from them.
     const Json numbers =
         run({"asn1", "--json", folder.path("private.der")}).json()[0]["elements"][0]["children"];
@@ -243,7 +247,7 @@ TEST(CommandShow, KeysInEveryFormButNoSecrets) {
         EXPECT_EQ(key["bits"], 1024);
         EXPECT_EQ(key["exponent"], "65537");
         EXPECT_EQ(key["modulus"], "0x" + modulus);
-        EXPECT_EQ(key.value("encrypted", false), file == "encrypted.pem");
+        EXPECT_EQ(key.value("encrypted", false), file == "des3.pem");
         if (identifier.empty()) identifier = key["key_identifier"];
         EXPECT_EQ(key["key_identifier"], identifier);
         for (std::size_t i = 3; i < 9; ++i) {
@@ -252,14 +256,22 @@ TEST(CommandShow, KeysInEveryFormButNoSecrets) {
         }
     }
     folder.write("wrong", "12345\n");
-    const std::pair<Arguments, const char *> failures[] = {
-        {{}, "the key is encrypted; give its password with --password-file"},
-        {{"--password-file", folder.path("wrong")}, "is the password right?"},
-        {{"--password-file", folder.path("none")}, "none: cannot be read"},
+    folder.write("blank", "\n1234\n");
+    const struct {
+        const char *key, *password_file, *complaint;
+    } failures[] = {
+        {"des3.pem", "", "the key is encrypted; give its password with --password-file"},
+        {"des3.pem", "wrong", "is the password right?"},
+        {"des3.pem", "none", "none: cannot be read"},
+        {"des3.pem", "blank", "the key is encrypted, and the first line of the password file is empty"},
+        {"aes128.pem", "password",
+         "the key is encrypted with AES-128-CBC, which is not supported, only DES-EDE3-CBC is"},
     };
-    for (const auto &[options, complaint] : failures) {
-        Arguments arguments = {"show", folder.path("encrypted.pem")};
-        arguments.insert(arguments.end(), options.begin(), options.end());
+    for (const auto &[key, password_file, complaint] : failures) {
+        Arguments arguments = {"show", folder.path(key)};
+        if (*password_file != '\0') {
+            arguments.insert(arguments.end(), {"--password-file", folder.path(password_file)});
+        }
         const Result result = run(arguments);
         EXPECT_EQ(result.status, 2) << complaint;
         EXPECT_TRUE(result.complains(complaint)) << result;
