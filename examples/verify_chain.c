@@ -5,19 +5,11 @@
 static X509_CERT *read_certificate(const char *path) {
     X509_CERT *cert = NULL;
     uint32_t status = readPEM_from_File((void **)&cert, TLX_DECODER(Seq_to_X509_CERT), path);
-    if (status != 0) fprintf(stderr, "%s: 0x%08X\n", path, (unsigned)status);
+    if (status != 0) fprintf(stderr, "%s: cannot be read: 0x%08X\n", path, (unsigned)status);
     return cert;
 }
 
-int main(int argc, char **argv) {
-    if (argc != 4) {
-        fprintf(stderr, "usage: %s ROOT.pem CA.pem USER.pem\n", argv[0]);
-        return 2;
-    }
-    X509_CERT *root = read_certificate(argv[1]);
-    X509_CERT *ca = read_certificate(argv[2]);
-    X509_CERT *user = read_certificate(argv[3]);
-
+static uint32_t verify(const X509_CERT *root, const X509_CERT *ca, const X509_CERT *user) {
     /* The root's name and key are trusted. Issuers are found in the pool, the first that fits: CAs come
        before the root. Both lists keep copies. */
     TRUST_ANCHOR *anchor = create_TRUST_ANCHOR_from_X509_CERT(root);
@@ -44,8 +36,22 @@ int main(int argc, char **argv) {
     free_X509_CERTIFICATES(pool);
     free_TRUST_ANCHORS(anchors);
     free_TRUST_ANCHOR(anchor);
+    return status;
+}
+
+int main(int argc, char **argv) {
+    if (argc != 4) {
+        fprintf(stderr, "usage: %s ROOT.pem CA.pem USER.pem\n", argv[0]);
+        return 2;
+    }
+    X509_CERT *root = read_certificate(argv[1]);
+    X509_CERT *ca = read_certificate(argv[2]);
+    X509_CERT *user = read_certificate(argv[3]);
+    int result = 2;
+    if (root != NULL && ca != NULL && user != NULL) result = verify(root, ca, user) == 0 ? 0 : 1;
+
     free_X509_CERT(user);
     free_X509_CERT(ca);
     free_X509_CERT(root);
-    return status == 0 ? 0 : 1;
+    return result;
 }
