@@ -58,8 +58,8 @@ Json describe_row(int32_t index) {
 /// Hexadecimal after "0x", and in eight digits that are no code when they are read as a decimal number.
 std::optional<uint32_t> parse_status(const std::string &text) {
     constexpr std::size_t kDigits = 8;
-    if (text.starts_with("0x") || text.starts_with("0X"))
-        return number_of(std::string_view(text).substr(2), 16);
+    const bool prefixed = text.starts_with("0x") || text.starts_with("0X");
+    if (prefixed) return number_of(std::string_view(text).substr(2), 16);
     const std::optional<uint32_t> decimal = number_of(text, 10);
     const bool known = decimal && status_meaning(*decimal).known;
     return text.size() == kDigits && !known ? number_of(text, 16) : decimal;
