@@ -104,8 +104,9 @@ std::string Verifier::policy_hint(const Verdict &verdict) const {
     }
     const PolicyTree owner(tree);
     const node_LIST *deepest = tree;
-    while (deepest->next != nullptr)
+    while (deepest->next != nullptr) {
         deepest = deepest->next;
+    }
     std::string policies;
     for (uint32_t i = 0; i < get_STACK_count(deepest->nodes); ++i) {
         const auto *node = static_cast<const VALID_POLICY_NODE *>(get_STACK_value(deepest->nodes, i));
