@@ -3,8 +3,8 @@
  * from here and is released with tlx_free; a caller may use it for blocks of its own.
  *
  * Blocks are aligned to 16 octets. Live blocks and their octets are always counted, at a cost of a few
- * nanoseconds. Two further switches help with debugging and testing: tlx_track_allocations and
- * tlx_fail_allocation.
+ * nanoseconds. Three further switches help with debugging and testing: tlx_track_allocations,
+ * tlx_fail_allocation and tlx_watch_frees.
  *
  * Thread safety: every function may be called from any thread at any time. A block may be freed on another
  * thread than it was allocated on. The switches act on the whole process.
@@ -87,6 +87,18 @@ TLXCRYPTO_API uint64_t tlx_list_live_blocks(TLX_LEAK_VISITOR visitor, void *cont
  * @param n  1 is the next allocation; 0 takes the order back.
  */
 TLXCRYPTO_API void tlx_fail_allocation(uint64_t n);
+
+/** Is shown one block that is about to be freed: its address and its octets. It must not call the allocator.
+ * context is what tlx_watch_frees was given.
+ */
+typedef void (*TLX_FREE_VISITOR)(const void *block, size_t size, void *context);
+
+/** Shows every block that tlx_free is given, before it is freed, to test that secrets were wiped.
+ *
+ * @param visitor  Called on the thread that frees; null stops it. Only changed while no other thread frees.
+ * @param context  Passed on to visitor.
+ */
+TLXCRYPTO_API void tlx_watch_frees(TLX_FREE_VISITOR visitor, void *context);
 
 TLX_END_DECLS
 

@@ -211,8 +211,11 @@ void *tlx_realloc(void *block, size_t size, const char *file, int line) {
 
 void tlx_free(void *block) {
     if (block == nullptr) return;
-    if (debug::active()) debug::forget(block);
     Header *header = open_block(block);
+    if (debug::active()) {
+        debug::forget(block);
+        debug::show(block, header->size);
+    }
     count(-1, -static_cast<std::int64_t>(header->size));
     std::free(header);
 }

@@ -14,6 +14,7 @@ namespace {
 
 constexpr u32 kTracking = 1;
 constexpr u32 kFailing = 2;
+constexpr u32 kWatching = 4;
 
 void set_switch(u32 flag, bool on) noexcept {
     if (on) {
@@ -24,6 +25,9 @@ void set_switch(u32 flag, bool on) noexcept {
 }
 
 constinit std::atomic<u64> g_until_failure;
+
+constinit TLX_FREE_VISITOR g_visitor = nullptr;
+constinit void *g_context = nullptr;
 
 // One live block. The entries lie outside the tracking allocator, or they would track themselves.
 struct Entry {
@@ -90,6 +94,10 @@ Origin forget(const void *block) noexcept {
     return {};
 }
 
+void show(const void *block, std::size_t size) noexcept {
+    if ((g_switches.load() & kWatching) != 0) g_visitor(block, size, g_context);
+}
+
 }  // namespace tlx::debug
 
 using namespace tlx::debug;
@@ -124,6 +132,13 @@ uint64_t tlx_list_live_blocks(TLX_LEAK_VISITOR visitor, void *context) {
 void tlx_fail_allocation(uint64_t n) {
     g_until_failure.store(n);
     set_switch(kFailing, n != 0);
+}
+
+void tlx_watch_frees(TLX_FREE_VISITOR visitor, void *context) {
+    set_switch(kWatching, false);
+    g_visitor = visitor;
+    g_context = context;
+    set_switch(kWatching, visitor != nullptr);
 }
 
 }  // extern "C"

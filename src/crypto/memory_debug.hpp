@@ -7,7 +7,7 @@
 
 namespace tlx::debug {
 
-/// Not 0 while allocations are tracked or one is going to fail.
+/// Not 0 while allocations are tracked, one is going to fail, or frees are watched.
 extern constinit std::atomic<u32> g_switches;
 
 /// Whether the functions below have anything to do. The only cost to a program that uses none of this.
@@ -29,5 +29,8 @@ void remember(const void *block, Origin origin) noexcept;
 /// Returns what is known about the block, no file when it is not tracked. To be called while the block is
 /// still allocated: once it is freed, its address may be another thread's block.
 Origin forget(const void *block) noexcept;
+
+/// Shows a block that is about to be freed to whoever watches.
+void show(const void *block, std::size_t size) noexcept;
 
 }  // namespace tlx::debug

@@ -1,0 +1,145 @@
+// No memory that was freed holds a private key.
+#include <gtest/gtest.h>
+#include <tlxpki/asn1_io.h>
+#include <tlxpki/pem.h>
+#include <tlxpki/x509_sign.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "keys/pkcs1.hpp"
+#include "support/chain_builder.hpp"
+#include "support/command.hpp"
+
+namespace tlx_test {
+namespace {
+
+constexpr char kPassword[] = "correct horse";
+constexpr std::int32_t kPasswordLength = sizeof kPassword - 1;
+
+/// Texts to be looked for in every block that is freed.
+struct Watch {
+    std::vector<std::string> secrets;
+    unsigned found = 0;
+    unsigned seen = 0;
+
+    static void look(const void *block, std::size_t size, void *context) {
+        auto &watch = *static_cast<Watch *>(context);
+        const std::string_view octets(static_cast<const char *>(block), size);
+        ++watch.seen;
+        for (const std::string &secret : watch.secrets)
+            watch.found += octets.find(secret) != octets.npos ? 1U : 0U;
+    }
+};
+
+/// Eight octets from the middle of a number, as files have them and as the limbs of a number do.
+void add_number(std::vector<std::string> &secrets, const BIGINT *number) {
+    std::string octets(get_BIGINT_der_length(number), '\0');
+    ASSERT_EQ(BIGINT_to_binary(number, reinterpret_cast<std::uint8_t *>(octets.data()),
+                               get_BIGINT_der_length(number)),
+              0U);
+    const std::string middle = octets.substr(octets.size() / 2, 8);
+    secrets.push_back(middle);
+    secrets.emplace_back(middle.rbegin(), middle.rend());
+}
+
+void give_back(char *text) {
+    tlx_wipe(text, std::string_view(text).size());
+    tlx_free(text);
+}
+
+class Secrets : public ::testing::Test {
+  protected:
+    const RSA_UNIT *rsa_ = static_cast<const RSA_UNIT *>(signing_key(0)->key);
+    const CommandFolder folder_;
+
+    void expect_no_trace(const std::vector<std::string> &secrets, const std::function<void()> &operation) {
+        Watch watch{secrets};
+        tlx_watch_frees(Watch::look, &watch);
+        operation();
+        tlx_watch_frees(nullptr, nullptr);
+        EXPECT_EQ(watch.found, 0U) << "in blocks that were freed";
+        EXPECT_GT(watch.seen, 0U);
+    }
+    /// Two private numbers of the RSA key, and its text.
+    [[nodiscard]] std::vector<std::string> of_rsa() const {
+        std::vector<std::string> secrets;
+        add_number(secrets, get_RSA_UNIT_number(rsa_, TLX_RSA_D));
+        add_number(secrets, get_RSA_UNIT_number(rsa_, TLX_RSA_P));
+        char *text = nullptr;
+        EXPECT_EQ(writePKCS1PrivateKey_to_Binary(rsa_, nullptr, 0, &text), 0U);
+        secrets.push_back(std::string(text).substr(400, 24));
+        give_back(text);
+        return secrets;
+    }
+};
+
+TEST_F(Secrets, AreSeenWhenTheyAreLeft) {
+    Watch watch{of_rsa()};
+    char *text = nullptr;
+    ASSERT_EQ(writePKCS1PrivateKey_to_Binary(rsa_, nullptr, 0, &text), 0U);
+    tlx_watch_frees(Watch::look, &watch);
+    tlx_free(text);
+    tlx_watch_frees(nullptr, nullptr);
+    EXPECT_EQ(watch.found, 1U);
+}
+
+TEST_F(Secrets, LeaveNoTraceOfKeyFiles) {
+    for (const char *password : {static_cast<const char *>(nullptr), kPassword}) {
+        SCOPED_TRACE(password == nullptr ? "plain" : "encrypted");
+        const std::int32_t length = password == nullptr ? 0 : kPasswordLength;
+        const std::string path = folder_.path("key.pem");
+        std::vector<std::string> secrets = of_rsa();
+        secrets.emplace_back(kPassword);
+        expect_no_trace(secrets, [&] {
+            RSA_UNIT *unit = new_RSA_UNIT();
+            EXPECT_EQ(writePKCS1PrivateKey_to_File(rsa_, password, length, path.c_str()), 0U);
+            EXPECT_EQ(readPKCS1_from_File(unit, password, length, path.c_str()), 0U);
+            EXPECT_EQ(readPKCS1_from_File(unit, "wrong", 5, path.c_str()) == 0, password == nullptr);
+            free_RSA_UNIT(unit);
+        });
+    }
+}
+
+TEST_F(Secrets, LeaveNoTraceOfRecords) {
+    const std::string path = folder_.path("key.der");
+    expect_no_trace(of_rsa(), [&] {
+        PKCS1_RSA_PRIVATE_KEY *key = nullptr;
+        void *read = nullptr;
+        char *text = nullptr;
+        EXPECT_EQ(set_RSA_UNIT_to_PKCS1_RSA_PRIVATE_KEY(rsa_, &key), 0U);
+        free_PKCS1_RSA_PRIVATE_KEY(dup_PKCS1_RSA_PRIVATE_KEY(key));
+        const std::uint32_t len =
+            writePEM_to_Binary(key, TLX_ENCODER(PKCS1_RSA_PRIVATE_KEY_to_Seq), "RSA PRIVATE KEY", 15, &text);
+        EXPECT_EQ(readPEM_from_Binary(&read, TLX_DECODER(Seq_to_PKCS1_RSA_PRIVATE_KEY), text, len), 0U);
+        EXPECT_LT(writeDER_to_FILE(key, TLX_ENCODER(PKCS1_RSA_PRIVATE_KEY_to_Seq), path.c_str()),
+                  0xFFFFFFFFU);
+        EXPECT_EQ(readDER_from_File(&read, TLX_DECODER(Seq_to_PKCS1_RSA_PRIVATE_KEY), path.c_str()), 0U);
+        give_back(text);
+        free_PKCS1_RSA_PRIVATE_KEY(static_cast<PKCS1_RSA_PRIVATE_KEY *>(read));
+        free_PKCS1_RSA_PRIVATE_KEY(key);
+    });
+}
+
+TEST_F(Secrets, LeaveNoTraceOfSigning) {
+    const auto *kcdsa = static_cast<const KCDSA *>(signing_key(kKcdsaKey)->key);
+    std::vector<std::string> secrets = of_rsa();
+    add_number(secrets, get_KCDSA_number(kcdsa, TLX_KCDSA_X));
+    const Chain specs = valid_chain(1);
+    const Cert cert = specs[0].make();
+    expect_no_trace(secrets, [&] {
+        for (const unsigned number : {0U, kKcdsaKey}) {
+            ASYMMETRIC_KEY *key = dup_ASYMMETRIC_KEY(signing_key(number));
+            const char *algorithm = number == 0 ? "RSA-SHA256" : "KCDSA1";
+            const tlx::Owned<OBJECT_IDENTIFIER> identifier(get_OBJECT_IDENTIFIER(algorithm, 0));
+            EXPECT_EQ(set_X509_signature(cert.get(), identifier.get()), 0U);
+            EXPECT_EQ(gen_SIG_X509_Cert(cert.get(), key), 0U) << algorithm;
+            free_ASYMMETRIC_KEY(key);
+        }
+    });
+}
+
+}  // namespace
+}  // namespace tlx_test
