@@ -46,8 +46,9 @@ CLI::App *add_verify(CLI::App &app, CommandLine &line) {
         "TIME is YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339 (2026-01-31T12:00:00+09:00), in UTC unless it "
         "has\n"
         "an offset.\n"
-        "Name constraints, policy mappings, revocation and purposes (extended key usage) are not checked;\n"
-        "warnings tell of constraints that a valid path holds, but that were not applied.\n\n"
+        "Not checked: name constraints, policy mappings, inhibitAnyPolicy, revocation and purposes (extended "
+        "key\n"
+        "usage); warnings tell of constraints that a valid path holds, but that were not applied.\n\n"
         "Example: tlxpki verify --anchor root.pem --pool ca.pem user.pem");
     add_repeated(command, "--anchor", line.verify.anchors, "FILE",
                  "Certificates to trust; they join the pool, too");

@@ -10,12 +10,11 @@ namespace {
 using BasicConstraints = Owned<BASIC_CONSTRAINTS, free_BASIC_CONSTRAINTS>;
 
 constexpr std::string_view kBasicConstraints = "2.5.29.19";
-/// nameConstraints and policyMappings, critical or not.
-constexpr std::string_view kNotApplied[] = {"2.5.29.30", "2.5.29.33"};
+/// nameConstraints, policyMappings and inhibitAnyPolicy, critical or not.
+constexpr std::string_view kNotApplied[] = {"2.5.29.30", "2.5.29.33", "2.5.29.54"};
 /// Those that may be critical: what validation looks at, with the alternative names and the purposes.
 constexpr std::string_view kNoSurprise[] = {
-    kBasicConstraints, "2.5.29.15", "2.5.29.17", "2.5.29.18",
-    "2.5.29.32",       "2.5.29.36", "2.5.29.37", "2.5.29.54",
+    kBasicConstraints, "2.5.29.15", "2.5.29.17", "2.5.29.18", "2.5.29.32", "2.5.29.36", "2.5.29.37",
 };
 
 template <std::size_t N>

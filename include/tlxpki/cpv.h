@@ -3,9 +3,9 @@
  * the manner of RFC 5280, section 6.
  *
  * Validation checks signatures, validity periods, name chaining, the issuers' basic constraints and key
- * usage, and runs the valid-policy tree with the explicit-policy counter. It does not apply policy mappings
- * and name constraints, does not consult revocation lists, and does not fail on critical extensions that it
- * does not know.
+ * usage, and runs the valid-policy tree with the explicit-policy counter. It does not apply policy mappings,
+ * name constraints and inhibitAnyPolicy, does not consult revocation lists, and does not fail on critical
+ * extensions that it does not know.
  *
  * A path is a list of certificates whose first is the target (the end entity) and whose last is the
  * self-issued certificate of the trust anchor.
@@ -65,7 +65,7 @@ TLXPKI_API TRUST_ANCHOR *create_TRUST_ANCHOR_from_X509_CERT(const X509_CERT *cer
  * @param out  the anchor it points to is filled, else it receives a new one; unchanged on failure but for a
  * filled one
  * @return 0; 0x53040049 for a null argument; 0x5304002B when there are not exactly two children; 0x53040104
- * when one of them cannot be read, and when memory runs out
+ * when the name or the key cannot be read, and when memory runs out
  */
 TLXPKI_API uint32_t Seq_to_TRUST_ANCHOR(const ASN1_UNIT *node, TRUST_ANCHOR **out);
 /**
@@ -73,8 +73,8 @@ TLXPKI_API uint32_t Seq_to_TRUST_ANCHOR(const ASN1_UNIT *node, TRUST_ANCHOR **ou
  * @param anchor the anchor
  * @param out    receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
  * failure
- * @return 0; 0x53030049 for a null argument and an anchor without name or key; 0x53030103 when one of them
- * cannot be encoded, and when memory runs out
+ * @return 0; 0x53030049 for a null argument and an anchor without name or key; 0x53030103 when the name or
+ * the key cannot be encoded, and when memory runs out
  */
 TLXPKI_API uint32_t TRUST_ANCHOR_to_Seq(const TRUST_ANCHOR *anchor, ASN1_UNIT **out);
 
@@ -258,8 +258,8 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
  * @return 0x53100054 when a signature does not verify with the issuer's key
  * @return 0x53100106 when the issuer's name is not the subject of the issuer's certificate
  * @return 0x5310011C when an explicit policy is required and the certificate has no certificate policies
- * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when they are missing,
- * are not those of a CA while its key usage has keyCertSign, or allow no CA below it
+ * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when these constraints
+ * are missing, are not those of a CA while its key usage has keyCertSign, or allow no CA below it
  * @return 0x530A0118 when the issuer's key usage lacks keyCertSign
  * @return 0x530A002B when the certificate or its issuer has no extensions at all
  * @return 0x530A0047 when the certificate policies cannot be read
