@@ -258,8 +258,8 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
  * @return 0x53100054 when a signature does not verify with the issuer's key
  * @return 0x53100106 when the issuer's name is not the subject of the issuer's certificate
  * @return 0x5310011C when an explicit policy is required and the certificate has no certificate policies
- * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when these constraints
- * are missing, are not those of a CA while its key usage has keyCertSign, or allow no CA below it
+ * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when its basic
+ * constraints are missing, are not those of a CA while its key usage has keyCertSign, or allow no CA below it
  * @return 0x530A0118 when the issuer's key usage lacks keyCertSign
  * @return 0x530A002B when the certificate or its issuer has no extensions at all
  * @return 0x530A0047 when the certificate policies cannot be read
