@@ -119,7 +119,7 @@ Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
 const X509_CERT *Verifier::issuer_of(const X509_CERT *cert) const {
     CPV_SETTINGS one_step = settings_;
     one_step.max_certificatePath_length = 1;
-    const Owned<STACK, free_STACK> candidate = made<Owned<STACK, free_STACK>>(new_STACK());
+    const auto candidate = made<Owned<STACK, free_STACK>>(new_STACK());
     for (uint32_t i = 0; i < get_X509_CERTIFICATES_count(pool_.get()); ++i) {
         X509_CERT *issuer = get_X509_CERTIFICATES_child(pool_.get(), static_cast<int32_t>(i));
         remove_STACK_value(candidate.get(), 0);
