@@ -4,6 +4,7 @@
 #include <tlxcrypto/hmac.h>
 
 #include <algorithm>
+#include <ostream>
 #include <random>
 #include <string>
 
@@ -21,6 +22,10 @@ struct Algorithm {
     std::uint32_t id;
     std::string name;
     std::uint32_t length, block_length;
+
+    friend std::ostream &operator<<(std::ostream &out, const Algorithm &algorithm) {
+        return out << algorithm.name;
+    }
 };
 const Algorithm kAlgorithms[] = {
     {TLX_DIGEST_SHA1, "SHA1", 20, 64},      {TLX_DIGEST_SHA224, "SHA224", 28, 64},
