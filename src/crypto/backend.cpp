@@ -1,86 +1,70 @@
 #include "crypto/backend.hpp"
 
 #include <openssl/crypto.h>
-#include <openssl/evp.h>
 #include <openssl/provider.h>
 #include <tlxcrypto/digest.h>
 
 namespace tlx {
 namespace {
 
-struct Algorithm {
-    u32 id;
-    const char *name;
-};
+constinit std::atomic<OSSL_LIB_CTX *> g_context{};
+constinit std::atomic<OSSL_PROVIDER *> g_default{};
+constinit std::atomic<OSSL_PROVIDER *> g_legacy{};
+constinit std::atomic<bool> g_ended{};
 
-constexpr Algorithm kDigests[] = {
+constinit FetchedDigest g_digests[] = {
     {TLX_DIGEST_SHA1, "SHA1"},       {TLX_DIGEST_SHA224, "SHA2-224"}, {TLX_DIGEST_SHA256, "SHA2-256"},
     {TLX_DIGEST_SHA384, "SHA2-384"}, {TLX_DIGEST_SHA512, "SHA2-512"}, {TLX_DIGEST_MD5, "MD5"},
     {TLX_DIGEST_MDC2, "MDC2"},
 };
 
-struct Backend {
-    OSSL_LIB_CTX *context;
-    OSSL_PROVIDER *providers[2];
-    EVP_MD *digests[std::size(kDigests)];
-    EVP_CIPHER *rc4;
-};
-
-// Made on first use. Lives until the process ends, where libcrypto is a library of its own: a destructor
-// could run after libcrypto's.
-constinit Backend g_backend = {};
-constinit CRYPTO_ONCE g_once = CRYPTO_ONCE_STATIC_INIT;
-
-// The legacy provider may be missing: what it alone offers is then not available.
-void make_backend() noexcept {
-    const ErrorScope errors;
-    Backend made = {};
-    made.context = OSSL_LIB_CTX_new();
-    if (made.context == nullptr) return;
-    made.providers[0] = OSSL_PROVIDER_load(made.context, "default");
-    if (made.providers[0] == nullptr) {
-        OSSL_LIB_CTX_free(made.context);
-        return;
-    }
-    made.providers[1] = OSSL_PROVIDER_load(made.context, "legacy");
-    for (std::size_t i = 0; i < std::size(kDigests); ++i) {
-        made.digests[i] = EVP_MD_fetch(made.context, kDigests[i].name, nullptr);
-    }
-    made.rc4 = EVP_CIPHER_fetch(made.context, "RC4", nullptr);
-    g_backend = made;
+void end() noexcept {
+    g_ended.store(true, std::memory_order_relaxed);
 }
 
-const Backend &the_backend() noexcept {
-    static_cast<void>(CRYPTO_THREAD_run_once(&g_once, make_backend));
-    return g_backend;
+OSSL_LIB_CTX *make_context() noexcept {
+    const ErrorScope errors;
+    OSSL_LIB_CTX *made = OSSL_LIB_CTX_new();
+    OSSL_PROVIDER *provider = made == nullptr ? nullptr : OSSL_PROVIDER_load(made, "default");
+    OSSL_LIB_CTX *ready = nullptr;
+    // libcrypto begins its cleaning up with what was registered here.
+    const bool complete = provider != nullptr && OPENSSL_atexit(end) == 1;
+    if (complete && g_context.compare_exchange_strong(ready, made, std::memory_order_acq_rel)) {
+        g_default.store(provider);
+        return made;
+    }
+    if (provider != nullptr) OSSL_PROVIDER_unload(provider);
+    OSSL_LIB_CTX_free(made);
+    return ready;
 }
 
 }  // namespace
 
 OSSL_LIB_CTX *backend() noexcept {
-    return the_backend().context;
+    if (g_ended.load(std::memory_order_relaxed)) return nullptr;
+    OSSL_LIB_CTX *const ready = g_context.load(std::memory_order_acquire);
+    return ready != nullptr ? ready : make_context();
+}
+
+void load_legacy(OSSL_LIB_CTX *context) noexcept {
+    if (g_legacy.load() != nullptr) return;
+    OSSL_PROVIDER *const loaded = OSSL_PROVIDER_load(context, "legacy");
+    OSSL_PROVIDER *before = nullptr;
+    if (loaded != nullptr && !g_legacy.compare_exchange_strong(before, loaded)) OSSL_PROVIDER_unload(loaded);
 }
 
 const EVP_MD *backend_digest(u32 digest_id) noexcept {
-    for (std::size_t i = 0; i < std::size(kDigests); ++i) {
-        if (kDigests[i].id == digest_id) return the_backend().digests[i];
-    }
-    return nullptr;
-}
-
-const EVP_CIPHER *backend_rc4() noexcept {
-    return the_backend().rc4;
+    return find_fetched(g_digests, digest_id);
 }
 
 #ifdef _WIN32
 void release_backend() noexcept {
-    for (EVP_MD *digest : g_backend.digests)
-        EVP_MD_free(digest);
-    EVP_CIPHER_free(g_backend.rc4);
-    for (OSSL_PROVIDER *provider : g_backend.providers) {
-        if (provider != nullptr) OSSL_PROVIDER_unload(provider);
+    for (FetchedDigest &digest : g_digests)
+        digest.release();
+    for (std::atomic<OSSL_PROVIDER *> *provider : {&g_legacy, &g_default}) {
+        if (provider->load() != nullptr) OSSL_PROVIDER_unload(provider->exchange(nullptr));
     }
-    OSSL_LIB_CTX_free(g_backend.context);
+    OSSL_LIB_CTX_free(g_context.exchange(nullptr));
 }
 #endif
 

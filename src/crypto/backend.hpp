@@ -2,26 +2,33 @@
 #pragma once
 
 #include <openssl/err.h>
+#include <openssl/evp.h>
 #include <openssl/types.h>
+
+#include <atomic>
+#include <memory>
 
 #include "crypto/types.hpp"
 
 namespace tlx {
 
-/// The library context with the default and legacy providers, made on first use; null when it cannot be made.
+/// The library context, made on first use; null when it cannot be made, which the next call tries again, and
+/// after libcrypto has cleaned up: a host's own destructors may still call this library then.
 OSSL_LIB_CTX *backend() noexcept;
 
-/// The digest of an identifier, fetched once; null when it is unknown, ours (HAS-160) or not available.
-const EVP_MD *backend_digest(u32 digest_id) noexcept;
+/// Sees to it that algorithms of the legacy provider are found, if there is one: what it alone offers is
+/// otherwise not available.
+void load_legacy(OSSL_LIB_CTX *context) noexcept;
 
-/// The cipher RC4; null when it is not available.
-const EVP_CIPHER *backend_rc4() noexcept;
+/// The digest of an identifier; null when it is unknown, ours (HAS-160) or not available.
+const EVP_MD *backend_digest(u32 digest_id) noexcept;
 
 #ifdef _WIN32
 /// Frees what was made on first use, when the DLL that libcrypto is linked into is unloaded. Nothing may be
 /// called afterwards.
 void release_backend() noexcept;
 void release_ciphers() noexcept;
+void release_rc4() noexcept;
 #endif
 
 /// Takes back what libcrypto adds to the thread's error queue in this scope: the queue belongs to the host
@@ -33,5 +40,49 @@ class ErrorScope {
     ErrorScope(const ErrorScope &) = delete;
     ErrorScope &operator=(const ErrorScope &) = delete;
 };
+
+/// An algorithm of libcrypto, fetched when it is first asked for. It lives until the process ends, where
+/// libcrypto is a library of its own: a destructor could run after libcrypto's.
+template <typename Method, Method *(*fetch)(OSSL_LIB_CTX *, const char *, const char *),
+          void (*free)(Method *)>
+struct Fetched {
+    u32 id;  ///< ours
+    const char *name;
+    std::atomic<Method *> method{};
+
+    /// Null when it is not available.
+    Method *get() noexcept {
+        OSSL_LIB_CTX *const context = backend();
+        Method *ready = method.load(std::memory_order_acquire);
+        if (context == nullptr || ready != nullptr) return context == nullptr ? nullptr : ready;
+        const ErrorScope errors;
+        Method *made = fetch(context, name, nullptr);
+        if (made == nullptr) {
+            load_legacy(context);
+            made = fetch(context, name, nullptr);
+        }
+        // Another thread may have been faster; then its work stands.
+        if (method.compare_exchange_strong(ready, made, std::memory_order_acq_rel)) return made;
+        free(made);
+        return ready;
+    }
+    void release() noexcept { free(method.exchange(nullptr)); }
+};
+using FetchedDigest = Fetched<EVP_MD, EVP_MD_fetch, EVP_MD_free>;
+using FetchedCipher = Fetched<EVP_CIPHER, EVP_CIPHER_fetch, EVP_CIPHER_free>;
+
+/// The one of an identifier; null when it is unknown or not available.
+template <typename Entry, std::size_t N>
+auto find_fetched(Entry (&entries)[N], u32 id) noexcept -> decltype(entries[0].get()) {
+    for (Entry &entry : entries) {
+        if (entry.id == id) return entry.get();
+    }
+    return nullptr;
+}
+
+struct FreeCipherContext {
+    void operator()(EVP_CIPHER_CTX *context) const noexcept { EVP_CIPHER_CTX_free(context); }
+};
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, FreeCipherContext>;
 
 }  // namespace tlx

@@ -1,9 +1,6 @@
 #include <tlxcrypto/cipher.h>
 
-#include <openssl/evp.h>
-
 #include <cstring>
-#include <memory>
 #include <new>
 
 #include "crypto/backend.hpp"
@@ -13,13 +10,8 @@ using namespace tlx;
 
 namespace {
 
-struct Algorithm {
-    u32 id;
-    const char *name;
-};
-
 // libcrypto's CFB is the one with full-block feedback. RC5 is missing from most builds of it.
-constexpr Algorithm kAlgorithms[] = {
+constinit FetchedCipher g_ciphers[] = {
     {TLX_CIPHER_AES128 | TLX_CIPHER_MODE_ECB, "AES-128-ECB"},
     {TLX_CIPHER_AES128 | TLX_CIPHER_MODE_CBC, "AES-128-CBC"},
     {TLX_CIPHER_AES128 | TLX_CIPHER_MODE_CFB, "AES-128-CFB"},
@@ -65,25 +57,8 @@ constexpr Algorithm kAlgorithms[] = {
     {TLX_CIPHER_RC2_40 | TLX_CIPHER_MODE_CBC, "RC2-40-CBC"},
 };
 
-// Fetched on first use. They live until the process ends.
-constinit EVP_CIPHER *g_ciphers[std::size(kAlgorithms)] = {};
-constinit CRYPTO_ONCE g_once = CRYPTO_ONCE_STATIC_INIT;
-
-void fetch_ciphers() noexcept {
-    const ErrorScope errors;
-    if (backend() == nullptr) return;
-    for (std::size_t i = 0; i < std::size(kAlgorithms); ++i) {
-        g_ciphers[i] = EVP_CIPHER_fetch(backend(), kAlgorithms[i].name, nullptr);
-    }
-}
-
-// The cipher of an identifier; null when it is unknown or not available.
 const EVP_CIPHER *find_cipher(u32 id) noexcept {
-    static_cast<void>(CRYPTO_THREAD_run_once(&g_once, fetch_ciphers));
-    for (std::size_t i = 0; i < std::size(kAlgorithms); ++i) {
-        if (kAlgorithms[i].id == id) return g_ciphers[i];
-    }
-    return nullptr;
+    return find_fetched(g_ciphers, id);
 }
 
 // Above this an output length would not fit libcrypto's int.
@@ -94,21 +69,17 @@ bool pads(u32 id) noexcept {
     return mode == TLX_CIPHER_MODE_ECB || mode == TLX_CIPHER_MODE_CBC;
 }
 
-struct FreeContext {
-    void operator()(EVP_CIPHER_CTX *context) const noexcept { EVP_CIPHER_CTX_free(context); }
-};
-
 }  // namespace
 
 #ifdef _WIN32
 void tlx::release_ciphers() noexcept {
-    for (EVP_CIPHER *cipher : g_ciphers)
-        EVP_CIPHER_free(cipher);
+    for (FetchedCipher &cipher : g_ciphers)
+        cipher.release();
 }
 #endif
 
 struct BLOCK_CIPHER_UNIT {
-    std::unique_ptr<EVP_CIPHER_CTX, FreeContext> context;
+    CipherContext context;
     u32 id = 0;
     u32 direction = 0;
     bool running = false;
@@ -157,12 +128,14 @@ uint32_t init_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint32_t cipher_id, const uin
     unit->running = false;
     unit->id = 0;
     unit->iv_length = 0;
+    // No key stays behind, whatever comes.
+    if (unit->context != nullptr && EVP_CIPHER_CTX_reset(unit->context.get()) != 1) return 1;
     const EVP_CIPHER *cipher = find_cipher(cipher_id);
     if (cipher == nullptr || key == nullptr || direction > 1) return 1;
 
     const ErrorScope errors;
     if (unit->context == nullptr) unit->context.reset(EVP_CIPHER_CTX_new());
-    if (unit->context == nullptr || EVP_CIPHER_CTX_reset(unit->context.get()) != 1) return 1;
+    if (unit->context == nullptr) return 1;
     const u32 iv_length = get_IVLength(cipher_id);
     std::memset(unit->iv, 0, sizeof unit->iv);
     if (iv != nullptr) std::memcpy(unit->iv, iv, iv_length);

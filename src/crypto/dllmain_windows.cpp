@@ -18,6 +18,7 @@ bool attach() noexcept {
 
 void detach() noexcept {
     release_ciphers();
+    release_rc4();
     release_backend();
     OPENSSL_cleanup();
     close_thread_pointer();

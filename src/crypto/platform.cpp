@@ -9,6 +9,7 @@
 #include "crypto/memory.hpp"
 #else
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <thread>
@@ -38,7 +39,11 @@ constinit DWORD g_thread_pointer = TLS_OUT_OF_INDEXES;
 }  // namespace
 
 void *thread_pointer() noexcept {
-    return TlsGetValue(g_thread_pointer);
+    // The host may still have to ask for an error of its own, which TlsGetValue clears.
+    const DWORD error = GetLastError();
+    void *pointer = TlsGetValue(g_thread_pointer);
+    SetLastError(error);
+    return pointer;
 }
 
 void set_thread_pointer(void *pointer) noexcept {
@@ -82,11 +87,27 @@ std::FILE *open_file(const char *path, const char *mode) noexcept {
     return std::fopen(path, mode);
 }
 
+namespace {
+
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+
+/// Whatever group and others may do with a regular file ends. A file system without permissions refuses that to
+/// a file's owner, too, and is put up with; somebody else's file is not.
+bool keep_to_owner(int descriptor) noexcept {
+    struct stat file = {};
+    if (fstat(descriptor, &file) != 0) return false;
+    if (!S_ISREG(file.st_mode)) return true;
+    const bool shared = (file.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+    if (shared && fchmod(descriptor, kOwnerOnly) != 0 && file.st_uid != geteuid()) return false;
+    return ftruncate(descriptor, 0) == 0;
+}
+
+}  // namespace
+
 std::FILE *make_private_file(const char *path) noexcept {
-    constexpr mode_t kOwnerOnly = 0600;
-    const int descriptor = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
+    const int descriptor = open(path, O_WRONLY | O_CREAT | O_CLOEXEC, kOwnerOnly);
     if (descriptor < 0) return nullptr;
-    std::FILE *file = fdopen(descriptor, "wb");
+    std::FILE *file = keep_to_owner(descriptor) ? fdopen(descriptor, "wb") : nullptr;
     if (file == nullptr) close(descriptor);
     return file;
 }

@@ -1,8 +1,5 @@
 #include <tlxcrypto/rc4.h>
 
-#include <openssl/evp.h>
-
-#include <memory>
 #include <new>
 
 #include "crypto/backend.hpp"
@@ -15,14 +12,18 @@ namespace {
 constexpr u32 kLongestKey = 256;
 constexpr u32 kMostInput = 0x7FFFFFFF;
 
-struct FreeContext {
-    void operator()(EVP_CIPHER_CTX *context) const noexcept { EVP_CIPHER_CTX_free(context); }
-};
+constinit FetchedCipher g_rc4 = {0, "RC4"};
 
 }  // namespace
 
+#ifdef _WIN32
+void tlx::release_rc4() noexcept {
+    g_rc4.release();
+}
+#endif
+
 struct RC4_UNIT {
-    std::unique_ptr<EVP_CIPHER_CTX, FreeContext> context;
+    CipherContext context;
 };
 
 extern "C" {
@@ -41,10 +42,10 @@ void free_RC4_UNIT(RC4_UNIT *unit) {
 uint32_t init_RC4(RC4_UNIT *unit, const uint8_t *key, uint32_t key_len) {
     if (unit == nullptr) return 1;
     unit->context.reset();
-    const EVP_CIPHER *rc4 = backend_rc4();
+    const EVP_CIPHER *rc4 = g_rc4.get();
     if (rc4 == nullptr || key == nullptr || key_len == 0 || key_len > kLongestKey) return 1;
     const ErrorScope errors;
-    std::unique_ptr<EVP_CIPHER_CTX, FreeContext> context(EVP_CIPHER_CTX_new());
+    CipherContext context(EVP_CIPHER_CTX_new());
     if (context == nullptr || EVP_CipherInit_ex2(context.get(), rc4, nullptr, nullptr, 1, nullptr) != 1 ||
         EVP_CIPHER_CTX_set_key_length(context.get(), static_cast<int>(key_len)) != 1 ||
         EVP_CipherInit_ex2(context.get(), nullptr, key, nullptr, 1, nullptr) != 1) {

@@ -1,0 +1,89 @@
+// What becomes of the library when libcrypto fails at its first use, and after libcrypto's end.
+#ifndef _WIN32
+#include <gtest/gtest.h>
+#include <openssl/crypto.h>
+#include <sys/wait.h>
+#include <tlxcrypto/cipher.h>
+#include <tlxcrypto/digest.h>
+#include <tlxcrypto/random.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace {
+
+std::uint64_t g_until_failure = 0;  // 0: none
+
+bool fails() {
+    return g_until_failure != 0 && --g_until_failure == 0;
+}
+void *allocate(std::size_t size, const char * /*file*/, int /*line*/) {
+    return fails() ? nullptr : std::malloc(size);
+}
+void *resize(void *block, std::size_t size, const char * /*file*/, int /*line*/) {
+    return fails() ? nullptr : std::realloc(block, size);
+}
+void release(void *block, const char * /*file*/, int /*line*/) {
+    std::free(block);
+}
+/// Only before anything was allocated can libcrypto be given other functions.
+const bool g_hooked = CRYPTO_set_mem_functions(allocate, resize, release) == 1;
+
+std::uint32_t digest() {
+    const std::uint8_t message[] = {'a', 'b', 'c'};
+    std::uint8_t octets[TLX_DIGEST_MAX_LENGTH];
+    std::uint32_t len = 0;
+    return Digest(TLX_DIGEST_SHA256, message, sizeof message, octets, &len);
+}
+
+std::uint32_t draw() {
+    std::uint8_t octets[16];
+    return RAND_BYTES(octets, sizeof octets);
+}
+
+/// The exit status of a process of its own that does this.
+template <typename Task>
+int in_a_process(Task task) {
+    const pid_t process = fork();
+    if (process == 0) _exit(task());
+    int status = -1;
+    return waitpid(process, &status, 0) == process && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Backend, RecoversFromAFailureAtItsFirstUse) {
+    ASSERT_TRUE(g_hooked);
+    enum { kUntouched, kRecovered, kLost };
+    unsigned counts[3] = {};
+    for (std::uint64_t n = 30; n < 5000; n += 97) {
+        const int outcome = in_a_process([n] {
+            g_until_failure = n;
+            const bool failed = digest() != 0;
+            g_until_failure = 0;
+            return digest() != 0 || draw() != 0 ? kLost : failed ? kRecovered : kUntouched;
+        });
+        ASSERT_GE(outcome, 0) << n << ": a crash";
+        ++counts[outcome];
+    }
+    EXPECT_GT(counts[kRecovered], 0U);
+    EXPECT_LE(counts[kLost], 2U) << "libcrypto keeps the failure of a few of its own first steps";
+}
+
+TEST(Backend, RefusesAfterLibcryptosEnd) {
+    const int status = in_a_process([] {
+        const std::uint8_t octets[16] = {};
+        std::uint8_t out[32];
+        std::uint32_t len = 0;
+        const auto encrypt = [&] {
+            return BlockCipher(TLX_CIPHER_AES128 | TLX_CIPHER_MODE_CBC, 1, octets, octets, out, &len, octets,
+                               16);
+        };
+        if (digest() != 0 || draw() != 0 || encrypt() != 0) return 1;
+        OPENSSL_cleanup();
+        return digest() == 1 && draw() == 1 && encrypt() == 1 ? 0 : 2;
+    });
+    EXPECT_EQ(status, 0);
+}
+
+}  // namespace
+
+#endif
