@@ -116,6 +116,9 @@ TEST_F(Secrets, LeaveNoTraceOfRecords) {
         EXPECT_EQ(readPEM_from_Binary(&read, TLX_DECODER(Seq_to_PKCS1_RSA_PRIVATE_KEY), text, len), 0U);
         EXPECT_LT(writeDER_to_FILE(key, TLX_ENCODER(PKCS1_RSA_PRIVATE_KEY_to_Seq), path.c_str()),
                   0xFFFFFFFFU);
+        std::uint8_t digest[TLX_DIGEST_MAX_LENGTH];
+        EXPECT_EQ(get_ASN1_hash(key, TLX_ENCODER(PKCS1_RSA_PRIVATE_KEY_to_Seq), TLX_DIGEST_SHA256, digest),
+                  32U);
         EXPECT_EQ(readDER_from_File(&read, TLX_DECODER(Seq_to_PKCS1_RSA_PRIVATE_KEY), path.c_str()), 0U);
         give_back(text);
         free_PKCS1_RSA_PRIVATE_KEY(static_cast<PKCS1_RSA_PRIVATE_KEY *>(read));

@@ -105,7 +105,8 @@ uint32_t get_ASN1_hash(const void *object, ASN1_ENCODER encoder, uint32_t digest
     u8 *octets = nullptr;
     const u32 len = writeDER_to_Binary(object, encoder, &octets);
     if (len == kNoOctets) return 0;
-    const OwnedOctets<u8> owner(octets);
     u32 digest_len = 0;
-    return Digest(digest_id, octets, len, digest, &digest_len) == 0 ? digest_len : 0;
+    const bool done = Digest(digest_id, octets, len, digest, &digest_len) == 0;
+    wipe_and_free(octets, len);
+    return done ? digest_len : 0;
 }
