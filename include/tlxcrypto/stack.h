@@ -59,13 +59,16 @@ TLXCRYPTO_API void *get_STACK_value(const STACK *stack, uint32_t index);
  */
 TLXCRYPTO_API uint32_t push_STACK_value(STACK *stack, void *value);
 
-/** Inserts a value before the one at index; an index below 0 or above the last one appends.
+/** Inserts a value before the one at index, which moves those from there on; an index below 0 or above the
+ * last one appends.
  *
  * @return 0, or 1 on a null container or allocation failure (the container is unchanged then).
  */
 TLXCRYPTO_API uint32_t insert_STACK_value(STACK *stack, void *value, int32_t index);
 
-/** Takes the value at index out, moves those behind it up, and returns it; null when there is none. */
+/** Takes the value at index out, moves those behind it up, and returns it; null when there is none. Each call
+ * takes as many steps as values move: to empty a long list, remove from its end.
+ */
 TLXCRYPTO_API void *remove_STACK_value(STACK *stack, uint32_t index);
 
 /** Puts value in the place of the one at index and returns that one; null, and nothing is stored, when there

@@ -224,7 +224,8 @@ TLXPKI_API uint32_t getSequenceChildNum(const ASN1_UNIT *node);
  *
  * Apart from that, a value must not lie in the contents of the container, which move as they grow.
  *
- * Appending n children to one container takes O(n) steps in total.
+ * Appending n children to one container takes O(n) steps in total; only addToBERStringSequence() looks at all
+ * segments of a BIT STRING each time.
  */
 
 /**
@@ -310,7 +311,9 @@ TLXPKI_API uint32_t addToBERSetOf(ASN1_UNIT *seq, uint32_t tag, const void *valu
 
 /**
  * Appends a segment to a string in constructed form (X.690 8.6.4, 8.7.3), whose identifier becomes tag | 20.
- * Only the last segment of a BIT STRING may have unused bits; the segments present are looked at each time.
+ * Only the last segment of a BIT STRING may have unused bits: the segments present are looked at each time,
+ * so that n of them take O(n * n) steps. Once there is a first segment, a caller who knows that none has
+ * unused bits appends the others with addToBERSequence(), which looks at none and keeps the identifier.
  * @param seq the string so far, empty before the first segment
  * @param tag 3, 4, 12, 19, 20, 22, 23, 24 or 30, the tag number of seq
  * @return 0
