@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 #include <tlxcrypto/file.h>
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 #include <cstdint>
 #include <cstdio>
@@ -62,18 +67,46 @@ TEST_F(File, RefusesWhatItCannotOpen) {
     EXPECT_EQ(binary_to_private_File("/nowhere/at/all", &octet, 1), 1U);
 }
 
-TEST_F(File, OfASecretIsItsOwnersAlone) {
-    std::filesystem::remove(path_);
-    const Octets octets = {1, 0, 2};
-    ASSERT_EQ(binary_to_private_File(path_.c_str(), octets.data(), length(octets)), 0U);
-    std::uint8_t *read = nullptr;
-    std::uint32_t len = 0;
-    ASSERT_EQ(File_to_binary(path_.c_str(), &read, &len), 0U);
-    EXPECT_EQ(Octets(read, read + len), octets);
-    tlx_free(read);
 #ifndef _WIN32
+void expect_pipe_to_stay_as_it_is(const char *path) {
+    const std::uint8_t octet = 7;
+    ASSERT_EQ(mkfifo(path, 0622), 0);
+    const int reader = open(path, O_RDONLY | O_NONBLOCK);
+    const auto before = std::filesystem::status(path).permissions();
+    EXPECT_EQ(binary_to_private_File(path, &octet, 1), 0U);
+    EXPECT_EQ(std::filesystem::status(path).permissions(), before);
+    std::uint8_t read = 0;
+    EXPECT_EQ(::read(reader, &read, 1), 1);
+    EXPECT_EQ(read, octet);
+    close(reader);
+}
+#endif
+
+TEST_F(File, OfASecretIsItsOwnersAlone) {
     using std::filesystem::perms;
-    EXPECT_EQ(std::filesystem::status(path_).permissions(), perms::owner_read | perms::owner_write);
+    const auto path = utf8_path(path_);
+    const Octets longer(100, 0x5A);
+    const Octets octets = {1, 0, 2};
+    for (const perms before : {perms::none, static_cast<perms>(0644), static_cast<perms>(0620)}) {
+        SCOPED_TRACE(static_cast<int>(before));
+        std::filesystem::remove(path);
+        if (before != perms::none) {  // a file is there already
+            ASSERT_EQ(binary_to_File(path_.c_str(), longer.data(), length(longer)), 0U);
+            std::filesystem::permissions(path, before);
+        }
+        ASSERT_EQ(binary_to_private_File(path_.c_str(), octets.data(), length(octets)), 0U);
+        std::uint8_t *read = nullptr;
+        std::uint32_t len = 0;
+        ASSERT_EQ(File_to_binary(path_.c_str(), &read, &len), 0U);
+        EXPECT_EQ(Octets(read, read + len), octets);
+        tlx_free(read);
+#ifndef _WIN32
+        EXPECT_EQ(std::filesystem::status(path).permissions(), perms::owner_read | perms::owner_write);
+#endif
+    }
+#ifndef _WIN32
+    std::filesystem::remove(path);
+    expect_pipe_to_stay_as_it_is(path_.c_str());
 #endif
 }
 

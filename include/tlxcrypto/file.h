@@ -34,10 +34,13 @@ TLXCRYPTO_API uint32_t File_to_binary(const char *path, uint8_t **octets, uint32
  */
 TLXCRYPTO_API uint32_t binary_to_File(const char *path, const uint8_t *octets, uint32_t len);
 
-/** The same for a secret: a file that is made here is its owner's alone (mode 0600; on Windows its access is
- * that of its folder). One that is there already keeps its permissions.
+/** The same for a secret: the file is its owner's alone (mode 0600) before the first octet is written. One
+ * that others may read or write loses that; where the file system has no permissions to take away, as on many
+ * memory sticks, it stays as it is. On Windows a file's access is that of its folder. Pipes and devices are
+ * written to as they are.
  *
- * @return as binary_to_File
+ * @return as binary_to_File; 1 also when others may read or write the file and its permissions are not the
+ * caller's to change, and the file is unchanged then.
  */
 TLXCRYPTO_API uint32_t binary_to_private_File(const char *path, const uint8_t *octets, uint32_t len);
 

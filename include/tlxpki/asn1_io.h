@@ -23,6 +23,9 @@ TLXPKI_API uint32_t ASN1_to_binary(const ASN1_UNIT *node, uint8_t **out);
 
 /**
  * Writes a node to a file, which is made or replaced.
+ *
+ * The umask alone keeps others from reading a new file: for a private key use ASN1_to_binary() and
+ * binary_to_private_File() of <tlxcrypto/file.h>, or the writers of <tlxpki/pkcs1.h>.
  * @param node the node
  * @param path the file
  * @return number of octets written; 0xFFFFFFFF where ASN1_to_binary() fails, for a null path, and when the
@@ -74,6 +77,9 @@ TLXPKI_API uint32_t readDER_from_File(void **out, ASN1_DECODER decoder, const ch
 
 /**
  * Converts a record to DER and writes it to a file, which is made or replaced.
+ *
+ * The umask alone keeps others from reading a new file: for a private key use writeDER_to_Binary() and
+ * binary_to_private_File() of <tlxcrypto/file.h>, or the writers of <tlxpki/pkcs1.h>.
  * @param object  the record
  * @param encoder the type's _to_Seq function
  * @param path    the file

@@ -89,6 +89,9 @@ TLXPKI_API uint32_t readPEM_from_File(void **out, ASN1_DECODER decoder, const ch
 
 /**
  * Writes a structure to a PEM file, which is made anew.
+ *
+ * The umask alone keeps others from reading a new file: for a private key use writePEM_to_Binary() and
+ * binary_to_private_File() of <tlxcrypto/file.h>, or the writers of <tlxpki/pkcs1.h>.
  * @param object    given to the encoder
  * @param encoder   <TYPE>_to_Seq, converted with TLX_ENCODER
  * @param label     the label, as for base64ToPEM()

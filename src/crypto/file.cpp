@@ -1,5 +1,6 @@
 #include <tlxcrypto/file.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -46,7 +47,8 @@ void discard(Contents &contents) noexcept {
 // Room to read on, and for the zero octet after the end. Wipes what it leaves behind.
 bool grow(Contents &contents) noexcept {
     constexpr std::size_t kFirst = 8192;
-    const std::size_t capacity = contents.capacity == 0 ? kFirst : contents.capacity * 2;
+    constexpr std::size_t kEnough = kMostOctets + 2;  // to see that a file has one octet too many
+    const std::size_t capacity = contents.capacity == 0 ? kFirst : std::min(contents.capacity * 2, kEnough);
     auto *octets = static_cast<u8 *>(TLX_ALLOCATE(capacity));
     if (octets == nullptr) return false;
     if (contents.len != 0) std::memcpy(octets, contents.octets, contents.len);

@@ -91,8 +91,8 @@ namespace {
 
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
-/// Whatever group and others may do with a regular file ends. A file system without permissions refuses that to
-/// a file's owner, too, and is put up with; somebody else's file is not.
+/// Takes a regular file from group and others, and empties it. A file system without permissions refuses that
+/// to the file's owner, too, which is put up with; a file that is somebody else's is left alone.
 bool keep_to_owner(int descriptor) noexcept {
     struct stat file = {};
     if (fstat(descriptor, &file) != 0) return false;

@@ -11,7 +11,7 @@ namespace tlx {
 /// failure.
 std::FILE *open_file(const char *path, const char *mode) noexcept;
 
-/// Opens a file to be written anew, which is its owner's alone when it is made here; null on failure.
+/// Opens a file to be written anew, its owner's alone as binary_to_private_File says; null on failure.
 std::FILE *make_private_file(const char *path) noexcept;
 
 /// Lets another thread run.
