@@ -13,7 +13,7 @@ class Curves : public ::testing::Test {
 };
 
 TEST_F(Curves, Prime256v1) {
-    EXPECT_STREQ(get_PkiVersion(), "5.1.42");
+    EXPECT_STREQ(get_PkiVersion(), TLX_TEST_VERSION);
     const auto hex = [](const BIGINT *number) { return take(BIGINT_to_hex(number), 64); };
     ECURVE *curve = nullptr;
     ASSERT_EQ(set_ECURVE_from_list(&curve, 415), 0U);
@@ -55,7 +55,7 @@ TEST_F(Curves, IdentifiersByName) {
 }
 
 TEST_F(Curves, FailingAllocations) {
-    sweep_failing_allocations([] {
+    const unsigned failures = sweep_failing_allocations([] {
         ECURVE *curve = nullptr;
         OBJECT_IDENTIFIER *oid = nullptr;
         const std::uint32_t filled = set_ECURVE_from_list(&curve, 415);
@@ -66,6 +66,7 @@ TEST_F(Curves, FailingAllocations) {
         free_OBJECT_IDENTIFIER(oid);
         return filled == 0 && found == 0;
     });
+    EXPECT_EQ(failures, 19U);
 }
 
 }  // namespace

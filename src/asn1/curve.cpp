@@ -36,7 +36,7 @@ bool fill(ECURVE *curve, const NamedCurve &named) noexcept {
 }  // namespace
 
 const char *get_PkiVersion(void) {
-    return "5.1.42";
+    return TLX_PROJECT_VERSION;
 }
 
 uint32_t set_ECURVE_from_list(ECURVE **curve, uint32_t oid_index) {
