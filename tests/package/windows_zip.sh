@@ -30,6 +30,7 @@ licence() {  # file, a text it has to hold
     grep -q "$2" "$root/licenses/$1.txt" || { echo "licenses/$1.txt does not hold \"$2\""; status=1; }
 }
 licence openssl 'Apache License'
+licence openssl 'source package openssl [0-9]'
 licence mingw-w64-runtime 'winpthreads'
 licence gcc-runtime 'Runtime Library Exception'
 licence cli11 'University of Cincinnati'
