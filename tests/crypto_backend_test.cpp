@@ -8,26 +8,9 @@
 #include <tlxcrypto/random.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include "support/libcrypto_allocation.hpp"
 
 namespace {
-
-std::uint64_t g_until_failure = 0;  // 0: none
-
-bool fails() {
-    return g_until_failure != 0 && --g_until_failure == 0;
-}
-void *allocate(std::size_t size, const char * /*file*/, int /*line*/) {
-    return fails() ? nullptr : std::malloc(size);
-}
-void *resize(void *block, std::size_t size, const char * /*file*/, int /*line*/) {
-    return fails() ? nullptr : std::realloc(block, size);
-}
-void release(void *block, const char * /*file*/, int /*line*/) {
-    std::free(block);
-}
-/// Only before anything was allocated can libcrypto be given other functions.
-const bool g_hooked = CRYPTO_set_mem_functions(allocate, resize, release) == 1;
 
 std::uint32_t digest() {
     const std::uint8_t message[] = {'a', 'b', 'c'};
@@ -51,14 +34,13 @@ int in_a_process(Task task) {
 }
 
 TEST(Backend, RecoversFromAFailureAtItsFirstUse) {
-    ASSERT_TRUE(g_hooked);
     enum { kUntouched, kRecovered, kLost };
     unsigned counts[3] = {};
-    for (std::uint64_t n = 30; n < 5000; n += 97) {
+    for (unsigned n = 30; n < 5000; n += 97) {
         const int outcome = in_a_process([n] {
-            g_until_failure = n;
+            tlx_test::fail_libcrypto_allocation(n);
             const bool failed = digest() != 0;
-            g_until_failure = 0;
+            tlx_test::fail_libcrypto_allocation(0);
             return digest() != 0 || draw() != 0 ? kLost : failed ? kRecovered : kUntouched;
         });
         ASSERT_GE(outcome, 0) << n << ": a crash";

@@ -11,6 +11,7 @@
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/libcrypto_allocation.hpp"
 #include "support/threads.hpp"
 
 namespace {
@@ -103,7 +104,7 @@ TEST_F(Kcdsa, SignsAndVerifiesThePublishedVectors) {
     for (const Vector &vector : vectors()) {
         SCOPED_TRACE(vector.name);
         const Unit key = key_of(vector, "x");
-        EXPECT_EQ(check_KCDSA_params(key.get()), 0U);
+        EXPECT_EQ(check_KCDSA_params(key_of(vector, "xy").get()), 0U);
         ASSERT_EQ(compute_KCDSA_public(key.get()), 0U);
         EXPECT_EQ(cmp_BIGINT(get_KCDSA_number(key.get(), TLX_KCDSA_Y), number(vector['y']).get()), 0);
         Signature made;
@@ -211,6 +212,8 @@ TEST_F(Kcdsa, RefusesNumbersThatMakeNoKey) {
         {"y = 1", 'y', "01"},
         {"y = p - 1", 'y', ending('p', 'e')},
         {"y = p", 'y', good['p']},
+        {"g is of another order than q", 'g', "02"},
+        {"y belongs to another x", 'y', good['g']},
         {"x = 0", 'x', "00"},
         {"x = q", 'x', good['q']},
     };
@@ -229,17 +232,28 @@ TEST_F(Kcdsa, RefusesNumbersThatMakeNoKey) {
     EXPECT_EQ(init_KCDSA(empty.get(), 0), TLX_KCDSA_BAD_KEY);
     EXPECT_EQ(gen_KCDSA_key(empty.get()), TLX_KCDSA_BAD_KEY);
     EXPECT_EQ(compute_KCDSA_public(empty.get()), TLX_KCDSA_BAD_KEY);
+}
 
-    // What only the full check sees: g = 2 is of another order than q; p + 2q is composite.
-    Vector bad = good;
-    bad.values['g'] = "02";
-    EXPECT_EQ(check_KCDSA_params(key_of(bad, "").get()), TLX_KCDSA_BAD_KEY);
-    const Number p = number(good['p']);
+TEST_F(Kcdsa, ChecksInFullWhatVerifyingTakesOnTrust) {
+    const Number p_plus_2q = number(vector_['p']);
     for (int i = 0; i < 2; ++i)
-        ASSERT_EQ(add_BIGINT(p.get(), p.get(), number(good['q']).get()), 0U);
-    bad = good;
-    bad.values['p'] = hex(p.get());
-    EXPECT_EQ(check_KCDSA_params(key_of(bad, "").get()), TLX_KCDSA_BAD_KEY);
+        ASSERT_EQ(add_BIGINT(p_plus_2q.get(), p_plus_2q.get(), number(vector_['q']).get()), 0U);
+    const struct {
+        const char *what;
+        char name;
+        std::string value;
+    } kCases[] = {
+        {"g is of another order than q", 'g', "02"},
+        {"y is of another order than q", 'y', "02"},
+        {"p is composite", 'p', hex(p_plus_2q.get())},
+    };
+    for (const auto &c : kCases) {
+        Vector bad = vector_;
+        bad.values[c.name] = c.value;
+        const Unit unit = key_of(bad, "y");
+        EXPECT_EQ(check_KCDSA_params(unit.get()), TLX_KCDSA_BAD_KEY) << c.what;
+        EXPECT_EQ(verify(unit.get(), TLX_DIGEST_HAS160, r_, s_), TLX_KCDSA_BAD_SIGNATURE) << c.what;
+    }
 }
 
 TEST_F(Kcdsa, RefusesBadArgumentsAndOrder) {
@@ -258,7 +272,7 @@ TEST_F(Kcdsa, RefusesBadArgumentsAndOrder) {
     EXPECT_EQ(final_KCDSA(key, out, nullptr, out, &s_len), 1U);
     EXPECT_EQ(final_KCDSA(key, out, &r_len, out, &s_len), 0U) << "still under way";
     ASSERT_EQ(init_KCDSA(key, 1), 0U);
-    ASSERT_EQ(set_KCDSA_private(key, number("05").get()), 0U);
+    ASSERT_EQ(set_KCDSA_private(key, number(vector_['x']).get()), 0U);
     EXPECT_EQ(update_KCDSA(key, out, 1), 1U) << "new numbers end what was under way";
 
     Signature made;
@@ -346,6 +360,8 @@ TEST_F(Kcdsa, SurvivesFailingAllocations) {
         return status == 0;
     });
     EXPECT_GT(failures, 10U);
+    const auto verify_anew = [this] { return verify(key_of(vector_, "y").get(), vector_.digest_id, r_, s_); };
+    EXPECT_EQ(sweep_failing_libcrypto_allocations(verify_anew) > 10, kSharesLibcrypto);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/libcrypto_allocation.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/threads.hpp"
 
@@ -108,10 +109,62 @@ TEST_F(Rsa, PssTakesItsParametersExactly) {
     ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 0), 0U);
     ASSERT_EQ(sign(private_key_, kSha256, kPss, ours), 0U);
     EXPECT_TRUE(peer::rsa_verify(test_key(), {"SHA256", "SHA256", 0}, kData, ours)) << "no salt";
-    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 500), 0U);
-    EXPECT_EQ(sign(private_key_, kSha256, kPss, ours), 1U) << "a salt that does not fit";
+    for (const auto &[salt_length, status] : {std::pair(94U, 0U), {95U, 1U}, {500U, 1U}, {0xFFFFU, 1U}}) {
+        ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, salt_length), 0U);
+        EXPECT_EQ(sign(private_key_, kSha256, kPss, ours), status) << salt_length << ": 94 octets fit";
+        EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE) << salt_length;
+    }
     EXPECT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 0xFFFFFFFF), 1U);
     EXPECT_EQ(set_RSA_UNIT_PSS(private_key_.get(), TLX_DIGEST_HAS160, 20), 1U);
+}
+
+// octets^exponent mod n, in as many octets.
+Octets power(const Unit &unit, const Octets &base, TLX_RSA_NUMBER exponent) {
+    const Number value = number(base);
+    EXPECT_EQ(mod_exp_BIGINT(value.get(), value.get(), get_RSA_UNIT_number(unit.get(), exponent),
+                             get_RSA_UNIT_number(unit.get(), TLX_RSA_N)),
+              0U);
+    Octets result(base.size());
+    EXPECT_EQ(BIGINT_to_binary(value.get(), result.data(), length(result)), 0U);
+    return result;
+}
+
+TEST_F(Rsa, PssLooksAtEveryPartOfTheEncodedMessage) {
+    // With SHA-256: padding 00 ... 00 01, 20 octets of salt, both masked, then 32 of hash and BC.
+    const struct {
+        const char *what;
+        std::uint32_t bits;
+        std::size_t index;
+        std::uint8_t change;
+        std::uint32_t status;
+    } kCases[] = {
+        {"nothing", 1024, 0, 0x00, 0},
+        {"the bit beyond the encoded message", 1024, 0, 0x80, TLX_RSA_BAD_SIGNATURE},
+        {"first padding octet", 1024, 0, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"last zero of the padding", 1024, 73, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"end of the padding", 1024, 74, 0x02, TLX_RSA_BAD_SIGNATURE},
+        {"first octet of the salt", 1024, 75, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"last octet of the salt", 1024, 94, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"first octet of the hash", 1024, 95, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"last octet of the hash", 1024, 126, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"trailer", 1024, 127, 0x01, TLX_RSA_BAD_SIGNATURE},
+        {"nothing", 1025, 0, 0x00, 0},
+        {"the octet beyond the encoded message", 1025, 0, 0x01, TLX_RSA_BAD_SIGNATURE},
+    };
+    const Unit longer(new_RSA_UNIT());
+    ASSERT_EQ(gen_RSA_UNIT(longer.get(), 1025, 65537), 0U);
+    for (const auto &c : kCases) {
+        const Unit &unit = c.bits == 1024 ? private_key_ : longer;
+        Octets encoded;
+        do {  // until the changed message is below n
+            Octets signature;
+            ASSERT_EQ(sign(unit, kSha256, kPss, signature), 0U);
+            encoded = power(unit, signature, TLX_RSA_E);
+            encoded[c.index] ^= c.change;
+        } while (cmp_BIGINT(number(encoded).get(), get_RSA_UNIT_number(unit.get(), TLX_RSA_N)) >= 0);
+        EXPECT_EQ(verify(unit, kSha256, kPss, power(unit, encoded, TLX_RSA_D)), c.status)
+            << c.bits << ' ' << c.what;
+    }
 }
 
 TEST_F(Rsa, SignsHas160WithItsIdentifier) {
@@ -198,7 +251,10 @@ TEST_F(Rsa, GeneratesAndUsesKeysOfAnySize) {
         EXPECT_EQ(verify(unit, TLX_DIGEST_SHA512, kPkcs1, good), TLX_RSA_BAD_SIGNATURE);
         EXPECT_EQ(sign(unit, TLX_DIGEST_SHA512, kPkcs1, good), 1U) << "no room for the DigestInfo";
     }
-    // No primes are needed. With the exponents exchanged the public one is as long as the modulus.
+}
+
+TEST_F(Rsa, NeedsNoPrimesAndTakesALongPublicExponent) {
+    // The exponents are exchanged.
     const Unit swapped(new_RSA_UNIT());
     const auto &values = test_key().numbers;
     ASSERT_EQ(set_RSA_UNIT_private(swapped.get(), number(values[0]).get(), number(values[2]).get(),
@@ -246,6 +302,33 @@ TEST_F(Rsa, RefusesNumbersThatMakeNoKey) {
         EXPECT_EQ(signature, Octets{});
     }
     EXPECT_EQ(verify(Unit(new_RSA_UNIT()), TLX_DIGEST_SHA1, kPkcs1, Octets(128)), TLX_RSA_BAD_KEY);
+}
+
+// libcrypto signs with them all the same; of wrong numbers for the remainder theorem alone it makes up for by
+// d.
+TEST_F(Rsa, HandsOutNoSignatureOfNumbersThatDoNotBelongTogether) {
+    const peer::RsaKey other = peer::generate_rsa(1024);
+    const struct {
+        const char *what;
+        std::vector<std::size_t> changed;
+    } kCases[] = {
+        {"e", {1}}, {"d and dp", {2, 5}}, {"d and dq", {2, 6}}, {"d and qinv", {2, 7}}, {"n", {0}},
+    };
+    for (const auto &c : kCases) {
+        for (const std::uint32_t mode : {kPkcs1, kPss}) {
+            SCOPED_TRACE(std::string(c.what) + " mode " + std::to_string(mode));
+            peer::RsaKey broken = test_key();
+            for (const std::size_t i : c.changed)
+                broken.numbers[i] = i == 1 ? Octets{1, 0, 3} : other.numbers[i];
+            Octets out(128, 0xEE);
+            std::uint32_t size = 99;
+            EXPECT_EQ(sign_RSA(private_unit(broken).get(), kSha256, mode, kData.data(), length(kData),
+                               out.data(), &size),
+                      TLX_RSA_BAD_KEY);
+            EXPECT_EQ(size, 0U);
+            EXPECT_EQ(out, Octets(128)) << "wiped";
+        }
+    }
 }
 
 TEST_F(Rsa, StreamsInItsOrder) {
@@ -356,19 +439,20 @@ TEST_F(Rsa, OneUnitAndItsCopiesServeManyThreads) {
     EXPECT_LE(get_RSA_UNIT_builds(private_key_.get()), 8U);
 }
 
+const struct {
+    std::uint32_t mode, digest_id;
+    peer::RsaScheme scheme;
+    std::size_t most;  // octets of a message
+} kEncryptions[] = {
+    {TLX_RSAES_MODE_NONE_GIVEN, 0, {"", "", 0}, 117},
+    {TLX_RSAES_MODE_PKCS1, 0, {"", "", 0}, 117},
+    {TLX_RSAES_MODE_OAEP_SET, 0, {"SHA1", "SHA1", 0}, 86},
+    {TLX_RSAES_MODE_OAEP, 0, {"SHA1", "SHA1", 0}, 86},
+    {TLX_RSAES_MODE_OAEP, kSha256, {"SHA256", "SHA1", 0}, 62},
+};
+
 TEST_F(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
-    const struct {
-        std::uint32_t mode, digest_id;
-        peer::RsaScheme scheme;
-        std::size_t most;
-    } kCases[] = {
-        {TLX_RSAES_MODE_NONE_GIVEN, 0, {"", "", 0}, 117},
-        {TLX_RSAES_MODE_PKCS1, 0, {"", "", 0}, 117},
-        {TLX_RSAES_MODE_OAEP_SET, 0, {"SHA1", "SHA1", 0}, 86},
-        {TLX_RSAES_MODE_OAEP, 0, {"SHA1", "SHA1", 0}, 86},
-        {TLX_RSAES_MODE_OAEP, kSha256, {"SHA256", "SHA1", 0}, 62},
-    };
-    for (const auto &c : kCases) {
+    for (const auto &c : kEncryptions) {
         SCOPED_TRACE(std::to_string(c.mode) + " " + c.scheme.digest);
         ASSERT_EQ(init_RSAES(public_key_.get(), c.mode, 0, c.digest_id), 0U);
         ASSERT_EQ(init_RSAES(private_key_.get(), c.mode, 1, c.digest_id), 0U);
@@ -382,25 +466,50 @@ TEST_F(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
         EXPECT_EQ(size, 128U);
         EXPECT_EQ(peer::rsa_decrypt(test_key(), c.scheme, sealed), message);
 
-        Octets opened(c.most);
-        const auto open = [&](const Unit &unit, const Octets &ciphertext, std::size_t room) {
-            size = static_cast<std::uint32_t>(room);
-            return decrypt_RSAES(unit.get(), opened.data(), &size, ciphertext.data(), length(ciphertext));
-        };
         const Octets theirs = peer::rsa_encrypt(test_key(), c.scheme, message);
-        // 1 decrypts to 1, which has no padding.
-        Octets unpadded(128);
-        unpadded.back() = 1;
-        EXPECT_EQ(open(private_key_, theirs, c.most - 1), 1U) << "no room";
-        EXPECT_EQ(open(private_key_, unpadded, c.most), 1U);
-        EXPECT_EQ(open(private_key_, Octets(theirs.begin(), theirs.end() - 1), c.most), 1U);
-        EXPECT_EQ(open(public_key_, theirs, c.most), 1U) << "prepared for the other direction";
-        EXPECT_EQ(size, 0U);
-        EXPECT_EQ(opened, Octets(c.most)) << "nothing is written";
-        EXPECT_EQ(open(private_key_, theirs, c.most), 0U);
+        Octets opened(c.most);
+        size = length(opened);
+        EXPECT_EQ(decrypt_RSAES(private_key_.get(), opened.data(), &size, theirs.data(), 128), 0U);
         EXPECT_EQ(size, c.most);
         EXPECT_EQ(opened, message);
     }
+}
+
+TEST_F(Rsa, WritesNothingOfWhatDoesNotDecrypt) {
+    // 1 decrypts to 1, which has no padding.
+    Octets unpadded(128);
+    unpadded.back() = 1;
+    for (const auto &c : kEncryptions) {
+        SCOPED_TRACE(std::to_string(c.mode) + " " + c.scheme.digest);
+        ASSERT_EQ(init_RSAES(public_key_.get(), c.mode, 0, c.digest_id), 0U);
+        ASSERT_EQ(init_RSAES(private_key_.get(), c.mode, 1, c.digest_id), 0U);
+        const Octets theirs = peer::rsa_encrypt(test_key(), c.scheme, Octets(c.most, 0x5A));
+        const struct {
+            const char *what;
+            RSA_UNIT *unit;
+            Octets ciphertext;
+            std::size_t room;
+        } kCases[] = {
+            {"no room", private_key_.get(), theirs, c.most - 1},
+            {"no padding", private_key_.get(), unpadded, c.most},
+            {"one octet short", private_key_.get(), Octets(theirs.begin(), theirs.end() - 1), c.most},
+            {"prepared for the other direction", public_key_.get(), theirs, c.most},
+        };
+        for (const auto &bad : kCases) {
+            Octets opened(c.most);
+            auto size = static_cast<std::uint32_t>(bad.room);
+            EXPECT_EQ(
+                decrypt_RSAES(bad.unit, opened.data(), &size, bad.ciphertext.data(), length(bad.ciphertext)),
+                1U)
+                << bad.what;
+            EXPECT_EQ(size, 0U) << bad.what;
+            EXPECT_EQ(opened, Octets(c.most)) << bad.what;
+        }
+    }
+    EXPECT_TRUE(peer::error_queue_is_empty());
+}
+
+TEST_F(Rsa, RefusesToPrepareWhatItCannotEncrypt) {
     EXPECT_EQ(init_RSAES(public_key_.get(), TLX_RSAES_MODE_PKCS1, 1, 0), 1U) << "it takes a private key";
     EXPECT_EQ(init_RSAES(public_key_.get(), 1, 0, 0), 1U) << "no such mode";
     EXPECT_EQ(init_RSAES(public_key_.get(), TLX_RSAES_MODE_OAEP, 0, TLX_DIGEST_HAS160), 1U);
@@ -432,6 +541,17 @@ TEST_F(Rsa, SurvivesFailingAllocations) {
         return status == 0;
     });
     EXPECT_GT(failures, 15U);
+}
+
+TEST_F(Rsa, CallsNoGoodSignatureBadWhenLibcryptoRunsOutOfMemory) {
+    for (const std::uint32_t mode : {kPkcs1, kPss}) {
+        Octets signature;
+        ASSERT_EQ(sign(private_key_, kSha256, mode, signature), 0U);
+        const auto verify_anew = [&] { return verify(public_unit(), kSha256, mode, signature); };
+        EXPECT_EQ(sweep_failing_libcrypto_allocations(verify_anew) > 10, kSharesLibcrypto) << mode;
+        const auto sign_anew = [&] { return sign(private_unit(test_key()), kSha256, mode, signature); };
+        EXPECT_EQ(sweep_failing_libcrypto_allocations(sign_anew) > 10, kSharesLibcrypto) << mode;
+    }
 }
 
 }  // namespace

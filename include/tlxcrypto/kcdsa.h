@@ -8,8 +8,10 @@
  *
  * A unit takes any numbers; the first operation that computes with them says TLX_KCDSA_BAD_KEY when they make
  * no key: p or q even, p outside 512 to 8192 bits, q outside 112 to 512 bits or not a divisor of p - 1, g or
- * y outside 2 to p - 2, x outside 1 to q - 1. That p and q are prime is checked by check_KCDSA_params only.
- * What is computed from the numbers once (Montgomery forms) is kept in the unit until they change.
+ * y outside 2 to p - 2, x outside 1 to q - 1; with a private key also g not of order q (g^q mod p other than
+ * 1) and a y that does not belong to x. That p and q are prime, and without a private key that g and y are of
+ * order q, is checked by check_KCDSA_params only: verifying relies on parameters and a public key that can be
+ * trusted. What is computed from the numbers once (Montgomery forms) is kept in the unit until they change.
  *
  * Arithmetic on x and k runs in constant time, with blinding where a value is inverted or multiplied.
  *
@@ -24,6 +26,7 @@
 
 #include <stdint.h>
 #include <tlxcrypto/bigint.h>
+#include <tlxcrypto/digest.h>
 #include <tlxcrypto/export.h>
 
 /** The signature is not one of this key over this data. */
@@ -68,7 +71,8 @@ TLXCRYPTO_API uint32_t set_KCDSA_public(KCDSA *unit, const BIGINT *y);
 TLXCRYPTO_API uint32_t set_KCDSA_private(KCDSA *unit, const BIGINT *x);
 /** Stores the public key that belongs to the private one, y = g^(x^-1 mod q) mod p.
  * @param unit a unit with domain parameters and a private key
- * @return 0; TLX_KCDSA_BAD_KEY; 1 on a null argument or allocation failure (the unit is unchanged then) */
+ * @return 0; TLX_KCDSA_BAD_KEY; 1 on a null argument, a composite q modulo which x has no inverse, or an
+ * allocation failure (the unit is unchanged unless the result is 0) */
 TLXCRYPTO_API uint32_t compute_KCDSA_public(KCDSA *unit);
 /** Chooses the digest of the signatures begun by init_KCDSA from now on; HAS-160 unless chosen.
  * @param unit the unit
@@ -89,8 +93,10 @@ TLXCRYPTO_API uint32_t gen_KCDSA_params(KCDSA *unit, uint32_t p_bits, uint32_t q
  * @param unit a unit with domain parameters
  * @return 0; TLX_KCDSA_BAD_KEY; 1 on a null argument or failure (the unit is unchanged then) */
 TLXCRYPTO_API uint32_t gen_KCDSA_key(KCDSA *unit);
-/** Checks the domain parameters in full: p and q are prime, q divides p - 1, g is of order q. 0 when they are
- * right; TLX_KCDSA_BAD_KEY; 1 on a null argument or failure inside. */
+/** Checks the unit's numbers in full: p and q are prime, q divides p - 1, g is of order q; with a public key,
+ * that 1 < y < p and y is of order q, too; with a private key, that 0 < x < q; with both, that y belongs to
+ * x.
+ * @return 0 when they are right; TLX_KCDSA_BAD_KEY; 1 on a null argument or failure inside */
 TLXCRYPTO_API uint32_t check_KCDSA_params(const KCDSA *unit);
 
 /** One of the numbers, owned by the unit; null when the unit does not have it. */

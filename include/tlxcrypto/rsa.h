@@ -6,8 +6,9 @@
  * and one choice of encryption scheme. It takes any numbers; the first operation that computes with them says
  * TLX_RSA_BAD_KEY when they make no key: a modulus that is even, below 512 bits or above 16384 bits, a public
  * exponent that is even or below 3 (above 64 bits with a modulus of more than 3072 bits), or for a private
- * operation a missing private exponent. What is computed from the numbers once (a key object of the backend)
- * is kept in the unit until they change.
+ * operation a missing private exponent; signing says so, too, when the numbers do not belong together, for a
+ * signature is handed out only once it has been verified. What is computed from the numbers once (a key
+ * object of the backend) is kept in the unit until they change.
  *
  * Private-key arithmetic runs in constant time with blinding.
  *
@@ -22,6 +23,7 @@
 
 #include <stdint.h>
 #include <tlxcrypto/bigint.h>
+#include <tlxcrypto/digest.h>
 #include <tlxcrypto/export.h>
 
 /** Kinds of a unit. A new unit, without numbers, is of the public kind. */
@@ -74,8 +76,8 @@ TLXCRYPTO_API void clean_RSA_UNIT(RSA_UNIT *unit);
 /** Cleans and frees a unit; null is allowed. */
 TLXCRYPTO_API void free_RSA_UNIT(RSA_UNIT *unit);
 /** A new unit with copies of the kind, numbers and PSS settings, but nothing under way; null on a null
- * argument or allocation failure. What verifying PKCS #1 v1.5 signatures computes from the numbers is shared
- * with the copy, whichever of the two verifies first. */
+ * argument or allocation failure. What verifying signatures computes from the numbers is shared with the
+ * copy, whichever of the two verifies first. */
 TLXCRYPTO_API RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit);
 
 /** Makes the unit a public key, dropping what it held.
@@ -123,8 +125,8 @@ TLXCRYPTO_API const BIGINT *get_RSA_UNIT_number(const RSA_UNIT *unit, TLX_RSA_NU
  * numbers. */
 TLXCRYPTO_API uint32_t get_RSA_length(const RSA_UNIT *unit);
 /** How many times something was computed from the unit's present numbers to be kept: 0 before the first
- * operation (of its copies, too), then 1 for verifying PKCS #1 v1.5 signatures and 1 for all other operations
- * together; more only when several threads ran the first operation at once. 0 for null. */
+ * operation (of its copies, too), then 1 for verifying signatures, with which signing ends, and 1 for all
+ * other operations together; more only when several threads ran the first operation at once. 0 for null. */
 TLXCRYPTO_API uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit);
 
 /** Begins a signature or a verification on the unit, dropping one that is under way.
@@ -143,7 +145,7 @@ TLXCRYPTO_API uint32_t update_RSASSA(RSA_UNIT *unit, const uint8_t *data, uint32
  * @param sig signing: receives the signature, get_RSA_length octets; verifying: the signature, only read
  * @param sig_len signing: receives the signature's length; verifying: its length, only read
  * @return 0; TLX_RSA_BAD_SIGNATURE; TLX_RSA_BAD_KEY; 1 on a null argument, before init_RSASSA or on a failure
- *         inside. A failing signature stores length 0. */
+ *         inside. A failing signature stores length 0 and leaves no signature in sig. */
 TLXCRYPTO_API uint32_t final_RSASSA(RSA_UNIT *unit, uint8_t *sig, uint32_t *sig_len);
 /** Ends a verification, as final_RSASSA does, with a signature that is const. 0; TLX_RSA_BAD_SIGNATURE;
  * TLX_RSA_BAD_KEY; 1 as there, and when it is a signature that is under way (which stays so). */

@@ -21,10 +21,12 @@ namespace tlx {
 struct FreeBignum {
     void operator()(BIGNUM *number) const noexcept { BN_clear_free(number); }
     void operator()(BN_CTX *context) const noexcept { BN_CTX_free(context); }
+    void operator()(BN_MONT_CTX *modulus) const noexcept { BN_MONT_CTX_free(modulus); }
     void operator()(BIGINT *number) const noexcept { free_BIGINT(number); }
 };
 using Bignum = std::unique_ptr<BIGNUM, FreeBignum>;
 using BignumContext = std::unique_ptr<BN_CTX, FreeBignum>;
+using Montgomery = std::unique_ptr<BN_MONT_CTX, FreeBignum>;
 using OwnedBigint = std::unique_ptr<BIGINT, FreeBignum>;
 
 /// Scratch numbers for libcrypto's functions, in the library context; null on failure.

@@ -12,11 +12,6 @@ namespace tlx {
 
 using KcdsaNumbers = KeyNumbers<TLX_KCDSA_NUMBER_COUNT>;
 
-struct FreeMontgomery {
-    void operator()(BN_MONT_CTX *context) const noexcept { BN_MONT_CTX_free(context); }
-};
-using Montgomery = std::unique_ptr<BN_MONT_CTX, FreeMontgomery>;
-
 inline constexpr u32 kLeastKcdsaPBits = 512;
 inline constexpr u32 kMostKcdsaPBits = 8192;
 inline constexpr u32 kLeastKcdsaQBits = 112;
@@ -24,7 +19,8 @@ inline constexpr u32 kMostKcdsaQBits = 512;
 /// No digest has a longer block.
 inline constexpr u32 kMostBlockLength = 128;
 
-/// The numbers of a unit, checked and ready for arithmetic. Nothing changes in it once it is built.
+/// The numbers of a unit, checked and ready for arithmetic. Nothing changes in it once it is built. Where
+/// there is a private key, g^q = 1 and y belongs to x.
 struct KcdsaKey {
     Bignum p;
     Bignum q;
@@ -89,7 +85,10 @@ u32 get_kcdsa_key(const KCDSA &unit, const KcdsaKey **key) noexcept;
 /// A random number of 1 to q - 1.
 bool draw_secret(BIGNUM *secret, const KcdsaKey &key, BN_CTX *context) noexcept;
 
-/// result = g^exponent mod p for a secret exponent below q, in constant time.
+/// Whether number^q mod p is 1; -1 on failure.
+int is_root_of_one(const BIGNUM *number, const KcdsaKey &key, BN_CTX *context) noexcept;
+
+/// result = g^exponent mod p for a secret exponent below q, in constant time. g^q is 1.
 bool raise_g(BIGNUM *result, const BIGNUM *exponent, const KcdsaKey &key, BN_CTX *context) noexcept;
 
 /// The temporary numbers of a scope, taken from (and given back to) a context of libcrypto.

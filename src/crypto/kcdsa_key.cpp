@@ -1,6 +1,7 @@
 // KCDSA keys: checking and preparing the numbers, generating new ones.
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "crypto/backend.hpp"
 #include "crypto/kcdsa.hpp"
@@ -91,6 +92,20 @@ bool convert(Bignum &to, const BIGINT *number) noexcept {
     return to != nullptr;
 }
 
+// Makes sure that g^q = 1, without which signatures come out wrong, and that y belongs to x, or computes it.
+// 0, TLX_KCDSA_BAD_KEY or 1.
+u32 fill_private(KcdsaKey &key, BN_CTX *context) noexcept {
+    if (BN_to_montgomery(key.x.get(), key.x.get(), key.mod_q.get(), context) != 1) return 1;
+    if (const int fits = is_root_of_one(key.g.get(), key, context); fits != 1) {
+        return fits == 0 ? TLX_KCDSA_BAD_KEY : 1;
+    }
+    Bignum y = compute_y(key, context);
+    if (y == nullptr) return 1;
+    if (key.y != nullptr && BN_cmp(key.y.get(), y.get()) != 0) return TLX_KCDSA_BAD_KEY;
+    key.y = std::move(y);
+    return 0;
+}
+
 // 0, TLX_KCDSA_BAD_KEY or 1.
 u32 fill(KcdsaKey &key, const KCDSA &unit) noexcept {
     const BignumContext context(backend() == nullptr ? nullptr : BN_CTX_new_ex(backend()));
@@ -103,12 +118,10 @@ u32 fill(KcdsaKey &key, const KCDSA &unit) noexcept {
         return consistent == 0 ? TLX_KCDSA_BAD_KEY : 1;
     }
     if (!set_moduli(key, context.get())) return 1;
-    if (key.x != nullptr && BN_to_montgomery(key.x.get(), key.x.get(), key.mod_q.get(), context.get()) != 1) {
-        return 1;
+    if (key.x != nullptr) {
+        if (const u32 status = fill_private(key, context.get()); status != 0) return status;
     }
-    if (key.x != nullptr && key.y == nullptr) key.y = compute_y(key, context.get());
-    if (key.y == nullptr) return key.x == nullptr ? 0 : 1;
-    return set_y_tail(key) ? 0 : 1;
+    return key.y == nullptr || set_y_tail(key) ? 0 : 1;
 }
 
 u32 build_key(const KCDSA &unit, OwnedKcdsaKey &key) noexcept {
@@ -172,12 +185,22 @@ bool draw_secret(BIGNUM *secret, const KcdsaKey &key, BN_CTX *context) noexcept 
     return true;
 }
 
+int is_root_of_one(const BIGNUM *number, const KcdsaKey &key, BN_CTX *context) noexcept {
+    Temporaries temporaries(context);
+    BIGNUM *power = temporaries.next();
+    if (power == nullptr ||
+        BN_mod_exp_mont(power, number, key.q.get(), key.p.get(), context, key.mod_p.get()) != 1) {
+        return -1;
+    }
+    return BN_is_one(power);
+}
+
 bool raise_g(BIGNUM *result, const BIGNUM *exponent, const KcdsaKey &key, BN_CTX *context) noexcept {
     Temporaries temporaries(context);
     BIGNUM *padded = temporaries.next();
     if (padded == nullptr || BN_copy(padded, exponent) == nullptr) return false;
     // The time depends on the exponent's number of words. Where q does not fill its highest word, adding q,
-    // which changes nothing modulo p, makes that number the same for all exponents.
+    // which changes nothing because g^q = 1, makes that number the same for all exponents.
     const bool full = BN_num_bits(key.q.get()) % static_cast<int>(kLimbBits) == 0;
     if (!full && BN_add(padded, padded, key.q.get()) != 1) return false;
     BN_set_flags(padded, BN_FLG_CONSTTIME);

@@ -179,13 +179,11 @@ uint32_t check_KCDSA_params(const KCDSA *unit) {
         const Search prime = is_prime(number, context.get());
         if (prime != Search::found) return prime == Search::next ? TLX_KCDSA_BAD_KEY : 1;
     }
-    Temporaries temporaries(context.get());
-    BIGNUM *power = temporaries.next();
-    if (power == nullptr || BN_mod_exp_mont(power, key->g.get(), key->q.get(), key->p.get(), context.get(),
-                                            key->mod_p.get()) != 1) {
-        return 1;
+    for (const BIGNUM *number : {key->g.get(), key->y.get()}) {
+        const int fits = number == nullptr ? 1 : is_root_of_one(number, *key, context.get());
+        if (fits != 1) return fits == 0 ? TLX_KCDSA_BAD_KEY : 1;
     }
-    return BN_is_one(power) ? 0 : TLX_KCDSA_BAD_KEY;
+    return 0;
 }
 
 }  // extern "C"

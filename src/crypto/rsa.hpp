@@ -21,6 +21,9 @@ using KeyContext = std::unique_ptr<EVP_PKEY_CTX, FreeKey>;
 
 using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
 
+inline constexpr u32 kMostRsaBits = 16384;
+inline constexpr u32 kMostRsaOctets = kMostRsaBits / 8;
+
 /// A modulus prepared for multiplication by whichever thread needs it first. A unit and its copies share it,
 /// and the last of them frees it.
 struct SharedModulus {
@@ -84,6 +87,9 @@ namespace tlx {
 
 /// Verifies a signature with PKCS #1 v1.5 padding. 0 or a TLX_RSA_ code; 1 when memory is short.
 u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept;
+
+/// Verifies a PSS signature under the unit's PSS settings. Statuses likewise.
+u32 verify_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, Bytes signature) noexcept;
 
 /// Stores the backend's key of the unit, which stays the unit's. 0, TLX_RSA_BAD_KEY or 1.
 u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept;

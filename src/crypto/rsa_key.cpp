@@ -14,7 +14,6 @@ using namespace tlx;
 namespace {
 
 constexpr u32 kLeastBits = 512;
-constexpr u32 kMostBits = 16384;
 // Above this size of the modulus libcrypto takes public exponents of up to 64 bits only.
 constexpr u32 kSmallModulusBits = 3072;
 constexpr u32 kMostExponentBits = 64;
@@ -124,7 +123,7 @@ namespace tlx {
 bool is_usable_public_part(const RsaNumbers &numbers) noexcept {
     const u32 n_bits = get_BIGINT_bits(numbers[TLX_RSA_N]);
     const u32 e_bits = get_BIGINT_bits(numbers[TLX_RSA_E]);
-    if (n_bits < kLeastBits || n_bits > kMostBits || !is_odd(numbers[TLX_RSA_N])) return false;
+    if (n_bits < kLeastBits || n_bits > kMostRsaBits || !is_odd(numbers[TLX_RSA_N])) return false;
     if (e_bits < 2 || !is_odd(numbers[TLX_RSA_E])) return false;
     if (n_bits > kSmallModulusBits && e_bits > kMostExponentBits) return false;
     return cmp_BIGINT(numbers[TLX_RSA_E], numbers[TLX_RSA_N]) < 0;
@@ -155,7 +154,7 @@ u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept {
 }  // namespace tlx
 
 extern "C" uint32_t gen_RSA_UNIT(RSA_UNIT *unit, uint32_t modulus_bits, uint32_t e) {
-    if (unit == nullptr || modulus_bits < kLeastBits || modulus_bits > kMostBits) return 1;
+    if (unit == nullptr || modulus_bits < kLeastBits || modulus_bits > kMostRsaBits) return 1;
     if (e < 3 || e % 2 == 0) return 1;
     const ErrorScope errors;
     const Key key = generate_key(modulus_bits, e);

@@ -1,5 +1,6 @@
-// Verifying PKCS #1 v1.5 signatures by the bare public operation: what a certificate's key is used for, often
-// once only, so that preparing it counts as much as using it.
+// Verifying signatures by the bare public operation: what a certificate's key is used for, often once only,
+// so that preparing it counts as much as using it. libcrypto's verification cannot tell a bad signature from
+// a shortage of memory.
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -11,13 +12,6 @@
 using namespace tlx;
 
 namespace {
-
-constexpr u32 kMostOctets = 16384 / 8;
-
-struct FreeMontgomery {
-    void operator()(BN_MONT_CTX *context) const noexcept { BN_MONT_CTX_free(context); }
-};
-using Montgomery = std::unique_ptr<BN_MONT_CTX, FreeMontgomery>;
 
 bool bit(const BIGINT &number, u32 index) noexcept {
     return (limb(number, index / kLimbBits) >> (index % kLimbBits) & 1U) != 0;
@@ -54,6 +48,26 @@ bool raise(BIGNUM *value, const BIGINT &e, BN_MONT_CTX *modulus, BN_CTX *scratch
     return true;
 }
 
+/// Stores signature^e mod n in as many octets as n. 0 or a TLX_RSA_ code; 1 when memory is short.
+u32 recover(const RSA_UNIT &unit, Bytes signature, u8 *encoded) noexcept {
+    if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;
+    const u32 length = get_RSA_length(&unit);
+    if (signature.size() != length) return TLX_RSA_BAD_SIGNATURE;
+    // RFC 8017, section 5.2.2: a signature representative is below the modulus.
+    u8 modulus[kMostRsaOctets];
+    BIGINT_to_binary(unit.numbers[TLX_RSA_N], modulus, length);
+    if (std::memcmp(signature.data(), modulus, length) >= 0) return TLX_RSA_BAD_SIGNATURE;
+
+    const BignumContext scratch(backend() == nullptr ? nullptr : BN_CTX_new_ex(backend()));
+    const Bignum value(BN_bin2bn(signature.data(), static_cast<int>(length), nullptr));
+    if (scratch == nullptr || value == nullptr) return 1;
+    BN_MONT_CTX *const montgomery = prepared_modulus(unit, scratch.get());
+    if (montgomery == nullptr || !raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get())) {
+        return 1;
+    }
+    return BN_bn2binpad(value.get(), encoded, static_cast<int>(length)) < 0 ? 1 : 0;
+}
+
 /// EMSA-PKCS1-v1_5 (RFC 8017, section 9.2). False when the key is too short for the DigestInfo.
 bool encode_message(Bytes digest_info, u8 *encoded, std::size_t length) noexcept {
     constexpr std::size_t kLeastPadding = 11;
@@ -65,6 +79,55 @@ bool encode_message(Bytes digest_info, u8 *encoded, std::size_t length) noexcept
     tail[-1] = 0;
     std::memcpy(tail, digest_info.data(), digest_info.size());
     return true;
+}
+
+/// MGF1 (RFC 8017, appendix B.2.1): masks the octets with what the seed generates. False when memory is
+/// short.
+bool mask(u32 digest_id, Bytes seed, u8 *octets, std::size_t length) noexcept {
+    u8 input[TLX_DIGEST_MAX_LENGTH + 4] = {};
+    std::memcpy(input, seed.data(), seed.size());
+    const auto input_length = static_cast<u32>(seed.size() + 4);
+    for (std::size_t done = 0; done < length;) {
+        u8 digest[TLX_DIGEST_MAX_LENGTH];
+        u32 digest_length = 0;
+        if (Digest(digest_id, input, input_length, digest, &digest_length) != 0) return false;
+        for (u32 i = 0; i < digest_length && done < length; ++i) {
+            octets[done++] ^= digest[i];
+        }
+        ++input[input_length - 1];  // No modulus is so long that the counter's last octet overflows.
+    }
+    return true;
+}
+
+/// Whether the octets are 00 ... 00 01.
+bool is_pss_padding(Bytes octets) noexcept {
+    const auto is_zero = [](u8 octet) noexcept { return octet == 0; };
+    return octets.back() == 1 && std::all_of(octets.begin(), octets.end() - 1, is_zero);
+}
+
+/// EMSA-PSS verification (RFC 8017, section 9.1.2), in the encoded message's own octets. 0,
+/// TLX_RSA_BAD_SIGNATURE or 1.
+u32 check_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, u8 *encoded, std::size_t length,
+              u32 unused_bits) noexcept {
+    const std::size_t salt_length = unit.pss_salt_length;
+    if (length < hash.size() + salt_length + 2 || encoded[length - 1] != 0xBC) return TLX_RSA_BAD_SIGNATURE;
+    const std::size_t masked_length = length - hash.size() - 1;
+    const Bytes seed(encoded + masked_length, hash.size());
+    if (encoded[0] >> (8 - unused_bits) != 0) return TLX_RSA_BAD_SIGNATURE;
+    if (!mask(unit.pss_mgf_digest_id, seed, encoded, masked_length)) return 1;
+    encoded[0] &= static_cast<u8>(0xFFU >> unused_bits);
+    const Bytes unmasked(encoded, masked_length);
+    if (!is_pss_padding(unmasked.first(masked_length - salt_length))) return TLX_RSA_BAD_SIGNATURE;
+
+    constexpr std::size_t kZeros = 8;
+    u8 message[kZeros + TLX_DIGEST_MAX_LENGTH + kMostRsaOctets] = {};
+    std::memcpy(message + kZeros, hash.data(), hash.size());
+    std::memcpy(message + kZeros + hash.size(), encoded + masked_length - salt_length, salt_length);
+    u8 expected[TLX_DIGEST_MAX_LENGTH];
+    u32 expected_length = 0;
+    const auto message_length = static_cast<u32>(kZeros + hash.size() + salt_length);
+    if (Digest(digest_id, message, message_length, expected, &expected_length) != 0) return 1;
+    return std::equal(seed.begin(), seed.end(), expected) ? 0 : TLX_RSA_BAD_SIGNATURE;
 }
 
 }  // namespace
@@ -88,26 +151,23 @@ OwnedModulus share(const OwnedModulus &modulus) noexcept {
 }
 
 u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept {
-    if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;
-    const u32 length = get_RSA_length(&unit);
-    u8 modulus[kMostOctets];
-    u8 message[kMostOctets];
-    if (signature.size() != length || !encode_message(digest_info, message, length)) {
-        return TLX_RSA_BAD_SIGNATURE;
-    }
-    // RFC 8017, section 5.2.2: a signature representative is below the modulus.
-    BIGINT_to_binary(unit.numbers[TLX_RSA_N], modulus, length);
-    if (std::memcmp(signature.data(), modulus, length) >= 0) return TLX_RSA_BAD_SIGNATURE;
+    u8 recovered[kMostRsaOctets];
+    if (const u32 status = recover(unit, signature, recovered); status != 0) return status;
+    u8 expected[kMostRsaOctets];
+    const bool good = encode_message(digest_info, expected, signature.size()) &&
+                      std::memcmp(recovered, expected, signature.size()) == 0;
+    return good ? 0 : TLX_RSA_BAD_SIGNATURE;
+}
 
-    const BignumContext scratch(backend() == nullptr ? nullptr : BN_CTX_new_ex(backend()));
-    const Bignum value(BN_bin2bn(signature.data(), static_cast<int>(length), nullptr));
-    const Bignum expected(BN_bin2bn(message, static_cast<int>(length), nullptr));
-    if (scratch == nullptr || value == nullptr || expected == nullptr) return 1;
-    BN_MONT_CTX *const montgomery = prepared_modulus(unit, scratch.get());
-    if (montgomery == nullptr || !raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get())) {
-        return 1;
-    }
-    return BN_cmp(value.get(), expected.get()) == 0 ? 0 : TLX_RSA_BAD_SIGNATURE;
+u32 verify_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, Bytes signature) noexcept {
+    u8 recovered[kMostRsaOctets];
+    if (const u32 status = recover(unit, signature, recovered); status != 0) return status;
+    // The encoded message has one bit less than the modulus, which may be an octet less.
+    const u32 bits = get_BIGINT_bits(unit.numbers[TLX_RSA_N]) - 1;
+    const u32 length = (bits + 7) / 8;
+    const std::size_t skipped = signature.size() - length;
+    if (skipped != 0 && recovered[0] != 0) return TLX_RSA_BAD_SIGNATURE;
+    return check_pss(unit, digest_id, hash, recovered + skipped, length, 8 * length - bits);
 }
 
 }  // namespace tlx

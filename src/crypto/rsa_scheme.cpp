@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "crypto/backend.hpp"
+#include "crypto/memory.hpp"
 #include "crypto/rsa.hpp"
 
 using namespace tlx;
@@ -83,12 +84,12 @@ class DigestInfo {
     std::size_t length_ = 0;
 };
 
-KeyContext make_context(EVP_PKEY *key, RsaTask task, int padding) noexcept {
+KeyContext make_signer(EVP_PKEY *key, int padding) noexcept {
     KeyContext context(EVP_PKEY_CTX_new_from_pkey(backend(), key, nullptr));
-    if (context == nullptr) return nullptr;
-    const int begun =
-        task == RsaTask::sign ? EVP_PKEY_sign_init(context.get()) : EVP_PKEY_verify_init(context.get());
-    if (begun != 1 || EVP_PKEY_CTX_set_rsa_padding(context.get(), padding) != 1) return nullptr;
+    if (context == nullptr || EVP_PKEY_sign_init(context.get()) != 1 ||
+        EVP_PKEY_CTX_set_rsa_padding(context.get(), padding) != 1) {
+        return nullptr;
+    }
     return context;
 }
 
@@ -98,41 +99,22 @@ bool set_pss_parameters(EVP_PKEY_CTX *context, const RSA_UNIT &unit, u32 digest_
            EVP_PKEY_CTX_set_rsa_pss_saltlen(context, static_cast<int>(unit.pss_salt_length)) == 1;
 }
 
-// Runs `operation` with a context ready for the task; -1 when there is none to be had. Preparing a context
-// costs a quarter of a verification, so the last one for PKCS #1 v1.5 is kept for the next call.
-template <typename Operation>
-int with_context(const RSA_UNIT &unit, EVP_PKEY *key, RsaTask task, u32 digest_id, u32 mode,
-                 Operation operation) noexcept {
+// Signs a hash with PSS, or with PKCS #1 v1.5 a whole DigestInfo: libcrypto knows no HAS-160. Preparing a
+// context takes a while, so the last one for PKCS #1 v1.5 is kept for the next call.
+bool sign_octets(const RSA_UNIT &unit, EVP_PKEY *key, u32 digest_id, u32 mode, Bytes octets,
+                 u8 *sig) noexcept {
+    std::size_t length = get_RSA_length(&unit);
     if (mode == TLX_RSA_MODE_PSS) {
-        const KeyContext context = make_context(key, task, RSA_PKCS1_PSS_PADDING);
-        if (context == nullptr || !set_pss_parameters(context.get(), unit, digest_id)) return -1;
-        return operation(context.get());
+        const KeyContext context = make_signer(key, RSA_PKCS1_PSS_PADDING);
+        return context != nullptr && set_pss_parameters(context.get(), unit, digest_id) &&
+               EVP_PKEY_sign(context.get(), sig, &length, octets.data(), octets.size()) == 1;
     }
     KeyContext context(unit.cache.signer.exchange(nullptr, std::memory_order_acq_rel));
-    if (context == nullptr) context = make_context(key, task, RSA_PKCS1_PADDING);
-    if (context == nullptr) return -1;
-    const int result = operation(context.get());
+    if (context == nullptr) context = make_signer(key, RSA_PKCS1_PADDING);
+    if (context == nullptr) return false;
+    const int result = EVP_PKEY_sign(context.get(), sig, &length, octets.data(), octets.size());
     context.reset(unit.cache.signer.exchange(context.release(), std::memory_order_acq_rel));
-    return result;
-}
-
-// What the backend signs: it gets the DigestInfo from us in PKCS #1 v1.5, because it knows no HAS-160.
-template <typename Operation>
-auto with_signed_octets(u32 digest_id, u32 mode, Bytes hash, Operation operation) noexcept {
-    if (mode == TLX_RSA_MODE_PSS) return operation(hash);
-    return operation(DigestInfo(digest_id, hash).bytes());
-}
-
-u32 verify_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, Bytes signature) noexcept {
-    EVP_PKEY *key = nullptr;
-    if (const u32 status = get_backend_key(unit, &key); status != 0) return status;
-    if (signature.size() != get_RSA_length(&unit)) return TLX_RSA_BAD_SIGNATURE;
-    const int result = with_context(
-        unit, key, RsaTask::verify, digest_id, TLX_RSA_MODE_PSS, [&](EVP_PKEY_CTX *context) noexcept {
-            return EVP_PKEY_verify(context, signature.data(), signature.size(), hash.data(), hash.size());
-        });
-    if (result < 0) return 1;
-    return result == 1 ? 0 : TLX_RSA_BAD_SIGNATURE;
+    return result == 1;
 }
 
 u32 verify_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, Bytes signature) noexcept {
@@ -141,18 +123,22 @@ u32 verify_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, Bytes
     return verify_pkcs1(unit, DigestInfo(digest_id, hash).bytes(), signature);
 }
 
+// A signature that does not verify, made with numbers that do not belong together or in a fault of the
+// machine, could give the private key away: it is not handed out.
 u32 sign_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, u8 *sig, u32 *sig_len) noexcept {
     const ErrorScope errors;
     EVP_PKEY *key = nullptr;
     if (const u32 status = get_backend_key(unit, &key); status != 0) return status;
-    std::size_t length = get_RSA_length(&unit);
-    const int result = with_signed_octets(digest_id, mode, hash, [&](Bytes octets) noexcept {
-        return with_context(unit, key, RsaTask::sign, digest_id, mode, [&](EVP_PKEY_CTX *context) noexcept {
-            return EVP_PKEY_sign(context, sig, &length, octets.data(), octets.size());
-        });
-    });
-    if (result != 1) return 1;
-    *sig_len = static_cast<u32>(length);
+    const bool made = mode == TLX_RSA_MODE_PSS
+                          ? sign_octets(unit, key, digest_id, mode, hash, sig)
+                          : sign_octets(unit, key, digest_id, mode, DigestInfo(digest_id, hash).bytes(), sig);
+    if (!made) return 1;
+    const u32 length = get_RSA_length(&unit);
+    if (const u32 status = verify_hash(unit, digest_id, mode, hash, {sig, length}); status != 0) {
+        tlx_wipe(sig, length);
+        return status == TLX_RSA_BAD_SIGNATURE ? TLX_RSA_BAD_KEY : status;
+    }
+    *sig_len = length;
     return 0;
 }
 
