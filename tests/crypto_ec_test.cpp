@@ -4,6 +4,7 @@
 
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
@@ -139,6 +140,28 @@ TEST_F(EcPoint, RefusesOctetsThatAreNoPoint) {
     EXPECT_EQ(ECPOINT_to_binary(point(kP, kY).get(), curve_.get(), 0, out.data(), &size), 1U);
     EXPECT_EQ(ECPOINT_to_binary(point(kX, kY).get(), curve_.get(), 0, nullptr, &size), 1U);
     EXPECT_EQ(size, 0U);
+}
+
+// A square root modulo a p of 65536 bits takes more than a minute.
+TEST_F(EcPoint, RefusesAFieldOfMoreThan661Bits) {
+    // (0, 2) satisfies y^2 = x^3 + 4 modulo any p, such as 2^bits - 3.
+    const Owned<ECPOINT> on_curve = point("0", "2");
+    ASSERT_EQ(set_BIGINT_word(curve_->a, 0), 0U);
+    ASSERT_EQ(set_BIGINT_word(curve_->b, 4), 0U);
+    for (const auto &[bits, accepted] : {std::pair(661U, true), {662U, false}, {65536U, false}}) {
+        SCOPED_TRACE(bits);
+        ASSERT_EQ(shl_BIGINT(curve_->p, number("1").get(), bits), 0U);
+        ASSERT_EQ(sub_BIGINT(curve_->p, curve_->p, number("3").get()), 0U);
+        EXPECT_EQ(is_ECPOINT_on_ECURVE(on_curve.get(), curve_.get()), accepted ? 1 : 0);
+        for (const std::uint32_t compressed : {0U, 1U}) {
+            if (accepted && compressed != 0) continue;  // needs a prime p
+            Octets encoded(get_ECPOINT_length(curve_.get(), compressed));
+            std::uint32_t size = 0;
+            ASSERT_EQ(ECPOINT_to_binary(on_curve.get(), curve_.get(), compressed, encoded.data(), &size), 0U);
+            const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve_.get(), encoded.data(), size));
+            EXPECT_EQ(text_of(decoded.get()), accepted ? "00 02" : "null") << compressed;
+        }
+    }
 }
 
 TEST_F(EcKey, CopiesShareNothing) {

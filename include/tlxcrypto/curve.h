@@ -70,8 +70,8 @@ TLXCRYPTO_API uint32_t set_ECURVE_params(ECURVE *curve, int32_t id, const char *
 
 /** Whether a point's coordinates are below p and satisfy the curve's equation.
  *
- * @return 1 when they do; 0 when they do not, something is missing, p is not an odd number above 3, or on
- *         allocation failure.
+ * @return 1 when they do; 0 when they do not, something is missing, p is not an odd number above 3 of at most
+ *         661 bits, or on allocation failure.
  */
 TLXCRYPTO_API int32_t is_ECPOINT_on_ECURVE(const ECPOINT *point, const ECURVE *curve);
 

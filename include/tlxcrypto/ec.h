@@ -40,8 +40,8 @@ TLXCRYPTO_API ECC_KEY *dup_ECC_KEY(const ECC_KEY *key);
 TLXCRYPTO_API uint32_t set_ECC_KEY(ECC_KEY *key, const ECURVE *curve, const ECPOINT *public_point,
                                    const BIGINT *private_value);
 
-/** Octets of a point of the curve: 1 + 2 field lengths uncompressed, 1 + 1 compressed; 0 on a null curve or
- * one without p. */
+/** Octets of a point of the curve: 1 + 2 field lengths uncompressed, 1 + 1 field length compressed; 0 on a
+ * null curve or one without p. */
 TLXCRYPTO_API uint32_t get_ECPOINT_length(const ECURVE *curve, uint32_t compressed);
 /** Writes a point as octets (SEC 1, section 2.3.3).
  * @param point a point with both coordinates below p; whether it lies on the curve is not looked at
@@ -54,7 +54,7 @@ TLXCRYPTO_API uint32_t ECPOINT_to_binary(const ECPOINT *point, const ECURVE *cur
                                          uint8_t *octets, uint32_t *len);
 /** Reads a point from octets, uncompressed or compressed (SEC 1, section 2.3.4), and makes sure that it lies
  * on the curve. The point at infinity and the hybrid forms are refused.
- * @param curve the curve; compressed points need an odd prime p
+ * @param curve the curve, whose p has at most 661 bits; compressed points need an odd prime p
  * @param octets the octets
  * @param len their number
  * @return a new point, freed with free_ECPOINT; null on a bad argument, octets that are no point of the curve

@@ -98,6 +98,7 @@ uint32_t set_ECURVE_params(ECURVE *curve, int32_t id, const char *name, const BI
 int32_t is_ECPOINT_on_ECURVE(const ECPOINT *point, const ECURVE *curve) {
     const ErrorScope errors;
     if (point == nullptr || curve == nullptr) return 0;
+    if (get_BIGINT_bits(curve->p) > OPENSSL_ECC_MAX_FIELD_BITS) return 0;
     if (cmp_BIGINT(point->x, curve->p) >= 0 || cmp_BIGINT(point->y, curve->p) >= 0) return 0;
     const BignumContext context = new_bignum_context();
     const Bignum numbers[] = {Bignum(to_bignum(curve->p)), Bignum(to_bignum(curve->a)),

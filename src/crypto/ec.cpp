@@ -1,5 +1,7 @@
 #include <tlxcrypto/ec.h>
 
+#include <openssl/ec.h>
+
 #include <memory>
 #include <utility>
 
@@ -125,7 +127,8 @@ uint32_t ECPOINT_to_binary(const ECPOINT *point, const ECURVE *curve, uint32_t c
 
 ECPOINT *binary_to_ECPOINT(const ECURVE *curve, const uint8_t *octets, uint32_t len) {
     const u32 length = field_length(curve);
-    if (length == 0 || octets == nullptr || len == 0) return nullptr;
+    if (length == 0 || get_BIGINT_bits(curve->p) > OPENSSL_ECC_MAX_FIELD_BITS) return nullptr;
+    if (octets == nullptr || len == 0) return nullptr;
     const u8 form = octets[0];
     const bool compressed = form == kCompressedEven || form == kCompressedOdd;
     if (!compressed && form != kUncompressed) return nullptr;
