@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
+
+#include "crypto/memory.hpp"
 
 namespace tlx {
 namespace {
@@ -65,6 +66,13 @@ void run(u32 (&state)[5], u32 (&words)[20]) noexcept {
     state[4] = e;
 }
 
+// Wipes the stack where compress, called from the same function, had the message. An array that compress
+// wiped itself would not be all of it, and would keep the compiler from holding words in registers.
+[[gnu::noinline]] void wipe_stack() noexcept {
+    u8 octets[256];
+    tlx_wipe(octets, sizeof octets);
+}
+
 }  // namespace
 
 void Has160::start() noexcept {
@@ -72,7 +80,7 @@ void Has160::start() noexcept {
     length_ = 0;
 }
 
-void Has160::compress(const u8 *block) noexcept {
+[[gnu::noinline]] void Has160::compress(const u8 *block) noexcept {
     u32 words[20];
     for (std::size_t i = 0; i < 16; ++i) {
         words[i] = load_little_endian(block + 4 * i);
@@ -91,16 +99,20 @@ void Has160::compress(const u8 *block) noexcept {
 void Has160::add(Bytes data) noexcept {
     const std::size_t held = length_ % kBlockLength;
     length_ += data.size();
+    if (held + data.size() < kBlockLength) {
+        std::copy_n(data.data(), data.size(), pending_ + held);
+        return;
+    }
     if (held != 0) {
-        const std::size_t taken = std::min(data.size(), kBlockLength - held);
+        const std::size_t taken = kBlockLength - held;
         std::copy_n(data.data(), taken, pending_ + held);
         data = data.subspan(taken);
-        if (held + taken < kBlockLength) return;
         compress(pending_);
     }
     for (; data.size() >= kBlockLength; data = data.subspan(kBlockLength)) {
         compress(data.data());
     }
+    wipe_stack();
     std::copy_n(data.data(), data.size(), pending_);
 }
 
@@ -118,6 +130,7 @@ void Has160::finish(u8 *digest) noexcept {
     store_little_endian(pending_ + kLengthOffset, static_cast<u32>(bits));
     store_little_endian(pending_ + kLengthOffset + 4, static_cast<u32>(bits >> 32U));
     compress(pending_);
+    wipe_stack();
     for (std::size_t i = 0; i < 5; ++i) {
         store_little_endian(digest + 4 * i, chain_[i]);
     }
