@@ -14,6 +14,21 @@ namespace {
 
 using namespace tlx_test;
 
+// With any number of leading zeros, and never with too little room.
+void expect_written(const BIGINT *value, const std::string &shortest_hex) {
+    const auto shortest = static_cast<std::uint32_t>(shortest_hex.size() / 2);
+    const std::uint32_t bits = get_BIGINT_bits(value);
+    for (const std::uint32_t more : {0U, 1U, 8U, 30U}) {
+        Octets written(shortest + more + 1, 0xEE);
+        ASSERT_EQ(BIGINT_to_binary(value, written.data(), shortest + more), 0U);
+        EXPECT_EQ(hex(written), std::string(std::size_t{2} * more, '0') + shortest_hex + "EE");
+    }
+    Octets untouched(1, 0xEE);
+    const std::uint32_t short_of_it = bits == 0 ? 0 : (bits - 1) / 8;
+    EXPECT_EQ(BIGINT_to_binary(value, untouched.data(), short_of_it), bits == 0 ? 0U : 1U);
+    EXPECT_EQ(untouched[0], 0xEE);
+}
+
 TEST(Bigint, IsReadAndWrittenAsTextAndOctets) {
     const LeakCheck leaks;
     const struct {
@@ -46,16 +61,7 @@ TEST(Bigint, IsReadAndWrittenAsTextAndOctets) {
         EXPECT_EQ(get_BIGINT_der_length(value.get()), c.der_length);
         EXPECT_EQ(get_BIGINT_word(value.get()), c.word);
         EXPECT_EQ(is_BIGINT_zero(value.get()), c.bits == 0 ? 1 : 0);
-        const auto shortest = static_cast<std::uint32_t>(c.hex.size() / 2);
-        for (const std::uint32_t more : {0U, 1U, 8U, 30U}) {
-            Octets written(shortest + more + 1, 0xEE);
-            ASSERT_EQ(BIGINT_to_binary(value.get(), written.data(), shortest + more), 0U);
-            EXPECT_EQ(hex(written), std::string(std::size_t{2} * more, '0') + c.hex + "EE");
-        }
-        Octets untouched(1, 0xEE);
-        const std::uint32_t short_of_it = c.bits == 0 ? 0 : (c.bits - 1) / 8;
-        EXPECT_EQ(BIGINT_to_binary(value.get(), untouched.data(), short_of_it), c.bits == 0 ? 0U : 1U);
-        EXPECT_EQ(untouched[0], 0xEE);
+        expect_written(value.get(), c.hex);
     }
     for (const char *text : {"", "12G4", "-1", "1 2"})
         EXPECT_EQ(number(text), nullptr) << text;
