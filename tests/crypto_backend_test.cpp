@@ -1,14 +1,14 @@
 // What becomes of the library when libcrypto fails at its first use, and after libcrypto's end.
 #ifndef _WIN32
 #include <gtest/gtest.h>
-#include <openssl/crypto.h>
 #include <sys/wait.h>
 #include <tlxcrypto/cipher.h>
 #include <tlxcrypto/digest.h>
 #include <tlxcrypto/random.h>
 #include <unistd.h>
 
-#include "support/libcrypto_allocation.hpp"
+#include "support/chain_builder.hpp"
+#include "support/libcrypto_faults.hpp"
 
 namespace {
 
@@ -59,9 +59,20 @@ TEST(Backend, RefusesAfterLibcryptosEnd) {
             return BlockCipher(TLX_CIPHER_AES128 | TLX_CIPHER_MODE_CBC, 1, octets, octets, out, &len, octets,
                                16);
         };
-        if (digest() != 0 || draw() != 0 || encrypt() != 0) return 1;
-        OPENSSL_cleanup();
-        return digest() == 1 && draw() == 1 && encrypt() == 1 ? 0 : 2;
+        // HAS-160 is our own, and needs no libcrypto.
+        std::uint8_t r[256];
+        std::uint32_t r_len = 0;
+        const auto sign_rsa = [&] {
+            const auto *rsa = static_cast<const RSA_UNIT *>(tlx_test::signing_key(0)->key);
+            return sign_RSA(rsa, TLX_DIGEST_HAS160, TLX_RSA_MODE_PKCS1, octets, 16, r, &r_len);
+        };
+        const auto sign_kcdsa = [&] {
+            const auto *kcdsa = static_cast<const KCDSA *>(tlx_test::signing_key(tlx_test::kKcdsaKey)->key);
+            return sign_KCDSA_data(kcdsa, TLX_DIGEST_HAS160, octets, 16, r, &r_len, out, &len);
+        };
+        if (digest() + draw() + encrypt() + sign_rsa() + sign_kcdsa() != 0) return 1;
+        tlx_test::end_libcrypto();
+        return digest() + draw() + encrypt() + sign_rsa() + sign_kcdsa() == 5 ? 0 : 2;
     });
     EXPECT_EQ(status, 0);
 }

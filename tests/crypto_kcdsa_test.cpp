@@ -11,7 +11,7 @@
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
-#include "support/libcrypto_allocation.hpp"
+#include "support/libcrypto_faults.hpp"
 #include "support/threads.hpp"
 
 namespace {

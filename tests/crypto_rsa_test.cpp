@@ -9,7 +9,7 @@
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
-#include "support/libcrypto_allocation.hpp"
+#include "support/libcrypto_faults.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/threads.hpp"
 

@@ -163,6 +163,7 @@ void FreeKcdsaKey::operator()(KcdsaKey *key) const noexcept {
 }
 
 u32 get_kcdsa_key(const KCDSA &unit, const KcdsaKey **key) noexcept {
+    if (backend() == nullptr) return 1;
     KcdsaKey *current = unit.cache.key.load(std::memory_order_acquire);
     if (current == nullptr) {
         OwnedKcdsaKey built;

@@ -137,6 +137,7 @@ void RsaCache::drop() noexcept {
 }
 
 u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept {
+    if (backend() == nullptr) return 1;
     *key = unit.cache.key.load(std::memory_order_acquire);
     if (*key != nullptr) return 0;
     if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;

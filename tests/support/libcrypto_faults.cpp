@@ -1,4 +1,4 @@
-#include "support/libcrypto_allocation.hpp"
+#include "support/libcrypto_faults.hpp"
 
 #include <openssl/crypto.h>
 
@@ -37,6 +37,10 @@ void fail_libcrypto_allocation(unsigned n) {
     ASSERT_TRUE(g_hooked);
     g_until_failure = n;
     g_failed = false;
+}
+
+void end_libcrypto() {
+    OPENSSL_cleanup();
 }
 
 bool libcrypto_allocation_failed() {

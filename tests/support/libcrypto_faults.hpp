@@ -1,4 +1,4 @@
-// Failing allocations inside libcrypto, which has an allocator of its own.
+// libcrypto in trouble: failing allocations inside it, which has an allocator of its own, and its end.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,6 +19,9 @@ inline constexpr bool kSharesLibcrypto = true;
 void fail_libcrypto_allocation(unsigned n);
 /// Whether it has failed.
 bool libcrypto_allocation_failed();
+
+/// libcrypto's own clean-up, as at the end of a process.
+void end_libcrypto();
 
 /// Runs `operation`, which returns a status, with the 1st, 2nd, ... allocation of libcrypto failing, until
 /// none does. Every status is 0 or 1. Returns how many runs failed.
