@@ -48,8 +48,8 @@ bool raise(BIGNUM *value, const BIGINT &e, BN_MONT_CTX *modulus, BN_CTX *scratch
     return true;
 }
 
-/// Stores signature^e mod n in as many octets as n. 0 or a TLX_RSA_ code; 1 when memory is short.
-u32 recover(const RSA_UNIT &unit, Bytes signature, u8 *encoded) noexcept {
+/// Makes `value` signature^e mod n. 0 or a TLX_RSA_ code; 1 when memory is short.
+u32 recover(const RSA_UNIT &unit, Bytes signature, Bignum &value) noexcept {
     if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;
     const u32 length = get_RSA_length(&unit);
     if (signature.size() != length) return TLX_RSA_BAD_SIGNATURE;
@@ -59,13 +59,11 @@ u32 recover(const RSA_UNIT &unit, Bytes signature, u8 *encoded) noexcept {
     if (std::memcmp(signature.data(), modulus, length) >= 0) return TLX_RSA_BAD_SIGNATURE;
 
     const BignumContext scratch(backend() == nullptr ? nullptr : BN_CTX_new_ex(backend()));
-    const Bignum value(BN_bin2bn(signature.data(), static_cast<int>(length), nullptr));
+    value.reset(BN_bin2bn(signature.data(), static_cast<int>(length), nullptr));
     if (scratch == nullptr || value == nullptr) return 1;
     BN_MONT_CTX *const montgomery = prepared_modulus(unit, scratch.get());
-    if (montgomery == nullptr || !raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get())) {
-        return 1;
-    }
-    return BN_bn2binpad(value.get(), encoded, static_cast<int>(length)) < 0 ? 1 : 0;
+    if (montgomery == nullptr) return 1;
+    return raise(value.get(), *unit.numbers[TLX_RSA_E], montgomery, scratch.get()) ? 0 : 1;
 }
 
 /// EMSA-PKCS1-v1_5 (RFC 8017, section 9.2). False when the key is too short for the DigestInfo.
@@ -151,23 +149,26 @@ OwnedModulus share(const OwnedModulus &modulus) noexcept {
 }
 
 u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept {
-    u8 recovered[kMostRsaOctets];
+    Bignum recovered;
     if (const u32 status = recover(unit, signature, recovered); status != 0) return status;
-    u8 expected[kMostRsaOctets];
-    const bool good = encode_message(digest_info, expected, signature.size()) &&
-                      std::memcmp(recovered, expected, signature.size()) == 0;
-    return good ? 0 : TLX_RSA_BAD_SIGNATURE;
+    u8 message[kMostRsaOctets];
+    if (!encode_message(digest_info, message, signature.size())) return TLX_RSA_BAD_SIGNATURE;
+    const Bignum expected(BN_bin2bn(message, static_cast<int>(signature.size()), nullptr));
+    if (expected == nullptr) return 1;
+    return BN_cmp(recovered.get(), expected.get()) == 0 ? 0 : TLX_RSA_BAD_SIGNATURE;
 }
 
 u32 verify_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, Bytes signature) noexcept {
-    u8 recovered[kMostRsaOctets];
+    Bignum recovered;
+    u8 octets[kMostRsaOctets];
     if (const u32 status = recover(unit, signature, recovered); status != 0) return status;
+    if (BN_bn2binpad(recovered.get(), octets, static_cast<int>(signature.size())) < 0) return 1;
     // The encoded message has one bit less than the modulus, which may be an octet less.
     const u32 bits = get_BIGINT_bits(unit.numbers[TLX_RSA_N]) - 1;
     const u32 length = (bits + 7) / 8;
     const std::size_t skipped = signature.size() - length;
-    if (skipped != 0 && recovered[0] != 0) return TLX_RSA_BAD_SIGNATURE;
-    return check_pss(unit, digest_id, hash, recovered + skipped, length, 8 * length - bits);
+    if (skipped != 0 && octets[0] != 0) return TLX_RSA_BAD_SIGNATURE;
+    return check_pss(unit, digest_id, hash, octets + skipped, length, 8 * length - bits);
 }
 
 }  // namespace tlx
