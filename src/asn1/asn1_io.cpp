@@ -65,8 +65,7 @@ uint32_t readDER_from_Binary(void **out, ASN1_DECODER decoder, const uint8_t *de
     if (decoder == nullptr) return 0x43000049;
     Element element;
     if (!read_trusted_element(der, element)) return 0x4300004F;
-    const ASN1_UNIT node = borrow_node(element);
-    return decoder(&node, out);
+    return decode_in_place(element, decoder, out);
 }
 
 uint32_t readDER_from_Buffer(void **out, ASN1_DECODER decoder, const uint8_t *der, uint32_t len) {
@@ -74,8 +73,7 @@ uint32_t readDER_from_Buffer(void **out, ASN1_DECODER decoder, const uint8_t *de
     if (decoder == nullptr) return 0x43000049;
     Element element;
     if (!read_element({der, len}, element)) return 0x4300004F;
-    const ASN1_UNIT node = borrow_node(element);
-    return decoder(&node, out);
+    return decode_in_place(element, decoder, out);
 }
 
 uint32_t writeDER_to_Binary(const void *object, ASN1_ENCODER encoder, uint8_t **out) {

@@ -172,8 +172,7 @@ uint32_t decode_Base64(const char *in, uint32_t len, uint8_t **out) {
     if (octets == nullptr) return 0;
     const u8 *end = decode_text({reinterpret_cast<const u8 *>(in), len}, octets);
     if (end == nullptr || end == octets) {
-        tlx_wipe(octets, room);  // a private key may be among what was decoded
-        tlx_free(octets);
+        wipe_and_free(octets, room);  // a private key may be among what was decoded
         return 0;
     }
     *out = octets;

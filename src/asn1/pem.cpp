@@ -87,11 +87,8 @@ uint32_t readPEM_from_Binary(void **out, ASN1_DECODER decoder, const char *pem, 
     const u32 size = decode_PEM(pem, static_cast<i32>(len), &der);
     if (size == 0) return 0x4E00002B;
     Element element;
-    u32 status = 0x4E00004F;
-    if (read_element({der, size}, element)) {
-        const ASN1_UNIT node = borrow_node(element);
-        status = decoder(&node, out);
-    }
+    const bool readable = read_element({der, size}, element);
+    const u32 status = readable ? decode_in_place(element, decoder, out) : 0x4E00004F;
     wipe_and_free(der, size);
     return status;
 }

@@ -53,8 +53,9 @@ struct Fetched {
     /// Null when it is not available.
     Method *get() noexcept {
         OSSL_LIB_CTX *const context = backend();
+        if (context == nullptr) return nullptr;
         Method *ready = method.load(std::memory_order_acquire);
-        if (context == nullptr || ready != nullptr) return context == nullptr ? nullptr : ready;
+        if (ready != nullptr) return ready;
         const ErrorScope errors;
         Method *made = fetch(context, name, nullptr);
         if (made == nullptr) {

@@ -39,11 +39,6 @@ struct Contents {
     std::size_t capacity;
 };
 
-void discard(Contents &contents) noexcept {
-    tlx_wipe(contents.octets, contents.len);
-    tlx_free(contents.octets);
-}
-
 // Room to read on, and for the zero octet after the end. Wipes what it leaves behind.
 bool grow(Contents &contents) noexcept {
     constexpr std::size_t kFirst = 8192;
@@ -52,7 +47,7 @@ bool grow(Contents &contents) noexcept {
     auto *octets = static_cast<u8 *>(TLX_ALLOCATE(capacity));
     if (octets == nullptr) return false;
     if (contents.len != 0) std::memcpy(octets, contents.octets, contents.len);
-    discard(contents);
+    wipe_and_free(contents.octets, contents.len);
     contents.octets = octets;
     contents.capacity = capacity;
     return true;
@@ -79,7 +74,7 @@ uint32_t File_to_binary(const char *path, uint8_t **octets, uint32_t *len) {
     if (file == nullptr) return 1;
     Contents contents = {};
     if (!read_all(file.get(), contents)) {
-        discard(contents);
+        wipe_and_free(contents.octets, contents.len);
         return 1;
     }
     contents.octets[contents.len] = 0;
@@ -127,8 +122,7 @@ uint32_t hex_to_binary(const char *hex, uint32_t hex_len, uint8_t **octets, uint
         const i32 high = hex_value(hex[2 * i]);
         const i32 low = hex_value(hex[2 * i + 1]);
         if (high < 0 || low < 0) {
-            tlx_wipe(out, i);
-            tlx_free(out);
+            wipe_and_free(out, i);
             return 1;
         }
         out[i] = static_cast<u8>(high << 4 | low);

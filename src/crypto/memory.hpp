@@ -18,4 +18,10 @@ T *new_record(const char *file, int line) noexcept {
 }
 #define TLX_NEW(type) ::tlx::new_record<type>(__FILE__, __LINE__)
 
+/// For a block that may hold a secret; null is ignored.
+inline void wipe_and_free(void *block, std::size_t size) noexcept {
+    tlx_wipe(block, size);
+    tlx_free(block);
+}
+
 }  // namespace tlx

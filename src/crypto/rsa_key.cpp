@@ -41,10 +41,7 @@ class KeyParameters {
     KeyParameters() = default;
     KeyParameters(const KeyParameters &) = delete;
     KeyParameters &operator=(const KeyParameters &) = delete;
-    ~KeyParameters() {
-        if (octets_ != nullptr) tlx_wipe(octets_, size_);
-        tlx_free(octets_);
-    }
+    ~KeyParameters() { wipe_and_free(octets_, size_); }
 
     bool fill(const RsaNumbers &numbers) noexcept {
         for (u32 i = 0; i < TLX_RSA_NUMBER_COUNT; ++i) {

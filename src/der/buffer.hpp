@@ -81,10 +81,7 @@ class SecretBytes {
   public:
     explicit SecretBytes(std::size_t size) noexcept
         : data_(static_cast<u8 *>(TLX_ALLOCATE_ZEROED(1, size + 1))), size_(size) {}
-    ~SecretBytes() {
-        if (data_ != nullptr) tlx_wipe(data_, size_);
-        tlx_free(data_);
-    }
+    ~SecretBytes() { wipe_and_free(data_, size_); }
     SecretBytes(const SecretBytes &) = delete;
     SecretBytes &operator=(const SecretBytes &) = delete;
     [[nodiscard]] u8 *data() noexcept { return data_; }

@@ -16,10 +16,4 @@ inline u8 *copy_terminated(Bytes bytes) noexcept {
     return copy;
 }
 
-/// For octets that may hold a secret.
-inline void wipe_and_free(void *octets, std::size_t size) noexcept {
-    if (octets != nullptr) tlx_wipe(octets, size);
-    tlx_free(octets);
-}
-
 }  // namespace tlx

@@ -143,11 +143,12 @@ bool view_container(const ASN1_UNIT *node, Element &element) noexcept {
     return (node != nullptr && node->tag == nullptr) || view_node(node, element);
 }
 
-ASN1_UNIT borrow_node(const Element &element) noexcept {
+u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept {
     const auto part = [](Bytes octets) { return const_cast<u8 *>(octets.data()); };
     u8 *value = part(element.contents);
-    return {part(element.whole), part(element.length_octets), value,
-            element.indefinite ? value + element.contents.size() : nullptr};
+    const ASN1_UNIT node = {part(element.whole), part(element.length_octets), value,
+                            element.indefinite ? value + element.contents.size() : nullptr};
+    return decoder(&node, out);
 }
 
 }  // namespace tlx

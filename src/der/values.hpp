@@ -50,8 +50,8 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 /// The same for a decoder of children: a node that is not started has none.
 [[nodiscard]] bool view_container(const ASN1_UNIT *node, Element &element) noexcept;
 
-/// A node whose parts lie where they were read from. Decoders only look at their node, so it need not own
-/// them.
-[[nodiscard]] ASN1_UNIT borrow_node(const Element &element) noexcept;
+/// Decodes an element where it lies: decoders only look at their node, so that it need not own its parts. The
+/// decoder's status.
+[[nodiscard]] u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept;
 
 }  // namespace tlx

@@ -24,10 +24,7 @@ constexpr string_view kInfoLabel = "PUBLIC KEY";
 class WipedOctets {
   public:
     WipedOctets() noexcept = default;
-    ~WipedOctets() {
-        if (octets_ != nullptr) tlx_wipe(octets_, size_);
-        tlx_free(octets_);
-    }
+    ~WipedOctets() { wipe_and_free(octets_, size_); }
     WipedOctets(const WipedOctets &) = delete;
     WipedOctets &operator=(const WipedOctets &) = delete;
     void own(void *octets, u32 size) noexcept {
