@@ -54,6 +54,9 @@ class Encoder {
     void string(const ASN1_STRING *string, u8 tag) noexcept;
     /// A string record under its own type, as pseudo-tag 32 writes it.
     void any_string(const ASN1_STRING *string) noexcept;
+    /// A string record under an identifier octet, which undoes decode_any_string: octets come back as they
+    /// were read.
+    void any_value(const ASN1_STRING *value, u32 identifier) noexcept;
     /// A finished node, as it is.
     void node(const ASN1_UNIT *node) noexcept;
     /// Finished encodings, as they are.
@@ -75,6 +78,16 @@ class Encoder {
     u8 *header(u8 tag, std::size_t length) noexcept;
 
     Buffer buffer_;
+};
+
+/// An encoder for secrets: it wipes its octets before it frees them. Room for all of them has to be made
+/// beforehand, so that growing leaves no copy behind.
+class SecretEncoder : public Encoder {
+  public:
+    SecretEncoder() noexcept = default;
+    ~SecretEncoder() { buffer().wipe(); }
+    SecretEncoder(const SecretEncoder &) = delete;
+    SecretEncoder &operator=(const SecretEncoder &) = delete;
 };
 
 /// Gives the finished encoding to *out as a new node. False when the encoder failed or memory ran out; *out

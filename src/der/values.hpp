@@ -22,6 +22,9 @@ OBJECT_IDENTIFIER *decode_oid(Bytes contents) noexcept;
 ASN1_STRING *decode_time(i32 type, Bytes contents) noexcept;
 /// Any element as a string record whose type is the identifier octet.
 ASN1_STRING *decode_any_string(const Element &element) noexcept;
+/// A string record of the given type with the contents of a string, which BER may cut into segments. Null
+/// also when a segment is of another type or segments are nested too deep.
+ASN1_STRING *decode_joined(i32 type, const Element &element) noexcept;
 /// A node holding a copy of the element.
 ASN1_UNIT *make_node(const Element &element) noexcept;
 /// A string record with a copy of the text.

@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-#include "trust/codecs.hpp"
-#include "x509/list.hpp"
-#include "x509/v3_codecs.hpp"
+#include "der/list_items.hpp"
+#include "trust/trust_records.hpp"
+#include "x509/extension_records.hpp"
 
 namespace tlx {
 

@@ -1,7 +1,7 @@
 // What validation does with the valid-policy tree.
 #pragma once
 
-#include "trust/codecs.hpp"
+#include "trust/trust_records.hpp"
 
 namespace tlx {
 

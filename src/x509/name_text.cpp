@@ -2,8 +2,7 @@
 #include <tlxpki/objects.h>
 
 #include "asn1/oid_lookup.hpp"
-#include "x509/attribute_value.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 using namespace tlx;
 
@@ -73,7 +72,7 @@ bool widen(Buffer &out, Bytes text, std::size_t width) noexcept {
 /// A value that is no text: "#" and the hexadecimal digits of its encoding.
 void append_encoded(Buffer &out, const ASN1_STRING *value) noexcept {
     Encoder encoder;
-    encode_value(encoder, value, static_cast<u32>(value->type));
+    encoder.any_value(value, static_cast<u32>(value->type));
     if (!encoder.ok()) return out.fail();
     out.append(static_cast<u8>('#'));
     for (const u8 octet : encoder.bytes()) {

@@ -3,7 +3,7 @@
 #include <tlxpki/x509.h>
 #include <tlxpki/x509_sign.h>
 
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 #include "x509/signature_scheme.hpp"
 #include "x509/signature_value.hpp"
 

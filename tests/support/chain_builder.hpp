@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "support/octets.hpp"
-#include "trust/codecs.hpp"
+#include "trust/trust_records.hpp"
 
 namespace tlx_test {
 

@@ -11,7 +11,7 @@
 
 #include "support/octets.hpp"
 #include "support/strings.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 namespace tlx_test {
 
