@@ -275,6 +275,25 @@ TLXPKI_API uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out);
 TLXPKI_API uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out);
 
 /**
+ * The octets that a decoded certificate was read from. Every setter that succeeds drops them, and so does
+ * signing.
+ * @param length receives how many; may be null
+ * @return the octets, which stay the certificate's; null for null and when there are none
+ */
+TLXPKI_API const uint8_t *get_X509_received(const X509_CERT *cert, uint32_t *length);
+
+/**
+ * Checks that a certificate, written anew, is octet for octet what was received. Verification of its
+ * signature fails when it is not; so it does after a change made through a getter's pointer, until a setter
+ * is called or the certificate is signed.
+ * @return 0, also for a certificate that was not decoded
+ * @return 0x46300049 for null
+ * @return 0x46300048 when the octets differ
+ * @return 0x4630003C when memory runs out
+ */
+TLXPKI_API uint32_t check_X509_received(const X509_CERT *cert);
+
+/**
  * The version.
  * @param cert the certificate
  * @return 0 for version 1, 1 for version 2, 2 for version 3; 0xFFFFFFFF for null and without a to-be-signed

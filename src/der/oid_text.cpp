@@ -6,6 +6,8 @@ namespace tlx {
 namespace {
 
 constexpr u8 kContinues = 0x80;
+/// An arc with any of these bits has no room for seven more.
+constexpr u32 kNoRoomForMore = 0xFE000000;
 
 /// Octets that an arc takes at most.
 constexpr std::size_t kMostArcOctets = 5;
@@ -64,6 +66,7 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
     bool first = true;
     bool complete = false;
     for (const u8 octet : contents) {
+        if ((arc & kNoRoomForMore) != 0) return false;
         arc = (arc << 7) | (octet & 0x7FU);
         complete = (octet & kContinues) == 0;
         if (!complete) continue;
@@ -80,16 +83,6 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
     --position;
     *position = '\0';
     length = static_cast<u32>(position - text);
-    return true;
-}
-
-bool arcs_fit(Bytes contents) noexcept {
-    constexpr u32 kNoRoomForMore = 0xFE000000;
-    u32 arc = 0;
-    for (const u8 octet : contents) {
-        if ((arc & kNoRoomForMore) != 0) return false;
-        arc = (octet & kContinues) != 0 ? (arc << 7) | (octet & 0x7FU) : 0;
-    }
     return true;
 }
 

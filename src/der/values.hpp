@@ -49,9 +49,14 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 [[nodiscard]] bool read_node_length(const ASN1_UNIT *node, std::size_t &length) noexcept;
 /// A view of a finished node. False for a null or empty node and for one whose length cannot be read.
 [[nodiscard]] bool view_node(const ASN1_UNIT *node, Element &element) noexcept;
-
 /// The same for a decoder of children: a node that is not started has none.
 [[nodiscard]] bool view_container(const ASN1_UNIT *node, Element &element) noexcept;
+
+/// How many octets an element has, identifier and length octets included, also when its parts do not lie side
+/// by side.
+[[nodiscard]] std::size_t whole_size(const Element &element) noexcept;
+/// Writes them into room for so many.
+void copy_whole(const Element &element, u8 *room) noexcept;
 
 /// Decodes an element where it lies: decoders only look at their node, so that it need not own its parts. The
 /// decoder's status.

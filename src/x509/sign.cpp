@@ -74,5 +74,6 @@ uint32_t gen_SIG_X509_Cert(X509_CERT *cert, const ASYMMETRIC_KEY *private_key) {
     cert->signatureAlgorithm = algorithm.release();
     free_BIT_STRING(cert->signatureValue);
     cert->signatureValue = signature;
+    forget_received(*cert);
     return 0;
 }
