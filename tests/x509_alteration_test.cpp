@@ -120,7 +120,7 @@ const Case kCases[] = {
      [](Tree &c) {
          c.at(kExtensions).at({0, 0}).contents = {0x55, 0x1D, 0x90, 0x80, 0x80, 0x80, 0x23};
      },
-     false},
+     Case::refused},
     {"padded arc",
      [](Tree &c) {
          c.at(kExtensions).at({0, 0}).contents = {0x55, 0x1D, 0x80, 0x23};
