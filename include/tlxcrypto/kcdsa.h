@@ -7,11 +7,12 @@
  * digest longer than q is cut to its rightmost octets, as many as q has.
  *
  * A unit takes any numbers. The first operation that computes with them returns TLX_KCDSA_BAD_KEY when they
- * make no key: p or q even, p outside 512 to 8192 bits, q outside 112 to 512 bits or not a divisor of p - 1,
- * g or y outside 2 to p - 2, x outside 1 to q - 1; with a private key also g not of order q (g^q mod p other
- * than 1) and a y that does not belong to x. Only check_KCDSA_params() checks that p and q are prime, and,
- * without a private key, that g and y are of order q: verifying relies on parameters and a public key that
- * can be trusted. The unit keeps what it computes from the numbers once (Montgomery forms) until they change.
+ * make no key: one of p, q and g missing, p or q even, p outside 512 to 8192 bits, q outside 112 to 512 bits
+ * or not a divisor of p - 1, g or y outside 2 to p - 2, x outside 1 to q - 1; with a private key also g not
+ * of order q (g^q mod p other than 1) and a y that does not belong to x. Only check_KCDSA_params() checks
+ * that p and q are prime, and, without a private key, that g and y are of order q: verifying relies on
+ * parameters and a public key that can be trusted. The unit keeps what it computes from the numbers once
+ * (Montgomery forms) until they change.
  *
  * Arithmetic on x and k runs in constant time, with blinding where a value is inverted or multiplied.
  *
@@ -19,9 +20,10 @@
  *   has the octets of the digest or of q (get_KCDSA_length()), whichever are fewer, and s get_KCDSA_length()
  *   octets; a signature to verify has r in this exact length, while s may have leading zeros. A failing
  *   signature stores two lengths of 0.
- * - Failure: a status is 0; 1 for a bad argument, a missing number, a digest that is not available, calls in
- *   a wrong order and when memory runs out or the backend fails; TLX_KCDSA_BAD_SIGNATURE where it verifies;
- *   or TLX_KCDSA_BAD_KEY where it computes with the numbers. The numbers are unchanged unless it is 0.
+ * - Failure: a status is 0; 1 for a bad argument, a unit without the key that a signature or verification
+ *   takes, a digest that is not available, calls in a wrong order and when memory runs out or the backend
+ *   fails; TLX_KCDSA_BAD_SIGNATURE where it verifies; or TLX_KCDSA_BAD_KEY where it computes with the
+ *   numbers. The numbers are unchanged unless it is 0.
  * - Threads: functions that take a const unit may run at the same time on one unit, as long as none that
  *   takes a non-const unit does; distinct units are independent.
  */
@@ -71,7 +73,7 @@ TLXCRYPTO_API uint32_t set_KCDSA_public(KCDSA *unit, const BIGINT *y);
 /** Stores the private key and keeps the public one (see compute_KCDSA_public()). Returns a status. */
 TLXCRYPTO_API uint32_t set_KCDSA_private(KCDSA *unit, const BIGINT *x);
 /** Computes the public key from the parameters and the private key and stores it. Returns a status: 1 also
- * for a composite q modulo which x has no inverse. */
+ * for a composite q modulo which x has no inverse, TLX_KCDSA_BAD_KEY also without a private key. */
 TLXCRYPTO_API uint32_t compute_KCDSA_public(KCDSA *unit);
 /** Chooses the digest for each init_KCDSA() from now on; it is HAS-160 at first. Returns a status. */
 TLXCRYPTO_API uint32_t set_KCDSA_digest(KCDSA *unit, uint32_t digest_id);
