@@ -2,9 +2,8 @@
  * BIGINT: unsigned integers of up to 2^32 - 64 bits.
  *
  * - Ownership: the caller frees a new number with free_BIGINT() and a new text with tlx_free().
- * - Failure: functions that make something return null for a null argument and when memory runs out.
- *   Functions that return a status return 0, or 1 for a null argument and when memory runs out; on failure
- *   nothing changes.
+ * - Failure: functions that make something return null for a null argument and when memory runs out. All
+ *   others return 0, or 1 for the same reasons, unless they say otherwise. On failure nothing changes.
  * - Secrets: every block that held a number is wiped before it is freed. Only mod_exp_BIGINT() and
  *   mod_inverse_BIGINT() take care that their time does not reveal secret operands.
  * - Threads: distinct numbers may be used at the same time, and several threads may read one number.
@@ -28,15 +27,14 @@ TLXCRYPTO_API void clean_BIGINT(BIGINT *number);
 TLXCRYPTO_API void free_BIGINT(BIGINT *number);
 /** Makes a copy. */
 TLXCRYPTO_API BIGINT *dup_BIGINT(const BIGINT *number);
-/** *to = *from. Returns a status. */
+/** *to = *from. */
 TLXCRYPTO_API uint32_t copy_BIGINT(BIGINT *to, const BIGINT *from);
 
 /** Makes a number from len big-endian octets; leading zeros may be there. octets may be null when len is 0,
  * which gives zero. Returns null also when the number is too large. */
 TLXCRYPTO_API BIGINT *binary_to_BIGINT(const uint8_t *octets, uint32_t len);
 
-/** Writes exactly len big-endian octets, right-aligned with leading zeros. Returns 1 also when the number
- * takes more than len octets. */
+/** Writes len big-endian octets, with leading zeros. Returns 1 also when the number takes more octets. */
 TLXCRYPTO_API uint32_t BIGINT_to_binary(const BIGINT *number, uint8_t *octets, uint32_t len);
 
 /** Makes a number from hexadecimal digits of either case, an odd or even number of them. Returns null also
@@ -48,14 +46,13 @@ TLXCRYPTO_API char *BIGINT_to_hex(const BIGINT *number);
 /** Makes decimal text. The time grows with the square of the number's length. */
 TLXCRYPTO_API char *BIGINT_to_decimal(const BIGINT *number);
 
-/** *number = word. Returns a status. */
+/** *number = word. */
 TLXCRYPTO_API uint32_t set_BIGINT_word(BIGINT *number, uint32_t word);
 /** Returns the value; 0xFFFFFFFF when it takes more than 32 bits, and for null. */
 TLXCRYPTO_API uint32_t get_BIGINT_word(const BIGINT *number);
 /** Returns the number of significant bits; 0 for zero and null. */
 TLXCRYPTO_API uint32_t get_BIGINT_bits(const BIGINT *number);
-/** Returns the contents octets of the number as a DER INTEGER (X.690, 8.3), which is (bits + 8) / 8; 0 for
- * null. */
+/** Returns the contents octets of a DER INTEGER (X.690, 8.3), (bits + 8) / 8; 0 for null. */
 TLXCRYPTO_API uint32_t get_BIGINT_der_length(const BIGINT *number);
 /** Returns 1 for zero, 0 for any other number and for null. */
 TLXCRYPTO_API int32_t is_BIGINT_zero(const BIGINT *number);
@@ -63,8 +60,8 @@ TLXCRYPTO_API int32_t is_BIGINT_zero(const BIGINT *number);
 TLXCRYPTO_API int32_t cmp_BIGINT(const BIGINT *a, const BIGINT *b);
 
 /** @name Arithmetic
- * Each function stores into result, which may be one of the operands, and returns a status: 1 also for a
- * result that is too large or not defined. No result modulo zero is defined.
+ * Each function stores into result, which may be one of the operands, and returns 1 also for a result that is
+ * too large or not defined. No result modulo zero is defined.
  * @{ */
 
 /** a + b */
@@ -73,8 +70,8 @@ TLXCRYPTO_API uint32_t add_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT 
 TLXCRYPTO_API uint32_t sub_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *b);
 /** a * b */
 TLXCRYPTO_API uint32_t mul_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *b);
-/** a / b, rounded down, and the remainder. Either result may be null, but both may not be the same number.
- * Returns 1 when b is zero. */
+/** a / b, rounded down, and the remainder. Either result may be null, but they must differ. 1 when b is zero.
+ */
 TLXCRYPTO_API uint32_t div_BIGINT(BIGINT *quotient, BIGINT *remainder, const BIGINT *a, const BIGINT *b);
 /** a modulo modulus */
 TLXCRYPTO_API uint32_t mod_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *modulus);
