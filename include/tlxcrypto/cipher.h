@@ -2,14 +2,14 @@
  * Block ciphers in the modes ECB, CBC, CFB and OFB.
  *
  * A cipher identifier packs, from the top octet down: the algorithm, a variant, a key-size class and the
- * mode. ECB and CBC pad by PKCS #7 (RFC 5652, section 6.3); CFB (with full-block feedback) and OFB do not
- * pad.
+ * mode. ECB and CBC pad by PKCS #7 (RFC 5652, section 6.3); CFB (full-block feedback) and OFB do not pad.
  *
  * - Arguments: a key has get_KeyLength() octets, an iv get_IVLength() octets or is null, which means all
  *   zero; a unit copies them. direction is 1 to encrypt, 0 to decrypt. in may be null when in_len is 0, which
  *   is at most 0x7FFFFF00. out_len receives the octets written, 0 on failure.
- * - Failure: a status is 0; 1 for a bad argument, a cipher that is unknown or not available, a unit without a
- *   cipher and when memory runs out; or TLX_CIPHER_BAD_PADDING.
+ * - Failure: functions return 0; 1 for a bad argument, a cipher that is unknown or not available, a unit
+ *   without a cipher and when memory runs out; or TLX_CIPHER_BAD_PADDING. get_ functions return 0 instead,
+ *   and new_BLOCK_CIPHER_UNIT() null.
  * - Threads: distinct units may be used at the same time; one unit by one thread at a time.
  */
 #ifndef TLXCRYPTO_CIPHER_H
@@ -43,8 +43,7 @@
 #define TLX_CIPHER_MAX_BLOCK_LENGTH 16 /**< octets of the longest IV and of the longest block */
 #define TLX_CIPHER_MAX_KEY_LENGTH 32   /**< octets of the longest key */
 
-/** Decryption found padding that no encryption makes, or a ciphertext that is not whole blocks: most often
- * the key is wrong. */
+/** Decryption found wrong padding or a ciphertext that is not whole blocks: most often the key is wrong. */
 #define TLX_CIPHER_BAD_PADDING 2U
 
 TLX_BEGIN_DECLS
@@ -52,35 +51,31 @@ TLX_BEGIN_DECLS
 /** A cipher with its key, IV and direction, between blocks. */
 typedef struct BLOCK_CIPHER_UNIT BLOCK_CIPHER_UNIT;
 
-/** Returns the octets of a cipher's key; 0 for an identifier that is unknown or not available. */
+/** Returns the octets of a cipher's key. */
 TLXCRYPTO_API uint32_t get_KeyLength(uint32_t cipher_id);
-/** Returns the octets of a cipher's IV; 0 in ECB mode and for an identifier that is unknown or not available.
- */
+/** Returns the octets of a cipher's IV; 0 in ECB mode. */
 TLXCRYPTO_API uint32_t get_IVLength(uint32_t cipher_id);
-/** Returns the octets of the block cipher's block, 8 or 16 in every mode; 0 for an identifier that is unknown
- * or not available. */
+/** Returns the octets of the block cipher's block, 8 or 16 in every mode. */
 TLXCRYPTO_API uint32_t get_BlockLength(uint32_t cipher_id);
 
-/** Makes a unit without a cipher, freed with free_BLOCK_CIPHER_UNIT(); null when memory runs out. */
+/** Makes a unit without a cipher, freed with free_BLOCK_CIPHER_UNIT(). */
 TLXCRYPTO_API BLOCK_CIPHER_UNIT *new_BLOCK_CIPHER_UNIT(void);
 /** Wipes the key and frees the unit. Ignores null. */
 TLXCRYPTO_API void free_BLOCK_CIPHER_UNIT(BLOCK_CIPHER_UNIT *unit);
 
-/** Keys a unit, new or used, and drops what was under way. Returns a status; on failure the unit has no
- * cipher. */
+/** Keys a unit, new or used, and drops what was under way. On failure the unit has no cipher. */
 TLXCRYPTO_API uint32_t init_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint32_t cipher_id, const uint8_t *key,
                                         const uint8_t *iv, uint32_t direction);
 
-/** Takes octets in and gives out those that are ready. Returns a status.
+/** Takes octets in and gives out those that are ready.
  * @param out receives up to in_len + block length - 1 octets; may be in itself when the unit holds nothing
  * back from earlier calls, but not overlap it otherwise */
 TLXCRYPTO_API uint32_t update_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint8_t *out, uint32_t *out_len,
                                           const uint8_t *in, uint32_t in_len);
 
-/** Ends an encryption or decryption. The unit has no cipher afterwards, but keeps its IV. Returns a status.
- * On TLX_CIPHER_BAD_PADDING it writes nothing, and the caller should wipe what update_BlockCipher() gave out.
- * @param out receives a whole block when encrypting with padding, less when decrypting, nothing in CFB and
- * OFB */
+/** Ends an encryption or decryption. The unit has no cipher afterwards, but keeps its IV. On
+ * TLX_CIPHER_BAD_PADDING it writes nothing, and the caller should wipe what update_BlockCipher() gave out.
+ * @param out receives one block when encrypting with padding, less when decrypting, nothing in CFB and OFB */
 TLXCRYPTO_API uint32_t final_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint8_t *out, uint32_t *out_len);
 
 /** Returns the IV that the unit was keyed with, which stays the unit's until it is keyed again or freed; null
@@ -89,7 +84,7 @@ TLXCRYPTO_API const uint8_t *get_BLOCK_CIPHER_UNIT_iv(const BLOCK_CIPHER_UNIT *u
 /** Returns the cipher that the unit was last keyed for; 0 for null and a new unit. */
 TLXCRYPTO_API uint32_t get_BLOCK_CIPHER_UNIT_id(const BLOCK_CIPHER_UNIT *unit);
 
-/** Encrypts or decrypts in one call. Returns a status; on failure it wipes what it wrote to out.
+/** Encrypts or decrypts in one call. On failure it wipes what it wrote to out.
  * @param out receives up to in_len + block length octets when encrypting, up to in_len when decrypting; may
  * be in itself, but not overlap it otherwise */
 TLXCRYPTO_API uint32_t BlockCipher(uint32_t cipher_id, uint32_t direction, const uint8_t *key,
