@@ -4,8 +4,8 @@
  * - Ownership: a record owns its members, which are null in a new one. Functions copy what they are given.
  *   The caller frees a new record with the free_ function of its type.
  * - Failure: functions that make something return null for a null argument, a record with a missing member
- *   and when memory runs out. Functions that return a status return 0, or 1 for a null argument and when
- *   memory runs out; the record is unchanged then.
+ *   and when memory runs out. set_ functions return 0, or 1 for a null argument and when memory runs out; the
+ *   record is unchanged then.
  * - Threads: distinct records may be used at the same time.
  */
 #ifndef TLXCRYPTO_CURVE_H
@@ -40,7 +40,7 @@ TLXCRYPTO_API ECPOINT *new_ECPOINT(void);
 TLXCRYPTO_API void free_ECPOINT(ECPOINT *point);
 /** Makes a copy. */
 TLXCRYPTO_API ECPOINT *dup_ECPOINT(const ECPOINT *point);
-/** Stores copies of x and y. Returns a status. */
+/** Stores copies of x and y. */
 TLXCRYPTO_API uint32_t set_ECPOINT(ECPOINT *point, const BIGINT *x, const BIGINT *y);
 
 /** Makes a curve without parameters. */
@@ -52,15 +52,14 @@ TLXCRYPTO_API void free_ECURVE(ECURVE *curve);
 /** Makes a copy. */
 TLXCRYPTO_API ECURVE *dup_ECURVE(const ECURVE *curve);
 
-/** Replaces the parameters by copies of the given ones, without checking them. Returns a status; 1 also for a
- * name of more than 32 octets. */
+/** Replaces the parameters by copies of the given ones, without checking them. Returns 1 also for a name of
+ * more than 32 octets. */
 TLXCRYPTO_API uint32_t set_ECURVE_params(ECURVE *curve, int32_t id, const char *name, const BIGINT *a,
                                          const BIGINT *b, const BIGINT *p, const ECPOINT *base,
                                          const BIGINT *order);
 
-/** Tests whether a point's coordinates are below p and satisfy the curve's equation. Returns 1 when they do;
- * 0 when they do not, something is missing, p is not an odd number above 3 of at most 661 bits, or memory
- * runs out. */
+/** Returns 1 when a point's coordinates are below p and satisfy the curve's equation; 0 when not, when
+ * something is missing or p is not an odd number above 3 of at most 661 bits, and when memory runs out. */
 TLXCRYPTO_API int32_t is_ECPOINT_on_ECURVE(const ECPOINT *point, const ECURVE *curve);
 
 TLX_END_DECLS
