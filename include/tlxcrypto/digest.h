@@ -3,10 +3,10 @@
  * (ISO/IEC 10118-2) where the installed libcrypto has it.
  *
  * - Arguments: data is a message or its next len octets, and may be null when len is 0. digest receives
- *   get_DigestLength() octets; TLX_DIGEST_MAX_LENGTH are always enough. digest_len receives their number, 0
- *   on failure.
- * - Failure: a status is 0, or 1 for a null argument, an identifier that is unknown or not available, calls
- *   in a wrong order, when the algorithm fails and when memory runs out.
+ *   get_DigestLength() octets, at most TLX_DIGEST_MAX_LENGTH. digest_len receives their number, 0 on failure.
+ * - Failure: functions return 0, or 1 for a null argument, an identifier that is unknown or not available, a
+ *   unit that is not between init and final, a failing algorithm and when memory runs out. get_ functions
+ *   return 0 instead, and new_DIGEST_UNIT() null.
  * - Threads: distinct units may be used at the same time; one unit by one thread at a time.
  */
 #ifndef TLXCRYPTO_DIGEST_H
@@ -34,32 +34,28 @@ TLX_BEGIN_DECLS
 /** A running digest. */
 typedef struct DIGEST_UNIT DIGEST_UNIT;
 
-/** Returns the octets of a digest; 0 for an identifier that is unknown or not available. */
+/** Returns the octets of a digest. */
 TLXCRYPTO_API uint32_t get_DigestLength(uint32_t digest_id);
-/** Returns the octets of the blocks in which a digest takes its input, 64 or (SHA-384, SHA-512) 128; 0 for an
- * identifier that is unknown or not available. */
+/** Returns the octets of a digest's input block, 64 or (SHA-384 and SHA-512) 128. */
 TLXCRYPTO_API uint32_t get_DigestBlockLength(uint32_t digest_id);
 
-/** Digests a message in one call. Returns a status. */
+/** Digests a message in one call. */
 TLXCRYPTO_API uint32_t Digest(uint32_t digest_id, const uint8_t *data, uint32_t len, uint8_t *digest,
                               uint32_t *digest_len);
 
-/** Makes a unit for init_Digest(), freed with free_DIGEST_UNIT(); null when memory runs out. */
+/** Makes a unit for init_Digest(), freed with free_DIGEST_UNIT(). */
 TLXCRYPTO_API DIGEST_UNIT *new_DIGEST_UNIT(void);
 /** Wipes and frees a unit. Ignores null. */
 TLXCRYPTO_API void free_DIGEST_UNIT(DIGEST_UNIT *unit);
 
-/** Starts a message on a unit in any state; a unit takes any number of messages. Returns a status; on failure
- * the unit takes no data. */
+/** Starts the next message on a unit in any state. On failure the unit takes no data. */
 TLXCRYPTO_API uint32_t init_Digest(DIGEST_UNIT *unit, uint32_t digest_id);
-/** Adds octets to the message. Returns a status: 1 also for a unit that is not between init and final. */
+/** Adds octets to the message. */
 TLXCRYPTO_API uint32_t update_Digest(DIGEST_UNIT *unit, const uint8_t *data, uint32_t len);
-/** Ends the message; the next one takes another init_Digest(). Returns a status: 1 also for a unit that is
- * not between init and final. */
+/** Ends the message; the next one takes another init_Digest(). */
 TLXCRYPTO_API uint32_t final_Digest(DIGEST_UNIT *unit, uint8_t *digest, uint32_t *digest_len);
 
-/** Returns the identifier of the last init_Digest(), also after final_Digest(); 0 for null, before the first
- * init and after one that failed. */
+/** Returns the identifier of the last init_Digest(); 0 before the first one and when the last one failed. */
 TLXCRYPTO_API uint32_t get_DIGEST_UNIT_id(const DIGEST_UNIT *unit);
 
 TLX_END_DECLS
