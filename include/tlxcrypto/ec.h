@@ -2,8 +2,8 @@
  * Elliptic-curve keys over prime fields, as values, and their points as octets (SEC 1, section 2.3).
  *
  * - Ownership: a key owns its members, each of which may be null. Functions copy what they are given.
- * - Failure: a status is 0, or 1 for a bad argument and when memory runs out. Functions that make something
- *   return null for a null argument and when memory runs out.
+ * - Failure: functions that make something return null for a null argument and when memory runs out. Others
+ *   return 0, or 1 for a bad argument and when memory runs out.
  * - Threads: functions that take const values may run at the same time on the same values.
  */
 #ifndef TLXCRYPTO_EC_H
@@ -32,8 +32,7 @@ TLXCRYPTO_API void free_ECC_KEY(ECC_KEY *key);
 /** Makes a copy of a key. */
 TLXCRYPTO_API ECC_KEY *dup_ECC_KEY(const ECC_KEY *key);
 
-/** Replaces the members by copies of the given ones; a null one leaves that member out. Returns a status; on
- * failure the key is unchanged. */
+/** Replaces the members by copies, of which any may be null. On failure the key is unchanged. */
 TLXCRYPTO_API uint32_t set_ECC_KEY(ECC_KEY *key, const ECURVE *curve, const ECPOINT *public_point,
                                    const BIGINT *private_value);
 
@@ -41,8 +40,8 @@ TLXCRYPTO_API uint32_t set_ECC_KEY(ECC_KEY *key, const ECURVE *curve, const ECPO
  * compressed; 0 for a null curve or one without p. */
 TLXCRYPTO_API uint32_t get_ECPOINT_length(const ECURVE *curve, uint32_t compressed);
 
-/** Writes a point as octets (SEC 1, section 2.3.3). Returns a status. Both coordinates have to be below p;
- * the function does not check that the point lies on the curve.
+/** Writes a point as octets (SEC 1, section 2.3.3). Both coordinates have to be below p; the function does
+ * not check that the point lies on the curve.
  * @param compressed 0 writes 04 x y, any other value 02 or 03 and x
  * @param octets receives get_ECPOINT_length() octets
  * @param len receives their number, 0 on failure */
