@@ -20,8 +20,7 @@
 
 TLX_BEGIN_DECLS
 
-/** Allocates size octets with undefined contents. Size 0 gives a block of its own, to be freed like any
- * other. */
+/** Allocates size octets with undefined contents. Size 0 also gives a block to free. */
 TLXCRYPTO_API void *tlx_malloc(size_t size, const char *file, int line);
 
 /** Allocates count * size octets of zeros. Returns null also when the product exceeds a size_t. */
@@ -55,8 +54,7 @@ TLXCRYPTO_API void tlx_track_allocations(int on);
  * tlx_list_live_blocks(). It must not call the allocator. */
 typedef void (*TLX_LEAK_VISITOR)(const void *block, size_t size, const char *file, int line, void *context);
 
-/** Calls visitor, unless it is null, for each tracked live block, in no particular order. Returns the number
- * of these blocks. */
+/** Calls visitor, unless it is null, for each tracked live block, in any order. Returns their number. */
 TLXCRYPTO_API uint64_t tlx_list_live_blocks(TLX_LEAK_VISITOR visitor, void *context);
 
 /** Makes the n-th allocation from now fail, on whichever thread it happens, to test how a program meets that;
