@@ -1,6 +1,5 @@
 /** @file
- * RSA keys, signatures (RSASSA-PKCS1-v1_5 and RSASSA-PSS) and encryption (RSAES-PKCS1-v1_5 and RSAES-OAEP),
- * all by RFC 8017.
+ * RSA by RFC 8017: signatures (RSASSA-PKCS1-v1_5, RSASSA-PSS), encryption (RSAES-PKCS1-v1_5, RSAES-OAEP).
  *
  * A unit holds a key's numbers, one streaming signature or verification, and one choice of encryption scheme.
  * It takes any numbers. The first operation that computes with them returns TLX_RSA_BAD_KEY when they make no
@@ -12,10 +11,11 @@
  *
  * - Arguments: numbers are copied. data is a message or its next len octets, and may be null when len is 0.
  *   sig has get_RSA_length() octets. A length that a failing function would store is 0.
- * - Failure: a status is 0; 1 for a bad argument, a digest or mode that is not available, a public unit for a
- *   private operation, calls in a wrong order and when memory runs out or the backend fails;
- *   TLX_RSA_BAD_SIGNATURE where it verifies; or TLX_RSA_BAD_KEY where it computes with the numbers. The
- *   numbers are unchanged unless it is 0.
+ * - Failure: functions return 0; 1 for a bad argument, a digest or mode that is not available, a public unit
+ *   for a private operation, calls in a wrong order and when memory runs out or the backend fails;
+ *   TLX_RSA_BAD_SIGNATURE where it verifies; or TLX_RSA_BAD_KEY where it computes with the numbers. They
+ *   leave the numbers unchanged unless they return 0. new_ and dup_ return null when memory runs out, dup_
+ *   and get_ null or 0 for null.
  * - Threads: functions that take a const unit may run at the same time on one unit, as long as none that
  *   takes a non-const unit does; distinct units are independent.
  */
@@ -66,81 +66,77 @@ typedef enum TLX_RSA_NUMBER {
     TLX_RSA_NUMBER_COUNT
 } TLX_RSA_NUMBER;
 
-/** Makes a unit without numbers, freed with free_RSA_UNIT(); null when memory runs out. */
+/** Makes a unit without numbers, freed with free_RSA_UNIT(). */
 TLXCRYPTO_API RSA_UNIT *new_RSA_UNIT(void);
 /** Wipes and frees the numbers and everything under way, so that the unit is as new. Ignores null. */
 TLXCRYPTO_API void clean_RSA_UNIT(RSA_UNIT *unit);
 /** Cleans and frees a unit. Ignores null. */
 TLXCRYPTO_API void free_RSA_UNIT(RSA_UNIT *unit);
-/** Copies the kind, numbers and PSS settings to a new unit with nothing under way; null for null and when
- * memory runs out. Copies share what verifying computes from the numbers, whichever of them verifies first.
- */
+/** Copies the kind, numbers and PSS settings to a new unit with nothing under way. Copies share what
+ * verifying computes from the numbers, whichever of them verifies first. */
 TLXCRYPTO_API RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit);
 
-/** Makes the unit a public key and drops what it held. Returns a status. */
+/** Makes the unit a public key and drops what it held. */
 TLXCRYPTO_API uint32_t set_RSA_UNIT_public(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e);
 /** Makes the unit a private key and drops what it held, without checking the numbers against each other. p to
- * qinv are either all given or all null; a key without them works more slowly. Returns a status. */
+ * qinv are either all given or all null; a key without them works more slowly. */
 TLXCRYPTO_API uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, const BIGINT *d,
                                             const BIGINT *p, const BIGINT *q, const BIGINT *dp,
                                             const BIGINT *dq, const BIGINT *qinv);
 /** Sets the digest of MGF1 and the octets of the salt for the unit's PSS signatures from now on; verifying
- * accepts no other salt length. The defaults are SHA-1 and 20 (RFC 8017, appendix A.2.3). Returns a status.
- */
+ * accepts no other salt length. The defaults are SHA-1 and 20 (RFC 8017, appendix A.2.3). */
 TLXCRYPTO_API uint32_t set_RSA_UNIT_PSS(RSA_UNIT *unit, uint32_t mgf_digest_id, uint32_t salt_len);
 
-/** Generates a key pair into the unit and drops what it held. Returns a status.
+/** Generates a key pair into the unit and drops what it held.
  * @param bits size of the modulus, 512 to 16384
  * @param e public exponent, odd and at least 3, usually 65537 */
 TLXCRYPTO_API uint32_t gen_RSA_UNIT(RSA_UNIT *unit, uint32_t bits, uint32_t e);
 
-/** Returns TLX_RSA_PRIVATE or TLX_RSA_PUBLIC, which is also the answer for null. */
+/** Returns TLX_RSA_PRIVATE or TLX_RSA_PUBLIC. */
 TLXCRYPTO_API uint32_t get_RSA_UNIT_kind(const RSA_UNIT *unit);
 /** Returns one of the numbers, which stays the unit's; null when the unit does not have it. */
 TLXCRYPTO_API const BIGINT *get_RSA_UNIT_number(const RSA_UNIT *unit, TLX_RSA_NUMBER which);
-/** Returns the octets of the modulus, of a signature and of a ciphertext; 0 for null and a unit without
- * numbers. */
+/** Returns the octets of the modulus, of a signature and of a ciphertext; 0 for a unit without numbers. */
 TLXCRYPTO_API uint32_t get_RSA_length(const RSA_UNIT *unit);
 /** Returns how many times the unit (or a copy) computed something to keep from its present numbers: 0 before
  * the first operation, then 1 for verifying, with which signing ends, and 1 for all other operations
- * together; more only when several threads ran the first operation at once. 0 for null. */
+ * together; more only when several threads ran the first operation at once. */
 TLXCRYPTO_API uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit);
 
-/** Begins a signature (direction 1) or a verification (0) and drops one that is under way. Returns a status.
+/** Begins a signature (direction 1) or a verification (0) and drops one that is under way.
  * @param digest_id digest of the message: MD5, SHA-1, SHA-2 or, but for PSS, HAS-160
  * @param mode TLX_RSA_MODE_ */
 TLXCRYPTO_API uint32_t init_RSASSA(RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, uint32_t direction);
-/** Adds octets to the message. Returns a status. */
+/** Adds octets to the message. */
 TLXCRYPTO_API uint32_t update_RSASSA(RSA_UNIT *unit, const uint8_t *data, uint32_t len);
-/** Ends what init_RSASSA() began: a signature writes sig and its length, a verification only reads them.
- * Returns a status; a failing signature leaves nothing in sig. */
+/** Ends what init_RSASSA() began: a signature writes sig and its length, a verification only reads them. A
+ * failing signature leaves nothing in sig. */
 TLXCRYPTO_API uint32_t final_RSASSA(RSA_UNIT *unit, uint8_t *sig, uint32_t *sig_len);
-/** Ends a verification as final_RSASSA() does, with a const signature. Returns a status: 1 also when a
- * signature is under way, which goes on. */
+/** Ends a verification of a const signature. Returns 1 also when a signature is under way, which goes on. */
 TLXCRYPTO_API uint32_t verify_RSASSA(RSA_UNIT *unit, const uint8_t *sig, uint32_t sig_len);
 
-/** Signs in one call with a private key and leaves alone what is under way on the unit. digest_id and mode
- * are those of init_RSASSA(). Returns a status. */
+/** Signs in one call with a private key, whatever is under way on the unit. digest_id and mode are those of
+ * init_RSASSA(). */
 TLXCRYPTO_API uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data,
                                 uint32_t len, uint8_t *sig, uint32_t *sig_len);
-/** Verifies in one call and leaves alone what is under way on the unit. digest_id and mode are those of
- * init_RSASSA(). Returns a status: TLX_RSA_BAD_SIGNATURE also for any other length than get_RSA_length(). */
+/** Verifies in one call, whatever is under way on the unit. digest_id and mode are those of init_RSASSA().
+ * Returns TLX_RSA_BAD_SIGNATURE also for any other length than get_RSA_length(). */
 TLXCRYPTO_API uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode,
                                   const uint8_t *data, uint32_t len, const uint8_t *sig, uint32_t sig_len);
 
-/** Chooses the scheme of the encryptions (direction 0) or decryptions (1) that follow. Returns a status.
+/** Chooses the scheme of the encryptions (direction 0) or decryptions (1) that follow.
  * @param mode TLX_RSAES_MODE_; OAEP has an empty label and MGF1 with SHA-1
  * @param digest_id digest of OAEP (not HAS-160), where 0 means SHA-1; ignored for PKCS #1 v1.5 */
 TLXCRYPTO_API uint32_t init_RSAES(RSA_UNIT *unit, uint32_t mode, uint32_t direction, uint32_t digest_id);
-/** Encrypts a short message, for example a key. Returns a status.
+/** Encrypts a short message, for example a key.
  * @param out receives get_RSA_length() octets, *out_len
  * @param in the message, which may be null when in_len is 0: at most get_RSA_length() - 11 octets in PKCS #1
  * v1.5, get_RSA_length() - 2 - 2 digest lengths in OAEP */
 TLXCRYPTO_API uint32_t encrypt_RSAES(const RSA_UNIT *unit, uint8_t *out, uint32_t *out_len, const uint8_t *in,
                                      uint32_t in_len);
-/** Decrypts get_RSA_length() octets. Returns a status: 1 also for a ciphertext that does not decrypt and a
- * message longer than out. A caller that tells others of a failure opens the way for attacks on PKCS #1 v1.5
- * (RFC 8017, section 7.2) and should rather go on with a random message.
+/** Decrypts get_RSA_length() octets. Returns 1 also for a ciphertext that does not decrypt and a message
+ * longer than out. A caller that tells others of a failure opens the way for attacks on PKCS #1 v1.5 (RFC
+ * 8017, section 7.2) and should rather go on with a random message.
  * @param out_len octets that out has room for; receives the octets written */
 TLXCRYPTO_API uint32_t decrypt_RSAES(const RSA_UNIT *unit, uint8_t *out, uint32_t *out_len, const uint8_t *in,
                                      uint32_t in_len);
