@@ -3,8 +3,8 @@
  *
  * - Ownership: a container does not own its values. Its members may be read directly; only the functions
  *   below may change them. Functions that read take null for an empty container. Values may be null.
- * - Failure: a status is 0, or 1 for a null container and when memory runs out; the container is unchanged
- *   then.
+ * - Failure: push_, insert_ and reserve_ return 0, or 1 for null and when memory runs out, with nothing
+ *   changed.
  * - Threads: distinct containers may be used at the same time.
  */
 #ifndef TLXCRYPTO_STACK_H
@@ -45,19 +45,18 @@ TLXCRYPTO_API uint32_t get_STACK_count(const STACK *stack);
 /** Returns the value at a zero-based index, which stays in the container; null when there is none. */
 TLXCRYPTO_API void *get_STACK_value(const STACK *stack, uint32_t index);
 
-/** Appends a value, in constant time on average. Returns a status. */
+/** Appends a value, in constant time on average. */
 TLXCRYPTO_API uint32_t push_STACK_value(STACK *stack, void *value);
-/** Inserts a value before the one at index, or appends it when index is below 0 or above the last one.
- * Returns a status. */
+/** Inserts a value before the one at index, or appends it when index is below 0 or above the last one. */
 TLXCRYPTO_API uint32_t insert_STACK_value(STACK *stack, void *value, int32_t index);
-/** Takes the value at index out and returns it; null when there is none. Each later value moves up a place,
- * so empty a long container from its end. */
+/** Takes the value at index out and returns it; null when there is none. Each later value moves up a place.
+ */
 TLXCRYPTO_API void *remove_STACK_value(STACK *stack, uint32_t index);
 /** Replaces the value at index and returns the old one; stores nothing and returns null when there is none.
  */
 TLXCRYPTO_API void *set_STACK_value(STACK *stack, uint32_t index, void *value);
 
-/** Makes room for count values in all, so that pushes up to there cannot fail. Returns a status. */
+/** Makes room for count values in all, so that pushes up to there cannot fail. */
 TLXCRYPTO_API uint32_t reserve_STACK(STACK *stack, uint32_t count);
 /** Reverses the order of the values. Ignores null. */
 TLXCRYPTO_API void reverse_STACK(STACK *stack);
