@@ -2,8 +2,8 @@
  * Base64 (RFC 4648, section 4).
  *
  * - Ownership: the caller frees *out with tlx_free().
- * - Failure: a function returns 0 for a null argument, an input without characters and when memory runs out,
- *   and leaves *out unchanged.
+ * - Failure: a function returns 0 for a null argument, an empty input and when memory runs out. *out is
+ *   unchanged then.
  * - Threads: every function may be called from any thread.
  */
 #ifndef TLXPKI_BASE64_H
@@ -14,8 +14,8 @@
 TLX_BEGIN_DECLS
 
 /** Encodes len octets. wrap 1 puts a line feed after every 64 characters, but not at the end; any other value
- * makes one line. *out receives a NUL-terminated text. Returns its length without the NUL; 0 also for a text
- * that would be longer than 0xFFFFFFFE. */
+ * makes one line. *out receives a NUL-terminated text. Returns its length without the NUL; 0 also for one
+ * above 0xFFFFFFFE. */
 TLXPKI_API uint32_t encode_Base64(const uint8_t *in, uint32_t len, char **out, uint32_t wrap);
 
 /** Encodes as encode_Base64() does, to one line. */
