@@ -46,15 +46,14 @@ TLXPKI_API uint32_t cp949ToUTF8(const char *text, UTF8_STRING **out);
 /** Widens each of len octets to the big-endian unit of the same value and adds two zero octets, the form in
  * which PKCS #12 takes passwords (RFC 7292, appendix B.1). Zero octets are characters; a text of 0 octets
  * gives the two zero octets. A caller whose text is a secret wipes *out before freeing it. Returns 2 * len +
- * 2; 0 also for a len above 0x7FFFFFFE. */
+ * 2; 0 also for len above 0x7FFFFFFE. */
 TLXPKI_API uint32_t ascTouni(const char *text, uint32_t len, uint8_t **out);
 
 /** Narrows len octets of big-endian units to a text, and drops one zero unit at the end. Returns 0 also for
  * an odd length, no units but a terminator, and a unit above 0x00FF. */
 TLXPKI_API uint32_t uniToasc(const uint8_t *units, uint32_t len, char **out);
 
-/** Converts len hexadecimal digits of either case to octets. Returns 0 also for an odd number of digits and
- * any other character. */
+/** Converts len hexadecimal digits of either case to octets. Returns 0 also for an odd number. */
 TLXPKI_API uint32_t hexToASCII(const char *hex, uint32_t len, uint8_t **out);
 
 TLX_END_DECLS
