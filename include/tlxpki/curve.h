@@ -2,8 +2,8 @@
  * Elliptic curves by name. One curve is known: prime256v1 (ANSI X9.62; secp256r1 in SEC 2), row 415 of the
  * registry of object identifiers.
  *
- * - Failure: a function returns 0, or 1 for a null argument, an unknown curve and when memory runs out; the
- *   caller's record is unchanged then.
+ * - Failure: a function returns 0, or 1, with nothing changed, for a null argument, an unknown curve and when
+ *   memory runs out.
  * - Threads: every function may be called from any thread, on distinct records at the same time.
  */
 #ifndef TLXPKI_CURVE_H
