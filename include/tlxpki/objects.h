@@ -18,8 +18,7 @@
  *   never row 831; 0 when nothing is found, for a null argument and an empty text.
  * - Failure: a function that makes an identifier returns null for a null argument, an unknown row, name or
  *   number, a row without a dotted text, and when memory runs out.
- * - Threads: every function may be called from any number of threads at once, on records that nobody changes
- *   meanwhile.
+ * - Threads: every function may be called from any thread, on records that nobody changes meanwhile.
  */
 #ifndef TLXPKI_OBJECTS_H
 #define TLXPKI_OBJECTS_H
@@ -66,8 +65,7 @@ TLXPKI_API OBJECT_IDENTIFIER *dup_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIER *oid
 
 /** Compares the dotted texts of two identifiers and ignores `type` and `extra`. A null record, null data and
  * a length below 1 all mean "no text", which is shorter than any text. Returns 0 when the texts are equal or
- * both missing; below 0 when a's text is shorter, or as long as b's and before it in octet order; above 0
- * otherwise. */
+ * both missing; below 0 when a's text is shorter, or as long and before b's in octet order; else above 0. */
 TLXPKI_API int32_t cmp_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIER *a, const OBJECT_IDENTIFIER *b);
 
 /** Returns the digest (an identifier of tlxcrypto/digest.h) of a digest, a signature with a digest, or a
@@ -83,8 +81,7 @@ TLXPKI_API uint32_t get_DigestID_from_OID(const OBJECT_IDENTIFIER *oid);
  * 0x01 for 128 bits, 0x02 for 40) and the mode (0x00 ECB, 0x20 CBC, 0x40 CFB, 0x60 OFB). For RSA the low
  * octet is the scheme: 0x00 key, 0x01 PKCS#1 v1.5 signature, 0x02 PSS, 0x08 and 0x10 OAEP.
  *
- * A password-based scheme gives its cipher, "ARIA-ECB" the same as "ARIA-CBC", "ecdsa-with-SHA256"
- * 0x50000000, and "ecdsa-with-SHA1" 0. */
+ * A password-based scheme gives its cipher, "ARIA-ECB" what "ARIA-CBC" gives, and "ecdsa-with-SHA1" 0. */
 TLXPKI_API uint32_t get_CipherID_from_OID(const OBJECT_IDENTIFIER *oid);
 
 /** Returns the class of an algorithm: 1 for a digest or MAC (and the signatures "RSA-SHA" and "RSA-SHA1"), 2
