@@ -36,7 +36,7 @@ TLXPKI_API uint32_t encode_PEM(const uint8_t *der, uint32_t len, const char *lab
 TLXPKI_API uint32_t decode_PEM(const char *pem, int32_t len, uint8_t **der);
 
 /** Reads a structure from a PEM text and ignores octets after its DER element. Returns the decoder's status;
- * 0x4E00002B when pem or decoder is null or decode_PEM() fails; 0x4E00004F when the octets are not a complete
+ * 0x4E00002B when pem or decoder is null or decode_PEM() fails; 0x4E00004F for octets that are no complete
  * DER element and when memory runs out. */
 TLXPKI_API uint32_t readPEM_from_Binary(void **out, ASN1_DECODER decoder, const char *pem, uint32_t len);
 
@@ -46,8 +46,8 @@ TLXPKI_API uint32_t readPEM_from_Binary(void **out, ASN1_DECODER decoder, const 
 TLXPKI_API uint32_t writePEM_to_Binary(const void *object, ASN1_ENCODER encoder, const char *label,
                                        uint32_t label_len, char **out);
 
-/** Reads a structure from a PEM file. Returns what readPEM_from_Binary() does; 0x4E00002B also when the file
- * cannot be read. */
+/** Reads a structure from a PEM file. Returns as readPEM_from_Binary(), and 0x4E00002B for an unreadable
+ * file. */
 TLXPKI_API uint32_t readPEM_from_File(void **out, ASN1_DECODER decoder, const char *path);
 
 /** Writes a structure to a PEM file and replaces an existing one. Only the umask keeps others from reading a
