@@ -21,8 +21,8 @@ TLXPKI_API void printBERData(const ASN1_UNIT *node);
 /** Does the same as printBERData(). */
 TLXPKI_API void printDERData(const ASN1_UNIT *node);
 
-/** Copies len characters, zero octets included, and adds two zero octets. Returns null for a null text and
- * when memory runs out. */
+/** Copies len characters, zero octets included, and adds two zero octets. Null for a null text and when
+ * memory runs out. */
 TLXPKI_API char *dump_PCHAR(const char *text, uint32_t len);
 
 /** Prints len characters, zero octets included, and a line feed; nothing for a null text. */
