@@ -10,8 +10,7 @@
  * | 15-0  | reason   | why, TLX_REASON_...                                                                  |
  *
  * Group and function name the operation that reports. An operation reports its own code, not that of an
- * operation it called, except where its documentation says so. Each declaration lists the codes of its
- * operation.
+ * operation it called, except where its documentation says so. Each declaration lists its codes.
  *
  *     uint32_t status = readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), der, len);
  *     if (status != 0 && TLX_STATUS_REASON(status) == TLX_REASON_NOT_DER) ...
@@ -77,8 +76,7 @@
 #define TLX_REASON_NOT_COPIED 0x003BU
 /** A node, list or structure could not be allocated. */
 #define TLX_REASON_NOT_ALLOCATED 0x003CU
-/** An object identifier, child or other item was not found, or a limit was exceeded: path too long, no
- * issuer, unknown algorithm. */
+/** An identifier, child or other item was not found, or a limit was exceeded: path too long, no issuer. */
 #define TLX_REASON_NOT_FOUND 0x0047U
 /** An object identifier, tag or choice is not the required one. */
 #define TLX_REASON_WRONG_TYPE 0x0048U
