@@ -19,8 +19,7 @@ TLXPKI_API ASN1_STRING *new_ASN1_STRING(void);
 TLXPKI_API void clean_ASN1_STRING(ASN1_STRING *string);
 /** Frees a record and its data. Ignores null. */
 TLXPKI_API void free_ASN1_STRING(ASN1_STRING *string);
-/** Copies a record with all four fields and a zero octet after the data; null for null and when memory runs
- * out. */
+/** Copies a record, with a zero octet after the data; null for null and when memory runs out. */
 TLXPKI_API ASN1_STRING *dup_ASN1_STRING(const ASN1_STRING *string);
 
 /** Frees what a record holds and gives it a new type and value; extra becomes 0. Returns 0; 0x41010049 for a
@@ -34,8 +33,7 @@ TLXPKI_API uint32_t set_ASN1_STRING_value(ASN1_STRING *string, int32_t type, con
 
 /** Orders two records by length, then by octets, then by type, and ignores extra. Null sorts before every
  * record, and null data before all data. Returns 0 when they are equal, otherwise the difference (a minus b)
- * of the lengths, or a number with the sign of the first difference of the octets, or the difference of the
- * types. */
+ * of the lengths, or the sign of the first difference of the octets, or the difference of the types. */
 TLXPKI_API int32_t cmp_ASN1_STRING(const ASN1_STRING *a, const ASN1_STRING *b);
 
 /** Encodes a record as an element of its own type:
@@ -45,8 +43,7 @@ TLXPKI_API int32_t cmp_ASN1_STRING(const ASN1_STRING *a, const ASN1_STRING *b);
  * - INTEGER, ENUMERATED: as a non-negative number;
  * - SEQUENCE, SET (with or without the constructed bit): around its contents;
  * - 1, 4, 5, 12, 19, 20, 22, 23, 24, 30: with its octets as they are;
- * - context-specific and private types (0x80 and above): the data is the complete element, as reading such a
- *   member yields it.
+ * - context-specific and private types (0x80 and above): the data is the complete element, as it was read.
  *
  * Other constructed strings and type 26 can be read, but not written. *out receives a new node, freed with
  * free_ASN1_UNIT(), whatever it holds before; it is unchanged on failure. Returns 0; 0x41020049 when string
