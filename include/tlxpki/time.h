@@ -1,8 +1,7 @@
 /** @file
  * Calendar times, and the texts of UTCTime and GeneralizedTime (X.680 clauses 47 and 46).
  *
- * Texts have four forms. UTCTime has a two-digit year (50-99 are 1950-1999, 00-49 are 2000-2049),
- * GeneralizedTime a four-digit one:
+ * Texts have four forms. The two-digit years of UTCTime are 1950-1999 (50-99) and 2000-2049 (00-49):
  *
  * | form | UTCTime                         | GeneralizedTime                   |
  * |------|---------------------------------|-----------------------------------|
@@ -11,11 +10,9 @@
  * | 2    | YYMMDDhhmmssZ (13 characters)   | YYYYMMDDhhmmssZ (15 characters)   |
  * | 3    | YYMMDDhhmmss+hhmm (17)          | YYYYMMDDhhmmss+hhmm (19)          |
  *
- * Calendar arithmetic follows the proleptic Gregorian calendar in 64 bits, without leap seconds, and does not
- * depend on the host's time zone.
+ * Arithmetic follows the proleptic Gregorian calendar in 64 bits, without leap seconds or the host's zone.
  *
- * - Ownership: the caller frees a new time with free_ASN1_TIME(), a new text with the free_ function of its
- *   type.
+ * - Ownership: the caller frees a new time or text with the free_ function of its type.
  * - Failure: a function that makes something returns null for a null argument, a text that cannot be read, a
  *   time that check_ASN1_TIME() refuses, and when memory runs out.
  * - Threads: every function may be called from any thread, on distinct records at the same time.
@@ -68,17 +65,17 @@ TLXPKI_API GENERALIZED_TIME *asn1TimeToGENERALIZED_TIME(const ASN1_TIME *time, u
 
 /** Adds seconds, which may be negative, to a UTCTime text. A new record of the same form and offset replaces
  * *time, which is freed; on failure *time is unchanged. Returns 0; 0x45020049 when time or *time is null;
- * 0x4502003C when the text cannot be read; 0x45020030 when the sum lies outside 1950-2049 and when memory
- * runs out. */
+ * 0x4502003C when the text cannot be read; 0x45020030 for a sum outside 1950-2049 and when memory runs out.
+ */
 TLXPKI_API uint32_t add_UTC_TIME(UTC_TIME **time, int32_t seconds);
 
 /** Adds seconds to a GeneralizedTime text as add_UTC_TIME() does. Returns 0; 0x45030049 when time or *time is
- * null; 0x4503003C when the text cannot be read; 0x45030030 when the sum lies outside the years 0-9999 and
- * when memory runs out. */
+ * null; 0x4503003C when the text cannot be read; 0x45030030 for a sum outside the years 0-9999 and when
+ * memory runs out. */
 TLXPKI_API uint32_t add_GENERALIZED_TIME(GENERALIZED_TIME **time, int32_t seconds);
 
-/** Compares what two UTCTime texts mean as cmp_ASN1_TIME() does. A text that is null or cannot be read is
- * earlier than every time. */
+/** Compares what two UTCTime texts mean as cmp_ASN1_TIME() does. A null or unreadable text is earlier than
+ * every time. */
 TLXPKI_API int32_t cmp_UTC_TIME(const UTC_TIME *a, const UTC_TIME *b);
 
 /** Compares two GeneralizedTime texts as cmp_UTC_TIME() does. */
