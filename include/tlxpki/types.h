@@ -5,8 +5,8 @@
  *   and texts with tlx_free(). A clean_ function frees what a record holds and keeps the record. Both ignore
  *   null. A function copies its arguments unless its documentation says that it takes them over.
  * - Failure: a status says where and why a function failed (<tlxpki/status.h>).
- * - Threads: a function may run on many threads at once on distinct records. Many threads may read a record
- *   that nobody changes.
+ * - Threads: functions may run on many threads at once on distinct records, and share records that nobody
+ *   changes.
  */
 #ifndef TLXPKI_TYPES_H
 #define TLXPKI_TYPES_H
@@ -26,8 +26,8 @@ typedef struct ASN1_UNIT {
     uint8_t *eoc;    /**< the end-of-contents octets in value; null for a definite length */
 } ASN1_UNIT;
 
-/** A string, time, bit string, octet string or object identifier value. The names that follow denote the same
- * record with the type of their name. */
+/** A string, time, bit string, octet string or object identifier value. Each name that follows is the same
+ * record with that type. */
 typedef struct ASN1_STRING {
     int32_t type;   /**< universal tag (for ASN1_STRING: the identifier octet) */
     uint8_t *data;  /**< contents, owned, with a zero octet after them */
