@@ -105,8 +105,7 @@ TLXCRYPTO_API uint32_t get_KCDSA_builds(const KCDSA *unit);
 TLXCRYPTO_API uint32_t init_KCDSA(KCDSA *unit, uint32_t direction);
 /** Adds octets to the message. */
 TLXCRYPTO_API uint32_t update_KCDSA(KCDSA *unit, const uint8_t *data, uint32_t len);
-/** Ends what init_KCDSA() began: a signature writes r, s and their lengths, a verification only reads them.
- */
+/** Ends what init_KCDSA() began: a signature writes r, s and their lengths, a verification reads them. */
 TLXCRYPTO_API uint32_t final_KCDSA(KCDSA *unit, uint8_t *r, uint32_t *r_len, uint8_t *s, uint32_t *s_len);
 /** Ends a verification of a const signature. Returns 1 also when a signature is under way, which goes on. */
 TLXCRYPTO_API uint32_t verify_KCDSA(KCDSA *unit, const uint8_t *r, uint32_t r_len, const uint8_t *s,

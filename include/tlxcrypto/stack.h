@@ -49,11 +49,9 @@ TLXCRYPTO_API void *get_STACK_value(const STACK *stack, uint32_t index);
 TLXCRYPTO_API uint32_t push_STACK_value(STACK *stack, void *value);
 /** Inserts a value before the one at index, or appends it when index is below 0 or above the last one. */
 TLXCRYPTO_API uint32_t insert_STACK_value(STACK *stack, void *value, int32_t index);
-/** Takes the value at index out and returns it; null when there is none. Each later value moves up a place.
- */
+/** Takes the value at index out and returns it; null when there is none. Later values move up a place. */
 TLXCRYPTO_API void *remove_STACK_value(STACK *stack, uint32_t index);
-/** Replaces the value at index and returns the old one; stores nothing and returns null when there is none.
- */
+/** Replaces the value at index and returns the old one; does nothing and returns null when there is none. */
 TLXCRYPTO_API void *set_STACK_value(STACK *stack, uint32_t index, void *value);
 
 /** Makes room for count values in all, so that pushes up to there cannot fail. */
