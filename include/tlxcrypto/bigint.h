@@ -70,8 +70,8 @@ TLXCRYPTO_API uint32_t add_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT 
 TLXCRYPTO_API uint32_t sub_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *b);
 /** a * b */
 TLXCRYPTO_API uint32_t mul_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *b);
-/** a / b, rounded down, and the remainder. One result may be null. Returns 1 when both are the same pointer or
- * b is zero. */
+/** a / b, rounded down, and the remainder. One result may be null. Returns 1 when both are one number
+ * or b is zero. */
 TLXCRYPTO_API uint32_t div_BIGINT(BIGINT *quotient, BIGINT *remainder, const BIGINT *a, const BIGINT *b);
 /** a modulo modulus */
 TLXCRYPTO_API uint32_t mod_BIGINT(BIGINT *result, const BIGINT *a, const BIGINT *modulus);
