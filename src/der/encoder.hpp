@@ -1,4 +1,4 @@
-// Writing DER front to back into one growing buffer. A length is fixed up once, when its element is closed.
+// Writes DER front to back into one growing buffer, and fixes a length up once, when its element closes.
 #pragma once
 
 #include <tlxpki/types.h>
@@ -21,7 +21,7 @@ constexpr u8 context_primitive(u8 number) noexcept {
     return static_cast<u8>(kContextSpecific | number);
 }
 
-/// Any failure (a null value, an unencodable text, no memory) is remembered; `ok` tells at the end.
+/// Remembers any failure (a null value, an unencodable text, no memory); `ok` says so at the end.
 class Encoder {
   public:
     /// A constructed element that is closed when this object goes out of scope.
@@ -91,7 +91,7 @@ class SecretEncoder : public Encoder {
 };
 
 /// Gives the finished encoding to *out as a new node. False when the encoder failed or memory ran out; *out
-/// is untouched then.
+/// is unchanged then.
 [[nodiscard]] bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept;
 
 }  // namespace tlx

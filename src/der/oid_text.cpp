@@ -24,8 +24,8 @@ u8 *write_arc(u8 *out, u32 arc) noexcept {
     return out;
 }
 
-/// Takes the next arc off the text, and the dot after it. Arcs are 32-bit values; those above 0x7FFFFFFF are
-/// written as negative numbers, and read back from there.
+/// Takes the next arc off the text, and the dot after it. Arcs are 32-bit values; a text has those above
+/// 0x7FFFFFFF as negative numbers.
 bool take_arc(std::string_view &text, u32 &arc) noexcept {
     const bool negative = text.starts_with('-');
     const u64 most = negative ? 0x80000000 : 0xFFFFFFFF;
@@ -87,7 +87,7 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
 }
 
 bool text_to_oid(std::string_view dotted, Buffer &out) noexcept {
-    // No arc has fewer than two characters, but for the last.
+    // Every arc but the last has at least two characters.
     u8 *const room = out.reserve((dotted.size() / 2 + 1) * kMostArcOctets);
     u32 first = 0;
     u32 second = 0;

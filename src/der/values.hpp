@@ -58,7 +58,7 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 /// Writes them into room for so many.
 void copy_whole(const Element &element, u8 *room) noexcept;
 
-/// Decodes an element where it lies: decoders only look at their node, so that it need not own its parts. The
+/// Decodes an element where it lies: decoders only read their node, which need not own its parts. Returns the
 /// decoder's status.
 [[nodiscard]] u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept;
 
