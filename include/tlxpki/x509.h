@@ -1,9 +1,9 @@
 /** @file
  * Certificates (RFC 5280, section 4.1). The contract of all records is in x509_types.h.
  *
- * A certificate is held as records, not as the octets it came from. Signatures are made and checked over
- * what the records encode to. A certificate in DER comes back octet for octet, with these exceptions, each
- * of which therefore fails verification:
+ * A certificate is held as records, not as the octets it came from. Signatures are made and checked over what
+ * the records encode to. A certificate in DER comes back octet for octet, with these exceptions, each of
+ * which therefore fails verification:
  * - of a relative distinguished name with several types and values only the first is kept;
  * - of a signature algorithm only the identifier is kept. Its parameters are written as NULL for RSA with
  * PKCS #1 v1.5 (RFC 8017, appendix A.2.4) and left out otherwise; so RSASSA-PSS parameters are lost;
@@ -47,8 +47,8 @@ TLXPKI_API uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar);
 
 /**
  * Reads the text of a time.
- * @return a new time, freed with free_ASN1_TIME(); null for null, for a text that is no time, and when
- * memory runs out
+ * @return a new time, freed with free_ASN1_TIME(); null for null, for a text that is no time, and when memory
+ * runs out
  */
 TLXPKI_API ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time);
 
@@ -71,14 +71,14 @@ TLXPKI_API uint32_t X509_VALIDITY_to_Seq(const X509_VALIDITY *validity, ASN1_UNI
 
 /**
  * X509_TBS_CERT.
- * - Decoder: the version is 0 when it is absent, and has one octet otherwise. Only one child after the
- * public key is read, which has to be the extensions. 0x46110049 null argument; 0x4611002B fewer than 6
- * children; 0x46110104 a member that is missing or unreadable, issuerUniqueID, or subjectUniqueID. After
- * 0x4611002B and 0x46110104 a caller's record is freed and *out is null.
+ * - Decoder: the version is 0 when it is absent, and has one octet otherwise. Only one child after the public
+ * key is read, which has to be the extensions. 0x46110049 null argument; 0x4611002B fewer than 6 children;
+ * 0x46110104 a member that is missing or unreadable, issuerUniqueID, or subjectUniqueID. After 0x4611002B and
+ * 0x46110104 a caller's record is freed and *out is null.
  * - Encoder: writes the octets that are signed. It writes the version unless that is 0, and never
  * issuerUniqueID and subjectUniqueID. The top of this header says which parameters the signature algorithm
- * gets. 0x46120049 null argument; 0x4612010A no serial number; 0x46120108 no signature algorithm, or an
- * empty one; 0x46120105 no issuer; 0x46120107 no validity; 0x46120106 no subject; 0x46120109 no public key;
+ * gets. 0x46120049 null argument; 0x4612010A no serial number; 0x46120108 no signature algorithm, or an empty
+ * one; 0x46120105 no issuer; 0x46120107 no validity; 0x46120106 no subject; 0x46120109 no public key;
  * 0x46120103 a member cannot be encoded.
  * @{
  */
@@ -94,11 +94,11 @@ TLXPKI_API uint32_t X509_TBS_CERT_to_Seq(const X509_TBS_CERT *tbs, ASN1_UNIT **o
 
 /**
  * X509_CERT. A new one has an empty to-be-signed part; a cleaned one has none.
- * - Decoder: skips parameters of the signature algorithm. 0x460F0049 null argument; 1 no to-be-signed part;
- * a status of Seq_to_X509_TBS_CERT() when that part cannot be decoded (a caller's certificate then has
- * none); 0x460F0104 a signature algorithm or a signature that is missing or unreadable.
- * - Encoder: 0x46100049 null argument; 0x46100103 a member is missing or cannot be encoded; 0x4610003C
- * memory ran out.
+ * - Decoder: skips parameters of the signature algorithm. 0x460F0049 null argument; 1 no to-be-signed part; a
+ * status of Seq_to_X509_TBS_CERT() when that part cannot be decoded (a caller's certificate then has none);
+ * 0x460F0104 a signature algorithm or a signature that is missing or unreadable.
+ * - Encoder: 0x46100049 null argument; 0x46100103 a member is missing or cannot be encoded; 0x4610003C memory
+ * ran out.
  * @{
  */
 TLXPKI_API X509_CERT *new_X509_CERT(void);
@@ -219,8 +219,8 @@ TLXPKI_API X509_CERT *find_X509_CERT_by_IssuerAndSerialNumber(const X509_CERTIFI
 /**
  * Prints a listing for people to standard output. It shows each certificate's index, subject and issuer (as
  * dump_X509_NAME() writes them), serial number in hexadecimal, and both ends of the validity as the
- * certificate gives them, YYYY-MM-DD hh:mm:ss. A "-" replaces what is missing or cannot be shown. Null
- * prints nothing.
+ * certificate gives them, YYYY-MM-DD hh:mm:ss. A "-" replaces what is missing or cannot be shown. Null prints
+ * nothing.
  */
 TLXPKI_API void print_X509_CERTIFICATES(const X509_CERTIFICATES *certificates);
 

@@ -28,8 +28,8 @@ TLXPKI_API X509_ATTRIBUTE_DATA *dup_X509_ATTRIBUTE_DATA(const X509_ATTRIBUTE_DAT
 
 /**
  * X509_ATTRIBUTE. A new one and a cleaned one have an empty list of values.
- * - Decoder: reads SEQUENCE { type, SET OF value }. 0x46220049 null argument; 0x46220104 the type, the SET
- * or a value is missing or cannot be decoded. After 0x46220104 *out is null; a record that it pointed to is
+ * - Decoder: reads SEQUENCE { type, SET OF value }. 0x46220049 null argument; 0x46220104 the type, the SET or
+ * a value is missing or cannot be decoded. After 0x46220104 *out is null; a record that it pointed to is
  * unchanged and stays the caller's.
  * - Encoder: writes the values in list order. 0x46210049 null argument; 0x46210103 the type or a value is
  * missing or cannot be encoded.
@@ -64,8 +64,8 @@ TLXPKI_API uint32_t set_X509_ATTRIBUTE_OID(X509_ATTRIBUTE *attribute, const OBJE
 TLXPKI_API uint32_t add_X509_ATTRIBUTE_data(X509_ATTRIBUTE *attribute, uint32_t type, const void *value);
 
 /**
- * Appends a string itself, without a copy: on success the attribute owns it. Its type becomes the type of
- * the value.
+ * Appends a string itself, without a copy: on success the attribute owns it. Its type becomes the type of the
+ * value.
  * @return 0; 1 for a null argument, a type with bit 0x20, and when memory runs out (the string stays the
  * caller's then)
  */
@@ -93,8 +93,8 @@ TLXPKI_API X509_ATTRIBUTE *create_X509_ATTRIBUTE_index(X509_ATTRIBUTE **attribut
  * attributes; 0x46240104 an attribute, its type, its SET or a value is missing or cannot be decoded;
  * 0x4624010C an attribute cannot be added to the list.
  * - Encoder: writes a SET OF in list order; it does not sort. 0x46230049 null argument; 0x4623002B no
- * attributes, or one that is null; 0x46210103 an attribute cannot be encoded, as for
- * X509_ATTRIBUTE_to_Seq(); 0x46230103 the node cannot be made.
+ * attributes, or one that is null; 0x46210103 an attribute cannot be encoded, as for X509_ATTRIBUTE_to_Seq();
+ * 0x46230103 the node cannot be made.
  * @{
  */
 TLXPKI_API X509_ATTRIBUTES *new_X509_ATTRIBUTES(void);

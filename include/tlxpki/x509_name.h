@@ -34,8 +34,8 @@ TLXPKI_API ASN1_STRING *get_X509_NAME_CHILD_data(const X509_NAME_CHILD *child);
 /**
  * X509_NAME: a list of X509_NAME_CHILD, which may be empty. get_X509_NAME_CHILD() returns the entry at an
  * index.
- * - Decoder: 0x461C0049 null argument; 0x461C0104 a relative distinguished name lacks its SET, SEQUENCE,
- * type or value.
+ * - Decoder: 0x461C0049 null argument; 0x461C0104 a relative distinguished name lacks its SET, SEQUENCE, type
+ * or value.
  * - Encoder: writes each entry as a relative distinguished name of its own. Unlike other encoders it fills a
  * node that *out points to; on failure it frees that node and *out becomes null. 0x461B0049 null argument
  * (*out is unchanged); 0x461B002B an entry is missing; 0x461B0103 an entry has no type or value, or they

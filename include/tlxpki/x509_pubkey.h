@@ -7,8 +7,7 @@
  *
  * - rsaEncryption (RFC 3279, section 2.3.1) as TLX_KEY_RSA: the octets are an RSAPublicKey, and the
  * parameters are ignored;
- * - KCDSA1 (TTAK.KO-12.0001) as TLX_KEY_KCDSA: the octets are INTEGER y, the parameters SEQUENCE { p, q, g
- * };
+ * - KCDSA1 (TTAK.KO-12.0001) as TLX_KEY_KCDSA: the octets are INTEGER y, the parameters SEQUENCE { p, q, g };
  * - id-ecPublicKey (RFC 5480) as TLX_KEY_ECC: the octets are a SEC 1 point, the parameters name a curve.
  *
  * A key decodes with a null `key` when its algorithm or curve is unknown, or its octets or parameters have

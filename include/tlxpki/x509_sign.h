@@ -70,8 +70,8 @@ TLXPKI_API uint32_t gen_KCDSA_SIG_X509_TBS_CERT(const X509_TBS_CERT *tbs, BIT_ST
 /**
  * Verifies the signature of a certificate.
  * @param issuer_key the issuer's public key, of kind TLX_KEY_RSA or TLX_KEY_KCDSA
- * @return 0 when the signature is good; 1 for a null argument, a missing to-be-signed part, a public key
- * that was not decoded, and a key of another kind (elliptic curves included)
+ * @return 0 when the signature is good; 1 for a null argument, a missing to-be-signed part, a public key that
+ * was not decoded, and a key of another kind (elliptic curves included)
  * @return otherwise a status of verify_RSA_SIG_X509_CERT() or verify_KCDSA_SIG_X509_CERT()
  */
 TLXPKI_API uint32_t verify_SIG_X509_CERT(const X509_CERT *cert, const X509_PUBKEY *issuer_key);
@@ -91,8 +91,8 @@ TLXPKI_API uint32_t verify_RSA_SIG_X509_CERT(const X509_CERT *cert, const RSA_UN
  * gen_KCDSA_SIG_X509_TBS_CERT().
  * @param key the issuer's key
  * @return 0 when the signature is good; 0x46180049 for a null argument and a missing to-be-signed part;
- * 0x4618002B when the algorithm gives no scheme; 0x46180104 when the signature is no KCDSASignatureValue,
- * its s is longer than 20 octets, and when memory for it runs out
+ * 0x4618002B when the algorithm gives no scheme; 0x46180104 when the signature is no KCDSASignatureValue, its
+ * s is longer than 20 octets, and when memory for it runs out
  * @return a status of X509_TBS_CERT_to_Seq() when the to-be-signed part cannot be encoded; otherwise the
  * status of verify_KCDSA_data() unchanged, such as TLX_KCDSA_BAD_SIGNATURE
  */
@@ -112,8 +112,8 @@ TLXPKI_API uint32_t verify_X509_validity(const X509_CERT *cert, const ASN1_TIME 
  *
  * An INTEGER has (bits + 8) / 8 contents octets: a leading zero octet precedes a highest bit that is set, and
  * zero has one octet. Numbers are unsigned and big-endian. Octets that a function stores are freed with
- * tlx_free(); on failure nothing is stored. Decoders take a SEQUENCE, for example from decodeToDERSequence_n(),
- * and ignore its further members. */
+ * tlx_free(); on failure nothing is stored. Decoders take a SEQUENCE, for example from
+ * decodeToDERSequence_n(), and ignore its further members. */
 
 /**
  * Encodes an ECDSA signature: SEQUENCE { r INTEGER, s INTEGER } (RFC 3279, section 2.2.3).
@@ -141,8 +141,8 @@ TLXPKI_API uint32_t decode_ECDSASignatureValue(uint8_t **r, uint32_t *r_len, uin
  * @param r           octets, which are kept as they are
  * @param s           a number, whose leading zero octets do not count
  * @param r_len,s_len octets of r and s, at least 1
- * @return the octets of the encoding, not 0, on success; 0x4F00002B for a null argument and a length below
- * 1; 0x4F00003C when memory runs out
+ * @return the octets of the encoding, not 0, on success; 0x4F00002B for a null argument and a length below 1;
+ * 0x4F00003C when memory runs out
  */
 TLXPKI_API uint32_t encode_KCDSASignatureValue(uint8_t **out, const uint8_t *r, int32_t r_len,
                                                const uint8_t *s, int32_t s_len);

@@ -1,16 +1,14 @@
 /** @file
- * The records that certificates are made of, and the contract of all functions that work on records: those
- * of x509*.h, general_name.h, kisa_identity.h, pkcs1*.h and cpv.h. These headers say only what differs from
- * it.
+ * The records that certificates are made of, and the contract of all functions that work on records: those of
+ * x509*.h, general_name.h, kisa_identity.h, pkcs1*.h and cpv.h. These headers say only what differs from it.
  *
  * Ownership. A record owns its members, and a list owns its items. What a function returns or stores as new
- * belongs to the caller, who frees it with the free_ function of its type, or with tlx_free() when it is
- * text or octets. A function copies its arguments unless its text says otherwise.
+ * belongs to the caller, who frees it with the free_ function of its type, or with tlx_free() when it is text
+ * or octets. A function copies its arguments unless its text says otherwise.
  *
  * Records. Every record type T has six operations, which its header declares in one group:
  *
- * - new_T() makes an empty record: pointers are null and numbers are 0. It returns null when memory runs
- * out.
+ * - new_T() makes an empty record: pointers are null and numbers are 0. It returns null when memory runs out.
  * - clean_T() frees the members and empties the record. free_T() also frees the record, which is in no list.
  * Both ignore null.
  * - dup_T() copies a record with all its members. It returns null for null and when memory runs out.
@@ -47,8 +45,8 @@
  * from the first item on when lastpos is negative; -1 when there is none and for a null argument. With the
  * last result as lastpos they find the next match.
  *
- * Rows. A function that takes oid_index reads the identifier from that row of the registry (objects.h). A
- * row without an identifier counts as a null one.
+ * Rows. A function that takes oid_index reads the identifier from that row of the registry (objects.h). A row
+ * without an identifier counts as a null one.
  *
  * Threads. Any thread may call any function, at the same time on distinct objects. Functions that take const
  * objects may share them.
