@@ -38,7 +38,7 @@ void free_value(void *value, std::uint32_t expected) {
     }
 }
 
-/// A node is written as it was read, and read again as it was written.
+/// Writing a node gives the octets that were read, and reading them gives the node.
 void check_round_trip(const ASN1_UNIT *node) {
     std::uint8_t *octets = nullptr;
     const std::uint32_t size = ASN1_to_binary(node, &octets);
@@ -61,7 +61,7 @@ void check_length_forms(const ASN1_UNIT *node) {
     }
 }
 
-/// A container of the children that were read has them all.
+/// A container rebuilt from the children has all of them.
 void check_appending(const ASN1_UNIT *node, std::uint32_t count) {
     const Node container(new_ASN1_UNIT());
     std::uint32_t appended = 0;
@@ -74,7 +74,7 @@ void check_appending(const ASN1_UNIT *node, std::uint32_t count) {
     if (appended > 0) require(addToDERSequence(container.get(), 16, container.get(), 0) == 0);
 }
 
-/// `budget` keeps one input from taking seconds.
+/// `budget` bounds the time that one input takes.
 void walk(const ASN1_UNIT *node, unsigned &budget) {
     if (budget == 0) return;
     --budget;

@@ -13,8 +13,8 @@ namespace tool {
 using Octets = std::span<const uint8_t>;
 
 /// Text that is safe to print: control characters, marks that reorder text and octets that are not UTF-8
-/// become \u{..} or \x.. escapes. Spaces and line breaks are control characters here, too, but for the plain
-/// space.
+/// become \u{..} or \x.. escapes. Line breaks and all spaces but the plain one also count as control
+/// characters here.
 [[nodiscard]] std::string printable(std::string_view utf8);
 
 /// Upper-case digits without anything between them.
@@ -26,9 +26,9 @@ using Octets = std::span<const uint8_t>;
 /// Whether octets are UTF-8.
 [[nodiscard]] bool is_utf8(std::string_view text);
 
-/// The characters of a value of a string type. Octets of the 8-bit types that are no ASCII are taken for
-/// UTF-8, else for KS X 1001, which Korean certificates have in T61String and PrintableString, else for
-/// Latin-1. False for other types and contents that cannot be read.
+/// The characters of a value of a string type. Octets of the 8-bit types that are no ASCII count as UTF-8,
+/// else as KS X 1001, which Korean certificates have in T61String and PrintableString, else as Latin-1. False
+/// for other types and contents that cannot be read.
 [[nodiscard]] bool string_text(uint32_t tag, Octets contents, std::string &utf8);
 
 /// The text of a string record; one that is not text becomes "#" and hexadecimal digits.

@@ -8,7 +8,7 @@ namespace tlx_test::korean {
 /// The UTF-16 unit (big-endian, two octets) of a character in EUC-KR; empty when there is no such character.
 std::string euc_to_utf16(const std::string &euc);
 
-/// A character in EUC-KR of its UTF-16 unit; empty when it has none.
+/// The EUC-KR octets of a UTF-16 unit (big-endian); empty when there are none.
 std::string utf16_to_euc(const std::string &unit);
 
 }  // namespace tlx_test::korean
