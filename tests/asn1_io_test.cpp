@@ -44,22 +44,14 @@ const Octets kDer = hex("30 04 02 02 12 34");
 
 /// Reads into the caller's record; returns the status, which is 0 exactly when the record has the sample's
 /// value.
-template <typename Read>
-std::uint32_t read_with(Read read) {
+template <typename... Source>
+std::uint32_t read(std::uint32_t (*reader)(void **, ASN1_DECODER, Source...), Source... source) {
     Sample sample = {1};
     void *out = &sample;
-    const std::uint32_t status = read(&out);
+    const std::uint32_t status = reader(&out, kDecoder, source...);
     EXPECT_EQ(sample.value, status == 0 ? kSample.value : 1);
     EXPECT_EQ(out, &sample);
     return status;
-}
-std::uint32_t read_octets(const std::uint8_t *der, std::size_t size) {
-    return read_with([&](void **out) {
-        return readDER_from_Buffer(out, kDecoder, der, static_cast<std::uint32_t>(size));
-    });
-}
-std::uint32_t read_file(const char *path) {
-    return read_with([&](void **out) { return readDER_from_File(out, kDecoder, path); });
 }
 
 class Io : public ::testing::Test {
@@ -81,28 +73,37 @@ TEST_F(Io, NodesThatAreNotWritten) {
 }
 
 TEST_F(Io, ReadingRecords) {
-    const std::pair<const char *, std::uint32_t> cases[] = {
-        {"30 80 02 02 12 34 00 00", 0},
-        {"30 04 02 02 12 34 FF FF FF", 0},
-        {"30 00", 0x7F010104},  // the converter's status, unchanged
-        {"30 04 02 03 12 34", 0x7F010104},
-        {"30 84 FF FF FF FF", 0x4300004F},
-        {"30 85 00 00 00 00 00", 0x4300004F},
+    const CommandFolder folder;
+    const std::string path = folder.path("file");
+    struct {
+        const char *octets;
+        std::uint32_t bounded, unbounded;
+    } const cases[] = {
+        {"30 80 02 02 12 34 00 00", 0, 0},
+        {"30 04 02 02 12 34 FF FF FF", 0, 0},
+        {"30 85 00 00 00 00 04 02 02 12 34", 0, 0},
+        {"30 00", 0x7F010104, 0x7F010104},  // the converter's status, unchanged
+        {"30 04 02 03 12 34", 0x7F010104, 0x7F010104},
+        {"30 84 FF FF FF FF", 0x4300004F, 0x4300004F},
+        {"30 85 01 00 00 00 00", 0x4300004F, 0x4300004F},
+        // Only who knows the length reads elements of definite length after one of indefinite length.
+        {"30 80 02 02 12 34 24 80 00 00 04 01 BB 00 00", 0, 0x4300004F},
+        {"30 80 02 02 12 34 30 80 00 00 04 06 02 84 10 00 00 00 00 00", 0, 0x4300004F},
     };
-    for (const auto &[text, status] : cases) {
+    for (const auto &[text, bounded, unbounded] : cases) {
         const Octets octets = hex(text);
-        EXPECT_EQ(read_octets(octets.data(), octets.size()), status) << text;
-        EXPECT_EQ(read_with([&](void **out) { return readDER_from_Binary(out, kDecoder, octets.data()); }),
-                  status)
-            << text;
+        const auto size = static_cast<std::uint32_t>(octets.size());
+        folder.write("file", std::string(octets.begin(), octets.end()));
+        EXPECT_EQ(read(readDER_from_Buffer, octets.data(), size), bounded) << text;
+        EXPECT_EQ(read(readDER_from_File, path.c_str()), bounded) << text;
+        EXPECT_EQ(read(readDER_from_Binary, octets.data()), unbounded) << text;
     }
-    for (std::size_t size = 1; size < kDer.size(); ++size)
-        EXPECT_EQ(read_octets(Octets(kDer.begin(), kDer.end() - static_cast<std::ptrdiff_t>(size)).data(),
-                              kDer.size() - size),
-                  0x4300004FU)
-            << size << " octets short";
-    EXPECT_EQ(read_octets(kDer.data(), 0), 0x4300004FU);
-    EXPECT_EQ(read_octets(nullptr, 6), 0x4300002BU);
+    for (std::uint32_t size = 0; size < kDer.size(); ++size) {
+        const Octets prefix(kDer.begin(), kDer.begin() + size);
+        EXPECT_EQ(read(readDER_from_Buffer, size > 0 ? prefix.data() : kDer.data(), size), 0x4300004FU)
+            << size;
+    }
+    EXPECT_EQ(readDER_from_Buffer(nullptr, kDecoder, nullptr, 6), 0x4300002BU);
     EXPECT_EQ(readDER_from_Binary(nullptr, kDecoder, nullptr), 0x4300002BU);
     EXPECT_EQ(readDER_from_Binary(nullptr, nullptr, kDer.data()), 0x43000049U);
     EXPECT_EQ(readDER_from_Buffer(nullptr, nullptr, kDer.data(), 6), 0x43000049U);
@@ -133,27 +134,22 @@ TEST_F(Io, WritingRecordsAndTheirDigests) {
 
 TEST_F(Io, Files) {
     const CommandFolder folder;
-    const std::string path = folder.path("file");
+    const std::string path = folder.path("file"), nowhere = folder.path("no such folder/file");
+    const Node node = node_of("30 00");
     EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, path.c_str()), 6U) << "octets written";
     EXPECT_EQ(folder.read("file"), std::string(kDer.begin(), kDer.end()));
-    EXPECT_EQ(read_file(path.c_str()), 0U);
-    EXPECT_EQ(ASN1_to_FILE(node_of("30 00").get(), path.c_str()), 2U);
+    EXPECT_EQ(ASN1_to_FILE(node.get(), path.c_str()), 2U);
     EXPECT_EQ(folder.read("file"), std::string("\x30\x00", 2)) << "the file is replaced";
-    EXPECT_EQ(read_file(path.c_str()), 0x7F010104U);
-    folder.write("file", "\x30\x80\x02");
-    EXPECT_EQ(read_file(path.c_str()), 0x4300004FU);
-
-    const std::string nowhere = folder.path("no such folder/file");
     for (const char *bad : {nowhere.c_str(), static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(read_file(bad), 0x4300002BU);
+        EXPECT_EQ(read(readDER_from_File, bad), 0x4300002BU);
         EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, bad), kNone);
-        EXPECT_EQ(ASN1_to_FILE(node_of("04 00").get(), bad), kNone);
+        EXPECT_EQ(ASN1_to_FILE(node.get(), bad), kNone);
     }
     EXPECT_EQ(writeDER_to_FILE(&kUnencodable, kEncoder, path.c_str()), 1U);
     EXPECT_EQ(writeDER_to_FILE(&kSample, nullptr, path.c_str()), 1U);
     EXPECT_EQ(ASN1_to_FILE(new_node().get(), path.c_str()), kNone);
 #ifdef __linux__
-    EXPECT_EQ(ASN1_to_FILE(node_of("04 00").get(), "/dev/full"), kNone) << "not all octets are written";
+    EXPECT_EQ(ASN1_to_FILE(node.get(), "/dev/full"), kNone) << "not all octets are written";
 #endif
 }
 
@@ -161,14 +157,14 @@ TEST_F(Io, FailingAllocations) {
     const CommandFolder folder;
     const std::string path = folder.path("file");
     std::uint8_t digest[TLX_DIGEST_MAX_LENGTH];
-    // `call` ends with `done`, or with one of `failures`.
+    ASSERT_EQ(writeDER_to_FILE(&kSample, kEncoder, path.c_str()), 6U);
     const auto sweep = [](auto call, std::uint32_t done, const std::set<std::uint32_t> &failures) {
-        const auto run = [&] {
-            const std::uint32_t status = call();
-            EXPECT_TRUE(status == done || failures.contains(status)) << std::hex << status;
-            return status == done;
-        };
-        EXPECT_GT(sweep_failing_allocations(run), 1U);
+        EXPECT_GT(sweep_failing_allocations([&] {
+                      const std::uint32_t status = call();
+                      EXPECT_TRUE(status == done || failures.contains(status)) << std::hex << status;
+                      return status == done;
+                  }),
+                  1U);
     };
     const auto write = [] {
         std::uint8_t *out = nullptr;
@@ -179,7 +175,7 @@ TEST_F(Io, FailingAllocations) {
     };
     sweep(write, 6, {kNone});
     sweep([&] { return writeDER_to_FILE(&kSample, kEncoder, path.c_str()); }, 6, {1, kNone});
-    sweep([&] { return read_file(path.c_str()); }, 0, {0x4300002B, 0x4300004F, 0x7F010104});
+    sweep([&] { return read(readDER_from_File, path.c_str()); }, 0, {0x4300002B, 0x4300004F, 0x7F010104});
     sweep([&] { return get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA256, digest); }, 32, {0});
 }
 
