@@ -64,7 +64,7 @@ TEST_F(Io, NodesThatAreNotWritten) {
     EXPECT_EQ(ASN1_to_binary(nullptr, &out), kNone);
     EXPECT_EQ(ASN1_to_binary(new_node().get(), &out), kNone);
     const Node broken = node_of("04 01 AA");
-    for (const std::uint8_t length : Octets{0x89, 0x80}) {  // too many octets, none at the end
+    for (const std::uint8_t length : Octets{0xFF, 0x80}) {  // too many octets, none at the end
         *broken->length = length;
         EXPECT_EQ(ASN1_to_binary(broken.get(), &out), kNone);
     }

@@ -128,8 +128,8 @@ std::string outline(const ASN1_UNIT *node) {
     std::string text = hex_of(node->tag, 1) + "(";
     for (std::uint32_t i = 0, type = 0; (type = getChildType(node, i)) != 0xFFFFFFFF; ++i) {
         const auto identifier = static_cast<std::uint8_t>(type);
-        const Node child((type & 0x20) != 0 ? static_cast<ASN1_UNIT *>(getDERChildAt(node, i, type & 0x1F))
-                                            : nullptr);
+        const std::uint32_t as = type == 0x24 ? 33 : type >= 0x80 ? 16 : type & 0x1F;
+        const Node child(static_cast<ASN1_UNIT *>((type & 0x20) != 0 ? getDERChildAt(node, i, as) : nullptr));
         text += (i > 0 ? " " : "") + (child != nullptr ? outline(child.get()) : hex_of(&identifier, 1));
     }
     return text + ")";
@@ -143,14 +143,15 @@ std::uint32_t decode_outline(const ASN1_UNIT *node, void **out) {
 /// RFC 5652 and RFC 5083, streamed: the content has an indefinite length, what follows it a definite one.
 TEST_F(OpensslOutput, InIndefiniteLengths) {
     folder_.write("text", std::string(5000, 'x'));
-    folder_.run("openssl req -x509 -newkey rsa:2048 -nodes -subj /CN=a -keyout key -out certificate");
+    const std::string key = TLX_TEST_DATA "/keys/rsa-0.pem";
+    folder_.run("openssl req -x509 -subj /CN=a -key " + key + " -out certificate");
     const std::string in = " -stream -binary -in text -outform ";
     struct {
-        const char *command, *outline;
+        std::string command, outline;
         bool without_length;  // whether it is also read without its length
     } const cases[] = {
         {"cms -data_create", "30(06 A0(24(04 04)))", true},
-        {"cms -sign -nodetach -noattr -nocerts -signer certificate -inkey key",
+        {"cms -sign -nodetach -noattr -nocerts -signer certificate -inkey " + key,
          "30(06 A0(30(02 31(30(06)) 30(06 A0(24(04 04))) 31(30(02 30(30(31(30(06 0C))) 02) 30(06) 30(06 05) "
          "04)))))",
          false},
@@ -167,7 +168,7 @@ TEST_F(OpensslOutput, InIndefiniteLengths) {
         void *out = &found;
         EXPECT_EQ(readDER_from_File(&out, decode_outline, folder_.path("out").c_str()), 0U);
         EXPECT_EQ(found, each.outline);
-        folder_.run(std::string("openssl ") + each.command + in + "PEM -out out");
+        folder_.run("openssl " + each.command + in + "PEM -out out");
         found = "";
         EXPECT_EQ(readPEM_from_File(&out, decode_outline, folder_.path("out").c_str()), 0U);
         EXPECT_EQ(found, each.outline);
