@@ -58,7 +58,7 @@ class Io : public ::testing::Test {
     LeakCheck leaks_;
 };
 
-TEST_F(Io, NodesThatAreNotWritten) {
+TEST_F(Io, NodesThatCannotBeWritten) {
     std::uint8_t unused = 0;
     std::uint8_t *out = &unused;
     EXPECT_EQ(ASN1_to_binary(nullptr, &out), kNone);
@@ -72,7 +72,7 @@ TEST_F(Io, NodesThatAreNotWritten) {
     EXPECT_EQ(ASN1_to_binary(node_of("04 00").get(), nullptr), kNone);
 }
 
-TEST_F(Io, ReadingRecords) {
+TEST_F(Io, RecordsFromOctetsAndFiles) {
     const CommandFolder folder;
     const std::string path = folder.path("file");
     struct {
