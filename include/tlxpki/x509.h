@@ -126,11 +126,12 @@ TLXPKI_API int32_t cmp_X509_CERT(const X509_CERT *a, const X509_CERT *b);
 TLXPKI_API uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out);
 
 /**
- * The octets that a decoded certificate was read from; null when there are none. They stay the certificate's.
- * A setter that succeeds drops them, and so does signing.
- * @param length receives how many; may be null
+ * The octets that a decoded certificate was read from. A setter that succeeds drops them, and so does
+ * signing.
+ * @param out receives a copy, freed with tlx_free()
+ * @return how many; 0 for a null argument, a certificate without them, and when memory runs out
  */
-TLXPKI_API const uint8_t *get_X509_received(const X509_CERT *cert, uint32_t *length);
+TLXPKI_API uint32_t get_X509_received(const X509_CERT *cert, uint8_t **out);
 
 /**
  * Checks that a certificate, written anew, is octet for octet what was received. Where it is not, its

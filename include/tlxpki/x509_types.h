@@ -153,8 +153,8 @@ typedef struct X509_CERT {
     X509_TBS_CERT *tbsCertificate;         /**< made together with the certificate */
     OBJECT_IDENTIFIER *signatureAlgorithm; /**< the algorithm only, without parameters */
     BIT_STRING *signatureValue;
-    uint8_t *received;       /**< the octets that the decoder was given, or null; never written */
-    uint32_t receivedLength; /**< how many */
+    struct TLX_RECEIVED
+        *received; /**< the octets that the decoder was given, for get_X509_received(); or null */
 } X509_CERT;
 
 /** X509_CERT entries. */

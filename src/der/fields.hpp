@@ -5,7 +5,7 @@
 
 #include <type_traits>
 
-#include "der/memory.hpp"
+#include "der/received.hpp"
 #include "der/value_kinds.hpp"
 
 namespace tlx {
@@ -336,43 +336,24 @@ constexpr KeptWord<R, T> kept_word(T R::*member) noexcept {
     return {member};
 }
 
-/// The octets of the whole record as they were received, never written.
-template <typename R>
-struct ReceivedField {
-    u8 *R::*octets;
-    u32 R::*length;
+struct Received {
+    using type = TLX_RECEIVED;
+    static type *dup(const type *received) noexcept { return dup_received(received); }
+    static void free(type *received) noexcept { free_received(received); }
+};
 
-    void clear(R &record) const noexcept {
-        tlx_free(record.*octets);
-        record.*octets = nullptr;
-        record.*length = 0;
-    }
-    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
-        if (from.*octets == nullptr) return true;
-        to.*octets = copy_terminated({from.*octets, from.*length});
-        to.*length = from.*length;
-        return to.*octets != nullptr;
-    }
-    [[nodiscard]] bool absent(const R & /*record*/) const noexcept { return true; }
-    [[nodiscard]] u32 read(Cursor & /*children*/, R &record) const noexcept {
-        clear(record);
-        return 0;
-    }
+/// The octets of the whole record as they were received.
+template <typename R>
+struct ReceivedField : KeptField<R, Received> {
     /// Called when every field has been read. False when memory runs out.
     [[nodiscard]] bool receive(const Element &element, R &record) const noexcept {
-        const std::size_t size = whole_size(element);
-        auto *copy = size <= kMaxLength ? static_cast<u8 *>(TLX_ALLOCATE(size)) : nullptr;
-        if (copy == nullptr) return false;
-        copy_whole(element, copy);
-        record.*octets = copy;
-        record.*length = static_cast<u32>(size);
-        return true;
+        record.*(this->member) = keep_received(element);
+        return record.*(this->member) != nullptr;
     }
-    void write(Encoder & /*out*/, const R & /*record*/) const noexcept {}
 };
 template <typename R>
-constexpr ReceivedField<R> received(u8 *R::*octets, u32 R::*length) noexcept {
-    return {octets, length};
+constexpr ReceivedField<R> received(TLX_RECEIVED *R::*member) noexcept {
+    return {{member}};
 }
 
 /// A described record that lies in this one, not behind a pointer.

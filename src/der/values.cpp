@@ -175,25 +175,6 @@ bool view_container(const ASN1_UNIT *node, Element &element) noexcept {
     return (node != nullptr && node->tag == nullptr) || view_node(node, element);
 }
 
-std::size_t whole_size(const Element &element) noexcept {
-    if (!element.whole.empty()) return element.whole.size();
-    const std::size_t trailer = element.indefinite ? kEndOfContentsSize : 0;
-    return 1 + element.length_octets.size() + element.contents.size() + trailer;
-}
-
-void copy_whole(const Element &element, u8 *room) noexcept {
-    const auto append = [&room](Bytes octets) {
-        if (!octets.empty()) std::memcpy(room, octets.data(), octets.size());
-        room += octets.size();
-    };
-    if (!element.whole.empty()) return append(element.whole);
-    constexpr u8 kEndOfContents[kEndOfContentsSize] = {};
-    append({&element.tag, 1});
-    append(element.length_octets);
-    append(element.contents);
-    if (element.indefinite) append(kEndOfContents);
-}
-
 u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept {
     const auto part = [](Bytes octets) { return const_cast<u8 *>(octets.data()); };
     u8 *value = part(element.contents);

@@ -52,12 +52,6 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 /// The same for a decoder of children: a node that is not started has none.
 [[nodiscard]] bool view_container(const ASN1_UNIT *node, Element &element) noexcept;
 
-/// How many octets an element has, identifier and length octets included, also when its parts do not lie side
-/// by side.
-[[nodiscard]] std::size_t whole_size(const Element &element) noexcept;
-/// Writes them into room for so many.
-void copy_whole(const Element &element, u8 *room) noexcept;
-
 /// Decodes an element where it lies: decoders only read their node, which need not own its parts. Returns the
 /// decoder's status.
 [[nodiscard]] u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept;

@@ -67,28 +67,18 @@ struct SignedPart : Field<X509_CERT, Passing<X509_TBS_CERT>> {
 
 // Certificate ::= SEQUENCE {
 //     tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
-constexpr auto kCertificate = record<X509_CERT>(
-    beginning(), SignedPart{field<Passing<X509_TBS_CERT>>(&X509_CERT::tbsCertificate)},
-    field<SignatureAlgorithm>(&X509_CERT::signatureAlgorithm), field<Bits>(&X509_CERT::signatureValue),
-    received(&X509_CERT::received, &X509_CERT::receivedLength));
+constexpr auto kCertificate =
+    record<X509_CERT>(beginning(), SignedPart{field<Passing<X509_TBS_CERT>>(&X509_CERT::tbsCertificate)},
+                      field<SignatureAlgorithm>(&X509_CERT::signatureAlgorithm),
+                      field<Bits>(&X509_CERT::signatureValue), received(&X509_CERT::received));
 
 }  // namespace
 
 namespace tlx {
 
-Bytes received_octets(const X509_CERT &cert) noexcept {
-    return {cert.received, cert.received != nullptr ? cert.receivedLength : 0};
-}
-
 void forget_received(X509_CERT &cert) noexcept {
-    tlx_free(cert.received);
+    free_received(cert.received);
     cert.received = nullptr;
-    cert.receivedLength = 0;
-}
-
-bool is_as_received(const X509_CERT &cert, const Encoder &written) noexcept {
-    const Bytes octets = received_octets(cert);
-    return octets.empty() || (written.ok() && std::ranges::equal(written.bytes(), octets));
 }
 
 }  // namespace tlx
@@ -135,21 +125,25 @@ uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {
 
 uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out) {
     if (cert == nullptr || out == nullptr) return 0xFFFFFFFF;
-    Bytes der = received_octets(*cert);
+    const OwnedOctets<u8> received(join_received(cert->received));
+    Bytes der(received.get(), received ? received_size(cert->received) : 0);
     Encoder encoder;
-    if (der.empty()) {
+    if (cert->received == nullptr) {
         Codec<X509_CERT>::encode(encoder, cert);
-        if (!encoder.ok()) return 0xFFFFFFFF;
         der = encoder.bytes();
     }
     u32 length = 0;
+    if (!encoder.ok() || der.empty()) return 0xFFFFFFFF;
     if (Digest(digest_id, der.data(), static_cast<u32>(der.size()), out, &length) != 0) return 0xFFFFFFFF;
     return length;
 }
 
-const uint8_t *get_X509_received(const X509_CERT *cert, uint32_t *length) {
-    if (length != nullptr) *length = cert == nullptr ? 0 : cert->receivedLength;
-    return cert == nullptr ? nullptr : cert->received;
+uint32_t get_X509_received(const X509_CERT *cert, uint8_t **out) {
+    if (cert == nullptr || cert->received == nullptr || out == nullptr) return 0;
+    u8 *octets = join_received(cert->received);
+    if (octets == nullptr) return 0;
+    *out = octets;
+    return static_cast<u32>(received_size(cert->received));
 }
 
 uint32_t check_X509_received(const X509_CERT *cert) {
@@ -158,7 +152,8 @@ uint32_t check_X509_received(const X509_CERT *cert) {
     Encoder encoder;
     Codec<X509_CERT>::encode(encoder, cert);
     if (encoder.out_of_memory()) return 0x4630003C;
-    return is_as_received(*cert, encoder) ? 0 : 0x46300048;
+    ReceivedReader received(cert->received);
+    return encoder.ok() && received.takes(encoder.bytes()) && received.at_end() ? 0 : 0x46300048;
 }
 
 uint32_t get_X509_version(const X509_CERT *cert) {

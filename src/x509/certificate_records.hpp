@@ -75,12 +75,8 @@ using CertificateSet = SetOf<Passing<X509_CERT>>;
 /// use after a failure.
 [[nodiscard]] u32 encode_tbs(Encoder &out, const X509_TBS_CERT *tbs) noexcept;
 
-/// The octets that a certificate was decoded from; empty when there are none.
-[[nodiscard]] Bytes received_octets(const X509_CERT &cert) noexcept;
-/// Drops them: whoever changes a certificate does so.
+/// Drops the octets that a certificate was decoded from: whoever changes it does so.
 void forget_received(X509_CERT &cert) noexcept;
-/// True when the certificate as written is, octet for octet, what was received, or when nothing was.
-[[nodiscard]] bool is_as_received(const X509_CERT &cert, const Encoder &written) noexcept;
 
 /// Replaces a time by a copy. False when memory runs out; the time stays then.
 [[nodiscard]] bool copy_time(X509_TIME &to, const X509_TIME &from) noexcept;

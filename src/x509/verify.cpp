@@ -45,20 +45,16 @@ class Rewritten {
     }
     /// Compares what was received with header, signed part, algorithm and signature.
     [[nodiscard]] bool comes_back(const X509_CERT &cert) noexcept {
-        Element whole;
-        const Bytes received = received_octets(cert);
-        if (received.empty()) return true;
-        if (!read_element(received, whole) || whole.tag != kSequence || whole.whole.size() != received.size())
-            return false;
-        u8 length[5];
-        const std::size_t count = write_length(static_cast<u32>(whole.contents.size()), length);
+        if (cert.received == nullptr) return true;
         Encoder rest;
         SignatureAlgorithm::encode(rest, cert.signatureAlgorithm, kSequence);
         rest.bit_string(cert.signatureValue);
-        return rest.ok() && std::ranges::equal(whole.length_octets, Bytes(length, count)) &&
-               whole.contents.size() == signed_part_.size() + rest.bytes().size() &&
-               std::ranges::equal(whole.contents.first(signed_part_.size()), signed_part_) &&
-               std::ranges::equal(whole.contents.subspan(signed_part_.size()), rest.bytes());
+        const std::size_t size = signed_part_.size() + rest.bytes().size();
+        u8 length[5];
+        const Bytes length_octets(length, write_length(static_cast<u32>(size), length));
+        ReceivedReader received(cert.received);
+        return rest.ok() && received.takes({&kSequence, 1}) && received.takes(length_octets) &&
+               received.takes(signed_part_) && received.takes(rest.bytes()) && received.at_end();
     }
 
     Encoder der_;
