@@ -7,6 +7,7 @@
 #include "commands.hpp"
 #include "document.hpp"
 #include "failure.hpp"
+#include "oid_names.hpp"
 #include "status.hpp"
 
 namespace tool {
@@ -24,21 +25,20 @@ std::optional<uint32_t> number_of(std::string_view text, int base) {
     return number;
 }
 
-/// The row that a text names: an index, a dotted text, a short name or else a long name.
-std::optional<int32_t> row_of(const std::string &text) {
-    const auto size = static_cast<uint32_t>(text.size());
-    if (const std::optional<uint32_t> index = number_of(text, 10)) {
-        if (*index >= TLX_OID_COUNT) return std::nullopt;
-        return static_cast<int32_t>(*index);
-    }
-    for (const auto look_up : {index_from_oid_string, index_from_sn, index_from_ln}) {
-        if (const uint32_t index = look_up(text.data(), size)) return static_cast<int32_t>(index);
-    }
-    return std::nullopt;
-}
-
 Json identifier_or_none(uint32_t identifier) {
     return identifier == 0 ? Json() : Json(code_text(identifier));
+}
+
+/// An entry of the command's own list, which has no index. The library has no algorithm for any of them.
+Json describe_name(const OidName *name) {
+    return {{"index", nullptr},
+            {"short_name", name->short_name},
+            {"long_name", name->long_name},
+            {"dotted", name->dotted},
+            {"digest", nullptr},
+            {"cipher", nullptr},
+            {"class", 0},
+            {"class_name", kAlgorithmClasses[0]}};
 }
 
 Json describe_row(int32_t index) {
@@ -79,12 +79,15 @@ int run_oid(const LookUpOptions &options) {
     Json rows = Json::array();
     int result = kGood;
     for (const std::string &text : options.texts) {
-        if (const std::optional<int32_t> index = row_of(text)) {
-            rows.push_back(describe_row(*index));
-            continue;
+        const OidMatches matches = find_oids(text);
+        for (const int32_t index : matches.rows) {
+            rows.push_back(describe_row(index));
         }
-        std::cerr << "tlxpki: \"" << printable(text) << "\" is not in the registry (rows 0 to "
-                  << TLX_OID_COUNT - 1 << ")\n";
+        for (const OidName *name : matches.names) {
+            rows.push_back(describe_name(name));
+        }
+        if (!matches.empty()) continue;
+        std::cerr << "tlxpki: no object identifier is known by \"" << printable(text) << "\"\n";
         result = kNotValid;
     }
     print_documents(rows, options.json);

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <optional>
 
+#include "block_kind.hpp"
 #include "commands.hpp"
 #include "describe.hpp"
 #include "failure.hpp"
@@ -20,25 +21,7 @@ std::string_view first_line(const Input &file) {
 }
 
 ASN1_UNIT *decode_node(const Block &block) {
-    expect_one_element(block);
     return decodeToDERSequence_n(block.octets.data(), static_cast<uint32_t>(block.octets.size()));
-}
-
-/// The kind of a block by the children of its outermost SEQUENCE.
-enum class Kind { kCertificate, kPublicKeyInfo, kRsaPublic, kRsaPrivate, kOther };
-
-Kind kind_of(const Block &block) {
-    const Node node(decode_node(block));
-    const uint32_t count = getSequenceChildNum(node.get());
-    const auto is = [&node](uint32_t index, uint32_t tag) { return getChildType(node.get(), index) == tag; };
-    if (count == 3 && is(0, TLX_TAG_SEQUENCE_OCTET) && is(1, TLX_TAG_SEQUENCE_OCTET) &&
-        is(2, TLX_TAG_BIT_STRING)) {
-        return Kind::kCertificate;
-    }
-    if (count == 2 && is(0, TLX_TAG_SEQUENCE_OCTET) && is(1, TLX_TAG_BIT_STRING)) return Kind::kPublicKeyInfo;
-    if (count == 2 && is(0, TLX_TAG_INTEGER) && is(1, TLX_TAG_INTEGER)) return Kind::kRsaPublic;
-    if (count >= 9 && is(0, TLX_TAG_INTEGER) && is(8, TLX_TAG_INTEGER)) return Kind::kRsaPrivate;
-    return Kind::kOther;
 }
 
 template <typename T>
@@ -112,9 +95,20 @@ Json describe_encrypted_key(const Block &block, std::optional<std::string_view> 
     return json;
 }
 
-Json describe_block(const Block &block, std::optional<std::string_view> password) {
-    if (block.is_encrypted) return describe_encrypted_key(block, password);
-    switch (const Kind kind = kind_of(block)) {
+/// Why show has no words for a kind.
+std::string not_shown(const Block &block, Kind kind) {
+    const std::string subject = block.source + ": " + block_name(block);
+    if (kind == Kind::kOther) {
+        return subject + " is neither a certificate nor an RSA key; try \"tlxpki asn1\"";
+    }
+    const bool is_key = kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8;
+    return subject + " is " + kind_name(kind) +
+           (is_key ? "; show reads private keys in PKCS #1 form only (\"RSA PRIVATE KEY\")"
+                   : "; show reads certificates and RSA keys only, \"tlxpki asn1\" any element");
+}
+
+Json describe_contents(const Block &block, Kind kind) {
+    switch (kind) {
         case Kind::kCertificate:
             return describe_certificate(decode_certificate(block).get(), block.octets);
         case Kind::kPublicKeyInfo:
@@ -122,12 +116,33 @@ Json describe_block(const Block &block, std::optional<std::string_view> password
         case Kind::kRsaPublic:
         case Kind::kRsaPrivate:
             return describe_bare_key(block, kind);
-        case Kind::kOther:
-            break;
+        default:
+            throw Failure(not_shown(block, kind));
     }
-    const std::string what = block.label.empty() ? "the file" : "the " + block.label;
-    throw Failure(block.source + ": " + what +
-                  " is neither a certificate nor an RSA key; try \"tlxpki asn1\"");
+}
+
+Json describe_block(const Block &block, std::optional<std::string_view> password) {
+    if (block.is_encrypted) return describe_encrypted_key(block, password);
+    expect_one_element(block);
+    const Kind kind = kind_of(block);
+    Json json = describe_contents(block, kind);
+    if (is_wrong_label(block.label, kind)) {
+        json["notes"].push_back("this is " + kind_name(kind) + ", although its label is " + block.label);
+    }
+    return json;
+}
+
+/// An object for a block, or for a file that cannot be read, whether it can be described or not.
+template <typename Describe>
+Json described(const std::string &source, const std::string &label, Describe describe) {
+    Json object = {{"source", source}};
+    if (!label.empty()) object["label"] = label;
+    try {
+        object.update(describe());
+    } catch (const Failure &failure) {
+        object["error"] = failure.what();
+    }
+    return object;
 }
 
 void print_extension(std::ostream &out, const Json &extension) {
@@ -139,11 +154,16 @@ void print_extension(std::ostream &out, const Json &extension) {
 }
 
 void print_object(std::ostream &out, Json object) {
-    out << printable(object["source"].get<std::string>()) << ": " << object["kind"].get<std::string>()
-        << '\n';
-    const Json extensions = object.contains("extensions") ? object["extensions"] : Json::array();
-    const Json digests = object.contains("digests") ? object["digests"] : Json::object();
-    for (const char *key : {"source", "kind", "extensions", "digests"}) {
+    const std::string source = printable(object["source"].get<std::string>());
+    if (object.contains("error")) {
+        out << source << ": not shown\n";
+        return;
+    }
+    out << source << ": " << object["kind"].get<std::string>() << '\n';
+    const Json extensions = object.value("extensions", Json::array());
+    const Json last = {{"digests", object.value("digests", Json())},
+                       {"notes", object.value("notes", Json())}};
+    for (const char *key : {"source", "label", "kind", "extensions", "digests", "notes"}) {
         object.erase(key);
     }
     print_text(out, object, 2);
@@ -151,7 +171,50 @@ void print_object(std::ostream &out, Json object) {
     for (const Json &extension : extensions) {
         print_extension(out, extension);
     }
-    if (!digests.empty()) print_text(out, {{"digests", digests}}, 2);
+    for (const auto &[key, value] : last.items()) {
+        if (!value.is_null()) print_text(out, {{key, value}}, 2);
+    }
+}
+
+/// Takes the objects of all files, and prints them as they come, or at the end as JSON.
+class Shower {
+  public:
+    explicit Shower(bool json) : json_(json) {}
+
+    void take(Json object) {
+        if (!json_) {
+            if (!objects_.empty()) std::cout << '\n';
+            print_object(std::cout, object);
+        }
+        if (object.contains("error")) {
+            status_ = kUnusable;
+            std::cout.flush();
+            std::cerr << "tlxpki: " << printable(object["error"].get<std::string>()) << '\n';
+        }
+        objects_.push_back(std::move(object));
+    }
+
+    int finish() const {
+        if (json_) print_json(std::cout, objects_);
+        return status_;
+    }
+
+  private:
+    bool json_;
+    Json objects_ = Json::array();
+    int status_ = kGood;
+};
+
+void show_file(const std::string &path, std::optional<std::string_view> password, Shower &shower) {
+    std::optional<Input> input;
+    const Json unreadable = described(path, "", [&input, &path] {
+        input.emplace(path);
+        return Json::object();
+    });
+    if (!input) return shower.take(unreadable);
+    for (const Block &block : input->blocks()) {
+        shower.take(described(block.source, block.label, [&] { return describe_block(block, password); }));
+    }
 }
 
 }  // namespace
@@ -161,21 +224,11 @@ int run_show(const ShowOptions &options) {
     if (!options.password_file.empty()) password_file.emplace(options.password_file);
     std::optional<std::string_view> password;
     if (password_file) password = first_line(*password_file);
-    Json objects = Json::array();
+    Shower shower(options.json);
     for (const std::string &path : options.files) {
-        const Input input(path);
-        for (const Block &block : input.blocks()) {
-            Json object = {{"source", block.source}};
-            object.update(describe_block(block, password));
-            if (!options.json) {
-                if (!objects.empty()) std::cout << '\n';
-                print_object(std::cout, object);
-            }
-            objects.push_back(std::move(object));
-        }
+        show_file(path, password, shower);
     }
-    if (options.json) print_json(std::cout, objects);
-    return kGood;
+    return shower.finish();
 }
 
 }  // namespace tool

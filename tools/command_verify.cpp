@@ -65,7 +65,8 @@ void print_links(std::ostream &out, const std::vector<Link> &links) {
         const Json link = describe_link(links[depth]);
         const auto text = [&link](const char *key) { return printable(link[key].get<std::string>()); };
         const std::string start = below(depth, depth + 1 < links.size());
-        out << branch(depth) << mark_text(links[depth].mark) << ' ' << text("subject") << '\n'
+        out << branch(depth) << mark_text(links[depth].mark) << ' '
+            << printable(shown_name(get_X509_subject(links[depth].cert))) << '\n'
             << start << "valid      " << text("not_before") << " to " << text("not_after") << '\n'
             << start << "key        " << text("key") << '\n'
             << start << "signature  " << text("signature_algorithm") << '\n';
@@ -155,7 +156,7 @@ void print_verdict(std::ostream &out, const LoadedCertificate &target, const Ver
 std::string verdict_line(const LoadedCertificate &target, const Verdict &verdict) {
     std::string line = mark_text(verdict.is_valid() ? Mark::kGood : Mark::kFailed) + " " +
                        code_text(verdict.status) + " " +
-                       printable(target.source + ": " + name_text(get_X509_subject(target.cert.get())));
+                       printable(target.source + ": " + shown_name(get_X509_subject(target.cert.get())));
     if (!verdict.is_valid()) line += ": " + status_meaning(verdict.status).reason;
     return line;
 }

@@ -45,6 +45,9 @@ Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*c
     return items;
 }
 
+/// The parameters of an RSASSA-PSS signature (RFC 4055, section 3.1), given their element.
+[[nodiscard]] Json describe_pss(Octets parameters);
+
 /// A certificate, with digests of the octets it was read from.
 [[nodiscard]] Json describe_certificate(const X509_CERT *cert, Octets der);
 

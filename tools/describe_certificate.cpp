@@ -1,14 +1,23 @@
 #include "describe.hpp"
+#include "element.hpp"
 
 namespace tool {
 
 namespace {
 
+constexpr char kPss[] = "1.2.840.113549.1.1.10";
+constexpr uint8_t kVersionTag = 0xA0;
+constexpr std::size_t kMostSerialOctets = 0x7F;
+
 std::string digest_of(uint32_t digest_id, Octets octets) {
     uint8_t digest[TLX_DIGEST_MAX_LENGTH];
     uint32_t size = 0;
     must(Digest(digest_id, octets.data(), static_cast<uint32_t>(octets.size()), digest, &size));
-    return hex({digest, size});
+    std::string text = hex({digest, 1});
+    for (uint32_t i = 1; i < size; ++i) {
+        text += ":" + hex({digest + i, 1});
+    }
+    return text;
 }
 
 Json describe_notice(const USER_NOTICE *notice) {
@@ -47,6 +56,47 @@ bool is_kept(const X509_CERT *cert, Octets der) {
     return std::equal(octets, octets + size, der.begin(), der.end());
 }
 
+/// Says whether the certificate is signed with its own key, unless the library cannot verify with that key.
+void add_self_signed(Json &json, const X509_CERT *cert) {
+    const bool self_issued = is_selfSigned(cert) == 0;
+    const uint32_t status = self_issued ? verify_SIG_X509_CERT(cert, get_X509_SPKI(cert)) : 0;
+    if (status != 0 && status != TLX_RSA_BAD_SIGNATURE && status != TLX_KCDSA_BAD_SIGNATURE) return;
+    json["self_signed"] = self_issued && status == 0;
+}
+
+/// TBSCertificate  ::=  SEQUENCE  {
+///      version         [0]  EXPLICIT Version DEFAULT v1,
+///      serialNumber         CertificateSerialNumber,
+///      ...  }
+/// The number in the record has no sign.
+Octets serial_of(Octets der) {
+    const Octets tbs = child_of(der, 0);
+    const Octets first = child_of(tbs, 0);
+    return !first.empty() && first[0] == kVersionTag ? child_of(tbs, 1) : first;
+}
+
+/// Sets the serial number, whose octets are a two's complement.
+void add_serial(Json &json, const X509_CERT *cert, Octets der) {
+    const Octets contents = contents_of(serial_of(der));
+    if (contents.empty() || contents.size() > kMostSerialOctets || contents[0] < 0x80) {
+        json["serial"] = number_hex(get_X509_serial(cert));
+        json["serial_decimal"] = number_text(get_X509_serial(cert));
+        return;
+    }
+    std::vector<uint8_t> element{TLX_TAG_INTEGER, static_cast<uint8_t>(contents.size())};
+    for (const uint8_t octet : contents) {
+        element.push_back(static_cast<uint8_t>(~octet));
+    }
+    // The first octet has its high bit clear, so that the one that is added is not carried past it.
+    std::size_t last = element.size() - 1;
+    while (++element[last] == 0) {
+        --last;
+    }
+    const auto magnitude = made<Owned<BIGINT, free_BIGINT>>(decodeToBERInteger(element.data()));
+    json["serial"] = "-" + number_hex(magnitude.get());
+    json["serial_decimal"] = "-" + number_text(magnitude.get());
+}
+
 }  // namespace
 
 Json describe_policies(const CERTIFICATE_POLICIES *policies) {
@@ -55,23 +105,25 @@ Json describe_policies(const CERTIFICATE_POLICIES *policies) {
 }
 
 Json describe_certificate(const X509_CERT *cert, Octets der) {
-    Json json = {{"kind", "certificate"},
-                 {"version", get_X509_version(cert) + 1},
-                 {"serial", number_hex(get_X509_serial(cert))},
-                 {"serial_decimal", number_text(get_X509_serial(cert))},
-                 {"subject", name_text(get_X509_subject(cert))},
+    Json json = {{"kind", "certificate"}, {"version", get_X509_version(cert) + 1}};
+    add_serial(json, cert, der);
+    json.update({{"subject", name_text(get_X509_subject(cert))},
                  {"issuer", name_text(get_X509_issuer(cert))},
                  {"not_before", time_text(get_X509_notBefore(cert))},
-                 {"not_after", time_text(get_X509_notAfter(cert))},
-                 {"signature_algorithm", algorithm_name(get_X509_sig_alg(cert))},
-                 {"public_key", describe_public_key(get_X509_SPKI(cert))}};
+                 {"not_after", time_text(get_X509_notAfter(cert))}});
+    add_self_signed(json, cert);
+    json["signature_algorithm"] = algorithm_name(get_X509_sig_alg(cert));
+    const Octets parameters = child_of(child_of(der, 1), 1);
+    if (dotted_text(get_X509_sig_alg(cert)) == kPss) json["pss"] = describe_pss(parameters);
+    json["public_key"] = describe_public_key(get_X509_SPKI(cert));
     json["extensions"] = describe_items(get_X509_extensions(cert), get_X509_EXTENSION_count,
                                         get_X509_EXTENSION, describe_extension);
     json["digests"] = {{"sha1", digest_of(TLX_DIGEST_SHA1, der)},
                        {"sha256", digest_of(TLX_DIGEST_SHA256, der)}};
     if (!is_kept(cert, der)) {
-        json["note"] =
-            "this certificate is not written as it was read, so that its signature will not verify";
+        json["notes"].push_back(
+            "the library does not write this certificate as it was read, so that its "
+            "signature does not verify");
     }
     return json;
 }

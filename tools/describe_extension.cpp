@@ -79,13 +79,13 @@ Json describe_policy_constraints(const POLICY_CONSTRAINTS *constraints) {
 Json describe_authority_key(const AUTHORITY_KEYID *identifier) {
     Json json = Json::object();
     if (identifier->keyIdentifier != nullptr) {
-        json["key_identifier"] = hex(octets_of(identifier->keyIdentifier));
+        json["authority_key_identifier"] = hex(octets_of(identifier->keyIdentifier));
     }
     if (identifier->authorityCertIssuer != nullptr) {
-        json["issuer"] = describe_general_names(identifier->authorityCertIssuer);
+        json["authority_issuer"] = describe_general_names(identifier->authorityCertIssuer);
     }
     if (identifier->authorityCertSerialNumber != nullptr) {
-        json["serial"] = number_hex(identifier->authorityCertSerialNumber);
+        json["authority_serial"] = number_hex(identifier->authorityCertSerialNumber);
     }
     return json;
 }

@@ -60,7 +60,7 @@ Json describe_other_name(const OTHERNAME *name) {
     if ((type == kIdentityData || type == kFormerIdentityData) && identity_of(name, identity)) {
         return {{"kisa_identity", identity}};
     }
-    return {{"other_name", {{"type", oid_json(name->type_id)}, {"value", text_of(name->value)}}}};
+    return {{"other_name", {{"type_id", oid_json(name->type_id)}, {"value", text_of(name->value)}}}};
 }
 
 Json describe_edi_party(const EDIPARTYNAME *name) {

@@ -14,19 +14,12 @@ constexpr std::size_t kWrapAt = 64;
 constexpr uint32_t kMostDecimalBits = 256;
 
 std::string label_of(const std::string &key) {
-    static const std::map<std::string, std::string> kLabels = {{"ca", "CA"},
-                                                               {"cps", "CPS"},
-                                                               {"crl_issuer", "CRL issuer"},
-                                                               {"dns", "DNS"},
-                                                               {"ip", "IP address"},
-                                                               {"kisa_identity", "KISA identity"},
-                                                               {"oid", "OID"},
-                                                               {"sha1", "SHA-1"},
-                                                               {"sha256", "SHA-256"},
-                                                               {"uri", "URI"},
-                                                               {"virtual_id", "Virtual ID"},
-                                                               {"id_type", "ID type"},
-                                                               {"code", "Status"}};
+    static const std::map<std::string, std::string> kLabels = {
+        {"ca", "CA"},           {"cps", "CPS"},       {"crl_issuer", "CRL issuer"},
+        {"dns", "DNS"},         {"ip", "IP address"}, {"kisa_identity", "KISA identity"},
+        {"oid", "OID"},         {"pss", "PSS"},       {"sha1", "SHA-1"},
+        {"sha256", "SHA-256"},  {"uri", "URI"},       {"virtual_id", "Virtual ID"},
+        {"id_type", "ID type"}, {"code", "Status"}};
     const auto known = kLabels.find(key);
     if (known != kLabels.end()) return known->second;
     std::string label = key;
@@ -76,6 +69,7 @@ std::string line_of(const Json &value) {
     if (is_oid(value)) return printable(oid_line(value));
     if (value.is_null()) return "none";
     if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
+    if (value == "") return "(empty)";
     if (value.is_string()) return printable(value.get<std::string>());
     if (!value.is_array()) return value.dump();
     std::string line;

@@ -74,4 +74,25 @@ Element read_element(Octets octets, std::size_t offset, std::size_t end) {
     return element;
 }
 
+Octets child_of(Octets element, std::size_t index) {
+    try {
+        const Element parent = read_element(element, 0, element.size());
+        std::size_t offset = parent.contents();
+        while (offset < parent.end()) {
+            const Element child = read_element(element, offset, parent.end());
+            if (child.indefinite) break;
+            if (index-- == 0) return element.subspan(offset, child.end() - offset);
+            offset = child.end();
+        }
+    } catch (const BrokenElement &) {
+        return {};
+    }
+    return {};
+}
+
+Octets contents_of(Octets element) {
+    if (element.empty()) return {};
+    return element.subspan(read_element(element, 0, element.size()).contents());
+}
+
 }  // namespace tool

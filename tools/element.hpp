@@ -39,4 +39,11 @@ class BrokenElement : public std::runtime_error {
 /// complete or the contents reach past end.
 [[nodiscard]] Element read_element(Octets octets, std::size_t offset, std::size_t end);
 
+/// The child of an element at an index, with its header; empty when there is none, and where a length is
+/// indefinite or wrong.
+[[nodiscard]] Octets child_of(Octets element, std::size_t index);
+
+/// The contents of an element that child_of() gave.
+[[nodiscard]] Octets contents_of(Octets element);
+
 }  // namespace tool

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "block_kind.hpp"
 #include "element.hpp"
 #include "failure.hpp"
 #include "status.hpp"
@@ -63,7 +64,7 @@ std::size_t find_first_block(std::string_view text) {
 std::string label_at(std::string_view text, std::size_t at, const std::string &source) {
     const std::size_t line_end = std::min(text.find_first_of("\r\n", at), text.size());
     const std::size_t end = text.find(kDashes, at);
-    if (end >= line_end) throw Failure(source + ": the line that begins or ends it is not complete");
+    if (end >= line_end) throw Failure(source + ": its BEGIN or END line is not complete");
     return std::string(text.substr(at, end - at));
 }
 
@@ -73,6 +74,16 @@ std::string_view without_headers(std::string_view body) {
     if (colon == std::string_view::npos) return body;
     const std::size_t end = std::min(body.find("\n\n", colon), body.find("\n\r\n", colon));
     return body.substr(std::min(end, body.size()));
+}
+
+/// What the blocks of a file are that are labelled as no certificates: "; the X509 CRL is ...".
+std::string what_it_holds(const Input &input) {
+    std::string text;
+    for (const Block &block : input.blocks()) {
+        const std::string name = block.is_encrypted ? "encrypted" : kind_name(kind_of(block));
+        if (!name.empty()) text += "; " + block_name(block) + " is " + name;
+    }
+    return text;
 }
 
 }  // namespace
@@ -98,8 +109,9 @@ void Input::split_pem(const std::string &path, std::string_view text, std::size_
         if (end == std::string_view::npos) {
             throw Failure(block.source + ": has no \"-----END " + block.label + "-----\"");
         }
-        if (label_at(text, end + kEnd.size(), block.source) != block.label) {
-            throw Failure(block.source + ": begins as " + block.label + ", but does not end so");
+        const std::string end_label = label_at(text, end + kEnd.size(), block.source);
+        if (end_label != block.label) {
+            throw Failure(block.source + ": begins as " + block.label + ", but ends as " + end_label);
         }
         const std::size_t after = end + kEnd.size() + block.label.size() + kDashes.size();
         block.text = text.substr(begin, after - begin);
@@ -141,6 +153,10 @@ Certificate decode_certificate(const Block &block) {
     if (block.octets[0] != TLX_TAG_SEQUENCE_OCTET) {
         throw Failure(block.source + ": is no certificate: it is no SEQUENCE");
     }
+    const Kind kind = kind_of(block);
+    if (kind != Kind::kCertificate && kind != Kind::kOther) {
+        throw Failure(block.source + ": is no certificate, but " + kind_name(kind));
+    }
     X509_CERT *cert = nullptr;
     const uint32_t status =
         readDER_from_Buffer(reinterpret_cast<void **>(&cert), TLX_DECODER(Seq_to_X509_CERT),
@@ -157,7 +173,7 @@ std::vector<LoadedCertificate> load_certificates(const std::string &path) {
             certificates.push_back({decode_certificate(block), block.source});
         }
     }
-    if (certificates.empty()) throw Failure(path + ": holds no certificate");
+    if (certificates.empty()) throw Failure(path + ": holds no CERTIFICATE" + what_it_holds(input));
     return certificates;
 }
 

@@ -51,13 +51,13 @@ CLI::App *add_verify(CLI::App &app, CommandLine &line) {
         "usage); warnings tell of constraints that a valid path holds, but that were not applied.\n\n"
         "Example: tlxpki verify --anchor root.pem --pool ca.pem user.pem");
     add_repeated(command, "--anchor", line.verify.anchors, "FILE",
-                 "Certificates to trust; they join the pool, too");
+                 "Certificates to trust; they also join the pool");
     command->get_option("--anchor")->required();
     add_repeated(command, "--pool", line.verify.pool, "FILE", "Certificates to find issuers among");
     add_repeated(command, "--policy", line.verify.policies, "OID",
-                 "A policy that is acceptable, by dotted text or name; without any, all are");
+                 "An acceptable policy, by dotted text or name; by default every policy is");
     command->add_flag("--no-explicit-policy", line.no_explicit_policy,
-                      "Accept paths that no policy holds for (by default one is required)");
+                      "Accept paths without a valid policy; by default one is required");
     command
         ->add_option("--max-length", line.verify.max_length,
                      "At most N + 1 certificates may stand below the anchor's (default 3)")
@@ -88,7 +88,7 @@ CLI::App *add_asn1(CLI::App &app, CommandLine &line) {
         app.add_subcommand("asn1", "Show the tree of ASN.1 elements in a DER, BER or PEM file");
     command->footer(
         "A line for each element: offset, header octets, length of the contents, type and value.\n"
-        "A broken element is shown where it stands and ends the tree, with exit status 2.");
+        "A broken element ends the tree; the exit status is 2 then.");
     command->add_flag("--full", line.asn1.full, "Show long values whole");
     add_json(command, line.asn1.json);
     command->add_option("FILE", line.asn1.file, "The file")->type_name("")->required();
@@ -124,9 +124,9 @@ int run(const std::vector<std::string> &arguments) {
     const CLI::App *verify = add_verify(app, line);
     const CLI::App *show = add_show(app, line);
     const CLI::App *asn1 = add_asn1(app, line);
-    const CLI::App *oid = add_look_up(app, "oid", "Look up object identifiers in the registry", "TEXT",
-                                      "Short name, long name, dotted text or index", line.oid);
-    const CLI::App *status = add_look_up(app, "status", "Tell what status codes mean", "CODE",
+    const CLI::App *oid = add_look_up(app, "oid", "Look up object identifiers", "TEXT",
+                                      "Dotted text, index, or a name or part of one in any case", line.oid);
+    const CLI::App *status = add_look_up(app, "status", "Show what status codes mean", "CODE",
                                          "Status codes, like 0x53100054", line.status);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");

@@ -50,7 +50,7 @@ std::string extension_warning(const X509_EXTENSION *extension) {
     const std::string name = oid_line(oid_json(object));
     if (contains(kNotApplied, oid)) return name + " is not applied";
     const bool unheeded = get_X509_EXTENSION_critical(extension) != 0 && !contains(kNoSurprise, oid);
-    return unheeded ? name + " is critical, but not looked at" : "";
+    return unheeded ? name + " is critical, but ignored" : "";
 }
 
 }  // namespace
@@ -61,7 +61,7 @@ std::vector<std::string> path_warnings(const X509_CERTIFICATES *path) {
     for (uint32_t i = 0; i < get_X509_CERTIFICATES_count(path); ++i) {
         const X509_CERT *cert = get_X509_CERTIFICATES_child(path, static_cast<int32_t>(i));
         const auto warn = [&warnings, cert](const std::string &text) {
-            if (!text.empty()) warnings.push_back(name_text(get_X509_subject(cert)) + ": " + text);
+            if (!text.empty()) warnings.push_back(shown_name(get_X509_subject(cert)) + ": " + text);
         };
         if (i > 0) {
             warn(issuer_warning(cert, cas_below));

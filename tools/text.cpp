@@ -1,7 +1,10 @@
 #include "text.hpp"
 
 #include <array>
+#include <chrono>
 #include <cstdio>
+
+#include "oid_names.hpp"
 
 namespace tool {
 
@@ -77,6 +80,34 @@ bool from_korean(const std::string &octets, std::string &utf8) {
     const Owned<UTF8_STRING, free_UTF8_STRING> owner(converted);
     utf8.assign(reinterpret_cast<const char *>(converted->data), static_cast<std::size_t>(converted->length));
     return true;
+}
+
+/// The minutes that a time ending in "+hhmm" or "-hhmm" is ahead of UTC.
+std::chrono::minutes offset_of(const ASN1_STRING *time) {
+    constexpr std::size_t kLength = 5;
+    const Octets octets = octets_of(time);
+    if (octets.size() < kLength) return {};
+    const Octets offset = octets.last(kLength);
+    if (offset[0] != '+' && offset[0] != '-') return {};
+    const auto digits = [&offset](std::size_t at) { return 10 * (offset[at] - '0') + offset[at + 1] - '0'; };
+    return std::chrono::minutes((60 * digits(1) + digits(3)) * (offset[0] == '-' ? -1 : 1));
+}
+
+/// RFC 3339, in UTC.
+std::string rfc3339(const ASN1_TIME &local, std::chrono::minutes offset) {
+    using namespace std::chrono;
+    const sys_days date = year(local.year + 1900) / (local.month + 1) / local.day;
+    const sys_seconds moment =
+        date + hours(local.hour) + minutes(local.minute) + seconds(local.second) - offset;
+    const sys_days midnight = floor<days>(moment);
+    const year_month_day utc(midnight);
+    const hh_mm_ss clock(moment - midnight);
+    std::array<char, 64> text{};
+    (void)std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                        static_cast<int>(utc.year()), static_cast<unsigned>(utc.month()),
+                        static_cast<unsigned>(utc.day()), static_cast<int>(clock.hours().count()),
+                        static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()));
+    return text.data();
 }
 
 /// RFC 4514, section 2.4.
@@ -183,12 +214,17 @@ std::string dotted_text(const OBJECT_IDENTIFIER *oid) {
 
 std::string short_name(const std::string &dotted) {
     const uint32_t row = index_from_oid_string(dotted.data(), static_cast<uint32_t>(dotted.size()));
-    return row == 0 ? std::string() : sn_from_index(static_cast<int32_t>(row));
+    if (row != 0) return sn_from_index(static_cast<int32_t>(row));
+    const OidName *name = find_oid_name(dotted);
+    return name == nullptr ? std::string() : name->short_name;
 }
 
 std::string algorithm_name(const OBJECT_IDENTIFIER *oid) {
     const uint32_t row = index_from_OBJECT_IDENTIFIER(oid);
-    return row == 0 ? dotted_text(oid) : ln_from_index(static_cast<int32_t>(row));
+    if (row != 0) return ln_from_index(static_cast<int32_t>(row));
+    const std::string dotted = dotted_text(oid);
+    const OidName *name = find_oid_name(dotted);
+    return name == nullptr ? dotted : name->long_name;
 }
 
 std::string name_text(const X509_NAME *name) {
@@ -205,18 +241,19 @@ std::string name_text(const X509_NAME *name) {
         out += type.empty() || type.find(' ') != std::string::npos ? dotted : type;
         out += "=" + (is_text ? escaped(value) : "#" + hex(octets_of(data)));
     }
-    return out.empty() ? "(empty name)" : out;
+    return out;
+}
+
+std::string shown_name(const X509_NAME *name) {
+    const std::string text = name_text(name);
+    return text.empty() ? "(empty name)" : text;
 }
 
 std::string time_text(const X509_TIME *time) {
     if (time == nullptr) return "(none)";
     const Time calendar(X509_TIME_to_ASN1_TIME(time));
     if (calendar == nullptr) return text_of(time->time) + " (not a time)";
-    std::array<char, 64> text{};
-    (void)std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02dZ", calendar->year + 1900,
-                        calendar->month + 1, calendar->day, calendar->hour, calendar->minute,
-                        calendar->second);
-    return text.data();
+    return rfc3339(*calendar, offset_of(time->time));
 }
 
 }  // namespace tool

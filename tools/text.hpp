@@ -46,10 +46,13 @@ using Octets = std::span<const uint8_t>;
 /// The long name of an algorithm, or its dotted text.
 [[nodiscard]] std::string algorithm_name(const OBJECT_IDENTIFIER *oid);
 
-/// A name by RFC 4514.
+/// A name by RFC 4514; "" for an empty one.
 [[nodiscard]] std::string name_text(const X509_NAME *name);
 
-/// "2020-01-31 12:00:00Z", or the text as it is when it is no time.
+/// The same for messages and trees, where an empty name is "(empty name)".
+[[nodiscard]] std::string shown_name(const X509_NAME *name);
+
+/// A point in time by RFC 3339, in UTC: "2020-01-31T12:00:00Z"; or the text as it is when it is no time.
 [[nodiscard]] std::string time_text(const X509_TIME *time);
 
 }  // namespace tool

@@ -84,7 +84,7 @@ std::string Verifier::issuer_hint(const Verdict &verdict) const {
         const X509_CERT *cert = get_X509_CERTIFICATES_child(pool_.get(), static_cast<int32_t>(i));
         if (same(get_X509_subject(cert), issuer)) return "";
     }
-    return "its issuer " + name_text(issuer) + " is not among the certificates; give it with --pool";
+    return "its issuer " + shown_name(issuer) + " is not among the certificates; give it with --pool";
 }
 
 bool Verifier::trusts_name(const X509_NAME *name) const {

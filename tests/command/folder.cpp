@@ -1,0 +1,50 @@
+#include "folder.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "support/shell.hpp"
+
+namespace command_test {
+
+namespace fs = std::filesystem;
+
+InFolder::InFolder() {
+    const fs::path folder = tlx_test::utf8_path(folder_.path(""));
+    for (const char *data : {"tests/data/chains", "tests/data/x509", "tests/data/keys"})
+        fs::copy(in_source(data), folder);
+    fs::copy_file(in_source("tests/command/issue.sh"), folder / "issue.sh");
+    fs::current_path(folder);
+}
+
+InFolder::~InFolder() {
+    fs::current_path(in_source(""));
+}
+
+std::ostream &operator<<(std::ostream &out, const Result &run) {
+    return out << testing::PrintToString(run.arguments) << "\nexit status " << run.status << "\n"
+               << run.output.substr(0, 4000) << "\nerrors: " << run.errors;
+}
+
+Result run(const Arguments &arguments) {
+    Arguments all = {TLX_COMMAND};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    Result result{arguments, -1, "", ""};
+    result.status = tlx_test::run_program(all, "out.txt", "err.txt");
+    result.output = read_file("out.txt");
+    result.errors = read_file("err.txt");
+    return result;
+}
+
+std::string read_file(const std::string &path) {
+    std::ifstream file(tlx_test::utf8_path(path), std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string in_source(const std::string &name) {
+    return std::string(TLX_SOURCE_DIR) + "/" + name;
+}
+
+}  // namespace command_test

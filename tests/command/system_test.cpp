@@ -1,0 +1,81 @@
+// What needs a system's terminals, shell, devices and file modes.
+#include <filesystem>
+#include <fstream>
+
+#include "folder.hpp"
+#include "support/shell.hpp"
+
+namespace command_test {
+namespace {
+
+using CommandSystem = InFolder;
+
+TEST_F(CommandSystem, OutputThatCannotBeWrittenIsReported) {
+    // A full device, or else no device at all.
+    EXPECT_NE(tlx_test::run_program({TLX_COMMAND, "status", "0"}, "/dev/full", "err.txt"), 0);
+    EXPECT_NE(read_file("err.txt").find("the output cannot be written"), std::string::npos);
+}
+
+/// Whatever a flipped bit makes of a certificate: it is not valid, and only a good exit status comes with
+/// output.
+TEST_F(CommandSystem, CertificatesChangedAnywhere) {
+    (void)folder_.run("openssl x509 -in user.pem -outform DER -out certificate");
+    const std::string der = read_file("certificate");
+    for (std::size_t at = 0; at < der.size(); at += 31) {
+        std::string changed = der;
+        changed[at] = static_cast<char>(changed[at] ^ 0x10);
+        folder_.write("changed", changed);
+        const Result verdict = run({"verify", "--anchor", "root.pem", "--pool", "ca.pem", "changed"});
+        EXPECT_TRUE(verdict.status == 1 || verdict.status == 2) << at << verdict;
+        const Result shown = run({"show", "changed"});
+        EXPECT_EQ(shown.status, shown.output == "changed: not shown\n" ? 2 : 0) << at << shown;
+    }
+}
+
+#ifndef _WIN32
+TEST_F(CommandSystem, FilesThatRefuseToBeRead) {
+    // Nothing is at address 0 of a process.
+    const Result failed = run({"show", "/proc/self/mem"});
+    EXPECT_EQ(failed.status, 2) << failed;
+    EXPECT_EQ(failed.errors, "tlxpki: /proc/self/mem: cannot be read: Input/output error\n");
+    std::filesystem::permissions("root.pem", std::filesystem::perms::none);
+    if (std::ifstream("root.pem").is_open()) return;  // root may read everything
+    EXPECT_EQ(run({"show", "root.pem"}).errors, "tlxpki: root.pem: cannot be read: Permission denied\n");
+}
+
+TEST_F(CommandSystem, ColoursAndTheBarAreForTerminals) {
+    const std::string one = " verify --anchor root.pem --pool ca.pem user.pem";
+    const auto has = [this](const std::string &command, const std::string &part) {
+        return folder_.run(command).find(part) != std::string::npos;
+    };
+    const auto on_terminal = [](const std::string &arguments) {
+        return " script -qc '" TLX_COMMAND + arguments + "' /dev/null";
+    };
+    constexpr char kGreenMark[] = "\033[32m[ok]\033[0m";
+    EXPECT_TRUE(has("TERM=xterm" + on_terminal(one), kGreenMark));
+    EXPECT_TRUE(has("NO_COLOR= TERM=xterm" + on_terminal(one), kGreenMark)) << "empty does not count";
+    EXPECT_FALSE(has("NO_COLOR=1 TERM=xterm" + on_terminal(one), "\033["));
+    EXPECT_FALSE(has("TERM=dumb" + on_terminal(one), "\033["));
+    EXPECT_FALSE(has(TLX_COMMAND + one, "\033["));
+    const std::string two = "TERM=xterm" + on_terminal(one + " flipped.pem; echo status $?");
+    EXPECT_TRUE(has(two, "[####################                    ] 1/2"));
+    EXPECT_TRUE(has(two, "status 1"));
+}
+
+TEST_F(CommandSystem, CompletionCompletes) {
+    folder_.write("unique.file", "");
+    const auto completions = [this](const std::string &words, int current) {
+        return folder_.run("bash -c 'source " + in_source("tools/completion/tlxpki") +
+                           "; COMP_WORDS=(tlxpki " + words + "); COMP_CWORD=" + std::to_string(current) +
+                           "; _tlxpki; echo \"${COMPREPLY[*]}\"'");
+    };
+    EXPECT_EQ(completions("s", 1), "show status\n");
+    EXPECT_EQ(completions("verify --p", 2), "--pool --policy\n");
+    EXPECT_EQ(completions("verify --anchor uni", 3), "unique.file\n");
+    EXPECT_EQ(completions("verify --at \"\"", 3), "\n");
+    EXPECT_EQ(completions("oid uni", 2), "\n");
+}
+#endif
+
+}  // namespace
+}  // namespace command_test

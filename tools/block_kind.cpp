@@ -1,0 +1,104 @@
+#include "block_kind.hpp"
+
+#include <algorithm>
+
+#include "element.hpp"
+
+namespace tool {
+
+namespace {
+
+/// The first identifier octets inside a SEQUENCE, in hexadecimal.
+struct Shape {
+    std::string_view tags;
+    bool is_all;  ///< whether nothing may follow
+    Kind kind;
+};
+
+/// Certificate, CertificationRequest and CertificateList are alike outside. SubjectPublicKeyInfo (RFC 5280),
+/// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208).
+constexpr Shape kOuterShapes[] = {
+    {"303003", true, Kind::kCertificate}, {"3003", true, Kind::kPublicKeyInfo},
+    {"0202", true, Kind::kRsaPublic},     {"020202020202020202", false, Kind::kRsaPrivate},
+    {"023004", false, Kind::kPkcs8},      {"3004", true, Kind::kEncryptedPkcs8},
+};
+
+/// TBSCertificate with a version and without, TBSCertList without a version and with one, and
+/// CertificationRequestInfo.
+constexpr Shape kInnerShapes[] = {
+    {"A002303030", false, Kind::kCertificate},  {"0230303030", false, Kind::kCertificate},
+    {"303017", false, Kind::kRevocationList},   {"303018", false, Kind::kRevocationList},
+    {"02303017", false, Kind::kRevocationList}, {"02303018", false, Kind::kRevocationList},
+    {"023030A0", true, Kind::kRequest},         {"023030", true, Kind::kRequest},
+};
+
+/// In the order of Kind.
+constexpr const char *kNames[] = {"a certificate",
+                                  "a certificate request",
+                                  "a certificate revocation list",
+                                  "a public key",
+                                  "an RSA public key",
+                                  "an RSA private key",
+                                  "a PKCS #8 private key",
+                                  "an encrypted PKCS #8 private key",
+                                  ""};
+
+struct Label {
+    std::string_view text;
+    Kind kind;
+};
+
+constexpr Label kLabels[] = {
+    {"CERTIFICATE", Kind::kCertificate},     {"X509 CERTIFICATE", Kind::kCertificate},
+    {"CERTIFICATE REQUEST", Kind::kRequest}, {"NEW CERTIFICATE REQUEST", Kind::kRequest},
+    {"X509 CRL", Kind::kRevocationList},     {"PUBLIC KEY", Kind::kPublicKeyInfo},
+    {"RSA PUBLIC KEY", Kind::kRsaPublic},    {"RSA PRIVATE KEY", Kind::kRsaPrivate},
+    {"PRIVATE KEY", Kind::kPkcs8},           {"ENCRYPTED PRIVATE KEY", Kind::kEncryptedPkcs8},
+};
+
+std::string tags_in(const ASN1_UNIT *node) {
+    constexpr uint32_t kMost = 10;
+    std::string tags;
+    for (uint32_t i = 0; i < std::min(getSequenceChildNum(node), kMost); ++i) {
+        const auto tag = static_cast<uint8_t>(getChildType(node, i));
+        tags += hex({&tag, 1});
+    }
+    return tags;
+}
+
+template <std::size_t N>
+Kind kind_by(const Shape (&shapes)[N], const std::string &tags) {
+    const auto *shape = std::find_if(shapes, shapes + N, [&tags](const Shape &row) {
+        return row.is_all ? tags == row.tags : tags.starts_with(row.tags);
+    });
+    return shape == shapes + N ? Kind::kOther : shape->kind;
+}
+
+}  // namespace
+
+Kind kind_of(const Block &block) {
+    const auto size = static_cast<uint32_t>(block.octets.size());
+    const Node node(decodeToDERSequence_n(block.octets.data(), size));
+    const Kind kind = kind_by(kOuterShapes, tags_in(node.get()));
+    if (kind != Kind::kCertificate) return kind;
+    const Octets inside = child_of(block.octets, 0);
+    const Node inner(decodeToDERSequence_n(inside.data(), static_cast<uint32_t>(inside.size())));
+    const Kind inner_kind = kind_by(kInnerShapes, tags_in(inner.get()));
+    return inner_kind == Kind::kOther ? kind : inner_kind;
+}
+
+std::string kind_name(Kind kind) {
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+std::string block_name(const Block &block) {
+    return block.label.empty() ? "the file" : "the " + block.label;
+}
+
+bool is_wrong_label(const std::string &label, Kind kind) {
+    const auto *row = std::find_if(std::begin(kLabels), std::end(kLabels),
+                                   [&label](const Label &known) { return known.text == label; });
+    return row != std::end(kLabels) && row->kind != kind;
+}
+
+}  // namespace tool

@@ -1,0 +1,97 @@
+#include "oid_names.hpp"
+
+#include <tlxpki.h>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+
+namespace tool {
+
+namespace {
+
+/// RFC 5480, RFC 5758, RFC 8410, RFC 8692, FIPS 202, ETSI EN 319 412-1, RFC 6960.
+constexpr OidName kNames[] = {
+    {"organizationIdentifier", "organizationIdentifier", "2.5.4.97"},
+    {"X25519", "X25519", "1.3.101.110"},
+    {"X448", "X448", "1.3.101.111"},
+    {"Ed25519", "Ed25519", "1.3.101.112"},
+    {"Ed448", "Ed448", "1.3.101.113"},
+    {"ecdsa-with-SHA224", "ecdsa-with-SHA224", "1.2.840.10045.4.3.1"},
+    {"ecdsa-with-SHA384", "ecdsa-with-SHA384", "1.2.840.10045.4.3.3"},
+    {"ecdsa-with-SHA512", "ecdsa-with-SHA512", "1.2.840.10045.4.3.4"},
+    {"P-256", "NIST P-256, prime256v1", "1.2.840.10045.3.1.7"},
+    {"P-384", "NIST P-384, secp384r1", "1.3.132.0.34"},
+    {"P-521", "NIST P-521, secp521r1", "1.3.132.0.35"},
+    {"SHA512-256", "sha512-256", "2.16.840.1.101.3.4.2.6"},
+    {"SHA3-224", "sha3-224", "2.16.840.1.101.3.4.2.7"},
+    {"SHA3-256", "sha3-256", "2.16.840.1.101.3.4.2.8"},
+    {"SHA3-384", "sha3-384", "2.16.840.1.101.3.4.2.9"},
+    {"SHA3-512", "sha3-512", "2.16.840.1.101.3.4.2.10"},
+    {"SHAKE128", "shake128", "2.16.840.1.101.3.4.2.11"},
+    {"SHAKE256", "shake256", "2.16.840.1.101.3.4.2.12"},
+    {"ecdsa-with-SHA3-256", "ecdsa-with-SHA3-256", "2.16.840.1.101.3.4.3.10"},
+    {"ecdsa-with-SHA3-384", "ecdsa-with-SHA3-384", "2.16.840.1.101.3.4.3.11"},
+    {"ecdsa-with-SHA3-512", "ecdsa-with-SHA3-512", "2.16.840.1.101.3.4.3.12"},
+    {"RSA-SHA3-256", "sha3-256WithRSAEncryption", "2.16.840.1.101.3.4.3.14"},
+    {"RSA-SHA3-384", "sha3-384WithRSAEncryption", "2.16.840.1.101.3.4.3.15"},
+    {"RSA-SHA3-512", "sha3-512WithRSAEncryption", "2.16.840.1.101.3.4.3.16"},
+};
+
+std::string lower(std::string text) {
+    for (char &c : text) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+/// All rows and entries of which a name passes a test. The registry's rows without an identifier that are
+/// named "(null)" or nothing do not count.
+template <typename Test>
+OidMatches all_with_name(Test passes) {
+    OidMatches matches;
+    for (int32_t i = 1; i < TLX_OID_COUNT; ++i) {
+        const OID_ROW *row = OID_LIST(i);
+        const bool named = std::string_view(row->short_name) != "(null)";
+        if (named && (passes(row->short_name) || passes(row->long_name))) matches.rows.push_back(i);
+    }
+    for (const OidName &name : kNames) {
+        if (passes(name.short_name) || passes(name.long_name)) matches.names.push_back(&name);
+    }
+    return matches;
+}
+
+OidMatches find_exactly(const std::string &text) {
+    const auto size = static_cast<uint32_t>(text.size());
+    for (const auto look_up : {index_from_oid_string, index_from_sn, index_from_ln}) {
+        if (const uint32_t index = look_up(text.data(), size)) return {{static_cast<int32_t>(index)}, {}};
+    }
+    for (const OidName &name : kNames) {
+        if (text == name.dotted || text == name.short_name || text == name.long_name) return {{}, {&name}};
+    }
+    return {};
+}
+
+}  // namespace
+
+const OidName *find_oid_name(const std::string &dotted) {
+    const auto *name = std::find_if(std::begin(kNames), std::end(kNames),
+                                    [&dotted](const OidName &row) { return row.dotted == dotted; });
+    return name == std::end(kNames) ? nullptr : name;
+}
+
+OidMatches find_oids(const std::string &text) {
+    int32_t index = 0;
+    const char *end = text.data() + text.size();
+    const auto [parsed, error] = std::from_chars(text.data(), end, index);
+    if (text.empty() || (parsed == end && error == std::errc::result_out_of_range)) return {};
+    if (parsed == end) return index < 0 || index >= TLX_OID_COUNT ? OidMatches{} : OidMatches{{index}, {}};
+
+    OidMatches matches = find_exactly(text);
+    const std::string wanted = lower(text);
+    if (matches.empty()) matches = all_with_name([&](const char *name) { return lower(name) == wanted; });
+    if (!matches.empty()) return matches;
+    return all_with_name([&](const char *name) { return lower(name).find(wanted) != std::string::npos; });
+}
+
+}  // namespace tool
