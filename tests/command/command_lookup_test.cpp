@@ -1,7 +1,4 @@
 // tlxpki oid, tlxpki status, and what the command does without or with wrong arguments.
-#include <regex>
-#include <set>
-
 #include "program.hpp"
 #include "support/shell.hpp"
 
@@ -151,27 +148,6 @@ TEST(CommandStatus, AnswersTheOthersBesideWhatIsNoCode) {
     EXPECT_EQ(result.status, 2) << "not 1, for the module that is unknown";
     EXPECT_EQ(result.errors, "tlxpki: \"foo\" is no status code; write it like 0x53100054\n");
     EXPECT_EQ(result.json().size(), 3U) << result;
-}
-
-/// The table is written by a script: this tells when it has to run again.
-TEST(CommandStatus, KnowsEveryCodeThatTheHeadersDocument) {
-    const std::regex code("0x(4[0-9A-F]|5[0-4])(?!000000)[0-9A-F]{6}(?![0-9A-F.])");
-    std::set<std::string> codes;
-    for (const auto &file : std::filesystem::directory_iterator(in_source("include/tlxpki"))) {
-        const std::string text = read_file(file.path().string());
-        for (std::sregex_iterator at(text.begin(), text.end(), code), end; at != end; ++at)
-            codes.insert(at->str());
-    }
-    ASSERT_GT(codes.size(), 300U);
-    Arguments arguments{"status", "--json"};
-    arguments.insert(arguments.end(), codes.begin(), codes.end());
-    const Json meanings = run(arguments).json();
-    ASSERT_EQ(meanings.size(), codes.size());
-    for (const Json &meaning : meanings) {
-        EXPECT_NE(meaning["operation"], "unknown") << meaning["code"] << ": run scripts/make-status-codes";
-        const std::string detail = meaning.value("detail", "");
-        EXPECT_EQ(detail.find(" and when "), std::string::npos) << meaning["code"] << ": " << detail;
-    }
 }
 
 }  // namespace
