@@ -1,8 +1,8 @@
-# Warnings, hardening and sanitizers, collected in one interface target that every target of ours links.
+# Warnings (errors in the presets), hardening and sanitizers, collected in one interface target that every target of ours links.
 add_library(tlx_options INTERFACE)
 
 target_compile_options(tlx_options INTERFACE
-    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wundef -Wvla
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wundef -Wvla
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual>
     $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>
     # File names that the allocator keeps are relative to the project.

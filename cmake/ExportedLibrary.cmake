@@ -21,6 +21,7 @@ endfunction()
 #
 # A shared library whose exported symbols are exactly the functions that its public headers mark with the export
 # macro: CMake writes the linker's version script, or the .def file of a DLL, from the headers at configure time.
+# With BUILD_SHARED_LIBS off, a static library.
 function(tlx_add_library name)
     cmake_parse_arguments(ARG "" "MACRO" "HEADERS;SOURCES;LINK" ${ARGN})
 
@@ -49,7 +50,7 @@ function(tlx_add_library name)
         file(CONFIGURE OUTPUT ${exports} CONTENT "{\n  global:\n    @script@;\n  local:\n    *;\n};\n" @ONLY)
     endif()
 
-    add_library(${name} SHARED ${ARG_SOURCES})
+    add_library(${name} ${ARG_SOURCES})
     add_library(tlxpki::${name} ALIAS ${name})
     target_include_directories(${name}
         PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
@@ -58,7 +59,9 @@ function(tlx_add_library name)
     target_compile_definitions(${name} PRIVATE ${ARG_MACRO}_BUILD)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${exports})
-    if(WIN32)
+    if(NOT BUILD_SHARED_LIBS)
+        target_compile_definitions(${name} PUBLIC TLX_STATIC)
+    elseif(WIN32)
         tlx_make_dll(${name} ${exports})
     else()
         target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-z,relro,-z,now)

@@ -18,6 +18,15 @@ install(EXPORT tlxpkiTargets NAMESPACE tlxpki:: DESTINATION ${package_dir})
 
 # The .pc files find the prefix from their own place, so that an installed tree can be moved.
 file(RELATIVE_PATH tlx_pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+# Those of static libraries name what a program has to be linked with, for C compilers too.
+if(NOT BUILD_SHARED_LIBS)
+    set(tlx_pc_requires libcrypto)
+    set(tlx_pc_cflags " -DTLX_STATIC")
+    set(runtimes ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+    list(FILTER runtimes INCLUDE REGEX "^(std)?c\\+\\+$")
+    list(TRANSFORM runtimes PREPEND " -l")
+    list(JOIN runtimes "" tlx_pc_libs)
+endif()
 foreach(name IN ITEMS tlxcrypto tlxpki)
     configure_file(cmake/${name}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,6 +1,7 @@
-// PEM text of any kind: decodes its body, and the structure in it.
+// PEM text of any kind: decodes its body, the structure in it, and all blocks of it.
 #include <tlxcrypto/memory.h>
 #include <tlxpki/asn1.h>
+#include <tlxpki/encoded_block.h>
 #include <tlxpki/pem.h>
 
 #include <cstddef>
@@ -12,6 +13,25 @@ namespace {
 std::uint32_t copy_node(const ASN1_UNIT *node, void **out) {
     *out = dup_ASN1_UNIT(node);
     return *out != nullptr ? 0 : 1;
+}
+
+/// Every block lies behind the one before it and within the input, and is one element when it says so.
+void check_blocks(const std::uint8_t *data, std::uint32_t size) {
+    ENCODED_BLOCKS *blocks = nullptr;
+    const std::uint32_t status = readENCODED_BLOCKS_from_Buffer(data, size, &blocks);
+    if ((status == 0x4E01002B) != (size == 0) || (status == 0) != (get_ENCODED_BLOCKS_count(blocks) > 0))
+        std::abort();
+    std::uint32_t end = 0;
+    for (std::uint32_t i = 0; i < get_ENCODED_BLOCKS_count(blocks); ++i) {
+        const ENCODED_BLOCK *block = get_ENCODED_BLOCKS_child(blocks, i);
+        if (block->offset < end || block->length == 0 || block->length > size - block->offset) std::abort();
+        end = block->offset + block->length;
+        if (block->status != 0) continue;
+        ASN1_UNIT *node = decodeToDERSequence_n(block->contents, block->contents_len);
+        if (node == nullptr) std::abort();
+        free_ASN1_UNIT(node);
+    }
+    free_ENCODED_BLOCKS(blocks);
 }
 
 }  // namespace
@@ -35,5 +55,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::uint32_t status = readPEM_from_Binary(&node, copy_node, pem, static_cast<std::uint32_t>(size));
     if ((status == 0x4E00002B) != (count == 0) || (status == 0) != (node != nullptr)) std::abort();
     free_ASN1_UNIT(static_cast<ASN1_UNIT *>(node));
+    check_blocks(data, static_cast<std::uint32_t>(size));
     return 0;
 }

@@ -15,6 +15,7 @@
 #include <tlxpki/convert.h>
 #include <tlxpki/cpv.h>
 #include <tlxpki/curve.h>
+#include <tlxpki/encoded_block.h>
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
 #include <tlxpki/objects.h>

@@ -5,6 +5,7 @@
 #include <tlxpki/objects.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdio>
 #include <memory>
@@ -252,11 +253,21 @@ TEST(KeyFile, DerivesTheKeyThatOpensslDerives) {
     EXPECT_EQ(PBKDF(nullptr, 1, salt, key, 24), 0x4903002BU);
     EXPECT_EQ(PBKDF(kPassword, 0, salt, key, 24), 0x4903002BU);
     EXPECT_EQ(PBKDF(kPassword, kPasswordLength, salt, key, 0), 0x4903002BU);
+}
 
-    tlx_fail_allocation(1);
-    EXPECT_EQ(PBKDF(kPassword, kPasswordLength, salt, key, 24), 0U) << "the interface has no code for it";
-    tlx_fail_allocation(0);
-    EXPECT_TRUE(std::all_of(key, key + 24, [](std::uint8_t octet) { return octet == 0; }));
+TEST(KeyFile, DerivesNoKeyOfZerosWhenMemoryIsShort) {
+    const std::uint8_t salt[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+    const std::pair<std::size_t, std::uint32_t> cases[] = {{1, 0}, {1000, 0}, {1001, 0x4903003C}};
+    for (const auto &[length, status] : cases) {
+        const std::string password(length, 'x');
+        std::uint8_t wanted[24], key[24];
+        ASSERT_EQ(PBKDF(password.data(), static_cast<std::int32_t>(length), salt, wanted, 24), 0U);
+        tlx_fail_allocation(1);
+        EXPECT_EQ(PBKDF(password.data(), static_cast<std::int32_t>(length), salt, key, 24), status) << length;
+        tlx_fail_allocation(0);
+        EXPECT_EQ(hex_of(key, 24),
+                  status == 0 ? hex_of(wanted, 24) : hex_of(std::array<std::uint8_t, 24>{}.data(), 24));
+    }
 }
 
 // ---- Records ----

@@ -14,9 +14,13 @@ namespace tool {
 
 namespace {
 
-constexpr std::string_view kBegin = "-----BEGIN ";
-constexpr std::string_view kEnd = "-----END ";
-constexpr std::string_view kDashes = "-----";
+/// Statuses of blocks (see <tlxpki/encoded_block.h>).
+constexpr uint32_t kIncompleteLine = 0x4E010000;
+constexpr uint32_t kNotBase64 = 0x4E010012;
+constexpr uint32_t kNoEnd = 0x4E010047;
+constexpr uint32_t kOtherEnd = 0x4E010048;
+constexpr uint32_t kNotOneElement = 0x4E01004F;
+constexpr uint32_t kEncrypted = 0x4E010114;
 
 /// The system's reason why a file could not be read.
 std::string reason_unreadable(const std::string &path, int error) {
@@ -40,40 +44,33 @@ Buffer read_file(const std::string &path) {
     return buffer;
 }
 
-/// The next PEM block: "-----BEGIN " at the start of a line.
-std::size_t find_block(std::string_view text, std::size_t from) {
-    std::size_t at = text.find(kBegin, from);
-    while (at != std::string_view::npos && at != 0 && text[at - 1] != '\n' && text[at - 1] != '\r') {
-        at = text.find(kBegin, at + 1);
+ENCODED_BLOCKS *read_blocks(const std::string &path) {
+    const Buffer file = read_file(path);
+    ENCODED_BLOCKS *blocks = nullptr;
+    must(readENCODED_BLOCKS_from_Buffer(file.octets().data(), static_cast<uint32_t>(file.octets().size()),
+                                        &blocks));
+    return blocks;
+}
+
+/// Why a block cannot be used; empty for one that has contents.
+std::string reason_unusable(const ENCODED_BLOCK &block) {
+    const std::string label = block.label;
+    switch (block.status) {
+        case 0:
+        case kNotOneElement:  // whoever uses the contents says where they break off
+        case kEncrypted:
+            return "";
+        case kIncompleteLine:
+            return "the line that begins or ends it is not complete";
+        case kNotBase64:
+            return "the text of the " + label + " is not Base64";
+        case kNoEnd:
+            return "has no \"-----END " + label + "-----\"";
+        case kOtherEnd:
+            return "begins as " + label + ", but does not end so";
+        default:
+            return status_sentence(block.status);
     }
-    return at;
-}
-
-/// The offset of the first PEM block. Only text may precede it: a "-----BEGIN" inside DER starts no block.
-std::size_t find_first_block(std::string_view text) {
-    const std::size_t at = find_block(text, 0);
-    const auto is_control = [](char c) {
-        return static_cast<uint8_t>(c) < 0x20 &&
-               std::string_view("\t\r\n\f").find(c) == std::string_view::npos;
-    };
-    const std::string_view before = text.substr(0, at);
-    return std::any_of(before.begin(), before.end(), is_control) ? std::string_view::npos : at;
-}
-
-/// The label of a line such as "-----BEGIN CERTIFICATE-----" at an offset.
-std::string label_at(std::string_view text, std::size_t at, const std::string &source) {
-    const std::size_t line_end = std::min(text.find_first_of("\r\n", at), text.size());
-    const std::size_t end = text.find(kDashes, at);
-    if (end >= line_end) throw Failure(source + ": its BEGIN or END line is not complete");
-    return std::string(text.substr(at, end - at));
-}
-
-/// The Base64 after encapsulated headers (RFC 1421), which have a colon and end with an empty line.
-std::string_view without_headers(std::string_view body) {
-    const std::size_t colon = body.rfind(':');
-    if (colon == std::string_view::npos) return body;
-    const std::size_t end = std::min(body.find("\n\n", colon), body.find("\n\r\n", colon));
-    return body.substr(std::min(end, body.size()));
 }
 
 /// What the blocks of a file are that are labelled as no certificates: "; the X509 CRL is ...".
@@ -88,49 +85,24 @@ std::string what_it_holds(const Input &input) {
 
 }  // namespace
 
-Input::Input(const std::string &path) : file_(read_file(path)) {
-    const Octets octets = file_.octets();
-    const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
-    const std::size_t begin = find_first_block(text);
-    if (begin == std::string_view::npos) {
-        blocks_.push_back({"", {}, false, octets, path});
-    } else {
-        split_pem(path, text, begin);
-    }
-}
-
-void Input::split_pem(const std::string &path, std::string_view text, std::size_t begin) {
-    for (; begin != std::string_view::npos; begin = find_block(text, begin)) {
+Input::Input(const std::string &path) : list_(read_blocks(path)) {
+    const uint32_t count = get_ENCODED_BLOCKS_count(list_.get());
+    for (uint32_t i = 0; i < count; ++i) {
+        const ENCODED_BLOCK &encoded = *get_ENCODED_BLOCKS_child(list_.get(), i);
         Block block;
-        block.source = path + ", PEM block " + std::to_string(blocks_.size() + 1);
-        block.label = label_at(text, begin + kBegin.size(), block.source);
-        const std::size_t body = begin + kBegin.size() + block.label.size() + kDashes.size();
-        const std::size_t end = text.find(kEnd, body);
-        if (end == std::string_view::npos) {
-            throw Failure(block.source + ": has no \"-----END " + block.label + "-----\"");
+        block.source = count == 1 ? path : path + ", PEM block " + std::to_string(i + 1);
+        const std::string reason = reason_unusable(encoded);
+        if (!reason.empty()) throw Failure(block.source + ": " + reason);
+        block.label = encoded.label;
+        block.is_encrypted = encoded.status == kEncrypted;
+        const Octets contents(encoded.contents, encoded.contents_len);
+        if (block.is_encrypted) {
+            block.text = {reinterpret_cast<const char *>(contents.data()), contents.size()};
+        } else {
+            block.octets = contents;
         }
-        const std::string end_label = label_at(text, end + kEnd.size(), block.source);
-        if (end_label != block.label) {
-            throw Failure(block.source + ": begins as " + block.label + ", but ends as " + end_label);
-        }
-        const std::size_t after = end + kEnd.size() + block.label.size() + kDashes.size();
-        block.text = text.substr(begin, after - begin);
-        const std::string_view base64 = text.substr(body, end - body);
-        block.is_encrypted = base64.find("Proc-Type:") != std::string_view::npos;
-        if (!block.is_encrypted) block.octets = decode(block, without_headers(base64));
         blocks_.push_back(std::move(block));
-        begin = after;
     }
-    if (blocks_.size() == 1) blocks_.front().source = path;
-}
-
-Octets Input::decode(const Block &block, std::string_view base64) {
-    base64.remove_prefix(std::min(base64.find_first_not_of(" \r\n"), base64.size()));
-    uint8_t *der = nullptr;
-    const uint32_t size = decode_Base64(base64.data(), static_cast<uint32_t>(base64.size()), &der);
-    if (size == 0) throw Failure(block.source + ": the text of the " + block.label + " is not Base64");
-    decoded_.emplace_back(der, size);
-    return decoded_.back().octets();
 }
 
 void expect_one_element(const Block &block) {
@@ -145,7 +117,8 @@ void expect_one_element(const Block &block) {
 }
 
 bool is_certificate_label(const std::string &label) {
-    return label.empty() || label == "CERTIFICATE" || label == "X509 CERTIFICATE";
+    return label.empty() || label == "CERTIFICATE" || label == "X509 CERTIFICATE" ||
+           label == "TRUSTED CERTIFICATE";
 }
 
 Certificate decode_certificate(const Block &block) {

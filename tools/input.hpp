@@ -40,7 +40,7 @@ class Buffer {
 /// One PEM block, or a whole DER file.
 struct Block {
     std::string label;          ///< between "-----BEGIN " and "-----"; empty for DER
-    std::string_view text;      ///< the PEM block, from its first line to its last
+    std::string_view text;      ///< of an encrypted PEM block: from its first line to its last
     bool is_encrypted = false;  ///< a line like "Proc-Type: 4,ENCRYPTED" precedes the Base64
     Octets octets;              ///< the decoded contents; empty when it is encrypted
     std::string source;  ///< for messages: the file, and the number of the block when there are several
@@ -53,11 +53,7 @@ class Input {
     [[nodiscard]] const std::vector<Block> &blocks() const { return blocks_; }
 
   private:
-    void split_pem(const std::string &path, std::string_view text, std::size_t begin);
-    Octets decode(const Block &block, std::string_view base64);
-
-    Buffer file_;
-    std::vector<Buffer> decoded_;
+    Owned<ENCODED_BLOCKS, free_ENCODED_BLOCKS> list_;
     std::vector<Block> blocks_;
 };
 

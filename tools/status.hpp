@@ -13,7 +13,7 @@ struct StatusMeaning {
     std::string module;     ///< the module that reports; empty for plain values
     std::string operation;  ///< the operations that return the code, or that share its module and function
     std::string reason;     ///< the meaning of its reason
-    std::string detail;     ///< when the operation returns it; empty when that is not documented
+    std::string detail;  ///< when the operation returns it; empty when no more than the reason is documented
 };
 
 [[nodiscard]] StatusMeaning status_meaning(uint32_t status);

@@ -9,6 +9,9 @@
  * - Failure: functions that return a length (a text's without its NUL) return a value below instead of it,
  *   and leave the caller's pointer unchanged. The reading functions leave out to the decoder.
  * - Threads: every function may be called from any thread, on distinct objects at the same time.
+ *
+ * readENCODED_BLOCKS_from_File() of <tlxpki/encoded_block.h> reads all blocks of a file, with text around
+ * them.
  */
 #ifndef TLXPKI_PEM_H
 #define TLXPKI_PEM_H
@@ -32,6 +35,8 @@ TLXPKI_API uint32_t encode_PEM(const uint8_t *der, uint32_t len, const char *lab
  * or after offset 5 ends. The body starts after that line and any blank lines, and ends at the next "-".
  * Returns the number of octets; 0 for a null argument, a text that is shorter than 20 characters or begins
  * with "=", one without a body or without "-" after it, a body that is not Base64, and when memory runs out.
+ * It does not recognise headers: of an encrypted key ("Proc-Type: 4,ENCRYPTED") it returns octets that mean
+ * nothing, or 0. Use readPKCS1_from_Binary(), or readENCODED_BLOCKS_from_Buffer(), which names such a block.
  */
 TLXPKI_API uint32_t decode_PEM(const char *pem, int32_t len, uint8_t **der);
 

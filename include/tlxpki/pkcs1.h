@@ -110,9 +110,10 @@ TLXPKI_API uint32_t get_RSA_UNIT_from_PKCS1_RSA_PUBLIC_KEY(RSA_UNIT *unit, const
  * which is neither PBKDF1 nor PBKDF2 of PKCS #5. D1 = MD5 (password || salt), Di = MD5 (D(i-1) || password ||
  * salt), and the key is the front of D1 || D2 || ...
  * @param salt    8 octets
- * @param key     receives the key; all zeros when memory runs out, which the status does not tell
+ * @param key     receives the key; all zeros with 0x4903003C
  * @param key_len octets to derive, at least 1
- * @return 0; 0x4903002B for a null argument and a length below 1
+ * @return 0; 0x4903002B for a null argument and a length below 1; 0x4903003C when memory runs out, which a
+ * password of at most 1000 octets takes none of here, or MD5 is not available
  */
 TLXPKI_API uint32_t PBKDF(const char *password, int32_t password_len, const uint8_t *salt, uint8_t *key,
                           int32_t key_len);

@@ -22,6 +22,9 @@
 #define TLXPKI_STATUS_H
 
 #include <stdint.h>
+#include <tlxpki/export.h>
+
+TLX_BEGIN_DECLS
 
 #define TLX_SUCCESS 0U /**< the only value that means success */
 
@@ -104,6 +107,8 @@
 #define TLX_REASON_NOT_VALID_NOW 0x0113U
 /** A self-issued end of the path is no trust anchor. */
 #define TLX_REASON_NO_TRUST_ANCHOR 0x0116U
+/** The contents of a PEM block are encrypted. */
+#define TLX_REASON_ENCRYPTED 0x0114U
 /** The issuer's key usage lacks keyCertSign. */
 #define TLX_REASON_NO_CERT_SIGN 0x0118U
 /** No acceptable policy remains where an explicit one is required. */
@@ -114,5 +119,27 @@
 #define TLX_REASON_NOT_A_CA 0x011BU
 /** An explicit policy is required, and the certificate has no certificate policies. */
 #define TLX_REASON_NO_POLICIES 0x011CU
+
+/** What a status means: constant texts in UTF-8, none of them null. */
+typedef struct STATUS_TEXT {
+    const char *module; /**< the module that reports; empty for a value outside the groups */
+    const char
+        *operation;     /**< the operations that return the status, with ", " between them; empty likewise */
+    const char *reason; /**< what the reason stands for in that module */
+    const char *sentence; /**< when the operation returns it; the reason where no more is documented */
+} STATUS_TEXT;
+
+/**
+ * Says in words what a status means: those of this library, and the values 0, 1, 2, 3 and 0xFFFFFFFF that it
+ * and libtlxcrypto return. Texts begin in lower case and have no full stop; "unknown" stands for what is not
+ * documented. Nothing is allocated.
+ * @param status any value
+ * @param text   receives the texts
+ * @return 0
+ * @return 1 for a null text, and for a status of no known module
+ */
+TLXPKI_API uint32_t get_STATUS_TEXT(uint32_t status, STATUS_TEXT *text);
+
+TLX_END_DECLS
 
 #endif

@@ -15,8 +15,10 @@
  */
 #ifdef _WIN32
 #undef X509_CERT
+#ifndef TLXPKI_WITH_OPENSSL_H /* there the names are OpenSSL's */
 #undef X509_NAME
 #undef X509_EXTENSIONS
+#endif
 
 #ifndef TLXPKI_WINCRYPT_H
 #define TLXPKI_WINCRYPT_H

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "asn1/base64.hpp"
 #include "der/memory.hpp"
 #include "der/owned.hpp"
 
@@ -124,8 +125,11 @@ u8 *decode_padded(const u8 (&group)[4], u8 *out) noexcept {
     return out;
 }
 
-/// Decodes a whole text; null when it is bad.
-u8 *decode_text(Bytes in, u8 *out) noexcept {
+}  // namespace
+
+namespace tlx {
+
+u8 *decode_base64(Bytes in, u8 *out) noexcept {
     for (;;) {
         out = decode_run(in, out);
         u8 group[4];
@@ -138,7 +142,7 @@ u8 *decode_text(Bytes in, u8 *out) noexcept {
     }
 }
 
-}  // namespace
+}  // namespace tlx
 
 uint32_t encode_Base64(const uint8_t *in, uint32_t len, char **out, uint32_t wrap) {
     if (in == nullptr || out == nullptr || len == 0) return 0;
@@ -167,10 +171,10 @@ uint32_t encode_Base64_Line(const uint8_t *in, uint32_t len, char **out) {
 
 uint32_t decode_Base64(const char *in, uint32_t len, uint8_t **out) {
     if (in == nullptr || out == nullptr || len == 0) return 0;
-    const std::size_t room = std::size_t{len} / 4 * 3;
-    auto *octets = static_cast<u8 *>(TLX_ALLOCATE(room + 1));  // put_group writes one further
+    const std::size_t room = base64_room(len);
+    auto *octets = static_cast<u8 *>(TLX_ALLOCATE(room));
     if (octets == nullptr) return 0;
-    const u8 *end = decode_text({reinterpret_cast<const u8 *>(in), len}, octets);
+    const u8 *end = decode_base64({reinterpret_cast<const u8 *>(in), len}, octets);
     if (end == nullptr || end == octets) {
         wipe_and_free(octets, room);  // the octets may hold a private key
         return 0;

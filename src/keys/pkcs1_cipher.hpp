@@ -10,7 +10,8 @@ namespace tlx {
 /// Octets of the initialisation vector, which is the salt of the key derivation, too.
 constexpr std::size_t kPemIvLength = 8;
 
-/// Derives `len` octets into `key`. False when memory runs out; the key is all zeros then.
+/// Derives `len` octets into `key`. False when memory runs out, which a
+/// password of at most 1000 octets takes none of here, or MD5 is not available; the key is all zeros then.
 [[nodiscard]] bool derive_pem_key(Bytes password, const u8 *salt, u8 *key, std::size_t len) noexcept;
 
 enum class PemCipherResult : u8 { done, no_memory, wrong_key };
