@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "der/owned.hpp"
-#include "reencode.hpp"
+#include "require.hpp"
 
 namespace {
 

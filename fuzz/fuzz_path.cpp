@@ -1,10 +1,14 @@
 // Chains of certificates: a first octet of choices, then certificates, each after two octets of length. The
-// first is the target, the last the anchor's. The target builds a path over the rest and validates that path
-// and the chain itself. A choice signs the certificates anew before, so that signatures do not hide the other
-// steps.
+// first is the target, the last the anchor's. A path is built over the rest, and that path and the chain as
+// it stands are validated; on demand after signing the certificates anew, so that signatures do not hide the
+// other steps.
+#include <tlxpki.h>
+
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 
-#include "reencode.hpp"
+#include "require.hpp"
 
 namespace {
 
@@ -80,7 +84,9 @@ Certificates read_chain(const std::uint8_t *data, std::size_t size) {
         data += 2;
         size -= 2;
         if (length > size) length = size;
-        if (X509_CERT *cert = fuzz::decode(data, length, Seq_to_X509_CERT); cert != nullptr)
+        void *cert = nullptr;
+        if (readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), data,
+                                static_cast<std::uint32_t>(length)) == 0)
             push_STACK_value(chain.get(), cert);
         data += length;
         size -= length;
@@ -163,7 +169,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (status == 0) validate(path.get(), choices, settings);
     validate(chain.get(), choices, settings);
     if ((choices & large_pool) != 0 && count <= 8) {
-        // Repeated certificates change nothing, but make the pool large enough for an index.
+        // The same certificates again and again change nothing, but the pool is indexed.
         const Certificates pool(dup_X509_CERTIFICATES(chain.get()));
         for (std::uint32_t i = 0; get_X509_CERTIFICATES_count(pool.get()) < 300; ++i)
             add_X509_CERTIFICATES(

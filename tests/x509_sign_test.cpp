@@ -55,7 +55,7 @@ class Authority {
             "-subj /C=KR/O=Example/CN=Authority -outform DER -out ca.der && "
             "openssl rsa -in ca.p8 -traditional -out ca.key && "
             "openssl x509 -in ca.der -inform DER -out ca.pem");
-        const Held<RSA_UNIT, free_RSA_UNIT> unit(new_RSA_UNIT());
+        const Held<free_RSA_UNIT> unit(new_RSA_UNIT());
         EXPECT_EQ(readPKCS1_from_File(unit.get(), nullptr, 0, folder_.path("ca.key").c_str()), 0U);
         EXPECT_EQ(set_ASYMMETRIC_KEY(key_.get(), TLX_KEY_RSA, unit.get()), 0U);
     }
@@ -335,7 +335,7 @@ TEST(Validity, CountsToTheSecondWithBothEnds) {
     for (const auto &each : cases) {
         clean_X509_VALIDITY(cert->tbsCertificate->validity);
         *cert->tbsCertificate->validity = {time_of(each.from), time_of(each.to)};
-        const Held<ASN1_TIME, free_ASN1_TIME> time(charToASN1_TIME(each.time));
+        const Held<free_ASN1_TIME> time(charToASN1_TIME(each.time));
         EXPECT_EQ(verify_X509_validity(cert.get(), time.get()), each.status)
             << each.from << " " << each.to << " " << (each.time != nullptr ? each.time : "now");
     }
