@@ -3,23 +3,16 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
 #include <string>
-#include <type_traits>
 
 #include "support/allocation.hpp"
 #include "support/der_text.hpp"
+#include "support/held.hpp"
 
 namespace tlx_test {
 
 using Statuses = std::set<std::uint32_t>;
-
-/// An owner that frees with the record's own function: Held<free_X509_CERT>.
-template <typename T>
-T freed_by(void (*)(T *));
-template <auto Free>
-using Held = std::unique_ptr<decltype(freed_by(Free)), tlx::FreeWith<Free>>;
 
 inline String oid_of(const char *dotted) {
     return string_of(TLX_TAG_OBJECT_IDENTIFIER, dotted);
