@@ -1,5 +1,7 @@
 // Node trees from hostile octets: every child under every expected type, written back and rebuilt. Complete
 // elements also by the functions that know no length.
+#include <tlxpki.h>
+
 #include <algorithm>
 #include <cstring>
 #include <span>
