@@ -131,6 +131,10 @@ TEST(PublicKey, Comparison) {
     EXPECT_EQ(cmp_X509_PUBKEY(nullptr, rsa.get()), 1);
     EXPECT_EQ(cmp_X509_PUBKEY(rsa.get(), empty.get()), 1);
     EXPECT_EQ(cmp_X509_PUBKEY(empty.get(), empty.get()), 1);
+    const Pubkey no_algorithm = pubkey_of(kRsa);
+    free_OBJECT_IDENTIFIER(std::exchange(no_algorithm->algorithm, nullptr));
+    EXPECT_EQ(cmp_X509_PUBKEY(rsa.get(), no_algorithm.get()), 1);
+    EXPECT_EQ(cmp_X509_PUBKEY(no_algorithm.get(), rsa.get()), 1);
 }
 
 TEST(PublicKey, Holders) {
