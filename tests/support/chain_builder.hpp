@@ -1,4 +1,4 @@
-// Certificates and chains of them, made in the test: every member and every extension can be bent.
+// Makes certificates and chains of them; a test can change every member and every extension.
 #pragma once
 
 #include <tlxpki/cpv.h>
@@ -38,7 +38,7 @@ constexpr const char *kPolicy = "1.2.3.1";
 /// A key of the published vectors, by its section in data/kcdsa.txt.
 Kcdsa kcdsa_key(const std::string &section);
 
-/// Keys to sign with: RSA-1024 by number, and one KCDSA key. They are made once, and live on.
+/// Keys to sign with: RSA-1024 by number, and one KCDSA key. Each is made once and never freed.
 constexpr unsigned kRsaKeys = 4;
 constexpr unsigned kKcdsaKey = kRsaKeys;
 const ASYMMETRIC_KEY *signing_key(unsigned number);
@@ -49,14 +49,14 @@ struct ExtensionSpec {
     bool critical = false;
 };
 
-/// What an authority key identifier is made of; empty members are left out.
+/// The members of an authority key identifier; empty ones are omitted.
 struct AuthorityKeyId {
     std::string key_id;  ///< hexadecimal; a space for one without octets
     std::string issuer;  ///< common name of the directoryName
     std::string serial;  ///< hexadecimal
 };
 
-/// What a certificate is made of.
+/// The members of a certificate.
 struct CertSpec {
     std::string subject;  ///< common names
     std::string issuer;

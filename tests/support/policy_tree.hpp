@@ -28,8 +28,8 @@ inline std::vector<VALID_POLICY_NODE *> nodes_of(const node_LIST *level) {
     return nodes;
 }
 
-/// The tree in one line, each level after its depth: "0: 2.5.29.32.0; 1: 1.2.3.1! 1.2.3.2". "!" stands for
-/// critical. What is wrong shows after a "?": a level that is not marked, a count of children, a parent.
+/// The tree in one line, each level after its depth: "0: 2.5.29.32.0; 1: 1.2.3.1! 1.2.3.2". "!" means
+/// critical. A "?" precedes what is wrong: a level without its marker, a count of children, a foreign parent.
 inline std::string text_of_tree(const node_LIST *tree) {
     if (tree == nullptr) return "null";
     if (tree->depth < 0) return tree->nodes == nullptr && tree->next == nullptr ? "no levels" : "?head";

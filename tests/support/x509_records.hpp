@@ -22,7 +22,7 @@ inline std::string hex_of_text(std::string_view text) {
     return hex_of(der_node(text).get());
 }
 
-/// The record of an encoding; null, and a failed test, when it is refused.
+/// The record of an encoding. A refused encoding gives null and fails the test.
 template <typename T>
 T *decoded(std::uint32_t (*decoder)(const ASN1_UNIT *, T **), std::string_view text) {
     T *record = nullptr;
@@ -46,7 +46,7 @@ std::string encoded(std::uint32_t (*encoder)(const T *, ASN1_UNIT **), const T *
     return status == 0 ? hex_of(node) : status_text(status);
 }
 
-/// Whichever allocation fails while `make` makes something: it gives null and leaks nothing.
+/// Lets each allocation of `make` fail: it returns null and leaks nothing.
 template <typename Make, typename Free>
 void expect_making_may_fail(Make make, Free free) {
     sweep_failing_allocations([&] {
