@@ -100,6 +100,9 @@ TEST(AlgorithmIdentifier, Members) {
     EXPECT_EQ(set_X509_ALGO_IDENTIFIER_parameters(algorithm, nullptr), 0U);
     EXPECT_EQ(encoded(X509_ALGO_IDENTIFIER_to_Seq, algorithm), hex_of_text("30{06:2A03}"));
     EXPECT_EQ(get_X509_ALGO_IDENTIFIER_parameters(algorithm), nullptr);
+    algorithm->parameters = new_ASN1_UNIT();
+    EXPECT_EQ(encoded(X509_ALGO_IDENTIFIER_to_Seq, algorithm), "status 46250103")
+        << "a node that is not started";
 }
 
 }  // namespace
