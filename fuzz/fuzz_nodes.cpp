@@ -1,12 +1,14 @@
 // Node trees from hostile octets: every child under every expected type, written back and rebuilt. Complete
 // elements also by the functions that know no length.
+#include <tlxpki.h>
+
 #include <algorithm>
 #include <cstring>
 #include <span>
 #include <vector>
 
 #include "der/owned.hpp"
-#include "reencode.hpp"
+#include "require.hpp"
 
 namespace {
 

@@ -2,34 +2,21 @@
 // first is the target, the last the anchor's. The target builds a path over the rest and validates that path
 // and the chain itself. A choice signs the certificates anew before, so that signatures do not hide the other
 // steps.
-#include <memory>
+#include <tlxpki.h>
 
-#include "reencode.hpp"
+#include <cstddef>
+#include <cstdint>
+
+#include "../tests/support/held.hpp"
+#include "../tests/support/policy_tree.hpp"
+#include "require.hpp"
 
 namespace {
 
 using fuzz::require;
 
-struct Free {
-    void operator()(X509_CERT *cert) const { free_X509_CERT(cert); }
-    void operator()(TRUST_ANCHOR *anchor) const { free_TRUST_ANCHOR(anchor); }
-    void operator()(ASYMMETRIC_KEY *key) const { free_ASYMMETRIC_KEY(key); }
-    void operator()(X509_PUBKEY *key) const { free_X509_PUBKEY(key); }
-    void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
-    void operator()(ASN1_STRING *string) const { free_ASN1_STRING(string); }
-    void operator()(ASN1_TIME *time) const { free_ASN1_TIME(time); }
-    void operator()(node_LIST *tree) const { free_node_LIST(tree); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Free>;
-
-template <void (*FreeList)(STACK *)>
-struct FreeWith {
-    void operator()(STACK *list) const { FreeList(list); }
-};
-using Certificates = std::unique_ptr<X509_CERTIFICATES, FreeWith<free_X509_CERTIFICATES>>;
-using Anchors = std::unique_ptr<TRUST_ANCHORS, FreeWith<free_TRUST_ANCHORS>>;
-using Policies = std::unique_ptr<OBJECT_IDENTIFIERS, FreeWith<free_OBJECT_IDENTIFIERS>>;
+using tlx_test::Held;
+using Certificates = Held<free_X509_CERTIFICATES>;
 
 enum Choice : std::uint8_t {
     sign_anew = 1,
@@ -39,20 +26,11 @@ enum Choice : std::uint8_t {
     large_pool = 16
 };
 
-Owned<ASN1_STRING> oid(const char *dotted) {
-    Owned<ASN1_STRING> made(new_ASN1_STRING());
-    std::uint32_t length = 0;
-    while (dotted[length] != '\0')
-        ++length;
-    set_ASN1_STRING_value(made.get(), TLX_TAG_OBJECT_IDENTIFIER, dotted, length);
-    return made;
-}
-
 struct Key {
-    Owned<ASYMMETRIC_KEY> secret{new_ASYMMETRIC_KEY()};
-    Owned<X509_PUBKEY> open{new_X509_PUBKEY()};
+    Held<free_ASYMMETRIC_KEY> secret{new_ASYMMETRIC_KEY()};
+    Held<free_X509_PUBKEY> open{new_X509_PUBKEY()};
     Key() {
-        const Owned<RSA_UNIT> unit(new_RSA_UNIT());
+        const Held<free_RSA_UNIT> unit(new_RSA_UNIT());
         require(gen_RSA_UNIT(unit.get(), 512, 65537) == 0);
         set_ASYMMETRIC_KEY(secret.get(), TLX_KEY_RSA, unit.get());
         set_X509_PUBKEY_rsa(open.get(), unit.get());
@@ -62,7 +40,7 @@ struct Key {
 /// Gives every certificate a key of ours, and a signature with that of the one after it, or with its own.
 void sign(const X509_CERTIFICATES *chain) {
     static const Key keys[2];
-    static const Owned<ASN1_STRING> algorithm(get_OBJECT_IDENTIFIER("RSA-SHA256", 0));
+    static const Held<free_OBJECT_IDENTIFIER> algorithm(get_OBJECT_IDENTIFIER("RSA-SHA256", 0));
     const auto count = static_cast<std::int32_t>(get_X509_CERTIFICATES_count(chain));
     for (std::int32_t i = 0; i < count; ++i) {
         X509_CERT *cert = get_X509_CERTIFICATES_child(chain, i);
@@ -80,7 +58,9 @@ Certificates read_chain(const std::uint8_t *data, std::size_t size) {
         data += 2;
         size -= 2;
         if (length > size) length = size;
-        if (X509_CERT *cert = fuzz::decode(data, length, Seq_to_X509_CERT); cert != nullptr)
+        void *cert = nullptr;
+        if (readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), data,
+                                static_cast<std::uint32_t>(length)) == 0)
             push_STACK_value(chain.get(), cert);
         data += length;
         size -= length;
@@ -88,40 +68,22 @@ Certificates read_chain(const std::uint8_t *data, std::size_t size) {
     return chain;
 }
 
-/// Every node has a parent in the level above, and as many children as it says.
-void check_tree(const node_LIST *tree) {
-    const VALID_POLICY_NODES *above = nullptr;
-    for (const node_LIST *level = tree; level != nullptr; level = level->next) {
-        const std::uint32_t below = level->next != nullptr ? get_STACK_count(level->next->nodes) : 0;
-        for (std::uint32_t i = 0; i < get_STACK_count(level->nodes); ++i) {
-            const auto *node = static_cast<VALID_POLICY_NODE *>(get_STACK_value(level->nodes, i));
-            std::int32_t children = 0;
-            for (std::uint32_t k = 0; k < below; ++k)
-                children +=
-                    static_cast<VALID_POLICY_NODE *>(get_STACK_value(level->next->nodes, k))->parent == node;
-            bool has_parent = above == nullptr;
-            for (std::uint32_t k = 0; k < get_STACK_count(above); ++k)
-                has_parent = has_parent || get_STACK_value(above, k) == node->parent;
-            require(children == node->child_count && has_parent);
-        }
-        above = level->nodes;
-    }
-}
-
 void validate(const X509_CERTIFICATES *path, std::uint8_t choices, const CPV_SETTINGS &settings) {
-    Policies user(new_OBJECT_IDENTIFIERS());
+    Held<free_OBJECT_IDENTIFIERS> user(new_OBJECT_IDENTIFIERS());
     for (const char *policy : {"1.2.3.9", "1.2.3.1"})
-        push_STACK_value(user.get(), oid(policy).release());
-    if ((choices & any_policy) != 0) push_STACK_value(user.get(), oid("2.5.29.32.0").release());
+        push_STACK_value(user.get(), tlx_test::make_string(TLX_TAG_OBJECT_IDENTIFIER, policy).release());
+    if ((choices & any_policy) != 0)
+        push_STACK_value(user.get(),
+                         tlx_test::make_string(TLX_TAG_OBJECT_IDENTIFIER, "2.5.29.32.0").release());
     node_LIST *tree = nullptr;
     std::int32_t stopped_at = -2;
     const std::uint32_t status = validate_certpath_ex(
         path, (choices & user_policies) != 0 ? user.get() : nullptr, &tree, &settings, &stopped_at);
-    const Owned<node_LIST> owner(tree);
+    const Held<free_node_LIST> owner(tree);
     require((status == 0) == (tree != nullptr));
     require(stopped_at >= -1 && stopped_at < static_cast<std::int32_t>(get_X509_CERTIFICATES_count(path)));
     require(status != 0 || stopped_at == -1);
-    check_tree(tree);
+    require(tlx_test::text_of_tree(tree).find('?') == std::string::npos);
 }
 
 std::uint32_t build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X509_CERT *target,
@@ -149,12 +111,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (count == 0) return 0;
     if ((choices & sign_anew) != 0) sign(chain.get());
 
-    static const Owned<ASN1_TIME> time(charToASN1_TIME("2024-06-01,00:00:00"));
+    static const Held<free_ASN1_TIME> time(charToASN1_TIME("2024-06-01,00:00:00"));
     const CPV_SETTINGS settings = {time.get(), 0, (choices & explicit_policy) != 0 ? 1U : 0U,
                                    static_cast<std::int32_t>(choices >> 5)};
-    const Anchors anchors(new_TRUST_ANCHORS());
+    const Held<free_TRUST_ANCHORS> anchors(new_TRUST_ANCHORS());
     const X509_CERT *last = get_X509_CERTIFICATES_child(chain.get(), static_cast<std::int32_t>(count) - 1);
-    const Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(last));
+    const Held<free_TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(last));
     add_TRUST_ANCHORS(anchors.get(), anchor.get());
 
     const X509_CERT *target = get_X509_CERTIFICATES_child(chain.get(), 0);

@@ -167,7 +167,7 @@ VALID_POLICY_NODES *level_of(const PolicyNames &policies) {
         node->data = new_VALID_POLICY_DATA();
         node->data->valid_policy = string_of(TLX_TAG_OBJECT_IDENTIFIER, policy).release();
         node->data->expected_policy_set = policy_list({policy}).release();
-        node->data->criticality_indicator = 0;
+        node->data->criticality_indicator = 255;
         push_STACK_value(nodes, node);
     }
     return nodes;
@@ -257,6 +257,7 @@ TEST(PolicyTreeList, KeepsCopiesAndPrintsLevelsThatHaveNodes) {
     EXPECT_EQ(add_VALID_POLICY_TREE_LIST(tree.get(), nullptr), 0x530B0049U);
     for (const PolicyNames &level : {PolicyNames{"1.1"}, PolicyNames{"1.2"}})
         EXPECT_EQ(add_level(tree.get(), level), 0U);
+    EXPECT_EQ(nodes_of(tree->next)[0]->data->criticality_indicator, 255U);
     push_STACK_value(nodes, new_VALID_POLICY_NODE());  // without data
     EXPECT_EQ(add_VALID_POLICY_TREE_LIST(tree.get(), nodes), 0U);
     free_VALID_POLICY_NODES(nodes);

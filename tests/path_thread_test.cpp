@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <set>
@@ -11,34 +10,27 @@
 #include <vector>
 
 #include "support/chain_builder.hpp"
+#include "support/threads.hpp"
 
 namespace tlx_test {
 namespace {
 
 constexpr int kRounds = 40;
 
-using Statuses = std::set<std::uint32_t>;
-
 /// Runs each function repeatedly on a thread of its own, and checks its statuses against the allowed ones.
 struct Runner {
     std::function<std::uint32_t()> run;
-    Statuses allowed;
+    std::set<std::uint32_t> allowed;
 };
 void run_together(const std::vector<Runner> &runners) {
-    std::vector<Statuses> seen(runners.size());
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < runners.size(); ++i) {
-        threads.emplace_back([&seen = seen[i], &run = runners[i].run] {
-            for (int round = 0; round < kRounds; ++round)
-                seen.insert(run());
-        });
-    }
-    for (std::size_t i = 0; i < runners.size(); ++i) {
-        threads[i].join();
-        const Statuses &allowed = runners[i].allowed;
-        EXPECT_TRUE(std::includes(allowed.begin(), allowed.end(), seen[i].begin(), seen[i].end())) << i;
-        EXPECT_FALSE(seen[i].empty());
-    }
+    std::atomic<std::size_t> next = 0;
+    const unsigned succeeded = successes_on_threads(static_cast<unsigned>(runners.size()), [&] {
+        const Runner &runner = runners[next++];
+        for (int round = 0; round < kRounds; ++round)
+            if (!runner.allowed.contains(runner.run())) return false;
+        return true;
+    });
+    EXPECT_EQ(succeeded, runners.size());
 }
 
 /// Changes settings until its destruction, which restores the defaults.

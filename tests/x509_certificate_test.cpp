@@ -1,6 +1,8 @@
+// Members of certificates, digests, times, and certificates from files.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "support/openssl_peer.hpp"
@@ -10,143 +12,27 @@
 namespace tlx_test {
 namespace {
 
-const RecordType kTbs = TLX_RECORD_TYPE(X509_TBS_CERT, 0x46110049, 0x46120049);
-const RecordType kCert = TLX_RECORD_TYPE(X509_CERT, 0x460F0049, 0x46100049);
-const RecordType kTime = TLX_RECORD_TYPE(X509_TIME, 0x462A0049, 0x46290049);
-const RecordType kValidity = TLX_RECORD_TYPE(X509_VALIDITY, 0x461A0049, 0x46190049);
+using Certificate = Held<free_X509_CERT>;
 
-/// The members of a to-be-signed part, each of which a test may replace.
-enum Part { kVersion, kSerial, kSignature, kIssuer, kPeriod, kSubject, kKey, kRest, kNothing };
+/// A certificate with a serial number and what follows its key.
+std::string text_with(const std::string &serial = "05",
+                      const std::string &rest = "A3{30{30{06:551D13 01:FF 04:3000}}}") {
+    return "30{30{A0{02:02} 02:" + serial +
+           " 30{06:2A0304} 30{31{30{06:550403 0C:41}}}"
+           " 30{17:3235303130323033303430355A 18:32303530303130323033303430355A}"
+           " 30{31{30{06:550403 13:42}}} 30{30{06:2B6570} 03:0001} " +
+           rest + "} 30{06:2A0304} 03:00AABB}";
+}
+const std::string kWhole = text_with();
 
-std::string tbs_with(Part replaced = kNothing, const std::string &replacement = "") {
-    const char *const parts[] = {"A0{02:02}",
-                                 "02:05",
-                                 "30{06:2A0304}",
-                                 "30{31{30{06:550403 0C:41}}}",
-                                 "30{17:3235303130323033303430355A 18:32303530303130323033303430355A}",
-                                 "30{31{30{06:550403 13:42}}}",
-                                 "30{30{06:2B6570} 03:0001}",
-                                 "A3{30{30{06:551D13 01:FF 04:3000}}}"};
-    std::string text = "30{";
-    for (int i = kVersion; i <= kRest; ++i)
-        text += (i == replaced ? replacement : parts[i]) + " ";
-    return text + "}";
+Certificate cert_of(const std::string &text) {
+    return Certificate(decoded(Seq_to_X509_CERT, text));
 }
 
-std::string cert_of(const std::string &tbs, const std::string &others = "30{06:2A0304} 03:00AABB") {
-    return "30{" + tbs + " " + others + "}";
-}
-const std::string kWhole = cert_of(tbs_with());
-
-OwnedCert decoded_cert(const std::string &text) {
-    return OwnedCert(decoded(Seq_to_X509_CERT, text));
-}
-
-TEST(TbsCertificate, EncodingsComeBack) {
-    const std::pair<Part, const char *> cases[] = {
-        {kNothing, ""},
-        {kVersion, ""},
-        {kVersion, "A0{02:01}"},
-        {kVersion, "A0{02:C8}"},  // one octet, whatever its top bit
-        {kSerial, "02:00"},
-        {kSerial, "02:0080"},
-        {kSerial, "02:7FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF"},
-        {kIssuer, "30{}"},
-        {kPeriod, "30{18:30 17:}"},  // the texts are not looked at
-        {kRest, ""},
-        {kRest, "A3{30{}}"},
-        {kSignature, "30{06:2A864886F70D01010B 05:}"},  // sha256WithRSAEncryption
-        {kSignature, "30{06:2A864886F70D010105 05:}"},  // sha1WithRSAEncryption
-        {kSignature, "30{06:2B0E03021D 05:}"},          // RSA-SHA1-2
-        {kSignature, "30{06:2A864886F70D01010A}"},      // id-RSASSA-PSS
-        {kSignature, "30{06:2A8648CE3D040302}"},        // ecdsa-with-SHA256
-        {kSignature, "30{06:2A831A8C9A440116}"},        // HAS160withKCDSA1
-    };
-    for (const auto &[part, text] : cases) {
-        expect_come_back(kTbs, {tbs_with(part, text)});
-        expect_come_back(kCert, {cert_of(tbs_with(part, text))});
-    }
-}
-
-TEST(TbsCertificate, WhatIsWrittenAnew) {
-    const struct {
-        Part part;
-        const char *input, *output;
-    } cases[] = {
-        {kVersion, "A0{02:00}", ""},
-        {kVersion, "A0{02:}", ""},
-        {kVersion, "A0{02:01 02:02}", "A0{02:01}"},
-        {kVersion, "A0{82:01}", "A0{02:01}"},
-        {kSerial, "02:000005", "02:05"},
-        {kSerial, "02:FF", "02:00FF"},  // numbers have no sign
-        {kSerial, "82:05", "02:05"},
-        {kSignature, "30{06:2A0304 05:}", "30{06:2A0304}"},
-        {kSignature, "30{06:2A864886F70D01010B}", "30{06:2A864886F70D01010B 05:}"},
-        {kSignature, "30{06:2A864886F70D01010A 30{A0{30{06:2A03}}}}", "30{06:2A864886F70D01010A}"},
-        {kPeriod, "30{97:41 98:42}", "30{17:41 17:42}"},
-        {kPeriod, "30{57:41 38:42 00:}", "30{17:41 18:42}"},
-        // The tag number of the extensions is looked at in four bits; what follows them is not looked at.
-        {kRest, "83{30{}}", "A3{30{}}"},
-        {kRest, "B3{30{} 05:}", "A3{30{}}"},
-        {kRest, "A3{30{}} 81:0001 A3{05:}", "A3{30{}}"},
-        {kRest, "00:", ""},  // end-of-contents octets are no child
-    };
-    for (const auto &c : cases)
-        expect_reencodes(kTbs, tbs_with(c.part, c.input), tbs_with(c.part, c.output));
-}
-
-TEST(TbsCertificate, RefusedEncodings) {
-    const std::pair<Part, Texts> cases[] = {
-        {kVersion, {"A0{02:0102}", "A0{02:0002}", "A0{}", "A0{05:}", "A0:0201", "80:02"}},
-        {kSerial, {"", "02:", "04:05"}},
-        {kSignature, {"30{}", "30{05:}", "06:2A0304"}},
-        {kIssuer, {"31{}", "30{31{}}"}},
-        {kPeriod,
-         {"30{17:41}", "30{17:41 17:42 17:43}", "30{17:41 16:42}", "30{00: 17:41 17:42}", "31{17:41 17:42}"}},
-        {kSubject, {"05:", "30{05:}"}},
-        {kKey, {"30{}", "03:0001"}},
-        {kRest, {"81:0001 A3{30{}}", "82:0001 A3{30{}}", "A1{03:0001}"}},  // unique identifiers
-        {kRest, {"A3{}", "A3{31{}}", "A3{30{05:}}", "23{30{}}", "E3{30{}}", "30{}", "05:", "00: A3{30{}}"}},
-    };
-    for (const auto &[part, texts] : cases) {
-        for (const std::string &text : texts) {
-            expect_refused(kTbs, 0x46110104, {tbs_with(part, text)});
-            expect_refused(kCert, 0x46110104, {cert_of(tbs_with(part, text))});
-        }
-    }
-    expect_refused(kTbs, 0x46110104, {"30{02:05 30{06:2A0304} 30{} 30{17:41 17:42} 30{} 05:}"});
-    // The last one hides all children from the count.
-    expect_refused(kTbs, 0x4611002B, {"30{}", "30{A0{02:02} 02:05 30{} 30{} 30{}}", tbs_with(kRest, "07:")});
-    expect_null_arguments_refused(kTbs);
-
-    // An element that ends beyond its parent is no end of the members.
-    Octets broken = der(tbs_with(kRest, "A3{30{}}"));
-    broken[broken.size() - 3] = 0x7F;
-    X509_TBS_CERT *tbs = nullptr;
-    const Node node(decodeToDERSequence_n(broken.data(), static_cast<std::uint32_t>(broken.size())));
-    EXPECT_EQ(Seq_to_X509_TBS_CERT(node.get(), &tbs), 0x46110104U);
-}
-
-TEST(TbsCertificate, AFailedDecodingFreesTheCallersRecord) {
+TEST(Certificate, MissingMembersInTheirOrder) {
     const LeakCheck leaks;
-    X509_TBS_CERT *tbs = nullptr;
-    for (const char *text : {"30{}", "30{02:05 30{} 30{} 30{} 30{} 30{}}"}) {
-        ASSERT_EQ(Seq_to_X509_TBS_CERT(der_node(tbs_with()).get(), &tbs), 0U);
-        EXPECT_NE(Seq_to_X509_TBS_CERT(der_node(text).get(), &tbs), 0U);
-        EXPECT_EQ(tbs, nullptr);
-    }
-    // Filling a record drops what the new encoding does not have.
-    EXPECT_EQ(Seq_to_X509_TBS_CERT(der_node(tbs_with()).get(), &tbs), 0U);
-    EXPECT_EQ(Seq_to_X509_TBS_CERT(nullptr, &tbs), 0x46110049U);
-    EXPECT_EQ(Seq_to_X509_TBS_CERT(der_node(tbs_with(kRest)).get(), &tbs), 0U);
-    EXPECT_EQ(tbs->extensions, nullptr);
-    free_X509_TBS_CERT(tbs);
-}
-
-TEST(TbsCertificate, MissingMembersInTheirOrder) {
-    const LeakCheck leaks;
-    const OwnedCert from_owner = decoded_cert(kWhole);
-    const OwnedCert owner(new_X509_CERT());
+    const Certificate from_owner = cert_of(kWhole);
+    const Certificate owner(new_X509_CERT());
     const X509_CERT *from = from_owner.get();
     X509_CERT *cert = owner.get();
     X509_TBS_CERT *tbs = cert->tbsCertificate;
@@ -175,32 +61,27 @@ TEST(TbsCertificate, MissingMembersInTheirOrder) {
     EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120103");
     free_X509_VALIDITY(std::exchange(tbs->validity, nullptr));
     EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120107");
+    sweep_failing_allocations([&] {
+        const Certificate made(new_X509_CERT());
+        return made != nullptr && set_X509_serial(made.get(), get_X509_serial(from)) == 0 &&
+               set_X509_issuer(made.get(), get_X509_issuer(from)) == 0 &&
+               set_X509_notAfter(made.get(), get_X509_notAfter(from)) == 0 &&
+               set_X509_pub_key(made.get(), get_X509_SPKI(from)) == 0 &&
+               set_X509_extensions(made.get(), get_X509_extensions(from)) == 0 &&
+               set_X509_sig_value(made.get(), get_X509_sig_value(from)) == 0;
+    });
 }
 
-TEST(Certificate, StatusesOfTheDecoder) {
-    expect_refused(kCert, 1, {"30{}", "30{05:}", "30:3005"});
-    expect_refused(kCert, 0x4611002B, {"30{30{}}"});
-    for (const char *others : {"", "30{06:2A03}", "06:2A03 03:00AA", "30{} 03:00AA", "30{05:} 03:00AA",
-                               "30{06:} 03:00AA", "30{06:2A03} 04:00AA", "30{06:2A03} 03:"}) {
-        expect_refused(kCert, 0x460F0104, {cert_of(tbs_with(), others)});
-    }
-    expect_null_arguments_refused(kCert);
-    // Parameters of the algorithm beside the signature, and elements after the signature, are passed over.
-    expect_reencodes(kCert, cert_of(tbs_with(), "30{06:2A0304 05: 05:} 03:00AABB 05:"), kWhole);
-    expect_reencodes(kCert, cert_of(tbs_with(), "30{06:2A864886F70D010104} 03:00"),
-                     cert_of(tbs_with(), "30{06:2A864886F70D010104 05:} 03:00"));
-    expect_come_back(kCert, {cert_of(tbs_with(), "30{06:2A0304} 03:07AA80")});
-}
-
-TEST(Certificate, AFailedDecodingAndTheCallersCertificate) {
+TEST(Certificate, AFailedDecodingFillsInParts) {
     const LeakCheck leaks;
-    const OwnedCert cert = decoded_cert(kWhole);
+    const Certificate cert = cert_of(kWhole);
     X509_CERT *out = cert.get();
     EXPECT_EQ(Seq_to_X509_CERT(der_node("30{05:}").get(), &out), 1U);
     EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(kWhole)) << "nothing was filled";
-    const std::string other = tbs_with(kSerial, "02:06");
-    EXPECT_EQ(Seq_to_X509_CERT(der_node(cert_of(other, "30{06:2A0304} 03:")).get(), &out), 0x460F0104U);
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(cert_of(other))) << "the signed part was";
+    std::string other = text_with("06");
+    other.replace(other.rfind("03:00AABB"), 9, "03:");
+    EXPECT_EQ(Seq_to_X509_CERT(der_node(other).get(), &out), 0x460F0104U);
+    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(text_with("06"))) << "the signed part was";
     EXPECT_EQ(Seq_to_X509_CERT(der_node("30{30{}}").get(), &out), 0x4611002BU);
     EXPECT_EQ(out, cert.get());
     EXPECT_EQ(out->tbsCertificate, nullptr);
@@ -208,13 +89,13 @@ TEST(Certificate, AFailedDecodingAndTheCallersCertificate) {
     EXPECT_EQ(get_X509_serial(out), nullptr);
     EXPECT_EQ(encoded(X509_CERT_to_Seq, out), "status 46100103");
     EXPECT_EQ(set_X509_version(out, 2), 0U) << "a to-be-signed part is made";
-    EXPECT_EQ(Seq_to_X509_CERT(der_node(kWhole).get(), &out), 0U) << "it can be filled again";
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(kWhole));
+    EXPECT_EQ(Seq_to_X509_CERT(der_node(text_with("05", "")).get(), &out), 0U);
+    EXPECT_EQ(get_X509_extensions(out), nullptr);
 }
 
 TEST(Certificate, Members) {
     const LeakCheck leaks;
-    const OwnedCert owner = decoded_cert(kWhole);
+    const Certificate owner = cert_of(kWhole);
     X509_CERT *cert = owner.get();
     EXPECT_EQ(get_X509_version(cert), 2U);
     EXPECT_EQ(get_BIGINT_word(get_X509_serial(cert)), 5U);
@@ -228,7 +109,7 @@ TEST(Certificate, Members) {
               "type 23 extra 1: 32 35 30 31 30 32 30 33 30 34 30 35 5A");
     EXPECT_EQ(get_X509_notAfter(cert)->form, 1U);
     EXPECT_EQ(octets(get_X509_notAfter(cert)->time), "20500102030405Z");
-    const OwnedCert empty(new_X509_CERT());
+    const Certificate empty(new_X509_CERT());
     EXPECT_EQ(get_X509_version(empty.get()), 0U);
     EXPECT_EQ(get_X509_notBefore(empty.get()), nullptr);
     EXPECT_EQ(get_X509_issuer(nullptr), nullptr);
@@ -243,35 +124,32 @@ TEST(Certificate, Members) {
         Statuses{1});
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(kWhole)) << "unchanged";
     EXPECT_EQ(set_X509_extensions(cert, nullptr), 0U);
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(cert_of(tbs_with(kRest))));
+    EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(text_with("05", "")));
 }
 
 TEST(Certificate, DigestAndComparison) {
     const LeakCheck leaks;
-    const OwnedCert cert = decoded_cert(kWhole);
+    const Certificate cert = cert_of(kWhole);
     Octets digest(32);
     ASSERT_EQ(X509_CERT_digest(cert.get(), TLX_DIGEST_SHA256, digest.data()), 32U);
     EXPECT_EQ(digest, openssl::digest("SHA256", der(kWhole)));
-    EXPECT_EQ(X509_CERT_digest(cert.get(), 0x05000900, digest.data()), 0xFFFFFFFFU);
-    EXPECT_EQ(X509_CERT_digest(cert.get(), TLX_DIGEST_SHA256, nullptr), 0xFFFFFFFFU);
-    EXPECT_EQ(X509_CERT_digest(nullptr, TLX_DIGEST_SHA256, digest.data()), 0xFFFFFFFFU);
-
-    const OwnedCert empty(new_X509_CERT());
-    EXPECT_EQ(cmp_X509_CERT(cert.get(), decoded_cert(kWhole).get()), 0);
-    EXPECT_EQ(cmp_X509_CERT(cert.get(), decoded_cert(cert_of(tbs_with(kSerial, "02:06"))).get()), -1);
+    EXPECT_EQ(Statuses({X509_CERT_digest(cert.get(), 0x05000900, digest.data()),
+                        X509_CERT_digest(cert.get(), TLX_DIGEST_SHA256, nullptr),
+                        X509_CERT_digest(nullptr, TLX_DIGEST_SHA256, digest.data())}),
+              Statuses{0xFFFFFFFF});
+    const Certificate empty(new_X509_CERT());
+    EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(kWhole).get()), 0);
+    EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(text_with("06")).get()), -1);
     EXPECT_EQ(cmp_X509_CERT(cert.get(), empty.get()), 1);
     EXPECT_EQ(cmp_X509_CERT(nullptr, cert.get()), 1);
+    sweep_failing_allocations([&] {
+        const std::int32_t result = cmp_X509_CERT(cert.get(), cert.get());
+        EXPECT_TRUE(result == 0 || result == 1);
+        return result == 0;
+    });
 }
 
 TEST(Certificate, Times) {
-    expect_come_back(kTime, {"17:3235303130323033303430355A", "18:32303530303130323033303430355A", "17:"});
-    expect_come_back(kValidity, {"30{18:41 17:42}"});
-    expect_refused(kTime, 0x462A0104, {"16:41"});
-    expect_refused(kValidity, 0x461A002B, {"30{17:41}"});
-    expect_refused(kValidity, 0x461A0104, {"30{17:41 05:}"});
-    expect_null_arguments_refused(kTime);
-    expect_null_arguments_refused(kValidity);
-
     const LeakCheck leaks;
     const struct {
         std::int32_t year;
@@ -281,13 +159,13 @@ TEST(Certificate, Times) {
                  {1950, 0, "500630235958Z"},
                  {2049, 0, "490630235958Z"},
                  {2050, 1, "20500630235958Z"}};
-    const Held<X509_TIME, free_X509_TIME> time(new_X509_TIME());
+    const Held<free_X509_TIME> time(new_X509_TIME());
     for (const auto &c : cases) {
         const ASN1_TIME calendar = {58, 59, 23, 30, 5, c.year - 1900, 0, 0, 0};
         ASSERT_EQ(set_X509_TIME(time.get(), &calendar), 0U);
         EXPECT_EQ(time->form, c.form) << c.text;
         EXPECT_EQ(octets(time->time), c.text);
-        const Held<ASN1_TIME, free_ASN1_TIME> read(X509_TIME_to_ASN1_TIME(time.get()));
+        const Held<free_ASN1_TIME> read(X509_TIME_to_ASN1_TIME(time.get()));
         EXPECT_EQ(cmp_ASN1_TIME(read.get(), &calendar), 0) << c.text;
     }
     const ASN1_TIME wrong = {60, 0, 0, 1, 0, 100, 0, 0, 0};
@@ -296,29 +174,6 @@ TEST(Certificate, Times) {
     EXPECT_EQ(octets(time->time), "20500630235958Z") << "unchanged";
     clean_X509_TIME(time.get());
     EXPECT_EQ(X509_TIME_to_ASN1_TIME(time.get()), nullptr);
-    EXPECT_EQ(encoded(X509_TIME_to_Seq, time.get()), "status 46290103");
-}
-
-TEST(Certificate, EveryAllocationMayFail) {
-    const Node node(decodeToDERSequence(read_file("user.der").data()));
-    expect_allocations_may_fail(kCert, node.get(), {0x460F0104, 0x46110104}, {0x46100103, 0x4610003C});
-    expect_allocations_may_fail(kTbs, der_node(tbs_with()).get(), {0x46110104}, {0x46120103});
-    expect_allocations_may_fail(kValidity, der_node("30{17:41 18:42}").get(), {0x461A0104}, {0x46190103});
-    const OwnedCert from = decoded_cert(kWhole);
-    sweep_failing_allocations([&] {
-        const OwnedCert cert(new_X509_CERT());
-        return cert != nullptr && set_X509_serial(cert.get(), get_X509_serial(from.get())) == 0 &&
-               set_X509_issuer(cert.get(), get_X509_issuer(from.get())) == 0 &&
-               set_X509_notAfter(cert.get(), get_X509_notAfter(from.get())) == 0 &&
-               set_X509_pub_key(cert.get(), get_X509_SPKI(from.get())) == 0 &&
-               set_X509_extensions(cert.get(), get_X509_extensions(from.get())) == 0 &&
-               set_X509_sig_value(cert.get(), get_X509_sig_value(from.get())) == 0;
-    });
-    sweep_failing_allocations([&] {
-        const std::int32_t result = cmp_X509_CERT(from.get(), from.get());
-        EXPECT_TRUE(result == 0 || result == 1);
-        return result == 0;
-    });
 }
 
 TEST(CertificateFiles, ComeBack) {
@@ -345,29 +200,6 @@ TEST(CertificateFiles, ComeBack) {
     ASSERT_NE(at, original.end());
     const std::size_t parameters = 2U + at[static_cast<std::ptrdiff_t>(identifier.size())];
     EXPECT_EQ(encode_certificate(certificate_of(original).get()).size(), original.size() - 2 * parameters);
-}
-
-/// Every certificate that Debian trusts decodes, and comes back byte for byte; those with RSA keys verify
-/// under their own.
-TEST(CertificateFiles, CertificatesOfDebianComeBackAndVerify) {
-    if (!std::ifstream(kDebianCertificates)) GTEST_SKIP() << "no ca-certificates here";
-    std::uint32_t with_rsa = 0;
-    std::uint32_t certificates = 0;
-    for (const Octets &original : read_pem_file(kDebianCertificates)) {
-        SCOPED_TRACE("certificate " + std::to_string(++certificates));
-        const LeakCheck leaks;
-        const OwnedCert cert = certificate_of(original);
-        ASSERT_NE(cert, nullptr);
-        EXPECT_EQ(encode_certificate(cert.get()), original);
-        const OwnedCert copy(dup_X509_CERT(cert.get()));
-        EXPECT_EQ(encode_certificate(copy.get()), original);
-        const X509_PUBKEY *key = get_X509_SPKI(cert.get());
-        if (key->key == nullptr || key->key->kind != TLX_KEY_RSA) continue;
-        ++with_rsa;
-        EXPECT_EQ(verify_SIG_X509_CERT(cert.get(), key), 0U);
-    }
-    EXPECT_GT(certificates, 100U);
-    EXPECT_GT(with_rsa, 80U);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@
 namespace tlx_test {
 namespace {
 
-using Oid = tlx::Owned<OBJECT_IDENTIFIER>;
+using Oid = Held<free_OBJECT_IDENTIFIER>;
 
 Oid oid(const char *name) {
     return Oid(get_OBJECT_IDENTIFIER(name, 0));
@@ -55,19 +55,19 @@ class Authority {
             "-subj /C=KR/O=Example/CN=Authority -outform DER -out ca.der && "
             "openssl rsa -in ca.p8 -traditional -out ca.key && "
             "openssl x509 -in ca.der -inform DER -out ca.pem");
-        const Held<RSA_UNIT, free_RSA_UNIT> unit(new_RSA_UNIT());
+        const Held<free_RSA_UNIT> unit(new_RSA_UNIT());
         EXPECT_EQ(readPKCS1_from_File(unit.get(), nullptr, 0, folder_.path("ca.key").c_str()), 0U);
         EXPECT_EQ(set_ASYMMETRIC_KEY(key_.get(), TLX_KEY_RSA, unit.get()), 0U);
     }
     CommandFolder folder_;
-    tlx::Owned<ASYMMETRIC_KEY> key_;
+    Held<free_ASYMMETRIC_KEY> key_;
 };
 
 /// A certificate for a KCDSA key, signed with it under an algorithm.
 Cert kcdsa_cert(const KCDSA *unit, const char *algorithm) {
     Cert cert = valid_chain(1)[0].make();
-    const tlx::Owned<X509_PUBKEY> open(new_X509_PUBKEY());
-    const tlx::Owned<ASYMMETRIC_KEY> secret(new_ASYMMETRIC_KEY());
+    const Held<free_X509_PUBKEY> open(new_X509_PUBKEY());
+    const Held<free_ASYMMETRIC_KEY> secret(new_ASYMMETRIC_KEY());
     EXPECT_EQ(set_X509_PUBKEY_kcdsa(open.get(), unit), 0U);
     EXPECT_EQ(set_ASYMMETRIC_KEY(secret.get(), TLX_KEY_KCDSA, unit), 0U);
     EXPECT_EQ(set_X509_pub_key(cert.get(), open.get()), 0U);
@@ -270,7 +270,7 @@ TEST(Refusals, AreToldApart) {
     EXPECT_EQ(gen_KCDSA_SIG_X509_TBS_CERT(tbs, &bits, oid("KCDSA1").get(), nullptr), 0x46160049U);
     EXPECT_EQ(gen_KCDSA_SIG_X509_TBS_CERT(tbs, &bits, oid("ecdsa-with-SHA1").get(), kcdsa.get()),
               0x4616002BU);
-    const tlx::Owned<X509_TBS_CERT> empty(new_X509_TBS_CERT());
+    const Held<free_X509_TBS_CERT> empty(new_X509_TBS_CERT());
     EXPECT_EQ(gen_RSA_SIG_X509_TBS_CERT(empty.get(), &bits, sha256.get(), authority.rsa()), 0x4612010AU);
     EXPECT_EQ(bits, nullptr);
 
@@ -285,7 +285,7 @@ TEST(Refusals, AreToldApart) {
 
     EXPECT_EQ(verify_SIG_X509_CERT(nullptr, open), 1U);
     EXPECT_EQ(verify_SIG_X509_CERT(cert.get(), nullptr), 1U);
-    const tlx::Owned<X509_PUBKEY> key(dup_X509_PUBKEY(open));
+    const Held<free_X509_PUBKEY> key(dup_X509_PUBKEY(open));
     key->key->kind = TLX_KEY_ECC;
     EXPECT_EQ(verify_SIG_X509_CERT(cert.get(), key.get()), 1U);
     key->key->kind = TLX_KEY_RSA;
@@ -335,7 +335,7 @@ TEST(Validity, CountsToTheSecondWithBothEnds) {
     for (const auto &each : cases) {
         clean_X509_VALIDITY(cert->tbsCertificate->validity);
         *cert->tbsCertificate->validity = {time_of(each.from), time_of(each.to)};
-        const Held<ASN1_TIME, free_ASN1_TIME> time(charToASN1_TIME(each.time));
+        const Held<free_ASN1_TIME> time(charToASN1_TIME(each.time));
         EXPECT_EQ(verify_X509_validity(cert.get(), time.get()), each.status)
             << each.from << " " << each.to << " " << (each.time != nullptr ? each.time : "now");
     }

@@ -9,22 +9,18 @@
 #include <map>
 
 #include "support/der_text.hpp"
-#include "support/x509_files.hpp"
-#include "x509/extension_records.hpp"
 
 namespace tlx_test {
 namespace {
 
-using Rsa = std::unique_ptr<RSA_UNIT, tlx::FreeWith<free_RSA_UNIT>>;
-using Time = std::unique_ptr<ASN1_TIME, tlx::FreeWith<free_ASN1_TIME>>;
-using Oid = tlx::Owned<OBJECT_IDENTIFIER>;
+using Rsa = Held<free_RSA_UNIT>;
 
 void expect_done(std::uint32_t status, const std::string &what) {
     EXPECT_EQ(status, 0U) << "while making a test certificate: " << what;
 }
 
-Oid oid_of(const char *dotted) {
-    return Oid(string_of(TLX_TAG_OBJECT_IDENTIFIER, dotted).release());
+String oid_of(const std::string &dotted) {
+    return string_of(TLX_TAG_OBJECT_IDENTIFIER, dotted);
 }
 
 Rsa read_rsa(unsigned number) {
@@ -35,8 +31,8 @@ Rsa read_rsa(unsigned number) {
 }
 
 struct KeyPair {
-    tlx::Owned<ASYMMETRIC_KEY> secret{new_ASYMMETRIC_KEY()};
-    tlx::Owned<X509_PUBKEY> open{new_X509_PUBKEY()};
+    Held<free_ASYMMETRIC_KEY> secret{new_ASYMMETRIC_KEY()};
+    Held<free_X509_PUBKEY> open{new_X509_PUBKEY()};
 };
 
 const KeyPair &key_pair(unsigned number) {
@@ -57,37 +53,45 @@ const KeyPair &key_pair(unsigned number) {
     return pairs.at(number);
 }
 
-/// C=KR and a common name, in the notation of der_text.hpp.
-std::string name_text(const std::string &common_name) {
-    const auto *octets = reinterpret_cast<const std::uint8_t *>(common_name.data());
-    std::string digits = hex_of(octets, common_name.size());
+std::string digits_of(const Octets &octets) {
+    std::string digits = hex_of(octets.data(), octets.size());
     std::erase(digits, ' ');
-    return "30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:" + digits + "}}}";
+    return digits;
+}
+std::string digits_of(const std::string &text) {
+    return digits_of(Octets(text.begin(), text.end()));
+}
+std::string digits_of(std::uint8_t octet) {
+    return digits_of(Octets{octet});
 }
 
-void set_name(X509_CERT *cert, const std::string &common_name,
-              std::uint32_t (*set)(X509_CERT *, const X509_NAME *)) {
-    X509_NAME *name = nullptr;
-    expect_done(Seq_to_X509_NAME(der_node(name_text(common_name)).get(), &name), common_name);
-    expect_done(set(cert, tlx::OwnedName(name).get()), common_name);
+/// The encodings of what a certificate is made of, in the notation of der_text.hpp.
+std::string name_text(const std::string &common_name) {
+    return "30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:" + digits_of(common_name) + "}}}";
 }
 
-void set_time(X509_CERT *cert, const std::string &text,
-              std::uint32_t (*set)(X509_CERT *, const X509_TIME *)) {
-    const Time calendar(charToASN1_TIME(text.c_str()));
-    const tlx::Owned<X509_TIME> time(new_X509_TIME());
-    expect_done(set_X509_TIME(time.get(), calendar.get()) | set(cert, time.get()), text);
+/// A GeneralizedTime of "2020-01-01,00:00:00".
+std::string time_text(std::string time) {
+    std::erase_if(time, [](char c) { return c < '0' || c > '9'; });
+    return "18:" + digits_of(time + "Z") + " ";
 }
 
-void set_extensions(X509_CERT *cert, const std::vector<ExtensionSpec> &specs) {
-    const tlx::OwnedExtensions list(new_X509_EXTENSIONS());
-    for (const ExtensionSpec &spec : specs) {
-        const String data = string_of(TLX_TAG_OCTET_STRING, spec.value);
-        const tlx::Owned<X509_EXTENSION> extension(create_X509_EXTENSION_by_OID(
-            nullptr, oid_of(spec.id.c_str()).get(), spec.critical ? 0xFF : 0, data.get()));
-        expect_done(add_X509_EXTENSION(list.get(), extension.get(), -1), spec.id);
-    }
-    expect_done(set_X509_extensions(cert, list.get()), "extensions");
+std::string oid_text(const std::string &dotted) {
+    const Node node = new_node();
+    expect_done(encodeToBERObjectIdentifier(node.get(), TLX_TAG_OBJECT_IDENTIFIER, oid_of(dotted).get(),
+                                            static_cast<std::int32_t>(dotted.size()), 0),
+                dotted);
+    std::string digits = hex_of(node.get());
+    std::erase(digits, ' ');
+    return "06:" + digits.substr(4) + " ";
+}
+
+std::string extensions_text(const std::vector<ExtensionSpec> &extensions) {
+    std::string text;
+    for (const ExtensionSpec &each : extensions)
+        text += "30{" + oid_text(each.id) + (each.critical ? "01:FF " : "") +
+                "04:" + digits_of(der(each.value)) + "}";
+    return "A3{30{" + text + "}}";
 }
 
 }  // namespace
@@ -113,14 +117,10 @@ const ASYMMETRIC_KEY *signing_key(unsigned number) {
     return key_pair(number).secret.get();
 }
 
-CertSpec &CertSpec::set(const char *id, Octets value, bool critical) {
-    without(id);
-    extensions->push_back({id, std::move(value), critical});
-    return *this;
-}
-
 CertSpec &CertSpec::with(const char *id, std::string_view value, bool critical) {
-    return set(id, der(value), critical);
+    without(id);
+    extensions->push_back({id, std::string(value), critical});
+    return *this;
 }
 
 CertSpec &CertSpec::with(const AuthorityKeyId &authority) {
@@ -132,15 +132,10 @@ CertSpec &CertSpec::with(const AuthorityKeyId &authority) {
 }
 
 CertSpec &CertSpec::policies(const std::vector<const char *> &dotted, bool critical) {
-    const std::unique_ptr<CERTIFICATE_POLICIES, tlx::FreeWith<free_CERTIFICATE_POLICIES>> list(
-        new_CERTIFICATE_POLICIES());
-    for (const char *each : dotted) {
-        const tlx::Owned<POLICY_INFO> info(new_POLICY_INFO());
-        info->policyIdentifier = oid_of(each).release();
-        expect_done(add_CERTIFICATE_POLICIES_child(list.get(), info.get(), -1), each);
-    }
-    return set(extension::kPolicies, encoding_of(list.get(), TLX_ENCODER(CERTIFICATE_POLICIES_to_Seq)),
-               critical);
+    std::string list;
+    for (const char *each : dotted)
+        list += "30{" + oid_text(each) + "}";
+    return with(extension::kPolicies, "30{" + list + "}", critical);
 }
 
 CertSpec &CertSpec::without(const char *id) {
@@ -150,18 +145,18 @@ CertSpec &CertSpec::without(const char *id) {
 }
 
 Cert CertSpec::make() const {
-    Cert cert(new_X509_CERT());
-    expect_done(set_X509_version(cert.get(), version), "version");
-    expect_done(set_X509_serial(cert.get(), number_of(serial.c_str()).get()), "serial");
-    set_name(cert.get(), subject, set_X509_subject);
-    set_name(cert.get(), issuer, set_X509_issuer);
-    set_time(cert.get(), not_before, set_X509_notBefore);
-    set_time(cert.get(), not_after, set_X509_notAfter);
-    expect_done(set_X509_pub_key(cert.get(), key_pair(key).open.get()), "key");
-    if (extensions) set_extensions(cert.get(), *extensions);
-    const Oid algorithm(get_OBJECT_IDENTIFIER(signer == kKcdsaKey ? "HAS160withKCDSA1" : "RSA-SHA256", 0));
-    expect_done(set_X509_signature(cert.get(), algorithm.get()), "algorithm");
-    if (is_signed) expect_done(gen_SIG_X509_Cert(cert.get(), signing_key(signer)), "signature of " + subject);
+    // A key and a signature of another kind, which are then replaced.
+    const std::string text = "30{30{A0{02:" + digits_of(version) + "} 02:00" + serial + " 30{06:2A03}" +
+                             name_text(issuer) + "30{" + time_text(not_before) + time_text(not_after) + "}" +
+                             name_text(subject) + "30{30{06:2A03} 03:00}" +
+                             (extensions ? extensions_text(*extensions) : "") + "} 30{06:2A03} 03:00}";
+    X509_CERT *made = nullptr;
+    expect_done(Seq_to_X509_CERT(der_node(text).get(), &made), text);
+    Cert cert(made);
+    expect_done(set_X509_pub_key(made, key_pair(key).open.get()), "key");
+    const char *const algorithm = signer == kKcdsaKey ? "1.2.410.200004.1.22" : "1.2.840.113549.1.1.11";
+    expect_done(set_X509_signature(made, oid_of(algorithm).get()), "algorithm");
+    if (is_signed) expect_done(gen_SIG_X509_Cert(made, signing_key(signer)), "signature of " + subject);
     return cert;
 }
 
@@ -172,10 +167,7 @@ Chain valid_chain(unsigned length) {
         const auto name_at = [length](unsigned at) {
             return at == 0 ? "Root" : at + 1 == length ? "User" : "CA " + std::to_string(at);
         };
-        const auto number_at = [](unsigned at) {
-            const auto octet = static_cast<std::uint8_t>(at + 1);
-            return hex_of(&octet, 1);
-        };
+        const auto number_at = [](unsigned at) { return digits_of(static_cast<std::uint8_t>(at + 1)); };
         const unsigned above = depth == 0 ? 0 : depth - 1;
         CertSpec &spec = chain[i];
         spec.subject = name_at(depth);
@@ -186,12 +178,9 @@ Chain valid_chain(unsigned length) {
         spec.with(extension::kSubjectKeyId, "04:" + number_at(depth));
         spec.with({.key_id = number_at(above), .issuer = {}, .serial = {}});
         spec.policies({kPolicy});
-        if (depth + 1 == length && length > 1) {
-            spec.with(extension::kKeyUsage, "03:0780", true);
-        } else {
-            spec.with(extension::kKeyUsage, "03:0106", true);
-            spec.with(extension::kBasicConstraints, "30{01:FF}", true);
-        }
+        const bool is_user = depth + 1 == length && length > 1;
+        spec.with(extension::kKeyUsage, is_user ? "03:0780" : "03:0106", true);
+        if (!is_user) spec.with(extension::kBasicConstraints, "30{01:FF}", true);
     }
     return chain;
 }
@@ -206,7 +195,7 @@ Certificates make(const Chain &chain) {
 Anchors anchors_of(const Chain &certificates) {
     Anchors anchors(new_TRUST_ANCHORS());
     for (const CertSpec &spec : certificates) {
-        const tlx::Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(spec.make().get()));
+        const Held<free_TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(spec.make().get()));
         expect_done(add_TRUST_ANCHORS(anchors.get(), anchor.get()), spec.subject);
     }
     return anchors;
@@ -225,50 +214,9 @@ std::string subjects_of(const X509_CERTIFICATES *path) {
         const X509_NAME *name =
             get_X509_subject(get_X509_CERTIFICATES_child(path, static_cast<std::int32_t>(i)));
         if (i > 0) subjects += ", ";
-        subjects += tlx::text_of(get_X509_NAME_CHILD(name, 1)->data);
+        subjects += octets(get_X509_NAME_CHILD(name, 1)->data);
     }
     return subjects;
-}
-
-std::string text_of_policies(const OBJECT_IDENTIFIERS *list) {
-    if (list == nullptr) return "null";
-    std::string text;
-    for (std::uint32_t i = 0; i < get_OBJECT_IDENTIFIERS_count(list); ++i) {
-        if (i > 0) text += ' ';
-        text += tlx::text_of(get_OBJECT_IDENTIFIERS_child(list, static_cast<std::int32_t>(i)));
-    }
-    return text;
-}
-
-std::string text_of_tree(const node_LIST *tree) {
-    if (tree == nullptr) return "null";
-    if (tree->depth < 0) return tree->nodes == nullptr && tree->next == nullptr ? "no levels" : "broken head";
-    std::string text;
-    const VALID_POLICY_NODES *above = nullptr;
-    for (const node_LIST *level = tree; level != nullptr; level = level->next) {
-        if (!text.empty()) text += "; ";
-        text += std::to_string(level->depth) + ":";
-        if (level->marker != TLX_NODE_LIST_MARKER) text += " unmarked";
-        if (level->nodes == nullptr) text += " null";
-        for (std::uint32_t i = 0; i < get_STACK_count(level->nodes); ++i) {
-            auto *node = static_cast<VALID_POLICY_NODE *>(get_STACK_value(level->nodes, i));
-            text += ' ' + std::string(tlx::text_of(node->data->valid_policy));
-            if (node->data->criticality_indicator != 0 && level != tree) text += '!';
-            if (text_of_policies(node->data->expected_policy_set) != tlx::text_of(node->data->valid_policy))
-                text += " expecting " + text_of_policies(node->data->expected_policy_set);
-            std::int32_t children = 0;
-            for (std::uint32_t k = 0; level->next != nullptr && k < get_STACK_count(level->next->nodes); ++k)
-                children +=
-                    static_cast<VALID_POLICY_NODE *>(get_STACK_value(level->next->nodes, k))->parent == node;
-            if (children != node->child_count) text += " counting " + std::to_string(node->child_count);
-            bool has_parent = above == nullptr && node->parent == nullptr;
-            for (std::uint32_t k = 0; k < get_STACK_count(above); ++k)
-                has_parent = has_parent || get_STACK_value(above, k) == node->parent;
-            if (!has_parent) text += " orphan";
-        }
-        above = level->nodes;
-    }
-    return text;
 }
 
 }  // namespace tlx_test

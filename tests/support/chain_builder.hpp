@@ -8,17 +8,18 @@
 #include <string_view>
 #include <vector>
 
+#include "support/held.hpp"
 #include "support/octets.hpp"
-#include "trust/trust_records.hpp"
+#include "support/policy_tree.hpp"
 
 namespace tlx_test {
 
-using Cert = tlx::Owned<X509_CERT>;
-using Certificates = tlx::OwnedCertificates;
-using Anchors = std::unique_ptr<TRUST_ANCHORS, tlx::FreeWith<free_TRUST_ANCHORS>>;
-using Policies = std::unique_ptr<OBJECT_IDENTIFIERS, tlx::FreeWith<free_OBJECT_IDENTIFIERS>>;
-using Kcdsa = std::unique_ptr<KCDSA, tlx::FreeWith<free_KCDSA>>;
-using Tree = tlx::Owned<node_LIST>;
+using Cert = Held<free_X509_CERT>;
+using Certificates = Held<free_X509_CERTIFICATES>;
+using Anchors = Held<free_TRUST_ANCHORS>;
+using Policies = Held<free_OBJECT_IDENTIFIERS>;
+using Kcdsa = Held<free_KCDSA>;
+using Tree = Held<free_node_LIST>;
 
 namespace extension {
 constexpr const char *kSubjectKeyId = "2.5.29.14";
@@ -44,7 +45,7 @@ const ASYMMETRIC_KEY *signing_key(unsigned number);
 
 struct ExtensionSpec {
     std::string id;
-    Octets value;
+    std::string value;  ///< elements in the notation of der_text.hpp
     bool critical = false;
 };
 
@@ -68,16 +69,13 @@ struct CertSpec {
     std::string not_after = "2099-12-31,23:59:59";
     std::optional<std::vector<ExtensionSpec>> extensions = std::vector<ExtensionSpec>();
 
-    /// Adds an extension, or gives it another value: elements as text (der_text.hpp).
+    /// Adds an extension, or gives it another value.
     CertSpec &with(const char *id, std::string_view value, bool critical = false);
     CertSpec &with(const AuthorityKeyId &authority);
     CertSpec &policies(const std::vector<const char *> &dotted, bool critical = false);
     CertSpec &without(const char *id);
 
     [[nodiscard]] Cert make() const;
-
-  private:
-    CertSpec &set(const char *id, Octets value, bool critical);
 };
 using Chain = std::vector<CertSpec>;
 
@@ -92,10 +90,5 @@ Policies policy_list(const std::vector<const char *> &dotted);
 
 /// "User CA Root"
 std::string subjects_of(const X509_CERTIFICATES *path);
-/// The policies of a list: "1.2.3.1 1.2.3.2"; "null" without one.
-std::string text_of_policies(const OBJECT_IDENTIFIERS *list);
-/// The tree in one line, each level after its depth: "0: 2.5.29.32.0; 1: 1.2.3.1! 1.2.3.2". "!" means
-/// critical. The line also shows a level without its marker, a wrong count of children and a foreign parent.
-std::string text_of_tree(const node_LIST *tree);
 
 }  // namespace tlx_test

@@ -29,7 +29,8 @@ inline Octets assemble(std::string_view &text) {
             text.remove_prefix(digits);
         }
         all.push_back(tag[0]);
-        if (contents.size() > 0x7F) all.push_back(0x81);
+        if (contents.size() > 0x7F) all.push_back(contents.size() > 0xFF ? 0x82 : 0x81);
+        if (contents.size() > 0xFF) all.push_back(static_cast<std::uint8_t>(contents.size() >> 8));
         all.push_back(static_cast<std::uint8_t>(contents.size()));
         all.insert(all.end(), contents.begin(), contents.end());
     }

@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "support/held.hpp"
 #include "support/octets.hpp"
 #include "support/strings.hpp"
-#include "x509/certificate_records.hpp"
 
 namespace tlx_test {
 
-using OwnedCert = tlx::Owned<X509_CERT>;
+using OwnedCert = Held<free_X509_CERT>;
 
 constexpr const char *kDebianCertificates = "/etc/ssl/certs/ca-certificates.crt";
 

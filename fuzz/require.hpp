@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdlib>
+
+namespace fuzz {
+
+inline void require(bool holds) {
+    if (!holds) std::abort();
+}
+
+}  // namespace fuzz

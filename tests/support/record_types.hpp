@@ -1,0 +1,124 @@
+// Every record and list type behind one shape, so that one test and one fuzz target serve them all.
+#pragma once
+
+#include <tlxpki.h>
+
+#include <cstdint>
+#include <string_view>
+
+namespace tlx_test {
+
+/// The statuses of a decoder or of an encoder; 0 is one that it never returns.
+struct RecordStatuses {
+    std::uint32_t null_argument, wrong_count, other;
+};
+
+/// What a list has besides; all null for a record.
+struct ListOperations {
+    std::uint32_t (*count)(const void *);
+    void *(*child)(const void *, std::int32_t);
+    std::uint32_t (*add)(void *, const void *, std::int32_t);
+    void *(*remove)(void *, std::int32_t);
+    void (*free_item)(void *);
+};
+
+struct RecordType {
+    std::string_view name;
+    ASN1_DECODER decode;
+    RecordStatuses decoding;
+    ASN1_ENCODER encode;
+    RecordStatuses encoding;
+    void *(*make)();
+    void (*clean)(void *);
+    void (*free)(void *);
+    void *(*dup)(const void *);
+    ListOperations list;
+};
+
+// clang-format off
+#define NONE 0
+#define TLX_RECORD(type, decoder, null_in, count_in, other_in, encoder, null_out, count_out, other_out)  \
+    #type, TLX_DECODER(decoder), {null_in, count_in, other_in},                                          \
+    TLX_ENCODER(encoder), {null_out, count_out, other_out},                                              \
+    [] { return static_cast<void *>(new_##type()); },                                                    \
+    [](void *record) { clean_##type(static_cast<type *>(record)); },                                     \
+    [](void *record) { free_##type(static_cast<type *>(record)); },                                      \
+    [](const void *record) { return static_cast<void *>(dup_##type(static_cast<const type *>(record))); }
+#define RECORD(type, ...) {TLX_RECORD(type, __VA_ARGS__), {}},
+#define LIST(type, item, ...) {TLX_RECORD(type, __VA_ARGS__), {                                          \
+    [](const void *list) { return get_##type##_count(static_cast<const type *>(list)); },                \
+    [](const void *list, std::int32_t index) {                                                           \
+        return static_cast<void *>(get_##type##_child(static_cast<const type *>(list), index)); },       \
+    [](void *list, const void *child, std::int32_t index) {                                              \
+        return add_##type##_child(static_cast<type *>(list), static_cast<const item *>(child), index); },\
+    [](void *list, std::int32_t index) {                                                                 \
+        return static_cast<void *>(remove_##type##_child(static_cast<type *>(list), index)); },          \
+    [](void *child) { free_##item(static_cast<item *>(child)); }}},
+
+inline const RecordType kRecordTypes[] = {
+#include "records.inc"
+};
+#undef LIST
+#undef RECORD
+#undef TLX_RECORD
+#undef NONE
+// clang-format on
+
+/// What becomes of the caller's record when decoding fails.
+enum class OnFailure {
+    filled_partly,
+    unchanged,
+    cleaned,
+    freed,     // the caller's pointer becomes null
+    released,  // the record is unchanged, the caller's pointer becomes null
+};
+
+/// How a type departs from the rules that x509v3.h gives.
+struct Departure {
+    std::string_view type;
+    OnFailure on_failure = OnFailure::filled_partly;
+    std::uint32_t decoding = 0;  // a further status of a decoder that runs out of memory
+    std::uint32_t encoding = 0;  // and of an encoder
+    bool fills_only = false;     // a null *out stays null
+    bool writes_less = false;    // it writes records without members that it requires when it reads
+    bool fills_node = false;     // it encodes into the caller's node
+};
+
+inline Departure departure_of(const RecordType &type) {
+    static const Departure kDepartures[] = {
+        {.type = "X509_CERT", .decoding = 0x46110104, .encoding = 0x4610003C},
+        {.type = "X509_TBS_CERT", .on_failure = OnFailure::freed},
+        {.type = "X509_PUBKEY", .on_failure = OnFailure::unchanged},
+        {.type = "X509_NAME", .on_failure = OnFailure::unchanged, .fills_node = true},
+        {.type = "X509_EXTENSIONS", .on_failure = OnFailure::unchanged},
+        {.type = "X509_ATTRIBUTE", .on_failure = OnFailure::released},
+        {.type = "X509_ATTRIBUTES",
+         .on_failure = OnFailure::unchanged,
+         .decoding = 0x4624010C,
+         .encoding = 0x46210103},
+        {.type = "AUTHORITY_KEYID", .decoding = 0x470D0104, .writes_less = true},
+        {.type = "PKCS1_RSA_PRIVATE_KEY", .on_failure = OnFailure::cleaned},
+        {.type = "PKCS1_RSA_PUBLIC_KEY", .on_failure = OnFailure::cleaned},
+        {.type = "RSASSA_PSS_PARAM",
+         .on_failure = OnFailure::cleaned,
+         .decoding = 0x49110104,
+         .fills_only = true,
+         .writes_less = true},
+        {.type = "RSAES_OAEP_PARAM",
+         .on_failure = OnFailure::cleaned,
+         .fills_only = true,
+         .writes_less = true},
+    };
+    for (const Departure &each : kDepartures)
+        if (each.type == type.name) return each;
+    return {.type = type.name,
+            .on_failure = type.list.count != nullptr ? OnFailure::unchanged : OnFailure::filled_partly};
+}
+
+/// The octet before a fuzz seed chooses the types with this function octet in the statuses of their decoders:
+/// a place in the list would change with the list.
+inline std::uint8_t selector_of(const RecordType &type) {
+    return static_cast<std::uint8_t>(type.decoding.null_argument >> 16);
+}
+
+}  // namespace tlx_test
