@@ -1,0 +1,41 @@
+// Cases as data. A line of tests/data/rows/<file>.txt is an operation, its arguments and what must come out,
+// with " | " between them; \n, \r, \s (a space) and \xNN stand for octets, and "#" begins a comment line.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tlx_test {
+
+struct Row {
+    std::string place;  ///< "file:line"
+    std::vector<std::string> fields;
+
+    /// A field without its escapes; empty when the line ends before it.
+    const std::string &operator[](std::size_t i) const;
+    /// A field as a number: decimal, or hexadecimal after "0x".
+    [[nodiscard]] std::uint32_t number(std::size_t i) const;
+    /// The arguments.
+    [[nodiscard]] std::size_t count() const { return fields.size() - 2; }
+};
+
+std::vector<Row> read_rows(const std::string &file);
+
+struct Operation {
+    std::function<std::string(const Row &)> run;
+    /// What may come out instead when an allocation fails. Without any, no allocation is made to fail.
+    std::set<std::string> without_memory = {};
+};
+
+/// Runs every line of a file and compares the result with its last field, then does so with each allocation
+/// failing in turn. Nothing leaks, and no operation is without a line.
+void expect_rows(const std::string &file, const std::map<std::string, Operation> &operations);
+
+/// "00000000"
+std::string status_text(std::uint32_t status);
+
+}  // namespace tlx_test
