@@ -1,9 +1,11 @@
 #include "support/rows.hpp"
 
 #include <gtest/gtest.h>
+#include <tlxcrypto/digest.h>
 
 #include <cstdio>
 #include <fstream>
+#include <sstream>
 
 #include "support/allocation.hpp"
 
@@ -29,6 +31,16 @@ std::string without_spaces_around(const std::string &text) {
     return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+std::uint32_t number_of(const std::string &text) {
+    static const std::map<std::string, std::uint32_t> digests = {
+        {"MD5", TLX_DIGEST_MD5},       {"SHA1", TLX_DIGEST_SHA1},     {"SHA224", TLX_DIGEST_SHA224},
+        {"SHA256", TLX_DIGEST_SHA256}, {"SHA384", TLX_DIGEST_SHA384}, {"SHA512", TLX_DIGEST_SHA512},
+        {"HAS160", TLX_DIGEST_HAS160}, {"MDC2", TLX_DIGEST_MDC2}};
+    const auto digest = digests.find(text);
+    return digest != digests.end() ? digest->second
+                                   : static_cast<std::uint32_t>(std::stoll(text, nullptr, 0));
+}
+
 void expect_row(const Row &row, const Operation &operation) {
     const std::string &expected = row.fields.back();
     {
@@ -52,7 +64,7 @@ const std::string &Row::operator[](std::size_t i) const {
 }
 
 std::uint32_t Row::number(std::size_t i) const {
-    return static_cast<std::uint32_t>(std::stoll((*this)[i], nullptr, 0));
+    return number_of((*this)[i]);
 }
 
 std::vector<Row> read_rows(const std::string &file) {
@@ -83,6 +95,26 @@ void expect_rows(const std::string &file, const std::map<std::string, Operation>
         seen.insert(row[0]);
     }
     EXPECT_EQ(seen.size(), operations.size()) << "an operation without a line";
+}
+
+std::string run_steps(const std::string &text, const Steps &known) {
+    std::string results;
+    std::istringstream steps(text);
+    for (std::string step; std::getline(steps, step, ';');) {
+        std::istringstream words(step);
+        std::string name;
+        words >> name;
+        Numbers numbers;
+        for (std::string word; words >> word;)
+            numbers.push_back(number_of(word));
+        numbers.resize(4);
+        const auto found = known.find(name);
+        if (found == known.end()) return "no step " + name;
+        const std::uint32_t result = found->second(numbers);
+        results +=
+            (results.empty() ? "" : " ") + (result < 0x10000 ? std::to_string(result) : status_text(result));
+    }
+    return results;
 }
 
 std::string status_text(std::uint32_t status) {

@@ -17,7 +17,7 @@ struct Row {
 
     /// A field without its escapes; empty when the line ends before it.
     const std::string &operator[](std::size_t i) const;
-    /// A field as a number: decimal, or hexadecimal after "0x".
+    /// A field as a number: decimal, hexadecimal after "0x", or the name of a digest.
     [[nodiscard]] std::uint32_t number(std::size_t i) const;
     /// The arguments.
     [[nodiscard]] std::size_t count() const { return fields.size() - 2; }
@@ -34,6 +34,13 @@ struct Operation {
 /// Runs every line of a file and compares the result with its last field, then does so with each allocation
 /// failing in turn. Nothing leaks, and no operation is without a line.
 void expect_rows(const std::string &file, const std::map<std::string, Operation> &operations);
+
+using Numbers = std::vector<std::uint32_t>;
+using Steps = std::map<std::string, std::function<std::uint32_t(const Numbers &)>>;
+
+/// Does "name number number; name" step by step, with zeros for the numbers that are left out, and returns
+/// what each step returned: "0 20 49120049", a status in hexadecimal.
+std::string run_steps(const std::string &text, const Steps &known);
 
 /// "00000000"
 std::string status_text(std::uint32_t status);
