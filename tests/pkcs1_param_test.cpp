@@ -22,8 +22,14 @@ using Oaep = tlx::Owned<RSAES_OAEP_PARAM>;
 using Oid = tlx::Owned<OBJECT_IDENTIFIER>;
 using Algorithm = tlx::Owned<X509_ALGO_IDENTIFIER>;
 
+Oid oid(const char *name) {
+    return Oid(get_OBJECT_IDENTIFIER(name, 0));
+}
 Oid oid(std::uint32_t index) {
-    return Oid(index_to_OBJECT_IDENTIFIER(static_cast<std::int32_t>(index)));
+    return Oid(get_OBJECT_IDENTIFIER(nullptr, index));
+}
+std::int32_t index_of(const char *name) {
+    return static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid(name).get()));
 }
 
 std::string der_of(const Pss &param) {
@@ -71,7 +77,8 @@ std::string set(const Row &row) {
         {"pss-mask", [&](N n) { return set_RSASSA_PSS_PARAM_maskGenAlgorithm(pss.get(), index(n)); }},
         {"pss-mask-of",
          [&](N n) { return set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(pss.get(), oid(n[0]).get()); }},
-        {"pss-salt", [&](N n) { return set_RSASSA_PSS_PARAM_trailerField(pss.get(), index(n)); }},
+        {"pss-salt",
+         [&](N n) { return set_RSASSA_PSS_PARAM_trailerField(pss.get(), static_cast<std::uint8_t>(n[0])); }},
         {"pss-clean-hash", [&](N) { return clean_X509_ALGO_IDENTIFIER(pss->hashAlgorithm), 0U; }},
         {"pss-into-algorithm",
          [&](N) { return set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(algorithm.get(), pss.get()); }},
@@ -89,8 +96,9 @@ std::string set(const Row &row) {
         {"oaep-into-algorithm",
          [&](N) { return set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(algorithm.get(), oaep.get()); }},
     };
-    std::string result = run_steps(row[1], steps) + ", " + der_of(Pss(dup_RSASSA_PSS_PARAM(pss.get()))) +
-                         ", " + der_of(Oaep(dup_RSAES_OAEP_PARAM(oaep.get())));
+    std::string result = run_steps(row[1], steps);
+    result += ", " + der_of(Pss(dup_RSASSA_PSS_PARAM(pss.get())));
+    result += ", " + der_of(Oaep(dup_RSAES_OAEP_PARAM(oaep.get())));
     if (algorithm->parameters != nullptr) result += ", " + hex_of(algorithm->parameters);
     EXPECT_EQ(algorithm->algorithm, nullptr) << "left to the caller";
     return result;
@@ -113,8 +121,8 @@ TEST(Params, RefuseMissingArguments) {
     const Algorithm algorithm(new_X509_ALGO_IDENTIFIER());
     ASN1_UNIT *node = nullptr;
     const std::pair<std::uint32_t, std::uint32_t> calls[] = {
-        {set_RSASSA_PSS_PARAM_hashAlgorithm_OID(nullptr, oid(672).get()), 0x49120049},
-        {set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(nullptr, oid(911).get()), 0x49130049},
+        {set_RSASSA_PSS_PARAM_hashAlgorithm_OID(nullptr, oid("SHA256").get()), 0x49120049},
+        {set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(nullptr, oid("id-mgf1").get()), 0x49130049},
         {set_RSASSA_PSS_PARAM_trailerField(nullptr, 20), 0x49140049},
         {set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(nullptr, pss.get()), 0x490F0049},
         {set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(algorithm.get(), nullptr), 0x490F0049},
@@ -173,14 +181,14 @@ TEST(Params, OfOursRuleWhatOpensslAccepts) {
     const tlx::Owned<X509_PUBKEY> key(new_X509_PUBKEY());
     ASSERT_EQ(set_X509_PUBKEY_rsa(key.get(), unit.get()), 0U);
     const Pss pss(new_RSASSA_PSS_PARAM());
-    ASSERT_EQ(set_RSASSA_PSS_PARAM_hashAlgorithm(pss.get(), 672), 0U);
-    ASSERT_EQ(set_RSASSA_PSS_PARAM_maskGenAlgorithm(pss.get(), 911), 0U);
+    ASSERT_EQ(set_RSASSA_PSS_PARAM_hashAlgorithm(pss.get(), index_of("SHA256")), 0U);
+    ASSERT_EQ(set_RSASSA_PSS_PARAM_maskGenAlgorithm(pss.get(), index_of("id-mgf1")), 0U);
     ASSERT_EQ(set_RSASSA_PSS_PARAM_trailerField(pss.get(), 20), 0U);
     const Algorithm algorithm(new_X509_ALGO_IDENTIFIER());
     ASSERT_EQ(set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(algorithm.get(), pss.get()), 0U);
     std::swap(key->parameters, algorithm->parameters);
     free_OBJECT_IDENTIFIER(key->algorithm);
-    key->algorithm = Oid(get_OBJECT_IDENTIFIER("id-RSASSA-PSS", 0)).release();
+    key->algorithm = oid("id-RSASSA-PSS").release();
     ASSERT_NE(writeDER_to_FILE(key.get(), TLX_ENCODER(X509_PUBKEY_to_Seq), folder.path("key.der").c_str()),
               0xFFFFFFFFU);
     const std::string printed = folder.run("openssl pkey -pubin -inform DER -in key.der -noout -text");
@@ -203,7 +211,7 @@ TEST(Params, OfOursRuleWhatOpensslAccepts) {
 }
 
 TEST(Params, MemoryMayRunOutInSetters) {
-    const Oid mgf1 = oid(911);
+    const Oid mgf1 = oid("id-mgf1");
     EXPECT_GT(
         sweep_failing_allocations([&] {
             const Pss pss(new_RSASSA_PSS_PARAM());

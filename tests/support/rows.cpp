@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <tlxcrypto/digest.h>
+#include <tlxpki/objects.h>
 
 #include <cstdio>
 #include <fstream>
@@ -37,8 +38,10 @@ std::uint32_t number_of(const std::string &text) {
         {"SHA256", TLX_DIGEST_SHA256}, {"SHA384", TLX_DIGEST_SHA384}, {"SHA512", TLX_DIGEST_SHA512},
         {"HAS160", TLX_DIGEST_HAS160}, {"MDC2", TLX_DIGEST_MDC2}};
     const auto digest = digests.find(text);
-    return digest != digests.end() ? digest->second
-                                   : static_cast<std::uint32_t>(std::stoll(text, nullptr, 0));
+    if (digest != digests.end()) return digest->second;
+    const auto size = static_cast<std::uint32_t>(text.size());
+    const std::uint32_t index = index_from_sn(text.data(), size) + index_from_ln(text.data(), size);
+    return index != 0 ? index : static_cast<std::uint32_t>(std::stoll(text, nullptr, 0));
 }
 
 void expect_row(const Row &row, const Operation &operation) {

@@ -17,7 +17,7 @@ struct Row {
 
     /// A field without its escapes; empty when the line ends before it.
     const std::string &operator[](std::size_t i) const;
-    /// A field as a number: decimal, hexadecimal after "0x", or the name of a digest.
+    /// A field as a number: decimal, hexadecimal after "0x", a digest, or a name in the registry.
     [[nodiscard]] std::uint32_t number(std::size_t i) const;
     /// The arguments.
     [[nodiscard]] std::size_t count() const { return fields.size() - 2; }
