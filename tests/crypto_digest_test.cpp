@@ -9,6 +9,7 @@
 #include "support/crypto_values.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/rhash_peer.hpp"
+#include "support/rows.hpp"
 #include "support/threads.hpp"
 
 namespace {
@@ -134,54 +135,48 @@ TEST(Digest, HasMdc2WhereLibcryptoHas) {
     EXPECT_EQ(one_shot(TLX_DIGEST_MDC2, {'a', 'b', 'c'}), openssl::digest("MDC2", {'a', 'b', 'c'}));
 }
 
-TEST(Digest, RefusesWhatItDoesNotHaveAndForgetsWhatWasBefore) {
+TEST(Digest, RefusesWhatItDoesNotHave) {
     const LeakCheck leaks;
-    const Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
-    const Owned<HMAC_UNIT> hmac(new_HMAC_UNIT());
     const Octets key = {1, 2, 3};
     for (const std::uint32_t id : {0U, 0x05000101U, 0x05000600U, 0x25000100U, 0xFFFFFFFFU}) {
         EXPECT_EQ(one_shot(id, key), Octets{});
         EXPECT_EQ(one_shot_hmac(id, key, key), Octets{});
         EXPECT_EQ(get_DigestLength(id) + get_DigestBlockLength(id) + get_HMAC_length(id), 0U);
-        ASSERT_EQ(init_Digest(unit.get(), TLX_DIGEST_SHA1), 0U);
-        EXPECT_EQ(init_Digest(unit.get(), id), 1U);
-        EXPECT_EQ(get_DIGEST_UNIT_id(unit.get()), 0U);
-        EXPECT_EQ(update_Digest(unit.get(), nullptr, 0), 1U);
-        ASSERT_EQ(init_HMAC(hmac.get(), TLX_DIGEST_SHA1, key.data(), 3), 0U);
-        EXPECT_EQ(init_HMAC(hmac.get(), id, key.data(), 3), 1U);
-        EXPECT_EQ(reset_HMAC(hmac.get()), 1U);
     }
     EXPECT_EQ(one_shot(TLX_HMAC_SHA1, key), Octets{}) << "no name of a digest";
     EXPECT_TRUE(openssl::error_queue_is_empty());
 }
 
-TEST(Digest, KeepsItsOrderOfCalls) {
-    const LeakCheck leaks;
-    std::uint8_t digest[TLX_DIGEST_MAX_LENGTH] = {};
+/// Steps with a digest unit and an HMAC unit.
+std::string run_on_units(const Row &row) {
+    const Owned<DIGEST_UNIT> digest(new_DIGEST_UNIT());
+    const Owned<HMAC_UNIT> hmac(new_HMAC_UNIT());
+    Octets out(TLX_DIGEST_MAX_LENGTH);
     std::uint32_t len = 99;
-    for (const std::uint32_t id : {TLX_DIGEST_SHA256, TLX_DIGEST_HAS160}) {
-        const Owned<DIGEST_UNIT> owned(new_DIGEST_UNIT());
-        DIGEST_UNIT *unit = owned.get();
-        EXPECT_EQ(update_Digest(unit, digest, 4), 1U) << "not initialised";
-        EXPECT_EQ(final_Digest(unit, digest, &len), 1U) << "not initialised";
-        EXPECT_EQ(len, 0U);
-        ASSERT_EQ(init_Digest(unit, id), 0U);
-        EXPECT_EQ(update_Digest(unit, nullptr, 1), 1U);
-        EXPECT_EQ(final_Digest(unit, nullptr, &len), 1U);
-        EXPECT_EQ(final_Digest(unit, digest, &len), 0U) << "a refused call changes nothing";
-        EXPECT_EQ(Octets(digest, digest + len), one_shot(id, {}));
-        EXPECT_EQ(get_DIGEST_UNIT_id(unit), id);
-        EXPECT_EQ(final_Digest(unit, digest, &len), 1U) << "already ended";
-    }
-    const Owned<HMAC_UNIT> unit(new_HMAC_UNIT());
-    EXPECT_EQ(reset_HMAC(unit.get()), 1U) << "no key";
-    EXPECT_EQ(update_HMAC(unit.get(), digest, 4), 1U) << "no key";
-    ASSERT_EQ(init_HMAC(unit.get(), TLX_DIGEST_SHA1, digest, 4), 0U);
-    EXPECT_EQ(final_HMAC(unit.get(), digest, &len), 0U);
-    EXPECT_EQ(final_HMAC(unit.get(), digest, &len), 1U) << "already ended";
-    EXPECT_EQ(init_HMAC(unit.get(), TLX_DIGEST_SHA1, nullptr, 4), 1U);
+    using N = const Numbers &;
+    const Steps steps = {
+        {"init", [&](N n) { return init_Digest(digest.get(), n[0]); }},
+        {"update", [&](N n) { return update_Digest(digest.get(), out.data(), n[0]); }},
+        {"update-null", [&](N n) { return update_Digest(digest.get(), nullptr, n[0]); }},
+        {"final", [&](N) { return final_Digest(digest.get(), out.data(), &len); }},
+        {"final-null", [&](N) { return final_Digest(digest.get(), nullptr, &len); }},
+        {"is-of-nothing",
+         [&](N n) { return Octets(out.begin(), out.begin() + len) == one_shot(n[0], {}) ? 1U : 0U; }},
+        {"length", [&](N) { return len; }},
+        {"id", [&](N) { return get_DIGEST_UNIT_id(digest.get()); }},
+        {"hmac-init", [&](N n) { return init_HMAC(hmac.get(), n[0], out.data(), n[1]); }},
+        {"hmac-init-null", [&](N n) { return init_HMAC(hmac.get(), n[0], nullptr, n[1]); }},
+        {"hmac-update", [&](N n) { return update_HMAC(hmac.get(), out.data(), n[0]); }},
+        {"hmac-reset", [&](N) { return reset_HMAC(hmac.get()); }},
+        {"hmac-final", [&](N) { return final_HMAC(hmac.get(), out.data(), &len); }},
+    };
+    return run_steps(row[1], steps);
 }
 
+TEST(Digest, Rows) {
+    expect_rows("digest.txt", {{"steps", {run_on_units}}});
+    EXPECT_TRUE(openssl::error_queue_is_empty());
+}
 TEST(Digest, MayBeFirstUsedFromManyThreads) {
     const auto digest = [] {
         return hex(one_shot(TLX_DIGEST_MD5, {'a', 'b', 'c'})) == "900150983CD24FB0D6963F7D28E17F72";
