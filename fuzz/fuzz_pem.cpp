@@ -1,12 +1,7 @@
-// PEM text of any kind: decodes its body, the structure in it, and all blocks of it.
-#include <tlxcrypto/memory.h>
-#include <tlxpki/asn1.h>
+// PEM text of any kind: its body, the structure in it, and all blocks of it.
 #include <tlxpki/encoded_block.h>
-#include <tlxpki/pem.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "values.hpp"
 
 namespace {
 
@@ -34,27 +29,29 @@ void check_blocks(const std::uint8_t *data, std::uint32_t size) {
     free_ENCODED_BLOCKS(blocks);
 }
 
+std::string decode(const std::string &pem) {
+    std::uint8_t *der = nullptr;
+    const std::uint32_t count = decode_PEM(pem.data(), static_cast<std::int32_t>(pem.size()), &der);
+    fuzz::require((count == 0) == (der == nullptr));
+    return fuzz::taken(der, count);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    const auto *pem = reinterpret_cast<const char *>(data);
-    std::uint8_t *der = nullptr;
-    const std::uint32_t count = decode_PEM(pem, static_cast<std::int32_t>(size), &der);
-    if ((count == 0) != (der == nullptr)) std::abort();
-    if (count != 0) {
+    const std::string pem(reinterpret_cast<const char *>(data), size);
+    const std::string der = decode(pem);
+    if (!der.empty()) {
         char *again = nullptr;
-        std::uint8_t *same = nullptr;
-        const std::uint32_t length = encode_PEM(der, count, "FUZZ", 4, &again, 1);
-        if (decode_PEM(again, static_cast<std::int32_t>(length), &same) != count) std::abort();
-        tlx_free(same);
-        tlx_free(again);
+        const std::uint32_t length = encode_PEM(reinterpret_cast<const std::uint8_t *>(der.data()),
+                                                static_cast<std::uint32_t>(der.size()), "FUZZ", 4, &again, 1);
+        fuzz::require(decode(fuzz::taken(again, length)) == der);
     }
-    tlx_free(der);
-
-    void *node = nullptr;
-    const std::uint32_t status = readPEM_from_Binary(&node, copy_node, pem, static_cast<std::uint32_t>(size));
-    if ((status == 0x4E00002B) != (count == 0) || (status == 0) != (node != nullptr)) std::abort();
-    free_ASN1_UNIT(static_cast<ASN1_UNIT *>(node));
+    void *made = nullptr;
+    const std::uint32_t status =
+        readPEM_from_Binary(&made, copy_node, pem.data(), static_cast<std::uint32_t>(size));
+    const fuzz::Node node(static_cast<ASN1_UNIT *>(made));
+    fuzz::require((status == 0x4E00002B) == der.empty() && (status == 0) == (node != nullptr));
     check_blocks(data, static_cast<std::uint32_t>(size));
     return 0;
 }

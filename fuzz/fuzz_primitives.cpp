@@ -1,22 +1,15 @@
-// Every primitive decoder over hostile contents, and the encoders over the results.
-#include <tlxpki.h>
-
-#include <cstdlib>
+// Every primitive decoder over hostile contents, and the encoders over what they gave.
 #include <cstring>
-#include <string>
 #include <vector>
 
-#include "der/owned.hpp"
+#include "values.hpp"
 
 namespace {
 
-using Node = tlx::Owned<ASN1_UNIT>;
-using String = tlx::Owned<ASN1_STRING>;
-using Number = tlx::Owned<BIGINT>;
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using fuzz::Node;
+using fuzz::Number;
+using fuzz::require;
+using fuzz::String;
 
 bool same(const ASN1_STRING *a, const ASN1_STRING *b) {
     return a != nullptr && b != nullptr && a->type == b->type && a->extra == b->extra &&
@@ -26,7 +19,7 @@ bool same(const ASN1_STRING *a, const ASN1_STRING *b) {
 
 using StringDecoder = ASN1_STRING *(*)(const std::uint8_t *);
 
-/// A decoded value, encoded under its type, decodes to the same value.
+/// What a decoder gives, encoded under its type, gives the same again.
 void check_string(StringDecoder decode, const std::uint8_t *element) {
     const String value(decode(element));
     if (value == nullptr) return;
@@ -39,10 +32,8 @@ void check_string(StringDecoder decode, const std::uint8_t *element) {
         require(status == 0x42090101 && node->tag == nullptr);
         return;
     }
-    std::uint8_t *octets = nullptr;
-    require(ASN1_to_binary(node.get(), &octets) != 0xFFFFFFFF);
-    const tlx::OwnedOctets<std::uint8_t> owner(octets);
-    const String again(decode(octets));
+    const std::string encoding = fuzz::octets_of(node.get());
+    const String again(decode(reinterpret_cast<const std::uint8_t *>(encoding.data())));
     const bool narrowed = value->type == 3 && (value->extra & ~0xFF) != 0;
     require(narrowed || same(value.get(), again.get()));
 }
@@ -70,20 +61,16 @@ void check_number(const std::uint8_t *element) {
 
 /// A dotted text that is accepted encodes to what decodes and encodes to the same.
 void check_dotted_text(const std::string &text) {
-    ASN1_STRING record = {6, nullptr, static_cast<std::int32_t>(text.size()), 0};
-    std::vector<std::uint8_t> copy(text.begin(), text.end());
-    record.data = copy.data();
+    const String record = fuzz::string_of(6, text);
     const Node node(new_ASN1_UNIT());
-    if (encodeToBERObjectIdentifier(node.get(), 6, &record, record.length, 1) != 0) return;
-    std::uint8_t *octets = nullptr;
-    const std::uint32_t size = ASN1_to_binary(node.get(), &octets);
-    const tlx::OwnedOctets<std::uint8_t> owner(octets);
-    const String decoded(decodeToBERObjectIdentifier(octets));
+    if (encodeToBERObjectIdentifier(node.get(), 6, record.get(), record->length, 1) != 0) return;
+    const std::string encoding = fuzz::octets_of(node.get());
+    const String decoded(
+        decodeToBERObjectIdentifier(reinterpret_cast<const std::uint8_t *>(encoding.data())));
     if (decoded == nullptr) return;  // longer than 99 characters
     const Node again(new_ASN1_UNIT());
     require(encodeToBERObjectIdentifier(again.get(), 6, decoded.get(), decoded->length, 1) == 0);
-    require(getASN1ValueLength(again.get()) + 1 + getASN1LengthSize(again->length) == size);
-    require(std::memcmp(again->value, node->value, getASN1ValueLength(node.get())) == 0);
+    require(fuzz::octets_of(again.get()) == encoding);
 }
 
 void check_bit_texts(const std::string &text) {
@@ -111,18 +98,17 @@ void check_times(const std::uint8_t *element) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     if (size < 2 || size > 4096) return 0;
-    const auto before = tlx_live_blocks();
     const std::string text(reinterpret_cast<const char *>(data), size);
     check_dotted_text(text);
     check_bit_texts(text);
 
-    // The decoders receive no length, so each element is complete and its block has exactly its size.
-    std::uint8_t *octets = nullptr;
-    {
-        const Node node(decodeToDERSequence_n(data, static_cast<std::uint32_t>(size)));
-        if (node == nullptr) return 0;
-        require(ASN1_to_binary(node.get(), &octets) != 0xFFFFFFFF);
-    }
+    // The decoders know no length: they get elements that are complete, in a block of exactly their size.
+    const Node node = fuzz::node_of(data, size);
+    if (node == nullptr) return 0;
+    const std::string complete = fuzz::octets_of(node.get());
+    const std::vector<std::uint8_t> block(complete.begin(), complete.end());
+    const std::uint8_t *octets = block.data();
+    const auto before = tlx_live_blocks();
     for (const StringDecoder decode :
          {decodeToBERBitString, decodeToBEROctetString, decodeToBERObjectIdentifier, decodeToBERUTF8String,
           decodeToBERPrintableString, decodeToBERT61String, decodeToBERIA5String, decodeToBERBMPString,
@@ -135,7 +121,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const tlx::OwnedOctets<void> boolean(decodeToDERBoolean(octets));
     const tlx::OwnedOctets<void> null(decodeToDERNull(octets));
     require(null != nullptr);
-    tlx_free(octets);
     require(tlx_live_blocks() == before + (boolean != nullptr ? 2 : 1));
     return 0;
 }

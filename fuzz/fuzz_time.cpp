@@ -1,13 +1,6 @@
-// Time texts of any kind. A time that reads is written in each form, and the written text reads as the same
-// time. Adding and subtracting seconds gives the time back.
-#include <tlxpki/ber.h>
-#include <tlxpki/string.h>
-#include <tlxpki/time.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
+// Time texts of any kind. What reads is written in each form; what was read from the written text is the same
+// time, and adding seconds and taking them off again leads back.
+#include "values.hpp"
 
 namespace {
 
@@ -23,36 +16,30 @@ constexpr Kind kKinds[] = {
     {TLX_TAG_GENERALIZED_TIME, generalizedTimeToASN1_TIME, asn1TimeToGENERALIZED_TIME, add_GENERALIZED_TIME},
 };
 
+using Time = std::unique_ptr<ASN1_TIME, tlx::FreeWith<free_ASN1_TIME>>;
+
 void write_and_read(const Kind &kind, const ASN1_TIME *time) {
     ASN1_STRING *text = kind.write(time, 2);
     if (text == nullptr) return;  // a year that the text cannot hold
-    ASN1_TIME *same = kind.read(text);
-    if (cmp_ASN1_TIME(same, time) != 0) std::abort();
+    fuzz::require(cmp_ASN1_TIME(Time(kind.read(text)).get(), time) == 0);
     constexpr std::int32_t kSeconds = 86399;
     if (kind.add(&text, kSeconds) == 0) {
-        if (kind.add(&text, -kSeconds) != 0) std::abort();
-        ASN1_TIME *back = kind.read(text);
-        if (cmp_ASN1_TIME(back, time) != 0) std::abort();
-        free_ASN1_TIME(back);
+        fuzz::require(kind.add(&text, -kSeconds) == 0);
+        fuzz::require(cmp_ASN1_TIME(Time(kind.read(text)).get(), time) == 0);
     }
-    free_ASN1_TIME(same);
     free_ASN1_STRING(text);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    const std::string octets(reinterpret_cast<const char *>(data), size);
     for (const Kind &kind : kKinds) {
-        ASN1_STRING *text = new_ASN1_STRING();
-        set_ASN1_STRING_value(text, kind.type, data, static_cast<std::uint32_t>(size));
-        ASN1_TIME *time = kind.read(text);
-        if (time != nullptr) {
-            if (check_ASN1_TIME(time) != 0) std::abort();
-            write_and_read(kind, time);
-        }
-        free_ASN1_TIME(time);
-        free_ASN1_STRING(text);
+        const Time time(kind.read(fuzz::string_of(kind.type, octets).get()));
+        if (time == nullptr) continue;
+        fuzz::require(check_ASN1_TIME(time.get()) == 0);
+        write_and_read(kind, time.get());
     }
-    free_ASN1_TIME(charToASN1_TIME(std::string(reinterpret_cast<const char *>(data), size).c_str()));
+    free_ASN1_TIME(charToASN1_TIME(octets.c_str()));
     return 0;
 }

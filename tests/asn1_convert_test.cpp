@@ -1,50 +1,67 @@
+// Korean text: the whole plane beside the system's, records and texts, widening, hexadecimal.
 #include <gtest/gtest.h>
 #include <tlxpki/ber.h>
 #include <tlxpki/convert.h>
 
 #include "support/allocation.hpp"
 #include "support/korean_peer.hpp"
+#include "support/rows.hpp"
 #include "support/strings.hpp"
 
 namespace tlx_test {
 namespace {
 
-using namespace std::string_literals;
-
 std::string pair_of(std::uint32_t value) {
     return {static_cast<char>(value >> 8), static_cast<char>(value)};
 }
 
-template <std::uint32_t (*Convert)(const ASN1_STRING *, char **), std::int32_t Type>
-std::string from_record(const std::string &octets) {
+Operation from_record(std::uint32_t (*convert)(const ASN1_STRING *, char **), std::int32_t type) {
+    return {[=](const Row &row) {
+                char *text = nullptr;
+                const std::uint32_t size = convert(make_string(type, row[1]).get(), &text);
+                EXPECT_EQ(text == nullptr, size == 0);
+                return take(text, size);
+            },
+            {"(null)"}};
+}
+
+Operation to_record(std::uint32_t (*convert)(const char *, ASN1_STRING **), std::int32_t type) {
+    return {[=](const Row &row) {
+                ASN1_STRING *made = nullptr;
+                const std::uint32_t size = convert(row[1].c_str(), &made);
+                const StringRecord record(made);
+                EXPECT_EQ(size, made != nullptr ? static_cast<std::uint32_t>(made->length) : 0U);
+                EXPECT_TRUE(made == nullptr || (made->type == type && made->data[size] == 0));
+                return octets(made);
+            },
+            {"(null)"}};
+}
+
+template <typename Function>
+Operation of_octets(Function function) {
+    return {[=](const Row &row) { return call(function, row[1]); }, {"(null)"}};
+}
+
+TEST(Convert, Rows) {
+    expect_rows("convert.txt", {{"BMPString to text", from_record(bmpToCP949, TLX_TAG_BMP_STRING)},
+                                {"UTF8String to text", from_record(utf8ToCP949, TLX_TAG_UTF8_STRING)},
+                                {"text to BMPString", to_record(cp949ToBMP, TLX_TAG_BMP_STRING)},
+                                {"text to UTF8String", to_record(cp949ToUTF8, TLX_TAG_UTF8_STRING)},
+                                {"widen", of_octets(ascTouni)},
+                                {"narrow", of_octets(uniToasc)},
+                                {"hexadecimal", of_octets(hexToASCII)}});
     char *text = nullptr;
-    const std::uint32_t size = Convert(make_string(Type, octets).get(), &text);
-    EXPECT_EQ(text == nullptr, size == 0);
-    return take(text, size);
+    std::uint8_t *units = nullptr;
+    EXPECT_EQ(bmpToCP949(nullptr, &text), 0U);
+    EXPECT_EQ(bmpToCP949(make_string(30, pair_of('A')).get(), nullptr), 0U);
+    EXPECT_EQ(cp949ToBMP(nullptr, nullptr), 0U);
+    EXPECT_EQ(ascTouni(nullptr, 0, &units), 0U);
+    EXPECT_EQ(ascTouni("a", 0x7FFFFFFF, &units), 0U);
+    EXPECT_EQ(units, nullptr);
 }
-constexpr auto from_bmp = from_record<bmpToCP949, TLX_TAG_BMP_STRING>;
-constexpr auto from_utf8 = from_record<utf8ToCP949, TLX_TAG_UTF8_STRING>;
 
-template <std::uint32_t (*Convert)(const char *, ASN1_STRING **), std::int32_t Type>
-std::string to_record(const std::string &text) {
-    ASN1_STRING *made = nullptr;
-    const std::uint32_t size = Convert(text.c_str(), &made);
-    const StringRecord record(made);
-    EXPECT_EQ(size, record ? static_cast<std::uint32_t>(record->length) : 0U);
-    if (record) {
-        EXPECT_EQ(record->type, Type);
-        EXPECT_EQ(record->data[size], 0);
-    }
-    return octets(made);
-}
-constexpr auto to_bmp = to_record<cp949ToBMP, TLX_TAG_BMP_STRING>;
-constexpr auto to_utf8 = to_record<cp949ToUTF8, TLX_TAG_UTF8_STRING>;
-
-class Convert : public ::testing::Test {
-    LeakCheck leaks_;
-};
-
-TEST_F(Convert, KnowsThePlaneOfTheSystemBothWays) {
+TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
+    const LeakCheck leaks;
     const auto in_plane = [](std::uint32_t pair) {
         return pair >= 0xA1A1 && pair <= 0xFDFE && (pair & 0xFF) >= 0xA1 && (pair & 0xFF) <= 0xFE;
     };
@@ -68,84 +85,6 @@ TEST_F(Convert, KnowsThePlaneOfTheSystemBothWays) {
     EXPECT_EQ(cp949ToUnicode(0xA1, 0xA4), 0x00B7U);
     for (const std::uint32_t code_point : {0x10000U, 0x13000U, 0x1AC00U, 0xFFFF3000U})
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
-}
-
-TEST_F(Convert, BmpText) {
-    EXPECT_EQ(from_bmp("\xAC\x00\0!\xD5\x58"s), "\xB0\xA1!\xC7\xCF");
-    EXPECT_EQ(from_bmp("\x7F\xFC\x80\x00"s), "|\xE9\xA5") << "both Hanja of the plane";
-    // Below U+8000 the low octet is all that counts, even of a character that the table has.
-    EXPECT_EQ(from_bmp("\x30\x00"s), "\0"s);
-    EXPECT_EQ(from_bmp("\x00\xC1"s), "A");
-    EXPECT_EQ(from_bmp("\0A\xAC\x02"s), "(null)") << "Hangul outside the plane";
-    EXPECT_EQ(from_bmp("\0A\xAC"s), "(null)") << "half a unit";
-    EXPECT_EQ(from_bmp(""), "(null)");
-    char *text = nullptr;
-    EXPECT_EQ(bmpToCP949(nullptr, &text), 0U);
-    EXPECT_EQ(bmpToCP949(make_string(30, "\0A"s).get(), nullptr), 0U);
-}
-
-TEST_F(Convert, Utf8Text) {
-    EXPECT_EQ(from_utf8("A\xEA\xB0\x80!\xE3\x80\x80"), "A\xB0\xA1!\xA1\xA1");
-    // Sequences of two and four octets leave two zero octets, even when the table has the character.
-    EXPECT_EQ(from_utf8("caf\xC3\xA9s"), "caf\0\0s"s);
-    EXPECT_EQ(from_utf8("\xC2\xB7"), "\0\0"s);
-    EXPECT_EQ(from_utf8("x\xF0\x9F\x98\x80y"), "x\0\0y"s);
-    // Hangul outside the plane; truncated; no lead, no continuation; overlong; no code points.
-    for (const char *text : {"\xEA\xB0\x82", "\xEA\xB0", "A\xC3", "\xF0\x9F\x98", "\x80", "\xC3(",
-                             "\xEA\xB0(", "\xC0\x80", "\xC1\xBF", "\xE0\x82\xB7", "\xF0\x83\x80\x80",
-                             "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF", ""})
-        EXPECT_EQ(from_utf8(text), "(null)") << testing::PrintToString(text);
-}
-
-TEST_F(Convert, KoreanText) {
-    EXPECT_EQ(to_bmp("A\xB0\xA1!\xA1\xA4"), "\0A\xAC\x00\0!\x00\xB7"s);
-    EXPECT_EQ(to_utf8("A\xB0\xA1!\xA1\xA4\xA2\xE6"), "A\xEA\xB0\x80!\xC2\xB7\xE2\x82\xAC");
-    // A lead octet alone, pairs outside the plane, an empty place.
-    for (const char *bad : {"A\xB0", "\xB0\x41", "\x80\xA1", "\xFE\xA1", "\xC9\xA1", "\x81\x41", ""}) {
-        EXPECT_EQ(to_bmp(bad), "(null)") << testing::PrintToString(bad);
-        EXPECT_EQ(to_utf8(bad), "(null)") << testing::PrintToString(bad);
-    }
-    EXPECT_EQ(cp949ToBMP(nullptr, nullptr), 0U);
-}
-
-TEST_F(Convert, WidensNarrowsAndReadsHexadecimal) {
-    const auto widen = [](const std::string &text) { return call(ascTouni, text); };
-    const auto narrow = [](const std::string &units) { return call(uniToasc, units); };
-    EXPECT_EQ(widen("Beavis"), "\0B\0e\0a\0v\0i\0s\0\0"s) << "RFC 7292, appendix B.1";
-    EXPECT_EQ(widen(""), "\0\0"s);
-    EXPECT_EQ(widen("\xE9"), "\0\xE9\0\0"s);
-    EXPECT_EQ(narrow("\0B\0e\0\0"s), "Be");
-    EXPECT_EQ(narrow("\0B\0\xE9"s), "B\xE9") << "the terminator may be missing";
-    EXPECT_EQ(narrow("\0B\0\0\0\0"s), "B\0"s) << "and is one unit";
-    for (const std::string &bad : {"\x01\x42\0\0"s, "\0B\0"s, "\0\0"s, ""s})
-        EXPECT_EQ(narrow(bad), "(null)");
-    std::uint8_t *units = nullptr;
-    EXPECT_EQ(ascTouni(nullptr, 0, &units), 0U);
-    EXPECT_EQ(ascTouni("a", 0x7FFFFFFF, &units), 0U);
-    EXPECT_EQ(units, nullptr);
-
-    EXPECT_EQ(call(hexToASCII, "414a6B00Ff"s), "AJk\0\xFF"s);
-    for (const std::string &bad : {""s, "414"s, "4g"s, "0x41"s})
-        EXPECT_EQ(call(hexToASCII, bad), "(null)") << bad;
-}
-
-TEST_F(Convert, FailingAllocations) {
-    // Those of the record that a text is converted from count too.
-    const auto sweep = [](auto convert, const std::string &in, const std::string &expected,
-                          unsigned failures) {
-        EXPECT_EQ(sweep_failing_allocations([&] {
-                      const std::string result = convert(in);
-                      EXPECT_TRUE(result == expected || result == "(null)");
-                      return result == expected;
-                  }),
-                  failures);
-    };
-    sweep(from_utf8, "\xEA\xB0\x80", "\xB0\xA1", 3);
-    sweep(from_bmp, "\xAC\x00"s, "\xB0\xA1", 3);
-    sweep(to_bmp, "\xB0\xA1", "\xAC\x00"s, 2);
-    sweep(to_utf8, "\xB0\xA1", "\xEA\xB0\x80", 2);
-    sweep([](const std::string &text) { return call(ascTouni, text); }, "a", "\0a\0\0"s, 1);
-    sweep([](const std::string &units) { return call(uniToasc, units); }, "\0a"s, "a", 1);
 }
 
 }  // namespace

@@ -4,31 +4,81 @@
 #include <tlxpki/string.h>
 
 #include <algorithm>
-#include <cstring>
-#include <map>
 #include <vector>
 
 #include "asn1/oid_table.hpp"
 #include "support/allocation.hpp"
 #include "support/openssl_peer.hpp"
+#include "support/rows.hpp"
 #include "support/strings.hpp"
 
 namespace tlx_test {
 namespace {
 
-struct Column {
-    const char *OID_ROW::*text;
-    std::uint32_t (*lookup)(const char *, std::uint32_t);
-};
-constexpr Column kColumns[] = {{&OID_ROW::short_name, index_from_sn},
-                               {&OID_ROW::long_name, index_from_ln},
-                               {&OID_ROW::dotted, index_from_oid_string}};
+using Lookup = std::uint32_t (*)(const char *, std::uint32_t);
+constexpr std::pair<const char * OID_ROW::*, Lookup> kColumns[] = {{&OID_ROW::short_name, index_from_sn},
+                                                                   {&OID_ROW::long_name, index_from_ln},
+                                                                   {&OID_ROW::dotted, index_from_oid_string}};
 
 std::string made(OBJECT_IDENTIFIER *oid) {
     return octets(StringRecord(oid).get());
 }
 
-// ---- The data ----
+/// The short name of an identifier's row.
+std::string row_name(OBJECT_IDENTIFIER *oid) {
+    const StringRecord owner(oid);
+    if (oid == nullptr) return "(null)";
+    return sn_from_index(static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid)));
+}
+
+StringRecord by_name(const std::string &name) {
+    return StringRecord(get_OBJECT_IDENTIFIER(name.c_str(), 0));
+}
+
+template <typename Function>
+Operation by_number(Function function) {
+    return {[function](const Row &row) { return row_name(function(row.number(1))); }, {"(null)"}};
+}
+
+/// Rows of the three columns with a text of which the first octets count.
+std::string look_up(const Row &row) {
+    std::string found;
+    for (const auto &[column, lookup] : kColumns)
+        found += (found.empty() ? "" : " ") + std::to_string(lookup(row[1].c_str(), row.number(2)));
+    return found;
+}
+
+std::string algorithms(const Row &row) {
+    const StringRecord oid = by_name(row[1]);
+    return status_text(get_DigestID_from_OID(oid.get())) + " " +
+           status_text(get_CipherID_from_OID(oid.get())) + " " +
+           std::to_string(get_AlgorType_from_OID(oid.get()));
+}
+
+std::string from_libcrypto(const Row &row) {
+    const std::string dotted = OID_LIST(static_cast<std::int32_t>(row.number(1)))->dotted;
+    return dotted == openssl::object_row(static_cast<int>(row.number(2))).dotted ? "the same" : dotted;
+}
+
+std::string compare(const Row &row) {
+    const std::int32_t order =
+        cmp_OBJECT_IDENTIFIER(make_string(6, row[1]).get(), make_string(0x86, row[2]).get());
+    return order < 0 ? "below" : order == 0 ? "equal" : "above";
+}
+
+TEST(Objects, Rows) {
+    const auto identifier = [](const Row &row) {
+        const char *name = row[1] == "null" ? nullptr : row[1].c_str();
+        return made(get_OBJECT_IDENTIFIER(name, row.number(2)));
+    };
+    expect_rows("objects.txt", {{"identifier", {identifier, {"(null)"}}},
+                                {"look up", {look_up}},
+                                {"algorithms", {algorithms}},
+                                {"digest", by_number(get_OID_from_DigestID)},
+                                {"cipher", by_number(get_OID_from_CipherID)},
+                                {"number in libcrypto", {from_libcrypto}},
+                                {"compare", {compare}}});
+}
 
 /// Rows that are not what libcrypto has at the same number. The registry writes 0.0 for undefined, and ends
 /// texts of one or two arcs, and the 0.0 of rows that have no text in libcrypto, in a dot. 102, 118, 350 and
@@ -40,11 +90,8 @@ constexpr std::pair<int, int> kDifferences[] = {
     {645, 647}, {660, 660}, {676, 676}, {772, 775}, {780, 840},
 };
 
-class Objects : public ::testing::Test {
-    LeakCheck leaks_;
-};
-
-TEST_F(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
+TEST(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
+    int korean = 0;
     for (int i = 0; i < TLX_OID_COUNT; ++i) {
         const auto peer = openssl::object_row(i);
         const OID_ROW *row = OID_LIST(i);
@@ -54,53 +101,21 @@ TEST_F(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
             std::any_of(std::begin(kDifferences), std::end(kDifferences),
                         [i](const auto &rows) { return rows.first <= i && i <= rows.second; });
         EXPECT_EQ(same, !differs) << "row " << i << ": " << row->short_name << ", " << row->dotted;
+        korean += std::string_view(row->dotted).starts_with("1.2.410");
+        if (i >= 805 && i <= 830) {
+            EXPECT_EQ(row->dotted, "1.2.410.100001.1." + std::to_string(i - 804));
+        }
     }
-    // What libcrypto has elsewhere.
-    constexpr std::pair<int, int> kElsewhere[] = {{660, 660}, {773, 773}, {796, 782}, {797, 783},
-                                                  {798, 784}, {799, 781}, {831, 366}, {832, 919},
-                                                  {833, 911}, {834, 935}, {835, 912}, {840, 794}};
-    for (const auto &[row, number] : kElsewhere)
-        EXPECT_EQ(OID_LIST(row)->dotted, openssl::object_row(number).dotted) << "row " << row;
-}
-
-TEST_F(Objects, KoreanRows) {
-    int korean = 0;
-    for (int i = 0; i < TLX_OID_COUNT; ++i)
-        korean += std::string_view(OID_LIST(i)->dotted).starts_with("1.2.410");
     EXPECT_EQ(korean, 54);
-    for (int i = 805; i <= 830; ++i)
-        EXPECT_EQ(OID_LIST(i)->dotted, "1.2.410.100001.1." + std::to_string(i - 804));
-    // By short or long name.
-    constexpr std::pair<const char *, const char *> kCases[] = {
-        {"HAS-160", "1.2.410.200004.1.2"},
-        {"SEED-ECB", "1.2.410.200004.1.3"},
-        {"SEED-CBC", "1.2.410.200004.1.4"},
-        {"GPKIpbeWithSHA1AndSEED-CBC", "1.2.410.200004.1.4.2"},
-        {"kcdsaWithHAS160", "1.2.410.200004.1.8"},
-        {"pbeWithSHA1AndSEED-CBC", "1.2.410.200004.1.15"},
-        {"HAS160withKCDSA1", "1.2.410.200004.1.22"},
-        {"kisa-ctl-subjectusage", "1.2.410.200004.8.1.1.1"},
-        {"kisa-identifyData2", "1.2.410.200004.10.1.1"},
-        {"VID", "1.2.410.200004.10.1.1.1"},
-        {"EncryptedVID", "1.2.410.200004.10.1.1.2"},
-        {"randomNum", "1.2.410.200004.10.1.1.3"},
-        {"id-kisa-HSM", "1.2.410.200004.10.1.2"},
-        {"kftc", "1.2.410.200005"},
-        {"gpki-alg", "1.2.410.100001.1"},
-        {"kisa-ctl", "1.3.6.1.4.1.311.10.1"},
-    };
-    for (const auto &[name, dotted] : kCases)
-        EXPECT_EQ(made(get_OBJECT_IDENTIFIER(name, 0)), dotted) << name;
 }
 
-// ---- Lookups ----
-
-TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
+TEST(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
+    const LeakCheck leaks;
     // What a scan in index order finds.
     std::map<std::string, std::uint32_t> first[3];
     for (std::size_t c = 0; c < 3; ++c) {
         for (std::uint32_t i = 0; i < TLX_OID_COUNT; ++i)
-            first[c].try_emplace(OID_LIST(static_cast<std::int32_t>(i))->*kColumns[c].text, i);
+            first[c].try_emplace(OID_LIST(static_cast<std::int32_t>(i))->*kColumns[c].first, i);
         first[c][""] = 0;
     }
     // In every column, from a block that ends where the text does.
@@ -108,17 +123,16 @@ TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
         const std::vector<char> exact(text.begin(), text.end());
         for (std::size_t c = 0; c < 3; ++c) {
             const auto found = first[c].find(text);
-            EXPECT_EQ(kColumns[c].lookup(exact.data(), static_cast<std::uint32_t>(text.size())),
+            EXPECT_EQ(kColumns[c].second(exact.data(), static_cast<std::uint32_t>(text.size())),
                       found == first[c].end() ? 0 : found->second)
                 << "column " << c << " \"" << text << "\"";
         }
     };
     for (int i = 0; i < TLX_OID_COUNT; ++i) {
-        for (const Column &column : kColumns) {
-            const std::string text = OID_LIST(i)->*column.text;
-            check(text);
-            check(text + '1');
-            check(text + '\0');
+        for (const auto &column : kColumns) {
+            const std::string text = OID_LIST(i)->*column.first;
+            for (const std::string &near : {text, text + '1', text + '\0'})
+                check(near);
             if (text.empty()) continue;
             check(text.substr(1));
             check(text.substr(0, text.size() - 1));
@@ -131,41 +145,8 @@ TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
     }
 }
 
-TEST_F(Objects, LengthDecidesAndNothingBeyondItIsRead) {
-    struct Case {
-        const char *text;
-        std::uint32_t len, sn, ln, dotted;
-    };
-    constexpr Case kCases[] = {
-        {"1.2.840.113549.1.1.11", 20, 0, 0, 6},
-        {"1.3.6.1.5.5.7.48.1.2", 20, 0, 0, 366},
-        {"2.5.", 4, 0, 0, 11},
-        {"(null)", 6, 102, 102, 0},
-        {"sha256", 6, 0, 672, 0},
-        {"SHA256withRSA", 6, 672, 0, 0},
-        {"CN", 1, 14, 0, 0},
-        {"CN", 0xFFFFFFFF, 0, 0, 0},
-        {nullptr, 5, 0, 0, 0},
-    };
-    for (const Case &c : kCases) {
-        const char *shown = c.text != nullptr ? c.text : "null";
-        EXPECT_EQ(index_from_sn(c.text, c.len), c.sn) << shown << ", " << c.len;
-        EXPECT_EQ(index_from_ln(c.text, c.len), c.ln) << shown << ", " << c.len;
-        EXPECT_EQ(index_from_oid_string(c.text, c.len), c.dotted) << shown << ", " << c.len;
-    }
-    // Records without text are row 0.
-    const StringRecord oid = make_string(6, "2.5.4.3");
-    const OBJECT_IDENTIFIER no_data = {6, nullptr, 7, 0};
-    for (const std::int32_t length : {7, 6, -1}) {
-        oid->length = length;
-        EXPECT_EQ(index_from_OBJECT_IDENTIFIER(oid.get()), length == 7 ? 13U : 0U);
-    }
-    EXPECT_EQ(index_from_OBJECT_IDENTIFIER(&no_data), 0U);
-}
-
-// ---- Records ----
-
-TEST_F(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
+TEST(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
+    const LeakCheck leaks;
     const std::map<int, std::uint32_t> repeats = {{404, 393}, {645, 393}, {676, 379}, {831, 366}};
     for (int i = 1; i < TLX_OID_COUNT; ++i) {
         const StringRecord oid(index_to_OBJECT_IDENTIFIER(i));
@@ -189,86 +170,22 @@ TEST_F(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
     }
 }
 
-TEST_F(Objects, ByNameOrByIndex) {
-    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("sha256", 0)), "2.16.840.1.101.3.4.2.1") << "a long name";
-    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("CN", 6)), "1.2.840.113549.1.1.1") << "the index wins";
-    EXPECT_EQ(made(get_OBJECT_IDENTIFIER(nullptr, 6)), "1.2.840.113549.1.1.1");
-    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("X500", 0)), "2.5.");
-    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("Commonname", 0)), "(null)");
-    EXPECT_EQ(made(get_OBJECT_IDENTIFIER("(null)", 0)), "(null)") << "a row without a dotted text";
-    for (const std::uint32_t index : {0U, 33U, 841U, 0x80000006U})
-        EXPECT_EQ(made(get_OBJECT_IDENTIFIER(index > 33 ? "CN" : nullptr, index)), "(null)") << index;
-}
-
-TEST_F(Objects, CompareByTextAlone) {
-    const OBJECT_IDENTIFIER without = {6, nullptr, 7, 0};
-    const StringRecord ascending[] = {nullptr, make_string(6, "2.5.4.3"), make_string(0x86, "2.5.4.4"),
-                                      make_string(6, "1.2.410.200004")};
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_LT(cmp_OBJECT_IDENTIFIER(ascending[i].get(), ascending[i + 1].get()), 0) << i;
-        EXPECT_GT(cmp_OBJECT_IDENTIFIER(ascending[i + 1].get(), ascending[i].get()), 0) << i;
-    }
-    EXPECT_EQ(cmp_OBJECT_IDENTIFIER(ascending[2].get(), make_string(6, "2.5.4.4").get()), 0);
-    EXPECT_EQ(cmp_OBJECT_IDENTIFIER(nullptr, &without), 0);
-    const StringRecord copy(dup_OBJECT_IDENTIFIER(ascending[2].get()));
-    EXPECT_EQ(cmp_ASN1_STRING(copy.get(), ascending[2].get()), 0);
-}
-
-// ---- Algorithms ----
-
-TEST_F(Objects, IdentifiersOfRows) {
-    struct Case {
-        const char *name;
-        std::uint32_t digest, cipher, type;
-    };
-    constexpr Case kCases[] = {
-        {"RSA-SHA256", 0x05000300, 0x20000001, 3},
-        {"RSA-SHA1", 0x05000100, 0x20000001, 1},           // a signature, but of the digests' class
-        {"ecdsa-with-SHA1", 0x05000100, 0, 3},             // class without cipher ...
-        {"ecdsa-with-SHA256", 0x05000300, 0x50000000, 0},  // ... and the other way round
-        {"rsaEncryption", 0, 0x20000000, 3},
-        {"PBE-SHA1-2DES", 0x05000100, 0x02001220, 4},
-        {"ARIA-ECB", 0, 0x03000120, 0},  // answers as ARIA-CBC
-        {"pbeWithHAS160AndARIA_CBC", 0x07000100, 0x03000120, 4},
-        {"hmacWithSHA1", 0x15000100, 0, 1},
-        {"desMAC", 0, 0x02000100, 1},
-        {"no such name", 0, 0, 0},
-    };
-    for (const Case &c : kCases) {
-        const StringRecord oid(get_OBJECT_IDENTIFIER(c.name, 0));
-        EXPECT_EQ(get_DigestID_from_OID(oid.get()), c.digest) << c.name;
-        EXPECT_EQ(get_CipherID_from_OID(oid.get()), c.cipher) << c.name;
-        EXPECT_EQ(get_AlgorType_from_OID(oid.get()), c.type) << c.name;
+TEST(Objects, RecordsMayBeNullOrWithoutData) {
+    const LeakCheck leaks;
+    for (const auto &column : kColumns)
+        EXPECT_EQ(column.second(nullptr, 5), 0U);
+    const OBJECT_IDENTIFIER no_data = {6, nullptr, 7, 0};
+    const StringRecord oid = make_string(0x86, "2.5.4.3");
+    EXPECT_EQ(cmp_OBJECT_IDENTIFIER(nullptr, &no_data), 0);
+    EXPECT_LT(cmp_OBJECT_IDENTIFIER(nullptr, oid.get()), 0);
+    EXPECT_GT(cmp_OBJECT_IDENTIFIER(oid.get(), nullptr), 0);
+    EXPECT_EQ(cmp_ASN1_STRING(StringRecord(dup_OBJECT_IDENTIFIER(oid.get())).get(), oid.get()), 0);
+    EXPECT_EQ(index_from_OBJECT_IDENTIFIER(&no_data), 0U);
+    for (const std::int32_t length : {7, 6, -1}) {
+        oid->length = length;
+        EXPECT_EQ(index_from_OBJECT_IDENTIFIER(oid.get()), length == 7 ? 13U : 0U);
     }
     EXPECT_EQ(get_DigestID_from_OID(make_string(6, "1.2.3.4").get()), 0U);
-}
-
-TEST_F(Objects, RowsThatStandForAnIdentifier) {
-    const auto name_of = [](OBJECT_IDENTIFIER *oid) {
-        const StringRecord owner(oid);
-        return std::string(sn_from_index(static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid))));
-    };
-    EXPECT_EQ(name_of(get_OID_from_DigestID(0x05000200)), "RSA-SHA224");
-    EXPECT_EQ(name_of(get_OID_from_DigestID(0x07000100)), "HAS-160");
-    EXPECT_EQ(get_OID_from_DigestID(0x05000600), nullptr);
-    EXPECT_EQ(get_OID_from_DigestID(0), nullptr);
-    EXPECT_EQ(name_of(get_OID_from_CipherID(0x02000100)), "DES-CDMF") << "not DES-ECB";
-    EXPECT_EQ(name_of(get_OID_from_CipherID(0x04000120)), "GPKIpbeWithSHA1AndSEED-CBC") << "not SEED-CBC";
-    EXPECT_EQ(name_of(get_OID_from_CipherID(0x20000000)), "RSA") << "not rsaEncryption";
-    EXPECT_EQ(name_of(get_OID_from_CipherID(0x20000001)), "RSA-MD2");
-    EXPECT_EQ(name_of(get_OID_from_CipherID(0x40000000)), "HAS160withKCDSA1");
-    EXPECT_EQ(get_OID_from_CipherID(0x02010200), nullptr) << "DES-EDE3 has no dotted text";
-    EXPECT_EQ(get_OID_from_CipherID(0x03000100), nullptr) << "no row has ARIA in ECB mode";
-    EXPECT_EQ(get_OID_from_CipherID(0xFFFFFFFF), nullptr);
-}
-
-TEST_F(Objects, FailingAllocationsGiveNullAndLeakNothing) {
-    const auto failures = [](auto make) {
-        return sweep_failing_allocations([&] { return StringRecord(make()) != nullptr; });
-    };
-    EXPECT_EQ(failures([] { return get_OBJECT_IDENTIFIER("sha256", 0); }), 2U);
-    EXPECT_EQ(failures([] { return get_OID_from_DigestID(0x05000100); }), 2U);
-    EXPECT_EQ(failures([] { return get_OID_from_CipherID(0x50000000); }), 2U);
 }
 
 }  // namespace

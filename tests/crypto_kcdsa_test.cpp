@@ -5,13 +5,12 @@
 
 #include <fstream>
 #include <map>
-#include <string>
-#include <tuple>
 #include <vector>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
 #include "support/libcrypto_faults.hpp"
+#include "support/rows.hpp"
 #include "support/threads.hpp"
 
 namespace {
@@ -118,41 +117,78 @@ TEST_F(Kcdsa, SignsAndVerifiesThePublishedVectors) {
     }
 }
 
-TEST_F(Kcdsa, StreamsWithEveryDigestAndCutsItToQ) {
-    const struct {
-        std::size_t vector;
-        std::uint32_t digest_id, r_length, s_length;
-    } kCases[] = {
-        {4, TLX_DIGEST_MD5, 16, 20},    {4, TLX_DIGEST_SHA1, 20, 20},   {4, TLX_DIGEST_SHA512, 20, 20},
-        {1, TLX_DIGEST_HAS160, 20, 28}, {2, TLX_DIGEST_SHA384, 32, 32},
+/// Steps with a key of a published vector; a signature is of the message, and the last one made is verified.
+std::string run_on_key(const Row &row) {
+    const Vector &vector = vectors().at(row.number(1));
+    const Unit owner = key_of(vector, row[2]);
+    KCDSA *unit = owner.get();
+    Signature made;
+    std::uint32_t r_len = 7;
+    std::uint32_t s_len = 7;
+    std::uint8_t *r = made.r.data();
+    std::uint8_t *s = made.s.data();
+    using N = const Numbers &;
+    const Steps steps = {
+        {"sign", [&](N n) { return sign_KCDSA_data(unit, n[0], kMessage.data(), 39, r, &r_len, s, &s_len); }},
+        {"verify",
+         [&](N n) { return verify_KCDSA_data(unit, n[0], kMessage.data(), 39, r, r_len, s, s_len); }},
+        {"init", [&](N n) { return init_KCDSA(unit, n[0]); }},
+        {"update", [&](N n) { return update_KCDSA(unit, kMessage.data() + n[0], n[1]); }},
+        {"final", [&](N) { return final_KCDSA(unit, r, &r_len, s, &s_len); }},
+        {"final-without-length", [&](N) { return final_KCDSA(unit, r, nullptr, s, &s_len); }},
+        {"verify-final", [&](N) { return verify_KCDSA(unit, r, r_len, s, s_len); }},
+        {"r-length", [&](N) { return r_len; }},
+        {"s-length", [&](N) { return s_len; }},
+        {"key-length", [&](N) { return get_KCDSA_length(unit); }},
+        {"digest", [&](N n) { return set_KCDSA_digest(unit, n[0]); }},
+        {"set-private", [&](N) { return set_KCDSA_private(unit, number(vector['x']).get()); }},
+        {"set-nothing", [&](N) { return set_KCDSA_params(unit, nullptr, nullptr, nullptr); }},
+        {"parameters", [&](N n) { return gen_KCDSA_params(unit, n[0], n[1], n[2]); }},
+        {"check", [&](N) { return check_KCDSA_params(unit); }},
+        {"key", [&](N) { return gen_KCDSA_key(unit); }},
+        {"compute", [&](N) { return compute_KCDSA_public(unit); }},
+        {"clean", [&](N) { return clean_KCDSA(unit), 0U; }},
+        {"bits",
+         [&](N n) { return get_BIGINT_bits(get_KCDSA_number(unit, static_cast<TLX_KCDSA_NUMBER>(n[0]))); }},
     };
-    for (const auto &c : kCases) {
-        SCOPED_TRACE(c.digest_id);
-        // The private key alone: the public one, which the hash begins with, follows from it.
-        const Unit owned = key_of(vectors()[c.vector], "x");
-        KCDSA *unit = owned.get();
-        EXPECT_EQ(get_KCDSA_length(unit), c.s_length);
-        ASSERT_EQ(set_KCDSA_digest(unit, c.digest_id), 0U);
-        Signature made;
-        ASSERT_EQ(init_KCDSA(unit, 1), 0U);
-        for (const std::uint8_t octet : kMessage)
-            ASSERT_EQ(update_KCDSA(unit, &octet, 1), 0U);
-        EXPECT_EQ(made.trim(final_KCDSA(unit, made.r.data(), &made.r_len, made.s.data(), &made.s_len)), 0U);
-        EXPECT_EQ(made.r_len, c.r_length);
-        EXPECT_EQ(made.s_len, c.s_length);
-        EXPECT_EQ(verify(unit, c.digest_id, made.r, made.s), 0U);
+    return run_steps(row[3], steps);
+}
 
-        ASSERT_EQ(init_KCDSA(unit, 0), 0U);
-        ASSERT_EQ(update_KCDSA(unit, kMessage.data(), length(kMessage)), 0U);
-        EXPECT_EQ(final_KCDSA(unit, made.r.data(), &made.r_len, made.s.data(), &made.s_len), 0U);
-        ASSERT_EQ(init_KCDSA(unit, 0), 0U);
-        EXPECT_EQ(verify_KCDSA(unit, made.r.data(), made.r_len, made.s.data(), made.s_len),
-                  TLX_KCDSA_BAD_SIGNATURE)
-            << "another message";
+/// What becomes of a key with one number changed: the statuses of verifying, signing and checking it.
+std::string change_number(const Row &row) {
+    Vector changed = vectors().back();
+    changed.values[row[1][0]] = row[2];
+    const Unit unit = key_of(changed, row[3]);
+    const Octets r = octets(changed['r']);
+    const std::uint32_t verified = verify(unit.get(), TLX_DIGEST_HAS160, r, octets(changed['s']));
+    Signature made;
+    const std::uint32_t status = sign(unit.get(), TLX_DIGEST_HAS160, made);
+    EXPECT_EQ(made.r_len + made.s_len, 0U);
+    EXPECT_TRUE(verified != TLX_KCDSA_BAD_KEY || get_KCDSA_builds(unit.get()) == 0);
+    return std::to_string(verified) + " " + std::to_string(status) + " " +
+           std::to_string(check_KCDSA_params(unit.get()));
+}
+
+/// The status of a signature under the public key of the smallest vector.
+std::string change_signature(const Row &row) {
+    const Unit unit = key_of(vectors().back(), "y");
+    return std::to_string(verify(unit.get(), row.number(1), octets(row[2]), octets(row[3])));
+}
+
+TEST_F(Kcdsa, Rows) {
+    expect_rows("kcdsa.txt",
+                {{"steps", {run_on_key}}, {"number", {change_number}}, {"signature", {change_signature}}});
+    // No k is not a k of the library's choice; 0; q.
+    Signature made;
+    for (const std::string &k : {std::string(), std::string("00"), vector_['q']}) {
+        EXPECT_EQ(sign_KCDSA_with_k(unit_.get(), TLX_DIGEST_SHA1, kMessage.data(), 1, number(k).get(),
+                                    made.r.data(), &made.r_len, made.s.data(), &made.s_len),
+                  1U)
+            << "k " << k;
     }
 }
 
-TEST_F(Kcdsa, RefusesEveryOtherSignature) {
+TEST_F(Kcdsa, RefusesEveryFlippedBit) {
     const Octets both = octets(vector_['r'] + vector_['s']);
     for (std::size_t bit = 0; bit < 8 * both.size(); ++bit) {
         Octets changed = both;
@@ -161,152 +197,6 @@ TEST_F(Kcdsa, RefusesEveryOtherSignature) {
                          Octets(changed.begin() + 20, changed.end())),
                   TLX_KCDSA_BAD_SIGNATURE)
             << bit;
-    }
-    // s + q is the same exponent of y, yet no signature.
-    const Number shifted = number("00");
-    ASSERT_EQ(add_BIGINT(shifted.get(), number(vector_['s']).get(), number(vector_['q']).get()), 0U);
-    const struct {
-        const char *what;
-        Octets r, s;
-    } kCases[] = {
-        {"s + q", r_, octets(hex(shifted.get()))},
-        {"s = q", r_, octets(vector_['q'])},
-        {"s = 0", r_, Octets(20)},
-        {"s far too long", r_, Octets(5000, 0xFF)},
-        {"r = 0", Octets(20), s_},
-        {"r too long", octets("00" + vector_['r']), s_},
-        {"r too short", Octets(r_.begin(), r_.end() - 1), s_},
-    };
-    for (const auto &c : kCases)
-        EXPECT_EQ(verify(public_key_.get(), vector_.digest_id, c.r, c.s), TLX_KCDSA_BAD_SIGNATURE) << c.what;
-    EXPECT_EQ(verify(public_key_.get(), TLX_DIGEST_SHA1, r_, s_), TLX_KCDSA_BAD_SIGNATURE)
-        << "another digest";
-    EXPECT_EQ(verify(public_key_.get(), vector_.digest_id, r_, octets("0000" + vector_['s'])), 0U)
-        << "leading zeros";
-}
-
-TEST_F(Kcdsa, RefusesNumbersThatMakeNoKey) {
-    const Vector &good = vector_;
-    const auto ending = [&good](char which, char digit) {
-        std::string value = good[which];
-        value.back() = digit;
-        return value;
-    };
-    const struct {
-        const char *what;
-        char name;
-        std::string value;
-    } kCases[] = {
-        {"even p", 'p', ending('p', '8')},
-        {"small p", 'p', std::string(126, 'f')},
-        {"huge p", 'p', "1" + std::string(2048, '0') + "1"},
-        {"zero p", 'p', "00"},
-        {"even q", 'q', ending('q', 'a')},
-        {"q does not divide p - 1", 'q', ending('q', 'd')},
-        {"q = 1", 'q', "01"},
-        {"long q", 'q', "1" + std::string(128, '0') + "1"},
-        {"g = 0", 'g', "00"},
-        {"g = 1", 'g', "01"},
-        {"g = p - 1", 'g', ending('p', 'e')},
-        {"g = p", 'g', good['p']},
-        {"y = 1", 'y', "01"},
-        {"y = p - 1", 'y', ending('p', 'e')},
-        {"y = p", 'y', good['p']},
-        {"g is of another order than q", 'g', "02"},
-        {"y belongs to another x", 'y', good['g']},
-        {"x = 0", 'x', "00"},
-        {"x = q", 'x', good['q']},
-    };
-    for (const auto &c : kCases) {
-        Vector bad = good;
-        bad.values[c.name] = c.value;
-        const Unit unit = key_of(bad, "xy");
-        EXPECT_EQ(verify(unit.get(), TLX_DIGEST_HAS160, Octets(20, 1), Octets(20, 1)), TLX_KCDSA_BAD_KEY)
-            << c.what;
-        Signature made;
-        EXPECT_EQ(sign(unit.get(), TLX_DIGEST_HAS160, made), TLX_KCDSA_BAD_KEY) << c.what;
-        EXPECT_EQ(made.r_len + made.s_len, 0U) << c.what;
-        EXPECT_EQ(get_KCDSA_builds(unit.get()), 0U) << c.what;
-    }
-    const Unit empty(new_KCDSA());
-    EXPECT_EQ(init_KCDSA(empty.get(), 0), TLX_KCDSA_BAD_KEY);
-    EXPECT_EQ(gen_KCDSA_key(empty.get()), TLX_KCDSA_BAD_KEY);
-    EXPECT_EQ(compute_KCDSA_public(empty.get()), TLX_KCDSA_BAD_KEY);
-}
-
-TEST_F(Kcdsa, ChecksInFullWhatVerifyingTakesOnTrust) {
-    const Number p_plus_2q = number(vector_['p']);
-    for (int i = 0; i < 2; ++i)
-        ASSERT_EQ(add_BIGINT(p_plus_2q.get(), p_plus_2q.get(), number(vector_['q']).get()), 0U);
-    const struct {
-        const char *what;
-        char name;
-        std::string value;
-    } kCases[] = {
-        {"g is of another order than q", 'g', "02"},
-        {"y is of another order than q", 'y', "02"},
-        {"p is composite", 'p', hex(p_plus_2q.get())},
-    };
-    for (const auto &c : kCases) {
-        Vector bad = vector_;
-        bad.values[c.name] = c.value;
-        const Unit unit = key_of(bad, "y");
-        EXPECT_EQ(check_KCDSA_params(unit.get()), TLX_KCDSA_BAD_KEY) << c.what;
-        EXPECT_EQ(verify(unit.get(), TLX_DIGEST_HAS160, r_, s_), TLX_KCDSA_BAD_SIGNATURE) << c.what;
-    }
-}
-
-TEST_F(Kcdsa, RefusesBadArgumentsAndOrder) {
-    KCDSA *key = unit_.get();
-    std::uint8_t out[TLX_KCDSA_MAX_LENGTH];
-    std::uint32_t r_len = 7;
-    std::uint32_t s_len = 7;
-    EXPECT_EQ(init_KCDSA(public_key_.get(), 1), 1U) << "signing takes a private key";
-    EXPECT_EQ(init_KCDSA(key, 2), 1U) << "no direction";
-    EXPECT_EQ(init_KCDSA(key_of(vector_, "").get(), 0), 1U) << "parameters alone";
-    EXPECT_EQ(update_KCDSA(key, out, 1), 1U) << "before init";
-    EXPECT_EQ(final_KCDSA(key, out, &r_len, out, &s_len), 1U) << "before init";
-    EXPECT_EQ(r_len + s_len, 0U);
-    ASSERT_EQ(init_KCDSA(key, 1), 0U);
-    EXPECT_EQ(verify_KCDSA(key, out, 20, out, 20), 1U) << "a signature is under way";
-    EXPECT_EQ(final_KCDSA(key, out, nullptr, out, &s_len), 1U);
-    EXPECT_EQ(final_KCDSA(key, out, &r_len, out, &s_len), 0U) << "still under way";
-    ASSERT_EQ(init_KCDSA(key, 1), 0U);
-    ASSERT_EQ(set_KCDSA_private(key, number(vector_['x']).get()), 0U);
-    EXPECT_EQ(update_KCDSA(key, out, 1), 1U) << "new numbers end what was under way";
-
-    Signature made;
-    EXPECT_EQ(set_KCDSA_digest(key, 0x12345678), 1U);
-    EXPECT_EQ(sign(key, 0x12345678, made), 1U);
-    EXPECT_EQ(sign(public_key_.get(), TLX_DIGEST_SHA1, made), 1U);
-    // No k is not a k of the library's choice; 0; q.
-    for (const std::string &k : {std::string(), std::string("00"), vector_['q']}) {
-        EXPECT_EQ(sign_KCDSA_with_k(key, TLX_DIGEST_SHA1, out, 1, number(k).get(), out, &r_len, out, &s_len),
-                  1U)
-            << "k " << k;
-    }
-    EXPECT_EQ(set_KCDSA_params(key, nullptr, nullptr, nullptr), 1U);
-    for (const auto &[p_bits, q_bits] : {std::pair(504U, 160U), {1024U, 520U}, {1024U, 161U}})
-        EXPECT_EQ(gen_KCDSA_params(key, p_bits, q_bits, TLX_DIGEST_SHA1), 1U) << p_bits << ' ' << q_bits;
-    EXPECT_EQ(gen_KCDSA_params(key, 1024, 160, 0), 1U);
-    EXPECT_EQ(get_KCDSA_length(key), 20U) << "the failures left the unit as it was";
-}
-
-TEST_F(Kcdsa, GeneratesParametersAndKeys) {
-    for (const auto &[p_bits, q_bits, digest_id] : {std::tuple(512U, 112U, TLX_DIGEST_SHA256),
-                                                    {640U, 160U, TLX_DIGEST_HAS160},
-                                                    {1024U, 160U, TLX_DIGEST_HAS160}}) {
-        SCOPED_TRACE(p_bits);
-        ASSERT_EQ(gen_KCDSA_params(unit_.get(), p_bits, q_bits, digest_id), 0U);
-        EXPECT_EQ(get_BIGINT_bits(get_KCDSA_number(unit_.get(), TLX_KCDSA_P)), p_bits);
-        EXPECT_EQ(get_BIGINT_bits(get_KCDSA_number(unit_.get(), TLX_KCDSA_Q)), q_bits);
-        EXPECT_EQ(get_KCDSA_number(unit_.get(), TLX_KCDSA_X), nullptr);
-        EXPECT_EQ(get_KCDSA_number(unit_.get(), TLX_KCDSA_Y), nullptr);
-        EXPECT_EQ(check_KCDSA_params(unit_.get()), 0U);
-        ASSERT_EQ(gen_KCDSA_key(unit_.get()), 0U);
-        Signature made;
-        ASSERT_EQ(sign(unit_.get(), digest_id, made), 0U);
-        EXPECT_EQ(verify(unit_.get(), digest_id, made.r, made.s), 0U);
     }
 }
 

@@ -3,7 +3,7 @@
 #include <tlxcrypto/digest.h>
 #include <tlxcrypto/rsa.h>
 
-#include <string>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -11,6 +11,7 @@
 #include "support/crypto_values.hpp"
 #include "support/libcrypto_faults.hpp"
 #include "support/openssl_peer.hpp"
+#include "support/rows.hpp"
 #include "support/threads.hpp"
 
 namespace {
@@ -54,10 +55,12 @@ constexpr std::uint32_t kPkcs1 = TLX_RSA_MODE_PKCS1;
 constexpr std::uint32_t kPss = TLX_RSA_MODE_PSS;
 
 std::uint32_t sign(const Unit &unit, std::uint32_t digest_id, std::uint32_t mode, Octets &signature) {
-    signature.assign(get_RSA_length(unit.get()) + 1, 0);
+    signature.assign(get_RSA_length(unit.get()), 0xEE);
     std::uint32_t size = 99;
     const std::uint32_t status =
         sign_RSA(unit.get(), digest_id, mode, kData.data(), length(kData), signature.data(), &size);
+    const std::size_t room = signature.size();
+    EXPECT_TRUE(status != TLX_RSA_BAD_KEY || signature == Octets(room) || signature == Octets(room, 0xEE));
     signature.resize(size);
     return status;
 }
@@ -75,49 +78,6 @@ class Rsa : public ::testing::Test {
     const Unit public_key_ = public_unit();
 };
 
-TEST_F(Rsa, SignaturesGoBothWaysWithLibcrypto) {
-    const std::pair<std::uint32_t, const char *> kDigests[] = {
-        {TLX_DIGEST_MD5, "MD5"}, {TLX_DIGEST_SHA1, "SHA1"},     {TLX_DIGEST_SHA224, "SHA224"},
-        {kSha256, "SHA256"},     {TLX_DIGEST_SHA384, "SHA384"}, {TLX_DIGEST_SHA512, "SHA512"},
-    };
-    for (const auto &[digest, name] : kDigests) {
-        for (const std::uint32_t mode : {kPkcs1, TLX_RSA_MODE_NONE_GIVEN, kPss}) {
-            SCOPED_TRACE(std::string(name) + " mode " + std::to_string(mode));
-            // Without parameters PSS has the standard's: MGF1 with SHA-1 and a salt of 20 octets.
-            const peer::RsaScheme scheme = {name, mode == kPss ? "SHA1" : "", 20};
-            Octets signature;
-            ASSERT_EQ(sign(private_key_, digest, mode, signature), 0U);
-            EXPECT_TRUE(peer::rsa_verify(test_key(), scheme, kData, signature));
-            EXPECT_EQ(verify(public_key_, digest, mode, peer::rsa_sign(test_key(), scheme, kData)), 0U);
-        }
-    }
-}
-
-TEST_F(Rsa, PssTakesItsParametersExactly) {
-    const peer::RsaScheme scheme = {"SHA256", "SHA256", 32};
-    const Octets theirs = peer::rsa_sign(test_key(), scheme, kData);
-    EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE);
-    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 31), 0U);
-    EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE);
-    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 32), 0U);
-    EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), 0U);
-    const Unit copy(dup_RSA_UNIT(private_key_.get()));
-    Octets ours;
-    ASSERT_EQ(sign(copy, kSha256, kPss, ours), 0U);
-    EXPECT_TRUE(peer::rsa_verify(test_key(), scheme, kData, ours));
-
-    ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 0), 0U);
-    ASSERT_EQ(sign(private_key_, kSha256, kPss, ours), 0U);
-    EXPECT_TRUE(peer::rsa_verify(test_key(), {"SHA256", "SHA256", 0}, kData, ours)) << "no salt";
-    for (const auto &[salt_length, status] : {std::pair(94U, 0U), {95U, 1U}, {500U, 1U}, {0xFFFFU, 1U}}) {
-        ASSERT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, salt_length), 0U);
-        EXPECT_EQ(sign(private_key_, kSha256, kPss, ours), status) << salt_length << ": 94 octets fit";
-        EXPECT_EQ(verify(private_key_, kSha256, kPss, theirs), TLX_RSA_BAD_SIGNATURE) << salt_length;
-    }
-    EXPECT_EQ(set_RSA_UNIT_PSS(private_key_.get(), kSha256, 0xFFFFFFFF), 1U);
-    EXPECT_EQ(set_RSA_UNIT_PSS(private_key_.get(), TLX_DIGEST_HAS160, 20), 1U);
-}
-
 // octets^exponent mod n, in as many octets.
 Octets power(const Unit &unit, const Octets &base, TLX_RSA_NUMBER exponent) {
     const Number value = number(base);
@@ -129,42 +89,130 @@ Octets power(const Unit &unit, const Octets &base, TLX_RSA_NUMBER exponent) {
     return result;
 }
 
-TEST_F(Rsa, PssLooksAtEveryPartOfTheEncodedMessage) {
-    // With SHA-256: padding 00 ... 00 01, 20 octets of salt, both masked, then 32 of hash and BC.
-    const struct {
-        const char *what;
-        std::uint32_t bits;
-        std::size_t index;
-        std::uint8_t change;
-        std::uint32_t status;
-    } kCases[] = {
-        {"nothing", 1024, 0, 0x00, 0},
-        {"the bit beyond the encoded message", 1024, 0, 0x80, TLX_RSA_BAD_SIGNATURE},
-        {"first padding octet", 1024, 0, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"last zero of the padding", 1024, 73, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"end of the padding", 1024, 74, 0x02, TLX_RSA_BAD_SIGNATURE},
-        {"first octet of the salt", 1024, 75, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"last octet of the salt", 1024, 94, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"first octet of the hash", 1024, 95, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"last octet of the hash", 1024, 126, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"trailer", 1024, 127, 0x01, TLX_RSA_BAD_SIGNATURE},
-        {"nothing", 1025, 0, 0x00, 0},
-        {"the octet beyond the encoded message", 1025, 0, 0x01, TLX_RSA_BAD_SIGNATURE},
+/// The status of a PSS signature under a key of some bits, with an octet of the encoded message changed.
+std::string change_pss(const Row &row) {
+    const Unit unit = private_unit(test_key());
+    EXPECT_TRUE(row.number(1) == 1024 || gen_RSA_UNIT(unit.get(), row.number(1), 65537) == 0);
+    Octets encoded;
+    do {  // until the changed message is below n
+        Octets signature;
+        EXPECT_EQ(sign(unit, kSha256, kPss, signature), 0U);
+        encoded = power(unit, signature, TLX_RSA_E);
+        encoded[row.number(2)] ^= static_cast<std::uint8_t>(row.number(3));
+    } while (cmp_BIGINT(number(encoded).get(), get_RSA_UNIT_number(unit.get(), TLX_RSA_N)) >= 0);
+    return std::to_string(verify(unit, kSha256, kPss, power(unit, encoded, TLX_RSA_D)));
+}
+
+const std::map<std::uint32_t, std::string> kPeerNames = {{0, ""},
+                                                         {TLX_DIGEST_MD5, "MD5"},
+                                                         {TLX_DIGEST_SHA1, "SHA1"},
+                                                         {TLX_DIGEST_SHA224, "SHA224"},
+                                                         {TLX_DIGEST_SHA256, "SHA256"},
+                                                         {TLX_DIGEST_SHA384, "SHA384"},
+                                                         {TLX_DIGEST_SHA512, "SHA512"}};
+
+peer::RsaScheme scheme_of(const Numbers &n) {
+    return {kPeerNames.at(n[0]), kPeerNames.at(n[1]), static_cast<int>(n[2])};
+}
+
+/// What a key decrypts, or 1 when it leaves nothing of what does not decrypt.
+std::uint32_t open_sealed(RSA_UNIT *unit, const Octets &sealed, std::uint32_t room) {
+    Octets opened(room);
+    std::uint32_t size = room;
+    const std::uint32_t status = decrypt_RSAES(unit, opened.data(), &size, sealed.data(), length(sealed));
+    EXPECT_EQ(opened, Octets(room, status == 0 ? 0x5A : 0));
+    EXPECT_EQ(size, status == 0 ? room : 0U);
+    return status;
+}
+
+const peer::RsaKey &other_key() {
+    static const peer::RsaKey key = peer::generate_rsa(1024);
+    return key;
+}
+
+/// value * 2^count + more
+Octets shifted(std::uint32_t value, std::uint32_t count, std::uint32_t more) {
+    Octets octets(count / 8 + 4);
+    for (std::uint32_t i = 0; i < 4; ++i)
+        octets[i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+    octets.back() = static_cast<std::uint8_t>(octets.back() + more);
+    return octets;
+}
+
+/// Steps with a key, which make octets (a signature or a ciphertext) and use what was made last.
+std::string run_on_key(const Row &row) {
+    Unit unit = row[1] == "private"  ? private_unit(test_key())
+                : row[1] == "public" ? public_unit()
+                                     : Unit(new_RSA_UNIT());
+    Octets made(128);
+    Octets numbers[8];
+    std::copy(std::begin(test_key().numbers), std::end(test_key().numbers), numbers);
+    std::uint32_t size = 128;
+    using N = const Numbers &;
+    const Steps steps = {
+        // On signatures: a digest and a mode, or a digest, the digest of MGF1 (0: PKCS #1 v1.5) and octets of
+        // salt.
+        {"sign", [&](N n) { return sign(unit, n[0], n[1], made); }},
+        {"verify", [&](N n) { return verify(unit, n[0], n[1], made); }},
+        {"libcrypto-signs", [&](N n) { return made = peer::rsa_sign(test_key(), scheme_of(n), kData), 0U; }},
+        {"libcrypto-verifies",
+         [&](N n) { return peer::rsa_verify(test_key(), scheme_of(n), kData, made) ? 0U : 1U; }},
+        {"pss", [&](N n) { return set_RSA_UNIT_PSS(unit.get(), n[0], n[1]); }},
+        // In pieces.
+        {"init", [&](N n) { return init_RSASSA(unit.get(), n[0], n[1], n[2]); }},
+        {"update", [&](N n) { return update_RSASSA(unit.get(), kData.data() + n[0], n[1]); }},
+        {"final", [&](N) { return final_RSASSA(unit.get(), made.data(), &size); }},
+        {"verify-final", [&](N) { return verify_RSASSA(unit.get(), made.data(), 128); }},
+        {"size", [&](N) { return size; }},
+        // On encryption.
+        {"prepare", [&](N n) { return init_RSAES(unit.get(), n[0], n[1], n[2]); }},
+        {"encrypt",
+         [&](N n) {
+             const Octets message(n[0], 0x5A);
+             return encrypt_RSAES(unit.get(), made.data(), &size, message.data(), n[0]);
+         }},
+        {"decrypt", [&](N n) { return open_sealed(unit.get(), made, n[0]); }},
+        {"libcrypto-encrypts",
+         [&](N n) { return made = peer::rsa_encrypt(test_key(), scheme_of(n), Octets(n[2], 0x5A)), 0U; }},
+        {"libcrypto-decrypts",
+         [&](N n) {
+             return peer::rsa_decrypt(test_key(), scheme_of(n), made) == Octets(n[2], 0x5A) ? 0U : 1U;
+         }},
+        // Other octets, other units.
+        {"octets", [&](N n) { return made.assign(n[0], static_cast<std::uint8_t>(n[1])), 0U; }},
+        {"resize", [&](N n) { return made.resize(n[0]), 0U; }},
+        {"change", [&](N n) { return made[n[0]] ^= static_cast<std::uint8_t>(n[1]), 0U; }},
+        {"copy", [&](N) { return unit = Unit(dup_RSA_UNIT(unit.get())), 0U; }},
+        {"generate", [&](N n) { return gen_RSA_UNIT(unit.get(), n[0], n[1]); }},
+        {"set-private", [&](N) { return set_private(unit.get(), test_key().numbers); }},
+        {"length", [&](N) { return get_RSA_length(unit.get()); }},
+        // Numbers, by their place among n, e, d, p, q, dp, dq and qinv, and the unit made of them.
+        {"number", [&](N n) { return numbers[n[0]] = shifted(n[1], n[2], n[3]), 0U; }},
+        {"flip", [&](N n) { return numbers[n[0]].back() ^= 1U, 0U; }},
+        {"same", [&](N n) { return numbers[n[0]] = test_key().numbers[n[1]], 0U; }},
+        {"other", [&](N n) { return numbers[n[0]] = other_key().numbers[n[0]], 0U; }},
+        {"public", [&](N) { return unit = public_unit(numbers[0], numbers[1]), 0U; }},
+        {"private", [&](N) { return set_private(unit.get(), numbers); }},
+        {"without-primes",
+         [&](N) {
+             return set_RSA_UNIT_private(unit.get(), number(numbers[0]).get(), number(numbers[1]).get(),
+                                         number(numbers[2]).get(), nullptr, nullptr, nullptr, nullptr,
+                                         nullptr);
+         }},
+        {"with-one-prime",
+         [&](N) {
+             const Number one = number("01");
+             return set_RSA_UNIT_private(unit.get(), one.get(), one.get(), one.get(), one.get(), nullptr,
+                                         nullptr, nullptr, nullptr);
+         }},
+        {"builds", [&](N) { return get_RSA_UNIT_builds(unit.get()); }},
     };
-    const Unit longer(new_RSA_UNIT());
-    ASSERT_EQ(gen_RSA_UNIT(longer.get(), 1025, 65537), 0U);
-    for (const auto &c : kCases) {
-        const Unit &unit = c.bits == 1024 ? private_key_ : longer;
-        Octets encoded;
-        do {  // until the changed message is below n
-            Octets signature;
-            ASSERT_EQ(sign(unit, kSha256, kPss, signature), 0U);
-            encoded = power(unit, signature, TLX_RSA_E);
-            encoded[c.index] ^= c.change;
-        } while (cmp_BIGINT(number(encoded).get(), get_RSA_UNIT_number(unit.get(), TLX_RSA_N)) >= 0);
-        EXPECT_EQ(verify(unit, kSha256, kPss, power(unit, encoded, TLX_RSA_D)), c.status)
-            << c.bits << ' ' << c.what;
-    }
+    return run_steps(row[2], steps);
+}
+
+TEST_F(Rsa, Rows) {
+    expect_rows("rsa.txt", {{"steps", {run_on_key}}, {"pss", {change_pss}}});
+    EXPECT_TRUE(peer::error_queue_is_empty());
 }
 
 TEST_F(Rsa, SignsHas160WithItsIdentifier) {
@@ -176,39 +224,18 @@ TEST_F(Rsa, SignsHas160WithItsIdentifier) {
     // SEQUENCE { SEQUENCE { 1.2.410.200004.1.2, NULL }, OCTET STRING }
     EXPECT_EQ(hex(peer::rsa_recover(test_key(), signature)),
               "3024300C06082A831A8C9A44010205000414" + hex(hash));
-    EXPECT_EQ(verify(private_key_, TLX_DIGEST_HAS160, kPkcs1, signature), 0U);
-    EXPECT_EQ(sign(private_key_, TLX_DIGEST_HAS160, kPss, signature), 1U);
 }
 
-TEST_F(Rsa, RefusesEveryOtherSignature) {
+TEST_F(Rsa, RefusesEveryFlippedBit) {
     for (const std::uint32_t mode : {kPkcs1, kPss}) {
-        Octets good;
-        ASSERT_EQ(sign(private_key_, TLX_DIGEST_SHA1, mode, good), 0U);
-        for (std::size_t bit = 0; bit < 8 * good.size(); bit += 7) {
-            Octets bad = good;
+        Octets signature;
+        ASSERT_EQ(sign(private_key_, TLX_DIGEST_SHA1, mode, signature), 0U);
+        for (std::size_t bit = 0; bit < 8 * signature.size(); bit += 7) {
+            Octets bad = signature;
             bad[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
             EXPECT_EQ(verify(private_key_, TLX_DIGEST_SHA1, mode, bad), TLX_RSA_BAD_SIGNATURE) << bit;
         }
-        Octets longer = good;
-        longer.push_back(0);
-        const struct {
-            const char *what;
-            std::uint32_t digest_id, mode;
-            Octets signature;
-        } kCases[] = {
-            {"too long", TLX_DIGEST_SHA1, mode, longer},
-            {"empty", TLX_DIGEST_SHA1, mode, {}},
-            {"too short", TLX_DIGEST_SHA1, mode, Octets(good.begin(), good.end() - 1)},
-            {"above n", TLX_DIGEST_SHA1, mode, Octets(128, 0xFF)},
-            {"zero", TLX_DIGEST_SHA1, mode, Octets(128)},
-            {"another digest", kSha256, mode, good},
-            {"HAS-160", TLX_DIGEST_HAS160, kPkcs1, good},
-            {"the other mode", TLX_DIGEST_SHA1, kPkcs1 + kPss - mode, good},
-        };
-        for (const auto &c : kCases)
-            EXPECT_EQ(verify(private_key_, c.digest_id, c.mode, c.signature), TLX_RSA_BAD_SIGNATURE)
-                << c.what;
-        EXPECT_EQ(verify(private_key_, TLX_DIGEST_SHA1, mode, good), 0U) << "the failures left no trace";
+        EXPECT_EQ(verify(private_key_, TLX_DIGEST_SHA1, mode, signature), 0U) << "the failures left no trace";
     }
     EXPECT_TRUE(peer::error_queue_is_empty());
 }
@@ -253,137 +280,6 @@ TEST_F(Rsa, GeneratesAndUsesKeysOfAnySize) {
     }
 }
 
-TEST_F(Rsa, NeedsNoPrimesAndTakesALongPublicExponent) {
-    // The exponents are exchanged.
-    const Unit swapped(new_RSA_UNIT());
-    const auto &values = test_key().numbers;
-    ASSERT_EQ(set_RSA_UNIT_private(swapped.get(), number(values[0]).get(), number(values[2]).get(),
-                                   number(values[1]).get(), nullptr, nullptr, nullptr, nullptr, nullptr),
-              0U);
-    Octets good;
-    ASSERT_EQ(sign(swapped, kSha256, kPkcs1, good), 0U);
-    EXPECT_EQ(verify(swapped, kSha256, kPkcs1, good), 0U);
-}
-
-TEST_F(Rsa, RefusesNumbersThatMakeNoKey) {
-    const Octets &n = test_key().numbers[0];
-    const Octets exponent = {1, 0, 1};
-    Octets even = n;
-    even.back() ^= 1U;
-    Octets small(64, 0xFF);
-    small[0] = 0x7F;
-    Octets huge(2049, 0xFF);
-    huge[0] = 1;
-    const struct {
-        const char *what;
-        Octets n, e;
-    } kCases[] = {
-        {"even modulus", even, exponent},
-        {"zero modulus", {0}, exponent},
-        {"modulus of 511 bits", small, exponent},
-        {"modulus of 16385 bits", huge, exponent},
-        {"zero exponent", n, {0}},
-        {"exponent 1", n, {1}},
-        {"even exponent", n, {1, 0, 0}},
-        {"exponent of the modulus", n, n},
-        {"long exponent under a long modulus", Octets(512, 0xFF), Octets(9, 0xFF)},
-    };
-    for (const auto &c : kCases) {
-        const Unit unit = public_unit(c.n, c.e);
-        EXPECT_EQ(verify(unit, TLX_DIGEST_SHA1, kPkcs1, Octets(c.n.size())), TLX_RSA_BAD_KEY) << c.what;
-        EXPECT_EQ(get_RSA_UNIT_builds(unit.get()), 0U) << c.what;
-    }
-    for (std::size_t i = 2; i < 8; ++i) {
-        peer::RsaKey broken = test_key();
-        broken.numbers[i] = {0};
-        Octets signature;
-        EXPECT_EQ(sign(private_unit(broken), TLX_DIGEST_SHA1, kPkcs1, signature), TLX_RSA_BAD_KEY)
-            << "number " << i;
-        EXPECT_EQ(signature, Octets{});
-    }
-    EXPECT_EQ(verify(Unit(new_RSA_UNIT()), TLX_DIGEST_SHA1, kPkcs1, Octets(128)), TLX_RSA_BAD_KEY);
-}
-
-// libcrypto signs with them all the same; of wrong numbers for the remainder theorem alone it makes up for by
-// d.
-TEST_F(Rsa, HandsOutNoSignatureOfNumbersThatDoNotBelongTogether) {
-    const peer::RsaKey other = peer::generate_rsa(1024);
-    const struct {
-        const char *what;
-        std::vector<std::size_t> changed;
-    } kCases[] = {
-        {"e", {1}}, {"d and dp", {2, 5}}, {"d and dq", {2, 6}}, {"d and qinv", {2, 7}}, {"n", {0}},
-    };
-    for (const auto &c : kCases) {
-        for (const std::uint32_t mode : {kPkcs1, kPss}) {
-            SCOPED_TRACE(std::string(c.what) + " mode " + std::to_string(mode));
-            peer::RsaKey broken = test_key();
-            for (const std::size_t i : c.changed)
-                broken.numbers[i] = i == 1 ? Octets{1, 0, 3} : other.numbers[i];
-            Octets out(128, 0xEE);
-            std::uint32_t size = 99;
-            EXPECT_EQ(sign_RSA(private_unit(broken).get(), kSha256, mode, kData.data(), length(kData),
-                               out.data(), &size),
-                      TLX_RSA_BAD_KEY);
-            EXPECT_EQ(size, 0U);
-            EXPECT_EQ(out, Octets(128)) << "wiped";
-        }
-    }
-}
-
-TEST_F(Rsa, StreamsInItsOrder) {
-    RSA_UNIT *unit = private_key_.get();
-    Octets one_shot;
-    ASSERT_EQ(sign(private_key_, kSha256, kPkcs1, one_shot), 0U);
-    const auto feed = [unit](std::uint32_t direction, std::size_t octets) {
-        ASSERT_EQ(init_RSASSA(unit, kSha256, kPkcs1, direction), 0U);
-        for (std::size_t i = 0; i < octets; ++i)
-            ASSERT_EQ(update_RSASSA(unit, &kData[i], 1), 0U);
-    };
-    Octets made(128);
-    std::uint32_t size = 7;
-    EXPECT_EQ(update_RSASSA(unit, made.data(), 1), 1U) << "before init";
-    EXPECT_EQ(final_RSASSA(unit, made.data(), &size), 1U) << "before init";
-    EXPECT_EQ(size, 0U);
-    feed(1, kData.size());
-    EXPECT_EQ(verify_RSASSA(unit, one_shot.data(), 128), 1U) << "a signature is under way";
-    ASSERT_EQ(final_RSASSA(unit, made.data(), &size), 0U);
-    EXPECT_EQ(size, 128U);
-    EXPECT_EQ(made, one_shot);
-    feed(0, kData.size());
-    EXPECT_EQ(final_RSASSA(unit, made.data(), &size), 0U);
-    feed(0, kData.size());
-    EXPECT_EQ(verify_RSASSA(unit, made.data(), size), 0U);
-    EXPECT_EQ(verify_RSASSA(unit, made.data(), size), 1U) << "it has ended";
-    for (const std::size_t octets : {kData.size() - 1, std::size_t{0}}) {
-        feed(0, octets);
-        EXPECT_EQ(final_RSASSA(unit, made.data(), &size), TLX_RSA_BAD_SIGNATURE) << octets;
-    }
-    feed(1, 1);
-    ASSERT_EQ(set_private(unit, test_key().numbers), 0U);
-    EXPECT_EQ(update_RSASSA(unit, made.data(), 1), 1U) << "new numbers end what was under way";
-}
-
-TEST_F(Rsa, RefusesBadArguments) {
-    RSA_UNIT *unit = public_key_.get();
-    const Number one = number("01");
-    EXPECT_EQ(init_RSASSA(unit, kSha256, kPkcs1, 1), 1U) << "signing takes a private key";
-    EXPECT_EQ(init_RSASSA(unit, kSha256, 3, 0), 1U) << "no such mode";
-    EXPECT_EQ(init_RSASSA(unit, kSha256, kPkcs1, 2), 1U) << "no such direction";
-    EXPECT_EQ(init_RSASSA(unit, TLX_HMAC_SHA1, kPkcs1, 0), 1U) << "no digest";
-    EXPECT_EQ(init_RSASSA(unit, TLX_DIGEST_MDC2, kPkcs1, 0), 1U) << "no DigestInfo for it";
-    Octets signature;
-    EXPECT_EQ(sign(public_key_, kSha256, kPkcs1, signature), 1U);
-    EXPECT_EQ(sign(private_key_, 0x12345678, kPkcs1, signature), 1U);
-    EXPECT_EQ(set_RSA_UNIT_private(unit, one.get(), one.get(), one.get(), one.get(), nullptr, nullptr,
-                                   nullptr, nullptr),
-              1U)
-        << "one prime alone";
-    for (const auto &[bits, e] : {std::pair(511U, 65537U), {16392U, 65537U}, {1024U, 1U}, {1024U, 65536U}})
-        EXPECT_EQ(gen_RSA_UNIT(unit, bits, e), 1U) << bits << ' ' << e;
-    EXPECT_EQ(get_RSA_length(unit), 128U) << "the failures left the unit as it was";
-}
-
 TEST_F(Rsa, ComputesOnceForAllCopiesAndForgetsWhenTheNumbersChange) {
     Unit original = public_unit();
     const Octets signature = peer::rsa_sign(test_key(), {"SHA256", "", 0}, kData);
@@ -396,7 +292,7 @@ TEST_F(Rsa, ComputesOnceForAllCopiesAndForgetsWhenTheNumbersChange) {
     EXPECT_EQ(get_RSA_UNIT_builds(original.get()), 1U);
     EXPECT_EQ(get_RSA_UNIT_builds(second.get()), 1U);
 
-    const peer::RsaKey other = peer::generate_rsa(1024);
+    const peer::RsaKey &other = other_key();
     Octets made;
     ASSERT_EQ(set_private(first.get(), test_key().numbers), 0U);
     ASSERT_EQ(sign(first, kSha256, kPkcs1, made), 0U);
@@ -437,87 +333,6 @@ TEST_F(Rsa, OneUnitAndItsCopiesServeManyThreads) {
     EXPECT_EQ(successes_on_threads(4, sign_and_verify), 4U);
     EXPECT_GE(get_RSA_UNIT_builds(private_key_.get()), 2U);
     EXPECT_LE(get_RSA_UNIT_builds(private_key_.get()), 8U);
-}
-
-const struct {
-    std::uint32_t mode, digest_id;
-    peer::RsaScheme scheme;
-    std::size_t most;  // octets of a message
-} kEncryptions[] = {
-    {TLX_RSAES_MODE_NONE_GIVEN, 0, {"", "", 0}, 117},
-    {TLX_RSAES_MODE_PKCS1, 0, {"", "", 0}, 117},
-    {TLX_RSAES_MODE_OAEP_SET, 0, {"SHA1", "SHA1", 0}, 86},
-    {TLX_RSAES_MODE_OAEP, 0, {"SHA1", "SHA1", 0}, 86},
-    {TLX_RSAES_MODE_OAEP, kSha256, {"SHA256", "SHA1", 0}, 62},
-};
-
-TEST_F(Rsa, EncryptionGoesBothWaysWithLibcrypto) {
-    for (const auto &c : kEncryptions) {
-        SCOPED_TRACE(std::to_string(c.mode) + " " + c.scheme.digest);
-        ASSERT_EQ(init_RSAES(public_key_.get(), c.mode, 0, c.digest_id), 0U);
-        ASSERT_EQ(init_RSAES(private_key_.get(), c.mode, 1, c.digest_id), 0U);
-        const Octets message(c.most, 0x5A);
-        Octets sealed(128);
-        std::uint32_t size = 0;
-        EXPECT_EQ(encrypt_RSAES(public_key_.get(), sealed.data(), &size, sealed.data(), length(message) + 1),
-                  1U);
-        ASSERT_EQ(encrypt_RSAES(public_key_.get(), sealed.data(), &size, message.data(), length(message)),
-                  0U);
-        EXPECT_EQ(size, 128U);
-        EXPECT_EQ(peer::rsa_decrypt(test_key(), c.scheme, sealed), message);
-
-        const Octets theirs = peer::rsa_encrypt(test_key(), c.scheme, message);
-        Octets opened(c.most);
-        size = length(opened);
-        EXPECT_EQ(decrypt_RSAES(private_key_.get(), opened.data(), &size, theirs.data(), 128), 0U);
-        EXPECT_EQ(size, c.most);
-        EXPECT_EQ(opened, message);
-    }
-}
-
-TEST_F(Rsa, WritesNothingOfWhatDoesNotDecrypt) {
-    // 1 decrypts to 1, which has no padding.
-    Octets unpadded(128);
-    unpadded.back() = 1;
-    for (const auto &c : kEncryptions) {
-        SCOPED_TRACE(std::to_string(c.mode) + " " + c.scheme.digest);
-        ASSERT_EQ(init_RSAES(public_key_.get(), c.mode, 0, c.digest_id), 0U);
-        ASSERT_EQ(init_RSAES(private_key_.get(), c.mode, 1, c.digest_id), 0U);
-        const Octets theirs = peer::rsa_encrypt(test_key(), c.scheme, Octets(c.most, 0x5A));
-        const struct {
-            const char *what;
-            RSA_UNIT *unit;
-            Octets ciphertext;
-            std::size_t room;
-        } kCases[] = {
-            {"no room", private_key_.get(), theirs, c.most - 1},
-            {"no padding", private_key_.get(), unpadded, c.most},
-            {"one octet short", private_key_.get(), Octets(theirs.begin(), theirs.end() - 1), c.most},
-            {"prepared for the other direction", public_key_.get(), theirs, c.most},
-        };
-        for (const auto &bad : kCases) {
-            Octets opened(c.most);
-            auto size = static_cast<std::uint32_t>(bad.room);
-            EXPECT_EQ(
-                decrypt_RSAES(bad.unit, opened.data(), &size, bad.ciphertext.data(), length(bad.ciphertext)),
-                1U)
-                << bad.what;
-            EXPECT_EQ(size, 0U) << bad.what;
-            EXPECT_EQ(opened, Octets(c.most)) << bad.what;
-        }
-    }
-    EXPECT_TRUE(peer::error_queue_is_empty());
-}
-
-TEST_F(Rsa, RefusesToPrepareWhatItCannotEncrypt) {
-    EXPECT_EQ(init_RSAES(public_key_.get(), TLX_RSAES_MODE_PKCS1, 1, 0), 1U) << "it takes a private key";
-    EXPECT_EQ(init_RSAES(public_key_.get(), 1, 0, 0), 1U) << "no such mode";
-    EXPECT_EQ(init_RSAES(public_key_.get(), TLX_RSAES_MODE_OAEP, 0, TLX_DIGEST_HAS160), 1U);
-    Octets out(128);
-    std::uint32_t size = 128;
-    EXPECT_EQ(encrypt_RSAES(public_key_.get(), out.data(), &size, out.data(), 1), 1U)
-        << "nothing is prepared";
-    EXPECT_TRUE(peer::error_queue_is_empty());
 }
 
 TEST_F(Rsa, SurvivesFailingAllocations) {
