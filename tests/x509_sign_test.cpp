@@ -15,7 +15,7 @@
 namespace tlx_test {
 namespace {
 
-using Oid = tlx::Owned<OBJECT_IDENTIFIER>;
+using Oid = Held<free_OBJECT_IDENTIFIER>;
 
 Oid oid(const char *name) {
     return Oid(get_OBJECT_IDENTIFIER(name, 0));
@@ -61,14 +61,14 @@ class Authority {
         EXPECT_EQ(set_ASYMMETRIC_KEY(key_.get(), TLX_KEY_RSA, unit.get()), 0U);
     }
     CommandFolder folder_;
-    tlx::Owned<ASYMMETRIC_KEY> key_;
+    Held<free_ASYMMETRIC_KEY> key_;
 };
 
 /// A certificate for a KCDSA key, signed with it under an algorithm.
 Cert kcdsa_cert(const KCDSA *unit, const char *algorithm) {
     Cert cert = valid_chain(1)[0].make();
-    const tlx::Owned<X509_PUBKEY> open(new_X509_PUBKEY());
-    const tlx::Owned<ASYMMETRIC_KEY> secret(new_ASYMMETRIC_KEY());
+    const Held<free_X509_PUBKEY> open(new_X509_PUBKEY());
+    const Held<free_ASYMMETRIC_KEY> secret(new_ASYMMETRIC_KEY());
     EXPECT_EQ(set_X509_PUBKEY_kcdsa(open.get(), unit), 0U);
     EXPECT_EQ(set_ASYMMETRIC_KEY(secret.get(), TLX_KEY_KCDSA, unit), 0U);
     EXPECT_EQ(set_X509_pub_key(cert.get(), open.get()), 0U);
@@ -286,7 +286,7 @@ TEST(Refusals, OfMissingPartsAndOddKeys) {
     const OwnedCert cert = authority.cert();
     const X509_PUBKEY *open = get_X509_SPKI(cert.get());
     const X509_TBS_CERT *tbs = cert->tbsCertificate;
-    const tlx::Owned<X509_TBS_CERT> empty(new_X509_TBS_CERT());
+    const Held<free_X509_TBS_CERT> empty(new_X509_TBS_CERT());
     const Oid sha256 = oid("RSA-SHA256");
     BIT_STRING *bits = nullptr;
     const Octets before = encode_certificate(cert.get());
@@ -313,7 +313,7 @@ TEST(Refusals, OfMissingPartsAndOddKeys) {
         {0, authority.rsa()}, {TLX_KEY_ECC, authority.rsa()}, {4, authority.rsa()}, {TLX_KEY_RSA, nullptr}};
     for (const ASYMMETRIC_KEY &odd : odd_keys)
         EXPECT_EQ(gen_SIG_X509_Cert(cert.get(), &odd), 1U) << odd.kind;
-    const tlx::Owned<X509_PUBKEY> key(dup_X509_PUBKEY(open));
+    const Held<free_X509_PUBKEY> key(dup_X509_PUBKEY(open));
     key->key->kind = TLX_KEY_ECC;
     EXPECT_EQ(verify_SIG_X509_CERT(cert.get(), key.get()), 1U);
     key->key->kind = TLX_KEY_RSA;

@@ -69,23 +69,5 @@ TEST_F(CommandDocuments, ReadmeShowsWhatIsCompiledAndWhatTheCommandPrints) {
     EXPECT_GE(commands, 6);
 }
 
-/// A script writes the table of codes: this tells when it has to run again.
-TEST_F(CommandDocuments, StatusKnowsEveryCodeThatTheHeadersDocument) {
-    const std::regex code("0x(4[0-9A-F]|5[0-4])(?!000000)[0-9A-F]{6}(?![0-9A-F.])");
-    Words codes;
-    for (const auto &file : std::filesystem::directory_iterator(in_source("include/tlxpki")))
-        codes.merge(matches(read_file(file.path().string()), code));
-    ASSERT_GT(codes.size(), 300U);
-    Arguments arguments{"status", "--json"};
-    arguments.insert(arguments.end(), codes.begin(), codes.end());
-    const Json meanings = Json::parse(run(arguments).output, nullptr, false);
-    ASSERT_EQ(meanings.size(), codes.size());
-    for (const Json &meaning : meanings) {
-        EXPECT_NE(meaning["operation"], "unknown") << meaning["code"] << ": run scripts/make-status-codes";
-        const std::string detail = meaning.value("detail", "");
-        EXPECT_EQ(detail.find(" and when "), std::string::npos) << meaning["code"] << ": " << detail;
-    }
-}
-
 }  // namespace
 }  // namespace command_test
