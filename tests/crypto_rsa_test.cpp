@@ -253,16 +253,15 @@ TEST_F(Rsa, GeneratesAndUsesKeysOfAnySize) {
     }
 }
 
-TEST_F(Rsa, NeedsNoPrimesAndTakesALongPublicExponent) {
-    // The exponents are exchanged.
-    const Unit swapped(new_RSA_UNIT());
+TEST_F(Rsa, NeedsNoPrimes) {
+    const Unit unit(new_RSA_UNIT());
     const auto &values = test_key().numbers;
-    ASSERT_EQ(set_RSA_UNIT_private(swapped.get(), number(values[0]).get(), number(values[2]).get(),
-                                   number(values[1]).get(), nullptr, nullptr, nullptr, nullptr, nullptr),
+    ASSERT_EQ(set_RSA_UNIT_private(unit.get(), number(values[0]).get(), number(values[1]).get(),
+                                   number(values[2]).get(), nullptr, nullptr, nullptr, nullptr, nullptr),
               0U);
     Octets good;
-    ASSERT_EQ(sign(swapped, kSha256, kPkcs1, good), 0U);
-    EXPECT_EQ(verify(swapped, kSha256, kPkcs1, good), 0U);
+    ASSERT_EQ(sign(unit, kSha256, kPkcs1, good), 0U);
+    EXPECT_EQ(verify(unit, kSha256, kPkcs1, good), 0U);
 }
 
 TEST_F(Rsa, RefusesNumbersThatMakeNoKey) {
@@ -286,12 +285,20 @@ TEST_F(Rsa, RefusesNumbersThatMakeNoKey) {
         {"exponent 1", n, {1}},
         {"even exponent", n, {1, 0, 0}},
         {"exponent of the modulus", n, n},
-        {"long exponent under a long modulus", Octets(512, 0xFF), Octets(9, 0xFF)},
+        {"exponent of 65 bits", n, {1, 0, 0, 0, 0, 0, 0, 0, 1}},
     };
     for (const auto &c : kCases) {
         const Unit unit = public_unit(c.n, c.e);
         EXPECT_EQ(verify(unit, TLX_DIGEST_SHA1, kPkcs1, Octets(c.n.size())), TLX_RSA_BAD_KEY) << c.what;
         EXPECT_EQ(get_RSA_UNIT_builds(unit.get()), 0U) << c.what;
+    }
+    const Unit long_exponent = public_unit(n, Octets(8, 0xFF));
+    EXPECT_EQ(verify(long_exponent, TLX_DIGEST_SHA1, kPkcs1, Octets(n.size())), TLX_RSA_BAD_SIGNATURE);
+    for (const auto prime : {TLX_RSA_P, TLX_RSA_Q}) {
+        peer::RsaKey long_prime = test_key();
+        long_prime.numbers[prime] = n;
+        Octets signature;
+        EXPECT_EQ(sign(private_unit(long_prime), kSha256, kPkcs1, signature), TLX_RSA_BAD_KEY);
     }
     for (std::size_t i = 2; i < 8; ++i) {
         peer::RsaKey broken = test_key();

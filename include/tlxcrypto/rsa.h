@@ -5,10 +5,10 @@
  * A unit holds a key's numbers and, besides, what is under way on it: one streaming signature or verification
  * and one choice of encryption scheme. It takes any numbers; the first operation that computes with them says
  * TLX_RSA_BAD_KEY when they make no key: a modulus that is even, below 512 bits or above 16384 bits, a public
- * exponent that is even or below 3 (above 64 bits with a modulus of more than 3072 bits), or for a private
- * operation a missing private exponent; signing says so, too, when the numbers do not belong together, for a
- * signature is handed out only once it has been verified. What is computed from the numbers once (a key
- * object of the backend) is kept in the unit until they change.
+ * exponent that is even, below 3 or above 64 bits, or for a private operation a missing private exponent or a
+ * prime that is even or as long as the modulus; signing says so, too, when the numbers do not belong
+ * together, for a signature is handed out only once it has been verified. What is computed from the numbers
+ * once (a key object of the backend) is kept in the unit until they change.
  *
  * Private-key arithmetic runs in constant time with blinding.
  *

@@ -234,12 +234,17 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
 
 /* ---- Validation ---- */
 
+/** The certificates of a path at most, the anchor's among them. */
+#define TLX_CPV_MAX_CERTIFICATES 1000U
+/** The nodes of the policy tree that one validation makes at most. They take some 40 MB. */
+#define TLX_CPV_MAX_POLICY_NODES 100000U
+
 /**
  * Validates a path with the process-wide settings, at the present time.
  *
  * Each node of the policy tree gets children of its own, so that certificates which name both anyPolicy and
- * many policies make a tree that grows with the square of the path's length: whoever takes paths from
- * strangers keeps the maximum path length for building low.
+ * many policies make a tree that grows with the square of the path's length. TLX_CPV_MAX_POLICY_NODES limits
+ * it: 100 policies beside anyPolicy exceed it with 45 certificates below the anchor's.
  *
  * @param path                    the path, target first, the anchor's self-issued certificate last. That it
  * ends in a trust anchor is for build_certPath() or the caller to see to
@@ -251,8 +256,10 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
  * @return 0
  * @return 0x53070049 for a null path
  * @return 0x5307002B for an empty path
- * @return 0x53070047 when the maximum path length is below 0
+ * @return 0x53070047 when the path has more than TLX_CPV_MAX_CERTIFICATES certificates, and when the maximum
+ * path length is below 0
  * @return 0x53070119 when no acceptable policy is left while an explicit policy is required
+ * @return 0x53100047 when the policy tree takes more than TLX_CPV_MAX_POLICY_NODES nodes
  * @return 0x53100049 when the path does not end in a self-issued certificate, and when a certificate has no
  * level of the tree to extend
  * @return 0x53100054 when a signature does not verify with the issuer's key

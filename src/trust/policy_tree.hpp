@@ -17,11 +17,16 @@ node_LIST *deepest_level(node_LIST *list) noexcept;
 /// Starts the tree in a list without levels: the root's level with one node, anyPolicy.
 [[nodiscard]] bool start_policy_tree(node_LIST *list) noexcept;
 
-/// Extends the tree below `deepest`, which becomes the new level, for the certificate at `position` (0 for
-/// the anchor's) with this certificatePolicies extension (null for none), and prunes the level above it. A
-/// status of validate_certpath.
-[[nodiscard]] u32 process_policies(node_LIST *&deepest, u32 position,
-                                   const X509_EXTENSION *extension) noexcept;
+/// A tree while certificates are processed.
+struct GrowingTree {
+    node_LIST *deepest;  ///< its deepest level
+    u32 nodes_left;      ///< how many nodes may still be made
+};
+
+/// Extends the tree below its deepest level, which the new level becomes, for the certificate at `position`
+/// (0 for the anchor's) with this certificatePolicies extension (null for none), and prunes the level above
+/// it. A status of validate_certpath.
+[[nodiscard]] u32 process_policies(GrowingTree &tree, u32 position, const X509_EXTENSION *extension) noexcept;
 
 /// What intersect_policies leads to.
 enum class Intersection : u8 { done, accepted_as_it_stands, no_memory };
