@@ -17,6 +17,7 @@
 #include <tlxpki/curve.h>
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
+#include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>
 #include <tlxpki/pem.h>
 #include <tlxpki/pkcs1.h>

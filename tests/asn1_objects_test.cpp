@@ -200,6 +200,150 @@ TEST_F(Objects, ByNameOrByIndex) {
         EXPECT_EQ(made(get_OBJECT_IDENTIFIER(index > 33 ? "CN" : nullptr, index)), "(null)") << index;
 }
 
+TEST_F(Objects, FromText) {
+    constexpr std::pair<const char *, const char *> kCases[] = {
+        {"2.5.29.19", "2.5.29.19"},
+        {"basicConstraints", "2.5.29.19"},
+        {"commonName", "2.5.4.3"},
+        {"1.2.410.200004.5.2.1.1", "1.2.410.200004.5.2.1.1"},  // not in the registry
+        {"0.39", "0.39"},
+        {"2.999.2147483647", "2.999.2147483647"},
+        {"2.999.2147483648", "(null)"},
+        {"1.40", "(null)"},  // would be 2.0
+        {"3.5", "(null)"},
+        {"1.2.03", "(null)"},
+        {"1.2.-3", "(null)"},
+        {"1.2.3.", "(null)"},
+        {"1..3", "(null)"},
+        {"1", "(null)"},
+        {"", "(null)"},
+        {"COMMONNAME", "(null)"},
+        {"2.5.4.3 ", "(null)"},
+    };
+    for (const auto &[text, dotted] : kCases)
+        EXPECT_EQ(made(text_to_OBJECT_IDENTIFIER(text)), dotted) << text;
+    EXPECT_EQ(text_to_OBJECT_IDENTIFIER(nullptr), nullptr);
+    std::string text = "1.2";
+    while (text.size() < 99)
+        text += ".3";
+    EXPECT_EQ(made(text_to_OBJECT_IDENTIFIER(text.c_str())), text);
+    EXPECT_EQ(text_to_OBJECT_IDENTIFIER((text + "3").c_str()), nullptr) << "100 characters";
+}
+
+TEST_F(Objects, NamesOfRows) {
+    constexpr std::pair<std::int32_t, const char *> kNames[] = {
+        {TLX_OID_MD5, "1.2.840.113549.2.5"},
+        {TLX_OID_SHA1, "1.3.14.3.2.26"},
+        {TLX_OID_SHA224, "2.16.840.1.101.3.4.2.4"},
+        {TLX_OID_SHA256, "2.16.840.1.101.3.4.2.1"},
+        {TLX_OID_SHA384, "2.16.840.1.101.3.4.2.2"},
+        {TLX_OID_SHA512, "2.16.840.1.101.3.4.2.3"},
+        {TLX_OID_HAS160, "1.2.410.200004.1.2"},
+        {TLX_OID_HMAC_WITH_SHA1, "1.2.840.113549.2.7"},
+        {TLX_OID_DES_EDE3_CBC, "1.2.840.113549.3.7"},
+        {TLX_OID_AES_128_CBC, "2.16.840.1.101.3.4.1.2"},
+        {TLX_OID_AES_192_CBC, "2.16.840.1.101.3.4.1.22"},
+        {TLX_OID_AES_256_CBC, "2.16.840.1.101.3.4.1.42"},
+        {TLX_OID_SEED_CBC, "1.2.410.200004.1.4"},
+        {TLX_OID_ARIA_CBC, "1.2.410.100001.1.20"},
+        {TLX_OID_PBKDF2, "1.2.840.113549.1.5.12"},
+        {TLX_OID_PBES2, "1.2.840.113549.1.5.13"},
+        {TLX_OID_PBE_SHA1_SEED_CBC, "1.2.410.200004.1.15"},
+        {TLX_OID_PBE_SHA1_ARIA_CBC, "1.2.410.100001.1.24"},
+        {TLX_OID_RSA_ENCRYPTION, "1.2.840.113549.1.1.1"},
+        {TLX_OID_DSA, "1.2.840.10040.4.1"},
+        {TLX_OID_KCDSA1, "1.2.410.200004.1.21"},
+        {TLX_OID_EC_PUBLIC_KEY, "1.2.840.10045.2.1"},
+        {TLX_OID_PRIME256V1, "1.2.840.10045.3.1.7"},
+        {TLX_OID_SECP384R1, "1.3.132.0.34"},
+        {TLX_OID_SECP521R1, "1.3.132.0.35"},
+        {TLX_OID_MD5_WITH_RSA, "1.2.840.113549.1.1.4"},
+        {TLX_OID_SHA1_WITH_RSA, "1.2.840.113549.1.1.5"},
+        {TLX_OID_SHA224_WITH_RSA, "1.2.840.113549.1.1.14"},
+        {TLX_OID_SHA256_WITH_RSA, "1.2.840.113549.1.1.11"},
+        {TLX_OID_SHA384_WITH_RSA, "1.2.840.113549.1.1.12"},
+        {TLX_OID_SHA512_WITH_RSA, "1.2.840.113549.1.1.13"},
+        {TLX_OID_RSASSA_PSS, "1.2.840.113549.1.1.10"},
+        {TLX_OID_RSAES_OAEP, "1.2.840.113549.1.1.7"},
+        {TLX_OID_MGF1, "1.2.840.113549.1.1.8"},
+        {TLX_OID_P_SPECIFIED, "1.2.840.113549.1.1.9"},
+        {TLX_OID_HAS160_WITH_KCDSA1, "1.2.410.200004.1.22"},
+        {TLX_OID_KCDSA1_WITH_SHA1, "1.2.410.200004.1.23"},
+        {TLX_OID_KCDSA_WITH_HAS160, "1.2.410.200004.1.8"},
+        {TLX_OID_KCDSA_WITH_SHA1, "1.2.410.200004.1.9"},
+        {TLX_OID_ECDSA_WITH_SHA1, "1.2.840.10045.4.1"},
+        {TLX_OID_ECDSA_WITH_SHA256, "1.2.840.10045.4.3.2"},
+        {TLX_OID_COMMON_NAME, "2.5.4.3"},
+        {TLX_OID_SURNAME, "2.5.4.4"},
+        {TLX_OID_SERIAL_NUMBER, "2.5.4.5"},
+        {TLX_OID_COUNTRY_NAME, "2.5.4.6"},
+        {TLX_OID_LOCALITY_NAME, "2.5.4.7"},
+        {TLX_OID_STATE_OR_PROVINCE_NAME, "2.5.4.8"},
+        {TLX_OID_STREET_ADDRESS, "2.5.4.9"},
+        {TLX_OID_ORGANIZATION_NAME, "2.5.4.10"},
+        {TLX_OID_ORGANIZATIONAL_UNIT_NAME, "2.5.4.11"},
+        {TLX_OID_TITLE, "2.5.4.12"},
+        {TLX_OID_DESCRIPTION, "2.5.4.13"},
+        {TLX_OID_POSTAL_CODE, "2.5.4.17"},
+        {TLX_OID_GIVEN_NAME, "2.5.4.42"},
+        {TLX_OID_INITIALS, "2.5.4.43"},
+        {TLX_OID_DN_QUALIFIER, "2.5.4.46"},
+        {TLX_OID_USER_ID, "0.9.2342.19200300.100.1.1"},
+        {TLX_OID_DOMAIN_COMPONENT, "0.9.2342.19200300.100.1.25"},
+        {TLX_OID_EMAIL_ADDRESS, "1.2.840.113549.1.9.1"},
+        {TLX_OID_UNSTRUCTURED_NAME, "1.2.840.113549.1.9.2"},
+        {TLX_OID_CONTENT_TYPE, "1.2.840.113549.1.9.3"},
+        {TLX_OID_MESSAGE_DIGEST, "1.2.840.113549.1.9.4"},
+        {TLX_OID_SIGNING_TIME, "1.2.840.113549.1.9.5"},
+        {TLX_OID_COUNTERSIGNATURE, "1.2.840.113549.1.9.6"},
+        {TLX_OID_CHALLENGE_PASSWORD, "1.2.840.113549.1.9.7"},
+        {TLX_OID_EXTENSION_REQUEST, "1.2.840.113549.1.9.14"},
+        {TLX_OID_FRIENDLY_NAME, "1.2.840.113549.1.9.20"},
+        {TLX_OID_LOCAL_KEY_ID, "1.2.840.113549.1.9.21"},
+        {TLX_OID_PKCS7_DATA, "1.2.840.113549.1.7.1"},
+        {TLX_OID_PKCS7_SIGNED_DATA, "1.2.840.113549.1.7.2"},
+        {TLX_OID_PKCS7_ENVELOPED_DATA, "1.2.840.113549.1.7.3"},
+        {TLX_OID_SUBJECT_KEY_IDENTIFIER, "2.5.29.14"},
+        {TLX_OID_KEY_USAGE, "2.5.29.15"},
+        {TLX_OID_PRIVATE_KEY_USAGE_PERIOD, "2.5.29.16"},
+        {TLX_OID_SUBJECT_ALT_NAME, "2.5.29.17"},
+        {TLX_OID_ISSUER_ALT_NAME, "2.5.29.18"},
+        {TLX_OID_BASIC_CONSTRAINTS, "2.5.29.19"},
+        {TLX_OID_CRL_NUMBER, "2.5.29.20"},
+        {TLX_OID_CRL_REASON, "2.5.29.21"},
+        {TLX_OID_NAME_CONSTRAINTS, "2.5.29.30"},
+        {TLX_OID_CRL_DISTRIBUTION_POINTS, "2.5.29.31"},
+        {TLX_OID_CERTIFICATE_POLICIES, "2.5.29.32"},
+        {TLX_OID_POLICY_MAPPINGS, "2.5.29.33"},
+        {TLX_OID_AUTHORITY_KEY_IDENTIFIER, "2.5.29.35"},
+        {TLX_OID_POLICY_CONSTRAINTS, "2.5.29.36"},
+        {TLX_OID_EXTENDED_KEY_USAGE, "2.5.29.37"},
+        {TLX_OID_INHIBIT_ANY_POLICY, "2.5.29.54"},
+        {TLX_OID_AUTHORITY_INFO_ACCESS, "1.3.6.1.5.5.7.1.1"},
+        {TLX_OID_SUBJECT_INFO_ACCESS, "1.3.6.1.5.5.7.1.11"},
+        {TLX_OID_OCSP_NO_CHECK, "1.3.6.1.5.5.7.48.1.5"},
+        {TLX_OID_ANY_POLICY, "2.5.29.32.0"},
+        {TLX_OID_QUALIFIER_CPS, "1.3.6.1.5.5.7.2.1"},
+        {TLX_OID_QUALIFIER_USER_NOTICE, "1.3.6.1.5.5.7.2.2"},
+        {TLX_OID_AD_OCSP, "1.3.6.1.5.5.7.48.1"},
+        {TLX_OID_AD_CA_ISSUERS, "1.3.6.1.5.5.7.48.2"},
+        {TLX_OID_KP_SERVER_AUTH, "1.3.6.1.5.5.7.3.1"},
+        {TLX_OID_KP_CLIENT_AUTH, "1.3.6.1.5.5.7.3.2"},
+        {TLX_OID_KP_CODE_SIGNING, "1.3.6.1.5.5.7.3.3"},
+        {TLX_OID_KP_EMAIL_PROTECTION, "1.3.6.1.5.5.7.3.4"},
+        {TLX_OID_KP_TIME_STAMPING, "1.3.6.1.5.5.7.3.8"},
+        {TLX_OID_KP_OCSP_SIGNING, "1.3.6.1.5.5.7.3.9"},
+        {TLX_OID_KISA_IDENTIFY_DATA, "1.2.410.200004.10.1.1"},
+        {TLX_OID_KISA_IDENTIFY_DATA_FORMER, "1.2.410.200004.6.1"},
+        {TLX_OID_KISA_VID, "1.2.410.200004.10.1.1.1"},
+        {TLX_OID_KISA_ENCRYPTED_VID, "1.2.410.200004.10.1.1.2"},
+        {TLX_OID_KISA_RANDOM_NUM, "1.2.410.200004.10.1.1.3"},
+        {TLX_OID_KISA_HSM, "1.2.410.200004.10.1.2"},
+    };
+    for (const auto &[row, dotted] : kNames)
+        EXPECT_STREQ(OID_LIST(row)->dotted, dotted) << sn_from_index(row);
+}
+
 TEST_F(Objects, CompareByTextAlone) {
     const OBJECT_IDENTIFIER without = {6, nullptr, 7, 0};
     const StringRecord ascending[] = {nullptr, make_string(6, "2.5.4.3"), make_string(0x86, "2.5.4.4"),
@@ -267,6 +411,7 @@ TEST_F(Objects, FailingAllocationsGiveNullAndLeakNothing) {
         return sweep_failing_allocations([&] { return StringRecord(make()) != nullptr; });
     };
     EXPECT_EQ(failures([] { return get_OBJECT_IDENTIFIER("sha256", 0); }), 2U);
+    EXPECT_EQ(failures([] { return text_to_OBJECT_IDENTIFIER("1.2.3.4.5"); }), 3U);
     EXPECT_EQ(failures([] { return get_OID_from_DigestID(0x05000100); }), 2U);
     EXPECT_EQ(failures([] { return get_OID_from_CipherID(0x50000000); }), 2U);
 }

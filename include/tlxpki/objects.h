@@ -10,7 +10,8 @@
  * Dotted texts are compared as texts. Those of fewer than three arcs, but for row 0, are stored with a dot at
  * their end
  * ("2.5.", "1.3."), which the text of a decoded identifier never has. The identifiers of rows 791, 792, 794,
- * 836 and 839 are this library's own choice, because no public registration of them is known.
+ * 836 and 839 are this library's own choice, because no public registration of them is known. So is the order
+ * of rows 778 (SEED-OFB) and 779 (SEED-CFB): of 1.2.410.200004.1.5 and .6, the library gives CFB the first.
  *
  * The texts come from the PKCS, X.500, X.509, PKIX (RFC 5280 and its companions), S/MIME, SET, NIST, ANSI
  * X9.62, SEC 2, KISA, KFTC and GPKI registrations.
@@ -21,6 +22,7 @@
 #ifndef TLXPKI_OBJECTS_H
 #define TLXPKI_OBJECTS_H
 
+#include <tlxpki/object_names.h>
 #include <tlxpki/types.h>
 
 /** Rows of the registry: indexes run from 0 to TLX_OID_COUNT - 1. */
@@ -115,6 +117,18 @@ TLXPKI_API uint32_t index_from_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIER *oid);
  * text (a long name is not tried then), and in the cases of index_to_OBJECT_IDENTIFIER
  */
 TLXPKI_API OBJECT_IDENTIFIER *get_OBJECT_IDENTIFIER(const char *name, uint32_t index);
+
+/**
+ * A new identifier from text: "2.5.29.19", or a short or long name of the registry as in
+ * get_OBJECT_IDENTIFIER().
+ *
+ * @param text NUL-terminated. A dotted text is a decoded identifier's, octet for octet: at least two arcs,
+ * the first 0 to 2, the second below 40 after 0 and 1, none above 2147483647 or with leading zeros, at most
+ * 99 characters
+ * @return a new record, which the caller frees with free_OBJECT_IDENTIFIER; null for null, any other text,
+ * and when memory runs out
+ */
+TLXPKI_API OBJECT_IDENTIFIER *text_to_OBJECT_IDENTIFIER(const char *text);
 
 /**
  * Copies an identifier with all its four fields and its text.

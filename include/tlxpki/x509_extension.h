@@ -156,8 +156,8 @@ TLXPKI_API int32_t get_X509_EXTENSION_index_by_OID(const X509_EXTENSIONS *extens
                                                    const OBJECT_IDENTIFIER *oid, int32_t lastpos);
 
 /**
- * get_X509_EXTENSION_index_by_OID() with a row of the registry of object identifiers, for example 87
- * (basicConstraints).
+ * get_X509_EXTENSION_index_by_OID() with a row of the registry of object identifiers, for example
+ * TLX_OID_BASIC_CONSTRAINTS.
  * @param extensions,lastpos as there
  * @param oid_index the row
  * @return as there; -1 also for a row without an identifier

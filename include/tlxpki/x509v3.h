@@ -86,9 +86,9 @@ TLXPKI_API uint32_t decode_X509_EXTENSION(const X509_EXTENSION *extension, ASN1_
  * Finds an extension in a list and decodes its value:
  * @code
  *   BASIC_CONSTRAINTS *constraints = NULL;
- *   uint32_t status = decode_X509_EXTENSION_by_OID_index(certificate->tbsCertificate->extensions, 87,
- *                                                        TLX_DECODER(Seq_to_BASIC_CONSTRAINTS),
- *                                                        (void **)&constraints);
+ *   uint32_t status = decode_X509_EXTENSION_by_OID_index(
+ *       certificate->tbsCertificate->extensions, TLX_OID_BASIC_CONSTRAINTS,
+ *       TLX_DECODER(Seq_to_BASIC_CONSTRAINTS), (void **)&constraints);
  * @endcode
  * @param extensions the list; null counts as empty
  * @param oid        which extension; of several the first is taken
