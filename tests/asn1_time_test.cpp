@@ -135,6 +135,51 @@ TEST_F(TimeTest, ChecksTheFields) {
     }
 }
 
+TEST_F(TimeTest, AddsDaysMonthsAndYearsOfTheCalendar) {
+    const auto read = [](const std::string &date) {
+        return Time(charToASN1_TIME((date + ",12:34:56").c_str()));
+    };
+    const struct {
+        const char *from;
+        std::uint32_t (*add)(ASN1_TIME *, std::int32_t);
+        std::int32_t count;
+        std::uint32_t status;
+        const char *sum;
+    } cases[] = {
+        {"2024-02-29", add_ASN1_TIME_days, 366, 0, "2025-03-01 12:34:56 6/59"},
+        {"2000-01-01", add_ASN1_TIME_days, -1, 0, "1999-12-31 12:34:56 5/364"},
+        {"9999-12-31", add_ASN1_TIME_days, 1, 0x4105001C, nullptr},
+        {"0000-01-01", add_ASN1_TIME_days, -1, 0x4105001C, nullptr},
+        {"2024-01-01", add_ASN1_TIME_days, INT32_MAX, 0x4105001C, nullptr},
+        {"2029-02-29", add_ASN1_TIME_days, 1, 0x4105002B, nullptr},
+        {"2024-01-31", add_ASN1_TIME_months, 1, 0, "2024-02-29 12:34:56 4/59"},
+        {"2023-12-31", add_ASN1_TIME_months, 2, 0, "2024-02-29 12:34:56 4/59"},
+        {"1900-03-31", add_ASN1_TIME_months, -1, 0, "1900-02-28 12:34:56 3/58"},
+        {"0000-01-15", add_ASN1_TIME_months, -1, 0x4106001C, nullptr},
+        {"9999-12-01", add_ASN1_TIME_months, 1, 0x4106001C, nullptr},
+        {"2100-02-29", add_ASN1_TIME_months, 0, 0x4106002B, nullptr},
+        {"2028-02-29", add_ASN1_TIME_years, 1, 0, "2029-02-28 12:34:56 3/58"},
+        {"2028-02-29", add_ASN1_TIME_years, -4, 0, "2024-02-29 12:34:56 4/59"},
+        {"1850-06-30", add_ASN1_TIME_years, 8149, 0, "9999-06-30 12:34:56 3/180"},
+        {"2024-01-01", add_ASN1_TIME_years, INT32_MIN, 0x4107001C, nullptr},
+        {"2023-04-31", add_ASN1_TIME_years, 1, 0x4107002B, nullptr},
+    };
+    for (const auto &c : cases) {
+        const Time time = read(c.from);
+        EXPECT_EQ(c.add(time.get(), c.count), c.status) << c.from << " and " << c.count;
+        EXPECT_EQ(show(time.get()), c.sum != nullptr ? c.sum : show(read(c.from).get())) << c.from;
+    }
+    for (const auto &[date, status] : {std::pair("2024-02-29", 0U),
+                                       {"2029-02-29", 0x4104002BU},
+                                       {"2000-02-29", 0U},
+                                       {"1900-02-29", 0x4104002BU},
+                                       {"2024-06-31", 0x4104002BU},
+                                       {"2024-12-31", 0U}})
+        EXPECT_EQ(check_ASN1_TIME_date(read(date).get()), status) << date;
+    EXPECT_EQ(check_ASN1_TIME_date(nullptr), 0x4104002BU);
+    EXPECT_EQ(add_ASN1_TIME_days(nullptr, 1), 0x4105002BU);
+}
+
 TEST_F(TimeTest, ReadsCharacterTimes) {
     const auto read = [](const std::string &text) { return show(Time(charToASN1_TIME(text.c_str())).get()); };
     const std::string good = "2024-02-29,12:34:56";

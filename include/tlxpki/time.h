@@ -57,6 +57,45 @@ TLXPKI_API ASN1_TIME *dup_ASN1_TIME(const ASN1_TIME *time);
 TLXPKI_API uint32_t check_ASN1_TIME(const ASN1_TIME *time);
 
 /**
+ * Checks that a time is one of the calendar: what check_ASN1_TIME() checks, and that the month has the day.
+ * @param time the time
+ * @return 0, or 0x4104002B for a date that does not exist, such as 2029-02-29, for a field out of range and
+ *         for null
+ */
+TLXPKI_API uint32_t check_ASN1_TIME_date(const ASN1_TIME *time);
+
+/**
+ * Adds days to a time. The clock stays, day of week and day of year are filled, the daylight flag becomes 0.
+ * @param time the time; it stays as it is on failure
+ * @param days may be negative
+ * @return 0
+ * @return 0x4105002B when check_ASN1_TIME_date() refuses the time
+ * @return 0x4105001C when the sum lies outside the years 0-9999
+ */
+TLXPKI_API uint32_t add_ASN1_TIME_days(ASN1_TIME *time, int32_t days);
+
+/**
+ * Adds calendar months to a time, in the way of add_ASN1_TIME_days(). A day that the month does not have
+ * becomes the month's last: 31 January and a month is 28 or 29 February.
+ * @param time   as there
+ * @param months may be negative
+ * @return 0
+ * @return 0x4106002B when check_ASN1_TIME_date() refuses the time
+ * @return 0x4106001C when the sum lies outside the years 0-9999
+ */
+TLXPKI_API uint32_t add_ASN1_TIME_months(ASN1_TIME *time, int32_t months);
+
+/**
+ * Adds calendar years to a time, in the way of add_ASN1_TIME_months(): 29 February and a year is 28 February.
+ * @param time  as there
+ * @param years may be negative
+ * @return 0
+ * @return 0x4107002B when check_ASN1_TIME_date() refuses the time
+ * @return 0x4107001C when the sum lies outside the years 0-9999
+ */
+TLXPKI_API uint32_t add_ASN1_TIME_years(ASN1_TIME *time, int32_t years);
+
+/**
  * Compares two times by calendar seconds. Fields past their range carry over, so 31 February is 2 or 3 March;
  * day of week, day of year and daylight flag are not looked at.
  * @param a,b times; null comes before every time

@@ -57,16 +57,16 @@ TLXPKI_API X509_TIME *dup_X509_TIME(const X509_TIME *time);
  * (RFC 5280, section 4.1.2.5).
  * @param time     the record; its old text is freed
  * @param calendar the time
- * @return 0; 1 for null arguments, a time that cannot be written and when memory runs out (the record is
- *         unchanged then)
+ * @return 0; 1 for null arguments, a date that does not exist (2029-02-29), a time that cannot be written and
+ *         when memory runs out (the record is unchanged then)
  */
 TLXPKI_API uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar);
 
 /**
  * The calendar time that a text gives.
  * @param time the time
- * @return a new time, freed with free_ASN1_TIME(); null for null, a text that is no time and when memory
- *         runs out
+ * @return a new time, freed with free_ASN1_TIME(); null for null, a text that is no time, a date that does
+ *         not exist (2029-02-29) and when memory runs out
  */
 TLXPKI_API ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time);
 
@@ -398,17 +398,18 @@ TLXPKI_API uint32_t set_X509_subject(X509_CERT *cert, const X509_NAME *value);
 /**
  * Replaces the beginning of the validity.
  * @param cert  the certificate
- * @param value the time, with a text; copied
- * @return 0; 1 for null arguments and when memory runs out (the beginning of the validity is unchanged
- *         then)
+ * @param value the time; copied
+ * @return 0; 1 for null arguments, a text that is no time, a date that does not exist and when memory runs
+ * out (the beginning of the validity is unchanged then)
  */
 TLXPKI_API uint32_t set_X509_notBefore(X509_CERT *cert, const X509_TIME *value);
 
 /**
  * Replaces the end of the validity.
  * @param cert  the certificate
- * @param value the time, with a text; copied
- * @return 0; 1 for null arguments and when memory runs out (the end of the validity is unchanged then)
+ * @param value the time; copied
+ * @return 0; 1 for null arguments, a text that is no time, a date that does not exist and when memory runs
+ * out (the end of the validity is unchanged then)
  */
 TLXPKI_API uint32_t set_X509_notAfter(X509_CERT *cert, const X509_TIME *value);
 

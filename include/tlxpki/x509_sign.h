@@ -122,7 +122,7 @@ TLXPKI_API uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDS
  * @param time the point in time, in UTC; null for the present
  * @return 0 when it is
  * @return 0x462D0049 for a null certificate and one without a validity period
- * @return 0x462D0104 when one of the two dates cannot be read
+ * @return 0x462D0104 when one of the two dates cannot be read or does not exist
  * @return 0x462D003C when the present time is not to be had
  * @return 0x462D0113 when the time is before notBefore or after notAfter
  */

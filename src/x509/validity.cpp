@@ -3,6 +3,7 @@
 
 #include <tlxpki/time.h>
 
+#include "asn1/asn1_time_text.hpp"
 #include "x509/codecs.hpp"
 
 using namespace tlx;
@@ -43,6 +44,10 @@ bool copy_time(X509_TIME &to, const X509_TIME &from) noexcept {
     free_ASN1_STRING(to.time);
     to = {from.form, text};
     return true;
+}
+
+bool has_existing_date(const X509_TIME &time) noexcept {
+    return has_existing_date(time.time, time.form == kGeneralizedTime);
 }
 
 }  // namespace tlx
@@ -104,7 +109,7 @@ X509_TIME *dup_X509_TIME(const X509_TIME *time) {
 }
 
 uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar) {
-    if (time == nullptr || calendar == nullptr) return 1;
+    if (time == nullptr || check_ASN1_TIME_date(calendar) != 0) return 1;
     const bool utc = calendar->year >= kFirstUtcYear && calendar->year <= kLastUtcYear;
     ASN1_STRING *text =
         utc ? asn1TimeToUTC_TIME(calendar, kSecondsAndZ) : asn1TimeToGENERALIZED_TIME(calendar, kSecondsAndZ);
@@ -115,7 +120,7 @@ uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar) {
 }
 
 ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time) {
-    if (time == nullptr || time->time == nullptr) return nullptr;
+    if (time == nullptr || !has_existing_date(*time)) return nullptr;
     return time->form == kUtcTime ? utcTimeToASN1_TIME(time->time) : generalizedTimeToASN1_TIME(time->time);
 }
 
