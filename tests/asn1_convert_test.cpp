@@ -70,6 +70,54 @@ TEST_F(Convert, KnowsThePlaneOfTheSystemBothWays) {
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
 }
 
+std::string as_utf8(std::int32_t type, const std::string &contents) {
+    return octets(StringRecord(ASN1_STRING_to_UTF8_STRING(make_string(type, contents).get())).get());
+}
+
+TEST_F(Convert, KnowsTheHangulThatCodePage949Adds) {
+    const auto in_plane = [](std::uint32_t pair) { return pair >= 0xA1A1 && (pair & 0xFF) >= 0xA1; };
+    unsigned characters = 0;
+    for (std::uint32_t value = 0x8000; value < 0x10000; ++value) {
+        if (in_plane(value)) continue;
+        // Behind a character of the plane. What is no pair makes Latin-1 of it.
+        const std::string unit = korean::cp949_to_utf16(pair_of(value));
+        const std::string text = as_utf8(TLX_TAG_T61_STRING, "\xB0\xA1" + pair_of(value));
+        if (unit.empty()) {
+            ASSERT_TRUE(text.starts_with("\xC2\xB0\xC2\xA1")) << std::hex << value;
+            continue;
+        }
+        ASSERT_EQ(text, as_utf8(TLX_TAG_BMP_STRING, "\xAC\x00"s + unit)) << std::hex << value;
+        ++characters;
+    }
+    EXPECT_EQ(characters, 8822U);
+}
+
+TEST_F(Convert, AnyStringAsUtf8) {
+    const struct {
+        std::int32_t type;
+        std::string contents;
+        const char *text;
+    } cases[] = {
+        {TLX_TAG_UTF8_STRING, "", ""},
+        {TLX_TAG_UTF8_STRING, "\xB0\xA1", "가"},
+        {TLX_TAG_UTF8_STRING, "\x8C\x63", "(null)"},
+        {TLX_TAG_UTF8_STRING, "A\xFF", "(null)"},
+        {18, "12", "12"},
+        {TLX_TAG_PRINTABLE_STRING, "\xB0\xA1\x8C\x63", "가똠"},
+        {TLX_TAG_T61_STRING, "\xEA\xB0\x80", "가"},
+        {TLX_TAG_T61_STRING, "\xC1\x61", "Áa"},
+        {TLX_TAG_UTC_TIME, "240229123456Z", "240229123456Z"},
+        {TLX_TAG_BMP_STRING, "\xAC"s, "(null)"},
+        {28, "\0\x01\xF6\0"s, "\xF0\x9F\x98\x80"},
+        {TLX_TAG_OCTET_STRING, "A", "(null)"},
+        {TLX_TAG_OBJECT_IDENTIFIER, "1.2", "(null)"},
+        {0x8C, "A", "(null)"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(as_utf8(c.type, c.contents), c.text) << c.type << " " << testing::PrintToString(c.contents);
+    EXPECT_EQ(ASN1_STRING_to_UTF8_STRING(nullptr), nullptr);
+}
+
 TEST_F(Convert, BmpText) {
     EXPECT_EQ(from_bmp("\xAC\x00\0!\xD5\x58"s), "\xB0\xA1!\xC7\xCF");
     EXPECT_EQ(from_bmp("\x7F\xFC\x80\x00"s), "|\xE9\xA5") << "both Hanja of the plane";

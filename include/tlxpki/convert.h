@@ -74,6 +74,17 @@ TLXPKI_API uint32_t cp949ToBMP(const char *text, BMP_STRING **out);
 TLXPKI_API uint32_t cp949ToUTF8(const char *text, UTF8_STRING **out);
 
 /**
+ * The characters of a string of any type, for showing it. UTF8String, NumericString, PrintableString,
+ * T61String, IA5String, VisibleString and the times are read as UTF-8, else as Korean text of code page 949
+ * with at least one character of KS X 1001; what is neither is Latin-1, but never in a UTF8String. BMPString
+ * and UniversalString are read as their units.
+ * @param string the string; stays as it is
+ * @return a new record, freed with free_UTF8_STRING(), which may be empty; null for null, another type,
+ *         contents that are no text, and when memory runs out
+ */
+TLXPKI_API UTF8_STRING *ASN1_STRING_to_UTF8_STRING(const ASN1_STRING *string);
+
+/**
  * Widens single-octet text to big-endian UCS-2, each octet to the unit of the same value, and puts two zero
  * octets after it: the form in which PKCS #12 takes passwords (RFC 7292, appendix B.1).
  * @param text characters; a zero octet is one like any other

@@ -122,7 +122,8 @@ TLXPKI_API uint32_t add_X509_NAME_child_OID(X509_NAME *name, const OBJECT_IDENTI
                                             const void *data, int32_t length, int32_t index);
 
 /**
- * Inserts an entry whose type is a row of the registry of object identifiers, for example 13 (CN) or 14 (C).
+ * Inserts an entry whose type is a row of the registry of object identifiers, for example
+ * TLX_OID_COMMON_NAME.
  * @param name      the name
  * @param oid_index the row
  * @param type,data,length,index as for add_X509_NAME_child_OID()
@@ -163,12 +164,20 @@ TLXPKI_API uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id
 
 /**
  * A name as text by RFC 4514, in UTF-8: last entry first, attribute types by their registered short names or
- * as dotted texts, values with what has to be escaped escaped.
+ * as dotted texts. A value is what ASN1_STRING_to_UTF8_STRING() makes of it, with control characters and what
+ * else has to be escaped escaped; one that is no text is "#" and the hexadecimal digits of its encoding.
  * @param name the name
  * @return a NUL-terminated text, freed with tlx_free(); null for null, entries without type or value,
- *         values that cannot be converted and when memory runs out
+ *         values that cannot be encoded and when memory runs out
  */
 TLXPKI_API char *dump_X509_NAME(const X509_NAME *name);
+
+/**
+ * One entry as text in the way of dump_X509_NAME(): "CN=HONG GIL DONG".
+ * @param child the entry
+ * @return as there
+ */
+TLXPKI_API char *dump_X509_NAME_CHILD(const X509_NAME_CHILD *child);
 
 /**
  * Decodes a Name. An empty one decodes to a name without entries.

@@ -197,9 +197,9 @@ TEST(CommandShow, ControlCharactersOfNamesDoNotReachTheTerminal) {
     std::string der = der_of(chain("user.pem"));
     der.replace(der.find("ExampleSign Class 2"), 4, "\033[2J");
     const Result text = run({"show", write_file("escape.der", der)});
-    EXPECT_TRUE(text.says("Issuer               CN=\\u{1B}[2Jple")) << text;
+    EXPECT_TRUE(text.says("Issuer               CN=\\1B[2Jple")) << text;
     EXPECT_FALSE(text.says("\033"));
-    EXPECT_EQ(show(scratch("escape.der")).at(0)["issuer"].get<std::string>().substr(0, 10), "CN=\033[2Jple");
+    EXPECT_EQ(show(scratch("escape.der")).at(0)["issuer"].get<std::string>().substr(0, 12), "CN=\\1B[2Jple");
 }
 
 TEST(CommandShow, ShowsAllBlocksOfAFile) {
