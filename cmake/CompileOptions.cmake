@@ -9,8 +9,8 @@ target_compile_options(tlx_options INTERFACE
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(TLX_SANITIZE)
-    # A converter argument is called through a pointer to void ** on purpose, which clang's "function" check
-    # (not part of gcc's set) would report.
+    # The library calls converter arguments through a pointer to void ** on purpose. Clang's "function" check (not
+    # part of gcc's set) would report that.
     target_compile_options(tlx_options INTERFACE
         -fsanitize=${TLX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
         $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
@@ -19,14 +19,14 @@ if(TLX_SANITIZE)
 else()
     target_compile_options(tlx_options INTERFACE
         $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2> -fstack-protector-strong)
-    # Named when linking too: there it brings in the checks' own library on Windows.
+    # Also when linking: it brings in the checks' own library on Windows.
     target_link_options(tlx_options INTERFACE -fstack-protector-strong)
 endif()
 if(TLX_FUZZ)
     target_compile_options(tlx_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# Inside the libraries no exception is thrown or crosses a function: allocation failures are values.
+# The libraries throw no exceptions: allocation failures are values.
 add_library(tlx_library_options INTERFACE)
 target_link_libraries(tlx_library_options INTERFACE tlx_options)
 target_compile_options(tlx_library_options INTERFACE

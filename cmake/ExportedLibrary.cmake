@@ -20,7 +20,7 @@ endfunction()
 # tlx_add_library(<name> HEADERS <public headers...> SOURCES <files...> MACRO <export macro> LINK <libraries...>)
 #
 # A shared library whose exported symbols are exactly the functions that its public headers mark with the export
-# macro: the linker's version script, or the .def file of a DLL, is written from the headers at configure time.
+# macro: CMake writes the linker's version script, or the .def file of a DLL, from the headers at configure time.
 function(tlx_add_library name)
     cmake_parse_arguments(ARG "" "MACRO" "HEADERS;SOURCES;LINK" ${ARGN})
 

@@ -16,7 +16,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tlxpkiConfig.cmake ${CMAKE_CURRENT_BIN
         DESTINATION ${package_dir})
 install(EXPORT tlxpkiTargets NAMESPACE tlxpki:: DESTINATION ${package_dir})
 
-# The .pc files find the prefix from where they stand, so that an installed tree can be moved.
+# The .pc files find the prefix from their own place, so that an installed tree can be moved.
 file(RELATIVE_PATH tlx_pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 foreach(name IN ITEMS tlxcrypto tlxpki)
     configure_file(cmake/${name}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc @ONLY)

@@ -1,5 +1,5 @@
-# Cross-building for 64-bit Windows with Debian's mingw-w64 (posix threads). The DLLs need nothing at run time but what
-# every Windows has: the compiler's own libraries are linked statically, and so is libcrypto.
+# Cross-building for 64-bit Windows with Debian's mingw-w64 (posix threads). The DLLs need only what every
+# Windows has: the build links the compiler's own libraries and libcrypto statically.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

@@ -4,7 +4,7 @@
 
 enum { DEEPEST = 32 };
 
-/* The value of an object identifier with its name, for the elements that say the most. */
+/* Prints the value of an object identifier with its name. */
 static void show_object_identifier(const ASN1_UNIT *parent, uint32_t index) {
     OBJECT_IDENTIFIER *oid = getDERChildAt(parent, index, TLX_TAG_OBJECT_IDENTIFIER);
     if (oid != NULL)
@@ -20,7 +20,7 @@ static void show_children(const ASN1_UNIT *node, int depth) {
         if (type == TLX_TAG_OBJECT_IDENTIFIER) show_object_identifier(node, i);
         printf("\n");
         if ((type & 0x20) == 0 || depth == DEEPEST) continue;
-        /* A context-specific child is taken for whatever type is expected. */
+        /* A context-specific child has any type that we ask for. */
         ASN1_UNIT *child = getDERChildAt(node, i, type == TLX_TAG_SET_OCTET ? TLX_TAG_SET : TLX_TAG_SEQUENCE);
         show_children(child, depth + 1);
         free_ASN1_UNIT(child);

@@ -10,8 +10,8 @@ static X509_CERT *read_certificate(const char *path) {
 }
 
 static uint32_t verify(const X509_CERT *root, const X509_CERT *ca, const X509_CERT *user) {
-    /* The root's name and key are trusted. Issuers are found in the pool, the first that fits: CAs come
-       before the root. Both lists keep copies. */
+    /* We trust the root's name and key. build_certPath() takes the first issuer in the pool that fits, so CAs
+       come before the root. Both lists keep copies. */
     TRUST_ANCHOR *anchor = create_TRUST_ANCHOR_from_X509_CERT(root);
     TRUST_ANCHORS *anchors = new_TRUST_ANCHORS();
     X509_CERTIFICATES *pool = new_X509_CERTIFICATES();
@@ -19,7 +19,7 @@ static uint32_t verify(const X509_CERT *root, const X509_CERT *ca, const X509_CE
     if (status == 0) status = add_X509_CERTIFICATES(pool, ca);
     if (status == 0) status = add_X509_CERTIFICATES(pool, root);
 
-    /* What is null on entry is made, and is ours to free. */
+    /* The functions make a record for each null pointer, and we free it. */
     X509_CERTIFICATES *path = NULL;
     node_LIST *policies = NULL;
     if (status == 0) status = build_certPath(pool, anchors, user, &path);

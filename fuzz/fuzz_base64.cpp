@@ -1,4 +1,4 @@
-// Base64 text of any kind. What decodes is encoded again, and has to give the text without its line ends.
+// Base64 text of any kind. Octets that decode encode to the same text without its line ends.
 #include <tlxcrypto/memory.h>
 #include <tlxpki/base64.h>
 

@@ -1,5 +1,5 @@
-// Text of any kind, taken for each character set in turn. Korean text that converts comes back from UTF-8 but
-// for the characters that UTF-8 writes in two octets.
+// Text of any kind, converted from each character set in turn. Korean text comes back from UTF-8, except the
+// characters that UTF-8 writes in two octets.
 #include <tlxcrypto/memory.h>
 #include <tlxpki/ber.h>
 #include <tlxpki/convert.h>

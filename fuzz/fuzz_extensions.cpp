@@ -1,5 +1,5 @@
-// Values of extensions, of the type that the first octet chooses. What decodes is encoded, and that decodes
-// to a record with the same encoding; so does its copy.
+// Values of extensions; the first octet chooses the type. A record that decodes, and its copy, encode to what
+// decodes to a record with the same encoding.
 #include <tlxpki.h>
 
 #include <cstddef>
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (copy == nullptr || encoding_of(type, copy) != encoding) std::abort();
     type.free(copy);
 
-    // An authority key identifier of which all children were passed over is empty, and refused as such.
+    // The decoder ignores unknown children of an authority key identifier, and then refuses an empty one.
     if (type.decode == TLX_DECODER(Seq_to_AUTHORITY_KEYID) && encoding == std::string("\x30\0", 2)) return 0;
 
     void *again = nullptr;

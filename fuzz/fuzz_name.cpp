@@ -1,4 +1,4 @@
-// Names: comparison, digest and text of what decodes.
+// Compares, digests and prints the names that decode.
 #include "reencode.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {

@@ -1,7 +1,9 @@
-// Node trees from hostile octets: every child under every expected type, written back and rebuilt.
+// Node trees from hostile octets: every child under every expected type, written back and rebuilt. Complete
+// elements also by the functions that know no length.
 #include <algorithm>
 #include <cstring>
 #include <span>
+#include <vector>
 
 #include "der/owned.hpp"
 #include "reencode.hpp"
@@ -38,7 +40,17 @@ void free_value(void *value, std::uint32_t expected) {
     }
 }
 
-/// A node is written as it was read, and read again as it was written.
+/// Without its length a complete element is read no further than it reaches, if at all.
+void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::uint32_t contents) {
+    // A block of its own, so that a read past its end is seen.
+    const std::vector<std::uint8_t> element(octets, octets + size);
+    const Node node(decodeToDERSequence(element.data()));
+    const std::uint32_t length = getASN1ValueLengthFromLO(element.data() + 1);
+    require(getASN1ValueLength(node.get()) == length);
+    require(length == contents || (element[1] == 0x80 && (length < contents || length == 0xFFFFFFFF)));
+}
+
+/// Writing a node gives the octets that were read, and reading them gives the node.
 void check_round_trip(const ASN1_UNIT *node) {
     std::uint8_t *octets = nullptr;
     const std::uint32_t size = ASN1_to_binary(node, &octets);
@@ -48,6 +60,7 @@ void check_round_trip(const ASN1_UNIT *node) {
     require(again != nullptr && getASN1ValueLength(again.get()) == getASN1ValueLength(node));
     require(std::memcmp(again->value, node->value, getASN1ValueLength(node)) == 0);
     require(decodeToDERSequence_n(octets, size - 1) == nullptr);
+    check_without_length(octets, size, getASN1ValueLength(node));
 }
 
 void check_length_forms(const ASN1_UNIT *node) {
@@ -61,7 +74,7 @@ void check_length_forms(const ASN1_UNIT *node) {
     }
 }
 
-/// A container of the children that were read has them all.
+/// A container rebuilt from the children has all of them.
 void check_appending(const ASN1_UNIT *node, std::uint32_t count) {
     const Node container(new_ASN1_UNIT());
     std::uint32_t appended = 0;
@@ -74,7 +87,7 @@ void check_appending(const ASN1_UNIT *node, std::uint32_t count) {
     if (appended > 0) require(addToDERSequence(container.get(), 16, container.get(), 0) == 0);
 }
 
-/// `budget` keeps one input from taking seconds.
+/// `budget` bounds the time that one input takes.
 void walk(const ASN1_UNIT *node, unsigned &budget) {
     if (budget == 0) return;
     --budget;

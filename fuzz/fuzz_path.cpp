@@ -1,7 +1,7 @@
 // Chains of certificates: a first octet of choices, then certificates, each after two octets of length. The
-// first is the target, the last the anchor's. A path is built over the rest, and that path and the chain as
-// it stands are validated; on demand after signing the certificates anew, so that signatures do not hide the
-// other steps.
+// first is the target, the last the anchor's. The target builds a path over the rest and validates that path
+// and the chain itself. A choice signs the certificates anew before, so that signatures do not hide the other
+// steps.
 #include <memory>
 
 #include "reencode.hpp"
@@ -163,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (status == 0) validate(path.get(), choices, settings);
     validate(chain.get(), choices, settings);
     if ((choices & large_pool) != 0 && count <= 8) {
-        // The same certificates again and again change nothing, but the pool is indexed.
+        // Repeated certificates change nothing, but make the pool large enough for an index.
         const Certificates pool(dup_X509_CERTIFICATES(chain.get()));
         for (std::uint32_t i = 0; get_X509_CERTIFICATES_count(pool.get()) < 300; ++i)
             add_X509_CERTIFICATES(

@@ -1,4 +1,4 @@
-// PEM text of any kind: its body, and the structure in it.
+// PEM text of any kind: decodes its body, and the structure in it.
 #include <tlxcrypto/memory.h>
 #include <tlxpki/asn1.h>
 #include <tlxpki/pem.h>

@@ -1,5 +1,5 @@
-// RSA key files, RSA keys and the parameters of RSA schemes from hostile octets. What decodes is written, and
-// what was written decodes to the same again.
+// RSA key files, RSA keys and the parameters of RSA schemes from hostile octets. A record that decodes is
+// written, and the written octets decode to the same record.
 #include <tlxpki.h>
 
 #include <cstdlib>
@@ -50,7 +50,7 @@ struct Codec {
         const Node again(decodeToDERSequence_n(reinterpret_cast<const std::uint8_t *>(first.data()),
                                                static_cast<std::uint32_t>(first.size())));
         const std::string second = round(again.get());
-        // Parameters without a field are written without it, and then refused.
+        // The encoder omits a missing field, and the decoder then refuses the parameters.
         require(second == first || (second.empty() && getSequenceChildNum(again.get()) != 3));
         T *none = nullptr;
         decode(node, &none);

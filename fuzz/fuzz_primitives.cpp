@@ -1,4 +1,4 @@
-// Every primitive decoder over hostile contents, and the encoders over what they gave.
+// Every primitive decoder over hostile contents, and the encoders over the results.
 #include <tlxpki.h>
 
 #include <cstdlib>
@@ -26,7 +26,7 @@ bool same(const ASN1_STRING *a, const ASN1_STRING *b) {
 
 using StringDecoder = ASN1_STRING *(*)(const std::uint8_t *);
 
-/// What a decoder gives, encoded under its type, gives the same again.
+/// A decoded value, encoded under its type, decodes to the same value.
 void check_string(StringDecoder decode, const std::uint8_t *element) {
     const String value(decode(element));
     if (value == nullptr) return;
@@ -116,7 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     check_dotted_text(text);
     check_bit_texts(text);
 
-    // The decoders know no length: they get elements that are complete, in a block of exactly their size.
+    // The decoders receive no length, so each element is complete and its block has exactly its size.
     std::uint8_t *octets = nullptr;
     {
         const Node node(decodeToDERSequence_n(data, static_cast<std::uint32_t>(size)));

@@ -1,5 +1,5 @@
-// Signature values from hostile octets, alone and as the signature of a certificate. What decodes is written,
-// and what was written decodes to the same again.
+// Signature values from hostile octets, alone and as the signature of a certificate. A value that decodes is
+// written, and the written octets decode to the same value.
 #include <tlxpki.h>
 
 #include <cstdlib>
@@ -65,7 +65,7 @@ void check(Decoder decoder, const ASN1_UNIT *node) {
     require(decode(decoder, again.get(), same) && same == value);
 }
 
-/// A certificate with the least that is encoded.
+/// A certificate with no more than the encoder requires.
 X509_CERT *make_certificate() {
     X509_CERT *cert = new_X509_CERT();
     X509_NAME *name = new_X509_NAME();
@@ -90,7 +90,7 @@ X509_CERT *make_certificate() {
     return cert;
 }
 
-/// A key without numbers: the signature is read, and then found wanting.
+/// A key without numbers: verification reads the signature and then refuses it.
 void check_certificate(const std::uint8_t *data, std::size_t size) {
     static X509_CERT *const cert = make_certificate();
     static KCDSA *const key = new_KCDSA();

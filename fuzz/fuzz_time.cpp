@@ -1,5 +1,5 @@
-// Time texts of any kind. What reads is written in each form; what was read from the written text is the same
-// time, and adding seconds and taking them off again leads back.
+// Time texts of any kind. A time that reads is written in each form, and the written text reads as the same
+// time. Adding and subtracting seconds gives the time back.
 #include <tlxpki/ber.h>
 #include <tlxpki/string.h>
 #include <tlxpki/time.h>

@@ -1,5 +1,5 @@
-// What holds of every record that decodes: it can be encoded, and what it encodes to decodes to the same
-// again; so does a copy.
+// The rule for every record that decodes: the record and its copy encode, and the encoding decodes to the
+// same record.
 #pragma once
 
 #include <tlxpki.h>
@@ -52,7 +52,7 @@ void check_reencoding(T *record, std::uint32_t (*decoder)(const ASN1_UNIT *, T *
 
 }  // namespace fuzz
 
-/// Looks at the octets as a record of the type, with `look` first when they decode.
+/// Decodes the octets as a record of the type, calls `look` and checks the rule.
 #define TLX_FUZZ_LOOK(TYPE, look)                                                              \
     if (TYPE *record = fuzz::decode(data, size, Seq_to_##TYPE); record != nullptr) {           \
         look(record);                                                                          \

@@ -1,5 +1,5 @@
 /** @file
- * libtlxcrypto, the cryptographic companion of libtlxpki: one header for all of it.
+ * libtlxcrypto, the cryptographic companion of libtlxpki: all of its interface.
  */
 #ifndef TLXCRYPTO_H
 #define TLXCRYPTO_H

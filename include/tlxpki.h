@@ -1,7 +1,7 @@
 /** @file
- * libtlxpki: one header for all of it.
+ * libtlxpki: all of its interface.
  */
-/* Before the guard: what it undefines may have come since. */
+/* Before the guard, because <windows.h> may have defined its macros since. */
 #include <tlxpki/wincrypt.h>
 
 #ifndef TLXPKI_H
@@ -27,6 +27,7 @@
 #include <tlxpki/string.h>
 #include <tlxpki/time.h>
 #include <tlxpki/types.h>
+#include <tlxpki/version.h>
 #include <tlxpki/x509.h>
 #include <tlxpki/x509_algorithm.h>
 #include <tlxpki/x509_attribute.h>

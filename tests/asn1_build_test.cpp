@@ -4,137 +4,200 @@
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
+#include "support/rows.hpp"
 
 namespace tlx_test {
 namespace {
 
-constexpr std::uint32_t kShort = TLX_FORM_SHORT;
-constexpr std::uint32_t kLong = TLX_FORM_LONG;
-constexpr std::uint32_t kIndefinite = TLX_FORM_INDEFINITE;
-
-/// A value as builders take it.
-struct Value {
-    std::uint32_t tag;
-    const void *value;
-    std::uint32_t len;
-
-    void *writable() const { return const_cast<void *>(value); }
-    std::int32_t signed_len() const { return static_cast<std::int32_t>(len); }
-};
-
-std::string repeated(const std::string &part, std::size_t count) {
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i)
-        text += part;
+/// Hexadecimal text in which a run of nine or more octets is written as "00*9".
+std::string folded(const std::string &text) {
+    std::string result;
+    for (std::size_t at = 0, count = 1; at < text.size(); at += 3 * count, count = 1) {
+        while (at + 3 * count < text.size() && text.compare(at, 2, text, at + 3 * count, 2) == 0)
+            ++count;
+        if (count < 9) count = 1;
+        result += (at > 0 ? " " : "") + text.substr(at, 2) + (count > 1 ? "*" + std::to_string(count) : "");
+    }
+    return result;
+}
+/// Text in which the `unit` characters before "*9" were written once for nine times.
+std::string unfolded(std::string text, std::size_t unit) {
+    for (std::size_t star = 0; (star = text.find('*')) != text.npos;) {
+        std::size_t digits = 0;
+        std::string all;
+        for (int left = std::stoi(text.substr(star + 1), &digits); left > 1; --left)
+            all += text.substr(star - unit, unit);
+        text.replace(star, 1 + digits, all);
+    }
     return text;
 }
 
-/// What values point to.
-const std::uint8_t kOne = 0x01;
-const Number kNumber = number_of("FF");
-const String kOctets = string_of(4, hex("AB CD"));
-const String kBits = string_of(3, hex("A0 C0"), 5);
-const String kOid = string_of(6, "1.2.840");
-const String kText = string_of(12, "A");
-const String kText200 = string_of(4, std::string(200, 'x'));
-const String kLongOid = string_of(6, "1.2" + repeated(".3", 100));
-const Node kNode = node_of("30 80 05 00 00 00");
+bool takes_node(std::uint32_t tag) {
+    return tag == 16 || tag == 17 || tag == 33 || tag == 48 || tag == 49;
+}
+
+/// A value as a row has it: "null", "self", "empty" or octets for nodes, one octet for a BOOLEAN, digits for
+/// a number, "type:text" for a string.
+struct Value {
+    Value(std::uint32_t tag, const std::string &text, ASN1_UNIT *self = nullptr) {
+        if (text == "null") return;
+        if (text == "self") {
+            pointer = self;
+        } else if (takes_node(tag)) {
+            node = text == "empty" ? new_node() : node_of(unfolded(text, 2));
+            pointer = tag == 33 ? node.release() : node.get();  // an append frees the one
+        } else if (tag == 1) {
+            pointer = &(octet = hex(text)[0]);
+        } else if (tag == 2 || tag == 10) {
+            number = number_of(text.c_str());
+            pointer = number.get();
+        } else {
+            const std::size_t colon = text.find(':');
+            const int type = std::stoi(text, nullptr, 0);
+            string = string_of(type, unfolded(text.substr(colon + 1), 1), type == 3 ? 5 : 0);
+            pointer = string.get();
+        }
+    }
+    Node node;
+    String string;
+    Number number;
+    std::uint8_t octet = 0;
+    void *pointer = nullptr;
+};
+
+/// The node, or "refused" for the status of that; the node is empty then.
+std::string outcome(const ASN1_UNIT *node, std::uint32_t status, std::uint32_t code) {
+    if (status == 0) return folded(hex_of(node));
+    EXPECT_TRUE(node == nullptr || node->tag == nullptr);
+    return status == code ? "refused" : status_text(status);
+}
+
+std::string encode(const Row &row) {
+    const std::uint32_t tag = row.number(1), form = row.number(4);
+    const auto len = static_cast<std::int32_t>(row.number(3));
+    Value value(tag, row[2]);
+    // What the node held before is gone in either case.
+    const Node node = node_of("30 80 02 01 05 00 00");
+    const std::string result =
+        outcome(node.get(), encodeToBER(node.get(), tag, value.pointer, len, form), 0x42090101);
+    const Node other = new_node();
+    EXPECT_EQ(outcome(other.get(), encodeToBER_CS(other.get(), 2, tag, value.pointer, len, form), 0x420A0101),
+              result == "refused" ? result : "82" + result.substr(2));
+    EXPECT_EQ(node->eoc, nullptr);
+    if (tag == 33) free_ASN1_UNIT(static_cast<ASN1_UNIT *>(value.pointer));
+    return result;
+}
+
+std::string encode_in_der(const Row &row) {
+    const std::uint32_t tag = row.number(1);
+    const auto len = static_cast<std::int32_t>(row.number(3));
+    const Node node = new_node();
+    Value value(tag, row[2]), same(tag, row[2]);
+    const std::string result =
+        outcome(node.get(), encodeToDER(node.get(), tag, value.pointer, len), 0x43020101);
+    EXPECT_EQ(outcome(node.get(), encodeToDER_CS(node.get(), 0, tag, same.pointer, len), 0x43030101),
+              result == "refused" ? result : "80" + result.substr(2));
+    return result;
+}
+
+std::string check(const Row &row) {
+    const std::uint32_t tag = row.number(1);
+    Value value(tag, row[2]);
+    auto len = value.string != nullptr ? static_cast<std::uint32_t>(value.string->length) : 1;
+    const std::uint32_t status = checkDER(tag, value.pointer, &len);
+    EXPECT_EQ(len, value.string != nullptr ? static_cast<std::uint32_t>(value.string->length) : 1);
+    if (status != 0) return status_text(status);
+    if (value.pointer == nullptr) return "null";
+    return tag == 1 ? hex_of(&value.octet, 1) : reinterpret_cast<const char *>(value.string->data);
+}
+
+/// An append operation in both layers: the codes it fails with, the identifier of its containers, and that of
+/// the empty list it makes.
+struct Append {
+    const char *names;  // that rows use for it
+    std::uint32_t (*ber)(ASN1_UNIT *, std::uint32_t, const void *, std::uint32_t, std::int32_t);
+    std::uint32_t ber_code;
+    std::uint32_t (*der)(ASN1_UNIT *, std::uint32_t, void *, std::uint32_t);
+    std::uint32_t der_code;
+    std::uint8_t identifier, empty_list = 0;
+};
+constexpr auto kBerExplicit = [](ASN1_UNIT *seq, std::uint32_t tag, const void *value, std::uint32_t len,
+                                 std::int32_t form) {
+    return addToBERSequence_CS(seq, 1, tag, value, len, form);
+};
+constexpr auto kDerExplicit = [](ASN1_UNIT *seq, std::uint32_t tag, void *value, std::uint32_t len) {
+    return addToDERSequence_CS(seq, 1, tag, value, len);
+};
+const Append kAppends[] = {
+    {"all, nodes, sequences", addToBERSequence, 0x420B0101, addToDERSequence, 0x43040101, 0x30},
+    {"all, nodes, sequences, lists", addToBERSequenceOf, 0x420C0101, addToDERSequenceOf, 0x43050101, 0x30,
+     0x10},
+    {"all, nodes", addToBERSet, 0x420D0101, addToDERSet, 0x43060101, 0x31},
+    {"all, nodes, lists", addToBERSetOf, 0x420E0101, addToDERSetOf, 0x43070101, 0x31, 0x11},
+    {"all, nodes", kBerExplicit, 0x420F0101, kDerExplicit, 0x43080101, 0xA1},
+    {"all, octet segments", addToBERStringSequence, 0x42110101, nullptr, 0, 0x24},
+    {"bit segments", addToBERStringSequence, 0x42110101, nullptr, 0, 0x23},
+};
+
+Node container(const std::string &text, std::uint8_t identifier) {
+    if (text == "none") return nullptr;
+    if (text == "empty") return new_node();
+    Node node = node_of(hex_of(&identifier, 1) + (text == "broken" ? "00" : unfolded(text, 2)));
+    if (text == "broken") *node->length = 0xFF;  // a length that is refused
+    return node;
+}
+
+std::string append(const Row &row) {
+    const std::uint32_t tag = row.number(4), len = row.number(6);
+    const std::string &expected = row.fields.back();
+    unsigned operations = 0;
+    for (const Append &each : kAppends) {
+        if (std::string(each.names).find(row[1]) == std::string::npos) continue;
+        for (const bool in_der : {false, true}) {
+            if (in_der ? each.der == nullptr || (row[2] != "0" && row[2] != "DER") : row[2] == "DER")
+                continue;
+            ++operations;
+            const Node seq = container(row[3], each.identifier);
+            Value value(tag, row[5], seq.get());
+            const std::uint32_t status = in_der ? each.der(seq.get(), tag, value.pointer, len)
+                                                : each.ber(seq.get(), tag, value.pointer, len,
+                                                           static_cast<std::int32_t>(row.number(2)));
+            const std::string result = outcome(seq.get(), status, in_der ? each.der_code : each.ber_code);
+            if (result == "refused" && result == expected) continue;
+            EXPECT_EQ(result,
+                      hex_of(expected == "00" ? &each.empty_list : &each.identifier, 1) + " " + expected)
+                << std::hex << each.ber_code << (in_der ? " in DER" : "");
+            EXPECT_EQ(seq != nullptr ? seq->eoc : nullptr, nullptr);
+        }
+    }
+    return operations > 0 ? expected : "no operation";
+}
 
 class Build : public ::testing::Test {
     LeakCheck leaks_;
 };
 
-TEST_F(Build, EncodesUniversalTypes) {
-    const auto check = [](const Value &v, std::uint32_t form, const std::string &result) {
-        SCOPED_TRACE(testing::Message() << "tag " << v.tag << " len " << v.len << " form " << form);
-        const bool ok = result != "empty";
-        // What the node held before is gone in either case.
-        const Node node = node_of("30 80 02 01 05 00 00");
-        EXPECT_EQ(encodeToBER(node.get(), v.tag, v.value, v.signed_len(), form), ok ? 0 : 0x42090101U);
-        EXPECT_EQ(hex_of(node.get()), result);
-        EXPECT_EQ(encodeToBER_CS(node.get(), 2, v.tag, v.value, v.signed_len(), form), ok ? 0 : 0x420A0101U);
-        EXPECT_EQ(hex_of(node.get()), ok ? "82" + result.substr(2) : "empty");
-        EXPECT_EQ(node->eoc, nullptr);
-    };
-    check({1, &kOne, 1}, kLong, "01 81 01 01");
-    check({2, kNumber.get(), 2}, kShort, "02 02 00 FF");
-    check({3, kBits.get(), 1}, kShort, "03 02 05 A0");
-    check({4, kOctets.get(), 0}, kShort, "04 00");
-    check({5, nullptr, 0}, kLong, "05 81 00");
-    check({6, kOid.get(), 7}, kShort, "06 03 2A 86 48");
-    check({23, kText.get(), 1}, kShort, "17 01 41");
-    check({32, kText.get(), 0}, kShort, "0C 01 41");
-    check({19, kText200.get(), 127}, kShort, "13 7F" + repeated(" 78", 127));
-    check({4, kText200.get(), 200}, kLong, "04 81 C8" + repeated(" 78", 200));
-    check({4, kOctets.get(), 0xFFFFFFFF}, kLong, "empty");
-    check({4, kOctets.get(), 2}, kIndefinite, "empty");
-    check({4, kOctets.get(), 2}, 3, "empty");
-    // More than a length of one octet holds (of an identifier the text counts) or the value has; values and
-    // types that there are not.
-    const Value refused[] = {
-        {4, kText200.get(), 128}, {3, kText200.get(), 127}, {6, kLongOid.get(), 128},  {4, kOctets.get(), 3},
-        {4, nullptr, 0},          {32, nullptr, 0},         {16, kNode.get(), 0},      {33, kNode.get(), 0},
-        {26, kOctets.get(), 2},   {0, kOctets.get(), 2},    {0x104, kOctets.get(), 2},
-    };
-    for (const Value &value : refused)
-        check(value, kShort, "empty");
-    EXPECT_EQ(encodeToBER(nullptr, 5, nullptr, 0, 0), 0x42090101U);
-    EXPECT_EQ(encodeToBER_CS(nullptr, 0, 5, nullptr, 0, 0), 0x420A0101U);
-    EXPECT_EQ(encodeToBER_CS(new_node().get(), 0x100, 5, nullptr, 0, 0), 0x420A0101U);
+TEST_F(Build, Rows) {
+    expect_rows(
+        "build.txt",
+        {{"encode", {encode}}, {"encode in DER", {encode_in_der}}, {"check", {check}}, {"append", {append}}});
 }
 
-TEST_F(Build, EncodesAnyStringByItsType) {
-    struct Case {
-        std::int32_t type;
-        const char *data;
-        std::uint32_t form;
-        std::string encoded, appended;
-    };
-    const Case cases[] = {
-        {2, "00 00 7F", kShort, "02 01 7F", "30 03 02 01 7F"},
-        {2, "00 00", kShort, "02 01 00", "30 03 02 01 00"},
-        {2, "", kShort, "02 01 00", "30 03 02 01 00"},
-        {10, "80", kShort, "0A 02 00 80", "30 04 0A 02 00 80"},  // a number without a sign
-        {1, "01", kShort, "01 01 01", "30 03 01 01 01"},
-        {6, "31 2E 32", kShort, "06 01 2A", "30 03 06 01 2A"},
-        {22, "41", kLong, "16 81 01 41", "30 04 16 81 01 41"},
-        // Only appends wrap the octets of a SEQUENCE or SET, and take complete elements.
-        {16, "05 00", kShort, "empty", "30 04 30 02 05 00"},
-        {48, "05 00", kLong, "empty", "30 05 30 81 02 05 00"},
-        {49, "05 00", kIndefinite, "empty", "30 06 31 80 05 00 00 00"},
-        {0xA0, "A0 02 05 00", kShort, "empty", "30 04 A0 02 05 00"},
-        {0x80, "80 80 04 00 00 00", kShort, "empty", "30 06 80 80 04 00 00 00"},
-        {0xA0, "A1 02 05 00", kShort, "empty", "empty"},
-        {0xA0, "A0 02 05 00 00", kShort, "empty", "empty"},
-        {12, "41", kIndefinite, "empty", "empty"},
-        {26, "41", kShort, "empty", "empty"},
-        {-1, "41", kShort, "empty", "empty"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(testing::Message() << "type " << c.type << ": " << c.data);
-        const String string = string_of(c.type, hex(c.data));
-        const Node node = new_node();
-        const Node seq = new_node();
-        EXPECT_EQ(encodeToBER(node.get(), 32, string.get(), 0, c.form),
-                  c.encoded != "empty" ? 0 : 0x42090101U);
-        EXPECT_EQ(hex_of(node.get()), c.encoded);
-        EXPECT_EQ(addToBERSequence(seq.get(), 32, string.get(), 0, static_cast<std::int32_t>(c.form)),
-                  c.appended != "empty" ? 0 : 0x420B0101U);
-        EXPECT_EQ(hex_of(seq.get()), c.appended);
-    }
-}
-
-TEST_F(Build, AppendsToContainers) {
-    // A container of indefinite length becomes definite; its end-of-contents octets go.
+TEST_F(Build, Identifiers) {
     const Node seq = node_of("30 80 02 01 05 00 00");
-    EXPECT_EQ(addToBERSequence(seq.get(), 16, kNode.get(), 0, 99), 0U);  // the form is not for nodes
-    EXPECT_EQ(hex_of(seq.get()), "30 09 02 01 05 30 80 05 00 00 00");
-    EXPECT_EQ(seq->eoc, nullptr);
     EXPECT_EQ(addToBERSequence_CS(seq.get(), 3, 5, nullptr, 0, 1), 0U);
     EXPECT_EQ(addToBERSequence(seq.get(), 5, nullptr, 0, 0), 0U);
-    EXPECT_EQ(hex_of(seq.get()), "A3 0E 02 01 05 30 80 05 00 00 00 05 81 00 05 00") << "keeps its identifier";
+    EXPECT_EQ(hex_of(seq.get()), "A3 08 02 01 05 05 81 00 05 00") << "keeps its identifier";
     EXPECT_EQ(addToBERSet(seq.get(), 5, nullptr, 0, 0), 0U);
     EXPECT_EQ(*seq->tag, 0x31);
+
+    EXPECT_EQ(encodeToBER(nullptr, 5, nullptr, 0, 0), 0x42090101U);
+    EXPECT_EQ(encodeToBER_CS(nullptr, 0, 5, nullptr, 0, 0), 0x420A0101U);
+    EXPECT_EQ(encodeToBER_CS(seq.get(), 0x100, 5, nullptr, 0, 0), 0x420A0101U);
+    EXPECT_EQ(encodeToDER_CS(seq.get(), 0x100, 5, nullptr, 0), 0x43030101U);
+    EXPECT_EQ(addToBERSequence_CS(seq.get(), 0x100, 5, nullptr, 0, 0), 0x420F0101U);
+    EXPECT_EQ(addToDERSequence_CS(seq.get(), 0x100, 5, nullptr, 0), 0x43080101U);
+    EXPECT_EQ(hex_of(seq.get()), "empty");
 }
 
 TEST_F(Build, LengthOctetsGrowWithTheContents) {
@@ -149,198 +212,23 @@ TEST_F(Build, LengthOctetsGrowWithTheContents) {
     EXPECT_EQ(getSequenceChildNum(seq.get()), std::size(steps));
 }
 
-TEST_F(Build, AppendsANodeToItself) {
-    for (const std::uint32_t tag : {16U, 17U, 48U, 49U}) {
-        const Node seq = node_of("30 80 02 01 05 00 00");
-        EXPECT_EQ(addToBERSequence(seq.get(), tag, seq.get(), 0, 0), 0U);
-        EXPECT_EQ(hex_of(seq.get()), "30 0A 02 01 05 30 80 02 01 05 00 00");
-    }
-    const Node taken_over = node_of("30 03 02 01 05");
-    EXPECT_EQ(addToBERSequence(taken_over.get(), 33, taken_over.get(), 0, 0), 0x420B0101U);
-    EXPECT_EQ(hex_of(taken_over.get()), "empty");
-}
-
-/// Each append operation under one shape: the code it fails with, the container's identifier, and that of
-/// the empty list it makes.
-struct Append {
-    std::uint32_t (*call)(ASN1_UNIT *seq, Value v);
-    std::uint32_t code;
-    std::uint8_t identifier, empty_list = 0;
-};
-constexpr std::uint8_t kStrings = 0x24;
-#define BER(name) [](ASN1_UNIT *seq, Value v) { return addToBER##name(seq, v.tag, v.value, v.len, 0); }
-#define DER(name) [](ASN1_UNIT *seq, Value v) { return addToDER##name(seq, v.tag, v.writable(), v.len); }
-const Append kAppends[] = {
-    {BER(Sequence), 0x420B0101, 0x30},
-    {BER(SequenceOf), 0x420C0101, 0x30, 0x10},
-    {BER(Set), 0x420D0101, 0x31},
-    {BER(SetOf), 0x420E0101, 0x31, 0x11},
-    {[](ASN1_UNIT *seq, Value v) { return addToBERSequence_CS(seq, 1, v.tag, v.value, v.len, 0); },
-     0x420F0101, 0xA1},
-    {BER(StringSequence), 0x42110101, kStrings},
-    {DER(Sequence), 0x43040101, 0x30},
-    {DER(SequenceOf), 0x43050101, 0x30, 0x10},
-    {DER(Set), 0x43060101, 0x31},
-    {DER(SetOf), 0x43070101, 0x31, 0x11},
-    {[](ASN1_UNIT *seq, Value v) { return addToDERSequence_CS(seq, 1, v.tag, v.writable(), v.len); },
-     0x43080101, 0xA1},
-};
-
-TEST_F(Build, EveryAppendWorksAndFailsWithItsOwnCode) {
-    const Node empty = new_node();
-    const Value bad[] = {
-        {1, nullptr, 1},      {23, nullptr, 11},     {4, nullptr, 1},       {16, nullptr, 0},
-        {33, nullptr, 1},     {7, kOctets.get(), 1}, {4, kOctets.get(), 3}, {4, kOctets.get(), 0x80000000},
-        {16, empty.get(), 0},
-    };
-    for (const Append &append : kAppends) {
-        SCOPED_TRACE(append.code);
-        const Node seq = new_node();
-        EXPECT_EQ(append.call(seq.get(), {4, kOctets.get(), 2}), 0U);
-        EXPECT_EQ(append.call(seq.get(), {4, kOctets.get(), 2}), 0U);
-        EXPECT_EQ(hex_of(seq.get()), hex_of(&append.identifier, 1) + " 08 04 02 AB CD 04 02 AB CD");
-        EXPECT_EQ(append.call(nullptr, {4, kOctets.get(), 2}), append.code);
-        for (const Value &value : bad) {
-            const Node filled = node_of("30 03 02 01 05");
-            EXPECT_EQ(append.call(filled.get(), value), append.code) << "tag " << value.tag;
-            EXPECT_EQ(hex_of(filled.get()), "empty") << "tag " << value.tag;
-        }
-    }
-    EXPECT_EQ(addToBERSequence_CS(new_node().get(), 0x100, 5, nullptr, 0, 0), 0x420F0101U);
-    EXPECT_EQ(addToDERSequence_CS(new_node().get(), 0x100, 5, nullptr, 0), 0x43080101U);
-}
-
-TEST_F(Build, OwnershipOfNodes) {
-    const auto broken = [] {
-        Node node = node_of("30 00");
-        *node->length = 0x85;  // a length that is refused
-        return node;
-    };
-    const Node child = node_of("04 01 AA");
-    for (const Append &append : kAppends) {
-        SCOPED_TRACE(append.code);
-        const std::uint32_t done = append.identifier == kStrings ? append.code : 0;
-        const Node seq = new_node();
-        for (const std::uint32_t tag : {16U, 17U, 48U, 49U}) {
-            EXPECT_EQ(append.call(seq.get(), {tag, child.get(), 0}), done);
-            EXPECT_EQ(append.call(nullptr, {tag, child.get(), 0}), append.code);
-            EXPECT_EQ(append.call(broken().get(), {tag, child.get(), 0}), append.code);
-        }
-        // With tag 33 the append frees the child, which LeakCheck and AddressSanitizer see.
-        EXPECT_EQ(append.call(seq.get(), {33, dup_ASN1_UNIT(child.get()), 1}), done);
-        EXPECT_EQ(append.call(nullptr, {33, dup_ASN1_UNIT(child.get()), 1}), append.code);
-        EXPECT_EQ(append.call(nullptr, {33, dup_ASN1_UNIT(child.get()), 0}), append.code);
-        EXPECT_EQ(append.call(broken().get(), {33, dup_ASN1_UNIT(child.get()), 1}), append.code);
-    }
-    EXPECT_EQ(hex_of(child.get()), "04 01 AA") << "still the caller's";
-}
-
-TEST_F(Build, EmptyLists) {
-    for (const Append &append : kAppends) {
-        if (append.empty_list == 0) continue;
-        const Value empties[] = {
-            {2, nullptr, 0},
-            {1, nullptr, 0},
-            {5, nullptr, 0},
-            {4, kOctets.get(), 0},
-            {33, node_of("04 00").release(), 0}};  // a node with tag 33 is appended only with a len
-        for (const Value &value : empties) {
-            const Node node = node_of("30 03 02 01 05");  // what was there is lost
-            EXPECT_EQ(append.call(node.get(), value), 0U);
-            EXPECT_EQ(hex_of(node.get()), hex_of(&append.empty_list, 1) + " 00") << "tag " << value.tag;
-        }
-        const Node list = new_node();
-        EXPECT_EQ(append.call(list.get(), {16, kNode.get(), 0}), 0U);
-        EXPECT_EQ(hex_of(list.get()), hex_of(&append.identifier, 1) + " 06 30 80 05 00 00 00");
-    }
-}
-
-TEST_F(Build, AppendsStringSegments) {
-    const auto appended = [](const char *before, std::uint32_t tag, const String &value) {
-        const Node seq = node_of(before);
-        const std::uint32_t status = addToBERStringSequence(seq.get(), tag, value.get(), 2, 0);
-        EXPECT_EQ(status, seq->tag == nullptr ? 0x42110101 : 0U);
-        return hex_of(seq.get());
-    };
-    EXPECT_EQ(appended("24 03 04 01 AA", 4, kOctets), "24 07 04 01 AA 04 02 AB CD");
-    EXPECT_EQ(appended("23 04 03 02 00 AA", 3, kBits), "23 09 03 02 00 AA 03 03 05 A0 C0");
-    EXPECT_EQ(appended("24 03 04 01 AA", 12, kOctets), "empty");
-    EXPECT_EQ(appended("30 00", 16, kOctets), "empty");
-    // Only the last segment may end within an octet.
-    for (const char *before : {"23 04 03 02 05 A0", "23 02 03 00", "23 03 03 02 00", "23 03 04 01 00"})
-        EXPECT_EQ(appended(before, 3, kBits), "empty") << before;
-}
-
-TEST_F(Build, CheckDerRewritesTheValue) {
-    // The offset goes, the digits stay. Times without seconds are refused.
-    const std::pair<const char *, const char *> times[] = {
-        {"250102030405Z", "250102030405Z"},
-        {"250102030405+0900", "250102030405Z"},
-        {"250102030405-0900", "250102030405Z"},
-        {"2501020304Z", nullptr},
-        {"2501020304+0900", nullptr},
-        {"251302030405+0900", nullptr},
-        {"garbage of another length", "garbage of another length"}};
-    for (const auto &[text, after] : times) {
-        const String time = string_of(23, text);
-        auto len = static_cast<std::uint32_t>(time->length);
-        EXPECT_EQ(checkDER(23, time.get(), &len), after != nullptr ? 0 : 0x43010101U) << text;
-        EXPECT_EQ(std::string(reinterpret_cast<const char *>(time->data), len),
-                  after != nullptr ? after : text);
-        EXPECT_EQ(time->length, static_cast<std::int32_t>(len));
-    }
-    std::uint32_t len = 1;
-    for (const int value : {0x00, 0x01, 0x80, 0xFF}) {
-        auto octet = static_cast<std::uint8_t>(value);
-        EXPECT_EQ(checkDER(1, &octet, &len), 0U);
-        EXPECT_EQ(octet, value == 0 ? 0x00 : 0xFF);
-    }
-    EXPECT_EQ(checkDER(1, nullptr, &len), 0x43010101U);
-    EXPECT_EQ(checkDER(23, nullptr, &len), 0x43010101U);
-    EXPECT_EQ(checkDER(24, nullptr, &len), 0U);
-    EXPECT_EQ(checkDER(32, nullptr, nullptr), 0U);
-}
-
-TEST_F(Build, DerHasTheCanonicalFormAndShortestLength) {
-    const String minutes = string_of(23, "2501020304+0900");
-    const String offset = string_of(23, "250102030405+0900");
-    const String number = string_of(2, hex("80" + repeated("00", 126)));
-    std::uint8_t yes = 0x01;
-    const std::pair<Value, std::string> cases[] = {
-        {{1, &yes, 1}, "01 01 FF"},
-        {{23, minutes.get(), 15}, "empty"},
-        {{23, offset.get(), 17}, "17 0D 32 35 30 31 30 32 30 33 30 34 30 35 5A"},
-        {{3, kText200.get(), 126}, "03 7F 00" + repeated(" 78", 126)},
-        // The length form follows the contents, not the text or record that they come from.
-        {{3, kText200.get(), 127}, "03 81 80 00" + repeated(" 78", 127)},
-        {{6, kLongOid.get(), 203}, "06 65 2A" + repeated(" 03", 100)},
-        {{32, number.get(), 127}, "02 81 80 00 80" + repeated(" 00", 126)},
-        // Times inside a record of any type pass as they are.
-        {{32, minutes.get(), 15}, "17 0F 32 35 30 31 30 32 30 33 30 34 2B 30 39 30 30"},
-    };
+/// A caller's value is rewritten in its canonical form. In a record of any type it is left alone.
+TEST_F(Build, CanonicalValuesAreTheCallers) {
     const Node node = new_node();
-    for (const auto &[v, result] : cases) {
-        SCOPED_TRACE(testing::Message() << "tag " << v.tag << " len " << v.len);
-        EXPECT_EQ(encodeToDER(node.get(), v.tag, v.writable(), v.signed_len()),
-                  result == "empty" ? 0x43020101 : 0U);
-        EXPECT_EQ(hex_of(node.get()), result);
-        if (v.tag == 23) continue;  // rewritten by now
-        EXPECT_EQ(encodeToDER_CS(node.get(), 0, v.tag, v.writable(), v.signed_len()), 0U);
-        EXPECT_EQ(hex_of(node.get()), "80" + result.substr(2));
-    }
-    EXPECT_EQ(yes, 0xFF) << "the caller's value is rewritten";
-    EXPECT_EQ(text_of(offset.get()).substr(0, 15), "type 23 extra 1");
-
-    EXPECT_EQ(encodeToDER(node.get(), 1, nullptr, 1), 0x43020101U);
-    EXPECT_EQ(encodeToDER_CS(node.get(), 0x100, 5, nullptr, 0), 0x43030101U);
-    EXPECT_EQ(addToDERSequence(node.get(), 23, minutes.get(), 15), 0x43040101U);
+    Value octet(1, "01"), offset(23, "23:250102030405+0900"), any(32, "23:250102030405+0900");
+    EXPECT_EQ(encodeToDER(node.get(), 1, octet.pointer, 1), 0U);
+    EXPECT_EQ(octet.octet, 0xFF);
+    EXPECT_EQ(encodeToDER(node.get(), 23, offset.pointer, 17), 0U);
+    EXPECT_EQ(text_of(offset.string.get()).substr(0, 15), "type 23 extra 1");
+    EXPECT_EQ(encodeToDER(node.get(), 32, any.pointer, 17), 0U);
+    EXPECT_EQ(any.string->length, 17);
 }
 
+/// Each operation gives its code and leaves the node empty. The node grows past one length octet.
 TEST_F(Build, FailingAllocations) {
-    // Each gives the code and leaves the node empty. The node grows past one length octet.
-    const auto sweep = [](auto call, std::uint32_t code) {
+    const auto sweep = [](const auto &call, std::uint32_t code) {
         const auto run = [&] {
-            const Node node = node_of("30 7F 04 7D" + repeated("78", 125));
+            const Node node = node_of("30 7F 04 7D" + unfolded("78*125", 2));
             if (node == nullptr) return false;
             const std::uint32_t status = call(node.get());
             EXPECT_EQ(status, node->tag == nullptr ? code : 0);
@@ -348,24 +236,29 @@ TEST_F(Build, FailingAllocations) {
         };
         EXPECT_GT(sweep_failing_allocations(run), 5U) << std::hex << code;
     };
-    for (const Append &append : kAppends) {
-        if (append.identifier == kStrings) continue;  // it appends as the others do
-        for (const Value &v : {Value{4, kOctets.get(), 2}, {16, kNode.get(), 1}, {2, kNumber.get(), 0}}) {
-            if (v.len == 0 && append.empty_list == 0) continue;
-            sweep([&](ASN1_UNIT *seq) { return append.call(seq, v); }, append.code);
+    for (const auto &[tag, text, len] : {std::tuple(4U, "4:AB", 2U),
+                                         {16U, "05 00", 1U},
+                                         {2U, "FF", 2U},
+                                         {6U, "6:1.2.840", 7U},
+                                         {2U, "FF", 0U}}) {
+        Value value(tag, text);
+        for (const Append &each : kAppends) {
+            if (each.der == nullptr || (len == 0 && each.empty_list == 0)) continue;
+            sweep([&](ASN1_UNIT *seq) { return each.ber(seq, tag, value.pointer, len, 0); }, each.ber_code);
+            sweep([&](ASN1_UNIT *seq) { return each.der(seq, tag, value.pointer, len); }, each.der_code);
         }
+        const auto size = static_cast<std::int32_t>(len);
+        if (tag == 16 || len == 0) continue;
+        sweep([&](ASN1_UNIT *to) { return encodeToDER(to, tag, value.pointer, size); }, 0x43020101);
     }
-    for (const Value &v : {Value{2, kNumber.get(), 2}, {4, kOctets.get(), 2}, {6, kOid.get(), 7}})
-        sweep([&](ASN1_UNIT *to) { return encodeToDER(to, v.tag, v.writable(), v.signed_len()); },
-              0x43020101);
-    const String time = string_of(23, "250102030405+0900");
-    EXPECT_EQ(sweep_failing_allocations([&] {
-                  std::uint32_t len = 17;
-                  const std::uint32_t status = checkDER(23, time.get(), &len);
-                  EXPECT_EQ(status, time->length == 17 ? 0x43010101 : 0U);
-                  return status == 0;
-              }),
-              3U);
+    Value time(23, "23:250102030405+0900");
+    const auto check_time = [&] {
+        std::uint32_t len = 17;
+        const std::uint32_t status = checkDER(23, time.pointer, &len);
+        EXPECT_EQ(status, time.string->length == 17 ? 0x43010101 : 0U);
+        return status == 0;
+    };
+    EXPECT_EQ(sweep_failing_allocations(check_time), 3U);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <tlxpki/ber.h>
 #include <tlxpki/curve.h>
+#include <tlxpki/version.h>
 
 #include "support/allocation.hpp"
 #include "support/strings.hpp"
@@ -12,8 +13,11 @@ class Curves : public ::testing::Test {
     LeakCheck leaks_;
 };
 
-TEST_F(Curves, Prime256v1) {
+TEST(Version, IsTheProjects) {
     EXPECT_STREQ(get_PkiVersion(), TLX_TEST_VERSION);
+}
+
+TEST_F(Curves, Prime256v1) {
     const auto hex = [](const BIGINT *number) { return take(BIGINT_to_hex(number), 64); };
     ECURVE *curve = nullptr;
     ASSERT_EQ(set_ECURVE_from_list(&curve, 415), 0U);

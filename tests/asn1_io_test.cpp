@@ -2,12 +2,13 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
-#include <set>
+#include <memory>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
 #include "support/octets.hpp"
 #include "support/openssl_peer.hpp"
+#include "support/rows.hpp"
 
 namespace tlx_test {
 namespace {
@@ -39,148 +40,128 @@ std::uint32_t SAMPLE_to_Seq(const Sample *sample, ASN1_UNIT **out) {
 const ASN1_DECODER kDecoder = TLX_DECODER(Seq_to_SAMPLE);
 const ASN1_ENCODER kEncoder = TLX_ENCODER(SAMPLE_to_Seq);
 const Sample kSample = {0x1234};
-const Sample kUnencodable = {0};
 const Octets kDer = hex("30 04 02 02 12 34");
 
-/// Reads into the caller's record; returns the status, which is 0 exactly when the record has the sample's
-/// value.
-template <typename Read>
-std::uint32_t read_with(Read read) {
+/// Reads into the caller's record, which has the sample's value afterwards exactly when the status is 0.
+template <typename... Source>
+std::string read(std::uint32_t (*reader)(void **, ASN1_DECODER, Source...), Source... source) {
     Sample sample = {1};
     void *out = &sample;
-    const std::uint32_t status = read(&out);
+    const std::uint32_t status = reader(&out, kDecoder, source...);
     EXPECT_EQ(sample.value, status == 0 ? kSample.value : 1);
     EXPECT_EQ(out, &sample);
-    return status;
+    return status_text(status);
 }
-std::uint32_t read_octets(const std::uint8_t *der, std::size_t size) {
-    return read_with([&](void **out) {
-        return readDER_from_Buffer(out, kDecoder, der, static_cast<std::uint32_t>(size));
-    });
+
+/// A block of its own, so that a read past its end is seen.
+std::string read_with_length(const Row &row) {
+    const Octets octets = hex(row[1]);
+    return read(readDER_from_Buffer, octets.data(), static_cast<std::uint32_t>(octets.size()));
 }
-std::uint32_t read_file(const char *path) {
-    return read_with([&](void **out) { return readDER_from_File(out, kDecoder, path); });
+
+/// The record of a row; null for none.
+std::unique_ptr<Sample> given(const Row &row) {
+    return row[1] == "none" ? nullptr : std::make_unique<Sample>(Sample{row.number(1)});
+}
+
+std::string write(const Row &row) {
+    std::uint8_t unused = 0;
+    std::uint8_t *out = &unused;
+    const std::uint32_t size = writeDER_to_Binary(given(row).get(), kEncoder, &out);
+    EXPECT_EQ(out == &unused, size == kNone) << "unchanged on failure";
+    if (size == kNone) return status_text(size);
+    const tlx::OwnedOctets<std::uint8_t> owner(out);
+    return hex_of(out, size);
 }
 
 class Io : public ::testing::Test {
+  protected:
     LeakCheck leaks_;
+    const CommandFolder folder_;
+    const std::string path_ = folder_.path("file");
+
+    std::string file() const {
+        const std::string text = folder_.read("file");
+        return hex_of(reinterpret_cast<const std::uint8_t *>(text.data()), text.size());
+    }
 };
 
-TEST_F(Io, NodesThatAreNotWritten) {
-    std::uint8_t unused = 0;
-    std::uint8_t *out = &unused;
-    EXPECT_EQ(ASN1_to_binary(nullptr, &out), kNone);
-    EXPECT_EQ(ASN1_to_binary(new_node().get(), &out), kNone);
-    const Node broken = node_of("04 01 AA");
-    for (const std::uint8_t length : Octets{0x89, 0x80}) {  // too many octets, none at the end
-        *broken->length = length;
-        EXPECT_EQ(ASN1_to_binary(broken.get(), &out), kNone);
-    }
-    EXPECT_EQ(out, &unused) << "unchanged on failure";
-    EXPECT_EQ(ASN1_to_binary(node_of("04 00").get(), nullptr), kNone);
-}
-
-TEST_F(Io, ReadingRecords) {
-    const std::pair<const char *, std::uint32_t> cases[] = {
-        {"30 80 02 02 12 34 00 00", 0},
-        {"30 04 02 02 12 34 FF FF FF", 0},
-        {"30 00", 0x7F010104},  // the converter's status, unchanged
-        {"30 04 02 03 12 34", 0x7F010104},
-        {"30 84 FF FF FF FF", 0x4300004F},
-        {"30 85 00 00 00 00 00", 0x4300004F},
+TEST_F(Io, Rows) {
+    const auto read_without_length = [](const Row &row) {
+        const Octets octets = hex(row[1]);
+        return read(readDER_from_Binary, octets.data());
     };
-    for (const auto &[text, status] : cases) {
-        const Octets octets = hex(text);
-        EXPECT_EQ(read_octets(octets.data(), octets.size()), status) << text;
-        EXPECT_EQ(read_with([&](void **out) { return readDER_from_Binary(out, kDecoder, octets.data()); }),
-                  status)
-            << text;
-    }
-    for (std::size_t size = 1; size < kDer.size(); ++size)
-        EXPECT_EQ(read_octets(Octets(kDer.begin(), kDer.end() - static_cast<std::ptrdiff_t>(size)).data(),
-                              kDer.size() - size),
-                  0x4300004FU)
-            << size << " octets short";
-    EXPECT_EQ(read_octets(kDer.data(), 0), 0x4300004FU);
-    EXPECT_EQ(read_octets(nullptr, 6), 0x4300002BU);
-    EXPECT_EQ(readDER_from_Binary(nullptr, kDecoder, nullptr), 0x4300002BU);
-    EXPECT_EQ(readDER_from_Binary(nullptr, nullptr, kDer.data()), 0x43000049U);
-    EXPECT_EQ(readDER_from_Buffer(nullptr, nullptr, kDer.data(), 6), 0x43000049U);
-    EXPECT_EQ(readDER_from_Binary(nullptr, kDecoder, kDer.data()), 0x7F010049U);
-}
-
-TEST_F(Io, WritingRecordsAndTheirDigests) {
-    std::uint8_t unused = 0;
-    std::uint8_t *out = &unused;
-    std::uint8_t digest[TLX_DIGEST_MAX_LENGTH] = {};
-    for (const Sample *sample : {&kUnencodable, static_cast<const Sample *>(nullptr)}) {
-        EXPECT_EQ(writeDER_to_Binary(sample, kEncoder, &out), kNone);
-        EXPECT_EQ(get_ASN1_hash(sample, kEncoder, TLX_DIGEST_SHA1, digest), 0U);
-    }
-    EXPECT_EQ(writeDER_to_Binary(&kSample, nullptr, &out), kNone);
-    EXPECT_EQ(out, &unused);
-    EXPECT_EQ(writeDER_to_Binary(&kSample, kEncoder, nullptr), kNone);
-    ASSERT_EQ(writeDER_to_Binary(&kSample, kEncoder, &out), 6U);
-    EXPECT_EQ(Octets(out, out + 6), kDer);
-    tlx_free(out);
-
-    EXPECT_EQ(get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA256, digest), 32U);
-    EXPECT_EQ(Octets(digest, digest + 32), openssl::digest("SHA256", kDer));
-    EXPECT_EQ(get_ASN1_hash(&kSample, nullptr, TLX_DIGEST_SHA1, digest), 0U);
-    EXPECT_EQ(get_ASN1_hash(&kSample, kEncoder, 0xDEAD, digest), 0U);
-    EXPECT_EQ(get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA1, nullptr), 0U);
+    const auto write_file = [&](const Row &row) {
+        const std::uint32_t size = writeDER_to_FILE(given(row).get(), kEncoder, path_.c_str());
+        return size == kDer.size() ? file() : status_text(size);
+    };
+    const auto digest = [](const Row &row) {
+        std::uint8_t octets[TLX_DIGEST_MAX_LENGTH];
+        return std::to_string(get_ASN1_hash(given(row).get(), kEncoder, row.number(2), octets));
+    };
+    expect_rows("asn1_io.txt", {{"with length", {read_with_length, {"7F010104"}}},
+                                {"without length", {read_without_length, {"7F010104"}}},
+                                {"write", {write, {"FFFFFFFF"}}},
+                                {"write file", {write_file, {"00000001", "FFFFFFFF"}}},
+                                {"digest", {digest, {"0"}}}});
 }
 
 TEST_F(Io, Files) {
-    const CommandFolder folder;
-    const std::string path = folder.path("file");
-    EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, path.c_str()), 6U) << "octets written";
-    EXPECT_EQ(folder.read("file"), std::string(kDer.begin(), kDer.end()));
-    EXPECT_EQ(read_file(path.c_str()), 0U);
-    EXPECT_EQ(ASN1_to_FILE(node_of("30 00").get(), path.c_str()), 2U);
-    EXPECT_EQ(folder.read("file"), std::string("\x30\x00", 2)) << "the file is replaced";
-    EXPECT_EQ(read_file(path.c_str()), 0x7F010104U);
-    folder.write("file", "\x30\x80\x02");
-    EXPECT_EQ(read_file(path.c_str()), 0x4300004FU);
-
-    const std::string nowhere = folder.path("no such folder/file");
-    for (const char *bad : {nowhere.c_str(), static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(read_file(bad), 0x4300002BU);
-        EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, bad), kNone);
-        EXPECT_EQ(ASN1_to_FILE(node_of("04 00").get(), bad), kNone);
+    for (const Row &row : read_rows("asn1_io.txt")) {
+        if (row[0] != "with length") continue;
+        const Octets octets = hex(row[1]);
+        folder_.write("file", std::string(octets.begin(), octets.end()));
+        EXPECT_EQ(read(readDER_from_File, path_.c_str()), row[2]) << row.place;
     }
-    EXPECT_EQ(writeDER_to_FILE(&kUnencodable, kEncoder, path.c_str()), 1U);
-    EXPECT_EQ(writeDER_to_FILE(&kSample, nullptr, path.c_str()), 1U);
-    EXPECT_EQ(ASN1_to_FILE(new_node().get(), path.c_str()), kNone);
+    const Node node = node_of("30 00");
+    EXPECT_EQ(ASN1_to_FILE(node.get(), path_.c_str()), 2U);
+    EXPECT_EQ(file(), "30 00") << "the file is replaced";
+    const std::string nowhere = folder_.path("no such folder/file");
+    for (const char *bad : {nowhere.c_str(), static_cast<const char *>(nullptr)}) {
+        EXPECT_EQ(read(readDER_from_File, bad), "4300002B");
+        EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, bad), kNone);
+        EXPECT_EQ(ASN1_to_FILE(node.get(), bad), kNone);
+    }
+    EXPECT_EQ(ASN1_to_FILE(new_node().get(), path_.c_str()), kNone);
 #ifdef __linux__
-    EXPECT_EQ(ASN1_to_FILE(node_of("04 00").get(), "/dev/full"), kNone) << "not all octets are written";
+    EXPECT_EQ(ASN1_to_FILE(node.get(), "/dev/full"), kNone) << "not all octets are written";
 #endif
+    EXPECT_EQ(writeDER_to_FILE(&kSample, kEncoder, path_.c_str()), kDer.size());
+    const auto read_sample = [&] {
+        const std::string status = read(readDER_from_File, path_.c_str());
+        EXPECT_TRUE(status == "00000000" || status == "4300002B" || status == "7F010104") << status;
+        return status == "00000000";
+    };
+    EXPECT_GT(sweep_failing_allocations(read_sample), 1U);
 }
 
-TEST_F(Io, FailingAllocations) {
-    const CommandFolder folder;
-    const std::string path = folder.path("file");
-    std::uint8_t digest[TLX_DIGEST_MAX_LENGTH];
-    // `call` ends with `done`, or with one of `failures`.
-    const auto sweep = [](auto call, std::uint32_t done, const std::set<std::uint32_t> &failures) {
-        const auto run = [&] {
-            const std::uint32_t status = call();
-            EXPECT_TRUE(status == done || failures.contains(status)) << std::hex << status;
-            return status == done;
-        };
-        EXPECT_GT(sweep_failing_allocations(run), 1U);
-    };
-    const auto write = [] {
-        std::uint8_t *out = nullptr;
-        const std::uint32_t size = writeDER_to_Binary(&kSample, kEncoder, &out);
-        EXPECT_EQ(out != nullptr, size == 6);
-        tlx_free(out);
-        return size;
-    };
-    sweep(write, 6, {kNone});
-    sweep([&] { return writeDER_to_FILE(&kSample, kEncoder, path.c_str()); }, 6, {1, kNone});
-    sweep([&] { return read_file(path.c_str()); }, 0, {0x4300002B, 0x4300004F, 0x7F010104});
-    sweep([&] { return get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA256, digest); }, 32, {0});
+TEST_F(Io, NullsAndBrokenNodes) {
+    std::uint8_t unused = 0;
+    std::uint8_t *out = &unused;
+    const Node broken = node_of("04 01 AA");
+    for (const std::uint8_t length : Octets{0xFF, 0x80}) {  // too many octets, none at the end
+        *broken->length = length;
+        EXPECT_EQ(ASN1_to_binary(broken.get(), &out), kNone);
+    }
+    EXPECT_EQ(ASN1_to_binary(nullptr, &out), kNone);
+    EXPECT_EQ(ASN1_to_binary(new_node().get(), &out), kNone);
+    EXPECT_EQ(ASN1_to_binary(node_of("04 00").get(), nullptr), kNone);
+    EXPECT_EQ(writeDER_to_Binary(&kSample, nullptr, &out), kNone);
+    EXPECT_EQ(writeDER_to_Binary(&kSample, kEncoder, nullptr), kNone);
+    EXPECT_EQ(writeDER_to_FILE(&kSample, nullptr, path_.c_str()), 1U);
+    EXPECT_EQ(out, &unused) << "unchanged on failure";
+    EXPECT_EQ(readDER_from_Buffer(nullptr, kDecoder, nullptr, 6), 0x4300002BU);
+    EXPECT_EQ(readDER_from_Buffer(nullptr, nullptr, kDer.data(), 6), 0x43000049U);
+    EXPECT_EQ(readDER_from_Buffer(nullptr, kDecoder, kDer.data(), 0), 0x4300004FU);
+    EXPECT_EQ(readDER_from_Binary(nullptr, kDecoder, nullptr), 0x4300002BU);
+    EXPECT_EQ(readDER_from_Binary(nullptr, nullptr, kDer.data()), 0x43000049U);
+    EXPECT_EQ(readDER_from_Binary(nullptr, kDecoder, kDer.data()), 0x7F010049U);
+
+    std::uint8_t digest[TLX_DIGEST_MAX_LENGTH] = {};
+    EXPECT_EQ(get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA256, digest), 32U);
+    EXPECT_EQ(Octets(digest, digest + 32), openssl::digest("SHA256", kDer));
+    EXPECT_EQ(get_ASN1_hash(&kSample, nullptr, TLX_DIGEST_SHA1, digest), 0U);
+    EXPECT_EQ(get_ASN1_hash(&kSample, kEncoder, TLX_DIGEST_SHA1, nullptr), 0U);
 }
 
 }  // namespace

@@ -61,8 +61,9 @@ class OpensslOutput : public ::testing::Test {
         if (!folder_.succeeds("openssl version")) GTEST_SKIP() << "no openssl program";
     }
 
-    /// The element in the file "out"; no part of a short one is read.
-    Octets out() const {
+    /// What a command writes into the file "out". It is read as it is, and no part of a short one is read.
+    Octets made_by(const std::string &command) const {
+        folder_.run("openssl " + command + " -out out");
         const std::string text = folder_.read("out");
         const Octets octets(text.begin(), text.end());
         const Node node(decodeToDERSequence_n(octets.data(), static_cast<std::uint32_t>(octets.size())));
@@ -76,9 +77,9 @@ class OpensslOutput : public ::testing::Test {
         return octets;
     }
 
-    void expect_rebuilt() const {
+    void expect_rebuilt(const std::string &command) const {
+        const Octets octets = made_by(command);
         const LeakCheck leaks;
-        const Octets octets = out();
         const Node node(decodeToDERSequence(octets.data()));
         EXPECT_EQ(encoding_of(rebuilt(node.get()).get()), octets);
     }
@@ -112,26 +113,66 @@ a = INTEGER:127
 b = INTEGER:128
 [none]
 )");
-    ASSERT_TRUE(folder_.succeeds("openssl asn1parse -noout -genconf conf -out out"));
-    expect_rebuilt();
+    expect_rebuilt("asn1parse -noout -genconf conf");
 }
 
 TEST_F(OpensslOutput, OfEveryInstalledCertificate) {
     const std::string bundle = "/etc/ssl/certs/ca-certificates.crt";
     if (!folder_.succeeds("test -e " + bundle)) GTEST_SKIP() << "no " << bundle;
     // One structure that holds them all.
-    ASSERT_TRUE(folder_.succeeds("openssl crl2pkcs7 -nocrl -certfile " + bundle + " -outform DER -out out"));
-    expect_rebuilt();
+    expect_rebuilt("crl2pkcs7 -nocrl -certfile " + bundle + " -outform DER");
 }
 
+/// The identifiers of an element and of the elements in it: "30(02 30(06 05))".
+std::string outline(const ASN1_UNIT *node) {
+    std::string text = hex_of(node->tag, 1) + "(";
+    for (std::uint32_t i = 0, type = 0; (type = getChildType(node, i)) != 0xFFFFFFFF; ++i) {
+        const auto identifier = static_cast<std::uint8_t>(type);
+        const std::uint32_t as = type == 0x24 ? 33 : type >= 0x80 ? 16 : type & 0x1F;
+        const Node child(static_cast<ASN1_UNIT *>((type & 0x20) != 0 ? getDERChildAt(node, i, as) : nullptr));
+        text += (i > 0 ? " " : "") + (child != nullptr ? outline(child.get()) : hex_of(&identifier, 1));
+    }
+    return text + ")";
+}
+
+std::uint32_t decode_outline(const ASN1_UNIT *node, void **out) {
+    *static_cast<std::string *>(*out) = outline(node);
+    return 0;
+}
+
+/// RFC 5652 and RFC 5083, streamed: the content has an indefinite length, what follows it a definite one.
 TEST_F(OpensslOutput, InIndefiniteLengths) {
-    folder_.write("text", std::string(10000, 'x'));
-    ASSERT_TRUE(folder_.succeeds("openssl cms -data_create -stream -binary -in text -outform DER -out out"));
-    const Octets octets = out();
-    EXPECT_EQ(hex_of(octets.data(), 2), "30 80");
-    const Node node(decodeToDERSequence(octets.data()));
-    EXPECT_EQ(getSequenceChildNum(node.get()), 2U);
-    EXPECT_EQ(getChildType(node.get(), 1), 0xA0U);
+    folder_.write("text", std::string(5000, 'x'));
+    const std::string key = TLX_TEST_DATA "/keys/rsa-0.pem";
+    folder_.run("openssl req -x509 -subj /CN=a -key " + key + " -out certificate");
+    const std::string in = " -stream -binary -in text -outform ";
+    struct {
+        std::string command, outline;
+        bool without_length;  // whether it is also read without its length
+    } const cases[] = {
+        {"cms -data_create", "30(06 A0(24(04 04)))", true},
+        {"cms -sign -nodetach -noattr -nocerts -signer certificate -inkey " + key,
+         "30(06 A0(30(02 31(30(06)) 30(06 A0(24(04 04))) 31(30(02 30(30(31(30(06 0C))) 02) 30(06) 30(06 05) "
+         "04)))))",
+         false},
+        {"cms -encrypt -aes-128-gcm -recip certificate",
+         "30(06 A0(30(02 31(30(02 30(30(31(30(06 0C))) 02) 30(06 05) 04)) 30(06 30(06 30(04 02)) A0(04 04)) "
+         "04)))",
+         false},
+    };
+    for (const auto &each : cases) {
+        const Octets octets = made_by(each.command + in + "DER");
+        EXPECT_EQ(hex_of(octets.data(), 2), "30 80") << each.command;
+        EXPECT_EQ(Node(decodeToDERSequence(octets.data())) != nullptr, each.without_length) << each.command;
+        std::string found;
+        void *out = &found;
+        EXPECT_EQ(readDER_from_File(&out, decode_outline, folder_.path("out").c_str()), 0U);
+        EXPECT_EQ(found, each.outline);
+        folder_.run("openssl " + each.command + in + "PEM -out out");
+        found = "";
+        EXPECT_EQ(readPEM_from_File(&out, decode_outline, folder_.path("out").c_str()), 0U);
+        EXPECT_EQ(found, each.outline);
+    }
 }
 
 }  // namespace

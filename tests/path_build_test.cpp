@@ -1,4 +1,4 @@
-// Building paths: which issuer is chosen, where a path ends, and that a large pool gives the same answers.
+// Building paths: the choice of issuers, the ends of paths, and the same results from a large pool.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
@@ -16,7 +16,7 @@ using namespace extension;
 const CPV_SETTINGS kDefaults = {nullptr, 0, 255, 3};
 const char *const kNoIssuer = "53050047: ";
 
-/// What build_certPath_ex gives: the subjects of the path, or the status in hexadecimal with those that were
+/// The result of build_certPath_ex: the subjects of the path, or the status in hexadecimal with the subjects
 /// appended to the caller's list before.
 std::string build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X509_CERT *target,
                   const CPV_SETTINGS *settings = &kDefaults) {
@@ -43,7 +43,7 @@ TEST(Building, AllowsOneMoreThanTheMaximum) {
         std::int32_t most;
         const char *path;
     } cases[] = {
-        {1, -5, "Root"},  // self-issued: it takes no pool
+        {1, -5, "Root"},  // self-issued: it needs no pool
         {2, 0, "User, Root"},
         {2, -1, "53050047: "},
         {3, 0, "53050047: User"},
@@ -181,7 +181,7 @@ TEST(IssuerChoice, TakesTheFirstOfThePool) {
 
 // ---- The index of a large pool ----
 
-/// What a certificate of a pool can be found by.
+/// The members by which building finds a certificate of a pool.
 struct Candidate {
     std::string name;
     std::string serial;

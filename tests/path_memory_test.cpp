@@ -1,4 +1,4 @@
-// Every allocation may fail: a failure is told, leaks nothing and takes nothing from the caller.
+// Every allocation may fail: the status reports it, nothing leaks, and the caller loses nothing.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 const CPV_SETTINGS kSettings = {nullptr, 0, 0, 3};
 
-/// "User, CA 1" is what a path can have become that ends in "User, CA 1, Root".
+/// "User, CA 1" may be left of a path that ends as "User, CA 1, Root".
 bool is_beginning_of(const std::string &part, const std::string &whole) {
     return part.empty() || whole == part || whole.starts_with(part + ", ");
 }
@@ -30,7 +30,7 @@ void sweep_building(const Chain &chain, std::size_t further, std::set<std::uint3
     const Certificates pool = make(pool_specs);
     const auto anchors = anchors_of({chain.back()});
     const auto target = chain.front().make();
-    // A path of the library's own, or a list of the caller's, which keeps what was appended.
+    // A new path, or a list of the caller's, which keeps what was appended.
     for (const bool own : {true, false}) {
         bool succeeded = false;
         unsigned n = 0;
@@ -56,7 +56,7 @@ void sweep_building(const Chain &chain, std::size_t further, std::set<std::uint3
 TEST(FailingAllocations, WhileBuilding) {
     Chain chain = valid_chain(3);
     chain[0].with({.key_id = "02", .issuer = "CA 1", .serial = "02"});
-    // No memory for the times or for the authority key identifier is told as if they were not readable.
+    // Without memory, the times or the authority key identifier count as unreadable.
     const std::set<std::uint32_t> allowed = {0x5305003C, 0x462D0104, 0x462D003C, 0x53050047};
     sweep_building(chain, 0, allowed, "User, CA 1, Root");
     sweep_building(chain, 260, allowed, "User, CA 1, Root");
@@ -96,7 +96,7 @@ TEST(FailingAllocations, WhileValidating) {
         ASSERT_EQ(text_of_policies(user.get()), "1.2.3.9 1.2.3.2") << n;
     }
     EXPECT_TRUE(ended);
-    // The statuses of the steps, for a step that finds no memory counts as failed.
+    // A step without memory returns its own status.
     const std::set<std::uint32_t> allowed = {0x5307003C, 1U,         0x46120103, 0x53100054,
                                              0x462D0104, 0x462D003C, 0x5309000E};
     EXPECT_TRUE(std::includes(allowed.begin(), allowed.end(), seen.begin(), seen.end()));

@@ -1,4 +1,4 @@
-// The valid-policy tree: what certificates and the user's own policies make of it, and its list operations.
+// The valid-policy tree under certificates and the user's own policies, and its list operations.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
@@ -16,8 +16,8 @@ const CPV_SETTINGS kNotExplicit = {nullptr, 0, 0, 3};
 
 using PolicyNames = std::vector<const char *>;
 
-/// A path whose certificates below the root's, from there down to the target, have these policies; no list
-/// stands for no extension.
+/// A path whose certificates have these policies, from below the root's down to the target; an empty list
+/// means no extension.
 Certificates path_of(const std::vector<PolicyNames> &policies) {
     Chain chain = valid_chain(static_cast<unsigned>(policies.size()) + 1);
     for (std::size_t i = 0; i < policies.size(); ++i) {
@@ -144,7 +144,7 @@ TEST(UserPolicies, AreConsumedAsFarAsTheyAreCompared) {
         {"an empty set accepts none", two, {}, 0x53070119, kNoTree, ""},
         {"any policy accepts all", two, {kAny}, 0, all_of_two, "2.5.29.32.0"},
         {"what comes before it is compared", two, {"1.9", kAny, "1.2"}, 0, all_of_two, "2.5.29.32.0 1.2"},
-        // 1.2 has no children, but stands behind 1.1, which was removed.
+        // 1.2 has no children, but comes after 1.1, which was removed.
         {"the tree as it stands", late, {kAny}, 0, "0: 2.5.29.32.0; 1: 1.2 1.3; 2: 1.3", "2.5.29.32.0"},
         {"any policy of the certificates is not the user's", any, {"1.1"}, 0x53070119, kNoTree, ""},
         {"the root alone", {}, {"1.1"}, 0x53070119, kNoTree, ""},
@@ -197,7 +197,7 @@ VALID_POLICY_NODES *level_of(const PolicyNames &policies) {
     return nodes;
 }
 
-/// Adds a level of which the list keeps a copy.
+/// Adds a level; the list keeps a copy.
 std::uint32_t add_level(node_LIST *list, const PolicyNames &policies) {
     VALID_POLICY_NODES *nodes = level_of(policies);
     const std::uint32_t status = add_VALID_POLICY_TREE_LIST(list, nodes);

@@ -1,5 +1,5 @@
-// Paths on many threads at once, over shared certificates, while the settings change. ThreadSanitizer looks
-// on.
+// Paths on many threads at once, over shared certificates, while the settings change. ThreadSanitizer checks
+// them.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
@@ -19,7 +19,7 @@ constexpr int kRounds = 40;
 
 using Statuses = std::set<std::uint32_t>;
 
-/// Runs each function over and over on a thread of its own; the statuses of each are among those allowed.
+/// Runs each function repeatedly on a thread of its own, and checks its statuses against the allowed ones.
 struct Runner {
     std::function<std::uint32_t()> run;
     Statuses allowed;
@@ -41,7 +41,7 @@ void run_together(const std::vector<Runner> &runners) {
     }
 }
 
-/// Changes settings until it is destroyed, and leaves the defaults behind.
+/// Changes settings until its destruction, which restores the defaults.
 class Changer {
   public:
     Changer()

@@ -1,5 +1,4 @@
-// Validating paths: one row for every step that can fail, and for what passes although one might not think
-// so.
+// Validating paths: one row for every step that can fail, and for every surprise that passes.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
@@ -33,7 +32,7 @@ std::string validate(const Chain &chain, const CPV_SETTINGS &settings = kDefault
     return validate(make(chain).get(), settings);
 }
 
-/// What a case does to a valid path: one change after the other.
+/// One change of a case to a valid path.
 using Bend = std::function<void(Chain &)>;
 struct Case {
     const char *what;
@@ -180,7 +179,7 @@ TEST(Validation, WantsExtensions) {
          3,
          kNoExplicitPolicy},
         {"none in a CA", {without_extensions(1)}, "530A002B at 1", 3, kNoExplicitPolicy},
-        // The root passes for a CA then, and fails for its key usage.
+        // The root then passes the check of basic constraints and fails that of its key usage.
         {"none in the root", {without_extensions(2)}, "530A002B at 1"},
         {"an empty list in the root", {no_extension_in(2)}, "530A002B at 1"},
         {"none in a root that stands alone", {without_extensions(0)}, "good", 1},
@@ -192,7 +191,7 @@ TEST(Validation, ChecksNothingOfSelfIssuedCertificatesButTheirSignature) {
     expect_verdicts({
         {"at the target", {self_issued(0), without_extensions(0), expired(0)}, "good"},
         {"of a foreign key", {self_issued(0), signed_by(0, 3)}, "00000002 at 0"},
-        // It adds no level to the policy tree, which the next one then misses.
+        // It adds no level to the policy tree, and the next certificate needs that level.
         {"in the middle", {self_issued(1)}, "53100049 at 0"},
         {"in the middle of a longer one", {self_issued(1)}, "53100049 at 0", 5},
         {"policies are read first", {self_issued(1), with(0, kPolicies, "30{}")}, "530A0047 at 0"},
@@ -206,7 +205,7 @@ TEST(Validation, LetsPolicyConstraintsRequirePolicies) {
         {"a target without policies", {without(0, kPolicies)}, "5310011C at 0", 4},
         {"a root without policies", {without(3, kPolicies)}, "good", 4},
     });
-    // The certificate of the constraint counts them down; the target is one below CA 2, two below CA 1.
+    // The constraint counts down from its own certificate; the target is one below CA 2, two below CA 1.
     const struct {
         const char *what;
         unsigned index;

@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "keys/pkcs1.hpp"
+#include "keyinfo/key_records.hpp"
 #include "support/allocation.hpp"
 #include "support/command.hpp"
 #include "support/octets.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 TLX_OWNS(RSASSA_PSS_PARAM);
 TLX_OWNS(RSAES_OAEP_PARAM);

@@ -1,5 +1,5 @@
 // RSA keys of PKCS #1: records, units and text files, with the openssl and certtool programs as peers.
-#include "keys/pkcs1.hpp"
+#include "keyinfo/key_records.hpp"
 
 #include <gtest/gtest.h>
 #include <tlxpki/objects.h>

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "keys/pkcs1.hpp"
+#include "keyinfo/key_records.hpp"
 #include "support/chain_builder.hpp"
 #include "support/command.hpp"
 

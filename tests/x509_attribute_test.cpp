@@ -4,7 +4,7 @@
 #include "asn1/oid_lookup.hpp"
 #include "support/strings.hpp"
 #include "support/x509_records.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 namespace tlx_test {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
-#include "trust/codecs.hpp"
+#include "trust/trust_records.hpp"
 
 namespace tlx_test {
 namespace {

@@ -9,7 +9,7 @@
 #include "support/openssl_extension_peer.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 namespace tlx_test {
 namespace {

@@ -5,8 +5,8 @@
 #include <functional>
 
 #include "support/x509_records.hpp"
-#include "x509/codecs.hpp"
-#include "x509/v3_codecs.hpp"
+#include "x509/certificate_records.hpp"
+#include "x509/extension_records.hpp"
 
 namespace tlx_test {
 namespace {

@@ -1,4 +1,4 @@
-// tlxpki asn1: the tree of elements of a file, printed as it is walked, so that a large file takes no memory.
+// tlxpki asn1: prints the tree of elements of a file while it walks, so that a large file takes no memory.
 #include <array>
 #include <iostream>
 
@@ -14,10 +14,10 @@ namespace tool {
 namespace {
 
 constexpr unsigned kDeepest = 128;
-/// How many OCTET STRINGs and BIT STRINGs within each other are looked into.
+/// The most OCTET STRINGs and BIT STRINGs within each other that the walk enters.
 constexpr unsigned kMostEncapsulations = 4;
 
-/// Where the elements go: lines of text, or JSON objects with "children".
+/// Prints the elements as lines of text, or as JSON objects with "children".
 class Printer {
   public:
     virtual ~Printer() = default;
@@ -29,7 +29,7 @@ class Printer {
     virtual void broken(const BrokenElement &broken, Octets octets, unsigned depth) = 0;
 };
 
-/// Of a broken element, the octets that its header would take.
+/// The octets of a broken element's header.
 Octets broken_header(const BrokenElement &broken, Octets octets) {
     const std::size_t left = octets.size() - std::min(broken.offset(), octets.size());
     return octets.subspan(octets.size() - left, std::min<std::size_t>(left, 6));
@@ -134,9 +134,8 @@ class Walker {
   public:
     Walker(Octets octets, Printer &printer) : octets_(octets), printer_(printer) {}
 
-    /// The elements from an offset to end, or to the end-of-contents octets that belong to an indefinite
-    /// length. Returns the offset after them. False in ok() when one was broken; the walk has stopped there
-    /// then.
+    /// Walks the elements from an offset to end, or to the end-of-contents octets of an indefinite length.
+    /// Returns the offset after them. The walk stops at a broken element; ok() is false then.
     std::size_t walk(std::size_t offset, std::size_t end, unsigned depth, unsigned encapsulations,
                      bool indefinite) {
         const std::size_t start = offset;
@@ -180,8 +179,8 @@ class Walker {
         return after;
     }
 
-    /// Where in an OCTET STRING or BIT STRING a SEQUENCE or SET stands that fills it, without a fault in it;
-    /// 0 when none does.
+    /// The offset of a faultless SEQUENCE or SET that fills an OCTET STRING or BIT STRING; 0 when there is
+    /// none.
     std::size_t encapsulated_at(const Element &element, unsigned encapsulations) const {
         const bool octet_string = element.is_universal(TLX_TAG_OCTET_STRING);
         const bool bit_string = element.is_universal(TLX_TAG_BIT_STRING);
@@ -200,7 +199,7 @@ class Walker {
         }
     }
 
-    /// Whether nothing is broken from an offset to end. Indefinite lengths do not occur in DER.
+    /// Whether nothing is broken from an offset to end. An indefinite length is no DER.
     bool is_sound(std::size_t offset, std::size_t end, unsigned depth) const {
         while (offset < end) {
             const Element element = read_element(octets_, offset, end);

@@ -1,4 +1,4 @@
-// tlxpki oid and tlxpki status: what an identifier or a status code stands for.
+// tlxpki oid and tlxpki status: explain identifiers and status codes.
 #include <algorithm>
 #include <charconv>
 #include <iostream>
@@ -16,7 +16,7 @@ namespace {
 constexpr const char *kAlgorithmClasses[] = {"none", "digest or MAC", "symmetric cipher",
                                              "public key or signature", "password-based scheme"};
 
-/// A whole text as a number of the given base.
+/// Reads a whole text as a number of the given base.
 std::optional<uint32_t> number_of(std::string_view text, int base) {
     uint32_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
@@ -55,7 +55,7 @@ Json describe_row(int32_t index) {
             {"class_name", kAlgorithmClasses[std::min<std::size_t>(kind, std::size(kAlgorithmClasses) - 1)]}};
 }
 
-/// Hexadecimal after "0x", and in eight digits that are no code when they are read as a decimal number.
+/// Reads hexadecimal after "0x", and eight digits without it that are no code as a decimal number.
 std::optional<uint32_t> parse_status(const std::string &text) {
     constexpr std::size_t kDigits = 8;
     const bool prefixed = text.starts_with("0x") || text.starts_with("0X");

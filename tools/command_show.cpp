@@ -1,4 +1,4 @@
-// tlxpki show: certificates and RSA keys in words.
+// tlxpki show: describes certificates and RSA keys.
 #include <iostream>
 #include <optional>
 
@@ -12,7 +12,7 @@ namespace tool {
 
 namespace {
 
-/// The first line of a file, which the input keeps and wipes.
+/// The first line of a file. The input owns and wipes it.
 std::string_view first_line(const Input &file) {
     const Octets octets = file.blocks().front().octets;
     const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
@@ -24,7 +24,7 @@ ASN1_UNIT *decode_node(const Block &block) {
     return decodeToDERSequence_n(block.octets.data(), static_cast<uint32_t>(block.octets.size()));
 }
 
-/// What the children of the outermost SEQUENCE tell about a block.
+/// The kind of a block by the children of its outermost SEQUENCE.
 enum class Kind { kCertificate, kPublicKeyInfo, kRsaPublic, kRsaPrivate, kOther };
 
 Kind kind_of(const Block &block) {
@@ -71,7 +71,7 @@ Json describe_bare_key(const Block &block, Kind kind) {
     return describe_rsa_key(unit.get());
 }
 
-/// What a line "DEK-Info: DES-EDE3-CBC,0123456789ABCDEF" names; empty when there is none.
+/// The cipher of a line "DEK-Info: DES-EDE3-CBC,0123456789ABCDEF"; empty when there is none.
 std::string_view cipher_of(std::string_view block) {
     constexpr std::string_view kHeader = "DEK-Info: ";
     const std::size_t at = block.find(kHeader);
@@ -90,7 +90,7 @@ std::string why_not_decrypted(const Block &block, uint32_t status) {
     return "the key cannot be decrypted (is the password right?): " + status_sentence(status);
 }
 
-/// A private key file that is encrypted as PEM, with "Proc-Type" and "DEK-Info" before the Base64.
+/// Describes a private key file that is encrypted as PEM, with "Proc-Type" and "DEK-Info" before the Base64.
 Json describe_encrypted_key(const Block &block, std::optional<std::string_view> password) {
     if (block.label != "RSA PRIVATE KEY") {
         throw Failure(block.source + ": an encrypted " + block.label + " cannot be shown");

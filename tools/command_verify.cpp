@@ -1,4 +1,4 @@
-// tlxpki verify: paths built and validated, as a tree for one target or a line each for several.
+// tlxpki verify: builds and validates paths, and prints a tree for one target or a line each for several.
 #include <cstdlib>
 #include <iostream>
 #include <map>
@@ -52,7 +52,7 @@ Json describe_link(const Link &link) {
             {"state", kStates[static_cast<std::size_t>(link.mark)]}};
 }
 
-/// What starts a line of a tree at some depth: its first line, and those that belong to it.
+/// The start of an entry's first line at some depth of a tree, and that of its other lines.
 std::string branch(std::size_t depth) {
     return depth == 0 ? "" : std::string(4 * (depth - 1), ' ') + "└── ";
 }
@@ -119,7 +119,7 @@ Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
     }
     if (verdict.is_valid()) {
         json["policies"] = describe_policies_below(policy_children(verdict.policies.get()), nullptr);
-        // The root of the tree stands for the anchor, whose extensions are not looked at.
+        // The root of the tree belongs to the anchor, whose policies are ignored.
         for (Json &root : json["policies"]) {
             root.erase("critical");
         }
@@ -160,7 +160,7 @@ std::string verdict_line(const LoadedCertificate &target, const Verdict &verdict
     return line;
 }
 
-/// A bar on standard error, as long as that is a terminal.
+/// A progress bar on standard error when that is a terminal.
 class Progress {
   public:
     explicit Progress(std::size_t total) : total_(total), shown_(is_terminal(Stream::kError)) {}
@@ -182,8 +182,7 @@ class Progress {
     bool shown_;
 };
 
-/// Tells warnings on standard error, after what has been printed so far. What targets have in common is told
-/// once.
+/// Prints warnings on standard error after the output so far, each warning once.
 class Warner {
   public:
     void tell(const std::vector<std::string> &warnings) {

@@ -30,7 +30,7 @@ struct Asn1Options {
     bool json = false;
 };
 
-/// For `oid` and `status`: what to look up.
+/// The texts that `oid` and `status` look up.
 struct LookUpOptions {
     std::vector<std::string> texts;
     bool json = false;

@@ -1,4 +1,4 @@
-// Certificates, keys and extensions in words.
+// Describes certificates, keys and extensions.
 #pragma once
 
 #include "document.hpp"
@@ -12,10 +12,10 @@ namespace tool {
 /// A public key with its size, curve and numbers.
 [[nodiscard]] Json describe_public_key(const X509_PUBKEY *key);
 
-/// An RSA key. Of a private one no secret number is given.
+/// An RSA key, without the secret numbers of a private one.
 [[nodiscard]] Json describe_rsa_key(const RSA_UNIT *key);
 
-/// An extension with its value, decoded where it is known; else, and when it cannot be decoded, as "hex".
+/// An extension with its decoded value, or as "hex" when it is unknown or cannot be decoded.
 [[nodiscard]] Json describe_extension(const X509_EXTENSION *extension);
 
 [[nodiscard]] Json describe_general_name(const GENERAL_NAME *name);
@@ -34,7 +34,7 @@ Json describe_bits(const BIT_STRING *bits, const char *const (&names)[N]) {
     return set;
 }
 
-/// What each item of a list is described as.
+/// The description of each item of a list.
 template <typename List, typename Item>
 Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*child)(const List *, int32_t),
                     Json (*describe)(const Item *)) {
@@ -45,7 +45,7 @@ Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*c
     return items;
 }
 
-/// A certificate, and digests of the octets it was read from.
+/// A certificate, with digests of the octets it was read from.
 [[nodiscard]] Json describe_certificate(const X509_CERT *cert, Octets der);
 
 }  // namespace tool

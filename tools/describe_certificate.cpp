@@ -38,8 +38,7 @@ Json describe_policy(const POLICY_INFO *policy) {
     return json;
 }
 
-/// Whether the library writes the certificate as it was read. Where it does not, no signature can be
-/// verified.
+/// Whether the library writes the certificate as it was read. Otherwise its signature cannot be verified.
 bool is_kept(const X509_CERT *cert, Octets der) {
     uint8_t *octets = nullptr;
     const uint32_t size = writeDER_to_Binary(cert, TLX_ENCODER(X509_CERT_to_Seq), &octets);

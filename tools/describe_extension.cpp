@@ -40,7 +40,7 @@ Json describe_octets(const OCTET_STRING *octets) {
     return hex(octets_of(octets));
 }
 
-/// An empty BasicConstraints says that the certificate is no CA's; the record has no form for it.
+/// An empty BasicConstraints denies that the certificate is a CA's. The record cannot express it.
 bool is_empty_basic_constraints(const std::string &oid, Octets value) {
     return oid == "2.5.29.19" && value.size() == 2 && value[0] == TLX_TAG_SEQUENCE_OCTET && value[1] == 0;
 }

@@ -6,7 +6,7 @@ namespace {
 
 constexpr char kEcPublicKey[] = "1.2.840.10045.2.1";
 
-/// The identifier that stands for the parameters of an elliptic-curve key, "" when there is none.
+/// The identifier in the parameters of an elliptic-curve key; "" when there is none.
 std::string curve_oid(const X509_PUBKEY *key) {
     if (key->parameters == nullptr || key->parameters->tag == nullptr) return "";
     uint8_t *element = nullptr;
@@ -17,7 +17,7 @@ std::string curve_oid(const X509_PUBKEY *key) {
     return dotted_text(oid.get());
 }
 
-/// The size of the field that the coordinates of a SEC 1 point belong to.
+/// The size of the field of a SEC 1 point's coordinates.
 std::size_t point_bits(Octets point) {
     if (point.size() < 2) return 0;
     const std::size_t coordinates = point[0] == 4 ? 2 : 1;

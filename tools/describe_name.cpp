@@ -9,7 +9,7 @@ namespace {
 constexpr char kIdentityData[] = "1.2.410.200004.10.1.1";
 constexpr char kFormerIdentityData[] = "1.2.410.200004.6.1";
 
-/// IPv4 and IPv6 addresses; in name constraints a mask follows, of as many octets.
+/// IPv4 and IPv6 addresses. In name constraints a mask of as many octets follows.
 std::string ip_text(Octets address) {
     if (address.size() == 8 || address.size() == 32) {
         const std::size_t half = address.size() / 2;
@@ -41,7 +41,7 @@ Json describe_identity(const KISA_IDENTIFY_DATA *data) {
     return json;
 }
 
-/// The identity data that an otherName carries; false when it cannot be decoded.
+/// Describes the identity data of an otherName; false when it cannot be decoded.
 bool identity_of(const OTHERNAME *name, Json &json) {
     ASN1_UNIT *node = nullptr;
     if (ASN1_STRING_to_Seq(name->value, &node) != 0) return false;

@@ -46,7 +46,7 @@ bool is_long_hex(const std::string &line) {
     return line.size() > kWrapAt && std::all_of(line.begin(), line.end(), is_digit);
 }
 
-/// A value in its column; long numbers go on below.
+/// Prints a value in its column, and continues long numbers below.
 void print_line(std::ostream &out, const std::string &line, std::size_t column) {
     if (!is_long_hex(line)) {
         out << line << '\n';
@@ -57,7 +57,7 @@ void print_line(std::ostream &out, const std::string &line, std::size_t column) 
     }
 }
 
-/// Words that fit one line, such as the names of bits, are listed on it.
+/// Prints words, such as the names of bits, on one line where they fit.
 bool is_word_list(const Json &value) {
     std::size_t size = 0;
     const auto is_word = [&size](const Json &item) {
@@ -85,7 +85,7 @@ std::string line_of(const Json &value) {
     return line;
 }
 
-/// Objects of several members get a dash, so that one can be told from the next.
+/// A dash before objects of several members distinguishes one from the next.
 void print_items(std::ostream &out, const Json &array, std::size_t indent) {
     for (const Json &item : array) {
         if (is_line(item)) {

@@ -1,4 +1,4 @@
-// What a command has to say, as one JSON document that is printed as it is or as indented text.
+// The output of a command: one JSON document, printed as JSON or as indented text.
 #pragma once
 
 #include <nlohmann/json.hpp>

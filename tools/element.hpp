@@ -1,4 +1,4 @@
-// Headers of ASN.1 elements where they stand in a file.
+// Headers of ASN.1 elements at their offsets in a file.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ struct Element {
     [[nodiscard]] bool is_end_of_contents() const { return is_universal(0) && !constructed && length == 0; }
 };
 
-/// An element that is not as it has to be.
+/// An element with a broken header or contents.
 class BrokenElement : public std::runtime_error {
   public:
     BrokenElement(std::size_t offset, const std::string &why) : std::runtime_error(why), offset_(offset) {}

@@ -38,7 +38,7 @@ constexpr const char *kUniversalTags[] = {"end of contents",
                                           "CHARACTER STRING",
                                           "BMPString"};
 
-/// The value of a primitive element, by what it turned out to be.
+/// The value of a primitive element, with its form.
 struct Value {
     enum Form { kNone, kWord, kText, kOid, kBits, kHex } form = kNone;
     std::string text;  ///< of kWord, kText and kOid
@@ -59,8 +59,7 @@ std::string small_number(Octets contents) {
     return std::to_string(static_cast<int64_t>(number));
 }
 
-/// The dotted text of an object identifier's contents; false for contents that are none and for numbers above
-/// 64 bits.
+/// The dotted text of an object identifier's contents. False for other contents and for arcs above 64 bits.
 bool dotted_oid(Octets contents, std::string &text) {
     if (contents.empty() || (contents.back() & 0x80) != 0) return false;
     uint64_t arc = 0;
@@ -130,7 +129,7 @@ Value value_of(const Element &element, Octets octets) {
     return {Value::kHex, {}, contents, 0};
 }
 
-/// Hexadecimal digits of the first octets, and how many there are when those are not all.
+/// Hexadecimal digits of the first octets, and the number of all octets when there are more.
 std::string short_hex(Octets octets, std::size_t most) {
     if (octets.size() <= most) return hex(octets);
     return hex(octets.first(most)) + "... (" + std::to_string(octets.size()) + " octets)";

@@ -6,14 +6,13 @@
 
 namespace tool {
 
-/// As many octets of a value are shown unless all are asked for.
+/// The number of octets shown of a value, unless the user asks for all.
 constexpr std::size_t kShortValue = 32;
 
 /// "SEQUENCE", "[0]", "[APPLICATION 3]".
 [[nodiscard]] std::string tag_text(const Element &element);
 
-/// The value of a primitive element on one line, of which about as many octets as given are shown; "" for
-/// others.
+/// The value of a primitive element on one line, with about the given number of octets; "" for others.
 [[nodiscard]] std::string value_text(const Element &element, Octets octets, std::size_t most);
 
 /// Adds the value of a primitive element: "value", "name" of an object identifier, "unused_bits" of a BIT

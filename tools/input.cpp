@@ -17,7 +17,7 @@ constexpr std::string_view kBegin = "-----BEGIN ";
 constexpr std::string_view kEnd = "-----END ";
 constexpr std::string_view kDashes = "-----";
 
-/// Why a file could not be read, as far as the system tells.
+/// The system's reason why a file could not be read.
 std::string reason_unreadable(const std::string &path, int error) {
     std::error_code ignored;
     const std::filesystem::path file(std::u8string(path.begin(), path.end()));
@@ -48,7 +48,7 @@ std::size_t find_block(std::string_view text, std::size_t from) {
     return at;
 }
 
-/// Where the first PEM block begins. Nothing but text stands before it: a "-----BEGIN" inside of DER is none.
+/// The offset of the first PEM block. Only text may precede it: a "-----BEGIN" inside DER starts no block.
 std::size_t find_first_block(std::string_view text) {
     const std::size_t at = find_block(text, 0);
     const auto is_control = [](char c) {
@@ -59,7 +59,7 @@ std::size_t find_first_block(std::string_view text) {
     return std::any_of(before.begin(), before.end(), is_control) ? std::string_view::npos : at;
 }
 
-/// The label that a line such as "-----BEGIN CERTIFICATE-----" has at the given place.
+/// The label of a line such as "-----BEGIN CERTIFICATE-----" at an offset.
 std::string label_at(std::string_view text, std::size_t at, const std::string &source) {
     const std::size_t line_end = std::min(text.find_first_of("\r\n", at), text.size());
     const std::size_t end = text.find(kDashes, at);

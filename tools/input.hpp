@@ -1,4 +1,4 @@
-// Files, and what stands in them: DER, or PEM blocks (RFC 7468).
+// Files with DER or PEM blocks (RFC 7468).
 #pragma once
 
 #include <string>
@@ -11,8 +11,7 @@
 
 namespace tool {
 
-/// Octets from the library's allocator. They are wiped when they are released, since any file may hold a
-/// private key.
+/// Octets from the library's allocator. Releasing wipes them, because any file may hold a private key.
 class Buffer {
   public:
     Buffer() = default;
@@ -42,8 +41,8 @@ class Buffer {
 struct Block {
     std::string label;          ///< between "-----BEGIN " and "-----"; empty for DER
     std::string_view text;      ///< the PEM block, from its first line to its last
-    bool is_encrypted = false;  ///< a line like "Proc-Type: 4,ENCRYPTED" stands before the Base64
-    Octets octets;              ///< what it encodes; empty when it is encrypted
+    bool is_encrypted = false;  ///< a line like "Proc-Type: 4,ENCRYPTED" precedes the Base64
+    Octets octets;              ///< the decoded contents; empty when it is encrypted
     std::string source;  ///< for messages: the file, and the number of the block when there are several
 };
 
@@ -68,14 +67,14 @@ struct LoadedCertificate {
     std::string source;
 };
 
-/// Whether a block may hold a certificate by its label.
+/// Whether the label of a block allows a certificate.
 [[nodiscard]] bool is_certificate_label(const std::string &label);
 
-/// Decodes the certificate in a block, which has to hold nothing else. Throws Failure.
+/// Decodes a block that holds a certificate and nothing else. Throws Failure.
 [[nodiscard]] Certificate decode_certificate(const Block &block);
 
-/// All certificates of a file; PEM blocks with other labels are passed over. Throws Failure when there is
-/// none or one cannot be decoded.
+/// All certificates of a file; ignores PEM blocks with other labels. Throws Failure when there is none or one
+/// cannot be decoded.
 [[nodiscard]] std::vector<LoadedCertificate> load_certificates(const std::string &path);
 
 /// Throws Failure unless octets are one complete element and nothing else.

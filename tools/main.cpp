@@ -15,7 +15,7 @@ constexpr char kExitStatuses[] =
     "Exit status: 0 good, 1 not valid or not found, 2 wrong usage or input that cannot be read.\n"
     "Input files are PEM (any number of blocks) or DER. See tlxpki(1).";
 
-/// What the arguments ask for.
+/// The request of the arguments.
 struct CommandLine {
     VerifyOptions verify;
     ShowOptions show;
@@ -103,7 +103,7 @@ CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const c
     return command;
 }
 
-/// What is wrong with the arguments, and which help to read.
+/// The fault in the arguments, and the help that explains them.
 std::string usage_problem(const CLI::App &app, const CLI::ParseError &error) {
     std::string help = "tlxpki ";
     for (const CLI::App *command : app.get_subcommands()) {
@@ -116,7 +116,7 @@ std::string usage_problem(const CLI::App &app, const CLI::ParseError &error) {
 int run(const std::vector<std::string> &arguments) {
     CommandLine line;
     CLI::App app("Certificates, keys and certification paths.", "tlxpki");
-    app.allow_windows_style_options(false);  // a path may begin with a slash there, too
+    app.allow_windows_style_options(false);  // a path may also begin with a slash there
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("tlxpki ") + get_PkiVersion());
     app.footer(kExitStatuses);
@@ -136,7 +136,7 @@ int run(const std::vector<std::string> &arguments) {
         throw Failure("\"" + arguments[0] + "\" is no command; see tlxpki --help");
     }
     try {
-        // CLI11 takes arguments from the back.
+        // CLI11 consumes arguments from the back.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::Success &help_or_version) {
         return app.exit(help_or_version);

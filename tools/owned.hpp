@@ -1,4 +1,4 @@
-// Owners of what the library hands out.
+// Owners of the library's results.
 #pragma once
 
 #include <tlxpki.h>
@@ -33,14 +33,14 @@ using RsaKey = Owned<RSA_UNIT, free_RSA_UNIT>;
 using String = Owned<ASN1_STRING, free_ASN1_STRING>;
 using Text = Owned<char, tlx_free>;
 
-/// What a constructor of the library returned, which is null only when memory has run out.
+/// Owns the result of a library constructor, which is null only when memory has run out.
 template <typename Owner>
 Owner made(typename Owner::pointer object) {
     if (object == nullptr) throw std::bad_alloc();
     return Owner(object);
 }
 
-/// The same for functions that return 0 or a failure for want of memory.
+/// The same for functions that return a failure only when memory runs out, otherwise 0.
 inline void must(uint32_t status) {
     if (status != 0) throw std::bad_alloc();
 }

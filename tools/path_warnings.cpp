@@ -10,9 +10,9 @@ namespace {
 using BasicConstraints = Owned<BASIC_CONSTRAINTS, free_BASIC_CONSTRAINTS>;
 
 constexpr std::string_view kBasicConstraints = "2.5.29.19";
-/// nameConstraints, policyMappings and inhibitAnyPolicy, critical or not.
+/// nameConstraints, policyMappings and inhibitAnyPolicy: reported whether critical or not.
 constexpr std::string_view kNotApplied[] = {"2.5.29.30", "2.5.29.33", "2.5.29.54"};
-/// Those that may be critical: what validation looks at, with the alternative names and the purposes.
+/// Extensions that may be critical without a warning.
 constexpr std::string_view kNoSurprise[] = {
     kBasicConstraints, "2.5.29.15", "2.5.29.17", "2.5.29.18", "2.5.29.32", "2.5.29.36", "2.5.29.37",
 };
@@ -31,8 +31,8 @@ BasicConstraints basic_constraints_of(const X509_CERT *cert) {
     return BasicConstraints(record);
 }
 
-/// What a certificate says of its being a CA, which issued others: cas_below of them CAs of this path. The
-/// target does not count as one, and neither do self-issued certificates (RFC 5280, section 4.2.1.9).
+/// Compares the basic constraints of an issuer with the cas_below CAs below it in the path. The target and
+/// self-issued certificates do not count as CAs (RFC 5280, section 4.2.1.9).
 std::string issuer_warning(const X509_CERT *issuer, uint32_t cas_below) {
     constexpr char kName[] = "basicConstraints (2.5.29.19)";
     const BasicConstraints constraints = basic_constraints_of(issuer);

@@ -1,4 +1,4 @@
-// What differs between systems.
+// The differences between systems.
 #pragma once
 
 #include <string>

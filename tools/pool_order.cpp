@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-/// A name's encoding, to compare it by.
+/// A name's encoding, for comparisons.
 std::string key_of(const X509_NAME *name) {
     uint8_t *der = nullptr;
     const uint32_t size = writeDER_to_Binary(name, TLX_ENCODER(X509_NAME_to_Seq), &der);
@@ -19,8 +19,8 @@ std::string key_of(const X509_NAME *name) {
     return {reinterpret_cast<const char *>(der), size};
 }
 
-/// For each certificate the first one whose subject is its issuer; kNone for self-issued ones and where there
-/// is none.
+/// For each certificate the first one whose subject is its issuer; kNone for a self-issued certificate and
+/// without an issuer.
 std::vector<std::size_t> issuers_of(const std::vector<LoadedCertificate> &certificates) {
     std::map<std::string, std::size_t> by_subject;
     for (std::size_t i = 0; i < certificates.size(); ++i) {
@@ -35,8 +35,7 @@ std::vector<std::size_t> issuers_of(const std::vector<LoadedCertificate> &certif
     return issuers;
 }
 
-/// How many certificates stand above each. Certificates that issue each other count from wherever they are
-/// met first.
+/// The number of certificates above each. Certificates that issue each other count from the first one met.
 std::vector<std::size_t> heights_of(const std::vector<std::size_t> &issuers) {
     std::vector<std::size_t> heights(issuers.size(), kNone);
     std::vector<std::size_t> path;

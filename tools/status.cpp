@@ -70,7 +70,7 @@ constexpr Named kReasons[] = {
     {TLX_REASON_NO_POLICIES, "the certificate has no certificate policies, but a policy is required"},
 };
 
-/// Reasons that mean something else in one module.
+/// Reasons with another meaning in one module.
 constexpr Named kPathReasons[] = {
     {TLX_REASON_BAD_SIGNATURE_VALUE, "the issuer's basic constraints cannot be decoded"},
     {TLX_REASON_NOT_POSITIVE, "a signature does not verify"},

@@ -12,7 +12,7 @@ struct StatusMeaning {
     bool known = false;     ///< whether its module is known, or it is one of the plain values
     std::string module;     ///< the module that reports; empty for plain values
     std::string operation;  ///< the operations that return the code, or that share its module and function
-    std::string reason;     ///< what its reason stands for
+    std::string reason;     ///< the meaning of its reason
     std::string detail;     ///< when the operation returns it; empty when that is not documented
 };
 

@@ -26,8 +26,8 @@ void append_utf8(std::string &out, uint32_t code_point) {
     put(0x80 | (code_point & 0x3F));
 }
 
-/// The character at the start of a text, by RFC 3629; it is cut off the text. An octet that begins none is
-/// cut off alone and gives kNotUtf8.
+/// Cuts the first character off a text by RFC 3629. An octet that begins no character is cut off alone and
+/// gives kNotUtf8.
 uint32_t next_character(std::string_view &text) {
     const auto octet = [&text](std::size_t i) {
         return static_cast<uint32_t>(static_cast<uint8_t>(text[i]));
@@ -46,7 +46,7 @@ uint32_t next_character(std::string_view &text) {
     return code_point;
 }
 
-/// Characters that could make a terminal do or show something else than the text says.
+/// Characters that could make a terminal act, or show another text.
 bool is_unsafe(uint32_t code_point) {
     const auto within = [code_point](uint32_t first, uint32_t last) {
         return code_point >= first && code_point <= last;

@@ -13,8 +13,8 @@ namespace tool {
 using Octets = std::span<const uint8_t>;
 
 /// Text that is safe to print: control characters, marks that reorder text and octets that are not UTF-8
-/// become \u{..} or \x.. escapes. Spaces and line breaks are control characters here, too, but for the plain
-/// space.
+/// become \u{..} or \x.. escapes. Line breaks and all spaces but the plain one also count as control
+/// characters here.
 [[nodiscard]] std::string printable(std::string_view utf8);
 
 /// Upper-case digits without anything between them.

@@ -12,7 +12,7 @@ Oid parse_oid(const std::string &text) {
     auto oid = made<Oid>(new_OBJECT_IDENTIFIER());
     must(set_ASN1_STRING_value(oid.get(), TLX_TAG_OBJECT_IDENTIFIER, text.data(),
                                static_cast<uint32_t>(text.size())));
-    // The encoder is lenient about the texts it takes; what comes back tells.
+    // The encoder accepts more texts; only the round trip proves this one.
     uint8_t *encoded = nullptr;
     const bool encodes = ASN1_STRING_to_binary(oid.get(), &encoded) != 0xFFFFFFFF;
     const Owned<uint8_t, tlx_free> owner(encoded);
@@ -98,7 +98,7 @@ Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
     verdict.status = build_certPath_ex(pool_.get(), anchors_.get(), target, &path, &settings_);
     verdict.built = verdict.status == 0;
     if (verdict.built) {
-        // The set is consumed by validation.
+        // Validation consumes the set.
         const Oids acceptable(dup_OBJECT_IDENTIFIERS(policies_.get()));
         if (policies_ != nullptr && acceptable == nullptr) throw std::bad_alloc();
         node_LIST *tree = nullptr;
@@ -114,8 +114,8 @@ Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
     return verdict;
 }
 
-/// The certificate that building took for an issuer: the first one that, as the whole pool, lets building
-/// pass beyond the certificate it issued.
+/// The certificate that building chose as issuer: the first one that, alone as the pool, lets building go on
+/// above the certificate.
 const X509_CERT *Verifier::issuer_of(const X509_CERT *cert) const {
     CPV_SETTINGS one_step = settings_;
     one_step.max_certificatePath_length = 1;

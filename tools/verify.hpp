@@ -1,4 +1,4 @@
-// Building and validating the paths of certificates, and what became of each.
+// Builds and validates the paths of certificates.
 #pragma once
 
 #include <optional>
@@ -16,13 +16,13 @@ constexpr uint32_t kOutsideValidity = 0x462D0113;
 
 enum class Mark { kGood, kFailed, kUnchecked };
 
-/// A certificate of a path, and what validation found.
+/// A certificate of a path, and the finding of validation.
 struct Link {
     const X509_CERT *cert;
     Mark mark;
 };
 
-/// What became of one target.
+/// The result of one target.
 class Verdict {
   public:
     [[nodiscard]] bool is_valid() const { return status == 0; }
@@ -36,8 +36,8 @@ class Verdict {
     const X509_CERT *stopped_at =
         nullptr;  ///< the certificate that building failed at, which is not in the path
     PolicyTree policies;
-    std::string hint;                   ///< what might help; may be empty
-    std::vector<std::string> warnings;  ///< of a valid path: what it holds that validation lets pass
+    std::string hint;                   ///< advice for the user; may be empty
+    std::vector<std::string> warnings;  ///< of a valid path: what validation ignored in it
 };
 
 class Verifier {
@@ -45,11 +45,11 @@ class Verifier {
     /// Loads the anchors and the pool. Throws Failure.
     explicit Verifier(const VerifyOptions &options);
 
-    /// Verifies a certificate, which has to outlive the verdict. Where building stopped is looked up only for
-    /// explanations, since that takes a pass over the pool.
+    /// Verifies a certificate, which has to outlive the verdict. An explanation also finds where building
+    /// stopped, which takes a pass over the pool.
     [[nodiscard]] Verdict verify(const X509_CERT *target, bool explain) const;
 
-    /// Things about the anchors that the user may not have meant.
+    /// Likely mistakes of the user in the choice of anchors.
     [[nodiscard]] const std::vector<std::string> &warnings() const { return warnings_; }
 
   private:
@@ -72,14 +72,13 @@ class Verifier {
     std::vector<std::string> warnings_;
 };
 
-/// Puts certificates before their issuers. Building takes the first one that fits, and one also fits when its
-/// subject is the issuer of the certificate that is wanted: which Korean certificates name beside the key
-/// identifier.
+/// Puts certificates before their issuers. Building takes the first certificate that fits, and the issuer's
+/// own issuer also fits: Korean certificates name it beside the key identifier.
 void put_lower_first(std::vector<LoadedCertificate> &certificates);
 
-/// What the certificates of a path, target first, hold that validation does not look at, each with the
-/// subject and the extension: issuers that are no CAs, too many CAs below one, name constraints, policy
-/// mappings, and critical extensions that are none of those it knows.
+/// Warnings about what validation ignores in the certificates of a path, target first, each with the subject
+/// and the extension: issuers that are no CAs, too many CAs below one, name constraints, policy mappings, and
+/// unknown critical extensions.
 [[nodiscard]] std::vector<std::string> path_warnings(const X509_CERTIFICATES *path);
 
 /// A point in time as the command line writes it, in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null

@@ -1,4 +1,4 @@
-// What might help when a certificate is not valid.
+// Hints for certificates that are not valid.
 #include <algorithm>
 
 #include "document.hpp"
@@ -47,8 +47,8 @@ std::string Verifier::hint_for(const Verdict &verdict) const {
     }
 }
 
-/// Whether the path does not end, however long it may get: one of more certificates than the pool's and the
-/// target has met one of them twice.
+/// Whether the path never ends: a path of more certificates than the pool and the target holds one of them
+/// twice.
 bool Verifier::goes_round(const X509_CERT *target) const {
     const uint32_t available = get_X509_CERTIFICATES_count(pool_.get());
     CPV_SETTINGS longest = settings_;
@@ -76,8 +76,7 @@ std::string Verifier::building_hint(const Verdict &verdict) const {
     return "no certificate fits its authority key identifier; give its issuer's with --pool or --anchor";
 }
 
-/// A certificate that only names the same issuer in its authority key identifier may be taken for one's
-/// issuer.
+/// Building may choose a certificate as issuer only because the authority key identifier names its issuer.
 std::string Verifier::issuer_hint(const Verdict &verdict) const {
     const X509_CERT *failed = get_X509_CERTIFICATES_child(verdict.path.get(), verdict.failed_at);
     const X509_NAME *issuer = get_X509_issuer(failed);

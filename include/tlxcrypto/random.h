@@ -1,7 +1,5 @@
 /** @file
- * Random octets.
- *
- * Thread safety: may be called from any thread.
+ * Random octets. Every function may be called from any thread.
  */
 #ifndef TLXCRYPTO_RANDOM_H
 #define TLXCRYPTO_RANDOM_H
@@ -11,12 +9,9 @@
 
 TLX_BEGIN_DECLS
 
-/** Fills a buffer from the library's deterministic random bit generator (NIST SP 800-90A), which the
- * operating system seeds. Fit for keys, nonces and salts.
- *
- * @param octets  Receives len octets; may be null when len is 0.
- * @return 0, or 1 on a null buffer or when the generator fails (the buffer is zeroed then).
- */
+/** Fills a buffer with len octets, fit for keys, nonces and salts, from the library's deterministic random
+ * bit generator (NIST SP 800-90A), which the operating system seeds. octets may be null when len is 0.
+ * Returns 0, or 1 for null octets and when the generator fails, which leaves a buffer of zeros. */
 TLXCRYPTO_API uint32_t RAND_BYTES(uint8_t *octets, uint32_t len);
 
 TLX_END_DECLS

@@ -1,29 +1,66 @@
 /** @file
  * Certification paths: building them from a pool of certificates up to a trust anchor, and validating them in
- * the manner of RFC 5280, section 6.
+ * the manner of RFC 5280, section 6. The contract of all records is in x509_types.h.
  *
- * Validation checks signatures, validity periods, name chaining, the issuers' basic constraints and key
- * usage, and runs the valid-policy tree with the explicit-policy counter. It does not apply policy mappings,
- * name constraints and inhibitAnyPolicy, does not consult revocation lists, and does not fail on critical
- * extensions that it does not know.
- *
- * A path is a list of certificates whose first is the target (the end entity) and whose last is the
- * self-issued certificate of the trust anchor.
+ * A path is a list of certificates. The first is the target (the end entity), and the last is the self-issued
+ * certificate of the trust anchor. Validation checks signatures, validity periods, name chaining, the
+ * issuers' basic constraints and key usage, and policies.
  *
  * What differs from RFC 5280, and stays so because callers rely on it:
- * - Self-issued certificates, also in the middle of a path, have to be signed with their own key; they take
- * no part in policy processing, and a certificate that follows two of them finds no level of the policy tree
- * to extend.
- * - An issuer whose basic constraints say that it is no CA is refused when it has a key usage, whatever that
- * allows; one without a key usage passes.
- * - A pathLenConstraint is enforced when it is zero and the certificate below is a CA's; larger ones are not.
- * - The maximum path length limits building, not validation.
- * - anyPolicy goes on matching whatever inhibitAnyPolicy and the initial any-policy inhibit say.
  *
- * Threads: the settings are one set for the process. Each is read once, when an operation begins, and may be
- * changed at any time from any thread; operations with their own settings (_ex) do not look at them. Any
- * number of operations may run at once on distinct results; certificates, pools, anchors and paths may be
- * shared.
+ * What validation leaves out:
+ * - It does not consult revocation lists. It ignores name constraints, policy mappings, inhibitPolicyMapping,
+ * inhibitAnyPolicy, and every extension that it does not know, critical or not.
+ * - It does not look for a trust anchor. It trusts the certificate at the end of the path, which
+ * build_certPath() or the caller compared with an anchor.
+ * - It does not enforce the maximum path length, which limits building only.
+ *
+ * Self-issued certificates:
+ * - A certificate is self-issued when its issuer and subject are equal. Anywhere in a path, it has to be
+ * signed with its own key, not with that of the certificate above. Nothing else of it is checked: no validity
+ * period, no policies, no policy constraints. A self-issued target therefore passes below any anchor.
+ * - Any other certificate below a self-issued one fails with 0x53100049, unless that is the anchor's.
+ *
+ * The anchor's certificate:
+ * - It counts as an issuer: its extensions, basic constraints and key usage have to allow what it signed. Its
+ * validity period, policies and policy constraints are not checked.
+ *
+ * Names and keys:
+ * - Names are equal when their DER encodings are; the comparison of RFC 5280, section 7.1, which ignores case
+ * and spacing, is not used. Of a relative distinguished name only the first type and value counts.
+ * - A key without its algorithm's parameters does not inherit the issuer's.
+ *
+ * Extensions:
+ * - Every certificate that is not self-issued, and every issuer, needs extensions, whatever its version: one
+ * without any fails with 0x530A002B.
+ * - Of duplicate extensions the first counts; the others are ignored.
+ *
+ * Basic constraints and key usage of an issuer:
+ * - Without basic constraints it fails with 0x5309011B. With a cA that is omitted, as DER writes FALSE, it
+ * fails with 0x5309000E. With a FALSE written out it fails with 0x5309011B when the key usage has
+ * keyCertSign, fails with 0x530A0118 when the key usage lacks that, and passes without a key usage.
+ * - A pathLenConstraint counts when it is 0 and cA is true: a certificate directly below may then not say
+ * that it is a CA, not even the target. Larger values, and CAs further down, are not checked.
+ * - A key usage that cannot be read counts as one without keyCertSign.
+ *
+ * Policies:
+ * - An explicit policy is required unless the settings say otherwise.
+ * - A requireExplicitPolicy of 0 changes nothing. Policy constraints that cannot be read are ignored.
+ * - anyPolicy in a certificate matches a node that expects anyPolicy, and no other: below a certificate with
+ * the policy A alone it ends A. No inhibit stops it from matching.
+ * - A node that expects anyPolicy gets a child for every policy of the next certificate, those that other
+ * nodes also match included. So a level may hold a policy several times.
+ * - While an explicit policy is required, a certificate without certificate policies fails at once with
+ * 0x5310011C. A tree that has run empty fails only at the end, with 0x53070119.
+ * - The user's policies are compared with the deepest level alone, in its order. A node stays when it equals
+ * one of them or follows a node that stayed. A node with anyPolicy equals no other policy of the user, and is
+ * not replaced by the user's policies. anyPolicy among the user's policies accepts a tree whose deepest level
+ * has nodes, as it is.
+ * - Qualifiers are ignored. A policy that a certificate names twice counts once.
+ *
+ * Settings and threads. The settings are one set for the process, which any thread may change at any time. An
+ * operation reads each setting once, when it begins; operations with settings of their own (_ex) ignore those
+ * of the process. Certificates, pools, anchors and paths may be shared.
  */
 #ifndef TLXPKI_CPV_H
 #define TLXPKI_CPV_H
@@ -36,7 +73,7 @@ TLX_BEGIN_DECLS
 
 /** A name and a key that are trusted. */
 typedef struct TRUST_ANCHOR {
-    uint32_t kind;          /**< free for the caller; not looked at */
+    uint32_t kind;          /**< free for the caller; ignored */
     X509_NAME *name;        /**< owned */
     X509_PUBKEY *publicKey; /**< owned */
 } TRUST_ANCHOR;
@@ -44,77 +81,62 @@ typedef struct TRUST_ANCHOR {
 /** TRUST_ANCHOR entries. */
 typedef STACK TRUST_ANCHORS;
 
-/** An empty anchor, freed with free_TRUST_ANCHOR(); null when memory runs out. */
+/**
+ * TRUST_ANCHOR. It encodes as SEQUENCE { Name, SubjectPublicKeyInfo }, without kind; dup_ copies kind.
+ * - Decoder: 0x53040049 null argument; 0x5304002B not exactly two children; 0x53040104 the name or the key
+ * cannot be read.
+ * - Encoder: 0x53030049 null argument, name or key; 0x53030103 the name or the key cannot be encoded.
+ * @{
+ */
 TLXPKI_API TRUST_ANCHOR *new_TRUST_ANCHOR(void);
-/** Frees the members and empties the anchor; null is ignored. */
 TLXPKI_API void clean_TRUST_ANCHOR(TRUST_ANCHOR *anchor);
-/** Frees an anchor with its members; null is ignored. */
 TLXPKI_API void free_TRUST_ANCHOR(TRUST_ANCHOR *anchor);
-/** A deep copy, freed with free_TRUST_ANCHOR(); null for null and when memory runs out. */
 TLXPKI_API TRUST_ANCHOR *dup_TRUST_ANCHOR(const TRUST_ANCHOR *anchor);
-/**
- * An anchor with the subject and the public key of a certificate.
- * @param cert the certificate, as a rule a self-issued one; stays the caller's
- * @return the anchor, freed with free_TRUST_ANCHOR(); null for null, a certificate without subject or key,
- * and when memory runs out
- */
-TLXPKI_API TRUST_ANCHOR *create_TRUST_ANCHOR_from_X509_CERT(const X509_CERT *cert);
-/**
- * Decodes SEQUENCE { Name, SubjectPublicKeyInfo }.
- * @param node the node
- * @param out  the anchor it points to is filled, else it receives a new one; unchanged on failure but for a
- * filled one
- * @return 0; 0x53040049 for a null argument; 0x5304002B when there are not exactly two children; 0x53040104
- * when the name or the key cannot be read, and when memory runs out
- */
 TLXPKI_API uint32_t Seq_to_TRUST_ANCHOR(const ASN1_UNIT *node, TRUST_ANCHOR **out);
-/**
- * Encodes SEQUENCE { Name, SubjectPublicKeyInfo }.
- * @param anchor the anchor
- * @param out    receives a new node, freed with free_ASN1_UNIT(), whatever it holds before. Unchanged on
- * failure
- * @return 0; 0x53030049 for a null argument and an anchor without name or key; 0x53030103 when the name or
- * the key cannot be encoded, and when memory runs out
- */
 TLXPKI_API uint32_t TRUST_ANCHOR_to_Seq(const TRUST_ANCHOR *anchor, ASN1_UNIT **out);
+/** @} */
 
-/** An empty list, freed with free_TRUST_ANCHORS(); null when memory runs out. */
+/** Makes an anchor with the subject and the public key of a certificate, as a rule a self-issued one. Returns
+ * null for null, a certificate without subject or key, and when memory runs out. */
+TLXPKI_API TRUST_ANCHOR *create_TRUST_ANCHOR_from_X509_CERT(const X509_CERT *cert);
+
+/**
+ * TRUST_ANCHORS: a list of TRUST_ANCHOR without an encoding. add_TRUST_ANCHORS() appends a copy.
+ * @{
+ */
 TLXPKI_API TRUST_ANCHORS *new_TRUST_ANCHORS(void);
-/** Frees a list with its anchors; null is ignored. */
 TLXPKI_API void free_TRUST_ANCHORS(TRUST_ANCHORS *anchors);
-/** Appends a copy of an anchor. 0; 1 for a null argument and when memory runs out. */
 TLXPKI_API uint32_t add_TRUST_ANCHORS(TRUST_ANCHORS *anchors, const TRUST_ANCHOR *anchor);
-/** The number of anchors; 0 for null. */
 TLXPKI_API uint32_t get_TRUST_ANCHORS_count(const TRUST_ANCHORS *anchors);
-/** The anchor at a zero-based index, which the list owns; null when there is none. */
 TLXPKI_API TRUST_ANCHOR *get_TRUST_ANCHORS_child(const TRUST_ANCHORS *anchors, int32_t index);
-/** The index of the first anchor with the same name and public key; -1 when there is none or an argument is
- * null. */
+/** @} */
+
+/** Returns the index of the first anchor with the same name and public key; -1 when there is none and for a
+ * null argument. */
 TLXPKI_API int32_t get_TRUST_ANCHORS_index_by_TRUST_ANCHOR(const TRUST_ANCHORS *anchors,
                                                            const TRUST_ANCHOR *anchor);
 
 /* ---- Settings ---- */
 
-/** What validation starts from; for operations with settings of their own. */
+/** What building and validation start from; for operations with settings of their own. */
 typedef struct CPV_SETTINGS {
     const ASN1_TIME *time; /**< the point in time to validate at, in UTC; null for the present */
-    uint32_t initial_any_policy_inhibit; /**< has no effect yet */
+    uint32_t initial_any_policy_inhibit; /**< has no effect */
     uint32_t initial_explicit_policy;    /**< nonzero requires an acceptable policy on every path */
     int32_t max_certificatePath_length;  /**< most certificates below the anchor's, less one; see
                                             build_certPath() */
 } CPV_SETTINGS;
 
-/** The process-wide settings at this moment, with the present as the time. Null is ignored. */
+/** Stores the process-wide settings of this moment, with a null time. Ignores null. */
 TLXPKI_API void get_CPV_SETTINGS(CPV_SETTINGS *settings);
 
 /** The initial any-policy inhibit; 0 until it is set. */
 TLXPKI_API uint32_t get_initial_any_policy_inhibit(void);
-/** Sets it. It has no effect yet: anyPolicy goes on matching. */
+/** Sets it, without an effect: anyPolicy goes on matching. */
 TLXPKI_API void set_initial_any_policy_inhibit(uint32_t inhibit);
 /** The initial explicit policy; 255 until it is set. */
 TLXPKI_API uint32_t get_initial_explicit_policy(void);
-/** Sets it for all validations that start from now on: nonzero requires an acceptable policy on every path.
- */
+/** Sets it: nonzero requires an acceptable policy on every path. */
 TLXPKI_API void set_initial_explicit_policy(uint32_t required);
 /** Always 0: policy mappings are not processed, and the pair exists for symmetry only. */
 TLXPKI_API uint32_t get_initial_policy_mapping_inhibit(void);
@@ -122,49 +144,43 @@ TLXPKI_API uint32_t get_initial_policy_mapping_inhibit(void);
 TLXPKI_API void set_initial_policy_mapping_inhibit(uint32_t inhibit);
 /** The maximum path length; 3 until it is set. */
 TLXPKI_API int32_t get_max_certificatePath_length(void);
-/** Sets the maximum path length. 0; 1 for a length below 1 (nothing changes then). */
+/** Sets the maximum path length. Returns 0; 1 for a length below 1 (nothing changes then). */
 TLXPKI_API uint32_t set_max_certificatePath_length(int32_t length);
 
 /* ---- Building ---- */
 
 /**
- * Tells whether a certificate is self-issued. Only the names are compared; no signature is checked.
- * @param cert the certificate
- * @return 0 (yes) when issuer and subject are equal, 1 (no) otherwise and for null: mind the sense
+ * Compares issuer and subject of a certificate, without checking a signature.
+ * @return 0 (yes) when they are equal, that is, the certificate is self-issued; 1 (no) otherwise and for
+ * null: mind the sense
  */
 TLXPKI_API uint32_t is_selfSigned(const X509_CERT *cert);
 
 /**
  * Builds the path from a certificate to a trust anchor, with the process-wide settings.
  *
- * From the target on, each certificate has to be within its validity period. Its issuer is the first of the
- * pool, in pool order, that fits its authority key identifier: by keyIdentifier (equal to the candidate's
- * subject key identifier over the length of that), by authorityCertSerialNumber, or by a directory name that
- * comes first in authorityCertIssuer. A certificate that is self-issued ends the path; its subject and key
- * have to be an anchor's. Each call makes its own index of a large pool, in one pass.
+ * Each certificate from the target on has to be within its validity period. Its issuer is the first of the
+ * pool, in pool order, that fits its authority key identifier in one of three ways: by keyIdentifier, which
+ * has to begin with the candidate's subject key identifier; by authorityCertSerialNumber; or by a directory
+ * name that comes first in authorityCertIssuer. No other candidate is tried. A self-issued certificate ends
+ * the path, and its subject and key have to be an anchor's. Each call makes its own index of a large pool, in
+ * one pass.
  *
  * @param pool    the certificates to choose issuers from, the anchor's own among them
- * @param anchors the trust anchors
  * @param target  the certificate to begin with; need not be in the pool
- * @param path    copies of the certificates are appended to the list it points to, or to a new one (freed
- * with free_X509_CERTIFICATES()). On failure a caller's list keeps what was appended, and none is made
- * @return 0
- * @return 0x53050049 for a null argument
- * @return 0x53050047 when more than the maximum path length plus one certificates, or more than there are,
- *         stand below the anchor's (certificates that issue each other end here), when one that is not
- * self-issued has no authority key identifier that can be read, and when no certificate of the pool fits it
- * @return 0x53050116 when the self-issued certificate is no trust anchor
- * @return 0x5305003C when memory runs out
- * @return a status of verify_X509_validity()
+ * @param path    copies of the certificates are appended to the list it points to, or to a new one. On
+ * failure a caller's list keeps what was appended, and none is made
+ * @return 0; 0x53050049 for a null argument; 0x53050116 when the self-issued certificate is no trust anchor;
+ * 0x5305003C when memory runs out; a status of verify_X509_validity()
+ * @return 0x53050047 when more certificates than the maximum path length plus one, or than the pool and the
+ * target, are below the anchor's (so certificates that issue each other end); when one that is not
+ * self-issued has no authority key identifier that can be read; and when no certificate of the pool fits it
  */
 TLXPKI_API uint32_t build_certPath(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
                                    const X509_CERT *target, X509_CERTIFICATES **path);
 
-/**
- * The same with settings of one's own, of which time and maximum path length count.
- * @param settings null for the process-wide ones
- * @return a status of build_certPath()
- */
+/** build_certPath() with settings of the caller's, of which time and maximum path length count; null for the
+ * process-wide ones. */
 TLXPKI_API uint32_t build_certPath_ex(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
                                       const X509_CERT *target, X509_CERTIFICATES **path,
                                       const CPV_SETTINGS *settings);
@@ -197,92 +213,80 @@ typedef struct node_LIST {
 
 #define TLX_NODE_LIST_MARKER 64U
 
-/** A record with the criticality indicator -1, freed with free_VALID_POLICY_DATA(); null when memory runs
- * out. */
+/**
+ * The parts of the tree. new_ and free_ follow the contract of records. New data has the criticality
+ * indicator -1, a new node has no data, and a new list has no levels (depth -1). free_ also frees a node's
+ * data, a list's nodes and all levels.
+ * @{
+ */
 TLXPKI_API VALID_POLICY_DATA *new_VALID_POLICY_DATA(void);
-/** Frees a record with its members; null is ignored. */
 TLXPKI_API void free_VALID_POLICY_DATA(VALID_POLICY_DATA *data);
-/** A node without data, freed with free_VALID_POLICY_NODE(); null when memory runs out. */
 TLXPKI_API VALID_POLICY_NODE *new_VALID_POLICY_NODE(void);
-/** Frees a node with its data; null is ignored. */
 TLXPKI_API void free_VALID_POLICY_NODE(VALID_POLICY_NODE *node);
-/** An empty list of nodes, freed with free_VALID_POLICY_NODES(); null when memory runs out. */
 TLXPKI_API VALID_POLICY_NODES *new_VALID_POLICY_NODES(void);
-/** Frees a list with its nodes; null is ignored. */
 TLXPKI_API void free_VALID_POLICY_NODES(VALID_POLICY_NODES *nodes);
-/** A list without levels (depth -1), freed with free_node_LIST(); null when memory runs out. */
 TLXPKI_API node_LIST *new_node_LIST(void);
-/** Frees a list with all its levels and their nodes; null is ignored. */
 TLXPKI_API void free_node_LIST(node_LIST *list);
+/** @} */
+
 /** Reverses the order of the levels and returns the new head; null for null. */
 TLXPKI_API node_LIST *reverse_node_LIST(node_LIST *list);
-/** Frees every level from the n-th on (0 for the head, which stays as a list without levels), with their
- * nodes. */
+/** Frees every level from the n-th on with its nodes. Level 0 is the head, which stays as a list without
+ * levels. */
 TLXPKI_API void remove_node_LIST(node_LIST *list, uint32_t n);
 /** The number of levels; 0 for null and for a list without levels. */
 TLXPKI_API uint32_t get_count_from_node_LIST(const node_LIST *list);
-/**
- * Adds a level that holds copies of nodes: as depth 0 to a list without levels, else after the deepest.
- * @return 0; 0x530B0049 for a null argument; 0x530B003C when memory runs out
- */
+/** Adds a level that holds copies of nodes: as depth 0 to a list without levels, else after the deepest.
+ * Returns 0; 0x530B0049 for a null argument; 0x530B003C when memory runs out. */
 TLXPKI_API uint32_t add_VALID_POLICY_TREE_LIST(node_LIST *list, const VALID_POLICY_NODES *nodes);
-/**
- * Prints the valid policies of each level that has nodes to standard output. Prints nothing for null and for
- * a list whose head is not marked as a level.
- */
+/** Prints the valid policies of each level that has nodes to standard output. Prints nothing for null and for
+ * a list whose head is not marked as a level. */
 TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
 
 /* ---- Validation ---- */
 
-/** The certificates of a path at most, the anchor's among them. */
+/** The most certificates that a path may have, the anchor's included. */
 #define TLX_CPV_MAX_CERTIFICATES 1000U
-/** The nodes of the policy tree that one validation makes at most. They take some 40 MB. */
+/** The most nodes of the policy tree that one validation makes. They take some 40 MB. */
 #define TLX_CPV_MAX_POLICY_NODES 100000U
 
 /**
  * Validates a path with the process-wide settings, at the present time.
  *
- * Each node of the policy tree gets children of its own, so that certificates which name both anyPolicy and
- * many policies make a tree that grows with the square of the path's length. TLX_CPV_MAX_POLICY_NODES limits
- * it: 100 policies beside anyPolicy exceed it with 45 certificates below the anchor's.
+ * Certificates that name both anyPolicy and many policies make a tree that grows with the square of the
+ * path's length. TLX_CPV_MAX_POLICY_NODES limits it: 100 policies beside anyPolicy exceed it with 45
+ * certificates below the anchor's.
  *
- * @param path                    the path, target first, the anchor's self-issued certificate last. That it
- * ends in a trust anchor is for build_certPath() or the caller to see to
- * @param user_initial_policy_set the policies that are acceptable to the caller, or null for any. Those that
- * the final step compared are freed and taken out of the list; the others, and the list, stay the caller's.
- * anyPolicy accepts everything
- * @param tree                    on success receives the valid-policy tree, freed with free_node_LIST(); a
- * list it points to is emptied and filled instead, and on failure keeps the levels built so far. May be null
- * @return 0
- * @return 0x53070049 for a null path
- * @return 0x5307002B for an empty path
- * @return 0x53070047 when the path has more than TLX_CPV_MAX_CERTIFICATES certificates, and when the maximum
- * path length is below 0
- * @return 0x53070119 when no acceptable policy is left while an explicit policy is required
- * @return 0x53100047 when the policy tree takes more than TLX_CPV_MAX_POLICY_NODES nodes
- * @return 0x53100049 when the path does not end in a self-issued certificate, and when a certificate has no
- * level of the tree to extend
- * @return 0x53100054 when a signature does not verify with the issuer's key
- * @return 0x53100106 when the issuer's name is not the subject of the issuer's certificate
- * @return 0x5310011C when an explicit policy is required and the certificate has no certificate policies
- * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when its basic
- * constraints are missing, are not those of a CA while its key usage has keyCertSign, or allow no CA below it
- * @return 0x530A0118 when the issuer's key usage lacks keyCertSign
- * @return 0x530A002B when the certificate or its issuer has no extensions at all
- * @return 0x530A0047 when the certificate policies cannot be read
+ * @param path                    the path, target first, the anchor's self-issued certificate last
+ * @param user_initial_policy_set the policies that the caller accepts; null for any. The policies that the
+ * final step compared are freed and leave the list; the others and the list stay the caller's
+ * @param tree                    on success receives the valid-policy tree, freed with free_node_LIST(). A
+ * list that it points to is emptied and filled instead, and keeps the levels built so far on failure. May be
+ * null
+ * @return 0; 0x53070049 for a null path; 0x5307002B for an empty path; 0x53070047 when the path has
+ * more than TLX_CPV_MAX_CERTIFICATES certificates, and when the maximum path length is below 0; 0x53070119
+ * when no acceptable policy is left while an explicit policy is required
+ * @return 0x53100047 when the policy tree takes more than TLX_CPV_MAX_POLICY_NODES nodes; 0x53100049 when the
+ * path does not end in a self-issued certificate, and when a certificate has no level of the tree to extend;
+ * 0x53100054 when a signature does not verify with the issuer's key; 0x53100106 when the issuer's name is not
+ * the subject of the issuer's certificate; 0x5310011C when an explicit policy is required and the certificate
+ * has no certificate policies
+ * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when they are missing,
+ * are not those of a CA while its key usage has keyCertSign, or allow no CA below it; 0x530A0118 when the
+ * issuer's key usage lacks keyCertSign; 0x530A002B when the certificate or its issuer has no extensions at
+ * all; 0x530A0047 when the certificate policies cannot be read
  * @return 0x5307003C when memory runs out; where it runs out within a step, that step's status
- * @return a status of verify_X509_validity(); a status of verify_SIG_X509_CERT() for a self-issued
- * certificate
+ * @return a status of verify_X509_validity(); for a self-issued certificate a status of
+ * verify_SIG_X509_CERT()
  */
 TLXPKI_API uint32_t validate_certpath(const X509_CERTIFICATES *path,
                                       OBJECT_IDENTIFIERS *user_initial_policy_set, node_LIST **tree);
 
 /**
- * The same with settings of one's own.
+ * validate_certpath() with settings of the caller's.
  * @param settings   null for the process-wide ones
- * @param stopped_at receives the index in the path of the certificate that failed, -1 when none did (also
+ * @param stopped_at receives the index in the path of the certificate that failed; -1 when none did (also
  * when the final step over all of them failed). May be null
- * @return a status of validate_certpath()
  */
 TLXPKI_API uint32_t validate_certpath_ex(const X509_CERTIFICATES *path,
                                          OBJECT_IDENTIFIERS *user_initial_policy_set, node_LIST **tree,

@@ -1,6 +1,6 @@
 /** @file
  * General names (RFC 5280, section 4.2.1.6): the contents of subjectAltName and issuerAltName, and the names
- * in other extensions. What the operations of every record and list have in common stands in x509v3.h.
+ * in other extensions. The contract of all records is in x509_types.h.
  */
 #ifndef TLXPKI_GENERAL_NAME_H
 #define TLXPKI_GENERAL_NAME_H
@@ -9,15 +9,15 @@
 
 TLX_BEGIN_DECLS
 
-/** OtherName: a value of a type that an object identifier names. */
+/** OtherName: a value whose type an object identifier names. */
 typedef struct OTHERNAME {
     OBJECT_IDENTIFIER *type_id; /**< owned */
-    ASN1_STRING *value; /**< type: the identifier octet of the value that stands inside the tag [0]; data:
-                             that element's contents octets as they are; owned */
+    ASN1_STRING *value;         /**< type: identifier octet of the element inside the tag [0]; data: its
+                                     contents octets; owned */
 } OTHERNAME;
 
 /**
- * OTHERNAME. Reads a SEQUENCE, or what stands under the tag [0] of a general name.
+ * OTHERNAME. The decoder reads a SEQUENCE, or the element under the tag [0] of a general name.
  * - Decoder: 0x47050049 null argument; 0x4705002B not exactly two children; 0x47050104 otherwise.
  * - Encoder: 0x47060049 null argument; 0x47060103 a member is missing or cannot be encoded.
  * @{
@@ -64,14 +64,14 @@ enum {
     TLX_GENERAL_NAME_REGISTERED_ID = 8
 };
 
-/** GeneralName. The choice tells which member of value is in use; one that is null counts as missing. */
+/** GeneralName. The choice says which member of value is in use; a null member counts as missing. */
 typedef struct GENERAL_NAME {
     uint32_t choice; /**< TLX_GENERAL_NAME_... */
     union {
         OTHERNAME *otherName;
         IA5_STRING *ia5String;    /**< rfc822Name, dNSName and uniformResourceIdentifier */
-        ASN1_STRING *x400Address; /**< the element inside the tag, as TLX_TAG_ANY_STRING reads it; where
-                                       the tag holds several, type 0xA3 and all of them as data */
+        ASN1_STRING *x400Address; /**< the element inside the tag, as TLX_TAG_ANY_STRING reads it; several
+                                       elements have type 0xA3 and are the data */
         X509_NAME *directoryName;
         EDIPARTYNAME *ediPartyName;
         OCTET_STRING *iPAddress; /**< 4 or 16 octets; in name constraints 8 or 32 (address and mask) */
@@ -81,8 +81,8 @@ typedef struct GENERAL_NAME {
 } GENERAL_NAME;
 
 /**
- * GENERAL_NAME. The node is that of the tagged element, and the low five bits of its identifier octet are the
- * choice. An ediPartyName is also read with a SEQUENCE of its own inside the tag; it is written without one.
+ * GENERAL_NAME. The node holds the tagged element. The low five bits of its identifier octet are the choice.
+ * The decoder also reads an ediPartyName with a SEQUENCE of its own inside the tag; the encoder writes none.
  * - Decoder: 0x470B0049 null argument; 0x470B0104 a choice above 8, or a value that cannot be read.
  * - Encoder: 0x470C0049 null argument; 0x470C0103 a choice above 8, or a value that is missing or cannot be
  * encoded.
@@ -100,26 +100,15 @@ TLXPKI_API uint32_t GENERAL_NAME_to_Seq(const GENERAL_NAME *record, ASN1_UNIT **
  * Makes a general name whose value is octets: an e-mail address, host name or URI (an IA5_STRING of the
  * octets as they are), an IP address, or a registered identifier (its dotted text).
  * @param choice TLX_GENERAL_NAME_RFC822_NAME, _DNS_NAME, _URI, _IP_ADDRESS or _REGISTERED_ID
- * @param octets the value; copied
- * @param len    octets at `octets`; below 0 they are a text that ends with a zero octet
- * @return the name, freed with free_GENERAL_NAME(); null for another choice, null octets, and when memory
- * runs out
+ * @param len    octets at `octets`; a negative length means that they are a NUL-terminated text
+ * @return the name; null for another choice, null octets, and when memory runs out
  */
 TLXPKI_API GENERAL_NAME *create_GENERAL_NAME(uint32_t choice, const void *octets, int32_t len);
 
-/**
- * Makes a directoryName.
- * @param name the name; copied
- * @return the general name, freed with free_GENERAL_NAME(); null for null and when memory runs out
- */
+/** Makes a directoryName; null for null and when memory runs out. */
 TLXPKI_API GENERAL_NAME *create_GENERAL_NAME_directoryName(const X509_NAME *name);
 
-/**
- * Makes an otherName.
- * @param type_id its type; copied
- * @param value   its value, as OTHERNAME holds it; copied
- * @return the general name, freed with free_GENERAL_NAME(); null for a null argument and when memory runs out
- */
+/** Makes an otherName from its two members; null for a null argument and when memory runs out. */
 TLXPKI_API GENERAL_NAME *create_GENERAL_NAME_otherName(const OBJECT_IDENTIFIER *type_id,
                                                        const ASN1_STRING *value);
 
@@ -141,14 +130,7 @@ TLXPKI_API uint32_t add_GENERAL_NAMES_child(GENERAL_NAMES *list, const GENERAL_N
 TLXPKI_API GENERAL_NAME *remove_GENERAL_NAMES_child(GENERAL_NAMES *list, int32_t index);
 /** @} */
 
-/**
- * The first general name of a choice.
- * @param names  the names, or null
- * @param choice TLX_GENERAL_NAME_...
- * @param after  the search starts behind this index; below 0 at the first name. The previous result finds the
- * next
- * @return its zero-based index, or -1 when there is none
- */
+/** Searches for a general name of a choice, TLX_GENERAL_NAME_..., with `after` as lastpos. */
 TLXPKI_API int32_t get_GENERAL_NAMES_index_by_choice(const GENERAL_NAMES *names, uint32_t choice,
                                                      int32_t after);
 

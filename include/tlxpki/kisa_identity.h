@@ -1,10 +1,9 @@
 /** @file
  * The identity of a person or company in the subjectAltName of a Korean certificate: an otherName with the
  * real name and the virtual identifier (VID), a digest made from the resident or business registration number
- * and a random number that only the holder has. What the operations of every record have in common stands in
- * x509v3.h.
+ * and a random number that only the holder has. The contract of all records is in x509_types.h.
  *
- * How the digest is computed is not part of the record; a caller compares virtualID itself.
+ * Callers compute the digest and compare it with virtualID themselves.
  */
 #ifndef TLXPKI_KISA_IDENTITY_H
 #define TLXPKI_KISA_IDENTITY_H
@@ -44,7 +43,7 @@ typedef struct KISA_IDENTIFY_DATA {
 } KISA_IDENTIFY_DATA;
 
 /**
- * KISA_IDENTIFY_DATA. Entries of userInfos after the first are not read.
+ * KISA_IDENTIFY_DATA. The decoder ignores entries of userInfos after the first.
  * - Decoder: 0x47030049 null argument; 0x4703002B neither one nor two children; 0x47030104 a child cannot be
  * read.
  * - Encoder: 0x47040049 null argument; 0x47040103 realName is missing, only one of idType and vid is there,
@@ -60,38 +59,29 @@ TLXPKI_API uint32_t KISA_IDENTIFY_DATA_to_Seq(const KISA_IDENTIFY_DATA *record, 
 /** @} */
 
 /**
- * Makes the identity data that Korean certification authorities issue: idType is 1.2.410.200004.10.1.1.1
- * (VID).
- * @param real_name  UTF-8 text
- * @param hash_alg   the digest that virtual_id was made with; copied
- * @param virtual_id the virtual identifier; copied
- * @param len        octets at virtual_id
- * @return the record, freed with free_KISA_IDENTIFY_DATA(); null for a null argument, len 0, and when memory
- * runs out
+ * Makes the identity data that Korean certification authorities issue, with the idType
+ * 1.2.410.200004.10.1.1.1 (VID).
+ * @param real_name UTF-8 text
+ * @param hash_alg  the digest that made virtual_id
+ * @param len       octets at virtual_id
+ * @return the record; null for a null argument, len 0, and when memory runs out
  */
 TLXPKI_API KISA_IDENTIFY_DATA *create_KISA_IDENTIFY_DATA(const char *real_name,
                                                          const OBJECT_IDENTIFIER *hash_alg,
                                                          const uint8_t *virtual_id, uint32_t len);
 
 /**
- * Takes the identity data out of the names of a subjectAltName: the first otherName whose type is
+ * Decodes the identity data in the names of a subjectAltName: the first otherName whose type is
  * 1.2.410.200004.10.1.1 (in use today) or 1.2.410.200004.6.1 (before).
- * @param names the names
- * @param out   as for Seq_to_KISA_IDENTIFY_DATA()
- * @return 0
- * @return 0x473D0049 when an argument is null
- * @return 0x473D0047 when there is no such name
- * @return the failure of Seq_to_KISA_IDENTIFY_DATA() (0x4703....) when its value cannot be read
+ * @param out as for Seq_to_KISA_IDENTIFY_DATA()
+ * @return 0; 0x473D0049 for a null argument; 0x473D0047 when there is no such name; the failure of
+ * Seq_to_KISA_IDENTIFY_DATA() (0x4703....) when its value cannot be read
  */
 TLXPKI_API uint32_t get_KISA_IDENTIFY_DATA_from_GENERAL_NAMES(const GENERAL_NAMES *names,
                                                               KISA_IDENTIFY_DATA **out);
 
-/**
- * Makes the general name that carries identity data: an otherName of type 1.2.410.200004.10.1.1.
- * @param data the data
- * @return the name, freed with free_GENERAL_NAME(); null for null, data that cannot be encoded, and when
- * memory runs out
- */
+/** Makes the general name that carries identity data, an otherName of type 1.2.410.200004.10.1.1; null for
+ * null, data that cannot be encoded, and when memory runs out. */
 TLXPKI_API GENERAL_NAME *create_GENERAL_NAME_KISA_IDENTIFY_DATA(const KISA_IDENTIFY_DATA *data);
 
 TLX_END_DECLS

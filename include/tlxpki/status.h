@@ -1,8 +1,7 @@
 /** @file
  * Status codes.
  *
- * An operation that can fail returns 0 for success, or an unsigned 32-bit code that says where and why it
- * failed:
+ * An operation returns 0 for success, or an unsigned 32-bit code that says where and why it failed:
  *
  * | bits  | field    | meaning                                                                              |
  * |-------|----------|--------------------------------------------------------------------------------------|
@@ -10,77 +9,49 @@
  * | 23-16 | function | the operation within that module, numbered from 1; 0 for routines shared by a module |
  * | 15-0  | reason   | why, TLX_REASON_...                                                                  |
  *
- * Group and function together name the operation that reports. An operation reports its own code, not that of
- * an operation it called, except where its documentation says so. The codes of each operation stand with its
- * declaration.
+ * Group and function name the operation that reports. An operation reports its own code, not that of an
+ * operation it called, except where its documentation says so. Each declaration lists its codes.
  *
  *     uint32_t status = readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), der, len);
  *     if (status != 0 && TLX_STATUS_REASON(status) == TLX_REASON_NOT_DER) ...
  *
- * Some operations return a length or a pointer instead and say so: lengths fail with 0xFFFFFFFF (a few with
- * 0), pointers with null. A few return the plain value 1 for failure, which is in none of the groups.
+ * Operations that return a length fail with 0xFFFFFFFF (a few with 0), those that return a pointer with null.
+ * A few return the plain value 1 for failure, which is in none of the groups.
  */
 #ifndef TLXPKI_STATUS_H
 #define TLXPKI_STATUS_H
 
 #include <stdint.h>
 
-/** The only value that means success. */
-#define TLX_SUCCESS 0U
+#define TLX_SUCCESS 0U /**< the only value that means success */
 
 /* The parts of a status code, which is a uint32_t. */
-
-/** The module group of a status code. */
 #define TLX_STATUS_GROUP(status) ((status) >> 24)
-/** The function byte of a status code. */
 #define TLX_STATUS_FUNCTION(status) (((status) >> 16) & 0xFFU)
-/** The reason of a status code. */
 #define TLX_STATUS_REASON(status) ((status)&0xFFFFU)
 
-/* Module groups */
-
-/** Routines shared by the X.509 and object identifier modules. */
-#define TLX_GROUP_SHARED 0x40U
-/** ASN1_STRING and ASN1_TIME. */
-#define TLX_GROUP_VALUES 0x41U
-/** BER layer: node building, typed encoders. */
-#define TLX_GROUP_BER 0x42U
-/** DER layer: node building, reading and writing. */
-#define TLX_GROUP_DER 0x43U
-/** BER layer, secondary group. */
-#define TLX_GROUP_BER_SECONDARY 0x44U
-/** Conversions of UTCTime and GeneralizedTime. */
-#define TLX_GROUP_TIME 0x45U
-/** X.509 certificates, names and keys. */
-#define TLX_GROUP_X509 0x46U
-/** X.509 version 3 extensions. */
-#define TLX_GROUP_X509_EXTENSIONS 0x47U
-/** Certificate revocation lists. */
-#define TLX_GROUP_CRL 0x48U
-/** PKCS #1 keys and parameters, PKCS #11 access. */
-#define TLX_GROUP_PKCS1 0x49U
-/** PKCS #5 password-based encryption. */
-#define TLX_GROUP_PKCS5 0x4AU
-/** PKCS #7 messages. */
-#define TLX_GROUP_PKCS7 0x4BU
-/** PKCS #8 private keys. */
-#define TLX_GROUP_PKCS8 0x4CU
-/** PKCS #12. */
-#define TLX_GROUP_PKCS12 0x4DU
-/** PEM, and the files it is read from and written to. */
-#define TLX_GROUP_PEM 0x4EU
-/** Building of certification paths, and signature values. */
-#define TLX_GROUP_PATH_BUILDING 0x4FU
-/** OCSP. */
-#define TLX_GROUP_OCSP 0x50U
-/** Issuer and serial number. */
-#define TLX_GROUP_ISSUER_AND_SERIAL 0x51U
-/** CMS. */
-#define TLX_GROUP_CMS 0x52U
-/** Validation of certification paths. */
-#define TLX_GROUP_PATH_VALIDATION 0x53U
-/** Certificate trust lists. */
-#define TLX_GROUP_CTL 0x54U
+/* Module groups. */
+#define TLX_GROUP_SHARED 0x40U            /**< routines shared by the X.509 and object identifier modules */
+#define TLX_GROUP_VALUES 0x41U            /**< ASN1_STRING and ASN1_TIME */
+#define TLX_GROUP_BER 0x42U               /**< BER layer: node building, typed encoders */
+#define TLX_GROUP_DER 0x43U               /**< DER layer: node building, reading and writing */
+#define TLX_GROUP_BER_SECONDARY 0x44U     /**< BER layer, secondary group */
+#define TLX_GROUP_TIME 0x45U              /**< conversions of UTCTime and GeneralizedTime */
+#define TLX_GROUP_X509 0x46U              /**< X.509 certificates, names and keys */
+#define TLX_GROUP_X509_EXTENSIONS 0x47U   /**< X.509 version 3 extensions */
+#define TLX_GROUP_CRL 0x48U               /**< certificate revocation lists */
+#define TLX_GROUP_PKCS1 0x49U             /**< PKCS #1 keys and parameters, PKCS #11 access */
+#define TLX_GROUP_PKCS5 0x4AU             /**< PKCS #5 password-based encryption */
+#define TLX_GROUP_PKCS7 0x4BU             /**< PKCS #7 messages */
+#define TLX_GROUP_PKCS8 0x4CU             /**< PKCS #8 private keys */
+#define TLX_GROUP_PKCS12 0x4DU            /**< PKCS #12 */
+#define TLX_GROUP_PEM 0x4EU               /**< PEM, and the files it is read from and written to */
+#define TLX_GROUP_PATH_BUILDING 0x4FU     /**< building of certification paths, and signature values */
+#define TLX_GROUP_OCSP 0x50U              /**< OCSP */
+#define TLX_GROUP_ISSUER_AND_SERIAL 0x51U /**< issuer and serial number */
+#define TLX_GROUP_CMS 0x52U               /**< CMS */
+#define TLX_GROUP_PATH_VALIDATION 0x53U   /**< validation of certification paths */
+#define TLX_GROUP_CTL 0x54U               /**< certificate trust lists */
 
 /* Reasons. Values that are not listed occur in single modules and are documented there. */
 
@@ -105,8 +76,7 @@
 #define TLX_REASON_NOT_COPIED 0x003BU
 /** A node, list or structure could not be allocated. */
 #define TLX_REASON_NOT_ALLOCATED 0x003CU
-/** An object identifier, child or other item was not found, or a limit was exceeded: path too long, no
- * issuer, unknown algorithm. */
+/** An identifier, child or other item was not found, or a limit was exceeded: path too long, no issuer. */
 #define TLX_REASON_NOT_FOUND 0x0047U
 /** An object identifier, tag or choice is not the required one. */
 #define TLX_REASON_WRONG_TYPE 0x0048U

@@ -1,13 +1,12 @@
 /** @file
- * The records that every module shares, and how they are passed.
+ * The records that all modules share, and what holds for all functions of the library.
  *
- * Memory: what a function returns as new belongs to the caller, who frees it with the free_ function of its
- * type; octets and texts are freed with tlx_free(). clean_ functions release what a record holds and keep the
- * record. Both ignore null. A function copies what it is given unless its documentation says that it takes it
- * over.
- *
- * Threads: every function works on the records it is given, and may run on many threads at once on distinct
- * records. A record that nobody changes may be read from many threads.
+ * - Ownership: the caller frees what a function returns as new with the free_ function of its type, octets
+ *   and texts with tlx_free(). A clean_ function frees what a record holds and keeps the record. Both ignore
+ *   null. A function copies its arguments unless its documentation says that it takes them over.
+ * - Failure: a status says where and why a function failed (<tlxpki/status.h>).
+ * - Threads: functions may run on many threads at once on distinct records, and share records that nobody
+ *   changes.
  */
 #ifndef TLXPKI_TYPES_H
 #define TLXPKI_TYPES_H
@@ -17,22 +16,18 @@
 #include <tlxcrypto/stack.h>
 #include <tlxpki/export.h>
 
-/**
- * One encoded ASN.1 element. The contents of a constructed element are the encodings of its children, one
- * after the other; children are cut out on demand. The identifier is a single octet (X.690 8.1.2.2): tag
- * numbers above 30 are not supported. A node with a null tag is empty: nothing has been put in it yet.
- */
+/** One encoded ASN.1 element. The contents of a constructed element are the encodings of its children, one
+ * after the other. The identifier is a single octet (X.690 8.1.2.2): tag numbers above 30 are not supported.
+ * A node with a null tag is empty. */
 typedef struct ASN1_UNIT {
     uint8_t *tag;    /**< the identifier octet, owned; null in an empty node */
     uint8_t *length; /**< the length octets as encoded (X.690 8.1.3), owned */
     uint8_t *value;  /**< the contents, with 00 00 after them in an indefinite-length node; owned */
-    uint8_t *eoc;    /**< where in value the end-of-contents octets stand; null for a definite length */
+    uint8_t *eoc;    /**< the end-of-contents octets in value; null for a definite length */
 } ASN1_UNIT;
 
-/**
- * A string, time, bit string, octet string or object identifier value. The names that follow denote the same
- * record with the type of their name.
- */
+/** A string, time, bit string, octet string or object identifier value. Each name that follows is the same
+ * record with that type. */
 typedef struct ASN1_STRING {
     int32_t type;   /**< universal tag (for ASN1_STRING: the identifier octet) */
     uint8_t *data;  /**< contents, owned, with a zero octet after them */
@@ -42,14 +37,12 @@ typedef struct ASN1_STRING {
 
 typedef ASN1_STRING BIT_STRING;
 typedef ASN1_STRING OCTET_STRING;
-/** data holds the dotted decimal text. */
-typedef ASN1_STRING OBJECT_IDENTIFIER;
+typedef ASN1_STRING OBJECT_IDENTIFIER; /**< data holds the dotted decimal text */
 typedef ASN1_STRING UTF8_STRING;
 typedef ASN1_STRING PRINTABLE_STRING;
 typedef ASN1_STRING T61_STRING;
 typedef ASN1_STRING IA5_STRING;
-/** data holds UCS-2 units, big-endian. */
-typedef ASN1_STRING BMP_STRING;
+typedef ASN1_STRING BMP_STRING; /**< data holds UCS-2 units, big-endian */
 typedef ASN1_STRING UTC_TIME;
 typedef ASN1_STRING GENERALIZED_TIME;
 
@@ -93,22 +86,18 @@ enum {
 /** Values of length-form arguments (X.690 8.1.3). */
 enum {
     TLX_FORM_SHORT = 0,     /**< one octet, for contents of up to 127 octets */
-    TLX_FORM_LONG = 1,      /**< 0x80 + n and n octets, also where the short form would do */
+    TLX_FORM_LONG = 1,      /**< 0x80 + n and n octets, whatever the length */
     TLX_FORM_INDEFINITE = 2 /**< 0x80, and end-of-contents octets after the contents */
 };
 
-/**
- * A decoder Seq_to_<TYPE> (node, <TYPE> **out), passed to the reading functions; one of the concrete type is
- * converted with TLX_DECODER. It fills the record at *out when that is not null, and otherwise stores a new
- * one there. On failure it frees only what it allocated: *out stays null, or the caller's record stays as far
- * as it was filled, unless its own documentation says otherwise. The node stays the caller's.
- */
+/** A decoder Seq_to_<TYPE> (node, <TYPE> **out), converted with TLX_DECODER for the reading functions. It
+ * fills the record at *out, or stores a new one there when *out is null. On failure it frees only what it
+ * allocated: *out stays null, or the caller's record stays as far as it was filled, unless its own
+ * documentation says otherwise. The node stays the caller's. */
 typedef uint32_t (*ASN1_DECODER)(const ASN1_UNIT *node, void **out);
-/**
- * An encoder <TYPE>_to_Seq (const <TYPE> *object, ASN1_UNIT **node), converted with TLX_ENCODER. On success
- * it stores a new node, which the caller frees with free_ASN1_UNIT(). What *node holds before is not looked
- * at, but for X509_NAME_to_Seq().
- */
+/** An encoder <TYPE>_to_Seq (const <TYPE> *object, ASN1_UNIT **node), converted with TLX_ENCODER. On success
+ * it stores a new node, which the caller frees with free_ASN1_UNIT(). It ignores what *node holds before,
+ * except for X509_NAME_to_Seq(). */
 typedef uint32_t (*ASN1_ENCODER)(const void *object, ASN1_UNIT **node);
 
 /** The decoder or encoder of a concrete type as the reading and writing functions take it. */

@@ -2,17 +2,16 @@
  * Names that are types here and macros of Windows' <wincrypt.h>, which <windows.h> includes: X509_CERT,
  * X509_NAME and X509_EXTENSIONS.
  *
- * Both headers can be used in one file. As types, the names are the library's from the last inclusion of this
- * header on: it undefines the macros. Every header of the library that uses the names includes it, so nothing
- * need be done where <windows.h> comes first. Where it comes later, include this header, or <tlxpki.h>, once
- * more after it; for that they may be included any number of times.
+ * Both headers can be used in one file: this one undefines the macros each time it is included. Every header
+ * of the library that uses the names includes it, so a file that includes <windows.h> first needs nothing
+ * more. A file that includes it later includes this header, or <tlxpki.h>, once more after it:
  *
  *     #include <tlxpki.h>
  *     #include <windows.h>
  *     #include <tlxpki/wincrypt.h>
  *
- * The macros are names of structures for CryptDecodeObjectEx and its like. Their values are kept here under
- * other names.
+ * The macros name structures for CryptDecodeObjectEx and its like. This header keeps their values under other
+ * names.
  */
 #ifdef _WIN32
 #undef X509_CERT

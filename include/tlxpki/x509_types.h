@@ -1,5 +1,55 @@
 /** @file
- * The records that certificates are made of.
+ * The records that certificates are made of, and the contract of all functions that work on records: those of
+ * x509*.h, general_name.h, kisa_identity.h, pkcs1*.h and cpv.h. These headers say only what differs from it.
+ *
+ * Ownership. A record owns its members, and a list owns its items. What a function returns or stores as new
+ * belongs to the caller, who frees it with the free_ function of its type, or with tlx_free() when it is text
+ * or octets. A function copies its arguments unless its text says otherwise.
+ *
+ * Records. Every record type T has six operations, which its header declares in one group:
+ *
+ * - new_T() makes an empty record: pointers are null and numbers are 0. It returns null when memory runs out.
+ * - clean_T() frees the members and empties the record. free_T() also frees the record, which is in no list.
+ * Both ignore null.
+ * - dup_T() copies a record with all its members. It returns null for null and when memory runs out.
+ * - Seq_to_T(), the decoder, reads a node, which has to hold a complete element. When *out is null, *out
+ * receives a new record, and stays null on failure. When *out points to a record, the decoder fills that: it
+ * frees the old members, and members that the node lacks become null or 0. After a failure this record holds
+ * what was decoded so far. The decoder returns 0 or a status of its group. The reasons are 0x0049 for a null
+ * argument, 0x002B for a wrong number of children, and 0x0104 for a child that is missing, misplaced, of the
+ * wrong type or unreadable, and when memory runs out. An empty node has no children. Where children are
+ * counted, a child of a universal type that decodeToDER() does not know makes the count 0.
+ * - T_to_Seq(), the encoder, writes a record in DER. *out receives a new node, freed with free_ASN1_UNIT(),
+ * whatever it held before; on failure it is unchanged. The encoder returns 0 or a status of its group. The
+ * reasons are 0x0049 for a null argument and 0x0103 for a member that is missing or cannot be encoded, and
+ * when memory runs out.
+ *
+ * Lists. A list type has the same six operations. clean_T() leaves it empty. The decoder replaces the items
+ * of the caller's list, which is unchanged on failure. A list that must not be empty gives the reason 0x002B
+ * in both directions. Four operations work on the items:
+ *
+ * - get_T_count() returns the number of items; 0 for null.
+ * - get_T_child() returns the item at a zero-based index; null when there is none.
+ * - add_T_child() inserts a copy of an item before index, or appends it when index is below 0 or above the
+ * count. It returns 0; 1 for a null argument and when memory runs out (the list is unchanged then).
+ * - remove_T_child() takes the item at an index out of the list and gives it to the caller; null when there
+ * is none.
+ *
+ * Getters (get_) return a member or an item, which its record or list goes on owning; null for a null
+ * argument and when there is none.
+ *
+ * Setters (set_) replace a member by a copy of a value and free the old one. They return 0; 1 for a null
+ * argument and when memory runs out (the member is unchanged then).
+ *
+ * Searches (get_..._index_by_...) return the zero-based index of the first match after the index lastpos,
+ * from the first item on when lastpos is negative; -1 when there is none and for a null argument. With the
+ * last result as lastpos they find the next match.
+ *
+ * Rows. A function that takes oid_index reads the identifier from that row of the registry (objects.h). A row
+ * without an identifier counts as a null one.
+ *
+ * Threads. Any thread may call any function, at the same time on distinct objects. Functions that take const
+ * objects may share them.
  */
 /* Before the guard: what it undefines may have come since. */
 #include <tlxpki/wincrypt.h>
@@ -22,13 +72,13 @@ typedef struct X509_NAME_CHILD {
 /** Attributes: X509_ATTRIBUTE entries. */
 typedef STACK X509_ATTRIBUTES;
 
-/** One attribute with its values. */
+/** One attribute with its values. clean_ keeps the list of values, empty. */
 typedef struct X509_ATTRIBUTE {
     OBJECT_IDENTIFIER *type; /**< owned */
     STACK *values;           /**< X509_ATTRIBUTE_DATA entries, owned; never null after new_X509_ATTRIBUTE */
 } X509_ATTRIBUTE;
 
-/** One attribute value. Bit 0x20 of type tells which of the two forms it is held in. */
+/** One attribute value. Bit 0x20 of type says which form holds it. */
 typedef struct X509_ATTRIBUTE_DATA {
     uint32_t type; /**< identifier octet */
     union {
@@ -103,6 +153,8 @@ typedef struct X509_CERT {
     X509_TBS_CERT *tbsCertificate;         /**< made together with the certificate */
     OBJECT_IDENTIFIER *signatureAlgorithm; /**< the algorithm only, without parameters */
     BIT_STRING *signatureValue;
+    uint8_t *received;       /**< the octets that the decoder was given, or null; never written */
+    uint32_t receivedLength; /**< how many */
 } X509_CERT;
 
 /** X509_CERT entries. */

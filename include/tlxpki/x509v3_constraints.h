@@ -1,6 +1,6 @@
 /** @file
- * The extensions that limit a certification path (RFC 5280, sections 4.2.1.9 to 4.2.1.11). What the
- * operations of every record and list have in common stands in x509v3.h.
+ * The extensions that limit a certification path (RFC 5280, sections 4.2.1.9 to 4.2.1.11). The contract of
+ * all records is in x509_types.h.
  */
 #ifndef TLXPKI_X509V3_CONSTRAINTS_H
 #define TLXPKI_X509V3_CONSTRAINTS_H
@@ -16,11 +16,10 @@ typedef struct BASIC_CONSTRAINTS {
 } BASIC_CONSTRAINTS;
 
 /**
- * BASIC_CONSTRAINTS. cA has to be there: a value without it, which is DER's way of writing FALSE (the empty
- * SEQUENCE 30 00 for one), does not decode. A second child that is no INTEGER, and further children, are
- * passed over. The encoder writes what the decoder reads: cA always, a FALSE as 01 01 00, which strict DER
- * would leave out. Whoever needs strict DER leaves the extension out of a certificate that is no CA, which
- * says the same.
+ * BASIC_CONSTRAINTS. The decoder requires cA. DER omits a FALSE, so a value without cA (the empty SEQUENCE 30
+ * 00 for one) does not decode. The decoder ignores a second child that is no INTEGER, and further children.
+ * The encoder always writes cA, a FALSE as 01 01 00, which strict DER omits. For strict DER, omit the
+ * extension from a certificate that is no CA, which means the same.
  * - Decoder: 0x47230049 null argument; 0x47230104 no BOOLEAN cA, or a pathLenConstraint without contents.
  * - Encoder: 0x47240049 null argument; 0x47240103 memory ran out.
  * @{
@@ -40,13 +39,13 @@ typedef struct POLICY_CONSTRAINTS {
 } POLICY_CONSTRAINTS;
 
 /**
- * POLICY_CONSTRAINTS. Two ways of tagging the numbers are in use, and both are read: contents of exactly one
- * octet are the number itself (implicit tagging, as RFC 5280 has it); contents of any other length hold an
- * INTEGER element (explicit tagging). A number of two octets under an implicit tag is therefore taken for an
- * explicit one. Children are told apart by the low five bits of their identifier octets; those that cannot be
- * read, and others, leave their member null, without a failure. The encoder writes a number below 128 under
- * an implicit tag. A larger one takes two octets, which the decoder would take for an element, and is written
- * under an explicit tag.
+ * POLICY_CONSTRAINTS. Two ways of tagging the numbers are in use, and the decoder reads both. Contents of
+ * exactly one octet are the number itself (implicit tagging, as in RFC 5280). Contents of any other length
+ * hold an INTEGER element (explicit tagging), so the decoder mistakes a number of two octets under an
+ * implicit tag for an element. The low five bits of the identifier octets distinguish the children. A child
+ * that cannot be read leaves its member null, without a failure, and other children are ignored. The encoder
+ * writes a number below 128 under an implicit tag, and a larger one under an explicit tag, because the
+ * decoder would misread its two octets.
  * - Decoder: 0x47450049 null argument; 0x4745003C memory ran out.
  * - Encoder: 0x47460049 null argument; 0x47460103 memory ran out.
  * @{
@@ -62,7 +61,7 @@ TLXPKI_API uint32_t POLICY_CONSTRAINTS_to_Seq(const POLICY_CONSTRAINTS *record, 
 /** GeneralSubtree. */
 typedef struct GENERAL_SUBTREE {
     GENERAL_NAME *base; /**< owned */
-    BIGINT *minimum;    /**< null stands for 0, which is never written; owned */
+    BIGINT *minimum;    /**< null means 0, which is never written; owned */
     BIGINT *maximum;    /**< or null; owned */
 } GENERAL_SUBTREE;
 

@@ -1,6 +1,6 @@
 /** @file
- * Where to find revocation lists and services (RFC 5280, sections 4.2.1.13, 4.2.1.15, 4.2.2.1, 4.2.2.2
- * and 5.2.5). What the operations of every record and list have in common stands in x509v3.h.
+ * Where to find revocation lists and services (RFC 5280, sections 4.2.1.13, 4.2.1.15, 4.2.2.1, 4.2.2.2 and
+ * 5.2.5). The contract of all records is in x509_types.h.
  */
 #ifndef TLXPKI_X509V3_DISTRIBUTION_H
 #define TLXPKI_X509V3_DISTRIBUTION_H
@@ -24,7 +24,8 @@ typedef struct DIST_POINT_NAME {
 } DIST_POINT_NAME;
 
 /**
- * DIST_POINT_NAME. The node is that of the tagged element, whose low five bits are the choice.
+ * DIST_POINT_NAME. The node holds the tagged element. The low five bits of its identifier octet are the
+ * choice.
  * - Decoder: 0x47310049 null argument; 0x47310104 a choice above 1, or a value that is empty or cannot be
  * read.
  * - Encoder: 0x47320049 null argument; 0x47320103 a choice above 1, or a value that is missing, empty or
@@ -74,11 +75,8 @@ TLXPKI_API uint32_t Seq_to_DIST_POINT(const ASN1_UNIT *node, DIST_POINT **out);
 TLXPKI_API uint32_t DIST_POINT_to_Seq(const DIST_POINT *record, ASN1_UNIT **out);
 /** @} */
 
-/**
- * Makes the distribution point that is wanted most often: a list found under a URI.
- * @param uri where it is
- * @return the record, freed with free_DIST_POINT(); null for null and when memory runs out
- */
+/** Makes a distribution point with the URI of a list as its full name; null for null and when memory runs
+ * out. */
 TLXPKI_API DIST_POINT *create_DIST_POINT_uri(const char *uri);
 
 /** DIST_POINT entries; also the contents of freshestCRL. */

@@ -1,6 +1,6 @@
 /** @file
- * The extensions about keys (RFC 5280, sections 4.2.1.1 to 4.2.1.3 and 4.2.1.12): their identifiers and what
- * they may be used for. What the operations of every record and list have in common stands in x509v3.h.
+ * The extensions about keys (RFC 5280, sections 4.2.1.1 to 4.2.1.3 and 4.2.1.12): their identifiers and their
+ * uses. The contract of all records is in x509_types.h.
  */
 #ifndef TLXPKI_X509V3_KEY_H
 #define TLXPKI_X509V3_KEY_H
@@ -18,8 +18,8 @@ typedef struct AUTHORITY_KEYID {
 } AUTHORITY_KEYID;
 
 /**
- * AUTHORITY_KEYID. Children are told apart by the low five bits of their identifier octets; numbers above 2
- * are passed over. A record without members is written as 30 00, which the decoder refuses.
+ * AUTHORITY_KEYID. The low five bits of the identifier octets distinguish the children; the decoder ignores
+ * numbers above 2. The encoder writes a record without members as 30 00, which the decoder refuses.
  * - Decoder: 0x47090049 null argument; 0x4709002B no children; 0x47090104 a child cannot be read; the failure
  * of Seq_to_GENERAL_NAMES() (0x470D....) for an authorityCertIssuer.
  * - Encoder: 0x470A0049 null argument; 0x470A0103 a member cannot be encoded.
@@ -37,14 +37,13 @@ TLXPKI_API uint32_t AUTHORITY_KEYID_to_Seq(const AUTHORITY_KEYID *record, ASN1_U
 enum { TLX_KEYID_KEY = 1, TLX_KEYID_ISSUER_AND_SERIAL = 2 };
 
 /**
- * Makes the identifier with which the certificates that a CA issues point to it. RFC 5280 asks for the key
- * identifier; Korean profiles ask for issuer and serial number too.
+ * Makes the identifier that names a CA in the certificates that it issues. RFC 5280 asks for the key
+ * identifier; Korean profiles also ask for issuer and serial number.
  * @param issuer the CA's certificate
- * @param parts  TLX_KEYID_KEY: its subjectKeyIdentifier, or where it has none the one that
- * create_SUBJECT_KEYID() makes; TLX_KEYID_ISSUER_AND_SERIAL: its issuer as a directoryName, and its serial
- * number; or both
- * @return the record, freed with free_AUTHORITY_KEYID(); null for a null certificate, other parts, a
- * certificate without the members needed or with an unreadable subjectKeyIdentifier, and when memory runs out
+ * @param parts  TLX_KEYID_KEY: its subjectKeyIdentifier, or the one that create_SUBJECT_KEYID() makes where
+ * it has none; TLX_KEYID_ISSUER_AND_SERIAL: its issuer as a directoryName, and its serial number; or both
+ * @return the record; null for a null certificate, other parts, a certificate that lacks a member needed or
+ * has an unreadable subjectKeyIdentifier, and when memory runs out
  */
 TLXPKI_API AUTHORITY_KEYID *create_AUTHORITY_KEYID(const X509_CERT *issuer, uint32_t parts);
 
@@ -65,13 +64,8 @@ TLXPKI_API uint32_t Seq_to_SUBJECT_KEYID(const ASN1_UNIT *node, SUBJECT_KEYID **
 TLXPKI_API uint32_t SUBJECT_KEYID_to_Seq(const SUBJECT_KEYID *record, ASN1_UNIT **out);
 /** @} */
 
-/**
- * The usual identifier of a key: the SHA-1 digest of the subjectPublicKey's octets (RFC 5280,
- * section 4.2.1.2, method 1).
- * @param key the key
- * @return 20 octets, freed with free_SUBJECT_KEYID(); null for null, a key without octets, and when memory
- * runs out
- */
+/** Makes the usual identifier of a key: the SHA-1 digest of the subjectPublicKey's octets (RFC 5280, section
+ * 4.2.1.2, method 1). Returns 20 octets; null for null, a key without octets, and when memory runs out. */
 TLXPKI_API SUBJECT_KEYID *create_SUBJECT_KEYID(const X509_PUBKEY *key);
 
 /** Bits of a KeyUsage, as get_BIT_STRING_named_bits() gives them. */
@@ -91,7 +85,7 @@ enum {
 typedef BIT_STRING KEY_USAGE;
 
 /**
- * KEY_USAGE. Written without trailing zero bits, as DER wants a list of named bits.
+ * KEY_USAGE. The encoder omits trailing zero bits, as DER requires of named bits.
  * - Decoder: 0x47130049 null argument; 0x47130104 no BIT STRING, or one without contents.
  * - Encoder: 0x47140049 null argument; 0x47140103 memory ran out.
  * @{
@@ -104,20 +98,11 @@ TLXPKI_API uint32_t Seq_to_KEY_USAGE(const ASN1_UNIT *node, KEY_USAGE **out);
 TLXPKI_API uint32_t KEY_USAGE_to_Seq(const KEY_USAGE *record, ASN1_UNIT **out);
 /** @} */
 
-/**
- * The named bits of a BIT STRING as a number.
- * @param bits a key usage, reasons, or null
- * @return bit n of the list as 1 << n, for the first 32; 0 for null
- */
+/** Returns the first 32 named bits of a BIT STRING as a number, bit n as 1 << n; 0 for null. */
 TLXPKI_API uint32_t get_BIT_STRING_named_bits(const BIT_STRING *bits);
 
-/**
- * The BIT STRING of named bits given as a number: the reverse of get_BIT_STRING_named_bits(), without
- * trailing zero bits.
- * @param bits bit n of the list as 1 << n
- * @return a BIT_STRING or KEY_USAGE, freed with free_KEY_USAGE() or free_ASN1_STRING(); null when memory runs
- * out
- */
+/** Makes the BIT STRING of named bits, bit n given as 1 << n, without trailing zero bits. free_KEY_USAGE()
+ * or free_ASN1_STRING() frees it. Returns null when memory runs out. */
 TLXPKI_API BIT_STRING *named_bits_to_BIT_STRING(uint32_t bits);
 
 /**
@@ -139,12 +124,8 @@ TLXPKI_API uint32_t add_OBJECT_IDENTIFIERS_child(OBJECT_IDENTIFIERS *list, const
 TLXPKI_API OBJECT_IDENTIFIER *remove_OBJECT_IDENTIFIERS_child(OBJECT_IDENTIFIERS *list, int32_t index);
 /** @} */
 
-/**
- * Where an object identifier stands in a list.
- * @param list the list, or null
- * @param oid  the identifier, or null
- * @return its first zero-based index, or -1 when it is not there
- */
+/** Returns the zero-based index of the first item equal to oid; -1 when there is none and for a null
+ * argument. */
 TLXPKI_API int32_t get_OBJECT_IDENTIFIERS_index(const OBJECT_IDENTIFIERS *list, const OBJECT_IDENTIFIER *oid);
 
 /** ExtKeyUsageSyntax: the object identifiers of purposes. get_OBJECT_IDENTIFIERS_index() finds one. */

@@ -1,6 +1,6 @@
 /** @file
- * Certificate policies and policy mappings (RFC 5280, sections 4.2.1.4 and 4.2.1.5). What the operations of
- * every record and list have in common stands in x509v3.h.
+ * Certificate policies and policy mappings (RFC 5280, sections 4.2.1.4 and 4.2.1.5). The contract of all
+ * records is in x509_types.h.
  */
 #ifndef TLXPKI_X509V3_POLICY_H
 #define TLXPKI_X509V3_POLICY_H
@@ -71,7 +71,7 @@ TLXPKI_API uint32_t Seq_to_USER_NOTICE(const ASN1_UNIT *node, USER_NOTICE **out)
 TLXPKI_API uint32_t USER_NOTICE_to_Seq(const USER_NOTICE *record, ASN1_UNIT **out);
 /** @} */
 
-/** PolicyQualifierInfo. The identifier tells which one of the three others holds the qualifier. */
+/** PolicyQualifierInfo. The identifier says which of the other three members holds the qualifier. */
 typedef struct POLICY_QUALIFIER_INFO {
     OBJECT_IDENTIFIER *policyQualifierId; /**< owned */
     ASN1_STRING *cPSuri; /**< for id-qt-cps (1.3.6.1.5.5.7.2.1): an IA5String, or the string found; owned */
@@ -95,18 +95,11 @@ TLXPKI_API uint32_t Seq_to_POLICY_QUALIFIER_INFO(const ASN1_UNIT *node, POLICY_Q
 TLXPKI_API uint32_t POLICY_QUALIFIER_INFO_to_Seq(const POLICY_QUALIFIER_INFO *record, ASN1_UNIT **out);
 /** @} */
 
-/**
- * Makes the qualifier that points to a certification practice statement.
- * @param uri where it is; copied as an IA5String
- * @return the record, freed with free_POLICY_QUALIFIER_INFO(); null for null and when memory runs out
- */
+/** Makes the qualifier that points to a certification practice statement, with its URI as an IA5String; null
+ * for null and when memory runs out. */
 TLXPKI_API POLICY_QUALIFIER_INFO *create_POLICY_QUALIFIER_INFO_cPSuri(const char *uri);
 
-/**
- * Makes the qualifier that holds a notice to be shown.
- * @param notice the notice; copied
- * @return the record, freed with free_POLICY_QUALIFIER_INFO(); null for null and when memory runs out
- */
+/** Makes the qualifier that holds a notice to be shown; null for null and when memory runs out. */
 TLXPKI_API POLICY_QUALIFIER_INFO *create_POLICY_QUALIFIER_INFO_userNotice(const USER_NOTICE *notice);
 
 /** POLICY_QUALIFIER_INFO entries. */

@@ -64,7 +64,7 @@ bool append_element(ASN1_UNIT *seq, const TypedElement &element) noexcept {
 bool append_node(ASN1_UNIT *seq, const ASN1_UNIT *child) noexcept {
     Element element;
     if (!view_node(child, element)) return false;
-    u8 header[6] = {element.tag};
+    u8 header[kLongestHeader] = {element.tag};
     const std::size_t header_size = 1 + element.length_octets.size();
     std::memcpy(header + 1, element.length_octets.data(), element.length_octets.size());
 

@@ -67,7 +67,7 @@ uint32_t set_ASN1_STRING_value(ASN1_STRING *string, int32_t type, const void *oc
         return 0x41010049;
     }
 
-    // Copied before the old data is freed, because the new value may lie in it.
+    // Copies before it frees the old data, because the new value may lie in it.
     u8 *data = has_data ? copy_terminated({static_cast<const u8 *>(octets), len}) : nullptr;
     clean_ASN1_STRING(string);
     if (has_data && data == nullptr) return 0x41010049;

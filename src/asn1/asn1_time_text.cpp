@@ -24,7 +24,7 @@ using std::string_view;
 constexpr std::size_t kOffsetDigits = 4;
 constexpr std::size_t kOffsetSize = 1 + kOffsetDigits;
 
-/// What tells the two kinds of text apart.
+/// What distinguishes the two kinds of text.
 struct Kind {
     i32 type;
     std::size_t year_digits;
@@ -34,7 +34,7 @@ struct Kind {
 constexpr Kind kUtc{TLX_TAG_UTC_TIME, 2, 50, 149};
 constexpr Kind kGeneralized{TLX_TAG_GENERALIZED_TIME, 4, -1900, 8099};
 
-/// What tells the four forms of one kind apart.
+/// What distinguishes the four forms of one kind.
 struct Form {
     bool seconds;
     bool offset;  ///< a sign and four digits in place of "Z"
@@ -56,7 +56,7 @@ bool form_of_size(const Kind &kind, std::size_t size, Form &form) noexcept {
     return false;
 }
 
-/// Takes fields off the front of a text. A character that does not fit is remembered.
+/// Takes fields off the front of a text. Remembers a character that does not match.
 class FieldReader {
   public:
     explicit FieldReader(string_view text) noexcept : rest_(text) {}
@@ -77,7 +77,7 @@ class FieldReader {
         const char c = take();
         if (c != '+' && c != '-') ok_ = false;
     }
-    /// Everything was read, and all of it fitted.
+    /// The whole text was read, and all of it matched.
     [[nodiscard]] bool done() const noexcept { return ok_ && rest_.empty(); }
 
   private:

@@ -96,7 +96,7 @@ u8 *decode_run(Bytes &in, u8 *out) noexcept {
     return out;
 }
 
-/// Takes up to four characters off the front, passing over line ends; returns how many there were.
+/// Takes up to four characters off the front, skipping line ends; returns how many there were.
 std::size_t take_group(Bytes &in, u8 (&group)[4]) noexcept {
     std::size_t taken = 0;
     std::size_t at = 0;
@@ -172,7 +172,7 @@ uint32_t decode_Base64(const char *in, uint32_t len, uint8_t **out) {
     if (octets == nullptr) return 0;
     const u8 *end = decode_text({reinterpret_cast<const u8 *>(in), len}, octets);
     if (end == nullptr || end == octets) {
-        wipe_and_free(octets, room);  // a private key may be among what was decoded
+        wipe_and_free(octets, room);  // the octets may hold a private key
         return 0;
     }
     *out = octets;

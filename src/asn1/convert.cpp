@@ -40,7 +40,7 @@ class Writer {
     std::size_t size_ = 0;
 };
 
-/// Ends a text and hands it over; an empty one is not handed over.
+/// Ends a text and hands it over, unless it is empty.
 template <typename T>
 u32 finish_text(Writer &text, T **out) noexcept {
     const auto length = static_cast<u32>(text.size());
@@ -108,8 +108,8 @@ uint32_t bmpToCP949(const BMP_STRING *string, char **out) {
     for (std::size_t at = 0; at < units.size(); at += 2) {
         const u8 high = units[at];
         const u8 low = units[at + 1];
-        // Only the upper half of the plane is looked up. Callers know the lower half as ASCII, and meet what
-        // becomes of other characters there.
+        // Only the upper half of the plane goes through the table. Callers use the lower half for ASCII, and
+        // other characters there come out wrong.
         if (high <= 0x7F) {
             text.octet(low & 0x7F);
             continue;
@@ -137,7 +137,7 @@ uint32_t utf8ToCP949(const UTF8_STRING *string, char **out) {
             if (converted == 0) return 0;
             text.pair(converted);
         } else {
-            text.pair(0);  // the place of a character that callers of this text do not expect to see
+            text.pair(0);  // replaces a character that callers of this text do not expect
         }
     }
     return finish_text(text, out);

@@ -35,10 +35,6 @@ bool fill(ECURVE *curve, const NamedCurve &named) noexcept {
 
 }  // namespace
 
-const char *get_PkiVersion(void) {
-    return TLX_PROJECT_VERSION;
-}
-
 uint32_t set_ECURVE_from_list(ECURVE **curve, uint32_t oid_index) {
     if (curve == nullptr) return 1;
     for (const NamedCurve &named : kNamedCurves) {

@@ -9,7 +9,7 @@
 namespace tlx::oid {
 namespace {
 
-/// The row that stands for an identifier which several rows have.
+/// The row that represents an identifier which several rows have.
 struct Representative {
     u32 id;
     u32 row;
@@ -79,7 +79,7 @@ constexpr Representative kCipherRows[] = {
     {0x50000000U, 840},  // ecdsa-with-SHA256
 };
 
-/// Ascending, each identifier that a row has once, and at a row that has it.
+/// Whether the identifiers ascend, each one of the table is there once, and its row has it.
 template <std::size_t N>
 constexpr bool represent(const Representative (&rows)[N], u32 Row::*id) noexcept {
     for (std::size_t i = 0; i < N; ++i) {

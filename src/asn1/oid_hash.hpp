@@ -33,7 +33,7 @@ constexpr u64 hash_text(std::string_view text) noexcept {
     return mix(hash, load_word(last));
 }
 
-/// Answers as a scan from row 1 upwards that stops at the first equal text. Empty texts are not in it.
+/// Finds what a scan finds that goes up from row 1 and stops at the first equal text. It has no empty texts.
 template <const char *OID_ROW::*kText>
 class TextIndex {
   public:
@@ -58,7 +58,7 @@ class TextIndex {
     struct Slot {
         std::uint16_t row = 0;  // 0: free
         u8 length = 0;
-        u8 tag = 0;  // more bits of the hash, so that an unequal text is rarely looked at
+        u8 tag = 0;  // more bits of the hash, so that an unequal text is rarely compared
     };
 
     static constexpr std::size_t home(u64 hash) noexcept { return hash >> (64 - kBits); }
@@ -76,7 +76,7 @@ class TextIndex {
         const u64 hash = hash_text(text);
         std::size_t i = home(hash);
         while (slots_[i].row != 0) {
-            i = next(i);  // past a lower row with the same text too, which is then found first
+            i = next(i);  // also past a lower row with the same text, which is then found first
         }
         slots_[i] = {static_cast<std::uint16_t>(row.index), static_cast<u8>(text.size()), tag(hash)};
         if (text.size() > longest_) longest_ = static_cast<u32>(text.size());

@@ -10,7 +10,7 @@
 
 namespace tlx::oid {
 
-/// What get_AlgorType_from_OID answers.
+/// What get_AlgorType_from_OID returns.
 enum AlgorithmClass : u32 { kNoClass = 0, kDigest = 1, kCipher = 2, kPublicKey = 3, kPasswordBased = 4 };
 
 struct Row {
@@ -31,7 +31,7 @@ inline constexpr Row kTable[] = {
 inline constexpr u32 kCount = TLX_OID_COUNT;
 static_assert(sizeof kTable / sizeof kTable[0] == kCount);
 
-/// Row 0 stands in for every index that the table does not have.
+/// The row at an index; row 0 for every index that the table does not have.
 constexpr const Row &row_at(u32 index) noexcept {
     return kTable[index < kCount ? index : 0];
 }

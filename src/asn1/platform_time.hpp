@@ -1,4 +1,4 @@
-// What the operating system tells about time zones, beyond the C and C++ standard libraries. The only file of
+// What the operating system knows about time zones, beyond the C and C++ standard libraries. The only file of
 // this library that may ask it.
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace tlx {
 
-/// The calendar fields of a moment in the host's time zone. False when the host cannot tell; time is
+/// The calendar fields of a moment in the host's time zone. False when the host does not know it; time is
 /// unchanged then.
 [[nodiscard]] bool local_calendar(std::time_t moment, ASN1_TIME &time) noexcept;
 

@@ -18,7 +18,7 @@ namespace {
 
 using std::string_view;
 
-/// Nobody is told when standard output cannot be written to.
+/// Ignores failures of standard output.
 void print_text(string_view text) noexcept {
     (void)std::fwrite(text.data(), 1, text.size(), stdout);
 }
@@ -98,7 +98,7 @@ void printDERData(const ASN1_UNIT *node) {
 
 char *dump_PCHAR(const char *text, uint32_t len) {
     if (text == nullptr) return nullptr;
-    // One zero octet more than the end of a text takes is part of what callers get.
+    // Callers get one zero octet more than the end of a text takes.
     return join({string_view(text, len), string_view("\0", 1)});
 }
 

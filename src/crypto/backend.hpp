@@ -12,26 +12,25 @@
 
 namespace tlx {
 
-/// The library context, made on first use; null when it cannot be made, which the next call tries again, and
+/// The library context, which the first use makes. Null when that fails (the next call tries again), and
 /// after libcrypto has cleaned up: a host's own destructors may still call this library then.
 OSSL_LIB_CTX *backend() noexcept;
 
-/// Sees to it that algorithms of the legacy provider are found, if there is one: what it alone offers is
-/// otherwise not available.
+/// Loads the legacy provider, if there is one. Its algorithms are not available without it.
 void load_legacy(OSSL_LIB_CTX *context) noexcept;
 
 /// The digest of an identifier; null when it is unknown, ours (HAS-160) or not available.
 const EVP_MD *backend_digest(u32 digest_id) noexcept;
 
 #ifdef _WIN32
-/// Frees what was made on first use, when the DLL that libcrypto is linked into is unloaded. Nothing may be
-/// called afterwards.
+/// Frees what the first use made, when the DLL that contains libcrypto is unloaded. Nothing may be called
+/// afterwards.
 void release_backend() noexcept;
 void release_ciphers() noexcept;
 void release_rc4() noexcept;
 #endif
 
-/// Takes back what libcrypto adds to the thread's error queue in this scope: the queue belongs to the host
+/// Removes what libcrypto adds to the thread's error queue in this scope: the queue belongs to the host
 /// program.
 class ErrorScope {
   public:
@@ -41,8 +40,8 @@ class ErrorScope {
     ErrorScope &operator=(const ErrorScope &) = delete;
 };
 
-/// An algorithm of libcrypto, fetched when it is first asked for. It lives until the process ends, where
-/// libcrypto is a library of its own: a destructor could run after libcrypto's.
+/// An algorithm of libcrypto, fetched on first use. It lives until the process ends, where libcrypto is a
+/// library of its own: a destructor could run after libcrypto's.
 template <typename Method, Method *(*fetch)(OSSL_LIB_CTX *, const char *, const char *),
           void (*free)(Method *)>
 struct Fetched {
@@ -62,7 +61,7 @@ struct Fetched {
             load_legacy(context);
             made = fetch(context, name, nullptr);
         }
-        // Another thread may have been faster; then its work stands.
+        // Another thread may have been faster; then we keep its work.
         if (method.compare_exchange_strong(ready, made, std::memory_order_acq_rel)) return made;
         free(made);
         return ready;
@@ -72,7 +71,7 @@ struct Fetched {
 using FetchedDigest = Fetched<EVP_MD, EVP_MD_fetch, EVP_MD_free>;
 using FetchedCipher = Fetched<EVP_CIPHER, EVP_CIPHER_fetch, EVP_CIPHER_free>;
 
-/// The one of an identifier; null when it is unknown or not available.
+/// The algorithm of an identifier; null when it is unknown or not available.
 template <typename Entry, std::size_t N>
 auto find_fetched(Entry (&entries)[N], u32 id) noexcept -> decltype(entries[0].get()) {
     for (Entry &entry : entries) {

@@ -12,7 +12,7 @@ using namespace tlx;
 namespace {
 
 constexpr u32 kLimbOctets = 8;
-// What a new number has room for: a certificate's serial number of 20 octets fits.
+// A new number has room for the 20 octets of a certificate's serial number.
 constexpr u32 kOwnLimbs = 3;
 
 u64 *own_limbs(BIGINT *number) noexcept {

@@ -9,7 +9,7 @@
 
 using namespace tlx;
 
-// libcrypto is handed the limbs as little-endian octets.
+// libcrypto receives the limbs as little-endian octets.
 static_assert(std::endian::native == std::endian::little);
 
 namespace {
@@ -155,7 +155,7 @@ uint32_t div_BIGINT(BIGINT *quotient, BIGINT *remainder, const BIGINT *a, const 
         return 1;
     }
     if (BN_div(ratio.get(), rest.get(), dividend.get(), divisor.get(), context.get()) != 1) return 1;
-    // Room for both comes first, so that both are stored or none is.
+    // Reserves room for both first, so that it stores both or neither.
     if (quotient != nullptr && !reserve(*quotient, limbs_of(ratio.get()))) return 1;
     if (remainder != nullptr && !reserve(*remainder, limbs_of(rest.get()))) return 1;
     if (quotient != nullptr) store(*quotient, ratio.get());

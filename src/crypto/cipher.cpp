@@ -61,7 +61,7 @@ const EVP_CIPHER *find_cipher(u32 id) noexcept {
     return find_fetched(g_ciphers, id);
 }
 
-// Above this an output length would not fit libcrypto's int.
+// Above this, an output length exceeds libcrypto's int.
 constexpr u32 kMostInput = 0x7FFFFF00;
 
 bool pads(u32 id) noexcept {
@@ -128,7 +128,7 @@ uint32_t init_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint32_t cipher_id, const uin
     unit->running = false;
     unit->id = 0;
     unit->iv_length = 0;
-    // No key stays behind, whatever comes.
+    // Drops the old key, also when what follows fails.
     if (unit->context != nullptr && EVP_CIPHER_CTX_reset(unit->context.get()) != 1) return 1;
     const EVP_CIPHER *cipher = find_cipher(cipher_id);
     if (cipher == nullptr || key == nullptr || direction > 1) return 1;

@@ -16,7 +16,7 @@ struct DIGEST_UNIT {
 
 namespace tlx {
 
-/// Lets `to` go on from where `from` stands. False when `from` is not running or on allocation failure.
+/// Copies the state of `from` to `to`. False when `from` is not running or memory runs out.
 bool copy_digest(DIGEST_UNIT &to, const DIGEST_UNIT &from) noexcept;
 /// Wipes and releases what the unit holds, not the unit.
 void clean_digest(DIGEST_UNIT &unit) noexcept;

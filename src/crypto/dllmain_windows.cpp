@@ -10,8 +10,8 @@
 namespace tlx {
 namespace {
 
-// libcrypto, which this DLL holds a copy of, must not clean up by itself: when the process ends, other
-// threads have been stopped wherever they were, and what they held is lost.
+// This DLL's copy of libcrypto must not clean up by itself: when the process ends, other threads have stopped
+// anywhere, and what they held is lost.
 bool attach() noexcept {
     return open_thread_pointer() && OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1;
 }

@@ -139,7 +139,7 @@ ECPOINT *binary_to_ECPOINT(const ECURVE *curve, const uint8_t *octets, uint32_t 
                                      : OwnedBigint(binary_to_BIGINT(octets + 1 + length, length));
     if (y == nullptr) return nullptr;
     Owned<ECPOINT> point = make_point(x.get(), y.get());
-    // Of zero, the only root, one sign is missing; a curve whose p is no prime may give a wrong root.
+    // The root zero has no second sign, and a p that is not prime may give a wrong root.
     const bool right = point != nullptr && (!compressed || is_odd(point->y) == (form == kCompressedOdd)) &&
                        is_ECPOINT_on_ECURVE(point.get(), curve) == 1;
     return right ? point.release() : nullptr;

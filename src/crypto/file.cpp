@@ -39,7 +39,7 @@ struct Contents {
     std::size_t capacity;
 };
 
-// Room to read on, and for the zero octet after the end. Wipes what it leaves behind.
+// Makes room to read on and for the zero octet after the end. Wipes the block that it replaces.
 bool grow(Contents &contents) noexcept {
     constexpr std::size_t kFirst = 8192;
     constexpr std::size_t kEnough = kMostOctets + 2;  // to see that a file has one octet too many

@@ -66,8 +66,8 @@ void run(u32 (&state)[5], u32 (&words)[20]) noexcept {
     state[4] = e;
 }
 
-// Wipes the stack where compress, called from the same function, had the message. An array that compress
-// wiped itself would not be all of it, and would keep the compiler from holding words in registers.
+// Wipes the stack where compress, called from the same function, had the message. If compress wiped its own
+// array, other copies would remain, and the compiler could not hold words in registers.
 [[gnu::noinline]] void wipe_stack() noexcept {
     u8 octets[256];
     tlx_wipe(octets, sizeof octets);

@@ -7,7 +7,7 @@ namespace tlx {
 
 inline constexpr char kHexDigits[] = "0123456789ABCDEF";
 
-/// The value of a digit of either case, -1 when it is none.
+/// The value of a digit of either case; -1 for any other character.
 constexpr i32 hex_value(char digit) noexcept {
     if (digit >= '0' && digit <= '9') return digit - '0';
     if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;

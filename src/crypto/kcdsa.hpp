@@ -19,8 +19,8 @@ inline constexpr u32 kMostKcdsaQBits = 512;
 /// No digest has a longer block.
 inline constexpr u32 kMostBlockLength = 128;
 
-/// The numbers of a unit, checked and ready for arithmetic. Nothing changes in it once it is built. Where
-/// there is a private key, g^q = 1 and y belongs to x.
+/// The numbers of a unit, checked and ready for arithmetic. It never changes once it is built. With a private
+/// key, g^q = 1 and y belongs to x.
 struct KcdsaKey {
     Bignum p;
     Bignum q;
@@ -39,7 +39,7 @@ struct FreeKcdsaKey {
 };
 using OwnedKcdsaKey = std::unique_ptr<KcdsaKey, FreeKcdsaKey>;
 
-/// Built by whichever thread needs it first.
+/// The first thread that needs it builds it.
 struct KcdsaCache {
     std::atomic<KcdsaKey *> key = nullptr;
     std::atomic<u32> builds = 0;
@@ -75,8 +75,8 @@ struct KCDSA {
 
 namespace tlx {
 
-/// Replaces the numbers, some of which may be null, and drops what was made of the old ones. False when
-/// memory is short; the unit is unchanged then.
+/// Replaces the numbers, some of which may be null, and drops what the unit computed from the old ones. False
+/// when memory runs out; the unit is unchanged then.
 bool set_kcdsa_numbers(KCDSA &unit, const KcdsaNumbers::Pointers &numbers) noexcept;
 
 /// Stores the unit's key, which stays the unit's. 0, TLX_KCDSA_BAD_KEY or 1.
@@ -98,7 +98,7 @@ class Temporaries {
     ~Temporaries() { BN_CTX_end(context_); }
     Temporaries(const Temporaries &) = delete;
     Temporaries &operator=(const Temporaries &) = delete;
-    /// A zero; null when memory is short, and then the following calls return null too.
+    /// A zero; null when memory runs out, and on all calls after that.
     BIGNUM *next() noexcept { return BN_CTX_get(context_); }
 
   private:

@@ -16,7 +16,7 @@ bool is_odd_within(const BIGINT *number, u32 least_bits, u32 most_bits) noexcept
     return bits >= least_bits && bits <= most_bits && is_odd(number);
 }
 
-// What can be said about the numbers without arithmetic.
+// Checks the numbers as far as that needs no arithmetic.
 bool are_sane(const KcdsaNumbers &numbers) noexcept {
     const BIGINT *p = numbers[TLX_KCDSA_P];
     const BIGINT *q = numbers[TLX_KCDSA_Q];
@@ -44,8 +44,7 @@ int is_consistent(const KcdsaKey &key, BN_CTX *context) noexcept {
                                                                                                         : 0;
 }
 
-// y = g^(x^-1 mod q) mod p. The inverse is taken of x times a random number, which is then multiplied back
-// in.
+// y = g^(x^-1 mod q) mod p. Inverts x times a random number, and multiplies the result by that number.
 Bignum compute_y(const KcdsaKey &key, BN_CTX *context) noexcept {
     BN_MONT_CTX *mod_q = key.mod_q.get();
     Temporaries temporaries(context);
@@ -85,7 +84,7 @@ bool set_y_tail(KcdsaKey &key) noexcept {
     return true;
 }
 
-// A new copy in `to`, or none of a null number. False on failure.
+// Stores a copy in `to`, or nothing for a null number. False on failure.
 bool convert(Bignum &to, const BIGINT *number) noexcept {
     if (number == nullptr) return true;
     to.reset(to_bignum(number));
@@ -96,8 +95,8 @@ bool convert(Bignum &to, const BIGINT *number) noexcept {
 // 0, TLX_KCDSA_BAD_KEY or 1.
 u32 fill_private(KcdsaKey &key, BN_CTX *context) noexcept {
     if (BN_to_montgomery(key.x.get(), key.x.get(), key.mod_q.get(), context) != 1) return 1;
-    if (const int fits = is_root_of_one(key.g.get(), key, context); fits != 1) {
-        return fits == 0 ? TLX_KCDSA_BAD_KEY : 1;
+    if (const int right = is_root_of_one(key.g.get(), key, context); right != 1) {
+        return right == 0 ? TLX_KCDSA_BAD_KEY : 1;
     }
     Bignum y = compute_y(key, context);
     if (y == nullptr) return 1;
@@ -169,7 +168,7 @@ u32 get_kcdsa_key(const KCDSA &unit, const KcdsaKey **key) noexcept {
         OwnedKcdsaKey built;
         if (const u32 status = build_key(unit, built); status != 0) return status;
         unit.cache.builds.fetch_add(1, std::memory_order_relaxed);
-        // Another thread may have been faster; then its key stands, and ours goes.
+        // Another thread may have been faster; then we keep its key and free ours.
         if (unit.cache.key.compare_exchange_strong(current, built.get(), std::memory_order_acq_rel)) {
             current = built.release();
         }

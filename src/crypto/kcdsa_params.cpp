@@ -11,11 +11,11 @@ using namespace tlx;
 
 namespace {
 
-// A seed is given up after so many candidates for q.
+// The search gives up a seed after so many candidates for q.
 constexpr u32 kMostCandidates = 1U << 24U;
 constexpr u32 kCountLength = 4;
 
-// The seed of one attempt, with room for the count behind it.
+// The seed of one attempt, with room for the count after it.
 struct Seed {
     u32 digest_id;
     u32 length;
@@ -180,8 +180,8 @@ uint32_t check_KCDSA_params(const KCDSA *unit) {
         if (prime != Search::found) return prime == Search::next ? TLX_KCDSA_BAD_KEY : 1;
     }
     for (const BIGNUM *number : {key->g.get(), key->y.get()}) {
-        const int fits = number == nullptr ? 1 : is_root_of_one(number, *key, context.get());
-        if (fits != 1) return fits == 0 ? TLX_KCDSA_BAD_KEY : 1;
+        const int right = number == nullptr ? 1 : is_root_of_one(number, *key, context.get());
+        if (right != 1) return right == 0 ? TLX_KCDSA_BAD_KEY : 1;
     }
     return 0;
 }

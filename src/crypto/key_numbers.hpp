@@ -21,8 +21,8 @@ class KeyNumbers {
         }
     }
 
-    /// Replaces every number by a copy of the one given, which may be one of these. False when memory is
-    /// short; nothing is changed then.
+    /// Replaces every number by a copy of the one given, which may be one of these. False when memory runs
+    /// out; nothing changes then.
     bool set_all(const Pointers &numbers) noexcept {
         OwnedBigint copies[N];
         for (u32 i = 0; i < N; ++i) {

@@ -25,10 +25,10 @@
 namespace tlx {
 namespace {
 
-// Stands before every block. Two words, so that the block keeps malloc's alignment.
+// Precedes every block. It has two words, so that the block keeps malloc's alignment.
 struct alignas(16) Header {
     std::size_t size;      // what the caller asked for
-    std::size_t capacity;  // octets behind the header
+    std::size_t capacity;  // octets after the header
 };
 static_assert(sizeof(Header) == 16);
 
@@ -42,7 +42,7 @@ struct alignas(64) Cell {
 };
 
 constexpr std::size_t kCells = 256;
-constinit Cell g_cells[kCells + 1];  // the last one is shared by all threads that came too late for their own
+constinit Cell g_cells[kCells + 1];  // threads that came too late for their own share the last one
 constinit Cell &g_shared_cell = g_cells[kCells];
 constexpr auto kRelaxed = std::memory_order_relaxed;
 constinit std::atomic<std::size_t> g_cells_taken;
@@ -121,7 +121,7 @@ Header *open_block(void *block) noexcept {
     return header;
 }
 
-// Hands out a block that malloc gave: writes its header, counts it.
+// Writes the header of a block from malloc and counts the block.
 void *issue(void *memory, std::size_t size, const char *file, int line) noexcept {
     if (memory == nullptr) return nullptr;
     auto *header = static_cast<Header *>(memory);
@@ -143,16 +143,16 @@ std::size_t new_capacity(std::size_t capacity, std::size_t size) noexcept {
 }
 
 // A block keeps its memory when it shrinks, unless most of it would lie idle.
-bool fits(const Header &header, std::size_t size) noexcept {
+bool can_stay(const Header &header, std::size_t size) noexcept {
     constexpr std::size_t kSmall = 256;
     return size <= header.capacity && (header.capacity <= kSmall || size >= header.capacity / 4);
 }
 
-// Null on failure, and the block is as it was.
+// Null on failure; the block is unchanged then.
 void *resize(void *block, std::size_t size) noexcept {
     Header *header = open_block(block);
     const std::size_t old_size = header->size;
-    if (!fits(*header, size)) {
+    if (!can_stay(*header, size)) {
         const std::size_t capacity = new_capacity(header->capacity, size);
         void *moved = std::realloc(header, sizeof(Header) + capacity);
         if (moved == nullptr) {

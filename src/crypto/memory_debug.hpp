@@ -26,11 +26,11 @@ struct Origin {
 };
 
 void remember(const void *block, Origin origin) noexcept;
-/// Returns what is known about the block, no file when it is not tracked. To be called while the block is
-/// still allocated: once it is freed, its address may be another thread's block.
+/// Returns what is known about the block, no file when it is not tracked. Call it while the block is still
+/// allocated: once it is freed, its address may be another thread's block.
 Origin forget(const void *block) noexcept;
 
-/// Shows a block that is about to be freed to whoever watches.
+/// Shows a block that is about to be freed to the visitor.
 void show(const void *block, std::size_t size) noexcept;
 
 }  // namespace tlx::debug

@@ -91,8 +91,8 @@ namespace {
 
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
-/// Takes a regular file from group and others, and empties it. A file system without permissions refuses that
-/// to the file's owner, too, which is put up with; a file that is somebody else's is left alone.
+/// Takes a regular file away from group and others, and empties it. A file system without permissions refuses
+/// that even to the file's owner, which is no failure. A file of another owner stays unchanged.
 bool keep_to_owner(int descriptor) noexcept {
     struct stat file = {};
     if (fstat(descriptor, &file) != 0) return false;

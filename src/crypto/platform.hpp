@@ -18,10 +18,10 @@ std::FILE *make_private_file(const char *path) noexcept;
 void yield_thread() noexcept;
 
 #ifdef _WIN32
-/// The pointer of this thread's own that the library keeps; null at first.
+/// The library's pointer for this thread; null at first.
 void *thread_pointer() noexcept;
 void set_thread_pointer(void *pointer) noexcept;
-/// To be called when the DLL is loaded and unloaded.
+/// The DLL calls these when it is loaded and unloaded.
 bool open_thread_pointer() noexcept;
 void close_thread_pointer() noexcept;
 #endif

@@ -12,8 +12,8 @@ namespace {
 // A salt that no modulus has room for would reach libcrypto as one of its negative code numbers.
 constexpr u32 kMostSalt = 0xFFFF;
 
-// Replaces the numbers and drops what was made of the old ones. False when memory is short; the unit is
-// unchanged then.
+// Replaces the numbers and drops what the unit computed from the old ones. False when memory runs out; the
+// unit is unchanged then.
 bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers,
                  OwnedModulus modulus) noexcept {
     if (numbers[TLX_RSA_N] != nullptr && modulus == nullptr) return false;

@@ -24,8 +24,8 @@ using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
 inline constexpr u32 kMostRsaBits = 16384;
 inline constexpr u32 kMostRsaOctets = kMostRsaBits / 8;
 
-/// A modulus prepared for multiplication by whichever thread needs it first. A unit and its copies share it,
-/// and the last of them frees it.
+/// A modulus, which the first thread that needs it prepares for multiplication. A unit and its copies share
+/// it, and the last of them frees it.
 struct SharedModulus {
     std::atomic<BN_MONT_CTX *> prepared = nullptr;
     std::atomic<u32> builds = 0;
@@ -36,11 +36,11 @@ struct ReleaseModulus {
 };
 using OwnedModulus = std::unique_ptr<SharedModulus, ReleaseModulus>;
 
-/// A modulus that is not prepared yet; null when memory is short.
+/// A modulus that is not prepared yet; null when memory runs out.
 OwnedModulus make_modulus() noexcept;
 OwnedModulus share(const OwnedModulus &modulus) noexcept;
 
-/// What was made of a unit's numbers, filled in by whichever thread needs it first.
+/// What a unit computed from its numbers. The first thread that needs a part fills it in.
 struct RsaCache {
     OwnedModulus modulus;  ///< there when the unit has numbers
     std::atomic<EVP_PKEY *> key = nullptr;
@@ -85,7 +85,7 @@ namespace tlx {
 
 [[nodiscard]] bool is_usable_public_part(const RsaNumbers &numbers) noexcept;
 
-/// Verifies a signature with PKCS #1 v1.5 padding. 0 or a TLX_RSA_ code; 1 when memory is short.
+/// Verifies a signature with PKCS #1 v1.5 padding. 0 or a TLX_RSA_ code; 1 when memory runs out.
 u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept;
 
 /// Verifies a PSS signature under the unit's PSS settings. Statuses likewise.

@@ -144,7 +144,7 @@ u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept {
     Key built = build_key(unit);
     if (built == nullptr) return 1;
     unit.cache.builds.fetch_add(1, std::memory_order_relaxed);
-    // Another thread may have been faster; then its key stands, and ours goes.
+    // Another thread may have been faster; then we keep its key and free ours.
     if (unit.cache.key.compare_exchange_strong(*key, built.get(), std::memory_order_acq_rel)) {
         *key = built.release();
     }

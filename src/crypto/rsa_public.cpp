@@ -1,5 +1,5 @@
-// Verifying signatures by the bare public operation: what a certificate's key is used for, often once only,
-// so that preparing it counts as much as using it. libcrypto's verification cannot tell a bad signature from
+// Verifies signatures by the bare public operation. A certificate's key is often used only once, so that
+// preparing it counts as much as using it. libcrypto's verification does not distinguish a bad signature from
 // a shortage of memory.
 #include <algorithm>
 #include <cstring>
@@ -17,7 +17,8 @@ bool bit(const BIGINT &number, u32 index) noexcept {
     return (limb(number, index / kLimbBits) >> (index % kLimbBits) & 1U) != 0;
 }
 
-/// The unit's modulus prepared for multiplication. Another thread may have been faster; then its work stands.
+/// The unit's modulus prepared for multiplication. Another thread may have been faster; then we keep its
+/// work.
 BN_MONT_CTX *prepared_modulus(const RSA_UNIT &unit, BN_CTX *scratch) noexcept {
     SharedModulus &shared = *unit.cache.modulus;
     BN_MONT_CTX *ready = shared.prepared.load(std::memory_order_acquire);
@@ -48,7 +49,7 @@ bool raise(BIGNUM *value, const BIGINT &e, BN_MONT_CTX *modulus, BN_CTX *scratch
     return true;
 }
 
-/// Makes `value` signature^e mod n. 0 or a TLX_RSA_ code; 1 when memory is short.
+/// Makes `value` signature^e mod n. 0 or a TLX_RSA_ code; 1 when memory runs out.
 u32 recover(const RSA_UNIT &unit, Bytes signature, Bignum &value) noexcept {
     if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;
     const u32 length = get_RSA_length(&unit);
@@ -79,8 +80,8 @@ bool encode_message(Bytes digest_info, u8 *encoded, std::size_t length) noexcept
     return true;
 }
 
-/// MGF1 (RFC 8017, appendix B.2.1): masks the octets with what the seed generates. False when memory is
-/// short.
+/// MGF1 (RFC 8017, appendix B.2.1): masks the octets with what the seed generates. False when memory runs
+/// out.
 bool mask(u32 digest_id, Bytes seed, u8 *octets, std::size_t length) noexcept {
     u8 input[TLX_DIGEST_MAX_LENGTH + 4] = {};
     std::memcpy(input, seed.data(), seed.size());

@@ -99,8 +99,8 @@ bool set_pss_parameters(EVP_PKEY_CTX *context, const RSA_UNIT &unit, u32 digest_
            EVP_PKEY_CTX_set_rsa_pss_saltlen(context, static_cast<int>(unit.pss_salt_length)) == 1;
 }
 
-// Signs a hash with PSS, or with PKCS #1 v1.5 a whole DigestInfo: libcrypto knows no HAS-160. Preparing a
-// context takes a while, so the last one for PKCS #1 v1.5 is kept for the next call.
+// Signs a hash with PSS, or a whole DigestInfo with PKCS #1 v1.5, because libcrypto knows no HAS-160.
+// Preparing a context takes a while, so the unit keeps the last one for PKCS #1 v1.5.
 bool sign_octets(const RSA_UNIT &unit, EVP_PKEY *key, u32 digest_id, u32 mode, Bytes octets,
                  u8 *sig) noexcept {
     std::size_t length = get_RSA_length(&unit);
@@ -124,7 +124,7 @@ u32 verify_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, Bytes
 }
 
 // A signature that does not verify, made with numbers that do not belong together or in a fault of the
-// machine, could give the private key away: it is not handed out.
+// machine, could give the private key away, so the caller never receives it.
 u32 sign_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, u8 *sig, u32 *sig_len) noexcept {
     const ErrorScope errors;
     EVP_PKEY *key = nullptr;

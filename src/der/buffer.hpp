@@ -8,7 +8,7 @@
 
 namespace tlx {
 
-/// A failed append (out of memory, or past 0x7FFFFFFF octets) is remembered: the caller asks once, at the
+/// Remembers a failed append (out of memory, or past 0x7FFFFFFF octets), so that the caller asks once, at the
 /// end.
 class Buffer {
   public:
@@ -21,7 +21,7 @@ class Buffer {
 
     [[nodiscard]] bool ok() const noexcept { return !failed_; }
     void fail() noexcept { failed_ = true; }
-    /// True when it failed for want of memory, not for what was to be written.
+    /// True when it failed because memory ran out, not because of what it had to write.
     [[nodiscard]] bool out_of_memory() const noexcept { return out_of_memory_; }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] u8 *data() noexcept { return data_; }
@@ -76,7 +76,7 @@ class Buffer {
     bool out_of_memory_ = false;
 };
 
-/// Zeroed octets of a fixed number that are wiped before they are freed. One octet more is there, and zero.
+/// A fixed number of octets, zero at first and wiped before they are freed, with a zero octet after them.
 class SecretBytes {
   public:
     explicit SecretBytes(std::size_t size) noexcept

@@ -23,21 +23,69 @@ bool read_length(Bytes in, Length &length) noexcept {
         return true;
     }
     const std::size_t count = first & 0x7FU;
-    if (count > 4 || in.size() <= count) return false;
-    u32 value = 0;
+    if (count > kMostLengthOctets - 1 || in.size() <= count) return false;
+    std::uint64_t value = 0;
     for (std::size_t i = 1; i <= count; ++i) {
         value = (value << 8) | in[i];
+        if (value > kMaxLength) return false;
     }
-    if (value > kMaxLength) return false;
     length.octets = 1 + count;
-    length.value = value;
+    length.value = static_cast<std::size_t>(value);
     return true;
 }
 
 /// Stands in for a length that nobody told: no element that is accepted reaches further.
 Bytes trusted(const u8 *octets) noexcept {
-    constexpr std::size_t kLongestHeader = 6;
     return {octets, kLongestHeader + kMaxLength + kEndOfContentsSize};
+}
+
+/// How the contents of an indefinite length are measured.
+enum class Siblings : u8 {
+    by_header,  ///< X.690 8.1.3.6: every element by its own header
+    /// As functions that know no length do: elements after one of indefinite length count as indefinite too.
+    stay_indefinite,
+};
+
+bool measure(Bytes in, Siblings siblings, std::size_t &length, unsigned depth = 0) noexcept {
+    if (depth >= kMaxDepth) return false;
+    bool indefinite = false;
+    std::size_t position = 0;
+    while (position < in.size() && in[position] != 0) {
+        Length child;
+        if (!read_length(in.subspan(position + 1), child)) return false;
+        const std::size_t start = position + 1 + child.octets;
+        indefinite = child.indefinite || (indefinite && siblings == Siblings::stay_indefinite);
+        std::size_t size = child.value;
+        if (indefinite) {
+            if (!measure(in.subspan(start), siblings, size, depth + 1)) return false;
+            size += kEndOfContentsSize;
+        }
+        if (size > in.size() - start) return false;
+        position = start + size;
+    }
+    if (in.size() - position < kEndOfContentsSize || position > kMaxLength) return false;
+    length = position;
+    return true;
+}
+
+/// `size` contents octets after `header` octets; with end-of-contents octets when the length is indefinite.
+Element view(Bytes in, std::size_t header, std::size_t size) noexcept {
+    const bool indefinite = in[1] == kIndefiniteLength;
+    const std::size_t trailer = indefinite ? kEndOfContentsSize : 0;
+    return {in[0], indefinite, in.subspan(1, header - 1), in.subspan(header, size),
+            in.first(header + size + trailer)};
+}
+
+/// read_element for a length of more than one octet.
+bool read_long_element(Bytes in, Element &element) noexcept {
+    Length length;
+    if (!read_length(in.subspan(1), length)) return false;
+    const std::size_t header = 1 + length.octets;
+    const Bytes rest = in.subspan(header);
+    if (length.indefinite && !measure(rest, Siblings::by_header, length.value)) return false;
+    if (length.value > rest.size()) return false;
+    element = view(in, header, length.value);
+    return true;
 }
 
 }  // namespace
@@ -76,59 +124,28 @@ bool read_trusted_length(const u8 *octets, std::size_t &length) noexcept {
 }
 
 bool measure_trusted_indefinite(const u8 *octets, std::size_t &length) noexcept {
-    return octets != nullptr && measure_indefinite(trusted(octets), length);
+    std::size_t size = 0;
+    return octets != nullptr && measure(trusted(octets), Siblings::by_header, size) &&
+           measure({octets, size + kEndOfContentsSize}, Siblings::stay_indefinite, length);
 }
 
 bool read_trusted_element(const u8 *octets, Element &element) noexcept {
-    return octets != nullptr && read_element(trusted(octets), element);
-}
-
-bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth) noexcept {
-    if (depth >= kMaxDepth) return false;
-    bool met_indefinite = false;
-    std::size_t position = 0;
-    while (position < in.size() && in[position] != 0) {
-        Length child;
-        if (!read_length(in.subspan(position + 1), child)) return false;
-        const std::size_t start = position + 1 + child.octets;
-        met_indefinite = met_indefinite || child.indefinite;
-        std::size_t size = child.value;
-        if (met_indefinite) {
-            if (!measure_indefinite(in.subspan(start), size, depth + 1)) return false;
-            size += kEndOfContentsSize;
-        }
-        if (size > in.size() - start) return false;
-        position = start + size;
-    }
-    if (in.size() - position < kEndOfContentsSize || position > kMaxLength) return false;
-    length = position;
+    if (octets == nullptr) return false;
+    const Bytes in = trusted(octets);
+    if (in[1] != kIndefiniteLength) return read_element(in, element);
+    std::size_t size = 0;
+    if (!measure_trusted_indefinite(octets + 2, size)) return false;
+    element = view(in, 2, size);
     return true;
 }
 
 bool read_element(Bytes in, Element &element) noexcept {
     if (in.size() < 2) return false;
     // Nearly every element has a length of one octet.
-    if (const std::size_t size = in[1]; size < kIndefiniteLength) {
-        if (size > in.size() - 2) return false;
-        element = {in[0], false, in.subspan(1, 1), in.subspan(2, size), in.first(2 + size)};
-        return true;
-    }
-    Length length;
-    if (!read_length(in.subspan(1), length)) return false;
-    const std::size_t header = 1 + length.octets;
-    const Bytes rest = in.subspan(header);
-    std::size_t size = length.value;
-    std::size_t trailer = 0;
-    if (length.indefinite) {
-        if (!measure_indefinite(rest, size)) return false;
-        trailer = kEndOfContentsSize;
-    }
-    if (size + trailer > rest.size()) return false;
-    element.tag = in[0];
-    element.indefinite = length.indefinite;
-    element.length_octets = in.subspan(1, length.octets);
-    element.contents = rest.first(size);
-    element.whole = in.first(header + size + trailer);
+    const std::size_t size = in[1];
+    if (size >= kIndefiniteLength) return read_long_element(in, element);
+    if (size > in.size() - 2) return false;
+    element = {in[0], false, in.subspan(1, 1), in.subspan(2, size), in.first(2 + size)};
     return true;
 }
 

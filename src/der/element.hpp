@@ -1,6 +1,6 @@
 // Bounded reading: views of elements inside octets that somebody else owns. No other code does pointer
-// arithmetic on encoded data. Octets that come without a length are read through the _trusted_ functions,
-// which believe the headers; everything nested in a definite length is then bounded by it.
+// arithmetic on encoded data. The _trusted_ functions read octets that come without a length and believe the
+// headers; everything nested in a definite length is then bounded by it.
 #pragma once
 
 #include <initializer_list>
@@ -12,8 +12,11 @@ namespace tlx {
 constexpr u8 kConstructed = 0x20;
 constexpr u8 kTagNumberMask = 0x1F;
 constexpr u8 kContextSpecific = 0x80;
-/// A length above this, and more than four length octets, are refused.
+/// A length above this is refused.
 constexpr u32 kMaxLength = 0x7FFFFFFF;
+/// X.690 8.1.3.5 c) reserves FF: the first length octet counts up to 126 others, which may begin with zeros.
+constexpr std::size_t kMostLengthOctets = 127;
+constexpr std::size_t kLongestHeader = 1 + kMostLengthOctets;
 /// Indefinite lengths nested deeper than this are refused.
 constexpr unsigned kMaxDepth = 64;
 /// The length octet of an indefinite length; definite lengths from here on take the long form.
@@ -39,19 +42,22 @@ struct Element {
     }
 };
 
-/// Reads the element that starts at the first octet of `in`; what follows it is ignored. False when it is
-/// truncated or its length is refused.
+/// Reads the element that starts at the first octet of `in` (X.690 8.1.3) and ignores what follows it. False
+/// when the element is truncated, its length is refused, or indefinite lengths nest too deep.
 [[nodiscard]] bool read_element(Bytes in, Element &element) noexcept;
 
-/// Reads an element at `octets` whose extent only its own header tells: the outermost header, and the nested
-/// ones of an indefinite length, are taken at their word. False for null and for a refused length.
+/// Reads an element at `octets` whose extent only its own header tells. The reader believes this header and
+/// measures an indefinite length with measure_trusted_indefinite. False for null and for a refused length.
 [[nodiscard]] bool read_trusted_element(const u8 *octets, Element &element) noexcept;
 
-/// The contents length that the length octets at `octets` give, taken at their word; for an indefinite length
-/// the contents after them are measured. False for null and for a refused length.
+/// The contents length that the length octets at `octets` give; for an indefinite length that of the contents
+/// after them, as measure_trusted_indefinite measures it. False for null and for a refused length.
 [[nodiscard]] bool read_trusted_length(const u8 *octets, std::size_t &length) noexcept;
 
-/// Measures the contents at `octets` of an indefinite length, taking the headers in them at their word.
+/// Measures the contents at `octets` of an indefinite length and believes the headers in them. Once an
+/// element of indefinite length was met, later elements of the same contents count as indefinite too; callers
+/// have relied on this. False where that would leave the element as X.690 8.1.3.6 measures it, for null, a
+/// refused length and too deep a nesting.
 [[nodiscard]] bool measure_trusted_indefinite(const u8 *octets, std::size_t &length) noexcept;
 
 /// The length that definite length octets give. False for an indefinite length, a refused one, and octets
@@ -62,11 +68,6 @@ struct Element {
 std::size_t write_length(u32 length, u8 (&octets)[5]) noexcept;
 /// The same in the long form, also for a length that fits the short one; returns how many (2 to 5).
 std::size_t write_long_length(u32 length, u8 (&octets)[5]) noexcept;
-
-/// Measures the contents of an indefinite length, which start at the first octet of `in`. Once an element of
-/// indefinite length has been met, every later one at the same level is measured as indefinite too: BER input
-/// is read where no definite length follows an indefinite one inside an indefinite container.
-[[nodiscard]] bool measure_indefinite(Bytes in, std::size_t &length, unsigned depth = 0) noexcept;
 
 /// Universal tag numbers: bit n stands for tag n.
 class TagSet {
@@ -115,8 +116,8 @@ class Cursor {
     Bytes rest_;
 };
 
-/// Number of children as getSequenceChildNum counts them: end-of-contents octets are passed over, and a
-/// universal element of a type outside the supported ones makes the whole count 0.
+/// Number of children as getSequenceChildNum counts them: it skips end-of-contents octets,
+/// and a universal element of a type outside the supported ones makes the whole count 0.
 [[nodiscard]] u32 count_children(Bytes contents) noexcept;
 
 }  // namespace tlx

@@ -92,6 +92,29 @@ void Encoder::any_string(const ASN1_STRING *string) noexcept {
     buffer_.advance(element.size());
 }
 
+void Encoder::any_value(const ASN1_STRING *value, u32 identifier) noexcept {
+    if (value == nullptr || identifier == 0 || identifier > 0xFF) return fail();
+    const auto tag = static_cast<u8>(identifier);
+    if (tag >= kContextSpecific) {
+        // Read whole, so that the octets are the element itself.
+        Element element;
+        const Bytes octets = octets_of(value);
+        if (!read_element(octets, element) || element.whole.size() != octets.size()) return fail();
+        return raw(octets);
+    }
+    switch (tag & kTagNumberMask) {
+        case TLX_TAG_BIT_STRING:
+            return bit_string(value, tag);
+        case TLX_TAG_OBJECT_IDENTIFIER:
+            return oid(value, tag);
+        case TLX_TAG_SEQUENCE:
+        case TLX_TAG_SET:
+            return string(value, static_cast<u8>(tag | kConstructed));
+        default:
+            return string(value, tag);
+    }
+}
+
 void Encoder::node(const ASN1_UNIT *node) noexcept {
     Element element;
     if (!view_node(node, element)) return fail();

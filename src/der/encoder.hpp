@@ -1,4 +1,4 @@
-// Writing DER front to back into one growing buffer. A length is fixed up once, when its element is closed.
+// Writes DER front to back into one growing buffer, and fixes a length up once, when its element closes.
 #pragma once
 
 #include <tlxpki/types.h>
@@ -21,7 +21,7 @@ constexpr u8 context_primitive(u8 number) noexcept {
     return static_cast<u8>(kContextSpecific | number);
 }
 
-/// Any failure (a null value, an unencodable text, no memory) is remembered; `ok` tells at the end.
+/// Remembers any failure (a null value, an unencodable text, no memory); `ok` says so at the end.
 class Encoder {
   public:
     /// A constructed element that is closed when this object goes out of scope.
@@ -54,6 +54,9 @@ class Encoder {
     void string(const ASN1_STRING *string, u8 tag) noexcept;
     /// A string record under its own type, as pseudo-tag 32 writes it.
     void any_string(const ASN1_STRING *string) noexcept;
+    /// A string record under an identifier octet, which undoes decode_any_string: octets come back as they
+    /// were read.
+    void any_value(const ASN1_STRING *value, u32 identifier) noexcept;
     /// A finished node, as it is.
     void node(const ASN1_UNIT *node) noexcept;
     /// Finished encodings, as they are.
@@ -77,8 +80,18 @@ class Encoder {
     Buffer buffer_;
 };
 
+/// An encoder for secrets: it wipes its octets before it frees them. Room for all of them has to be made
+/// beforehand, so that growing leaves no copy behind.
+class SecretEncoder : public Encoder {
+  public:
+    SecretEncoder() noexcept = default;
+    ~SecretEncoder() { buffer().wipe(); }
+    SecretEncoder(const SecretEncoder &) = delete;
+    SecretEncoder &operator=(const SecretEncoder &) = delete;
+};
+
 /// Gives the finished encoding to *out as a new node. False when the encoder failed or memory ran out; *out
-/// is untouched then.
+/// is unchanged then.
 [[nodiscard]] bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept;
 
 }  // namespace tlx

@@ -6,6 +6,8 @@ namespace tlx {
 namespace {
 
 constexpr u8 kContinues = 0x80;
+/// An arc with any of these bits has no room for seven more.
+constexpr u32 kNoRoomForMore = 0xFE000000;
 
 /// Octets that an arc takes at most.
 constexpr std::size_t kMostArcOctets = 5;
@@ -22,8 +24,8 @@ u8 *write_arc(u8 *out, u32 arc) noexcept {
     return out;
 }
 
-/// Takes the next arc off the text, and the dot after it. Arcs are 32-bit values; those above 0x7FFFFFFF are
-/// written as negative numbers, and read back from there.
+/// Takes the next arc off the text, and the dot after it. Arcs are 32-bit values; a text has those above
+/// 0x7FFFFFFF as negative numbers.
 bool take_arc(std::string_view &text, u32 &arc) noexcept {
     const bool negative = text.starts_with('-');
     const u64 most = negative ? 0x80000000 : 0xFFFFFFFF;
@@ -64,6 +66,7 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
     bool first = true;
     bool complete = false;
     for (const u8 octet : contents) {
+        if ((arc & kNoRoomForMore) != 0) return false;
         arc = (arc << 7) | (octet & 0x7FU);
         complete = (octet & kContinues) == 0;
         if (!complete) continue;
@@ -83,18 +86,8 @@ bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) 
     return true;
 }
 
-bool arcs_fit(Bytes contents) noexcept {
-    constexpr u32 kNoRoomForMore = 0xFE000000;
-    u32 arc = 0;
-    for (const u8 octet : contents) {
-        if ((arc & kNoRoomForMore) != 0) return false;
-        arc = (octet & kContinues) != 0 ? (arc << 7) | (octet & 0x7FU) : 0;
-    }
-    return true;
-}
-
 bool text_to_oid(std::string_view dotted, Buffer &out) noexcept {
-    // No arc has fewer than two characters, but for the last.
+    // Every arc but the last has at least two characters.
     u8 *const room = out.reserve((dotted.size() / 2 + 1) * kMostArcOctets);
     u32 first = 0;
     u32 second = 0;

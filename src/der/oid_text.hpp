@@ -12,11 +12,8 @@ namespace tlx {
 constexpr std::size_t kMaxDottedText = 99;
 
 /// Writes the dotted text of the contents octets, NUL-terminated, into `text` and its length into `length`.
-/// False for empty contents, an arc that is not ended, and a text that is too long.
+/// False for empty contents, an arc that does not end or does not fit 32 bits, and a text that is too long.
 [[nodiscard]] bool oid_to_text(Bytes contents, char (&text)[kMaxDottedText + 1], u32 &length) noexcept;
-
-/// Whether every arc is a 32-bit number; oid_to_text() takes the last 32 bits of a longer one.
-[[nodiscard]] bool arcs_fit(Bytes contents) noexcept;
 
 /// Appends the contents octets of a dotted text. False when it is no dotted text of at least two arcs.
 [[nodiscard]] bool text_to_oid(std::string_view dotted, Buffer &out) noexcept;

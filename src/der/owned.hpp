@@ -47,8 +47,8 @@ void deliver(std::unique_ptr<T, Deleter> made, T **out) noexcept {
     }
 }
 
-/// "Fill the caller's structure or allocate one": works on *out, or on a new record that is handed over by
-/// `commit` and freed when the decoder fails.
+/// Works on the caller's record at *out, or on a new one, which `commit` hands over and a decoder that fails
+/// frees.
 template <typename T>
 class OutRecord {
   public:
@@ -57,7 +57,7 @@ class OutRecord {
     OutRecord(T **out, Make make) noexcept : out_(out) {
         if (*out == nullptr) made_.reset(make());
     }
-    /// Null when a record had to be allocated and could not be.
+    /// Null when memory for a new record ran out.
     T *get() const noexcept { return made_ ? made_.get() : *out_; }
     T *operator->() const noexcept { return get(); }
     explicit operator bool() const noexcept { return get() != nullptr; }

@@ -1,177 +1,253 @@
 // Records are described, not hand-coded: from one description of a SEQUENCE follow its six operations (new_,
-// clean_, free_, dup_, Seq_to_ and _to_Seq).
+// clean_, free_, dup_, Seq_to_ and _to_Seq). Its statuses come from the list of all records (records.inc).
 //
 //     // PolicyMapping ::= SEQUENCE {
 //     //     issuerDomainPolicy OBJECT IDENTIFIER, subjectDomainPolicy OBJECT IDENTIFIER }
 //     constexpr auto kPolicyMapping = record<POLICY_MAPPING>(
-//         codes(0x47270000, 0x47280000), exactly(2),
-//         field<Oid>(&POLICY_MAPPING::issuerDomainPolicy),
+//         exactly(2), field<Oid>(&POLICY_MAPPING::issuerDomainPolicy),
 //         field<Oid>(&POLICY_MAPPING::subjectDomainPolicy));
 //     TLX_DEFINE_RECORD(POLICY_MAPPING, kPolicyMapping)
 //
-// A field (der/fields.hpp) is a value kind (der/value_kinds.hpp: Integer, String<tag>, Bits, NamedBits, Oid,
-// AnyString, OwnString, Node, Nested<T>, Choice<T>, List<kind>), a member that owns the value (null when
-// absent), and how it is tagged: field, optional, implicit(n), explicitly(n). BOOLEAN members are single
-// octets: boolean, flag(n). A field of another shape is a class with the four functions of Field.
+// A field says how a member is tagged and whether it may be absent:
+//
+//     field, optional, trailing, implicit(n), explicitly(n)     a member behind a pointer
+//     boolean, default_false, flag(n), number, enumerated       a member held by value
+//     embedded                                                  a described record inside this one
+//     kept, kept_word                                           a member without an encoding
+//     group, by_tag, by_number, defined_by                      fields made of fields (der/field_groups.hpp)
+//
+// and a value kind says what it holds:
+//
+//     Integer, String<tag>, Octets, Joined, Bits, NamedBits, Oid, AnyValue, Verbatim, Node     values
+//     Nested<T>, Passing<T>, Choice<T>, Explicit<kind>, Secret<kind>                           records and
+//     wrappers List<kind>, OneOrMore<kind>, SetOf<kind>, PassingList<list, codes>                       lists
+//
+// A CHOICE is described with choice (der/choice.hpp). A field of another shape is a class with the five
+// functions of Field.
 #pragma once
 
 #include <tuple>
 
+#include "der/choice.hpp"
+#include "der/field_groups.hpp"
 #include "der/fields.hpp"
-#include "der/value_kinds.hpp"
+#include "der/list_kinds.hpp"
+#include "der/record_codes.hpp"
 
 namespace tlx {
 
-/// What one operation answers, whole: when compiled, the octets of its group and its function meet every
-/// reason.
-struct Statuses {
-    u32 missing_argument;
-    u32 wrong_count;
-    u32 not_encoded;
-    u32 not_decoded;
+/// What becomes of children that no field took.
+enum class Rest : u8 {
+    refused,
+    ignored,  ///< but a broken one is refused
+    unread,
 };
-consteval Statuses statuses(u32 function) noexcept {
-    return {function | 0x0049, function | 0x002B, function | 0x0103, function | 0x0104};
-}
 
-/// The statuses of a decoder and of an encoder.
-struct Codes {
-    Statuses decode;
-    Statuses encode;
-};
-consteval Codes codes(u32 decode, u32 encode) noexcept {
-    return {statuses(decode), statuses(encode)};
-}
-
-/// How many children the SEQUENCE must have, and whether those that no field took are passed over.
+/// How many children the SEQUENCE must have.
 struct Count {
     u32 least;
     u32 most;
-    bool others_allowed;
+    Rest rest;
 };
-constexpr Count exactly(u32 count) noexcept {
-    return {count, count, false};
+constexpr u32 kAnyNumber = 0xFFFFFFFF;
+constexpr Count exactly(u32 count, Rest rest = Rest::refused) noexcept {
+    return {count, count, rest};
 }
 constexpr Count between(u32 least, u32 most) noexcept {
-    return {least, most, false};
+    return {least, most, Rest::refused};
 }
-/// Any number of children; those that no field took are passed over.
+constexpr Count at_least(u32 least, Rest rest = Rest::ignored) noexcept {
+    return {least, kAnyNumber, rest};
+}
+/// Any number of children; those that no field took are ignored.
 constexpr Count any_count() noexcept {
-    return {0, 0xFFFFFFFF, true};
+    return {0, kAnyNumber, Rest::ignored};
+}
+/// The children that the fields take, and no others.
+constexpr Count as_described() noexcept {
+    return {0, kAnyNumber, Rest::refused};
+}
+/// The children that the fields take; what follows is not read.
+constexpr Count beginning() noexcept {
+    return {0, kAnyNumber, Rest::unread};
 }
 
 template <typename R, typename... Fields>
 struct Record {
-    Codes codes;
+    using type = R;
     Count count;
+    OnFailure on_failure;
     std::tuple<Fields...> fields;
 
-    void clean(R *record) const noexcept {
-        if (record == nullptr) return;
-        std::apply([&](const auto &...each) { (each.clear(*record), ...); }, fields);
+    /// The same record, where a failed decoder leaves the caller's in another state.
+    [[nodiscard]] constexpr Record but(OnFailure other) const noexcept { return {count, other, fields}; }
+
+    void clear(R &record) const noexcept {
+        std::apply([&](const auto &...each) { (each.clear(record), ...); }, fields);
     }
-    void free(R *record) const noexcept {
-        clean(record);
-        tlx_free(record);
+    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
+        return std::apply([&](const auto &...each) { return (each.copy(to, from) && ...); }, fields);
     }
-    R *dup(const R *record, R *(*make)()) const noexcept {
-        if (record == nullptr) return nullptr;
-        R *copy = make();
-        if (copy == nullptr) return nullptr;
-        clean(copy);
-        if (std::apply([&](const auto &...each) { return (each.copy(*copy, *record) && ...); }, fields)) {
-            return copy;
-        }
-        free(copy);
-        return nullptr;
+    [[nodiscard]] bool counts(const Element &element) const noexcept {
+        if (count.least == 0 && count.most == kAnyNumber) return true;
+        const u32 children = count_children(element.contents);
+        return children >= count.least && children <= count.most;
     }
-    u32 decode(const Element &element, R **out, R *(*make)()) const noexcept {
-        if (count.least > 0 || count.most != any_count().most) {
-            const u32 children = count_children(element.contents);
-            if (children < count.least || children > count.most) return codes.decode.wrong_count;
-        }
-        OutRecord<R> record(out, make);
-        if (!record) return codes.decode.not_decoded;
+    /// Fills the record member by member; members are freed as others take their place.
+    [[nodiscard]] u32 read(const Element &element, R &record) const noexcept {
         Cursor children(element);
         u32 status = 0;
-        const auto read = [&](const auto &each) {
-            status = each.read(children, *record.get());
-            return status == 0;
+        const auto next = [&](const auto &each) { return (status = each.read(children, record)) == 0; };
+        if (!std::apply([&](const auto &...each) { return (next(each) && ...); }, fields)) return status;
+        if (!ends_well(children)) return kFieldFailed;
+        const auto receive = [&](const auto &each) {
+            if constexpr (requires { each.receive(element, record); }) return each.receive(element, record);
+            return true;
         };
-        if (!std::apply([&](const auto &...each) { return (read(each) && ...); }, fields)) {
-            return status == kFieldFailed ? codes.decode.not_decoded : status;
-        }
-        if (!ends_well(children)) return codes.decode.not_decoded;
-        record.commit();
-        return 0;
+        return std::apply([&](const auto &...each) { return (receive(each) && ...); }, fields) ? 0
+                                                                                               : kFieldFailed;
     }
-    void encode(Encoder &out, const R *record, u8 tag) const noexcept {
-        if (record == nullptr) return out.fail();
+    void write(Encoder &out, const R &record, u8 tag = kSequence) const noexcept {
         const auto sequence = out.nest(tag);
-        std::apply([&](const auto &...each) { (each.write(out, *record), ...); }, fields);
+        std::apply([&](const auto &...each) { (each.write(out, record), ...); }, fields);
     }
 
   private:
-    /// Children that no field took are refused or passed over; broken ones are refused always.
     [[nodiscard]] bool ends_well(Cursor children) const noexcept {
         Element other;
-        while (count.others_allowed && children.next(other)) {
+        while (count.rest == Rest::ignored && children.next(other)) {
         }
-        return children.at_end();
+        return count.rest == Rest::unread || children.at_end();
     }
 };
 
 template <typename R, typename... Fields>
-constexpr Record<R, Fields...> record(Codes codes, Count count, Fields... fields) noexcept {
-    return {codes, count, {fields...}};
+constexpr Record<R, Fields...> record(Count count, Fields... fields) noexcept {
+    return {count, OnFailure::as_filled, {fields...}};
+}
+
+// ---- The operations of a description ----
+
+template <typename Description, typename R>
+void clean_record(const Description &description, R *record) noexcept {
+    if (record != nullptr) description.clear(*record);
+}
+
+template <typename Description, typename R>
+void free_record(const Description &description, R *record) noexcept {
+    clean_record(description, record);
+    tlx_free(record);
+}
+
+template <typename Description, typename R>
+R *dup_record(const Description &description, const R *record) noexcept {
+    if (record == nullptr) return nullptr;
+    R *copy = TLX_NEW(R);
+    if (copy == nullptr || description.copy(*copy, *record)) return copy;
+    free_record(description, copy);
+    return nullptr;
+}
+
+/// Reads into *out, or into a new record. 0, kFieldFailed, kWrongCount, or a status that a member passes up.
+template <typename Description, typename R>
+u32 read_record(const Description &description, const Element &element, R **out) noexcept {
+    const OnFailure on_failure = description.on_failure;
+    if (on_failure == OnFailure::emptied || on_failure == OnFailure::freed) clean_record(description, *out);
+    R *made = nullptr;
+    u32 status = description.counts(element) ? 0 : kWrongCount;
+    if (status == 0 && *out == nullptr) {
+        made = TLX_NEW(R);
+        if (made == nullptr) return kFieldFailed;
+    }
+    if (status == 0 && on_failure == OnFailure::unchanged && made == nullptr) {
+        R fresh{};
+        status = description.read(element, fresh);
+        if (status == 0) std::swap(**out, fresh);
+        description.clear(fresh);
+        return status;
+    }
+    if (status == 0) status = description.read(element, made != nullptr ? *made : **out);
+    if (status == 0) {
+        if (made != nullptr) *out = made;
+        return 0;
+    }
+    if (made != nullptr) {
+        free_record(description, made);
+    } else if (on_failure == OnFailure::emptied) {
+        clean_record(description, *out);
+    } else if (on_failure == OnFailure::freed) {
+        free_record(description, *out);
+        *out = nullptr;
+    }
+    return status;
+}
+
+/// The same with the record's statuses.
+template <typename Description, typename R>
+u32 decode_record(const Description &description, const Element &element, R **out,
+                  const Statuses &statuses) noexcept {
+    const u32 status = read_record(description, element, out);
+    if (status == kFieldFailed) return statuses.not_converted;
+    return status == kWrongCount ? statuses.wrong_count : status;
 }
 
 /// Seq_to_<TYPE>: the checks of its arguments, then the decoder over a view of the node.
 template <typename T>
-u32 decode_node(const ASN1_UNIT *node, T **out, const Statuses &failed) noexcept {
-    if (node == nullptr || out == nullptr) return failed.missing_argument;
+u32 decode_node(const ASN1_UNIT *node, T **out, const Statuses &statuses) noexcept {
+    if (node == nullptr || out == nullptr) return statuses.missing_argument;
     Element element;
-    if (!view_container(node, element)) return failed.not_decoded;
+    if (!view_container(node, element)) return statuses.not_converted;
     return Codec<T>::decode(element, out);
 }
 
 /// <TYPE>_to_Seq: the checks of its arguments, then the encoding as a node.
 template <typename T>
-u32 encode_node(const T *object, ASN1_UNIT **out, const Statuses &failed) noexcept {
-    if (object == nullptr || out == nullptr) return failed.missing_argument;
+u32 encode_node(const T *object, ASN1_UNIT **out, const Statuses &statuses) noexcept {
+    if (object == nullptr || out == nullptr) return statuses.missing_argument;
     Encoder encoder;
     Codec<T>::encode(encoder, object);
-    return hand_over(encoder, out) ? 0 : failed.not_encoded;
-}
-
-/// Decodes a list of its own into *out: a caller's list is emptied and filled anew, and stays as it was on
-/// failure.
-template <typename List>
-u32 decode_list(const Element &element, STACK **out, const Statuses &failed) noexcept {
-    if (List::least > 0 && element.contents.empty()) return failed.wrong_count;
-    STACK *list = nullptr;
-    if (List::decode(element, &list) != 0) return failed.not_decoded;
-    deliver(std::unique_ptr<STACK, FreeWith<List::free>>(list), out);
-    return 0;
+    return hand_over(encoder, out) ? 0 : statuses.not_converted;
 }
 
 /// Seq_to_<LIST>.
 template <typename List>
-u32 decode_list_node(const ASN1_UNIT *node, STACK **out, const Statuses &failed) noexcept {
-    if (node == nullptr || out == nullptr) return failed.missing_argument;
+u32 decode_list_node(const ASN1_UNIT *node, STACK **out, const Statuses &statuses) noexcept {
+    if (node == nullptr || out == nullptr) return statuses.missing_argument;
     Element element;
-    if (!view_container(node, element)) return failed.not_decoded;
-    return decode_list<List>(element, out, failed);
+    if (!view_container(node, element)) return statuses.not_converted;
+    return decode_list<List>(element, out, statuses);
 }
 
 /// <LIST>_to_Seq.
 template <typename List>
-u32 encode_list_node(const STACK *list, ASN1_UNIT **out, const Statuses &failed) noexcept {
-    if (list == nullptr || out == nullptr) return failed.missing_argument;
-    if (get_STACK_count(list) < List::least) return failed.wrong_count;
+u32 encode_list_node(const STACK *list, ASN1_UNIT **out, const Statuses &statuses) noexcept {
+    if (list == nullptr || out == nullptr) return statuses.missing_argument;
+    if (get_STACK_count(list) < List::least) return statuses.wrong_count;
     Encoder encoder;
     List::encode(encoder, list, List::tag);
-    return hand_over(encoder, out) ? 0 : failed.not_encoded;
+    return hand_over(encoder, out) ? 0 : statuses.not_converted;
+}
+
+/// Seq_to_<TYPE> of a type that is one string.
+template <typename Kind>
+u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, const Statuses &statuses) noexcept {
+    if (node == nullptr || out == nullptr) return statuses.missing_argument;
+    Element element;
+    ASN1_STRING *value = nullptr;
+    if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0) {
+        return statuses.not_converted;
+    }
+    deliver(Owned<ASN1_STRING>(value), out);
+    return 0;
+}
+
+/// <TYPE>_to_Seq of it.
+template <typename Kind>
+u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, const Statuses &statuses) noexcept {
+    if (value == nullptr || out == nullptr) return statuses.missing_argument;
+    Encoder encoder;
+    Kind::encode(encoder, value, Kind::tag);
+    return hand_over(encoder, out) ? 0 : statuses.not_converted;
 }
 
 /// add_<LIST>_child: inserts a copy.
@@ -185,87 +261,6 @@ u32 add_list_child(STACK *list, const typename Kind::type *value, i32 index) noe
     return 1;
 }
 
-// NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in parentheses
-
-/// The exported operations of a described record, and its Codec. A record whose new_ makes members defines
-/// new_<type> itself, one whose decoder no description can say Codec<type>::decode; it then takes the parts
-/// that remain.
-#define TLX_DEFINE_RECORD(type, description)    \
-    TLX_DEFINE_RECORD_NEW(type)                 \
-    TLX_DEFINE_RECORD_DECODE(type, description) \
-    TLX_DEFINE_RECORD_OTHERS(type, description)
-
-#define TLX_DEFINE_RECORD_WITHOUT_NEW(type, description) \
-    TLX_DEFINE_RECORD_DECODE(type, description)          \
-    TLX_DEFINE_RECORD_OTHERS(type, description)
-
-#define TLX_DEFINE_RECORD_WITHOUT_DECODE(type, description) \
-    TLX_DEFINE_RECORD_NEW(type)                             \
-    TLX_DEFINE_RECORD_OTHERS(type, description)
-
-#define TLX_DEFINE_RECORD_NEW(type) \
-    type *new_##type(void) {        \
-        return TLX_NEW(type);       \
-    }
-
-#define TLX_DEFINE_RECORD_DECODE(type, description)                                       \
-    tlx::u32 tlx::Codec<type>::decode(const tlx::Element &element, type **out) noexcept { \
-        return description.decode(element, out, new_##type);                              \
-    }
-
-#define TLX_DEFINE_RECORD_OTHERS(type, description)                                              \
-    void clean_##type(type *record) {                                                            \
-        description.clean(record);                                                               \
-    }                                                                                            \
-    void free_##type(type *record) {                                                             \
-        description.free(record);                                                                \
-    }                                                                                            \
-    type *dup_##type(const type *record) {                                                       \
-        return description.dup(record, new_##type);                                              \
-    }                                                                                            \
-    uint32_t Seq_to_##type(const ASN1_UNIT *node, type **out) {                                  \
-        return tlx::decode_node(node, out, description.codes.decode);                            \
-    }                                                                                            \
-    uint32_t type##_to_Seq(const type *record, ASN1_UNIT **out) {                                \
-        return tlx::encode_node(record, out, description.codes.encode);                          \
-    }                                                                                            \
-    void tlx::Codec<type>::encode(tlx::Encoder &out, const type *record, tlx::u8 tag) noexcept { \
-        description.encode(out, record, tag);                                                    \
-    }
-
-/// The exported operations of a list type: `kind` is its List, `list_codes` the Codes of its two directions.
-#define TLX_DEFINE_LIST(list_type, item_type, kind, list_codes)                                  \
-    list_type *new_##list_type(void) {                                                           \
-        return new_STACK();                                                                      \
-    }                                                                                            \
-    void clean_##list_type(list_type *list) {                                                    \
-        tlx::clean_list<kind::Item>(list);                                                       \
-    }                                                                                            \
-    void free_##list_type(list_type *list) {                                                     \
-        kind::free(list);                                                                        \
-    }                                                                                            \
-    list_type *dup_##list_type(const list_type *list) {                                          \
-        return kind::dup(list);                                                                  \
-    }                                                                                            \
-    uint32_t Seq_to_##list_type(const ASN1_UNIT *node, list_type **out) {                        \
-        return tlx::decode_list_node<kind>(node, out, (list_codes).decode);                      \
-    }                                                                                            \
-    uint32_t list_type##_to_Seq(const list_type *list, ASN1_UNIT **out) {                        \
-        return tlx::encode_list_node<kind>(list, out, (list_codes).encode);                      \
-    }                                                                                            \
-    uint32_t get_##list_type##_count(const list_type *list) {                                    \
-        return get_STACK_count(list);                                                            \
-    }                                                                                            \
-    item_type *get_##list_type##_child(const list_type *list, int32_t index) {                   \
-        return static_cast<item_type *>(get_STACK_value(list, static_cast<tlx::u32>(index)));    \
-    }                                                                                            \
-    uint32_t add_##list_type##_child(list_type *list, const item_type *item, int32_t index) {    \
-        return tlx::add_list_child<kind::Item>(list, item, index);                               \
-    }                                                                                            \
-    item_type *remove_##list_type##_child(list_type *list, int32_t index) {                      \
-        return static_cast<item_type *>(remove_STACK_value(list, static_cast<tlx::u32>(index))); \
-    }
-
-// NOLINTEND(bugprone-macro-parentheses)
-
 }  // namespace tlx
+
+#include "der/define.hpp"

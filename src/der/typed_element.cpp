@@ -134,9 +134,7 @@ bool TypedElement::set_whole_element(const ASN1_STRING *value) noexcept {
         return false;
     }
     identifier_ = element.tag;
-    length_count_ = static_cast<u8>(element.length_octets.size());
-    std::memcpy(length_, element.length_octets.data(), element.length_octets.size());
-    octets_ = whole.subspan(1 + element.length_octets.size());
+    octets_ = whole.subspan(1);  // its own length octets among them
     return true;
 }
 

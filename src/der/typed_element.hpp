@@ -1,5 +1,5 @@
-// One element about to be written from a typed value. Its size is known before anything is written, so that
-// it goes straight to where it belongs.
+// One element about to be written from a typed value. Its size is known first, so that it is written straight
+// to where it belongs.
 #pragma once
 
 #include <tlxpki/types.h>
@@ -17,8 +17,8 @@ constexpr LengthForm length_form(u32 form) noexcept {
 }
 
 /// Each set_ function takes one kind of value, under the identifier given to the constructor, and may be
-/// called once. It is false when the value is missing or is none of that kind, its octets do not reach `len`,
-/// the length cannot be written in the wanted form, or memory runs out. The value has to live until the
+/// called once. It returns false when the value is missing or of another kind, when it has fewer than `len`
+/// octets, when its length has no such form, and when memory runs out. The value has to live until the
 /// element is written.
 class TypedElement {
   public:
@@ -46,6 +46,7 @@ class TypedElement {
     [[nodiscard]] bool set_any(const ASN1_STRING *value) noexcept;
 
     [[nodiscard]] u8 identifier() const noexcept { return identifier_; }
+    /// None of a complete element that set_any took: they are part of its contents_size().
     [[nodiscard]] Bytes length_octets() const noexcept { return {length_, length_count_}; }
     /// Octets that write_contents writes: the contents, and end-of-contents octets of an indefinite length.
     [[nodiscard]] std::size_t contents_size() const noexcept;

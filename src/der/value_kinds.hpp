@@ -2,8 +2,6 @@
 // from an element, written under a tag, copied and freed.
 #pragma once
 
-#include <tlxcrypto/stack.h>
-
 #include <bit>
 
 #include "der/element.hpp"
@@ -13,12 +11,12 @@
 
 namespace tlx {
 
-/// How a record type is read and written inside other records. Declared with TLX_DECLARE_CODEC, defined by
-/// TLX_DEFINE_RECORD or by hand.
+/// How a record type is read and written inside other records. TLX_DECLARE_CODEC declares it;
+/// TLX_DEFINE_RECORD, or a definition by hand, defines it.
 template <typename T>
 struct Codec;
 
-// NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in parentheses
+// NOLINTBEGIN(bugprone-macro-parentheses): a type cannot stand in parentheses
 #define TLX_DECLARE_CODEC(type)                                                                              \
     TLX_OWNS(type);                                                                                          \
     template <>                                                                                              \
@@ -32,15 +30,22 @@ struct Codec;
 
 // NOLINTEND(bugprone-macro-parentheses)
 
-/// What a field answers when the record's own status is to be reported.
-constexpr u32 kFieldFailed = 1;
+/// A kind, a field or a description answers this when the record around it has to report its own status. No
+/// function of the library returns it.
+constexpr u32 kFieldFailed = 0xFFFFFFFE;
+/// A description answers this for a number of children that its record does not have. No function returns it.
+constexpr u32 kWrongCount = 0xFFFFFFFD;
+
+/// What a kind answers once it stored `value`, or null.
+inline u32 stored(const void *value) noexcept {
+    return value != nullptr ? 0 : kFieldFailed;
+}
 
 struct Integer {
     using type = BIGINT;
     static constexpr u8 tag = TLX_TAG_INTEGER;
     static u32 decode(const Element &element, type **out) noexcept {
-        *out = decode_integer(element.contents);
-        return *out != nullptr ? 0 : kFieldFailed;
+        return stored(*out = decode_integer(element.contents));
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept { out.integer(value, as); }
     static type *dup(const type *value) noexcept { return dup_BIGINT(value); }
@@ -58,20 +63,25 @@ template <u8 Tag>
 struct String : StringRecord {
     static constexpr u8 tag = Tag;
     static u32 decode(const Element &element, type **out) noexcept {
-        *out = Tag == TLX_TAG_UTC_TIME || Tag == TLX_TAG_GENERALIZED_TIME
-                   ? decode_time(Tag, element.contents)
-                   : decode_string(Tag, element.contents);
-        return *out != nullptr ? 0 : kFieldFailed;
+        constexpr bool is_time = Tag == TLX_TAG_UTC_TIME || Tag == TLX_TAG_GENERALIZED_TIME;
+        return stored(*out = is_time ? decode_time(Tag, element.contents)
+                                     : decode_string(Tag, element.contents));
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept { out.string(value, as); }
 };
 using Octets = String<TLX_TAG_OCTET_STRING>;
 
+/// An OCTET STRING that BER may cut into segments: reading joins them, writing makes one.
+struct Joined : Octets {
+    static u32 decode(const Element &element, type **out) noexcept {
+        return stored(*out = decode_joined(TLX_TAG_OCTET_STRING, element));
+    }
+};
+
 struct Bits : StringRecord {
     static constexpr u8 tag = TLX_TAG_BIT_STRING;
     static u32 decode(const Element &element, type **out) noexcept {
-        *out = decode_bit_string(element.contents);
-        return *out != nullptr ? 0 : kFieldFailed;
+        return stored(*out = decode_bit_string(element.contents));
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept { out.bit_string(value, as); }
 };
@@ -104,30 +114,30 @@ struct NamedBits : Bits {
 struct Oid : StringRecord {
     static constexpr u8 tag = TLX_TAG_OBJECT_IDENTIFIER;
     static u32 decode(const Element &element, type **out) noexcept {
-        *out = decode_oid(element.contents);
-        return *out != nullptr ? 0 : kFieldFailed;
+        return stored(*out = decode_oid(element.contents));
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept { out.oid(value, as); }
 };
 
-/// A string of whatever type, which the record keeps. It has no tag of its own to be replaced.
-struct AnyString : StringRecord {
+/// A value of any type, held as a string record with its identifier octet: an OBJECT IDENTIFIER as dotted
+/// text, a BIT STRING with its unused bits counted, an element with a tag of its own whole.
+struct AnyValue : StringRecord {
     static constexpr u8 tag = TLX_TAG_ANY_STRING;
     static u32 decode(const Element &element, type **out) noexcept {
-        *out = decode_any_string(element);
-        return *out != nullptr ? 0 : kFieldFailed;
+        return stored(*out = decode_any_string(element));
     }
-    static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept { out.any_string(value); }
+    static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept {
+        if (value == nullptr) return out.fail();
+        out.any_value(value, static_cast<u32>(value->type));
+    }
 };
 
-/// Any element as a string record: the type is the identifier octet, the data the contents as they are.
-struct OwnString : StringRecord {
+/// A value of any type, held as a string record with its identifier octet and its contents as received.
+struct Verbatim : StringRecord {
     static constexpr u8 tag = TLX_TAG_ANY_STRING;
     static u32 decode(const Element &element, type **out) noexcept {
-        // An identifier octet of 0 stands for end-of-contents octets.
-        if (element.tag == 0) return kFieldFailed;
-        *out = new_string(element.tag, element.contents);
-        return *out != nullptr ? 0 : kFieldFailed;
+        // End-of-contents octets are no value.
+        return stored(*out = element.tag == 0 ? nullptr : new_string(element.tag, element.contents));
     }
     static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept {
         if (value == nullptr || value->type <= 0 || value->type > 0xFF) return out.fail();
@@ -140,15 +150,14 @@ struct Node {
     using type = ASN1_UNIT;
     static constexpr u8 tag = TLX_TAG_ANY_NODE;
     static u32 decode(const Element &element, type **out) noexcept {
-        *out = make_node(element);
-        return *out != nullptr ? 0 : kFieldFailed;
+        return stored(*out = make_node(element));
     }
     static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept { out.node(value); }
     static type *dup(const type *value) noexcept { return dup_ASN1_UNIT(value); }
     static void free(type *value) noexcept { free_ASN1_UNIT(value); }
 };
 
-/// Another record. Its failure counts as this record's own.
+/// Another record, whose failure is the failure of the record around it.
 template <typename T>
 struct Nested {
     using type = T;
@@ -161,101 +170,57 @@ struct Nested {
     static void free(type *value) noexcept { Codec<T>::free(value); }
 };
 
-/// A record that stands for a CHOICE: it is told by tags of its own, none of which can be replaced.
+/// Another record, whose status goes up unchanged.
+template <typename T>
+struct Passing : Nested<T> {
+    static u32 decode(const Element &element, T **out) noexcept { return Codec<T>::decode(element, out); }
+};
+
+/// A record that is a CHOICE: its own tags tell it, and no other takes their place.
 template <typename T>
 struct Choice : Nested<T> {
     static constexpr u8 tag = TLX_TAG_ANY_NODE;
 };
 
-/// Another record whose status is reported unchanged.
-template <typename T>
-struct NestedWithStatus : Nested<T> {
-    static u32 decode(const Element &element, T **out) noexcept { return Codec<T>::decode(element, out); }
+/// A string record whose octets are wiped before they are freed.
+template <typename Kind>
+struct Secret : Kind {
+    using type = typename Kind::type;
+    static void free(type *value) noexcept {
+        if (value != nullptr && value->data != nullptr) tlx_wipe(value->data, octets_of(value).size());
+        Kind::free(value);
+    }
 };
 
-// ---- Lists: a STACK of values of one kind ----
-
+/// True for an element that may hold a value of this kind; kinds that take any type take it.
 template <typename Kind>
-void clean_list(STACK *list) noexcept {
-    using T = typename Kind::type;
-    clean_STACK_values(list, [](void *value) { Kind::free(static_cast<T *>(value)); });
-}
-
-template <typename Kind>
-void free_list(STACK *list) noexcept {
-    clean_list<Kind>(list);
-    free_STACK(list);
-}
-
-template <typename Kind>
-STACK *dup_list(const STACK *list) noexcept {
-    using T = typename Kind::type;
-    return dup_STACK_values(
-        list, [](const void *value) -> void * { return Kind::dup(static_cast<const T *>(value)); },
-        [](void *value) { Kind::free(static_cast<T *>(value)); });
-}
-
-/// True for an element that may stand for a value of this kind; kinds that take any type take it.
-template <typename Kind>
-bool fits(const Element &element) noexcept {
+bool may_hold(const Element &element) noexcept {
     if (Kind::tag == TLX_TAG_ANY_STRING || Kind::tag == TLX_TAG_ANY_NODE) return true;
     return element.matches(Kind::tag);
 }
 
-/// Appends the children of `contents` to `list`. A status as Kind::decode gives it.
-template <typename Kind>
-u32 decode_list_items(Bytes contents, STACK *list) noexcept {
-    using T = typename Kind::type;
-    Cursor children(contents);
-    while (!children.at_end()) {
-        Element child;
-        if (!children.next(child) || !fits<Kind>(child)) return kFieldFailed;
-        T *value = nullptr;
-        if (const u32 status = Kind::decode(child, &value); status != 0) return status;
-        if (push_STACK_value(list, value) != 0) {
-            Kind::free(value);
-            return kFieldFailed;
-        }
-    }
-    return 0;
+/// The one element inside a wrapper. False for none, for several, and for a broken one.
+inline bool only_child(const Element &wrapper, Element &child) noexcept {
+    Cursor children(wrapper);
+    return children.next(child) && children.at_end();
 }
 
+/// [n] EXPLICIT around a value of another kind, for the alternatives of a CHOICE.
 template <typename Kind>
-void encode_list_items(Encoder &out, const STACK *list) noexcept {
-    using T = typename Kind::type;
-    for (u32 i = 0; i < get_STACK_count(list); ++i) {
-        Kind::encode(out, static_cast<const T *>(get_STACK_value(list, i)), Kind::tag);
-    }
-}
-
-/// SEQUENCE OF (or SET OF, with kSet) values of one kind, of which there are at least `Least`.
-template <typename Kind, u8 Tag = kSequence, u32 Least = 0>
-struct List {
-    using type = STACK;
-    using Item = Kind;
-    static constexpr u8 tag = Tag;
-    static constexpr u32 least = Least;
+struct Explicit {
+    using type = typename Kind::type;
+    static constexpr u8 tag = kSequence;
     static u32 decode(const Element &element, type **out) noexcept {
-        if (Least > 0 && element.contents.empty()) return kFieldFailed;
-        *out = new_STACK();
-        if (*out == nullptr) return kFieldFailed;
-        const u32 status = decode_list_items<Kind>(element.contents, *out);
-        if (status != 0) {
-            free_list<Kind>(*out);
-            *out = nullptr;
-        }
-        return status;
+        Element inner;
+        if (!only_child(element, inner) || !may_hold<Kind>(inner)) return kFieldFailed;
+        return Kind::decode(inner, out);
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept {
-        if (value == nullptr || get_STACK_count(value) < Least) return out.fail();
-        const auto list = out.nest(as);
-        encode_list_items<Kind>(out, value);
+        const auto wrapper = out.nest(as);
+        Kind::encode(out, value, Kind::tag);
     }
-    static type *dup(const type *value) noexcept { return dup_list<Kind>(value); }
-    static void free(type *value) noexcept { free_list<Kind>(value); }
+    static type *dup(const type *value) noexcept { return Kind::dup(value); }
+    static void free(type *value) noexcept { Kind::free(value); }
 };
-/// SEQUENCE SIZE (1..MAX) OF
-template <typename Kind>
-using OneOrMore = List<Kind, kSequence, 1>;
 
 }  // namespace tlx

@@ -23,7 +23,39 @@ ASN1_STRING *allocate_string(i32 type, std::size_t size) noexcept {
     return string;
 }
 
+/// Calls use(octets) for each segment of a constructed string, in order. False for a segment of another type.
+template <typename Use>
+bool for_each_segment(Bytes contents, i32 type, Use use, unsigned depth = 0) noexcept {
+    if (depth >= kMaxDepth) return false;
+    Cursor segments(contents);
+    while (!segments.at_end()) {
+        Element segment;
+        if (!segments.next(segment) || (segment.tag & ~kConstructed) != type) return false;
+        if (!segment.constructed()) {
+            use(segment.contents);
+        } else if (!for_each_segment(segment.contents, type, use, depth + 1)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
+
+ASN1_STRING *decode_joined(i32 type, const Element &element) noexcept {
+    if (!element.constructed()) return new_string(type, element.contents);
+    std::size_t size = 0;
+    if (!for_each_segment(element.contents, type, [&](Bytes octets) { size += octets.size(); }))
+        return nullptr;
+    ASN1_STRING *string = allocate_string(type, size);
+    if (string == nullptr) return nullptr;
+    u8 *end = string->data;
+    static_cast<void>(for_each_segment(element.contents, type, [&](Bytes octets) {
+        if (!octets.empty()) std::memcpy(end, octets.data(), octets.size());
+        end += octets.size();
+    }));
+    return string;
+}
 
 ASN1_STRING *new_string(i32 type, Bytes octets) noexcept {
     if (octets.size() > kMaxLength) return nullptr;
@@ -141,6 +173,25 @@ bool view_node(const ASN1_UNIT *node, Element &element) noexcept {
 
 bool view_container(const ASN1_UNIT *node, Element &element) noexcept {
     return (node != nullptr && node->tag == nullptr) || view_node(node, element);
+}
+
+std::size_t whole_size(const Element &element) noexcept {
+    if (!element.whole.empty()) return element.whole.size();
+    const std::size_t trailer = element.indefinite ? kEndOfContentsSize : 0;
+    return 1 + element.length_octets.size() + element.contents.size() + trailer;
+}
+
+void copy_whole(const Element &element, u8 *room) noexcept {
+    const auto append = [&room](Bytes octets) {
+        if (!octets.empty()) std::memcpy(room, octets.data(), octets.size());
+        room += octets.size();
+    };
+    if (!element.whole.empty()) return append(element.whole);
+    constexpr u8 kEndOfContents[kEndOfContentsSize] = {};
+    append({&element.tag, 1});
+    append(element.length_octets);
+    append(element.contents);
+    if (element.indefinite) append(kEndOfContents);
 }
 
 u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept {

@@ -22,6 +22,9 @@ OBJECT_IDENTIFIER *decode_oid(Bytes contents) noexcept;
 ASN1_STRING *decode_time(i32 type, Bytes contents) noexcept;
 /// Any element as a string record whose type is the identifier octet.
 ASN1_STRING *decode_any_string(const Element &element) noexcept;
+/// A string record of the given type with the contents of a string, which BER may cut into segments. Null
+/// also when a segment is of another type or segments are nested too deep.
+ASN1_STRING *decode_joined(i32 type, const Element &element) noexcept;
 /// A node holding a copy of the element.
 ASN1_UNIT *make_node(const Element &element) noexcept;
 /// A string record with a copy of the text.
@@ -46,11 +49,16 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 [[nodiscard]] bool read_node_length(const ASN1_UNIT *node, std::size_t &length) noexcept;
 /// A view of a finished node. False for a null or empty node and for one whose length cannot be read.
 [[nodiscard]] bool view_node(const ASN1_UNIT *node, Element &element) noexcept;
-
 /// The same for a decoder of children: a node that is not started has none.
 [[nodiscard]] bool view_container(const ASN1_UNIT *node, Element &element) noexcept;
 
-/// Decodes an element where it lies: decoders only look at their node, so that it need not own its parts. The
+/// How many octets an element has, identifier and length octets included, also when its parts do not lie side
+/// by side.
+[[nodiscard]] std::size_t whole_size(const Element &element) noexcept;
+/// Writes them into room for so many.
+void copy_whole(const Element &element, u8 *room) noexcept;
+
+/// Decodes an element where it lies: decoders only read their node, which need not own its parts. Returns the
 /// decoder's status.
 [[nodiscard]] u32 decode_in_place(const Element &element, ASN1_DECODER decoder, void **out) noexcept;
 

@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-#include "keys/pkcs1.hpp"
+#include "keyinfo/key_records.hpp"
 #include "keys/pkcs1_cipher.hpp"
 
 using namespace tlx;

@@ -1,11 +1,11 @@
-// The extensions that path validation looks at.
+// The extensions that path building and validation read.
 #pragma once
 
 #include <string_view>
 
-#include "trust/codecs.hpp"
-#include "x509/list.hpp"
-#include "x509/v3_codecs.hpp"
+#include "der/list_items.hpp"
+#include "trust/trust_records.hpp"
+#include "x509/extension_records.hpp"
 
 namespace tlx {
 
@@ -32,12 +32,12 @@ inline const X509_EXTENSION *find_extension(const X509_CERT *cert, std::string_v
     return index < 0 ? nullptr : item_at<X509_EXTENSION>(extensions_of(cert), index);
 }
 
-/// The element that an extension holds. False for a null extension and for contents that are none.
+/// Reads the element of an extension. False for a null extension and for contents that are no element.
 [[nodiscard]] inline bool read_extension(const X509_EXTENSION *extension, Element &element) noexcept {
     return extension != nullptr && read_element(octets_of(extension->data), element);
 }
 
-/// The contents of an extension that is one element of a primitive type. False when it is anything else.
+/// Reads the contents of an extension that is one element of a primitive type. False for any other.
 [[nodiscard]] inline bool read_extension(const X509_EXTENSION *extension, u32 tag, Bytes &contents) noexcept {
     Element element;
     if (!read_extension(extension, element) || !element.matches(tag)) return false;
@@ -45,7 +45,7 @@ inline const X509_EXTENSION *find_extension(const X509_CERT *cert, std::string_v
     return true;
 }
 
-/// The record that an element encodes; null when it encodes none and when memory runs out.
+/// The decoded record of an element; null when it cannot be decoded and when memory runs out.
 template <typename T>
 Owned<T> decode_record(const Element &element) noexcept {
     T *record = nullptr;

@@ -10,7 +10,7 @@ namespace {
 // Indexing costs as much as some ten scans; a path of the usual length takes no more than five.
 constexpr u32 kScannedAtMost = 256;
 
-/// The directory name that comes first in authorityCertIssuer; null when something else does.
+/// The directory name at the front of authorityCertIssuer; null when another kind of name is there.
 const X509_NAME *issuer_name(const AUTHORITY_KEYID &wanted) noexcept {
     const auto *first = static_cast<const GENERAL_NAME *>(get_STACK_value(wanted.authorityCertIssuer, 0));
     const bool is_name = first != nullptr && first->choice == TLX_GENERAL_NAME_DIRECTORY_NAME;
@@ -99,7 +99,7 @@ Place IssuerSearch::look_up(const AUTHORITY_KEYID &wanted) noexcept {
     return place;
 }
 
-/// A candidate may have any leading part of the identifier as its own.
+/// A candidate's own identifier may be any leading part of the wanted one.
 Place IssuerSearch::look_up_key(Bytes wanted) noexcept {
     if (!is_ready(by_key_)) return kNoPlace;
     SipHash hash(hash_key_);
@@ -123,7 +123,7 @@ Place IssuerSearch::look_up(PoolIndex<Property> &index, typename Property::Value
     return index.find(hash.value(), wanted);
 }
 
-/// Indexes the pool, by hashes whose key is another one for every search.
+/// Indexes the pool by hashes with a new key for every search.
 template <typename Property>
 bool IssuerSearch::is_ready(PoolIndex<Property> &index) noexcept {
     if (!has_hash_key_) {

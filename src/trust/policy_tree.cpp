@@ -56,7 +56,7 @@ VALID_POLICY_DATA *dup_data(const VALID_POLICY_DATA *data) noexcept {
     return complete ? copy.release() : nullptr;
 }
 
-/// The copy has the same parent, which stays where it is.
+/// The copy has the same parent, which is not copied.
 void *dup_node(const void *value) noexcept {
     const auto *node = static_cast<const VALID_POLICY_NODE *>(value);
     Owned<VALID_POLICY_NODE> copy(new_VALID_POLICY_NODE());

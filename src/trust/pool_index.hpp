@@ -1,4 +1,4 @@
-// An index of a pool of certificates by one thing that they can be found by.
+// An index of a pool of certificates by one property.
 #pragma once
 
 #include <tlxpki/x509.h>
@@ -11,7 +11,7 @@
 
 namespace tlx {
 
-/// Where a certificate stands in a pool: one more than its index, so that 0 can stand for none.
+/// The place of a certificate in a pool: its index plus 1, so that 0 means none.
 using Place = u32;
 constexpr Place kNoPlace = 0;
 
@@ -29,7 +29,7 @@ class PoolIndex {
   public:
     using Value = typename Property::Value;
 
-    /// Indexes a pool, unless that has been done. False when memory runs out.
+    /// Indexes a pool, once. False when memory runs out.
     [[nodiscard]] bool build(const X509_CERTIFICATES *pool, const SipHash::Key &key) noexcept {
         if (slots_) return true;
         pool_ = pool;
@@ -51,7 +51,7 @@ class PoolIndex {
         return slots_ != nullptr;
     }
 
-    /// The first certificate that has this value, of which `hash` is the hash.
+    /// The first certificate with this value, whose hash is `hash`.
     [[nodiscard]] Place find(u64 hash, Value value) const noexcept { return slot(hash, value).place; }
 
   private:
@@ -60,7 +60,7 @@ class PoolIndex {
         Place place;  ///< kNoPlace in an empty slot
     };
 
-    /// The slot of a value, or the empty one where it would be.
+    /// The slot of a value, or the empty slot where it belongs.
     [[nodiscard]] Slot &slot(u64 hash, Value value) const noexcept {
         for (std::size_t i = hash & mask_;; i = (i + 1) & mask_) {
             Slot &each = slots_.get()[i];
@@ -72,7 +72,7 @@ class PoolIndex {
             }
         }
     }
-    /// Of several certificates with the same value the first stays.
+    /// Keeps the first of several certificates with the same value.
     void insert(const Slot &made, Value value) noexcept {
         Slot &found = slot(made.hash, value);
         if (found.place == kNoPlace) found = made;

@@ -1,5 +1,5 @@
-// The process-wide settings of path validation. Atomics, so that a change while a validation reads them on
-// another thread is harmless; a validation reads each once.
+// The process-wide settings of path validation. They are atomic, because one thread may change them while
+// another reads them; a validation reads each once.
 #include <tlxpki/cpv.h>
 
 #include <atomic>

@@ -1,5 +1,5 @@
 // SipHash-2-4 (Aumasson and Bernstein, "SipHash: a fast short-input PRF", 2012): a hash for tables whose
-// contents a stranger chooses. Who does not know the key cannot choose values that collide.
+// contents a stranger chooses. Without the key, nobody can choose values that collide.
 #pragma once
 
 #include <bit>
@@ -29,7 +29,7 @@ class SipHash {
             add(octet);
         }
     }
-    /// The hash of what was added so far; more may be added after it.
+    /// The hash of the octets so far; more may follow.
     [[nodiscard]] u64 value() const noexcept {
         SipHash end = *this;
         end.absorb(word_ | u64{size_} << 56);

@@ -1,7 +1,6 @@
 // Attribute and sets of it (RFC 2986, section 4.1; X.501).
-#include "x509/attribute_value.hpp"
-#include "x509/codecs.hpp"
-#include "x509/list.hpp"
+#include "der/list_items.hpp"
+#include "x509/certificate_records.hpp"
 
 using namespace tlx;
 
@@ -33,6 +32,7 @@ const void *held_value(const X509_ATTRIBUTE_DATA &data) noexcept {
 }
 
 // AttributeValue ::= ANY
+/// By hand because a constructed value is held as a node, any other as a string.
 struct AttributeValue {
     using type = X509_ATTRIBUTE_DATA;
     static constexpr u8 tag = TLX_TAG_ANY_NODE;
@@ -53,16 +53,16 @@ struct AttributeValue {
     static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept {
         if (value == nullptr) return out.fail();
         if (is_node(value->type)) return out.node(value->value.node);
-        encode_value(out, value->value.string, value->type);
+        out.any_value(value->value.string, value->type);
     }
     static type *dup(const type *value) noexcept { return dup_X509_ATTRIBUTE_DATA(value); }
     static void free(type *value) noexcept { free_X509_ATTRIBUTE_DATA(value); }
 };
 
 // Attribute ::= SEQUENCE { type OBJECT IDENTIFIER, values SET OF AttributeValue }
-constexpr auto kAttribute =
-    record<X509_ATTRIBUTE>(codes(0x46220000, 0x46210000), any_count(), field<Oid>(&X509_ATTRIBUTE::type),
-                           field<List<AttributeValue, kSet>>(&X509_ATTRIBUTE::values));
+constexpr auto kAttribute = record<X509_ATTRIBUTE>(any_count(), field<Oid>(&X509_ATTRIBUTE::type),
+                                                   field<SetOf<AttributeValue>>(&X509_ATTRIBUTE::values))
+                                .but(OnFailure::unchanged);
 
 bool lacks_an_attribute(const X509_ATTRIBUTES &attributes) noexcept {
     for (u32 i = 0; i < attributes.count; ++i) {
@@ -73,18 +73,10 @@ bool lacks_an_attribute(const X509_ATTRIBUTES &attributes) noexcept {
 
 }  // namespace
 
-u32 Codec<X509_ATTRIBUTE>::decode(const Element &element, X509_ATTRIBUTE **out) noexcept {
-    X509_ATTRIBUTE *decoded = nullptr;
-    const u32 status = kAttribute.decode(element, &decoded, [] { return TLX_NEW(X509_ATTRIBUTE); });
-    if (status != 0) return status;
-    deliver(Owned<X509_ATTRIBUTE>(decoded), out);
-    return 0;
-}
+TLX_DEFINE_RECORD_CODEC(X509_ATTRIBUTE, kAttribute)
+TLX_DEFINE_LIST_LIFE(X509_ATTRIBUTES, Attributes)
 
-void Codec<X509_ATTRIBUTE>::encode(Encoder &out, const X509_ATTRIBUTE *record, u8 tag) noexcept {
-    kAttribute.encode(out, record, tag);
-}
-
+// By hand because a list that cannot grow has a status of its own.
 u32 Attributes::decode(const Element &element, X509_ATTRIBUTES **out) noexcept {
     const u32 count = count_children(element.contents);
     if (count == 0) return 0x4624002B;
@@ -105,26 +97,6 @@ u32 Attributes::decode(const Element &element, X509_ATTRIBUTES **out) noexcept {
     return 0;
 }
 
-void Attributes::encode(Encoder &out, const X509_ATTRIBUTES *value, u8 as) noexcept {
-    List<Nested<X509_ATTRIBUTE>, kSet>::encode(out, value, as);
-}
-
-X509_ATTRIBUTES *new_X509_ATTRIBUTES(void) {
-    return new_STACK();
-}
-
-void clean_X509_ATTRIBUTES(X509_ATTRIBUTES *attributes) {
-    clean_list<Nested<X509_ATTRIBUTE>>(attributes);
-}
-
-void free_X509_ATTRIBUTES(X509_ATTRIBUTES *attributes) {
-    free_list<Nested<X509_ATTRIBUTE>>(attributes);
-}
-
-X509_ATTRIBUTES *dup_X509_ATTRIBUTES(const X509_ATTRIBUTES *attributes) {
-    return dup_list<Nested<X509_ATTRIBUTE>>(attributes);
-}
-
 X509_ATTRIBUTE *new_X509_ATTRIBUTE(void) {
     Owned<X509_ATTRIBUTE> attribute(TLX_NEW(X509_ATTRIBUTE));
     if (!attribute) return nullptr;
@@ -140,11 +112,11 @@ void clean_X509_ATTRIBUTE(X509_ATTRIBUTE *attribute) {
 }
 
 void free_X509_ATTRIBUTE(X509_ATTRIBUTE *attribute) {
-    kAttribute.free(attribute);
+    free_record(kAttribute, attribute);
 }
 
 X509_ATTRIBUTE *dup_X509_ATTRIBUTE(const X509_ATTRIBUTE *attribute) {
-    return kAttribute.dup(attribute, new_X509_ATTRIBUTE);
+    return dup_record(kAttribute, attribute);
 }
 
 X509_ATTRIBUTE_DATA *new_X509_ATTRIBUTE_DATA(void) {
@@ -271,14 +243,12 @@ uint32_t add_X509_ATTRIBUTES_OID_INDEX(X509_ATTRIBUTES *attributes, int32_t oid_
 
 // On failure *out becomes null even when it held an attribute of the caller's, which stays alive: it is his.
 uint32_t Seq_to_X509_ATTRIBUTE(const ASN1_UNIT *node, X509_ATTRIBUTE **out) {
-    const u32 status = decode_node(node, out, statuses(0x46220000));
+    const u32 status = decode_node(node, out, codes::X509_ATTRIBUTE.decode);
     if (status == 0x46220104) *out = nullptr;
     return status;
 }
 
-uint32_t X509_ATTRIBUTE_to_Seq(const X509_ATTRIBUTE *attribute, ASN1_UNIT **out) {
-    return encode_node(attribute, out, statuses(0x46210000));
-}
+TLX_DEFINE_RECORD_ENCODER(X509_ATTRIBUTE)
 
 uint32_t Seq_to_X509_ATTRIBUTES(const ASN1_UNIT *node, X509_ATTRIBUTES **out) {
     if (node == nullptr || out == nullptr) return 0x46240049;

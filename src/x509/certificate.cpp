@@ -3,9 +3,8 @@
 
 #include <algorithm>
 
-#include "x509/codecs.hpp"
-#include "x509/list.hpp"
-#include "x509/validity.hpp"
+#include "der/list_items.hpp"
+#include "x509/certificate_records.hpp"
 
 using namespace tlx;
 
@@ -13,6 +12,12 @@ namespace {
 
 /// Room for a certificate of the usual size, so that encoding it allocates once.
 constexpr std::size_t kUsualSize = 2048;
+
+/// Passes a setter's status on. What was received is not the certificate any more once it succeeded.
+u32 changed(X509_CERT &cert, u32 status) noexcept {
+    if (status == 0) forget_received(cert);
+    return status;
+}
 
 /// The to-be-signed part, made when there is none; null for a null certificate and when memory runs out.
 X509_TBS_CERT *tbs_of(X509_CERT *cert) noexcept {
@@ -32,7 +37,7 @@ template <auto Dup, auto Free, typename T>
 u32 replace_member(X509_CERT *cert, T *X509_TBS_CERT::*member, const T *value) noexcept {
     if (value == nullptr) return 1;
     X509_TBS_CERT *tbs = tbs_of(cert);
-    return tbs == nullptr ? 1 : replace_by_copy<Dup, Free>(tbs->*member, value);
+    return tbs == nullptr ? 1 : changed(*cert, replace_by_copy<Dup, Free>(tbs->*member, value));
 }
 
 X509_TIME *time_of(const X509_CERT *cert, X509_TIME X509_VALIDITY::*which) noexcept {
@@ -46,77 +51,68 @@ u32 replace_time(X509_CERT *cert, X509_TIME X509_VALIDITY::*which, const X509_TI
     X509_TBS_CERT *tbs = tbs_of(cert);
     if (tbs == nullptr) return 1;
     if (tbs->validity == nullptr) tbs->validity = new_X509_VALIDITY();
-    return tbs->validity != nullptr && copy_time(tbs->validity->*which, *value) ? 0 : 1;
+    const bool copied = tbs->validity != nullptr && copy_time(tbs->validity->*which, *value);
+    return changed(*cert, copied ? 0 : 1);
 }
 
-}  // namespace
+/// By hand because a signed part that cannot be decoded takes the caller's with it.
+struct SignedPart : Field<X509_CERT, Passing<X509_TBS_CERT>> {
+    [[nodiscard]] u32 read(Cursor &children, X509_CERT &record) const noexcept {
+        Element child;
+        if (!children.next(TLX_TAG_SEQUENCE, child)) return kFieldFailed;
+        clear(record);
+        return Codec<X509_TBS_CERT>::decode(child, &record.tbsCertificate);
+    }
+};
 
 // Certificate ::= SEQUENCE {
 //     tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
-u32 Codec<X509_CERT>::decode(const Element &element, X509_CERT **out) noexcept {
-    OutRecord<X509_CERT> cert(out, new_X509_CERT);
-    if (!cert) return 0x460F0104;
-    Cursor members(element);
-    Element tbs;
-    Element algorithm;
-    Element oid;
-    Element bits;
-    if (!members.next(TLX_TAG_SEQUENCE, tbs)) return 1;
-    if (const u32 status = Codec<X509_TBS_CERT>::decode(tbs, &cert->tbsCertificate); status != 0) {
-        return status;
-    }
-    if (!members.next(TLX_TAG_SEQUENCE, algorithm)) return 0x460F0104;
-    if (!Cursor(algorithm).next(TLX_TAG_OBJECT_IDENTIFIER, oid)) return 0x460F0104;
-    if (!members.next(TLX_TAG_BIT_STRING, bits)) return 0x460F0104;
-    Owned<OBJECT_IDENTIFIER> identifier(decode_oid(oid.contents));
-    Owned<BIT_STRING> signature(decode_bit_string(bits.contents));
-    if (!identifier || !signature) return 0x460F0104;
-    free_OBJECT_IDENTIFIER(cert->signatureAlgorithm);
-    free_BIT_STRING(cert->signatureValue);
-    cert->signatureAlgorithm = identifier.release();
-    cert->signatureValue = signature.release();
-    cert.commit();
-    return 0;
+constexpr auto kCertificate = record<X509_CERT>(
+    beginning(), SignedPart{field<Passing<X509_TBS_CERT>>(&X509_CERT::tbsCertificate)},
+    field<SignatureAlgorithm>(&X509_CERT::signatureAlgorithm), field<Bits>(&X509_CERT::signatureValue),
+    received(&X509_CERT::received, &X509_CERT::receivedLength));
+
+}  // namespace
+
+namespace tlx {
+
+Bytes received_octets(const X509_CERT &cert) noexcept {
+    return {cert.received, cert.received != nullptr ? cert.receivedLength : 0};
 }
 
-void Codec<X509_CERT>::encode(Encoder &out, const X509_CERT *record, u8 tag) noexcept {
-    if (record == nullptr) return out.fail();
-    out.buffer().reserve(kUsualSize);
-    const auto sequence = out.nest(tag);
-    if (encode_tbs(out, record->tbsCertificate) != 0) return out.fail();
-    encode_signature_algorithm(out, record->signatureAlgorithm);
-    out.bit_string(record->signatureValue);
+void forget_received(X509_CERT &cert) noexcept {
+    tlx_free(cert.received);
+    cert.received = nullptr;
+    cert.receivedLength = 0;
 }
+
+bool is_as_received(const X509_CERT &cert, const Encoder &written) noexcept {
+    const Bytes octets = received_octets(cert);
+    return octets.empty() || (written.ok() && std::ranges::equal(written.bytes(), octets));
+}
+
+}  // namespace tlx
+
+TLX_DEFINE_RECORD_LIFE(X509_CERT, kCertificate)
+TLX_DEFINE_RECORD_DECODER(X509_CERT)
 
 X509_CERT *new_X509_CERT(void) {
     Owned<X509_CERT> cert(TLX_NEW(X509_CERT));
     return tbs_of(cert.get()) != nullptr ? cert.release() : nullptr;
 }
 
-void clean_X509_CERT(X509_CERT *cert) {
-    if (cert == nullptr) return;
-    free_X509_TBS_CERT(cert->tbsCertificate);
-    free_OBJECT_IDENTIFIER(cert->signatureAlgorithm);
-    free_BIT_STRING(cert->signatureValue);
-    *cert = {};
+// By hand because a certificate without a to-be-signed part has a status of its own.
+u32 Codec<X509_CERT>::decode(const Element &element, X509_CERT **out) noexcept {
+    Element tbs;
+    if (!Cursor(element).next(TLX_TAG_SEQUENCE, tbs)) return 1;
+    return decode_record(kCertificate, element, out, codes::X509_CERT.decode);
 }
 
-void free_X509_CERT(X509_CERT *cert) {
-    clean_X509_CERT(cert);
-    tlx_free(cert);
-}
-
-X509_CERT *dup_X509_CERT(const X509_CERT *cert) {
-    if (cert == nullptr) return nullptr;
-    Owned<X509_CERT> copy(TLX_NEW(X509_CERT));
-    if (!copy) return nullptr;
-    copy->tbsCertificate = dup_X509_TBS_CERT(cert->tbsCertificate);
-    copy->signatureAlgorithm = dup_OBJECT_IDENTIFIER(cert->signatureAlgorithm);
-    copy->signatureValue = dup_ASN1_STRING(cert->signatureValue);
-    const bool complete = (copy->tbsCertificate == nullptr) == (cert->tbsCertificate == nullptr) &&
-                          (copy->signatureAlgorithm == nullptr) == (cert->signatureAlgorithm == nullptr) &&
-                          (copy->signatureValue == nullptr) == (cert->signatureValue == nullptr);
-    return complete ? copy.release() : nullptr;
+// By hand because the room is made beforehand.
+void Codec<X509_CERT>::encode(Encoder &out, const X509_CERT *record, u8 tag) noexcept {
+    if (record == nullptr) return out.fail();
+    out.buffer().reserve(kUsualSize);
+    kCertificate.write(out, *record, tag);
 }
 
 int32_t cmp_X509_CERT(const X509_CERT *a, const X509_CERT *b) {
@@ -128,10 +124,7 @@ int32_t cmp_X509_CERT(const X509_CERT *a, const X509_CERT *b) {
     return std::ranges::equal(first.bytes(), second.bytes()) ? 0 : -1;
 }
 
-uint32_t Seq_to_X509_CERT(const ASN1_UNIT *node, X509_CERT **out) {
-    return decode_node(node, out, statuses(0x460F0000));
-}
-
+// By hand because missing memory has a status of its own.
 uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {
     if (cert == nullptr || out == nullptr) return 0x46100049;
     Encoder encoder;
@@ -141,13 +134,31 @@ uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {
 }
 
 uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out) {
+    if (cert == nullptr || out == nullptr) return 0xFFFFFFFF;
+    Bytes der = received_octets(*cert);
     Encoder encoder;
-    Codec<X509_CERT>::encode(encoder, cert);
-    if (!encoder.ok() || out == nullptr) return 0xFFFFFFFF;
+    if (der.empty()) {
+        Codec<X509_CERT>::encode(encoder, cert);
+        if (!encoder.ok()) return 0xFFFFFFFF;
+        der = encoder.bytes();
+    }
     u32 length = 0;
-    const Bytes der = encoder.bytes();
     if (Digest(digest_id, der.data(), static_cast<u32>(der.size()), out, &length) != 0) return 0xFFFFFFFF;
     return length;
+}
+
+const uint8_t *get_X509_received(const X509_CERT *cert, uint32_t *length) {
+    if (length != nullptr) *length = cert == nullptr ? 0 : cert->receivedLength;
+    return cert == nullptr ? nullptr : cert->received;
+}
+
+uint32_t check_X509_received(const X509_CERT *cert) {
+    if (cert == nullptr) return 0x46300049;
+    if (cert->received == nullptr) return 0;
+    Encoder encoder;
+    Codec<X509_CERT>::encode(encoder, cert);
+    if (encoder.out_of_memory()) return 0x4630003C;
+    return is_as_received(*cert, encoder) ? 0 : 0x46300048;
 }
 
 uint32_t get_X509_version(const X509_CERT *cert) {
@@ -199,7 +210,7 @@ uint32_t set_X509_version(X509_CERT *cert, uint8_t version) {
     X509_TBS_CERT *tbs = tbs_of(cert);
     if (tbs == nullptr) return 1;
     tbs->version = version;
-    return 0;
+    return changed(*cert, 0);
 }
 
 uint32_t set_X509_serial(X509_CERT *cert, const BIGINT *value) {
@@ -236,19 +247,21 @@ uint32_t set_X509_extensions(X509_CERT *cert, const X509_EXTENSIONS *value) {
     X509_TBS_CERT *tbs = tbs_of(cert);
     if (tbs == nullptr) return 1;
     if (value != nullptr) {
-        return replace_by_copy<dup_X509_EXTENSIONS, free_X509_EXTENSIONS>(tbs->extensions, value);
+        return changed(*cert,
+                       replace_by_copy<dup_X509_EXTENSIONS, free_X509_EXTENSIONS>(tbs->extensions, value));
     }
     free_X509_EXTENSIONS(tbs->extensions);
     tbs->extensions = nullptr;
-    return 0;
+    return changed(*cert, 0);
 }
 
 uint32_t set_X509_sig_alg(X509_CERT *cert, const OBJECT_IDENTIFIER *value) {
     if (cert == nullptr) return 1;
-    return replace_by_copy<dup_OBJECT_IDENTIFIER, free_OBJECT_IDENTIFIER>(cert->signatureAlgorithm, value);
+    return changed(*cert, replace_by_copy<dup_OBJECT_IDENTIFIER, free_OBJECT_IDENTIFIER>(
+                              cert->signatureAlgorithm, value));
 }
 
 uint32_t set_X509_sig_value(X509_CERT *cert, const BIT_STRING *value) {
     if (cert == nullptr) return 1;
-    return replace_by_copy<dup_ASN1_STRING, free_ASN1_STRING>(cert->signatureValue, value);
+    return changed(*cert, replace_by_copy<dup_ASN1_STRING, free_ASN1_STRING>(cert->signatureValue, value));
 }

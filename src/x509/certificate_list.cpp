@@ -5,13 +5,11 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 using namespace tlx;
 
 namespace {
-
-constexpr Codes kListCodes = codes(0x462C0000, 0x462B0000);
 
 using Text = OwnedOctets<char>;
 using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
@@ -48,7 +46,7 @@ bool encodes_to(const X509_CERT *cert, Bytes wanted) noexcept {
 
 }  // namespace
 
-TLX_DEFINE_LIST(X509_CERTIFICATES, X509_CERT, Certificates, kListCodes)
+TLX_DEFINE_LIST(X509_CERTIFICATES, X509_CERT, Certificates)
 
 uint32_t add_X509_CERTIFICATES(X509_CERTIFICATES *certificates, const X509_CERT *cert) {
     return add_X509_CERTIFICATES_child(certificates, cert, -1);

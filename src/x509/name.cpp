@@ -1,7 +1,6 @@
 // Name (RFC 5280, section 4.1.2.4), held as a flat list of types and values.
-#include "x509/attribute_value.hpp"
-#include "x509/codecs.hpp"
-#include "x509/list.hpp"
+#include "der/list_items.hpp"
+#include "x509/certificate_records.hpp"
 
 #include <tlxcrypto/digest.h>
 
@@ -11,48 +10,7 @@ using namespace tlx;
 
 namespace {
 
-constexpr auto kMembers = record<X509_NAME_CHILD>(
-    codes(0, 0), any_count(), field<Oid>(&X509_NAME_CHILD::type), field<AnyString>(&X509_NAME_CHILD::data));
-
-/// An entry of a name. It is read and written together with the SET around it.
-struct NameChild {
-    using type = X509_NAME_CHILD;
-    static type *dup(const type *value) noexcept { return dup_X509_NAME_CHILD(value); }
-    static void free(type *value) noexcept { free_X509_NAME_CHILD(value); }
-};
-
-// RelativeDistinguishedName ::= SET SIZE (1..MAX) OF AttributeTypeAndValue
-// AttributeTypeAndValue ::= SEQUENCE { type OBJECT IDENTIFIER, value ANY DEFINED BY type }
-// Of several members only the first is read; the others are dropped, because a name has no level for them.
-Owned<X509_NAME_CHILD> decode_rdn(const Element &set) noexcept {
-    Element sequence;
-    if (!Cursor(set).next(TLX_TAG_SEQUENCE, sequence)) return nullptr;
-    Cursor members(sequence);
-    Element type;
-    Element value;
-    if (!members.next(TLX_TAG_OBJECT_IDENTIFIER, type) || !members.next(value)) return nullptr;
-    Owned<X509_NAME_CHILD> child(new_X509_NAME_CHILD());
-    if (!child) return nullptr;
-    child->type = decode_oid(type.contents);
-    child->data = decode_any_string(value);
-    if (child->type == nullptr || child->data == nullptr) return nullptr;
-    return child;
-}
-
-// Name ::= SEQUENCE OF RelativeDistinguishedName
-OwnedName decode_name(const Element &sequence) noexcept {
-    OwnedName name(new_X509_NAME());
-    if (!name) return nullptr;
-    Cursor sets(sequence);
-    while (!sets.at_end()) {
-        Element set;
-        if (!sets.next(TLX_TAG_SET, set)) return nullptr;
-        Owned<X509_NAME_CHILD> child = decode_rdn(set);
-        if (!child || push_STACK_value(name.get(), child.get()) != 0) return nullptr;
-        static_cast<void>(child.release());
-    }
-    return name;
-}
+constexpr auto kNameChild = type_and_value(beginning());
 
 /// Two or more arcs of few digits, which can be encoded for certain.
 bool is_plain_type(std::string_view dotted) noexcept {
@@ -109,52 +67,19 @@ bool lacks_a_child(const X509_NAME &name) noexcept {
 
 }  // namespace
 
-u32 Name::decode(const Element &element, X509_NAME **out) noexcept {
-    OwnedName name = decode_name(element);
-    if (!name) return 0x461C0104;
-    *out = name.release();
-    return 0;
-}
-
-void Name::encode(Encoder &out, const X509_NAME *value, u8 as) noexcept {
-    if (value == nullptr) return out.fail();
-    const auto name = out.nest(as);
-    for (u32 i = 0; i < value->count; ++i) {
-        const auto *child = static_cast<const X509_NAME_CHILD *>(value->values[i]);
-        if (child == nullptr || child->data == nullptr) return out.fail();
-        const auto set = out.set();
-        const auto sequence = out.sequence();
-        out.oid(child->type);
-        encode_value(out, child->data, static_cast<u32>(child->data->type));
-    }
-}
-
-X509_NAME *new_X509_NAME(void) {
-    return new_STACK();
-}
-
-void clean_X509_NAME(X509_NAME *name) {
-    clean_list<NameChild>(name);
-}
-
-void free_X509_NAME(X509_NAME *name) {
-    free_list<NameChild>(name);
-}
-
-X509_NAME *dup_X509_NAME(const X509_NAME *name) {
-    return dup_list<NameChild>(name);
-}
+TLX_DEFINE_LIST_LIFE(X509_NAME, Name)
+TLX_DEFINE_LIST_DECODER(X509_NAME, Name)
 
 X509_NAME_CHILD *new_X509_NAME_CHILD(void) {
     return TLX_NEW(X509_NAME_CHILD);
 }
 
 void free_X509_NAME_CHILD(X509_NAME_CHILD *child) {
-    kMembers.free(child);
+    free_record(kNameChild, child);
 }
 
 X509_NAME_CHILD *dup_X509_NAME_CHILD(const X509_NAME_CHILD *child) {
-    return kMembers.dup(child, new_X509_NAME_CHILD);
+    return dup_record(kNameChild, child);
 }
 
 uint32_t get_X509_NAME_count(const X509_NAME *name) {
@@ -178,7 +103,7 @@ int32_t get_X509_NAME_index_by_OID(const X509_NAME *name, const OBJECT_IDENTIFIE
 }
 
 uint32_t add_X509_NAME_child(X509_NAME *name, const X509_NAME_CHILD *child, int32_t index) {
-    return add_list_child<NameChild>(name, child, index);
+    return add_list_child<FirstOfRdn>(name, child, index);
 }
 
 uint32_t add_X509_NAME_child_OID(X509_NAME *name, const OBJECT_IDENTIFIER *oid, int32_t type,
@@ -231,16 +156,7 @@ uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id, uint8_t *
     return length;
 }
 
-uint32_t Seq_to_X509_NAME(const ASN1_UNIT *node, X509_NAME **out) {
-    if (node == nullptr || out == nullptr) return 0x461C0049;
-    Element element;
-    if (!view_container(node, element)) return 0x461C0104;
-    OwnedName name = decode_name(element);
-    if (!name) return 0x461C0104;
-    deliver(std::move(name), out);
-    return 0;
-}
-
+// By hand because a node that the caller gave is filled, and does not survive a failure.
 uint32_t X509_NAME_to_Seq(const X509_NAME *name, ASN1_UNIT **out) {
     if (name == nullptr || out == nullptr) return 0x461B0049;
     const bool complete = !lacks_a_child(*name);
@@ -251,7 +167,6 @@ uint32_t X509_NAME_to_Seq(const X509_NAME *name, ASN1_UNIT **out) {
         deliver(std::move(node), out);
         return 0;
     }
-    // A node that the caller wanted filled does not survive the failure.
     free_ASN1_UNIT(*out);
     *out = nullptr;
     return complete ? 0x461B0103 : 0x461B002B;

@@ -3,8 +3,7 @@
 
 #include "asn1/oid_lookup.hpp"
 #include "asn1/string_text.hpp"
-#include "x509/attribute_value.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 using namespace tlx;
 
@@ -52,7 +51,7 @@ void append_escaped(Buffer &out, Bytes text) noexcept {
 /// A value that is no text: "#" and the hexadecimal digits of its encoding.
 void append_encoded(Buffer &out, const ASN1_STRING *value) noexcept {
     Encoder encoder;
-    encode_value(encoder, value, static_cast<u32>(value->type));
+    encoder.any_value(value, static_cast<u32>(value->type));
     if (!encoder.ok()) return out.fail();
     out.append(static_cast<u8>('#'));
     for (const u8 octet : encoder.bytes()) {

@@ -3,7 +3,7 @@
 #include <tlxpki/objects.h>
 #include <tlxpki/x509_sign.h>
 
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 #include "x509/signature_scheme.hpp"
 #include "x509/signature_value.hpp"
 
@@ -74,5 +74,6 @@ uint32_t gen_SIG_X509_Cert(X509_CERT *cert, const ASYMMETRIC_KEY *private_key) {
     cert->signatureAlgorithm = algorithm.release();
     free_BIT_STRING(cert->signatureValue);
     cert->signatureValue = signature;
+    forget_received(*cert);
     return 0;
 }

@@ -1,30 +1,18 @@
 // Extensions that limit a certification path.
 #include <tlxpki/x509v3_constraints.h>
 
-#include "x509/v3_codecs.hpp"
+#include "x509/extension_records.hpp"
 
 using namespace tlx;
 
 namespace {
 
-/// Optional, and read where a context-specific element stands in its place, too: nobody's limit is lost.
-struct PathLength : Field<BASIC_CONSTRAINTS, Integer> {
-    [[nodiscard]] u32 read(Cursor &children, BASIC_CONSTRAINTS &record) const noexcept {
-        Element child;
-        Cursor ahead = children;
-        const bool present = ahead.next(child) && child.matches(TLX_TAG_INTEGER);
-        clear(record);
-        if (!present) return 0;
-        children = ahead;
-        return Integer::decode(child, &(record.*member));
-    }
-};
-
 // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER (0..MAX) OPTIONAL }
-// cA is asked for, and written, even where DER leaves out a FALSE: see the header.
+// cA is asked for, and written, even where DER leaves out a FALSE: see the header. A context-specific element
+// is read as the path length, so that nobody's limit is lost.
 constexpr auto kBasicConstraints =
-    record<BASIC_CONSTRAINTS>(codes(0x47230000, 0x47240000), any_count(), boolean(&BASIC_CONSTRAINTS::cA),
-                              PathLength{optional<Integer>(&BASIC_CONSTRAINTS::pathLenConstraint)});
+    record<BASIC_CONSTRAINTS>(any_count(), boolean(&BASIC_CONSTRAINTS::cA),
+                              optional<Integer>(&BASIC_CONSTRAINTS::pathLenConstraint).of_any_class());
 
 /// [n] SkipCerts in the form that the decoder reads back.
 struct SkipCerts : Field<POLICY_CONSTRAINTS, Integer> {
@@ -40,10 +28,9 @@ struct SkipCerts : Field<POLICY_CONSTRAINTS, Integer> {
 // PolicyConstraints ::= SEQUENCE {
 //     requireExplicitPolicy [0] SkipCerts OPTIONAL, inhibitPolicyMapping [1] SkipCerts OPTIONAL }
 // SkipCerts ::= INTEGER (0..MAX)
-constexpr auto kPolicyConstraints =
-    record<POLICY_CONSTRAINTS>(codes(0x47450000, 0x47460000), any_count(),
-                               SkipCerts{implicit<Integer>(0, &POLICY_CONSTRAINTS::requireExplicitPolicy)},
-                               SkipCerts{implicit<Integer>(1, &POLICY_CONSTRAINTS::inhibitPolicyMapping)});
+constexpr auto kPolicyConstraints = record<POLICY_CONSTRAINTS>(
+    any_count(), SkipCerts{implicit<Integer>(0, &POLICY_CONSTRAINTS::requireExplicitPolicy)},
+    SkipCerts{implicit<Integer>(1, &POLICY_CONSTRAINTS::inhibitPolicyMapping)});
 
 /// Contents of one octet are an implicitly tagged number, those of any other length an explicitly tagged one.
 /// False only when memory runs out: what cannot be read is passed over.
@@ -67,26 +54,28 @@ struct Minimum : Integer {
 // GeneralSubtree ::= SEQUENCE {
 //     base GeneralName, minimum [0] BaseDistance DEFAULT 0, maximum [1] BaseDistance OPTIONAL }
 constexpr auto kGeneralSubtree = record<GENERAL_SUBTREE>(
-    codes(0x472B0000, 0x472C0000), between(1, 3), field<Choice<GENERAL_NAME>>(&GENERAL_SUBTREE::base),
+    between(1, 3), field<Choice<GENERAL_NAME>>(&GENERAL_SUBTREE::base),
     implicit<Minimum>(0, &GENERAL_SUBTREE::minimum), implicit<Integer>(1, &GENERAL_SUBTREE::maximum));
 
 // GeneralSubtrees ::= SEQUENCE SIZE (1..MAX) OF GeneralSubtree
 using GeneralSubtrees = OneOrMore<Nested<GENERAL_SUBTREE>>;
-constexpr Codes kGeneralSubtrees = codes(0x472D0000, 0x472E0000);
 
 // NameConstraints ::= SEQUENCE {
 //     permittedSubtrees [0] GeneralSubtrees OPTIONAL, excludedSubtrees [1] GeneralSubtrees OPTIONAL }
-constexpr auto kNameConstraints =
-    record<NAME_CONSTRAINTS>(codes(0x472F0000, 0x47300000), between(0, 2),
-                             implicit<GeneralSubtrees>(0, &NAME_CONSTRAINTS::permittedSubtrees),
-                             implicit<GeneralSubtrees>(1, &NAME_CONSTRAINTS::excludedSubtrees));
+constexpr auto kNameConstraints = record<NAME_CONSTRAINTS>(
+    between(0, 2), implicit<GeneralSubtrees>(0, &NAME_CONSTRAINTS::permittedSubtrees),
+    implicit<GeneralSubtrees>(1, &NAME_CONSTRAINTS::excludedSubtrees));
 
 }  // namespace
 
 TLX_DEFINE_RECORD(BASIC_CONSTRAINTS, kBasicConstraints)
-TLX_DEFINE_RECORD_WITHOUT_DECODE(POLICY_CONSTRAINTS, kPolicyConstraints)
+TLX_DEFINE_RECORD_NEW(POLICY_CONSTRAINTS)
+TLX_DEFINE_RECORD_LIFE(POLICY_CONSTRAINTS, kPolicyConstraints)
+TLX_DEFINE_CODEC_ENCODE(POLICY_CONSTRAINTS, kPolicyConstraints)
+TLX_DEFINE_RECORD_DECODER(POLICY_CONSTRAINTS)
+TLX_DEFINE_RECORD_ENCODER(POLICY_CONSTRAINTS)
 TLX_DEFINE_RECORD(GENERAL_SUBTREE, kGeneralSubtree)
-TLX_DEFINE_LIST(GENERAL_SUBTREES, GENERAL_SUBTREE, GeneralSubtrees, kGeneralSubtrees)
+TLX_DEFINE_LIST(GENERAL_SUBTREES, GENERAL_SUBTREE, GeneralSubtrees)
 TLX_DEFINE_RECORD(NAME_CONSTRAINTS, kNameConstraints)
 
 // By hand because a child goes by its tag number alone and is read in one of two ways, and because it fails

@@ -1,73 +1,42 @@
 // Where to find revocation lists and services.
 #include <tlxpki/x509v3_distribution.h>
 
-#include "x509/attribute_value.hpp"
-#include "x509/codecs.hpp"
-#include "x509/v3_choice.hpp"
-#include "x509/v3_codecs.hpp"
+#include "x509/certificate_records.hpp"
+#include "x509/extension_records.hpp"
 
 using namespace tlx;
 
 namespace {
 
-/// AttributeValue: any type, kept as names keep it.
-struct AttributeValue : AnyString {
-    static void encode(Encoder &out, const type *value, u8 /*as*/) noexcept {
-        encode_value(out, value, static_cast<u32>(value->type));
-    }
-};
-
-// AttributeTypeAndValue ::= SEQUENCE { type AttributeType, value AttributeValue }
-// Its status is never seen: the distribution point reports its own.
-constexpr auto kTypeAndValue =
-    record<X509_NAME_CHILD>(codes(0x47310000, 0x47320000), exactly(2), field<Oid>(&X509_NAME_CHILD::type),
-                            field<AttributeValue>(&X509_NAME_CHILD::data));
-struct TypeAndValue {
-    using type = X509_NAME_CHILD;
+// RelativeDistinguishedName ::= SET SIZE (1..MAX) OF AttributeTypeAndValue
+struct TypeAndValue : NameEntry {
     static constexpr u8 tag = kSequence;
     static u32 decode(const Element &element, type **out) noexcept {
-        return kTypeAndValue.decode(element, out, new_X509_NAME_CHILD) == 0 ? 0 : kFieldFailed;
+        return read_record(type_and_value(exactly(2)), element, out) == 0 ? 0 : kFieldFailed;
     }
     static void encode(Encoder &out, const type *value, u8 as) noexcept {
-        kTypeAndValue.encode(out, value, as);
+        if (value == nullptr) return out.fail();
+        type_and_value(exactly(2)).write(out, *value, as);
     }
-    static type *dup(const type *value) noexcept { return dup_X509_NAME_CHILD(value); }
-    static void free(type *value) noexcept { free_X509_NAME_CHILD(value); }
 };
-// RelativeDistinguishedName ::= SET SIZE (1..MAX) OF AttributeTypeAndValue
 using RelativeName = List<TypeAndValue, kSet, 1>;
 
 // DistributionPointName ::= CHOICE {
 //     fullName [0] GeneralNames, nameRelativeToCRLIssuer [1] RelativeDistinguishedName }
-struct DistPointNameKinds {
-    template <typename Use>
-    static bool visit(u32 choice, Use use) noexcept {
-        switch (choice) {
-            case TLX_DIST_POINT_FULL_NAME:
-                use(GeneralNames{});
-                return true;
-            case TLX_DIST_POINT_RELATIVE_NAME:
-                use(RelativeName{});
-                return true;
-            default:
-                return false;
-        }
-    }
-};
-constexpr ChoiceRecord<DIST_POINT_NAME, DistPointNameKinds> kDistPointName{codes(0x47310000, 0x47320000)};
+constexpr auto kDistPointName =
+    choice(&DIST_POINT_NAME::choice, &DIST_POINT_NAME::value, tagged<GeneralNames>(TLX_DIST_POINT_FULL_NAME),
+           tagged<RelativeName>(TLX_DIST_POINT_RELATIVE_NAME));
 
 // DistributionPoint ::= SEQUENCE {
 //     distributionPoint [0] DistributionPointName OPTIONAL, reasons [1] ReasonFlags OPTIONAL,
 //     cRLIssuer [2] GeneralNames OPTIONAL }
 // The name is a CHOICE, so its tag is explicit.
 constexpr auto kDistPoint = record<DIST_POINT>(
-    codes(0x47330000, 0x47340000), between(0, 3),
-    explicitly<Choice<DIST_POINT_NAME>>(0, &DIST_POINT::distributionPoint),
+    between(0, 3), explicitly<Choice<DIST_POINT_NAME>>(0, &DIST_POINT::distributionPoint),
     implicit<NamedBits>(1, &DIST_POINT::reasons), implicit<GeneralNames>(2, &DIST_POINT::cRLIssuer));
 
 // CRLDistributionPoints ::= SEQUENCE SIZE (1..MAX) OF DistributionPoint
 using CrlDistPoints = OneOrMore<Nested<DIST_POINT>>;
-constexpr Codes kCrlDistPoints = codes(0x47350000, 0x47360000);
 
 // IssuingDistributionPoint ::= SEQUENCE {
 //     distributionPoint [0] DistributionPointName OPTIONAL,
@@ -75,29 +44,27 @@ constexpr Codes kCrlDistPoints = codes(0x47350000, 0x47360000);
 //     onlySomeReasons [3] ReasonFlags OPTIONAL, indirectCRL [4] BOOLEAN DEFAULT FALSE,
 //     onlyContainsAttributeCerts [5] BOOLEAN DEFAULT FALSE }
 constexpr auto kIssuingDistPoint = record<issuing_DIST_POINT>(
-    codes(0x47370000, 0x47380000), between(0, 6),
-    explicitly<Choice<DIST_POINT_NAME>>(0, &issuing_DIST_POINT::distributionPoint),
+    between(0, 6), explicitly<Choice<DIST_POINT_NAME>>(0, &issuing_DIST_POINT::distributionPoint),
     flag(1, &issuing_DIST_POINT::onlyContainsUserCerts), flag(2, &issuing_DIST_POINT::onlyContainsCACerts),
     implicit<NamedBits>(3, &issuing_DIST_POINT::onlySomeReasons), flag(4, &issuing_DIST_POINT::indirectCRL),
     flag(5, &issuing_DIST_POINT::onlyContainsAttributeCerts));
 
 // AccessDescription ::= SEQUENCE { accessMethod OBJECT IDENTIFIER, accessLocation GeneralName }
-constexpr auto kAccessDescription = record<ACCESS_DESCRIPTION>(
-    codes(0x47390000, 0x473A0000), exactly(2), field<Oid>(&ACCESS_DESCRIPTION::accessMethod),
-    field<Choice<GENERAL_NAME>>(&ACCESS_DESCRIPTION::accessLocation));
+constexpr auto kAccessDescription =
+    record<ACCESS_DESCRIPTION>(exactly(2), field<Oid>(&ACCESS_DESCRIPTION::accessMethod),
+                               field<Choice<GENERAL_NAME>>(&ACCESS_DESCRIPTION::accessLocation));
 
 // AuthorityInfoAccessSyntax ::= SEQUENCE SIZE (1..MAX) OF AccessDescription
 using AuthorityInfoAccess = OneOrMore<Nested<ACCESS_DESCRIPTION>>;
-constexpr Codes kAuthorityInfoAccess = codes(0x473B0000, 0x473C0000);
 
 }  // namespace
 
 TLX_DEFINE_RECORD(DIST_POINT_NAME, kDistPointName)
 TLX_DEFINE_RECORD(DIST_POINT, kDistPoint)
-TLX_DEFINE_LIST(CRL_DIST_POINTS, DIST_POINT, CrlDistPoints, kCrlDistPoints)
+TLX_DEFINE_LIST(CRL_DIST_POINTS, DIST_POINT, CrlDistPoints)
 TLX_DEFINE_RECORD(issuing_DIST_POINT, kIssuingDistPoint)
 TLX_DEFINE_RECORD(ACCESS_DESCRIPTION, kAccessDescription)
-TLX_DEFINE_LIST(AUTHORITY_INFO_ACCESS, ACCESS_DESCRIPTION, AuthorityInfoAccess, kAuthorityInfoAccess)
+TLX_DEFINE_LIST(AUTHORITY_INFO_ACCESS, ACCESS_DESCRIPTION, AuthorityInfoAccess)
 
 DIST_POINT *create_DIST_POINT_uri(const char *uri) {
     const Owned<GENERAL_NAME> name(create_GENERAL_NAME(TLX_GENERAL_NAME_URI, uri, -1));

@@ -4,32 +4,29 @@
 
 #include <cstring>
 
-#include "x509/attribute_value.hpp"
-#include "x509/codecs.hpp"
-#include "x509/v3_choice.hpp"
-#include "x509/v3_codecs.hpp"
+#include "x509/certificate_records.hpp"
+#include "x509/extension_records.hpp"
 
 using namespace tlx;
 
 namespace {
 
 // OtherName ::= SEQUENCE { type-id OBJECT IDENTIFIER, value [0] EXPLICIT ANY DEFINED BY type-id }
-constexpr auto kOtherName =
-    record<OTHERNAME>(codes(0x47050000, 0x47060000), exactly(2), field<Oid>(&OTHERNAME::type_id),
-                      explicitly<OwnString>(0, &OTHERNAME::value).required());
+constexpr auto kOtherName = record<OTHERNAME>(exactly(2), field<Oid>(&OTHERNAME::type_id),
+                                              explicitly<Verbatim>(0, &OTHERNAME::value).required());
 
 // EDIPartyName ::= SEQUENCE { nameAssigner [0] DirectoryString OPTIONAL, partyName [1] DirectoryString }
 // DirectoryString is a CHOICE, so its tags are explicit.
-constexpr auto kEdiPartyName = record<EDIPARTYNAME>(codes(0x47070000, 0x47080000), between(1, 2),
-                                                    explicitly<Text>(0, &EDIPARTYNAME::nameAssigner),
-                                                    explicitly<Text>(1, &EDIPARTYNAME::partyName).required());
+constexpr auto kEdiPartyName =
+    record<EDIPARTYNAME>(between(1, 2), explicitly<Text>(0, &EDIPARTYNAME::nameAssigner),
+                         explicitly<Text>(1, &EDIPARTYNAME::partyName).required());
 
 /// [5] EDIPartyName. Some write the tag explicitly, which shows in the SEQUENCE inside.
 struct EdiParty : Nested<EDIPARTYNAME> {
     static u32 decode(const Element &element, type **out) noexcept {
         Element inner;
         const bool wrapped = only_child(element, inner) && inner.tag == kSequence;
-        return Codec<EDIPARTYNAME>::decode(wrapped ? inner : element, out);
+        return Nested::decode(wrapped ? inner : element, out);
     }
 };
 
@@ -51,7 +48,7 @@ struct X400Address : StringRecord {
         // A member with a context-specific tag is held complete, so it is the contents just as well.
         if (value->type >= kContextSpecific) return out.string(value, as);
         const auto wrapper = out.nest(as);
-        encode_value(out, value, static_cast<u32>(value->type));
+        out.any_value(value, static_cast<u32>(value->type));
     }
 };
 
@@ -59,39 +56,14 @@ struct X400Address : StringRecord {
 //     otherName [0] OtherName, rfc822Name [1] IA5String, dNSName [2] IA5String, x400Address [3] ORAddress,
 //     directoryName [4] Name, ediPartyName [5] EDIPartyName, uniformResourceIdentifier [6] IA5String,
 //     iPAddress [7] OCTET STRING, registeredID [8] OBJECT IDENTIFIER }
-struct GeneralNameKinds {
-    template <typename Use>
-    static bool visit(u32 choice, Use use) noexcept {
-        switch (choice) {
-            case TLX_GENERAL_NAME_OTHER_NAME:
-                use(Nested<OTHERNAME>{});
-                return true;
-            case TLX_GENERAL_NAME_RFC822_NAME:
-            case TLX_GENERAL_NAME_DNS_NAME:
-            case TLX_GENERAL_NAME_URI:
-                use(String<TLX_TAG_IA5_STRING>{});
-                return true;
-            case TLX_GENERAL_NAME_X400_ADDRESS:
-                use(X400Address{});
-                return true;
-            case TLX_GENERAL_NAME_DIRECTORY_NAME:
-                use(Explicit<Name>{});
-                return true;
-            case TLX_GENERAL_NAME_EDI_PARTY_NAME:
-                use(EdiParty{});
-                return true;
-            case TLX_GENERAL_NAME_IP_ADDRESS:
-                use(Octets{});
-                return true;
-            case TLX_GENERAL_NAME_REGISTERED_ID:
-                use(Oid{});
-                return true;
-            default:
-                return false;
-        }
-    }
-};
-constexpr ChoiceRecord<GENERAL_NAME, GeneralNameKinds> kGeneralName{codes(0x470B0000, 0x470C0000)};
+using Ia5 = String<TLX_TAG_IA5_STRING>;
+constexpr auto kGeneralName =
+    choice(&GENERAL_NAME::choice, &GENERAL_NAME::value,
+           tagged<Nested<OTHERNAME>>(TLX_GENERAL_NAME_OTHER_NAME), tagged<Ia5>(TLX_GENERAL_NAME_RFC822_NAME),
+           tagged<Ia5>(TLX_GENERAL_NAME_DNS_NAME), tagged<X400Address>(TLX_GENERAL_NAME_X400_ADDRESS),
+           tagged<Explicit<Name>>(TLX_GENERAL_NAME_DIRECTORY_NAME),
+           tagged<EdiParty>(TLX_GENERAL_NAME_EDI_PARTY_NAME), tagged<Ia5>(TLX_GENERAL_NAME_URI),
+           tagged<Octets>(TLX_GENERAL_NAME_IP_ADDRESS), tagged<Oid>(TLX_GENERAL_NAME_REGISTERED_ID));
 
 /// A name of the choice that takes over `value`; null when there is no value.
 template <typename T>
@@ -109,7 +81,7 @@ GENERAL_NAME *make_name(u32 choice, Owned<T> value) noexcept {
 TLX_DEFINE_RECORD(OTHERNAME, kOtherName)
 TLX_DEFINE_RECORD(EDIPARTYNAME, kEdiPartyName)
 TLX_DEFINE_RECORD(GENERAL_NAME, kGeneralName)
-TLX_DEFINE_LIST(GENERAL_NAMES, GENERAL_NAME, GeneralNames, kGeneralNames)
+TLX_DEFINE_LIST(GENERAL_NAMES, GENERAL_NAME, GeneralNames)
 
 GENERAL_NAME *create_GENERAL_NAME(uint32_t choice, const void *octets, int32_t len) {
     if (octets == nullptr) return nullptr;

@@ -7,8 +7,8 @@
 #include <bit>
 
 #include "asn1/oid_lookup.hpp"
-#include "x509/codecs.hpp"
-#include "x509/v3_codecs.hpp"
+#include "x509/certificate_records.hpp"
+#include "x509/extension_records.hpp"
 
 using namespace tlx;
 
@@ -17,89 +17,25 @@ namespace {
 // AuthorityKeyIdentifier ::= SEQUENCE {
 //     keyIdentifier [0] OCTET STRING OPTIONAL, authorityCertIssuer [1] GeneralNames OPTIONAL,
 //     authorityCertSerialNumber [2] INTEGER OPTIONAL }
-constexpr auto kAuthorityKeyId = record<AUTHORITY_KEYID>(
-    codes(0x47090000, 0x470A0000), any_count(), implicit<Octets>(0, &AUTHORITY_KEYID::keyIdentifier),
-    implicit<GeneralNames>(1, &AUTHORITY_KEYID::authorityCertIssuer),
-    implicit<Integer>(2, &AUTHORITY_KEYID::authorityCertSerialNumber));
-
-/// Replaces a member by the value of a child. 0 or 0x47090104.
-template <typename Kind>
-u32 read_member(const Element &child, typename Kind::type *&member) noexcept {
-    Kind::free(member);
-    member = nullptr;
-    return fits<Kind>(child) && Kind::decode(child, &member) == 0 ? 0 : 0x47090104;
-}
-
-u32 read_child(const Element &child, AUTHORITY_KEYID &record) noexcept {
-    switch (child.number()) {
-        case 0:
-            return read_member<Octets>(child, record.keyIdentifier);
-        case 1:
-            if (!child.constructed() || !fits<GeneralNames>(child)) return 0x47090104;
-            return decode_list<GeneralNames>(child, &record.authorityCertIssuer, kGeneralNames.decode);
-        case 2:
-            return read_member<Integer>(child, record.authorityCertSerialNumber);
-        default:
-            return 0;
+// A child goes by its tag number alone, in any order. The status of the names goes up unchanged; a primitive
+// element is no names.
+struct IssuerNames : PassingList<GeneralNames, codes::GENERAL_NAMES> {
+    static u32 decode(const Element &element, STACK **out) noexcept {
+        return element.constructed() ? PassingList::decode(element, out) : kFieldFailed;
     }
-}
+};
+constexpr auto kAuthorityKeyId = record<AUTHORITY_KEYID>(
+    at_least(1), by_number(implicit<Octets>(0, &AUTHORITY_KEYID::keyIdentifier),
+                           implicit<IssuerNames>(1, &AUTHORITY_KEYID::authorityCertIssuer),
+                           implicit<Integer>(2, &AUTHORITY_KEYID::authorityCertSerialNumber)));
 
 // SubjectKeyIdentifier ::= OCTET STRING
-constexpr Codes kSubjectKeyId = codes(0x47150000, 0x47160000);
 // KeyUsage ::= BIT STRING { digitalSignature (0), ..., decipherOnly (8) }
-constexpr Codes kKeyUsage = codes(0x47130000, 0x47140000);
-
-/// Seq_to_<TYPE> of an extension that is one string.
-template <typename Kind>
-u32 decode_string_node(const ASN1_UNIT *node, ASN1_STRING **out, const Statuses &failed) noexcept {
-    if (node == nullptr || out == nullptr) return failed.missing_argument;
-    Element element;
-    ASN1_STRING *value = nullptr;
-    if (!view_node(node, element) || element.tag != Kind::tag || Kind::decode(element, &value) != 0) {
-        return failed.not_decoded;
-    }
-    deliver(Owned<ASN1_STRING>(value), out);
-    return 0;
-}
-
-/// <TYPE>_to_Seq of it.
-template <typename Kind>
-u32 encode_string_node(const ASN1_STRING *value, ASN1_UNIT **out, const Statuses &failed) noexcept {
-    if (value == nullptr || out == nullptr) return failed.missing_argument;
-    Encoder encoder;
-    Kind::encode(encoder, value, Kind::tag);
-    return hand_over(encoder, out) ? 0 : failed.not_encoded;
-}
-
-/// The operations of such an extension.
-// NOLINTBEGIN(bugprone-macro-parentheses): a type cannot stand in parentheses
-#define TLX_DEFINE_STRING_RECORD(type, kind, string_codes)                   \
-    type *new_##type(void) {                                                 \
-        return new_string(kind::tag, {});                                    \
-    }                                                                        \
-    void clean_##type(type *record) {                                        \
-        clean_ASN1_STRING(record);                                           \
-    }                                                                        \
-    void free_##type(type *record) {                                         \
-        free_ASN1_STRING(record);                                            \
-    }                                                                        \
-    type *dup_##type(const type *record) {                                   \
-        return dup_ASN1_STRING(record);                                      \
-    }                                                                        \
-    uint32_t Seq_to_##type(const ASN1_UNIT *node, type **out) {              \
-        return decode_string_node<kind>(node, out, (string_codes).decode);   \
-    }                                                                        \
-    uint32_t type##_to_Seq(const type *record, ASN1_UNIT **out) {            \
-        return encode_string_node<kind>(record, out, (string_codes).encode); \
-    }
-// NOLINTEND(bugprone-macro-parentheses)
 
 // OBJECT_IDENTIFIERS ::= SEQUENCE OF OBJECT IDENTIFIER
 using ObjectIdentifiers = List<Oid>;
-constexpr Codes kObjectIdentifiers = codes(0x470F0000, 0x47100000);
 // ExtKeyUsageSyntax ::= SEQUENCE SIZE (1..MAX) OF KeyPurposeId
 using ExtendedKeyUsage = OneOrMore<Oid>;
-constexpr Codes kExtendedKeyUsage = codes(0x47110000, 0x47120000);
 
 /// What identifies the key of a CA: its own statement, or else what is usual. Null on failure.
 OCTET_STRING *key_identifier_of(const X509_TBS_CERT &issuer) noexcept {
@@ -127,28 +63,11 @@ GENERAL_NAMES *general_names_of(const X509_NAME *name) noexcept {
 
 }  // namespace
 
-TLX_DEFINE_RECORD_WITHOUT_DECODE(AUTHORITY_KEYID, kAuthorityKeyId)
-TLX_DEFINE_STRING_RECORD(SUBJECT_KEYID, Octets, kSubjectKeyId)
-TLX_DEFINE_STRING_RECORD(KEY_USAGE, NamedBits, kKeyUsage)
-TLX_DEFINE_LIST(OBJECT_IDENTIFIERS, OBJECT_IDENTIFIER, ObjectIdentifiers, kObjectIdentifiers)
-TLX_DEFINE_LIST(EXTENDED_KEY_USAGE, OBJECT_IDENTIFIER, ExtendedKeyUsage, kExtendedKeyUsage)
-
-// By hand because a child goes by its tag number alone, in any order, and because the status of the names is
-// passed on.
-u32 Codec<AUTHORITY_KEYID>::decode(const Element &element, AUTHORITY_KEYID **out) noexcept {
-    if (count_children(element.contents) == 0) return 0x4709002B;
-    OutRecord<AUTHORITY_KEYID> record(out, new_AUTHORITY_KEYID);
-    if (!record) return 0x47090104;
-    clean_AUTHORITY_KEYID(record.get());
-    Cursor children(element);
-    while (!children.at_end()) {
-        Element child;
-        if (!children.next(child)) return 0x47090104;
-        if (const u32 status = read_child(child, *record.get()); status != 0) return status;
-    }
-    record.commit();
-    return 0;
-}
+TLX_DEFINE_RECORD(AUTHORITY_KEYID, kAuthorityKeyId)
+TLX_DEFINE_STRING_RECORD(SUBJECT_KEYID, Octets)
+TLX_DEFINE_STRING_RECORD(KEY_USAGE, NamedBits)
+TLX_DEFINE_LIST(OBJECT_IDENTIFIERS, OBJECT_IDENTIFIER, ObjectIdentifiers)
+TLX_DEFINE_LIST(EXTENDED_KEY_USAGE, OBJECT_IDENTIFIER, ExtendedKeyUsage)
 
 AUTHORITY_KEYID *create_AUTHORITY_KEYID(const X509_CERT *issuer, uint32_t parts) {
     constexpr u32 kAll = TLX_KEYID_KEY | TLX_KEYID_ISSUER_AND_SERIAL;

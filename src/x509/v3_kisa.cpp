@@ -6,39 +6,13 @@
 #include <cstring>
 
 #include "asn1/oid_lookup.hpp"
-#include "x509/v3_codecs.hpp"
+#include "x509/extension_records.hpp"
 
 using namespace tlx;
 
 namespace {
 
-/// hashAlg, in two members of the record.
-struct HashAlgField {
-    Field<VID, Oid> algorithm = field<Oid>(&VID::hashAlg);
-    Field<VID, Node> parameters = optional<Node>(&VID::hashAlgParameters);
-
-    void clear(VID &record) const noexcept {
-        algorithm.clear(record);
-        parameters.clear(record);
-    }
-    [[nodiscard]] bool copy(VID &to, const VID &from) const noexcept {
-        return algorithm.copy(to, from) && parameters.copy(to, from);
-    }
-    [[nodiscard]] u32 read(Cursor &children, VID &record) const noexcept {
-        Element sequence;
-        if (!children.next(kSequence, sequence)) return kFieldFailed;
-        Cursor members(sequence);
-        const u32 status = algorithm.read(members, record);
-        return status != 0 ? status : parameters.read(members, record);
-    }
-    void write(Encoder &out, const VID &record) const noexcept {
-        const auto sequence = out.sequence();
-        algorithm.write(out, record);
-        parameters.write(out, record);
-    }
-};
-
-/// virtualID, which is read out of any constructed element.
+/// virtualID. By hand because it is read out of any constructed element.
 struct VirtualIdField : Field<VID, Octets> {
     [[nodiscard]] u32 read(Cursor &children, VID &record) const noexcept {
         clear(record);
@@ -52,47 +26,19 @@ struct VirtualIdField : Field<VID, Octets> {
 };
 
 // VID ::= SEQUENCE { hashAlg AlgorithmIdentifier, virtualID [0] EXPLICIT OCTET STRING OPTIONAL }
-constexpr auto kVid = record<VID>(codes(0x47010000, 0x47020000), between(1, 2), HashAlgField{},
-                                  VirtualIdField{explicitly<Octets>(0, &VID::virtualID)});
-
-/// userInfos, of which the first entry is kept, in two members of the record.
-struct UserInfosField {
-    using R = KISA_IDENTIFY_DATA;
-    Field<R, Oid> id_type = field<Oid>(&R::idType);
-    Field<R, Nested<VID>> vid = field<Nested<VID>>(&R::vid);
-
-    void clear(R &record) const noexcept {
-        id_type.clear(record);
-        vid.clear(record);
-    }
-    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
-        return id_type.copy(to, from) && vid.copy(to, from);
-    }
-    [[nodiscard]] u32 read(Cursor &children, R &record) const noexcept {
-        clear(record);
-        if (children.at_end()) return 0;
-        Element infos;
-        Element entry;
-        if (!children.next(kSequence, infos) || !Cursor(infos).next(kSequence, entry)) return kFieldFailed;
-        Cursor members(entry);
-        const u32 status = id_type.read(members, record);
-        return status != 0 ? status : vid.read(members, record);
-    }
-    void write(Encoder &out, const R &record) const noexcept {
-        if (record.idType == nullptr && record.vid == nullptr) return;
-        const auto infos = out.sequence();
-        const auto entry = out.sequence();
-        id_type.write(out, record);
-        vid.write(out, record);
-    }
-};
+constexpr auto kVid = record<VID>(
+    between(1, 2), group(kSequence, field<Oid>(&VID::hashAlg), optional<Node>(&VID::hashAlgParameters)),
+    VirtualIdField{explicitly<Octets>(0, &VID::virtualID)});
 
 // IdentifyData ::= SEQUENCE {
 //     realName UTF8String,
 //     userInfos SEQUENCE SIZE (1..MAX) OF SEQUENCE { idType OBJECT IDENTIFIER, idValue VID } OPTIONAL }
-constexpr auto kKisaIdentifyData = record<KISA_IDENTIFY_DATA>(
-    codes(0x47030000, 0x47040000), between(1, 2),
-    field<String<TLX_TAG_UTF8_STRING>>(&KISA_IDENTIFY_DATA::realName), UserInfosField{});
+// The first of the userInfos is kept.
+using Identify = KISA_IDENTIFY_DATA;
+constexpr auto kKisaIdentifyData = record<Identify>(
+    between(1, 2), field<String<TLX_TAG_UTF8_STRING>>(&Identify::realName),
+    group(kSequence, group(kSequence, field<Oid>(&Identify::idType), field<Nested<VID>>(&Identify::vid)))
+        .trailing());
 
 bool is_identify_data(const GENERAL_NAME *name) noexcept {
     if (name == nullptr || name->choice != TLX_GENERAL_NAME_OTHER_NAME || name->value.otherName == nullptr) {

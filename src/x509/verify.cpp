@@ -1,9 +1,13 @@
 // Verifying certificates: signature and validity period.
+#include <tlxcrypto/kcdsa.h>
+#include <tlxcrypto/rsa.h>
 #include <tlxpki/time.h>
 #include <tlxpki/x509.h>
 #include <tlxpki/x509_sign.h>
 
-#include "x509/codecs.hpp"
+#include <algorithm>
+
+#include "x509/certificate_records.hpp"
 #include "x509/signature_scheme.hpp"
 #include "x509/signature_value.hpp"
 
@@ -16,12 +20,51 @@ constexpr u32 kMostSOctets = 20;
 
 using Time = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
 
-/// The to-be-signed part, in a buffer that need not grow for a certificate of usual size.
-u32 encode_signed_part(Encoder &der, const X509_TBS_CERT *tbs) noexcept {
-    constexpr std::size_t kUsualSize = 2048;
-    der.buffer().reserve(kUsualSize);
-    return encode_tbs(der, tbs);
-}
+/// A certificate written anew: what was signed, and whether the certificate is what was received.
+class Rewritten {
+  public:
+    /// A status of X509_TBS_CERT_to_Seq.
+    u32 write(const X509_CERT &cert) noexcept {
+        constexpr std::size_t kUsualSize = 2048;
+        der_.buffer().reserve(kUsualSize);
+        if (const u32 status = encode_tbs(der_, cert.tbsCertificate); status != 0) return status;
+        signed_part_ = der_.bytes();
+        altered_ = is_altered(cert);
+        return 0;
+    }
+    [[nodiscard]] Bytes signed_part() const noexcept { return signed_part_; }
+    /// True for a certificate whose signature cannot be the issuer's, whatever it says: somebody altered what
+    /// does not come back when the certificate is written.
+    [[nodiscard]] bool altered() const noexcept { return altered_; }
+
+  private:
+    [[nodiscard]] bool is_altered(const X509_CERT &cert) noexcept {
+        if (cert.signatureValue != nullptr && cert.signatureValue->extra != 0) return true;
+        if (text_of(cert.signatureAlgorithm) != text_of(cert.tbsCertificate->signature)) return true;
+        return !comes_back(cert);
+    }
+    /// Compares what was received with header, signed part, algorithm and signature.
+    [[nodiscard]] bool comes_back(const X509_CERT &cert) noexcept {
+        Element whole;
+        const Bytes received = received_octets(cert);
+        if (received.empty()) return true;
+        if (!read_element(received, whole) || whole.tag != kSequence || whole.whole.size() != received.size())
+            return false;
+        u8 length[5];
+        const std::size_t count = write_length(static_cast<u32>(whole.contents.size()), length);
+        Encoder rest;
+        SignatureAlgorithm::encode(rest, cert.signatureAlgorithm, kSequence);
+        rest.bit_string(cert.signatureValue);
+        return rest.ok() && std::ranges::equal(whole.length_octets, Bytes(length, count)) &&
+               whole.contents.size() == signed_part_.size() + rest.bytes().size() &&
+               std::ranges::equal(whole.contents.first(signed_part_.size()), signed_part_) &&
+               std::ranges::equal(whole.contents.subspan(signed_part_.size()), rest.bytes());
+    }
+
+    Encoder der_;
+    Bytes signed_part_;
+    bool altered_ = false;
+};
 
 bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept {
     Element element;
@@ -33,20 +76,21 @@ bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept 
 
 uint32_t verify_RSA_SIG_X509_CERT(const X509_CERT *cert, const RSA_UNIT *key) {
     if (cert == nullptr || cert->tbsCertificate == nullptr || key == nullptr) return 0x46170049;
-    Encoder der;
-    if (const u32 status = encode_signed_part(der, cert->tbsCertificate); status != 0) return status;
+    Rewritten written;
+    if (const u32 status = written.write(*cert); status != 0) return status;
     const SignatureScheme scheme(cert->signatureAlgorithm);
     if (scheme.digest_id == 0 || scheme.cipher_id == 0) return 0x4617002B;
+    if (written.altered()) return TLX_RSA_BAD_SIGNATURE;
+    const Bytes der = written.signed_part();
     const Bytes signature = octets_of(cert->signatureValue);
-    return verify_RSA(key, scheme.digest_id, scheme.padding_mode(), der.bytes().data(),
-                      static_cast<u32>(der.bytes().size()), signature.data(),
-                      static_cast<u32>(signature.size()));
+    return verify_RSA(key, scheme.digest_id, scheme.padding_mode(), der.data(), static_cast<u32>(der.size()),
+                      signature.data(), static_cast<u32>(signature.size()));
 }
 
 uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDSA *key) {
     if (cert == nullptr || cert->tbsCertificate == nullptr || key == nullptr) return 0x46180049;
-    Encoder der;
-    if (const u32 status = encode_signed_part(der, cert->tbsCertificate); status != 0) return status;
+    Rewritten written;
+    if (const u32 status = written.write(*cert); status != 0) return status;
     const SignatureScheme scheme(cert->signatureAlgorithm);
     if (scheme.cipher_id == 0) return 0x4618002B;
     KcdsaSignature signature;
@@ -55,9 +99,10 @@ uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDSA *key) {
         BIGINT_to_binary(signature.s.get(), s, kMostSOctets) != 0) {
         return 0x46180104;
     }
-    return verify_KCDSA_data(key, scheme.kcdsa_digest(), der.bytes().data(),
-                             static_cast<u32>(der.bytes().size()), signature.r.data(),
-                             static_cast<u32>(signature.r.size()), s, kMostSOctets);
+    if (written.altered()) return TLX_KCDSA_BAD_SIGNATURE;
+    const Bytes der = written.signed_part();
+    return verify_KCDSA_data(key, scheme.kcdsa_digest(), der.data(), static_cast<u32>(der.size()),
+                             signature.r.data(), static_cast<u32>(signature.r.size()), s, kMostSOctets);
 }
 
 uint32_t verify_SIG_X509_CERT(const X509_CERT *cert, const X509_PUBKEY *issuer_key) {

@@ -1,4 +1,4 @@
-// What the tests use to see that nothing leaks and that every allocation may fail.
+// Shows that nothing leaks and that every allocation may fail.
 #pragma once
 
 #include <gtest/gtest.h>

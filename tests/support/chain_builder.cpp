@@ -10,7 +10,7 @@
 
 #include "support/der_text.hpp"
 #include "support/x509_files.hpp"
-#include "x509/v3_codecs.hpp"
+#include "x509/extension_records.hpp"
 
 namespace tlx_test {
 namespace {

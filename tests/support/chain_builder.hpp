@@ -1,4 +1,4 @@
-// Certificates and chains of them, made in the test: every member and every extension can be bent.
+// Makes certificates and chains of them; a test can change every member and every extension.
 #pragma once
 
 #include <tlxpki/cpv.h>
@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "support/octets.hpp"
-#include "trust/codecs.hpp"
+#include "trust/trust_records.hpp"
 
 namespace tlx_test {
 
@@ -37,7 +37,7 @@ constexpr const char *kPolicy = "1.2.3.1";
 /// A key of the published vectors, by its section in data/kcdsa.txt.
 Kcdsa kcdsa_key(const std::string &section);
 
-/// Keys to sign with: RSA-1024 by number, and one KCDSA key. They are made once, and live on.
+/// Keys to sign with: RSA-1024 by number, and one KCDSA key. Each is made once and never freed.
 constexpr unsigned kRsaKeys = 4;
 constexpr unsigned kKcdsaKey = kRsaKeys;
 const ASYMMETRIC_KEY *signing_key(unsigned number);
@@ -48,14 +48,14 @@ struct ExtensionSpec {
     bool critical = false;
 };
 
-/// What an authority key identifier is made of; empty members are left out.
+/// The members of an authority key identifier; empty ones are omitted.
 struct AuthorityKeyId {
     std::string key_id;  ///< hexadecimal; a space for one without octets
     std::string issuer;  ///< common name of the directoryName
     std::string serial;  ///< hexadecimal
 };
 
-/// What a certificate is made of.
+/// The members of a certificate.
 struct CertSpec {
     std::string subject;  ///< common names
     std::string issuer;
@@ -94,8 +94,8 @@ Policies policy_list(const std::vector<const char *> &dotted);
 std::string subjects_of(const X509_CERTIFICATES *path);
 /// The policies of a list: "1.2.3.1 1.2.3.2"; "null" without one.
 std::string text_of_policies(const OBJECT_IDENTIFIERS *list);
-/// The tree in one line, each level after its depth: "0: 2.5.29.32.0; 1: 1.2.3.1! 1.2.3.2". "!" stands for
-/// critical. A level that is not marked, a count of children that is wrong and a foreign parent show, too.
+/// The tree in one line, each level after its depth: "0: 2.5.29.32.0; 1: 1.2.3.1! 1.2.3.2". "!" means
+/// critical. The line also shows a level without its marker, a wrong count of children and a foreign parent.
 std::string text_of_tree(const node_LIST *tree);
 
 }  // namespace tlx_test

@@ -1,4 +1,4 @@
-// Peers that are programs (openssl, certtool), run in a temporary folder.
+// Runs peer programs (openssl, certtool) in a temporary folder.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 
 namespace tlx_test {
 
-/// A folder that is removed with everything in it at the end of the test.
+/// A folder that the end of the test removes with everything in it.
 class CommandFolder {
   public:
     CommandFolder() : folder_(make_temporary_folder()) { EXPECT_NE(folder_, "") << "no temporary folder"; }
@@ -39,8 +39,7 @@ class CommandFolder {
         std::ofstream(folder_ / utf8_path(name), std::ios::binary) << octets;
     }
 
-    /// What a shell command line prints to either stream. It fails the test when it ends with a status other
-    /// than 0.
+    /// The output of a shell command line on either stream. A status other than 0 fails the test.
     std::string run(const std::string &command) const {
         std::string output;
         const int status = run_shell(folder_.generic_string(), command, output);

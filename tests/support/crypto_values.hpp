@@ -32,7 +32,7 @@ inline std::uint32_t length(const Octets &octets) {
     return static_cast<std::uint32_t>(octets.size());
 }
 
-/// The text that a function made, which is freed; "null" when it made none.
+/// Copies and frees the text that a function made; "null" for null.
 inline std::string taken(char *text) {
     const std::string copy = text == nullptr ? "null" : text;
     tlx_free(text);

@@ -7,7 +7,7 @@ namespace tlx_test {
 
 using ExtensionType = RecordType;
 
-/// New types go to the end: fuzz seeds hold places in this table.
+/// New types go to the end, because fuzz seeds hold places in this table.
 inline const ExtensionType kExtensionTypes[] = {
     TLX_RECORD_TYPE(BASIC_CONSTRAINTS, 0x47230049, 0x47240049),
     TLX_RECORD_TYPE(POLICY_CONSTRAINTS, 0x47450049, 0x47460049),

@@ -12,13 +12,13 @@ namespace tlx_test::korean {
 
 namespace {
 
-constexpr UINT kKorean = 949;  // EUC-KR, and more beside it
+constexpr UINT kKorean = 949;  // EUC-KR and more
 
-// The postal code mark came to the character set (KS X 1001:2002) after the code page was made.
+// The character set (KS X 1001:2002) has the postal code mark; the older code page lacks it.
 const std::string kPostalCodeInEuc = "\xA2\xE8";
 const std::string kPostalCodeInUtf16 = "\x32\x7E";
 
-// Where the character set has room for a user's own characters, the code page has them.
+// The code page fills the character set's room for a user's own characters.
 bool is_private_use(wchar_t unit) {
     return unit >= 0xE000 && unit <= 0xF8FF;
 }

@@ -11,7 +11,7 @@ std::string euc_to_utf16(const std::string &euc);
 /// The same of a character in code page 949, outside the rows that EUC-KR has.
 std::string cp949_to_utf16(const std::string &pair);
 
-/// A character in EUC-KR of its UTF-16 unit; empty when it has none.
+/// The EUC-KR octets of a UTF-16 unit (big-endian); empty when there are none.
 std::string utf16_to_euc(const std::string &unit);
 
 }  // namespace tlx_test::korean

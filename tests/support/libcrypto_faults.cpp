@@ -28,7 +28,7 @@ void release(void *block, const char * /*file*/, int /*line*/) {
     std::free(block);
 }
 
-// libcrypto takes other functions only before its first allocation.
+// libcrypto accepts other functions only before its first allocation.
 const bool g_hooked = CRYPTO_set_mem_functions(allocate, resize, release) == 1;
 
 }  // namespace

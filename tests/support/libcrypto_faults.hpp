@@ -1,4 +1,4 @@
-// libcrypto in trouble: failing allocations inside it, which has an allocator of its own, and its end.
+// Makes allocations inside libcrypto fail, which has an allocator of its own, and ends libcrypto.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,8 +7,7 @@
 
 namespace tlx_test {
 
-/// Whether the library's libcrypto is the one that the test programs are linked with: a DLL keeps its own to
-/// itself.
+/// Whether the library and the test programs share one libcrypto. A DLL has its own.
 #ifdef _WIN32
 inline constexpr bool kSharesLibcrypto = false;
 #else
@@ -20,7 +19,7 @@ void fail_libcrypto_allocation(unsigned n);
 /// Whether it has failed.
 bool libcrypto_allocation_failed();
 
-/// libcrypto's own clean-up, as at the end of a process.
+/// Cleans libcrypto up as the end of a process does.
 void end_libcrypto();
 
 /// Runs `operation`, which returns a status, with the 1st, 2nd, ... allocation of libcrypto failing, until

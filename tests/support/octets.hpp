@@ -15,8 +15,7 @@ namespace tlx_test {
 
 using Octets = std::vector<std::uint8_t>;
 
-/// Octets from hexadecimal digits; spaces may stand between them. The block is exactly as large as its
-/// octets.
+/// Octets from hexadecimal digits, with or without spaces. The block has exactly the size of its octets.
 inline Octets hex(std::string_view text) {
     Octets octets;
     int high = -1;
@@ -58,7 +57,7 @@ inline Node new_node() {
     return Node(new_ASN1_UNIT());
 }
 
-/// The node of an encoding; null when it is not accepted.
+/// The node of an encoding; null when the library refuses it.
 inline Node node_of(std::string_view text) {
     const Octets octets = hex(text);
     return Node(decodeToDERSequence_n(octets.data(), static_cast<std::uint32_t>(octets.size())));

@@ -44,7 +44,7 @@ void set_scheme(EVP_PKEY_CTX *context, const RsaScheme &scheme) {
     EVP_PKEY_CTX_set_rsa_pss_saltlen(context, scheme.salt_length);
 }
 
-/// What an operation on a key makes of the octets; empty on failure.
+/// The result of a key operation on the octets; empty on failure.
 Octets run(const RsaKey &key, const RsaScheme &scheme, int (*init)(EVP_PKEY_CTX *),
            int (*operation)(EVP_PKEY_CTX *, unsigned char *, std::size_t *, const unsigned char *,
                             std::size_t),

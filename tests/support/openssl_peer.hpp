@@ -1,5 +1,5 @@
-// libcrypto behind plain types, in a library context of its own: its own type names would clash with ours in
-// one translation unit.
+// libcrypto behind plain types, in a library context of its own. Its type names would clash with ours in one
+// translation unit.
 #pragma once
 
 #include <cstdint>
@@ -37,7 +37,7 @@ struct RsaScheme {
 };
 Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature);
-/// What a PKCS #1 v1.5 signature holds inside its padding.
+/// The contents of a PKCS #1 v1.5 signature inside its padding.
 Octets rsa_recover(const RsaKey &key, const Octets &signature);
 Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 Octets rsa_decrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);

@@ -6,7 +6,7 @@
 
 namespace tlx_test::rhash {
 
-/// Debian has no librhash for Windows programs: tests that need it are skipped there.
+/// False in Windows programs, for which Debian has no librhash: skip tests that need it.
 #ifdef _WIN32
 constexpr bool kAvailable = false;
 #else

@@ -38,8 +38,7 @@ std::string read_file(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Starts a program, which has the streams of the start-up data if it names any. Fails the test when it
-/// cannot.
+/// Starts a program with the streams of the start-up data, if any. Fails the test when it cannot.
 bool start(const std::string &line, STARTUPINFOW &startup, PROCESS_INFORMATION &process) {
     startup.cb = sizeof startup;
     const bool has_streams = (startup.dwFlags & STARTF_USESTDHANDLES) != 0;
@@ -88,7 +87,7 @@ std::string make_temporary_folder() {
     return std::filesystem::create_directories(folder) ? folder : "";
 }
 
-// Wine starts the programs of its host but gives no handle to wait for them: the end is told by a file.
+// Wine starts the programs of its host but gives no handle to wait for them. A file marks the end.
 int run_shell(const std::string &folder, const std::string &command, std::string &output) {
     constexpr DWORD kPause = 5;
     constexpr DWORD kLongest = 120'000;

@@ -1,4 +1,4 @@
-// String records and results as values that a test can compare and need not free.
+// String records and results as values that a test compares without freeing them.
 #pragma once
 
 #include <tlxcrypto/memory.h>
@@ -29,7 +29,7 @@ inline std::string octets(const ASN1_STRING *record) {
     return {reinterpret_cast<const char *>(record->data), static_cast<std::size_t>(record->length)};
 }
 
-/// Copies `length` octets of a result and frees it; "(null)" for a null one.
+/// Copies `length` octets of a result and frees the result; "(null)" for null.
 template <typename T>
 std::string take(T *result, std::size_t length) {
     if (result == nullptr) return "(null)";
@@ -38,8 +38,8 @@ std::string take(T *result, std::size_t length) {
     return copy;
 }
 
-/// Calls `function (text, its length, &out)` and takes what it gives. A length of 0 has to mean that out was
-/// left alone, and the other way round.
+/// Calls `function (text, its length, &out)` and returns its result. Checks that the length is 0 exactly when
+/// out is unchanged.
 template <typename Out, typename In, typename... Rest>
 std::string call(std::uint32_t (*function)(const In *, std::uint32_t, Out **, Rest...),
                  const std::string &text, Rest... rest) {

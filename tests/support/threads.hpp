@@ -7,7 +7,7 @@
 
 namespace tlx_test {
 
-/// Does `work` on several threads at once; on how many of them it succeeded.
+/// Does `work` on several threads at once. Returns the number of successes.
 template <typename Work>
 unsigned successes_on_threads(unsigned count, const Work &work) {
     std::atomic<unsigned> successes = 0;

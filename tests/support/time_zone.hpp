@@ -5,7 +5,7 @@
 
 namespace tlx_test {
 
-/// Sets the process's time zone, in the form of the environment variable TZ; an empty one is the host's own.
+/// Sets the process's time zone, in the form of the environment variable TZ; empty for the host's own.
 inline void set_time_zone(const char *zone) {
 #ifdef _WIN32
     _putenv_s("TZ", zone);

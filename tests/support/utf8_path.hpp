@@ -5,7 +5,7 @@
 
 namespace tlx_test {
 
-/// The standard library's path of a UTF-8 text, which on Windows a plain string is not taken for.
+/// The standard library's path of a UTF-8 text. On Windows a plain string has another encoding.
 inline std::filesystem::path utf8_path(const std::string &text) {
     return std::u8string(text.begin(), text.end());
 }

@@ -11,7 +11,7 @@
 
 #include "support/octets.hpp"
 #include "support/strings.hpp"
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 namespace tlx_test {
 
@@ -31,7 +31,7 @@ inline Octets read_file(const std::string &name) {
     return {text.begin(), text.end()};
 }
 
-/// The certificate of an encoding; null when it is refused.
+/// The certificate of an encoding; null when the library refuses it.
 inline OwnedCert certificate_of(const Octets &der) {
     void *cert = nullptr;
     (void)readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), der.data(),
@@ -55,7 +55,7 @@ inline std::vector<Octets> read_pem_file(const std::string &path) {
     return blocks;
 }
 
-/// The encoding of a record; empty, and a failed test, when it cannot be encoded.
+/// The encoding of a record. A record that cannot be encoded gives none and fails the test.
 inline Octets encoding_of(const void *record, ASN1_ENCODER encoder) {
     std::uint8_t *octets = nullptr;
     const std::uint32_t size = writeDER_to_Binary(record, encoder, &octets);

@@ -1,4 +1,4 @@
-// What the tests of certificate records ask of every codec.
+// Checks of every codec of certificate records.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ inline std::string hex_of_text(std::string_view text) {
     return hex_of(der_node(text).get());
 }
 
-/// The record of an encoding; null, and a failed test, when it is refused.
+/// The record of an encoding. A refused encoding gives null and fails the test.
 template <typename T>
 T *decoded(std::uint32_t (*decoder)(const ASN1_UNIT *, T **), std::string_view text) {
     T *record = nullptr;
@@ -49,8 +49,8 @@ std::string encoded(std::uint32_t (*encoder)(const T *, ASN1_UNIT **), const T *
     return status == 0 ? hex_of(node) : text;
 }
 
-/// `input` decodes, into a new record and into one that holds something, and encodes to `output`; a copy
-/// encodes to the same after the original has lost everything.
+/// `input` decodes into a new record and into a filled one, and encodes to `output`. A copy encodes to the
+/// same after the original is cleaned.
 inline void expect_reencodes(const RecordType &type, std::string_view input, std::string_view output) {
     SCOPED_TRACE(std::string(type.name) + " " + std::string(input));
     const LeakCheck leaks;
@@ -75,7 +75,7 @@ inline void expect_come_back(const RecordType &type, const Texts &texts) {
         expect_reencodes(type, text, text);
 }
 
-/// Each text is refused with the status, and no record is made.
+/// The decoder refuses each text with the status and makes no record.
 inline void expect_refused(const RecordType &type, std::uint32_t status, const Texts &texts) {
     for (const std::string &text : texts) {
         const LeakCheck leaks;
@@ -85,7 +85,7 @@ inline void expect_refused(const RecordType &type, std::uint32_t status, const T
     }
 }
 
-/// Missing arguments have their status, and nothing happens to null records.
+/// Null arguments give their status, and null records are ignored.
 inline void expect_null_arguments_refused(const RecordType &type) {
     SCOPED_TRACE(type.name);
     const LeakCheck leaks;
@@ -103,8 +103,8 @@ inline void expect_null_arguments_refused(const RecordType &type) {
     type.free(nullptr);
 }
 
-/// Whichever allocation fails while `node` is decoded, copied or encoded: nothing leaks, and the decoder and
-/// encoder answer with one of the given statuses.
+/// Lets each allocation fail while `node` is decoded, copied or encoded: nothing leaks, and decoder and
+/// encoder return one of the given statuses.
 inline void expect_allocations_may_fail(const RecordType &type, const ASN1_UNIT *node,
                                         const Statuses &decoder_statuses, const Statuses &encoder_statuses) {
     SCOPED_TRACE(type.name);
@@ -134,7 +134,7 @@ inline void expect_allocations_may_fail(const RecordType &type, const ASN1_UNIT 
     type.free(record);
 }
 
-/// Whichever allocation fails while `make` makes something: it gives null and leaks nothing.
+/// Lets each allocation of `make` fail: it returns null and leaks nothing.
 template <typename Make, typename Free>
 void expect_making_may_fail(Make make, Free free) {
     sweep_failing_allocations([&] {

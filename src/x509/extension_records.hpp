@@ -29,11 +29,9 @@ namespace tlx {
 
 // GeneralNames ::= SEQUENCE SIZE (1..MAX) OF GeneralName
 using GeneralNames = OneOrMore<Choice<GENERAL_NAME>>;
-/// AUTHORITY_KEYID passes those of the decoder on.
-constexpr Codes kGeneralNames = codes(0x470D0000, 0x470E0000);
 
 /// A text of any universal string type, which the record keeps.
-struct Text : OwnString {
+struct Text : Verbatim {
     static u32 decode(const Element &element, type **out) noexcept {
         constexpr u8 kVisibleString = 26;
         constexpr u8 kUniversalString = 28;
@@ -45,7 +43,7 @@ struct Text : OwnString {
             case kVisibleString:
             case kUniversalString:
             case TLX_TAG_BMP_STRING:
-                return OwnString::decode(element, out);
+                return Verbatim::decode(element, out);
             default:
                 return kFieldFailed;
         }

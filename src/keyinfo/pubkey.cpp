@@ -5,10 +5,9 @@
 #include <algorithm>
 
 #include "asn1/oid_lookup.hpp"
-#include "x509/algorithm.hpp"
-#include "x509/codecs.hpp"
-#include "x509/list.hpp"
-#include "x509/pubkey_key.hpp"
+#include "der/list_items.hpp"
+#include "keyinfo/key_records.hpp"
+#include "keyinfo/pubkey_key.hpp"
 
 using namespace tlx;
 
@@ -41,10 +40,20 @@ void free_unit(u32 kind, void *unit) noexcept {
     }
 }
 
-template <typename T>
-bool same_presence(const T *a, const T *b) noexcept {
-    return (a == nullptr) == (b == nullptr);
-}
+/// The key that the other members stand for: read out of them, never written.
+struct DecodedKey : KeptField<X509_PUBKEY, KeyUnit> {
+    [[nodiscard]] u32 read(Cursor & /*children*/, X509_PUBKEY &record) const noexcept {
+        clear(record);
+        return decode_key(record) == KeyOutcome::no_memory ? kFieldFailed : 0;
+    }
+};
+
+// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
+constexpr auto kPublicKeyInfo =
+    record<X509_PUBKEY>(as_described(), algorithm_members(&X509_PUBKEY::algorithm, &X509_PUBKEY::parameters),
+                        field<Bits>(&X509_PUBKEY::subjectPublicKey),
+                        DecodedKey{kept<KeyUnit>(&X509_PUBKEY::key)})
+        .but(OnFailure::unchanged);
 
 /// Parameters as cmp_X509_PUBKEY sees them: NULL is none.
 bool has_parameters(const ASN1_UNIT *parameters, Element &element) noexcept {
@@ -112,38 +121,7 @@ uint32_t set_ASYMMETRIC_KEY(ASYMMETRIC_KEY *key, uint32_t kind, const void *unit
     return 0;
 }
 
-X509_PUBKEY *new_X509_PUBKEY(void) {
-    return TLX_NEW(X509_PUBKEY);
-}
-
-void clean_X509_PUBKEY(X509_PUBKEY *pubkey) {
-    if (pubkey == nullptr) return;
-    free_OBJECT_IDENTIFIER(pubkey->algorithm);
-    free_BIT_STRING(pubkey->subjectPublicKey);
-    free_ASYMMETRIC_KEY(pubkey->key);
-    free_ASN1_UNIT(pubkey->parameters);
-    *pubkey = {};
-}
-
-void free_X509_PUBKEY(X509_PUBKEY *pubkey) {
-    clean_X509_PUBKEY(pubkey);
-    tlx_free(pubkey);
-}
-
-X509_PUBKEY *dup_X509_PUBKEY(const X509_PUBKEY *pubkey) {
-    if (pubkey == nullptr) return nullptr;
-    Owned<X509_PUBKEY> copy(new_X509_PUBKEY());
-    if (!copy) return nullptr;
-    copy->algorithm = dup_OBJECT_IDENTIFIER(pubkey->algorithm);
-    copy->subjectPublicKey = dup_ASN1_STRING(pubkey->subjectPublicKey);
-    copy->key = dup_ASYMMETRIC_KEY(pubkey->key);
-    copy->parameters = dup_ASN1_UNIT(pubkey->parameters);
-    const bool complete = same_presence(copy->algorithm, pubkey->algorithm) &&
-                          same_presence(copy->subjectPublicKey, pubkey->subjectPublicKey) &&
-                          same_presence(copy->key, pubkey->key) &&
-                          same_presence(copy->parameters, pubkey->parameters);
-    return complete ? copy.release() : nullptr;
-}
+TLX_DEFINE_RECORD(X509_PUBKEY, kPublicKeyInfo)
 
 int32_t cmp_X509_PUBKEY(const X509_PUBKEY *a, const X509_PUBKEY *b) {
     if (a == nullptr || b == nullptr) return 1;
@@ -207,37 +185,4 @@ uint32_t set_X509_PUBKEY_ecc(X509_PUBKEY *pubkey, const ECC_KEY *ecc) {
     if (room == nullptr || ECPOINT_to_binary(ecc->public_point, ecc->curve, 0, room, &length) != 0) return 1;
     key.buffer().advance(length);
     return set_from_encodings(*pubkey, oid::kEcPublicKey, parameters, key) ? 0 : 1;
-}
-
-// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
-u32 Codec<X509_PUBKEY>::decode(const Element &element, X509_PUBKEY **out) noexcept {
-    Cursor members(element);
-    Element algorithm;
-    Element bits;
-    if (!members.next(TLX_TAG_SEQUENCE, algorithm) || !members.next(TLX_TAG_BIT_STRING, bits)) {
-        return 0x46140104;
-    }
-    if (!members.at_end()) return 0x46140104;
-    Owned<X509_PUBKEY> pubkey(new_X509_PUBKEY());
-    if (!pubkey || !decode_algorithm(algorithm, pubkey->algorithm, pubkey->parameters)) return 0x46140104;
-    pubkey->subjectPublicKey = decode_bit_string(bits.contents);
-    if (pubkey->subjectPublicKey == nullptr) return 0x46140104;
-    if (decode_key(*pubkey) == KeyOutcome::no_memory) return 0x46140104;
-    deliver(std::move(pubkey), out);
-    return 0;
-}
-
-void Codec<X509_PUBKEY>::encode(Encoder &out, const X509_PUBKEY *record, u8 tag) noexcept {
-    if (record == nullptr) return out.fail();
-    const auto sequence = out.nest(tag);
-    encode_algorithm(out, record->algorithm, record->parameters);
-    out.bit_string(record->subjectPublicKey);
-}
-
-uint32_t Seq_to_X509_PUBKEY(const ASN1_UNIT *node, X509_PUBKEY **out) {
-    return decode_node(node, out, statuses(0x46140000));
-}
-
-uint32_t X509_PUBKEY_to_Seq(const X509_PUBKEY *pubkey, ASN1_UNIT **out) {
-    return encode_node(pubkey, out, statuses(0x46130000));
 }

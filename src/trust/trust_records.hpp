@@ -3,7 +3,7 @@
 
 #include <tlxpki/cpv.h>
 
-#include "x509/codecs.hpp"
+#include "x509/certificate_records.hpp"
 
 TLX_DECLARE_CODEC(TRUST_ANCHOR);
 TLX_OWNS(VALID_POLICY_DATA);

@@ -1,9 +1,9 @@
-#include "x509/pubkey_key.hpp"
+#include "keyinfo/pubkey_key.hpp"
 
 #include <tlxpki/curve.h>
 
 #include "asn1/oid_lookup.hpp"
-#include "x509/codecs.hpp"
+#include "keyinfo/key_records.hpp"
 
 namespace tlx {
 namespace {

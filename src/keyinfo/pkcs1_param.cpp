@@ -3,7 +3,7 @@
 #include <tlxpki/pkcs1_param.h>
 
 #include "asn1/oid_lookup.hpp"
-#include "x509/codecs.hpp"
+#include "keyinfo/key_records.hpp"
 
 TLX_DECLARE_CODEC(RSASSA_PSS_PARAM);
 TLX_DECLARE_CODEC(RSAES_OAEP_PARAM);
@@ -23,16 +23,19 @@ using Algorithm = Nested<X509_ALGO_IDENTIFIER>;
 //     trailerField       [3] INTEGER DEFAULT 1  -- never read or written
 // }
 constexpr auto kPss =
-    record<Pss>(codes(0x49160000, 0x49150000), exactly(3), explicitly<Algorithm>(0, &Pss::hashAlgorithm),
+    record<Pss>(exactly(3), explicitly<Algorithm>(0, &Pss::hashAlgorithm),
                 explicitly<Algorithm>(1, &Pss::maskGenAlgorithm), explicitly<Integer>(2, &Pss::saltLength));
 
 // RSAES-OAEP-params ::= SEQUENCE {
 //     hashFunc      [0] AlgorithmIdentifier DEFAULT sha1Identifier,
 //     maskGenFunc   [1] AlgorithmIdentifier DEFAULT mgf1SHA1Identifier,
 //     pSourceFunc   [2] AlgorithmIdentifier DEFAULT pSpecifiedEmptyIdentifier }
-constexpr auto kOaep = record<Oaep>(
-    codes(0x49160000, 0x49100000), exactly(3), explicitly<Algorithm>(0, &Oaep::hashAlgorithm),
-    explicitly<Algorithm>(1, &Oaep::maskGenAlgorithm), explicitly<Algorithm>(2, &Oaep::pSourceAlgorithm));
+constexpr auto kOaep = record<Oaep>(exactly(3), explicitly<Algorithm>(0, &Oaep::hashAlgorithm),
+                                    explicitly<Algorithm>(1, &Oaep::maskGenAlgorithm),
+                                    explicitly<Algorithm>(2, &Oaep::pSourceAlgorithm));
+
+// Decoding is by hand because each failure has a status of its own, a child without a context tag is passed
+// over, and without a caller's record nothing is handed out.
 
 /// Reads the next child when it carries a context tag, which has to be [number]; any other is passed over.
 template <typename Kind, typename Param>
@@ -120,7 +123,7 @@ u32 set_parameters(X509_ALGO_IDENTIFIER *algorithm, const Description &descripti
                    const Param *param) noexcept {
     if (algorithm == nullptr || param == nullptr) return 0x490F0049;
     Encoder encoder;
-    description.encode(encoder, param, kSequence);
+    description.write(encoder, *param);
     ASN1_UNIT *parameters = encoder.to_node();
     if (parameters == nullptr) return 0x490F0103;
     free_ASN1_UNIT(algorithm->parameters);
@@ -134,7 +137,11 @@ using RegisteredOid = Owned<OBJECT_IDENTIFIER>;
 
 // ---- RSASSA-PSS ----
 
-TLX_DEFINE_RECORD_WITHOUT_DECODE(RSASSA_PSS_PARAM, kPss)
+TLX_DEFINE_RECORD_NEW(RSASSA_PSS_PARAM)
+TLX_DEFINE_RECORD_LIFE(RSASSA_PSS_PARAM, kPss)
+TLX_DEFINE_CODEC_ENCODE(RSASSA_PSS_PARAM, kPss)
+TLX_DEFINE_RECORD_DECODER(RSASSA_PSS_PARAM)
+TLX_DEFINE_RECORD_ENCODER(RSASSA_PSS_PARAM)
 
 u32 Codec<RSASSA_PSS_PARAM>::decode(const Element &element, RSASSA_PSS_PARAM **out) noexcept {
     return read_params(element, *out, clean_RSASSA_PSS_PARAM);
@@ -177,7 +184,11 @@ uint32_t set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(X509_ALGO_IDENTIFIER *al
 
 // ---- RSAES-OAEP ----
 
-TLX_DEFINE_RECORD_WITHOUT_DECODE(RSAES_OAEP_PARAM, kOaep)
+TLX_DEFINE_RECORD_NEW(RSAES_OAEP_PARAM)
+TLX_DEFINE_RECORD_LIFE(RSAES_OAEP_PARAM, kOaep)
+TLX_DEFINE_CODEC_ENCODE(RSAES_OAEP_PARAM, kOaep)
+TLX_DEFINE_RECORD_DECODER(RSAES_OAEP_PARAM)
+TLX_DEFINE_RECORD_ENCODER(RSAES_OAEP_PARAM)
 
 u32 Codec<RSAES_OAEP_PARAM>::decode(const Element &element, RSAES_OAEP_PARAM **out) noexcept {
     return read_params(element, *out, clean_RSAES_OAEP_PARAM);

@@ -1,5 +1,5 @@
 // RSA keys of PKCS #1 (RFC 8017, appendix A.1), and their way to and from RSA units.
-#include "keys/pkcs1.hpp"
+#include "keyinfo/key_records.hpp"
 
 #include <array>
 
@@ -14,9 +14,9 @@ using PrivateKey = PKCS1_RSA_PRIVATE_KEY;
 //     modulus           INTEGER,  -- n
 //     publicExponent    INTEGER   -- e
 // }
-constexpr auto kPublicKey =
-    record<PublicKey>(codes(0x49080000, 0x49070000), any_count(), field<Integer>(&PublicKey::modulus),
-                      field<Integer>(&PublicKey::publicExponent));
+constexpr auto kPublicKey = record<PublicKey>(any_count(), field<Integer>(&PublicKey::modulus),
+                                              field<Integer>(&PublicKey::publicExponent))
+                                .but(OnFailure::emptied);
 
 // RSAPrivateKey ::= SEQUENCE {
 //     version           Version,
@@ -31,11 +31,13 @@ constexpr auto kPublicKey =
 //     otherPrimeInfos   OtherPrimeInfos OPTIONAL  -- never read or written
 // }
 constexpr auto kPrivateKey =
-    record<PrivateKey>(codes(0x49030000, 0x49040000), any_count(), field<Integer>(&PrivateKey::version),
+    record<PrivateKey>(any_count(), field<Integer>(&PrivateKey::version),
                        field<Integer>(&PrivateKey::modulus), field<Integer>(&PrivateKey::publicExponent),
                        field<Integer>(&PrivateKey::privateExponent), field<Integer>(&PrivateKey::prime1),
                        field<Integer>(&PrivateKey::prime2), field<Integer>(&PrivateKey::exponent1),
-                       field<Integer>(&PrivateKey::exponent2), field<Integer>(&PrivateKey::coefficient));
+                       field<Integer>(&PrivateKey::exponent2), field<Integer>(&PrivateKey::coefficient),
+                       kept<Node>(&PrivateKey::otherPrimeInfos))
+        .but(OnFailure::emptied);
 
 /// Which number of a unit a member holds.
 struct UnitNumber {
@@ -139,86 +141,41 @@ bool is_complete(const PrivateKey &key) noexcept {
 
 // ---- Records ----
 
-PKCS1_RSA_PUBLIC_KEY *new_PKCS1_RSA_PUBLIC_KEY(void) {
-    return TLX_NEW(PKCS1_RSA_PUBLIC_KEY);
-}
+TLX_DEFINE_RECORD_NEW(PKCS1_RSA_PUBLIC_KEY)
+TLX_DEFINE_RECORD_LIFE(PKCS1_RSA_PUBLIC_KEY, kPublicKey)
+TLX_DEFINE_CODEC_ENCODE(PKCS1_RSA_PUBLIC_KEY, kPublicKey)
+TLX_DEFINE_RECORD_ENCODER(PKCS1_RSA_PUBLIC_KEY)
 
-void clean_PKCS1_RSA_PUBLIC_KEY(PKCS1_RSA_PUBLIC_KEY *key) {
-    kPublicKey.clean(key);
-}
-
-void free_PKCS1_RSA_PUBLIC_KEY(PKCS1_RSA_PUBLIC_KEY *key) {
-    kPublicKey.free(key);
-}
-
-PKCS1_RSA_PUBLIC_KEY *dup_PKCS1_RSA_PUBLIC_KEY(const PKCS1_RSA_PUBLIC_KEY *key) {
-    return kPublicKey.dup(key, new_PKCS1_RSA_PUBLIC_KEY);
-}
-
-PKCS1_RSA_PRIVATE_KEY *new_PKCS1_RSA_PRIVATE_KEY(void) {
-    return TLX_NEW(PKCS1_RSA_PRIVATE_KEY);
-}
-
-void clean_PKCS1_RSA_PRIVATE_KEY(PKCS1_RSA_PRIVATE_KEY *key) {
-    if (key == nullptr) return;
-    kPrivateKey.clean(key);
-    free_ASN1_UNIT(key->otherPrimeInfos);
-    key->otherPrimeInfos = nullptr;
-}
-
-void free_PKCS1_RSA_PRIVATE_KEY(PKCS1_RSA_PRIVATE_KEY *key) {
-    clean_PKCS1_RSA_PRIVATE_KEY(key);
-    tlx_free(key);
-}
-
-PKCS1_RSA_PRIVATE_KEY *dup_PKCS1_RSA_PRIVATE_KEY(const PKCS1_RSA_PRIVATE_KEY *key) {
-    Owned<PKCS1_RSA_PRIVATE_KEY> copy(kPrivateKey.dup(key, new_PKCS1_RSA_PRIVATE_KEY));
-    if (!copy || key->otherPrimeInfos == nullptr) return copy.release();
-    copy->otherPrimeInfos = dup_ASN1_UNIT(key->otherPrimeInfos);
-    return copy->otherPrimeInfos != nullptr ? copy.release() : nullptr;
-}
-
-// ---- Codecs ----
-
+// By hand because a SubjectPublicKeyInfo around the key is read as well.
 u32 Codec<PKCS1_RSA_PUBLIC_KEY>::decode(const Element &element, PKCS1_RSA_PUBLIC_KEY **out) noexcept {
-    clean_PKCS1_RSA_PUBLIC_KEY(*out);
     Element key;
-    if (find_public_key(element, key) && kPublicKey.decode(key, out, new_PKCS1_RSA_PUBLIC_KEY) == 0) return 0;
+    if (find_public_key(element, key)) {
+        return decode_record(kPublicKey, key, out, codes::PKCS1_RSA_PUBLIC_KEY.decode);
+    }
     clean_PKCS1_RSA_PUBLIC_KEY(*out);
     return 0x49080000;
 }
 
-void Codec<PKCS1_RSA_PUBLIC_KEY>::encode(Encoder &out, const PKCS1_RSA_PUBLIC_KEY *key, u8 tag) noexcept {
-    kPublicKey.encode(out, key, tag);
-}
-
-u32 Codec<PKCS1_RSA_PRIVATE_KEY>::decode(const Element &element, PKCS1_RSA_PRIVATE_KEY **out) noexcept {
-    clean_PKCS1_RSA_PRIVATE_KEY(*out);
-    if (kPrivateKey.decode(element, out, new_PKCS1_RSA_PRIVATE_KEY) == 0) return 0;
-    clean_PKCS1_RSA_PRIVATE_KEY(*out);
-    return 0x49030000;
-}
-
-void Codec<PKCS1_RSA_PRIVATE_KEY>::encode(Encoder &out, const PKCS1_RSA_PRIVATE_KEY *key, u8 tag) noexcept {
-    if (key != nullptr) out.buffer().reserve(room_for(*key));
-    kPrivateKey.encode(out, key, tag);
-}
-
+// A node that cannot be viewed empties the caller's record as well.
 uint32_t Seq_to_PKCS1_RSA_PUBLIC_KEY(const ASN1_UNIT *node, PKCS1_RSA_PUBLIC_KEY **out) {
     if (node == nullptr || out == nullptr) return 0x49080049;
     return Codec<PKCS1_RSA_PUBLIC_KEY>::decode(view_or_empty(node), out);
 }
 
-uint32_t PKCS1_RSA_PUBLIC_KEY_to_Seq(const PKCS1_RSA_PUBLIC_KEY *key, ASN1_UNIT **out) {
-    if (key == nullptr || out == nullptr) return 0x49070049;
-    Encoder encoder;
-    Codec<PKCS1_RSA_PUBLIC_KEY>::encode(encoder, key);
-    return hand_over(encoder, out) ? 0 : 0x49070000;
-}
+TLX_DEFINE_RECORD_NEW(PKCS1_RSA_PRIVATE_KEY)
+TLX_DEFINE_RECORD_LIFE(PKCS1_RSA_PRIVATE_KEY, kPrivateKey)
+TLX_DEFINE_CODEC_DECODE(PKCS1_RSA_PRIVATE_KEY, kPrivateKey)
 
 uint32_t Seq_to_PKCS1_RSA_PRIVATE_KEY(const ASN1_UNIT *node, PKCS1_RSA_PRIVATE_KEY **out) {
     if (node == nullptr || out == nullptr) return 0x49030049;
     return Codec<PKCS1_RSA_PRIVATE_KEY>::decode(view_or_empty(node), out);
+}
+
+// By hand because a private key has its room made beforehand and its octets wiped.
+void Codec<PKCS1_RSA_PRIVATE_KEY>::encode(Encoder &out, const PKCS1_RSA_PRIVATE_KEY *key, u8 tag) noexcept {
+    if (key == nullptr) return out.fail();
+    out.buffer().reserve(room_for(*key));
+    kPrivateKey.write(out, *key, tag);
 }
 
 uint32_t PKCS1_RSA_PRIVATE_KEY_to_Seq(const PKCS1_RSA_PRIVATE_KEY *key, ASN1_UNIT **out) {
