@@ -18,6 +18,7 @@
 #include <tlxpki/encoded_block.h>
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
+#include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>
 #include <tlxpki/pem.h>
 #include <tlxpki/pkcs1.h>

@@ -95,6 +95,30 @@ TEST(PolicyTree, TakesEachPolicyOfACertificateOnce) {
     free_node_LIST(list);
 }
 
+TEST(PolicyTree, HasSoManyNodesAtMost) {
+    // Beside anyPolicy, each level has as many nodes more as a certificate has policies.
+    std::vector<std::string> texts;
+    for (int i = 0; i < 1000; ++i)
+        texts.push_back("1.2.3." + std::to_string(i));
+    PolicyNames names = {kAny};
+    for (const std::string &text : texts)
+        names.push_back(text.c_str());
+    const struct {
+        std::size_t certificates;
+        std::uint32_t status;
+        std::int32_t stopped_at;
+    } cases[] = {{13, 0, -1}, {14, 0x53100047, 0}};
+    for (const auto &c : cases) {
+        const Certificates path = path_of(std::vector<PolicyNames>(c.certificates, names));
+        const LeakCheck leaks;
+        node_LIST *list = nullptr;
+        std::int32_t stopped_at = 0;
+        EXPECT_EQ(validate_certpath_ex(path.get(), nullptr, &list, &kNotExplicit, &stopped_at), c.status);
+        EXPECT_EQ(stopped_at, c.stopped_at);
+        free_node_LIST(list);
+    }
+}
+
 // ---- What the user accepts ----
 
 TEST(UserPolicies, AreConsumedAsFarAsTheyAreCompared) {

@@ -89,6 +89,16 @@ TEST(Validation, OfWellFormedPathsSucceedsAtAnyLength) {
     EXPECT_EQ(validate(chain), "good") << "and one at the root";
 }
 
+TEST(Validation, TakesAThousandCertificates) {
+    const Cert root = valid_chain(1)[0].make();
+    const Certificates path(new_X509_CERTIFICATES());
+    while (get_X509_CERTIFICATES_count(path.get()) < TLX_CPV_MAX_CERTIFICATES)
+        ASSERT_EQ(add_X509_CERTIFICATES(path.get(), root.get()), 0U);
+    EXPECT_EQ(validate(path.get()), "good");
+    ASSERT_EQ(add_X509_CERTIFICATES(path.get(), root.get()), 0U);
+    EXPECT_EQ(validate(path.get()), "53070047 at -1");
+}
+
 TEST(Validation, ChecksSignaturesTimesAndNames) {
     expect_verdicts({
         {"target signed by another key", {signed_by(0, 3)}, "53100054 at 0"},

@@ -115,10 +115,13 @@ TEST(Certificate, Members) {
     EXPECT_EQ(get_X509_issuer(nullptr), nullptr);
 
     const X509_TIME no_text = {};
+    const StringRecord no_leap_year = make_string(23, "290229000000Z");
+    const X509_TIME no_date = {0, no_leap_year.get()};
     EXPECT_EQ(
         Statuses({set_X509_serial(cert, nullptr), set_X509_signature(cert, nullptr),
                   set_X509_subject(cert, nullptr), set_X509_notBefore(cert, nullptr),
-                  set_X509_notAfter(cert, &no_text), set_X509_pub_key(cert, nullptr),
+                  set_X509_notAfter(cert, &no_text), set_X509_notAfter(cert, &no_date),
+                  set_X509_notBefore(cert, &no_date), set_X509_pub_key(cert, nullptr),
                   set_X509_sig_alg(cert, nullptr), set_X509_sig_value(nullptr, get_X509_sig_value(cert)),
                   set_X509_version(nullptr, 0), set_X509_extensions(nullptr, nullptr)}),
         Statuses{1});
@@ -169,9 +172,20 @@ TEST(Certificate, Times) {
         EXPECT_EQ(cmp_ASN1_TIME(read.get(), &calendar), 0) << c.text;
     }
     const ASN1_TIME wrong = {60, 0, 0, 1, 0, 100, 0, 0, 0};
+    const ASN1_TIME no_leap_year = {0, 0, 0, 29, 1, 129, 0, 0, 0};
     EXPECT_EQ(set_X509_TIME(time.get(), &wrong), 1U);
+    EXPECT_EQ(set_X509_TIME(time.get(), &no_leap_year), 1U);
     EXPECT_EQ(set_X509_TIME(time.get(), nullptr), 1U);
     EXPECT_EQ(octets(time->time), "20500630235958Z") << "unchanged";
+    const std::pair<const char *, bool> read[] = {
+        {"20280229000000Z", true},      {"20290229000000Z", false},
+        {"20290431000000+0900", false}, {"20161231235960Z", true},  // a leap second
+        {"20291301000000Z", false},     {"2029", false}};
+    for (const auto &[text, good] : read) {
+        const StringRecord string = make_string(24, text);
+        const X509_TIME from = {1, string.get()};
+        EXPECT_EQ((Held<ASN1_TIME, free_ASN1_TIME>(X509_TIME_to_ASN1_TIME(&from)) != nullptr), good) << text;
+    }
     clean_X509_TIME(time.get());
     EXPECT_EQ(X509_TIME_to_ASN1_TIME(time.get()), nullptr);
 }

@@ -165,8 +165,21 @@ TEST(Name, AsText) {
         {"30{31{30{06:550403 0C:41007F0A}}}", "CN=A\\00\\7F\\0A"},
         {"30{31{30{06:2A030405 0C:41}}}", "1.2.3.4.5=A"},
         {"30{31{30{06:55042D 03:0560}}}", "x500UniqueIdentifier=#03020560"},
-        {"30{31{30{06:550403 1E:41}}}", nullptr},    // half a unit
-        {"30{31{30{06:550403 1E:D800}}}", nullptr},  // a surrogate
+        {"30{31{30{06:550403 1E:41}}}", "CN=#1E0141"},      // half a unit
+        {"30{31{30{06:550403 1E:D800}}}", "CN=#1E02D800"},  // a surrogate
+        // Korean text, "한국", in whatever type it stands.
+        {"30{31{30{06:550403 13:C7D1B1B9}}}", "CN=한국"},
+        {"30{31{30{06:550403 14:C7D1B1B92C41}}}", "CN=한국\\,A"},
+        {"30{31{30{06:550403 16:C7D1B1B9}}}", "CN=한국"},
+        {"30{31{30{06:550403 1A:C7D1B1B9}}}", "CN=한국"},
+        {"30{31{30{06:550403 0C:C7D1B1B9}}}", "CN=한국"},
+        {"30{31{30{06:550403 0C:B8CDB9E6B0A28C63C7CF}}}", "CN=맹방각똠하"},  // beyond KS X 1001
+        {"30{31{30{06:550403 14:ED959CEAB5AD}}}", "CN=한국"},                // UTF-8
+        {"30{31{30{06:550403 14:C467797074}}}", "CN=Ägypt"},                 // not "Ä" and "g" as one
+        {"30{31{30{06:550403 14:B1B9C7}}}", "CN=±¹Ç"},
+        {"30{31{30{06:550403 0C:B1B9C7}}}", "CN=#0C03B1B9C7"},
+        {"30{31{30{06:550403 0C:EDA080}}}", "CN=#0C03EDA080"},  // a surrogate in UTF-8
+        {"30{31{30{06:550403 30{}}}}", "CN=#3000"},
     };
     const LeakCheck leaks;
     for (const auto &[name, expected] : cases) {
@@ -175,6 +188,13 @@ TEST(Name, AsText) {
         tlx_free(text);
     }
     EXPECT_EQ(dump_X509_NAME(nullptr), nullptr);
+    const OwnedName two = name_of("30{31{30{06:550406 13:4B52}} 31{30{06:550403 13:412C}}}");
+    char *entry = dump_X509_NAME_CHILD(get_X509_NAME_CHILD(two.get(), 1));
+    EXPECT_STREQ(entry, "CN=A\\,");
+    tlx_free(entry);
+    EXPECT_EQ(dump_X509_NAME_CHILD(nullptr), nullptr);
+    const X509_NAME_CHILD no_members = {};
+    EXPECT_EQ(dump_X509_NAME_CHILD(&no_members), nullptr);
 }
 
 TEST(Name, EveryAllocationMayFail) {
@@ -199,7 +219,9 @@ TEST(Name, EveryAllocationMayFail) {
         EXPECT_TRUE(result == 0 || result == 1);
         return result == 0;
     });
-    expect_making_may_fail([&] { return dump_X509_NAME(name.get()); }, tlx_free);
+    const OwnedName korean = name_of("30{31{30{06:550403 13:C7D1B1B9}} 31{30{06:55042D 03:0560}}}");
+    for (const X509_NAME *each : {name.get(), korean.get()})
+        expect_making_may_fail([&] { return dump_X509_NAME(each); }, tlx_free);
 }
 
 }  // namespace

@@ -91,6 +91,15 @@ Value value_of_context(Octets contents) {
     return {Value::kHex, {}, contents, 0};
 }
 
+/// The characters of the contents of a string type. False for another type, and contents that are no text.
+bool string_contents(uint64_t tag, Octets contents, std::string &text) {
+    if (tag > TLX_TAG_BMP_STRING) return false;
+    const String string = made<String>(new_ASN1_STRING());
+    must(set_ASN1_STRING_value(string.get(), static_cast<int32_t>(tag), contents.data(),
+                               static_cast<uint32_t>(contents.size())));
+    return string_text(string.get(), text);
+}
+
 Value value_of(const Element &element, Octets octets) {
     const Octets contents = contents_of(element, octets);
     if (element.constructed) return {};
@@ -114,7 +123,7 @@ Value value_of(const Element &element, Octets octets) {
             if (!dotted_oid(contents, text)) break;
             return {Value::kOid, text, {}, 0};
         default:
-            if (!string_text(static_cast<uint32_t>(element.tag), contents, text)) break;
+            if (!string_contents(element.tag, contents, text)) break;
             return {Value::kText, text, {}, 0};
     }
     return {Value::kHex, {}, contents, 0};

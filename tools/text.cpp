@@ -12,7 +12,6 @@ namespace {
 
 constexpr char kHexDigits[] = "0123456789ABCDEF";
 constexpr uint32_t kNotUtf8 = 0xFFFFFFFF;
-enum { kNumericString = 18, kVisibleString = 26, kUniversalString = 28 };
 
 void append_utf8(std::string &out, uint32_t code_point) {
     const auto put = [&out](uint32_t octet) { out.push_back(static_cast<char>(octet)); };
@@ -59,29 +58,6 @@ bool is_unsafe(uint32_t code_point) {
            within(0x2060, 0x206F) || code_point == 0xFEFF || code_point == 0x061C || within(0xFFF9, 0xFFFB);
 }
 
-/// Units of a fixed width, big-endian.
-bool widen(Octets contents, std::size_t width, std::string &utf8) {
-    if (contents.size() % width != 0) return false;
-    for (std::size_t i = 0; i < contents.size(); i += width) {
-        uint32_t unit = 0;
-        for (const uint8_t octet : contents.subspan(i, width)) {
-            unit = unit << 8 | octet;
-        }
-        if (unit > 0x10FFFF || (unit >= 0xD800 && unit < 0xE000)) return false;
-        append_utf8(utf8, unit);
-    }
-    return true;
-}
-
-/// Converts double-octet Korean text. False for other text and for a NUL.
-bool from_korean(const std::string &octets, std::string &utf8) {
-    UTF8_STRING *converted = nullptr;
-    if (octets.find('\0') != std::string::npos || cp949ToUTF8(octets.c_str(), &converted) == 0) return false;
-    const Owned<UTF8_STRING, free_UTF8_STRING> owner(converted);
-    utf8.assign(reinterpret_cast<const char *>(converted->data), static_cast<std::size_t>(converted->length));
-    return true;
-}
-
 /// The minutes that a time ending in "+hhmm" or "-hhmm" is ahead of UTC.
 std::chrono::minutes offset_of(const ASN1_STRING *time) {
     constexpr std::size_t kLength = 5;
@@ -108,19 +84,6 @@ std::string rfc3339(const ASN1_TIME &local, std::chrono::minutes offset) {
                         static_cast<unsigned>(utc.day()), static_cast<int>(clock.hours().count()),
                         static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()));
     return text.data();
-}
-
-/// RFC 4514, section 2.4.
-std::string escaped(const std::string &value) {
-    std::string out;
-    for (std::size_t i = 0; i < value.size(); ++i) {
-        const char c = value[i];
-        const bool edge_space = c == ' ' && (i == 0 || i + 1 == value.size());
-        const bool special = std::string_view("\"+,;<>\\").find(c) != std::string_view::npos;
-        if (edge_space || special || (c == '#' && i == 0)) out.push_back('\\');
-        out.push_back(c);
-    }
-    return out;
 }
 
 }  // namespace
@@ -166,40 +129,17 @@ bool is_utf8(std::string_view text) {
     return true;
 }
 
-bool string_text(uint32_t tag, Octets contents, std::string &utf8) {
-    utf8.clear();
-    const std::string octets(contents.begin(), contents.end());
-    switch (tag) {
-        case TLX_TAG_UTF8_STRING:
-            utf8 = octets;
-            return is_utf8(octets);
-        case TLX_TAG_BMP_STRING:
-            return widen(contents, 2, utf8);
-        case kUniversalString:
-            return widen(contents, 4, utf8);
-        case kNumericString:
-        case kVisibleString:
-        case TLX_TAG_PRINTABLE_STRING:
-        case TLX_TAG_T61_STRING:
-        case TLX_TAG_IA5_STRING:
-        case TLX_TAG_UTC_TIME:
-        case TLX_TAG_GENERALIZED_TIME:
-            if (is_utf8(octets)) {
-                utf8 = octets;
-                return true;
-            }
-            return from_korean(octets, utf8) || widen(contents, 1, utf8);
-        default:
-            return false;
-    }
+bool string_text(const ASN1_STRING *string, std::string &utf8) {
+    const String text(ASN1_STRING_to_UTF8_STRING(string));
+    if (text == nullptr) return false;
+    const Octets octets = octets_of(text.get());
+    utf8.assign(octets.begin(), octets.end());
+    return true;
 }
 
 std::string text_of(const ASN1_STRING *string) {
     std::string text;
-    if (string == nullptr || !string_text(static_cast<uint32_t>(string->type), octets_of(string), text)) {
-        return "#" + hex(octets_of(string));
-    }
-    return text;
+    return string_text(string, text) ? text : "#" + hex(octets_of(string));
 }
 
 Octets octets_of(const ASN1_STRING *string) {
@@ -228,20 +168,8 @@ std::string algorithm_name(const OBJECT_IDENTIFIER *oid) {
 }
 
 std::string name_text(const X509_NAME *name) {
-    std::string out;
-    for (uint32_t i = get_X509_NAME_count(name); i-- > 0;) {
-        const X509_NAME_CHILD *child = get_X509_NAME_CHILD(name, static_cast<int32_t>(i));
-        const std::string dotted = dotted_text(get_X509_NAME_CHILD_OID(child));
-        const std::string type = short_name(dotted);
-        const ASN1_STRING *data = get_X509_NAME_CHILD_data(child);
-        std::string value;
-        const bool is_text =
-            data != nullptr && string_text(static_cast<uint32_t>(data->type), octets_of(data), value);
-        if (!out.empty()) out += ",";
-        out += type.empty() || type.find(' ') != std::string::npos ? dotted : type;
-        out += "=" + (is_text ? escaped(value) : "#" + hex(octets_of(data)));
-    }
-    return out;
+    if (get_X509_NAME_count(name) == 0) return "";
+    return made<Text>(dump_X509_NAME(name)).get();
 }
 
 std::string shown_name(const X509_NAME *name) {

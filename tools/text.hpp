@@ -26,10 +26,9 @@ using Octets = std::span<const uint8_t>;
 /// Whether octets are UTF-8.
 [[nodiscard]] bool is_utf8(std::string_view text);
 
-/// The characters of a value of a string type. Octets of the 8-bit types that are no ASCII count as UTF-8,
-/// else as KS X 1001, which Korean certificates have in T61String and PrintableString, else as Latin-1. False
-/// for other types and contents that cannot be read.
-[[nodiscard]] bool string_text(uint32_t tag, Octets contents, std::string &utf8);
+/// The characters of a value of a string type, as ASN1_STRING_to_UTF8_STRING() reads them. False for null,
+/// other types and contents that are no text.
+[[nodiscard]] bool string_text(const ASN1_STRING *string, std::string &utf8);
 
 /// The text of a string record; one that is not text becomes "#" and hexadecimal digits.
 [[nodiscard]] std::string text_of(const ASN1_STRING *string);

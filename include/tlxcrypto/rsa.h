@@ -3,9 +3,9 @@
  *
  * A unit holds a key's numbers, one streaming signature or verification, and one choice of encryption scheme.
  * It takes any numbers. The first operation that computes with them returns TLX_RSA_BAD_KEY when they make no
- * key: a modulus that is even, below 512 bits or above 16384 bits, a public exponent that is even or below 3
- * (above 64 bits with a modulus of more than 3072 bits), or for a private operation a missing private
- * exponent. Signing also returns it when the numbers do not belong together: no signature comes out
+ * key: a modulus that is even, below 512 bits or above 16384 bits, a public exponent that is even, below 3 or
+ * above 64 bits, or for a private operation a missing private exponent or a prime that is even or as long as
+ * the modulus. Signing also returns it when the numbers do not belong together: no signature comes out
  * unverified. The unit keeps what it computes from the numbers once (a key object of the backend) until they
  * change. Private-key arithmetic runs in constant time with blinding.
  *

@@ -43,6 +43,13 @@ TLXPKI_API uint32_t cp949ToBMP(const char *text, BMP_STRING **out);
 /** Converts as cp949ToBMP() does, to UTF-8. */
 TLXPKI_API uint32_t cp949ToUTF8(const char *text, UTF8_STRING **out);
 
+/** Returns the characters of a string of any type, which may be none, in a new string; null for null, another
+ * type, contents that are no text, and when memory runs out. Contents of UTF8String, NumericString,
+ * PrintableString, T61String, IA5String, VisibleString and the times are UTF-8, or else Korean text of code
+ * page 949 with at least one character of KS X 1001, or else Latin-1. A UTF8String is never Latin-1.
+ * BMPString and UniversalString hold units. */
+TLXPKI_API UTF8_STRING *ASN1_STRING_to_UTF8_STRING(const ASN1_STRING *string);
+
 /** Widens each of len octets to the big-endian unit of the same value and adds two zero octets, the form in
  * which PKCS #12 takes passwords (RFC 7292, appendix B.1). Zero octets are characters; a text of 0 octets
  * gives the two zero octets. A caller whose text is a secret wipes *out before freeing it. Returns 2 * len +

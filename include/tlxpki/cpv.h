@@ -245,11 +245,17 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
 
 /* ---- Validation ---- */
 
+/** The most certificates that a path may have, the anchor's included. */
+#define TLX_CPV_MAX_CERTIFICATES 1000U
+/** The most nodes of the policy tree that one validation makes. They take some 40 MB. */
+#define TLX_CPV_MAX_POLICY_NODES 100000U
+
 /**
  * Validates a path with the process-wide settings, at the present time.
  *
  * Certificates that name both anyPolicy and many policies make a tree that grows with the square of the
- * path's length. Keep the maximum path length for building low where strangers supply the certificates.
+ * path's length. TLX_CPV_MAX_POLICY_NODES limits it: 100 policies beside anyPolicy exceed it with 45
+ * certificates below the anchor's.
  *
  * @param path                    the path, target first, the anchor's self-issued certificate last
  * @param user_initial_policy_set the policies that the caller accepts; null for any. The policies that the
@@ -257,12 +263,14 @@ TLXPKI_API void print_VALID_POLICY_TREE_LIST(const node_LIST *list);
  * @param tree                    on success receives the valid-policy tree, freed with free_node_LIST(). A
  * list that it points to is emptied and filled instead, and keeps the levels built so far on failure. May be
  * null
- * @return 0; 0x53070049 for a null path; 0x5307002B for an empty path; 0x53070047 when the maximum path
- * length is below 0; 0x53070119 when no acceptable policy is left while an explicit policy is required
- * @return 0x53100049 when the path does not end in a self-issued certificate, and when a certificate has no
- * level of the tree to extend; 0x53100054 when a signature does not verify with the issuer's key; 0x53100106
- * when the issuer's name is not the subject of the issuer's certificate; 0x5310011C when an explicit policy
- * is required and the certificate has no certificate policies
+ * @return 0; 0x53070049 for a null path; 0x5307002B for an empty path; 0x53070047 when the path has
+ * more than TLX_CPV_MAX_CERTIFICATES certificates, and when the maximum path length is below 0; 0x53070119
+ * when no acceptable policy is left while an explicit policy is required
+ * @return 0x53100047 when the policy tree takes more than TLX_CPV_MAX_POLICY_NODES nodes; 0x53100049 when the
+ * path does not end in a self-issued certificate, and when a certificate has no level of the tree to extend;
+ * 0x53100054 when a signature does not verify with the issuer's key; 0x53100106 when the issuer's name is not
+ * the subject of the issuer's certificate; 0x5310011C when an explicit policy is required and the certificate
+ * has no certificate policies
  * @return 0x5309000E when the issuer's basic constraints cannot be read; 0x5309011B when they are missing,
  * are not those of a CA while its key usage has keyCertSign, or allow no CA below it; 0x530A0118 when the
  * issuer's key usage lacks keyCertSign; 0x530A002B when the certificate or its issuer has no extensions at

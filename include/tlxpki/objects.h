@@ -6,7 +6,8 @@
  * without a registered identifier, and the four placeholder rows 102, 118, 350 and 511, named "(null)".
  * Dotted texts of fewer than three arcs, except row 0's, have a dot at their end ("2.5.", "1.3."), which the
  * text of a decoded identifier never has. The identifiers of rows 791, 792, 794, 836 and 839 are this
- * library's own choice, because no public registration of them is known.
+ * library's own choice, because no public registration of them is known. So is the order of rows 778
+ * (SEED-OFB) and 779 (SEED-CFB): of 1.2.410.200004.1.5 and .6, CFB has the first.
  *
  * The texts come from the PKCS, X.500, X.509, PKIX (RFC 5280 and its companions), S/MIME, SET, NIST, ANSI
  * X9.62, SEC 2, KISA, KFTC and GPKI registrations.
@@ -23,6 +24,7 @@
 #ifndef TLXPKI_OBJECTS_H
 #define TLXPKI_OBJECTS_H
 
+#include <tlxpki/object_names.h>
 #include <tlxpki/types.h>
 
 /** Rows of the registry: indexes run from 0 to TLX_OID_COUNT - 1. */
@@ -59,6 +61,12 @@ TLXPKI_API uint32_t index_from_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIER *oid);
  * NUL-terminated name: a short name, or else a long one. When the short name's row has no dotted text, the
  * function returns null and does not try long names. */
 TLXPKI_API OBJECT_IDENTIFIER *get_OBJECT_IDENTIFIER(const char *name, uint32_t index);
+
+/** Makes an identifier from a NUL-terminated text: a name as in get_OBJECT_IDENTIFIER(), or a dotted text
+ * exactly as the decoder writes it. That has at least two arcs and at most 99 characters. The first arc is 0
+ * to 2, the second below 40 after 0 and 1, and none is above 2147483647 or has leading zeros. Returns null
+ * for any other text. */
+TLXPKI_API OBJECT_IDENTIFIER *text_to_OBJECT_IDENTIFIER(const char *text);
 
 /** Copies an identifier with all its four fields. */
 TLXPKI_API OBJECT_IDENTIFIER *dup_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIER *oid);

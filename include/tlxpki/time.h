@@ -37,6 +37,25 @@ TLXPKI_API ASN1_TIME *dup_ASN1_TIME(const ASN1_TIME *time);
  * nor the length of the month. Returns 0; 0x4103002B for a field out of range and for null. */
 TLXPKI_API uint32_t check_ASN1_TIME(const ASN1_TIME *time);
 
+/** Checks what check_ASN1_TIME() checks, and that the month has the day. Returns 0; 0x4104002B for a date
+ * that does not exist, such as 2029-02-29, for a field out of range and for null. */
+TLXPKI_API uint32_t check_ASN1_TIME_date(const ASN1_TIME *time);
+
+/** Adds days, which may be negative, to a time. The clock stays, day of week and day of year are filled, and
+ * the daylight flag becomes 0; on failure the time is unchanged. Returns 0; 0x4105002B when
+ * check_ASN1_TIME_date() refuses the time; 0x4105001C for a sum outside the years 0-9999. */
+TLXPKI_API uint32_t add_ASN1_TIME_days(ASN1_TIME *time, int32_t days);
+
+/** Adds calendar months to a time as add_ASN1_TIME_days() adds days. A day that the month does not have
+ * becomes the month's last: 31 January and a month is 28 or 29 February. Returns 0; 0x4106002B when
+ * check_ASN1_TIME_date() refuses the time; 0x4106001C for a sum outside the years 0-9999. */
+TLXPKI_API uint32_t add_ASN1_TIME_months(ASN1_TIME *time, int32_t months);
+
+/** Adds calendar years to a time as add_ASN1_TIME_months() adds months: 29 February and a year is 28
+ * February. Returns 0; 0x4107002B when check_ASN1_TIME_date() refuses the time; 0x4107001C for a sum outside
+ * the years 0-9999. */
+TLXPKI_API uint32_t add_ASN1_TIME_years(ASN1_TIME *time, int32_t years);
+
 /** Compares two times by calendar seconds. Fields past their range carry over, so 31 February is 2 or 3
  * March; day of week, day of year and daylight flag are ignored. Returns 1 when a is later, 0 when they are
  * equal, -1 when a is earlier. Null is earlier than every time. */

@@ -41,14 +41,15 @@ TLXPKI_API uint32_t X509_TIME_to_Seq(const X509_TIME *time, ASN1_UNIT **out);
 
 /**
  * Writes a calendar time in UTC to the second: as UTCTime from 1950 to 2049, else as GeneralizedTime (RFC
- * 5280, section 4.1.2.5). Returns 1 also for a time that cannot be written.
+ * 5280, section 4.1.2.5). Returns 1 also for a date that does not exist (2029-02-29) and a
+ * time that cannot be written.
  */
 TLXPKI_API uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar);
 
 /**
  * Reads the text of a time.
- * @return a new time, freed with free_ASN1_TIME(); null for null, for a text that is no time, and when memory
- * runs out
+ * @return a new time, freed with free_ASN1_TIME(); null for null, for a text that is no time, for a date that
+ * does not exist (2029-02-29), and when memory runs out
  */
 TLXPKI_API ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time);
 
@@ -177,9 +178,11 @@ TLXPKI_API uint32_t set_X509_signature(X509_CERT *cert, const OBJECT_IDENTIFIER 
 TLXPKI_API uint32_t set_X509_issuer(X509_CERT *cert, const X509_NAME *value);
 /** Replaces the name of the subject. */
 TLXPKI_API uint32_t set_X509_subject(X509_CERT *cert, const X509_NAME *value);
-/** Replaces the beginning of the validity. A time without text counts as null. */
+/** Replaces the beginning of the validity. Returns 1 also for a text that is no time and a date that does not
+ * exist. */
 TLXPKI_API uint32_t set_X509_notBefore(X509_CERT *cert, const X509_TIME *value);
-/** Replaces the end of the validity. A time without text counts as null. */
+/** Replaces the end of the validity. Returns 1 also for a text that is no time and a date that does not
+ * exist. */
 TLXPKI_API uint32_t set_X509_notAfter(X509_CERT *cert, const X509_TIME *value);
 /** Replaces the subject public key. */
 TLXPKI_API uint32_t set_X509_pub_key(X509_CERT *cert, const X509_PUBKEY *value);

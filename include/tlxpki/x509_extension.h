@@ -80,7 +80,7 @@ TLXPKI_API X509_EXTENSION *remove_X509_EXTENSION(X509_EXTENSIONS *extensions, in
 /** Searches for an extension with an identifier. */
 TLXPKI_API int32_t get_X509_EXTENSION_index_by_OID(const X509_EXTENSIONS *extensions,
                                                    const OBJECT_IDENTIFIER *oid, int32_t lastpos);
-/** get_X509_EXTENSION_index_by_OID() with a row of the registry, for example 87 (basicConstraints). */
+/** get_X509_EXTENSION_index_by_OID() with a row of the registry, for example TLX_OID_BASIC_CONSTRAINTS. */
 TLXPKI_API int32_t get_X509_EXTENSION_index_by_OID_index(const X509_EXTENSIONS *extensions, int32_t oid_index,
                                                          int32_t lastpos);
 

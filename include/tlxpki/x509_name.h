@@ -4,7 +4,7 @@
  * is read. The contract of all records is in x509_types.h.
  *
  * Values keep the string type that they were read with. Every copy and encoding writes it back. Nothing here
- * converts texts, except dump_X509_NAME().
+ * converts texts, except dump_X509_NAME() and dump_X509_NAME_CHILD().
  */
 #ifndef TLXPKI_X509_NAME_H
 #define TLXPKI_X509_NAME_H
@@ -68,7 +68,7 @@ TLXPKI_API int32_t get_X509_NAME_index_by_OID(const X509_NAME *name, const OBJEC
  */
 TLXPKI_API uint32_t add_X509_NAME_child_OID(X509_NAME *name, const OBJECT_IDENTIFIER *oid, int32_t type,
                                             const void *data, int32_t length, int32_t index);
-/** add_X509_NAME_child_OID() with a row of the registry, for example 13 (CN) or 14 (C). */
+/** add_X509_NAME_child_OID() with a row of the registry, for example TLX_OID_COMMON_NAME. */
 TLXPKI_API uint32_t add_X509_NAME_child_OID_index(X509_NAME *name, int32_t oid_index, int32_t type,
                                                   const void *data, int32_t length, int32_t index);
 
@@ -91,11 +91,14 @@ TLXPKI_API uint32_t get_X509_NAME_hash(const X509_NAME *name, uint32_t digest_id
 
 /**
  * Writes a name as text by RFC 4514, in UTF-8: last entry first, types as registered short names or dotted
- * texts, values with their escapes.
+ * texts. A value is what ASN1_STRING_to_UTF8_STRING() makes of it, with control characters and all else that
+ * RFC 4514 demands escaped. A value that is no text is "#" and the hexadecimal digits of its encoding.
  * @return a NUL-terminated text, freed with tlx_free(); null for null, an entry without type or value, a
- * value that cannot be converted, and when memory runs out
+ * value that cannot be encoded, and when memory runs out
  */
 TLXPKI_API char *dump_X509_NAME(const X509_NAME *name);
+/** Writes one entry as dump_X509_NAME() does, for example "CN=HONG GIL DONG". */
+TLXPKI_API char *dump_X509_NAME_CHILD(const X509_NAME_CHILD *child);
 
 TLX_END_DECLS
 

@@ -104,8 +104,8 @@ TLXPKI_API uint32_t verify_KCDSA_SIG_X509_CERT(const X509_CERT *cert, const KCDS
  * second.
  * @param time the point in time, in UTC; null for the present
  * @return 0 when it is; 0x462D0049 for a null certificate and one without a validity period; 0x462D0104 when
- * one of the two dates cannot be read; 0x462D003C when the present time is unavailable; 0x462D0113 when the
- * time is before notBefore or after notAfter
+ * one of the two dates cannot be read or does not exist; 0x462D003C when the present time is unavailable;
+ * 0x462D0113 when the time is before notBefore or after notAfter
  */
 TLXPKI_API uint32_t verify_X509_validity(const X509_CERT *cert, const ASN1_TIME *time);
 

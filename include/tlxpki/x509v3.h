@@ -53,9 +53,9 @@ TLXPKI_API uint32_t decode_X509_EXTENSION(const X509_EXTENSION *extension, ASN1_
  * Finds the first extension with an identifier in a list and decodes its value:
  * @code
  *   BASIC_CONSTRAINTS *constraints = NULL;
- *   uint32_t status = decode_X509_EXTENSION_by_OID_index(certificate->tbsCertificate->extensions, 87,
- *                                                        TLX_DECODER(Seq_to_BASIC_CONSTRAINTS),
- *                                                        (void **)&constraints);
+ *   uint32_t status = decode_X509_EXTENSION_by_OID_index(
+ *       certificate->tbsCertificate->extensions, TLX_OID_BASIC_CONSTRAINTS,
+ *       TLX_DECODER(Seq_to_BASIC_CONSTRAINTS), (void **)&constraints);
  * @endcode
  * @param extensions  the list; null counts as empty
  * @param decoder,out as for decode_X509_EXTENSION()

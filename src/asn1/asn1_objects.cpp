@@ -1,8 +1,12 @@
 #include <tlxpki/objects.h>
 #include <tlxpki/string.h>
 
+#include <cstring>
+
 #include "asn1/oid_lookup.hpp"
 #include "asn1/oid_table.hpp"
+#include "der/oid_text.hpp"
+#include "der/owned.hpp"
 #include "der/values.hpp"
 
 namespace {
@@ -61,6 +65,17 @@ OBJECT_IDENTIFIER *get_OBJECT_IDENTIFIER(const char *name, uint32_t index) {
         if (index == 0) index = tlx::oid_index_of_long_name(name);
     }
     return index < tlx::oid::kCount ? index_to_OBJECT_IDENTIFIER(static_cast<int32_t>(index)) : nullptr;
+}
+
+OBJECT_IDENTIFIER *text_to_OBJECT_IDENTIFIER(const char *text) {
+    if (text == nullptr) return nullptr;
+    if (OBJECT_IDENTIFIER *const named = get_OBJECT_IDENTIFIER(text, 0); named != nullptr) return named;
+    // What does not come back as it went in is another identifier, or none.
+    tlx::Buffer contents;
+    if (!tlx::text_to_oid(text, contents)) return nullptr;
+    tlx::Owned<OBJECT_IDENTIFIER> oid(tlx::decode_oid(contents.bytes()));
+    const bool same = oid && tlx::text_of(oid.get()) == text && std::strchr(text, '-') == nullptr;
+    return same ? oid.release() : nullptr;
 }
 
 OBJECT_IDENTIFIER *dup_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIER *oid) {

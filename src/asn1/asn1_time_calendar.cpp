@@ -86,4 +86,9 @@ ASN1_TIME calendar_time(std::int64_t seconds) noexcept {
     return time;
 }
 
+i32 days_of_month(const ASN1_TIME &time) noexcept {
+    const i64 year = i64{1900} + time.year;
+    return static_cast<i32>(days_to(year, i64{time.month} + 1, 1) - days_to(year, time.month, 1));
+}
+
 }  // namespace tlx

@@ -14,4 +14,7 @@ std::int64_t calendar_seconds(const ASN1_TIME &time) noexcept;
 /// two billion years either way: far past every time text and every clock.
 ASN1_TIME calendar_time(std::int64_t seconds) noexcept;
 
+/// How many days the month of a time has.
+std::int32_t days_of_month(const ASN1_TIME &time) noexcept;
+
 }  // namespace tlx

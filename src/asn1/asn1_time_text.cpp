@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "asn1/asn1_time_calendar.hpp"
+#include "asn1/asn1_time_text.hpp"
 #include "der/memory.hpp"
 #include "der/owned.hpp"
 #include "der/values.hpp"
@@ -100,12 +101,10 @@ i32 year_of_text(const Kind &kind, i32 number) noexcept {
     return number < 50 ? number + 100 : number;
 }
 
-bool parse(const Kind &kind, string_view text, ASN1_TIME &time) noexcept {
-    Form form{};
+/// The fields as they stand in the text, whatever their values.
+bool parse_fields(const Kind &kind, string_view text, Form &form, ASN1_TIME &parsed) noexcept {
     if (!form_of_size(kind, text.size(), form)) return false;
-
     FieldReader fields(text);
-    ASN1_TIME parsed{};
     parsed.year = year_of_text(kind, fields.number(kind.year_digits));
     parsed.month = fields.number(2) - 1;
     parsed.day = fields.number(2);
@@ -118,8 +117,13 @@ bool parse(const Kind &kind, string_view text, ASN1_TIME &time) noexcept {
     } else {
         fields.literal('Z');
     }
-    if (!fields.done()) return false;
+    return fields.done();
+}
 
+bool parse(const Kind &kind, string_view text, ASN1_TIME &time) noexcept {
+    Form form{};
+    ASN1_TIME parsed{};
+    if (!parse_fields(kind, text, form, parsed)) return false;
     if (!form.offset) parsed = calendar_time(calendar_seconds(parsed));
     if (check_ASN1_TIME(&parsed) != 0) return false;
     time = parsed;
@@ -198,6 +202,18 @@ i32 compare(const Kind &kind, const ASN1_STRING *a, const ASN1_STRING *b) noexce
 }
 
 }  // namespace
+
+namespace tlx {
+
+bool has_existing_date(const ASN1_STRING *text, bool generalized) noexcept {
+    Form form{};
+    ASN1_TIME time{};
+    if (!parse_fields(generalized ? kGeneralized : kUtc, text_of(text), form, time)) return false;
+    const ASN1_TIME date{0, 0, 0, time.day, time.month, time.year, 0, 0, 0};
+    return check_ASN1_TIME_date(&date) == 0;
+}
+
+}  // namespace tlx
 
 ASN1_TIME *charToASN1_TIME(const char *text) {
     if (text == nullptr) return nullptr;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "asn1/convert_table.hpp"
+#include "asn1/utf8.hpp"
 #include "der/memory.hpp"
 #include "der/owned.hpp"
 #include "der/values.hpp"
@@ -27,6 +28,7 @@ class Writer {
         octet(value >> 8);
         octet(value);
     }
+    void character(u32 code_point) noexcept { size_ += write_utf8(code_point, block_.get() + size_); }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     template <typename T>
     T *release() noexcept {
@@ -46,49 +48,6 @@ u32 finish_text(Writer &text, T **out) noexcept {
     text.octet(0);
     *out = text.release<T>();
     return length;
-}
-
-/// One character of UTF-8.
-struct Utf8 {
-    u32 code_point;
-    std::size_t size;
-};
-
-constexpr bool continues(u8 octet) noexcept {
-    return (octet & 0xC0) == 0x80;
-}
-
-/// Reads the character that starts at the first octet (RFC 3629). False when it is truncated or ill-formed.
-bool read_utf8(Bytes in, Utf8 &character) noexcept {
-    const u8 lead = in[0];
-    if (lead < 0x80) {
-        character = {lead, 1};
-        return true;
-    }
-    if (lead < 0xC2 || lead > 0xF4) return false;
-    const std::size_t size = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (in.size() < size) return false;
-    u32 code_point = lead & (0x7FU >> size);
-    for (std::size_t i = 1; i < size; ++i) {
-        if (!continues(in[i])) return false;
-        code_point = code_point << 6 | (in[i] & 0x3FU);
-    }
-    constexpr u32 kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    const bool surrogate = code_point >= 0xD800 && code_point < 0xE000;
-    if (code_point < kLeast[size] || code_point > 0x10FFFF || surrogate) return false;
-    character = {code_point, size};
-    return true;
-}
-
-void write_utf8(u32 code_point, Writer &text) noexcept {
-    if (code_point < 0x80) return text.octet(code_point);
-    if (code_point < 0x800) {
-        text.octet(0xC0 | code_point >> 6);
-    } else {
-        text.octet(0xE0 | code_point >> 12);
-        text.octet(0x80 | (code_point >> 6 & 0x3F));
-    }
-    text.octet(0x80 | (code_point & 0x3F));
 }
 
 /// Walks a double-octet text and gives each code point to `write`. False at a character that is not in the
@@ -190,7 +149,8 @@ uint32_t cp949ToBMP(const char *text, BMP_STRING **out) {
 }
 
 uint32_t cp949ToUTF8(const char *text, UTF8_STRING **out) {
-    return convert_text(text, TLX_TAG_UTF8_STRING, 2, out, write_utf8);
+    return convert_text(text, TLX_TAG_UTF8_STRING, 2, out,
+                        [](u32 code_point, Writer &contents) { contents.character(code_point); });
 }
 
 uint32_t ascTouni(const char *text, uint32_t len, uint8_t **out) {

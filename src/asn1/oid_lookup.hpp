@@ -1,6 +1,8 @@
 // The registry, for our own code: rows by name and from dotted texts.
 #pragma once
 
+#include <tlxpki/object_names.h>
+
 #include <string_view>
 
 #include "der/types.hpp"

@@ -14,8 +14,7 @@ using namespace tlx;
 namespace {
 
 constexpr u32 kLeastBits = 512;
-// Above this size of the modulus libcrypto takes public exponents of up to 64 bits only.
-constexpr u32 kSmallModulusBits = 3072;
+// Verifying costs a multiplication for each bit of the public exponent, and no real key's is longer.
 constexpr u32 kMostExponentBits = 64;
 
 constexpr const char *kNames[TLX_RSA_NUMBER_COUNT] = {
@@ -25,14 +24,19 @@ constexpr const char *kNames[TLX_RSA_NUMBER_COUNT] = {
     OSSL_PKEY_PARAM_RSA_EXPONENT2, OSSL_PKEY_PARAM_RSA_COEFFICIENT1,
 };
 
-// The further numbers are at most as long as the modulus, none is zero, and no prime is even.
+bool is_usable_prime(const RsaNumbers &numbers, TLX_RSA_NUMBER prime) noexcept {
+    return is_odd(numbers[prime]) && get_BIGINT_bits(numbers[prime]) < get_BIGINT_bits(numbers[TLX_RSA_N]);
+}
+
+// The further numbers are at most as long as the modulus, and none is zero. The primes are odd and shorter.
 bool is_usable_private_part(const RsaNumbers &numbers) noexcept {
     for (u32 i = TLX_RSA_D; i < TLX_RSA_NUMBER_COUNT; ++i) {
         const u32 bits = get_BIGINT_bits(numbers[i]);
         if (numbers[i] != nullptr && (bits == 0 || bits > get_BIGINT_bits(numbers[TLX_RSA_N]))) return false;
     }
     if (numbers[TLX_RSA_D] == nullptr) return false;
-    return numbers[TLX_RSA_P] == nullptr || (is_odd(numbers[TLX_RSA_P]) && is_odd(numbers[TLX_RSA_Q]));
+    return numbers[TLX_RSA_P] == nullptr ||
+           (is_usable_prime(numbers, TLX_RSA_P) && is_usable_prime(numbers, TLX_RSA_Q));
 }
 
 // The numbers as libcrypto's parameters, in one block that is wiped.
@@ -121,9 +125,7 @@ bool is_usable_public_part(const RsaNumbers &numbers) noexcept {
     const u32 n_bits = get_BIGINT_bits(numbers[TLX_RSA_N]);
     const u32 e_bits = get_BIGINT_bits(numbers[TLX_RSA_E]);
     if (n_bits < kLeastBits || n_bits > kMostRsaBits || !is_odd(numbers[TLX_RSA_N])) return false;
-    if (e_bits < 2 || !is_odd(numbers[TLX_RSA_E])) return false;
-    if (n_bits > kSmallModulusBits && e_bits > kMostExponentBits) return false;
-    return cmp_BIGINT(numbers[TLX_RSA_E], numbers[TLX_RSA_N]) < 0;
+    return e_bits >= 2 && e_bits <= kMostExponentBits && is_odd(numbers[TLX_RSA_E]);
 }
 
 void RsaCache::drop() noexcept {

@@ -11,7 +11,7 @@ namespace {
 /// The state of one validation (RFC 5280, section 6.1.2), on the stack of the call.
 struct State {
     const ASN1_TIME *time;
-    node_LIST *deepest;  // level of the policy tree
+    GrowingTree policies;
     std::int64_t explicit_policy;
     std::int64_t max_path;
 };
@@ -81,7 +81,7 @@ u32 process_certificate(const X509_CERT *cert, const X509_CERT *issuer, u32 posi
     if (cmp_X509_NAME(get_X509_issuer(cert), get_X509_subject(issuer)) != 0) return 0x53100106;
     if (!has_extensions(cert)) return 0x530A002B;
     const X509_EXTENSION *policies = find_extension(cert, extension_id::kCertificatePolicies);
-    if (const u32 status = process_policies(state.deepest, position, policies); status != 0) return status;
+    if (const u32 status = process_policies(state.policies, position, policies); status != 0) return status;
     return state.explicit_policy < 1 && policies == nullptr ? 0x5310011C : 0;
 }
 
@@ -138,7 +138,9 @@ u32 validate(const X509_CERTIFICATES *path, OBJECT_IDENTIFIERS *user, node_LIST 
     remove_node_LIST(*tree, 0);
     if (!start_policy_tree(*tree)) return 0x5307003C;
     const std::int64_t unset = std::int64_t{get_STACK_count(path)} + 1;
-    State state{settings.time, *tree, settings.initial_explicit_policy != 0 ? 0 : unset,
+    State state{settings.time,
+                {*tree, TLX_CPV_MAX_POLICY_NODES},
+                settings.initial_explicit_policy != 0 ? 0 : unset,
                 settings.max_certificatePath_length};
     const u32 status = process_path(path, state, stopped_at);
     return status != 0 ? status : wrap_up(tree, user, state);
@@ -149,6 +151,7 @@ u32 validate_into(const X509_CERTIFICATES *path, OBJECT_IDENTIFIERS *user, node_
                   const CPV_SETTINGS *settings, i32 &stopped_at) noexcept {
     if (path == nullptr) return 0x53070049;
     if (get_STACK_count(path) == 0) return 0x5307002B;
+    if (get_STACK_count(path) > TLX_CPV_MAX_CERTIFICATES) return 0x53070047;
     CPV_SETTINGS in_force{};
     get_CPV_SETTINGS(&in_force);
     if (settings != nullptr) in_force = *settings;

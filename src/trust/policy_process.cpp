@@ -124,30 +124,42 @@ u32 CertificatePolicies::read(const X509_EXTENSION *extension) noexcept {
     return set_.build(count(), [this](u32 i) { return item(i); }) ? 0 : 0x5307003C;
 }
 
-bool add_child(node_LIST *level, VALID_POLICY_NODE *parent, const OBJECT_IDENTIFIER *policy) noexcept {
+u32 add_child(GrowingTree &tree, VALID_POLICY_NODE *parent, const OBJECT_IDENTIFIER *policy) noexcept {
+    if (tree.nodes_left == 0) return 0x53100047;
+    node_LIST *level = tree.deepest;
     if (level->nodes == nullptr) level->nodes = new_VALID_POLICY_NODES();
     Owned<VALID_POLICY_NODE> child(new_policy_node(policy, parent));
-    if (!child || push_STACK_value(level->nodes, child.get()) != 0) return false;
+    if (!child || push_STACK_value(level->nodes, child.get()) != 0) return 0x5307003C;
     static_cast<void>(child.release());
+    --tree.nodes_left;
     ++parent->child_count;
-    return true;
+    return 0;
+}
+
+/// Adds a child for every policy of a certificate.
+u32 add_all(GrowingTree &tree, VALID_POLICY_NODE *parent, const CertificatePolicies &policies) noexcept {
+    for (u32 i = 0; i < policies.count(); ++i) {
+        const OBJECT_IDENTIFIER *policy = policies.at(i);
+        if (policy == nullptr) continue;
+        if (const u32 status = add_child(tree, parent, policy); status != 0) return status;
+    }
+    return 0;
 }
 
 /// Adds the children of one node (RFC 5280, section 6.1.3 (d)).
-bool add_children(node_LIST *level, VALID_POLICY_NODE *parent, const CertificatePolicies &policies) noexcept {
+u32 add_children(GrowingTree &tree, VALID_POLICY_NODE *parent, const CertificatePolicies &policies) noexcept {
     const STACK *expected = parent->data->expected_policy_set;
     for (u32 k = 0; k < get_STACK_count(expected); ++k) {
         const auto *policy = static_cast<const OBJECT_IDENTIFIER *>(get_STACK_value(expected, k));
-        if (text_of(policy) != kAnyPolicy) {
-            if (policies.contains(text_of(policy)) && !add_child(level, parent, policy)) return false;
-            continue;
+        u32 status = 0;
+        if (text_of(policy) == kAnyPolicy) {
+            status = add_all(tree, parent, policies);
+        } else if (policies.contains(text_of(policy))) {
+            status = add_child(tree, parent, policy);
         }
-        for (u32 i = 0; i < policies.count(); ++i) {
-            const OBJECT_IDENTIFIER *each = policies.at(i);
-            if (each != nullptr && !add_child(level, parent, each)) return false;
-        }
+        if (status != 0) return status;
     }
-    return true;
+    return 0;
 }
 
 }  // namespace
@@ -162,19 +174,20 @@ bool start_policy_tree(node_LIST *list) noexcept {
     return true;
 }
 
-u32 process_policies(node_LIST *&deepest, u32 position, const X509_EXTENSION *extension) noexcept {
+u32 process_policies(GrowingTree &tree, u32 position, const X509_EXTENSION *extension) noexcept {
     CertificatePolicies policies;
     if (const u32 status = policies.read(extension); status != 0) return status;
-    node_LIST *above = deepest;
+    node_LIST *above = tree.deepest;
     // The level of the certificate above is missing when that is self-issued and not the anchor's.
     if (static_cast<u32>(above->depth) + 1 != position) return 0x53100049;
     node_LIST *level = append_level(above, static_cast<u32>(above->depth) + 1);
     if (level == nullptr) return 0x5307003C;
-    deepest = level;
+    tree.deepest = level;
 
     const u32 parents = policies.count() > 0 ? get_STACK_count(above->nodes) : 0;
     for (u32 i = 0; i < parents; ++i) {
-        if (!add_children(level, node_at(above->nodes, i), policies)) return 0x5307003C;
+        const u32 status = add_children(tree, node_at(above->nodes, i), policies);
+        if (status != 0) return status;
     }
     // The scan skips the node behind a removed one, so a childless one there stays in the caller's tree.
     remove_nodes(above->nodes, 2, childless);

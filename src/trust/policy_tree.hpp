@@ -17,11 +17,16 @@ node_LIST *deepest_level(node_LIST *list) noexcept;
 /// Starts the tree in a list without levels: the root's level with one node, anyPolicy.
 [[nodiscard]] bool start_policy_tree(node_LIST *list) noexcept;
 
-/// Extends the tree below `deepest`, which becomes the new level, and prunes the level above it. The
+/// A tree while validation extends it.
+struct GrowingTree {
+    node_LIST *deepest;  ///< its deepest level
+    u32 nodes_left;      ///< how many nodes validation may still make
+};
+
+/// Extends the tree below its deepest level, which becomes the new level, and prunes the level above it. The
 /// certificate at `position` (0 for the anchor's) has this certificatePolicies extension (null for none).
 /// Returns a status of validate_certpath.
-[[nodiscard]] u32 process_policies(node_LIST *&deepest, u32 position,
-                                   const X509_EXTENSION *extension) noexcept;
+[[nodiscard]] u32 process_policies(GrowingTree &tree, u32 position, const X509_EXTENSION *extension) noexcept;
 
 /// What intersect_policies leads to.
 enum class Intersection : u8 { done, accepted_as_it_stands, no_memory };

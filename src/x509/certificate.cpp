@@ -47,7 +47,7 @@ X509_TIME *time_of(const X509_CERT *cert, X509_TIME X509_VALIDITY::*which) noexc
 }
 
 u32 replace_time(X509_CERT *cert, X509_TIME X509_VALIDITY::*which, const X509_TIME *value) noexcept {
-    if (value == nullptr || value->time == nullptr) return 1;
+    if (value == nullptr || !has_existing_date(*value)) return 1;
     X509_TBS_CERT *tbs = tbs_of(cert);
     if (tbs == nullptr) return 1;
     if (tbs->validity == nullptr) tbs->validity = new_X509_VALIDITY();

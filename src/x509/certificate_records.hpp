@@ -80,5 +80,7 @@ void forget_received(X509_CERT &cert) noexcept;
 
 /// Replaces a time by a copy. False when memory runs out; the time stays then.
 [[nodiscard]] bool copy_time(X509_TIME &to, const X509_TIME &from) noexcept;
+/// True when the text is a time whose date the calendar has.
+[[nodiscard]] bool has_existing_date(const X509_TIME &time) noexcept;
 
 }  // namespace tlx

@@ -2,6 +2,7 @@
 #include <tlxpki/objects.h>
 
 #include "asn1/oid_lookup.hpp"
+#include "asn1/string_text.hpp"
 #include "x509/certificate_records.hpp"
 
 using namespace tlx;
@@ -47,28 +48,6 @@ void append_escaped(Buffer &out, Bytes text) noexcept {
     }
 }
 
-void append_utf8(Buffer &out, u32 code_point) noexcept {
-    if (code_point < 0x80) return out.append(static_cast<u8>(code_point));
-    if (code_point < 0x800) {
-        out.append(static_cast<u8>(0xC0 | code_point >> 6));
-    } else {
-        out.append(static_cast<u8>(0xE0 | code_point >> 12));
-        out.append(static_cast<u8>(0x80 | (code_point >> 6 & 0x3F)));
-    }
-    out.append(static_cast<u8>(0x80 | (code_point & 0x3F)));
-}
-
-/// UCS-2 and Latin-1 (which is how T61String is used) as UTF-8. False for half a unit and for surrogates.
-bool widen(Buffer &out, Bytes text, std::size_t width) noexcept {
-    if (text.size() % width != 0) return false;
-    for (std::size_t i = 0; i < text.size(); i += width) {
-        const u32 unit = width == 1 ? text[i] : static_cast<u32>(text[i] << 8 | text[i + 1]);
-        if (unit >= 0xD800 && unit < 0xE000) return false;
-        append_utf8(out, unit);
-    }
-    return true;
-}
-
 /// A value that is no text: "#" and the hexadecimal digits of its encoding.
 void append_encoded(Buffer &out, const ASN1_STRING *value) noexcept {
     Encoder encoder;
@@ -80,39 +59,39 @@ void append_encoded(Buffer &out, const ASN1_STRING *value) noexcept {
     }
 }
 
-void append_value(Buffer &out, const ASN1_STRING *value) noexcept {
-    const Bytes octets = octets_of(value);
-    switch (value->type) {
-        case TLX_TAG_UTF8_STRING:
-        case TLX_TAG_PRINTABLE_STRING:
-        case TLX_TAG_IA5_STRING:
-            return append_escaped(out, octets);
-        case TLX_TAG_T61_STRING:
-        case TLX_TAG_BMP_STRING: {
-            Buffer text;
-            if (!widen(text, octets, value->type == TLX_TAG_BMP_STRING ? 2 : 1) || !text.ok()) {
-                return out.fail();
-            }
-            return append_escaped(out, text.bytes());
-        }
-        default:
-            return append_encoded(out, value);
+/// False for an entry without type or value.
+bool append_entry(Buffer &out, const X509_NAME_CHILD *entry) noexcept {
+    if (entry == nullptr || entry->type == nullptr || entry->data == nullptr) return false;
+    append(out, type_text(text_of(entry->type)));
+    append(out, "=");
+    Buffer text;
+    if (append_text(text, entry->data->type, octets_of(entry->data))) {
+        if (!text.ok()) out.fail();
+        append_escaped(out, text.bytes());
+    } else {
+        append_encoded(out, entry->data);
     }
+    return true;
+}
+
+char *release_text(Buffer &out) noexcept {
+    out.append(u8{0});
+    return reinterpret_cast<char *>(out.release());
 }
 
 }  // namespace
+
+char *dump_X509_NAME_CHILD(const X509_NAME_CHILD *child) {
+    Buffer out;
+    return append_entry(out, child) ? release_text(out) : nullptr;
+}
 
 char *dump_X509_NAME(const X509_NAME *name) {
     if (name == nullptr) return nullptr;
     Buffer out;
     for (u32 i = name->count; i-- > 0;) {
-        const auto *child = static_cast<const X509_NAME_CHILD *>(name->values[i]);
-        if (child == nullptr || child->type == nullptr || child->data == nullptr) return nullptr;
-        append(out, type_text(text_of(child->type)));
-        append(out, "=");
-        append_value(out, child->data);
+        if (!append_entry(out, static_cast<const X509_NAME_CHILD *>(name->values[i]))) return nullptr;
         if (i > 0) append(out, ",");
     }
-    out.append(u8{0});
-    return reinterpret_cast<char *>(out.release());
+    return release_text(out);
 }

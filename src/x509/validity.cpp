@@ -1,6 +1,7 @@
 // Time and Validity (RFC 5280, section 4.1.2.5).
 #include <tlxpki/time.h>
 
+#include "asn1/asn1_time_text.hpp"
 #include "x509/certificate_records.hpp"
 
 using namespace tlx;
@@ -39,8 +40,12 @@ bool tlx::copy_time(X509_TIME &to, const X509_TIME &from) noexcept {
     return true;
 }
 
+bool tlx::has_existing_date(const X509_TIME &time) noexcept {
+    return has_existing_date(time.time, time.form == kGeneralizedTime);
+}
+
 uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar) {
-    if (time == nullptr || calendar == nullptr) return 1;
+    if (time == nullptr || check_ASN1_TIME_date(calendar) != 0) return 1;
     const bool utc = calendar->year >= kFirstUtcYear && calendar->year <= kLastUtcYear;
     ASN1_STRING *text =
         utc ? asn1TimeToUTC_TIME(calendar, kSecondsAndZ) : asn1TimeToGENERALIZED_TIME(calendar, kSecondsAndZ);
@@ -51,6 +56,6 @@ uint32_t set_X509_TIME(X509_TIME *time, const ASN1_TIME *calendar) {
 }
 
 ASN1_TIME *X509_TIME_to_ASN1_TIME(const X509_TIME *time) {
-    if (time == nullptr || time->time == nullptr) return nullptr;
+    if (time == nullptr || !has_existing_date(*time)) return nullptr;
     return time->form == kUtcTime ? utcTimeToASN1_TIME(time->time) : generalizedTimeToASN1_TIME(time->time);
 }

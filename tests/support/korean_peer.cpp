@@ -34,6 +34,10 @@ std::string euc_to_utf16(const std::string &euc) {
     return {static_cast<char>(unit >> 8), static_cast<char>(unit)};
 }
 
+std::string cp949_to_utf16(const std::string &pair) {
+    return euc_to_utf16(pair);
+}
+
 std::string utf16_to_euc(const std::string &unit) {
     if (unit == kPostalCodeInUtf16) return kPostalCodeInEuc;
     const wchar_t wide[] = {
@@ -76,6 +80,11 @@ class Iconv {
 std::string euc_to_utf16(const std::string &euc) {
     static Iconv convert("UTF-16BE", "EUC-KR");
     return convert(euc);
+}
+
+std::string cp949_to_utf16(const std::string &pair) {
+    static Iconv convert("UTF-16BE", "UHC");
+    return convert(pair);
 }
 
 std::string utf16_to_euc(const std::string &unit) {
