@@ -4,7 +4,7 @@
 
 static X509_CERT *read_certificate(const char *path) {
     X509_CERT *cert = NULL;
-    uint32_t status = readPEM_from_File((void **)&cert, TLX_DECODER(Seq_to_X509_CERT), path);
+    uint32_t status = TLX_READ_PEM_FILE(X509_CERT, &cert, path);
     if (status != 0) fprintf(stderr, "%s: cannot be read: 0x%08X\n", path, (unsigned)status);
     return cert;
 }
