@@ -173,14 +173,13 @@ static uint32_t issue(IDENTITY *ca, IDENTITY *user) {
 
 /* The key file is for its owner alone. A password in place of NULL encrypts it. */
 static int write_files(const IDENTITY *identity, const char *cert_path, const char *key_path) {
-    uint32_t written = TLX_WRITE_PEM_FILE(X509_CERT, identity->cert, "CERTIFICATE", cert_path);
-    if (written == 0xFFFFFFFF) {
-        fprintf(stderr, "%s: cannot be written\n", cert_path);
-        return 1;
-    }
-    uint32_t status = writePKCS1PrivateKey_to_File(identity->key->key, NULL, 0, key_path);
-    if (status != 0) fprintf(stderr, "%s: cannot be written: 0x%08X\n", key_path, (unsigned)status);
-    return status != 0;
+    const char *failed = NULL;
+    if (TLX_WRITE_PEM_FILE(X509_CERT, identity->cert, "CERTIFICATE", cert_path) == 0xFFFFFFFF)
+        failed = cert_path;
+    else if (writePKCS1PrivateKey_to_File(identity->key->key, NULL, 0, key_path) != 0)
+        failed = key_path;
+    if (failed != NULL) fprintf(stderr, "%s: cannot be written\n", failed);
+    return failed != NULL;
 }
 
 int main(int argc, char **argv) {
@@ -191,7 +190,11 @@ int main(int argc, char **argv) {
     IDENTITY ca = {new_X509_CERT(), new_ASYMMETRIC_KEY()};
     IDENTITY user = {new_X509_CERT(), new_ASYMMETRIC_KEY()};
     uint32_t status = issue(&ca, &user);
-    if (status != 0) fprintf(stderr, "no certificates: 0x%08X\n", (unsigned)status);
+    if (status != 0) {
+        STATUS_TEXT text;
+        get_STATUS_TEXT(status, &text);
+        fprintf(stderr, "no certificates: 0x%08X, %s\n", (unsigned)status, text.sentence);
+    }
     int result = status != 0 || write_files(&ca, argv[1], argv[2]) || write_files(&user, argv[3], argv[4]);
 
     free_ASYMMETRIC_KEY(user.key);

@@ -11,11 +11,15 @@ typedef struct MESSAGE {
     uint32_t len;
 } MESSAGE;
 
-/* A verification returns 0 for a good signature, and another status for a wrong signature than for a key that
-   cannot be used: TLX_RSA_BAD_SIGNATURE or TLX_RSA_BAD_KEY, and TLX_KCDSA_BAD_SIGNATURE or
-   TLX_KCDSA_BAD_KEY. */
+/* A verification returns 0 for a good signature, TLX_RSA_BAD_SIGNATURE or TLX_KCDSA_BAD_SIGNATURE for a wrong
+   one, and other statuses for a key that cannot be used and for wrong arguments. */
 static uint32_t report(const char *scheme, uint32_t good, uint32_t altered, uint32_t expected) {
-    printf("%s: good signature: %u, altered signature: %u\n", scheme, (unsigned)good, (unsigned)altered);
+    STATUS_TEXT good_text;
+    STATUS_TEXT altered_text;
+    get_STATUS_TEXT(good, &good_text);
+    get_STATUS_TEXT(altered, &altered_text);
+    printf("%s: %u, %s; altered: %u, %s\n", scheme, (unsigned)good, good_text.reason, (unsigned)altered,
+           altered_text.reason);
     return good == 0 && altered == expected ? 0 : 1;
 }
 
@@ -100,7 +104,11 @@ int main(int argc, char **argv) {
     }
     uint32_t status = rsa(argc == 3 ? argv[2] : NULL, &message);
     if (status == 0) status = kcdsa(&message);
-    if (status != 0) fprintf(stderr, "failed: 0x%08X\n", (unsigned)status);
+    if (status != 0) {
+        STATUS_TEXT text;
+        get_STATUS_TEXT(status, &text);
+        fprintf(stderr, "failed: 0x%08X, %s\n", (unsigned)status, text.sentence);
+    }
     tlx_free(message.octets);
     return status == 0 ? 0 : 1;
 }

@@ -6,7 +6,8 @@
  *     X509_CERT *cert = NULL;
  *     uint32_t status = TLX_READ_PEM_FILE(X509_CERT, &cert, "user.pem");
  *
- * - Arguments: TYPE is the name of a record type, as in Seq_to_TYPE(). out is a TYPE **, as the decoder takes
+ * - Arguments: TYPE is the name of a record type, as in Seq_to_TYPE(), also where
+ *   <tlxpki/with_openssl.h> gives the record itself another name. out is a TYPE **, as the decoder takes
  *   it: the address of a null pointer receives a new record. object is a TYPE * or const TYPE *. Each
  * argument is evaluated once.
  * - Limits: all lists are one type, STACK, and all strings (also SUBJECT_KEYID and KEY_USAGE) another,
@@ -23,8 +24,7 @@
 #include <tlxpki/x509v3.h>
 
 /* The checks. Both results of a conditional have to be of one type, and sizeof evaluates neither. The type
- * comes from the constructor, because a file may know the record under another name than its functions have.
- */
+ * comes from the constructor, because the record may have another name than its functions. */
 #define TLX_TYPED_OBJECT(constructor, object) ((void)sizeof(1 ? *(object) : *constructor()), (object))
 #ifdef __cplusplus
 #define TLX_TYPED_OUT(constructor, out) \
