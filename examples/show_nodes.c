@@ -1,4 +1,4 @@
-/* Prints the tree of ASN.1 elements in a PEM file. */
+/* Prints the tree of ASN.1 elements in each PEM block of a file, or in a DER file: show_nodes FILE */
 #include <stdio.h>
 #include <tlxpki.h>
 
@@ -27,29 +27,39 @@ static void show_children(const ASN1_UNIT *node, int depth) {
     }
 }
 
-int main(int argc, char **argv) {
-    if (argc != 2) {
-        fprintf(stderr, "usage: %s FILE.pem\n", argv[0]);
-        return 2;
+static int show_block(const ENCODED_BLOCK *block) {
+    if (block->label[0] != '\0') printf("%s, line %u\n", block->label, (unsigned)block->line);
+    if (block->status != 0) {
+        STATUS_TEXT text;
+        get_STATUS_TEXT(block->status, &text);
+        printf("cannot be read: 0x%08X, %s\n", (unsigned)block->status, text.sentence);
+        return 1;
     }
-    uint8_t *text = NULL;
-    uint32_t len = 0;
-    if (File_to_binary(argv[1], &text, &len) != 0) {
-        fprintf(stderr, "%s: cannot be read\n", argv[1]);
-        return 2;
-    }
-    uint8_t *der = NULL;
-    uint32_t der_len = decode_PEM((const char *)text, (int32_t)len, &der);
-    tlx_free(text);
-    ASN1_UNIT *node = der_len > 0 ? decodeToDERSequence_n(der, der_len) : NULL;
-    tlx_free(der);
+    ASN1_UNIT *node = decodeToDERSequence_n(block->contents, block->contents_len);
     if (node == NULL) {
-        fprintf(stderr, "%s: no PEM text of a DER element\n", argv[1]);
-        return 2;
+        printf("no element that can be shown\n");
+        return 1;
     }
     printf("%02X, %u octets, %u children\n", *node->tag, (unsigned)getASN1ValueLength(node),
            (unsigned)getSequenceChildNum(node));
     show_children(node, 1);
     free_ASN1_UNIT(node);
     return 0;
+}
+
+int main(int argc, char **argv) {
+    if (argc != 2) {
+        fprintf(stderr, "usage: %s FILE\n", argv[0]);
+        return 2;
+    }
+    ENCODED_BLOCKS *blocks = NULL;
+    if (readENCODED_BLOCKS_from_File(argv[1], &blocks) != 0) {
+        fprintf(stderr, "%s: cannot be read\n", argv[1]);
+        return 2;
+    }
+    int result = 0;
+    for (uint32_t i = 0; i < get_ENCODED_BLOCKS_count(blocks); ++i)
+        if (show_block(get_ENCODED_BLOCKS_child(blocks, i)) != 0) result = 1;
+    free_ENCODED_BLOCKS(blocks);
+    return result;
 }

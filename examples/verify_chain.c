@@ -2,10 +2,16 @@
 #include <stdio.h>
 #include <tlxpki.h>
 
+static void explain(const char *what, uint32_t status) {
+    STATUS_TEXT text;
+    get_STATUS_TEXT(status, &text);
+    fprintf(stderr, "%s: 0x%08X, %s\n", what, (unsigned)status, text.sentence);
+}
+
 static X509_CERT *read_certificate(const char *path) {
     X509_CERT *cert = NULL;
-    uint32_t status = readPEM_from_File((void **)&cert, TLX_DECODER(Seq_to_X509_CERT), path);
-    if (status != 0) fprintf(stderr, "%s: cannot be read: 0x%08X\n", path, (unsigned)status);
+    uint32_t status = TLX_READ_PEM_FILE(X509_CERT, &cert, path);
+    if (status != 0) explain(path, status);
     return cert;
 }
 
@@ -28,7 +34,7 @@ static uint32_t verify(const X509_CERT *root, const X509_CERT *ca, const X509_CE
         printf("valid, %u certificates\n", (unsigned)get_X509_CERTIFICATES_count(path));
         print_VALID_POLICY_TREE_LIST(policies);
     } else {
-        printf("not valid: 0x%08X\n", (unsigned)status);
+        explain("not valid", status);
     }
 
     free_node_LIST(policies);

@@ -27,6 +27,7 @@
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>
 #include <tlxpki/time.h>
+#include <tlxpki/typed.h>
 #include <tlxpki/types.h>
 #include <tlxpki/version.h>
 #include <tlxpki/x509.h>

@@ -184,7 +184,7 @@ TEST(Certificate, Times) {
     for (const auto &[text, good] : read) {
         const StringRecord string = make_string(24, text);
         const X509_TIME from = {1, string.get()};
-        EXPECT_EQ((Held<ASN1_TIME, free_ASN1_TIME>(X509_TIME_to_ASN1_TIME(&from)) != nullptr), good) << text;
+        EXPECT_EQ((Held<free_ASN1_TIME>(X509_TIME_to_ASN1_TIME(&from)) != nullptr), good) << text;
     }
     clean_X509_TIME(time.get());
     EXPECT_EQ(X509_TIME_to_ASN1_TIME(time.get()), nullptr);

@@ -19,6 +19,7 @@ static inline void use(TLX_X509_NAME **name, TLX_GENERAL_NAMES **names, X509_NAM
     X509_NAME_free(*other);
     *cert = new_X509_CERT();
     set_X509_issuer(*cert, *name);
+    (void)TLX_READ_PEM_FILE(X509_NAME, name, "name.pem");
 }
 EOF
 
