@@ -3,26 +3,7 @@
 #include <stdio.h>
 #include <tlxpki.h>
 
-enum {
-    KEY_BITS = 2048,
-    KEY_EXPONENT = 65537,
-    SERIAL_LENGTH = 16,
-    SECONDS_A_DAY = 86400,
-    CA_DAYS = 3650,
-    USER_DAYS = 365
-};
-/* Rows of the registry of object identifiers. */
-enum {
-    ROW_COMMON_NAME = 13,
-    ROW_COUNTRY_NAME = 14,
-    ROW_SUBJECT_KEY_IDENTIFIER = 82,
-    ROW_KEY_USAGE = 83,
-    ROW_SUBJECT_ALT_NAME = 85,
-    ROW_BASIC_CONSTRAINTS = 87,
-    ROW_CERTIFICATE_POLICIES = 89,
-    ROW_AUTHORITY_KEY_IDENTIFIER = 90,
-    ROW_SHA256_WITH_RSA = 668
-};
+enum { KEY_BITS = 2048, KEY_EXPONENT = 65537, SERIAL_LENGTH = 16, CA_YEARS = 10, USER_YEARS = 1 };
 static const char CA_NAME[] = "Example CA";
 static const char USER_NAME[] = "홍길동";
 static const char USER_EMAIL[] = "user@example.com";
@@ -58,21 +39,22 @@ static uint32_t set_serial(X509_CERT *cert) {
 static uint32_t set_subject(X509_CERT *cert, const char *common_name) {
     X509_NAME *name = new_X509_NAME();
     uint32_t status =
-        add_X509_NAME_child_OID_index(name, ROW_COUNTRY_NAME, TLX_TAG_PRINTABLE_STRING, "KR", -1, -1);
+        add_X509_NAME_child_OID_index(name, TLX_OID_COUNTRY_NAME, TLX_TAG_PRINTABLE_STRING, "KR", -1, -1);
     if (status == 0)
-        status =
-            add_X509_NAME_child_OID_index(name, ROW_COMMON_NAME, TLX_TAG_UTF8_STRING, common_name, -1, -1);
+        status = add_X509_NAME_child_OID_index(name, TLX_OID_COMMON_NAME, TLX_TAG_UTF8_STRING, common_name,
+                                               -1, -1);
     if (status == 0) status = set_X509_subject(cert, name);
     free_X509_NAME(name);
     return status;
 }
 
-static uint32_t set_validity(X509_CERT *cert, int32_t days) {
+static uint32_t set_validity(X509_CERT *cert, int32_t years) {
     ASN1_TIME *calendar = getCurrentGMTime();
     X509_TIME *time = new_X509_TIME();
     uint32_t status = set_X509_TIME(time, calendar);
     if (status == 0) status = set_X509_notBefore(cert, time);
-    if (status == 0) status = add_UTC_TIME(&time->time, days * SECONDS_A_DAY);
+    if (status == 0) status = add_ASN1_TIME_years(calendar, years);
+    if (status == 0) status = set_X509_TIME(time, calendar);
     if (status == 0) status = set_X509_notAfter(cert, time);
     free_X509_TIME(time);
     free_ASN1_TIME(calendar);
@@ -89,10 +71,10 @@ static uint32_t add_extension(X509_EXTENSIONS *extensions, X509_EXTENSION *exten
 static uint32_t add_key_extensions(X509_EXTENSIONS *extensions, const X509_CERT *cert, uint32_t uses) {
     KEY_USAGE *usage = named_bits_to_BIT_STRING(uses);
     SUBJECT_KEYID *id = create_SUBJECT_KEYID(get_X509_SPKI(cert));
-    uint32_t status = add_extension(extensions, TLX_CREATE_EXTENSION(KEY_USAGE, ROW_KEY_USAGE, 1, usage));
+    uint32_t status = add_extension(extensions, TLX_CREATE_EXTENSION(KEY_USAGE, TLX_OID_KEY_USAGE, 1, usage));
     if (status == 0)
-        status =
-            add_extension(extensions, TLX_CREATE_EXTENSION(SUBJECT_KEYID, ROW_SUBJECT_KEY_IDENTIFIER, 0, id));
+        status = add_extension(extensions,
+                               TLX_CREATE_EXTENSION(SUBJECT_KEYID, TLX_OID_SUBJECT_KEY_IDENTIFIER, 0, id));
     free_SUBJECT_KEYID(id);
     free_KEY_USAGE(usage);
     return status;
@@ -102,7 +84,7 @@ static uint32_t add_basic_constraints(X509_EXTENSIONS *extensions) {
     BASIC_CONSTRAINTS *constraints = new_BASIC_CONSTRAINTS();
     if (constraints != NULL) constraints->cA = 0xFF;
     uint32_t status = add_extension(
-        extensions, TLX_CREATE_EXTENSION(BASIC_CONSTRAINTS, ROW_BASIC_CONSTRAINTS, 1, constraints));
+        extensions, TLX_CREATE_EXTENSION(BASIC_CONSTRAINTS, TLX_OID_BASIC_CONSTRAINTS, 1, constraints));
     free_BASIC_CONSTRAINTS(constraints);
     return status;
 }
@@ -110,7 +92,7 @@ static uint32_t add_basic_constraints(X509_EXTENSIONS *extensions) {
 static uint32_t add_authority(X509_EXTENSIONS *extensions, const X509_CERT *ca) {
     AUTHORITY_KEYID *authority = create_AUTHORITY_KEYID(ca, TLX_KEYID_KEY | TLX_KEYID_ISSUER_AND_SERIAL);
     uint32_t status = add_extension(
-        extensions, TLX_CREATE_EXTENSION(AUTHORITY_KEYID, ROW_AUTHORITY_KEY_IDENTIFIER, 0, authority));
+        extensions, TLX_CREATE_EXTENSION(AUTHORITY_KEYID, TLX_OID_AUTHORITY_KEY_IDENTIFIER, 0, authority));
     free_AUTHORITY_KEYID(authority);
     return status;
 }
@@ -118,15 +100,11 @@ static uint32_t add_authority(X509_EXTENSIONS *extensions, const X509_CERT *ca) 
 static uint32_t add_policy(X509_EXTENSIONS *extensions) {
     CERTIFICATE_POLICIES *policies = new_CERTIFICATE_POLICIES();
     POLICY_INFO *policy = new_POLICY_INFO();
-    if (policy != NULL) policy->policyIdentifier = new_ASN1_STRING();
-    uint32_t status = policy == NULL
-                          ? 1
-                          : set_ASN1_STRING_value(policy->policyIdentifier, TLX_TAG_OBJECT_IDENTIFIER, POLICY,
-                                                  sizeof POLICY - 1);
-    if (status == 0) status = add_CERTIFICATE_POLICIES_child(policies, policy, -1);
+    if (policy != NULL) policy->policyIdentifier = text_to_OBJECT_IDENTIFIER(POLICY);
+    uint32_t status = add_CERTIFICATE_POLICIES_child(policies, policy, -1);
     if (status == 0)
-        status = add_extension(
-            extensions, TLX_CREATE_EXTENSION(CERTIFICATE_POLICIES, ROW_CERTIFICATE_POLICIES, 0, policies));
+        status = add_extension(extensions, TLX_CREATE_EXTENSION(CERTIFICATE_POLICIES,
+                                                                TLX_OID_CERTIFICATE_POLICIES, 0, policies));
     free_POLICY_INFO(policy);
     free_CERTIFICATE_POLICIES(policies);
     return status;
@@ -137,8 +115,8 @@ static uint32_t add_email(X509_EXTENSIONS *extensions) {
     GENERAL_NAME *email = create_GENERAL_NAME(TLX_GENERAL_NAME_RFC822_NAME, USER_EMAIL, -1);
     uint32_t status = add_GENERAL_NAMES_child(names, email, -1);
     if (status == 0)
-        status =
-            add_extension(extensions, TLX_CREATE_EXTENSION(GENERAL_NAMES, ROW_SUBJECT_ALT_NAME, 0, names));
+        status = add_extension(extensions,
+                               TLX_CREATE_EXTENSION(GENERAL_NAMES, TLX_OID_SUBJECT_ALT_NAME, 0, names));
     free_GENERAL_NAME(email);
     free_GENERAL_NAMES(names);
     return status;
@@ -168,25 +146,25 @@ static uint32_t set_user_extensions(X509_CERT *cert, const X509_CERT *ca) {
 }
 
 /* Everything but issuer, extensions and signature. */
-static uint32_t set_members(IDENTITY *identity, const char *common_name, int32_t days) {
-    OBJECT_IDENTIFIER *algorithm = index_to_OBJECT_IDENTIFIER(ROW_SHA256_WITH_RSA);
+static uint32_t set_members(IDENTITY *identity, const char *common_name, int32_t years) {
+    OBJECT_IDENTIFIER *algorithm = index_to_OBJECT_IDENTIFIER(TLX_OID_SHA256_WITH_RSA);
     uint32_t status = set_key(identity);
     if (status == 0) status = set_X509_version(identity->cert, 2); /* version 3 */
     if (status == 0) status = set_serial(identity->cert);
     if (status == 0) status = set_X509_signature(identity->cert, algorithm);
     if (status == 0) status = set_subject(identity->cert, common_name);
-    if (status == 0) status = set_validity(identity->cert, days);
+    if (status == 0) status = set_validity(identity->cert, years);
     free_OBJECT_IDENTIFIER(algorithm);
     return status;
 }
 
 static uint32_t issue(IDENTITY *ca, IDENTITY *user) {
-    uint32_t status = set_members(ca, CA_NAME, CA_DAYS);
+    uint32_t status = set_members(ca, CA_NAME, CA_YEARS);
     if (status == 0) status = set_X509_issuer(ca->cert, get_X509_subject(ca->cert));
     if (status == 0) status = set_ca_extensions(ca->cert);
     if (status == 0) status = gen_SIG_X509_Cert(ca->cert, ca->key);
 
-    if (status == 0) status = set_members(user, USER_NAME, USER_DAYS);
+    if (status == 0) status = set_members(user, USER_NAME, USER_YEARS);
     if (status == 0) status = set_X509_issuer(user->cert, get_X509_subject(ca->cert));
     if (status == 0) status = set_user_extensions(user->cert, ca->cert);
     if (status == 0) status = gen_SIG_X509_Cert(user->cert, ca->key);

@@ -8,8 +8,6 @@
 namespace tlx_test {
 namespace {
 
-constexpr std::uint32_t kKeyUsage = 83;
-constexpr std::uint32_t kBasicConstraints = 87;
 const std::string kDer = "\x30\x03\x01\x01\xFF";
 const std::string kPem = "-----BEGIN SAMPLE-----\nMAMBAf8=\n-----END SAMPLE-----\n";
 
@@ -52,11 +50,11 @@ TEST(Typed, EveryMacro) {
     EXPECT_EQ(FLAG_OF(TLX_READ_PEM_FILE, out, path), 0xFF);
 
     X509_EXTENSIONS *extensions = new_X509_EXTENSIONS();
-    X509_EXTENSION *extension = TLX_CREATE_EXTENSION(BASIC_CONSTRAINTS, kBasicConstraints, 1, record);
+    X509_EXTENSION *extension = TLX_CREATE_EXTENSION(BASIC_CONSTRAINTS, TLX_OID_BASIC_CONSTRAINTS, 1, record);
     EXPECT_EQ(get_X509_EXTENSION_critical(extension), 1);
     EXPECT_EQ(add_X509_EXTENSION(extensions, extension, -1), 0U);
-    EXPECT_EQ(FLAG_OF(TLX_DECODE_EXTENSION, extensions, kBasicConstraints, out), 0xFF);
-    EXPECT_EQ(FLAG_OF(TLX_DECODE_EXTENSION, extensions, kKeyUsage, out), 0x473F0047);
+    EXPECT_EQ(FLAG_OF(TLX_DECODE_EXTENSION, extensions, TLX_OID_BASIC_CONSTRAINTS, out), 0xFF);
+    EXPECT_EQ(FLAG_OF(TLX_DECODE_EXTENSION, extensions, TLX_OID_KEY_USAGE, out), 0x473F0047);
 
     free_X509_EXTENSION(extension);
     free_X509_EXTENSIONS(extensions);

@@ -15,8 +15,8 @@ calls=(
     'TLX_WRITE_DER_FILE(X509_CERT, record, text)'
     'TLX_WRITE_PEM(X509_CERT, record, "CERTIFICATE", &text)'
     'TLX_WRITE_PEM_FILE(X509_CERT, record, "CERTIFICATE", text)'
-    'TLX_DECODE_EXTENSION(X509_CERT, extensions, 87, &record)'
-    'TLX_CREATE_EXTENSION(X509_CERT, 87, 1, record) != NULL'
+    'TLX_DECODE_EXTENSION(X509_CERT, extensions, TLX_OID_BASIC_CONSTRAINTS, &record)'
+    'TLX_CREATE_EXTENSION(X509_CERT, TLX_OID_BASIC_CONSTRAINTS, 1, record) != NULL'
 )
 {
     echo 'void check(RECORD record, uint8_t *octets, char *text, X509_EXTENSIONS *extensions);'
