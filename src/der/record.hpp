@@ -19,8 +19,9 @@
 // and a value kind says what it holds:
 //
 //     Integer, String<tag>, Octets, Joined, Bits, NamedBits, Oid, AnyValue, Verbatim, Node     values
-//     Nested<T>, Passing<T>, Choice<T>, Explicit<kind>, Secret<kind>                           records and
-//     wrappers List<kind>, OneOrMore<kind>, SetOf<kind>, PassingList<list, codes>                       lists
+//     Nested<T>, Passing<T>, Choice<T>                                                         records
+//     Explicit<kind>, Secret<kind>                                                             wrappers
+//     List<kind>, OneOrMore<kind>, SetOf<kind>, PassingList<list, codes>                       lists
 //
 // A CHOICE is described with choice (der/choice.hpp). A field of another shape is a class with the five
 // functions of Field.
