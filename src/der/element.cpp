@@ -34,7 +34,7 @@ bool read_length(Bytes in, Length &length) noexcept {
     return true;
 }
 
-/// Stands in for a length that nobody told: no element that is accepted reaches further.
+/// A bound where no length is known: no element that is accepted reaches further.
 Bytes trusted(const u8 *octets) noexcept {
     return {octets, kLongestHeader + kMaxLength + kEndOfContentsSize};
 }

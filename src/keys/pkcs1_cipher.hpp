@@ -7,7 +7,7 @@
 
 namespace tlx {
 
-/// Octets of the initialisation vector, which is the salt of the key derivation, too.
+/// Octets of the initialisation vector, which is also the salt of the key derivation.
 constexpr std::size_t kPemIvLength = 8;
 
 /// Derives `len` octets into `key`. False when memory runs out, which a
