@@ -1,8 +1,12 @@
 // Nodes, strings and results for targets that look at more than records.
 #pragma once
 
+#include <tlxpki.h>
+
+#include <string>
+
 #include "der/owned.hpp"
-#include "reencode.hpp"
+#include "require.hpp"
 
 namespace fuzz {
 
