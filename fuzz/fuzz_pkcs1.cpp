@@ -1,25 +1,17 @@
-// RSA key files from hostile octets. What is read is written, and read again.
+// RSA key files of any kind. What reads is written, and what was written reads again.
 #include "values.hpp"
 
-namespace {
-
-void check_file(const char *text, std::int32_t size) {
-    RSA_UNIT *unit = new_RSA_UNIT();
-    if (readPKCS1_from_Binary(unit, "password", 8, text, size) == 0) {
-        char *written = nullptr;
-        const bool is_private = get_RSA_UNIT_kind(unit) == TLX_RSA_PRIVATE;
-        fuzz::require((is_private ? writePKCS1PrivateKey_to_Binary(unit, nullptr, 0, &written)
-                                  : writePKCS1PublicKey_to_Binary(unit, nullptr, &written)) == 0);
-        const auto length = static_cast<std::int32_t>(std::string(written).size());
-        fuzz::require(readPKCS1_from_Binary(unit, nullptr, 0, written, length) == 0);
-        tlx_free(written);
-    }
-    free_RSA_UNIT(unit);
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    check_file(reinterpret_cast<const char *>(data), static_cast<std::int32_t>(size));
+    const auto *text = reinterpret_cast<const char *>(data);
+    const std::unique_ptr<RSA_UNIT, tlx::FreeWith<free_RSA_UNIT>> unit(new_RSA_UNIT());
+    if (readPKCS1_from_Binary(unit.get(), "password", 8, text, static_cast<std::int32_t>(size)) != 0)
+        return 0;
+    char *made = nullptr;
+    const bool is_private = get_RSA_UNIT_kind(unit.get()) == TLX_RSA_PRIVATE;
+    fuzz::require((is_private ? writePKCS1PrivateKey_to_Binary(unit.get(), nullptr, 0, &made)
+                              : writePKCS1PublicKey_to_Binary(unit.get(), nullptr, &made)) == 0);
+    const std::string written = fuzz::taken(made, static_cast<std::uint32_t>(std::string_view(made).size()));
+    const auto length = static_cast<std::int32_t>(written.size());
+    fuzz::require(readPKCS1_from_Binary(unit.get(), nullptr, 0, written.data(), length) == 0);
     return 0;
 }

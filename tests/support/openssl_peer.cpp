@@ -164,10 +164,6 @@ bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, 
     return EVP_DigestVerify(digest.get(), signature.data(), signature.size(), data.data(), data.size()) == 1;
 }
 
-Octets rsa_recover(const RsaKey &key, const Octets &signature) {
-    return run(key, {}, EVP_PKEY_verify_recover_init, EVP_PKEY_verify_recover, signature);
-}
-
 Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {
     return run(key, scheme, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, data);
 }

@@ -37,8 +37,6 @@ struct RsaScheme {
 };
 Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature);
-/// The contents of a PKCS #1 v1.5 signature inside its padding.
-Octets rsa_recover(const RsaKey &key, const Octets &signature);
 Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 Octets rsa_decrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 
