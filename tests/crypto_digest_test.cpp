@@ -30,8 +30,7 @@ const struct Algorithm {
 Octets one_shot(std::uint32_t id, const Octets &data) {
     Octets digest(TLX_DIGEST_MAX_LENGTH);
     std::uint32_t size = 99;
-    const std::uint32_t status = Digest(id, data.data(), length(data), digest.data(), &size);
-    EXPECT_EQ(status == 0, size != 0);
+    Digest(id, data.data(), length(data), digest.data(), &size);
     digest.resize(size);
     return digest;
 }
@@ -39,9 +38,8 @@ Octets one_shot(std::uint32_t id, const Octets &data) {
 Octets one_shot_hmac(std::uint32_t id, const Octets &key, const Octets &data) {
     Octets mac(TLX_DIGEST_MAX_LENGTH);
     std::uint32_t size = 99;
-    const std::uint32_t status =
-        compute_HMAC(id, key.data(), length(key), data.data(), length(data), mac.data(), &size);
-    EXPECT_EQ(size, status == 0 ? get_HMAC_length(id) : 0U);
+    compute_HMAC(id, key.data(), length(key), data.data(), length(data), mac.data(), &size);
+    EXPECT_EQ(size, get_HMAC_length(id));
     mac.resize(size);
     return mac;
 }
@@ -126,31 +124,16 @@ TEST(Digest, AgreesOnHmacsOverKeyLengths) {
     }
 }
 
-TEST(Digest, GivesThePublishedHas160Value) {
-    EXPECT_EQ(hex(one_shot(TLX_DIGEST_HAS160, {'a', 'b', 'c'})), "975E810488CF2A3D49838478124AFCE4B1C78804");
-}
-
 // MDC-2 is in the legacy provider, and only in some builds of it.
 TEST(Digest, HasMdc2WhereLibcryptoHas) {
     EXPECT_EQ(one_shot(TLX_DIGEST_MDC2, {'a', 'b', 'c'}), openssl::digest("MDC2", {'a', 'b', 'c'}));
-}
-
-TEST(Digest, RefusesWhatItDoesNotHave) {
-    const LeakCheck leaks;
-    const Octets key = {1, 2, 3};
-    for (const std::uint32_t id : {0U, 0x05000101U, 0x05000600U, 0x25000100U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(one_shot(id, key), Octets{});
-        EXPECT_EQ(one_shot_hmac(id, key, key), Octets{});
-        EXPECT_EQ(get_DigestLength(id) + get_DigestBlockLength(id) + get_HMAC_length(id), 0U);
-    }
-    EXPECT_EQ(one_shot(TLX_HMAC_SHA1, key), Octets{}) << "no name of a digest";
-    EXPECT_TRUE(openssl::error_queue_is_empty());
 }
 
 /// Steps with a digest unit and an HMAC unit.
 std::string run_on_units(const Row &row) {
     const Owned<DIGEST_UNIT> digest(new_DIGEST_UNIT());
     const Owned<HMAC_UNIT> hmac(new_HMAC_UNIT());
+    const Octets abc = {'a', 'b', 'c'};
     Octets out(TLX_DIGEST_MAX_LENGTH);
     std::uint32_t len = 99;
     using N = const Numbers &;
@@ -163,6 +146,10 @@ std::string run_on_units(const Row &row) {
         {"is-of-nothing",
          [&](N n) { return Octets(out.begin(), out.begin() + len) == one_shot(n[0], {}) ? 1U : 0U; }},
         {"length", [&](N) { return len; }},
+        {"digest", [&](N n) { return Digest(n[0], &abc[0], 3, out.data(), &len); }},
+        {"hmac", [&](N n) { return compute_HMAC(n[0], &abc[0], 3, &abc[0], 3, out.data(), &len); }},
+        {"lengths",
+         [&](N n) { return get_DigestLength(n[0]) + get_DigestBlockLength(n[0]) + get_HMAC_length(n[0]); }},
         {"id", [&](N) { return get_DIGEST_UNIT_id(digest.get()); }},
         {"hmac-init", [&](N n) { return init_HMAC(hmac.get(), n[0], out.data(), n[1]); }},
         {"hmac-init-null", [&](N n) { return init_HMAC(hmac.get(), n[0], nullptr, n[1]); }},
@@ -175,8 +162,10 @@ std::string run_on_units(const Row &row) {
 
 TEST(Digest, Rows) {
     expect_rows("digest.txt", {{"steps", {run_on_units}}});
+    EXPECT_EQ(hex(one_shot(TLX_DIGEST_HAS160, {'a', 'b', 'c'})), "975E810488CF2A3D49838478124AFCE4B1C78804");
     EXPECT_TRUE(openssl::error_queue_is_empty());
 }
+
 TEST(Digest, MayBeFirstUsedFromManyThreads) {
     const auto digest = [] {
         return hex(one_shot(TLX_DIGEST_MD5, {'a', 'b', 'c'})) == "900150983CD24FB0D6963F7D28E17F72";

@@ -3,12 +3,9 @@
 #include <tlxpki/pkcs1.h>
 #include <tlxpki/x509_sign.h>
 
-#include <algorithm>
-
 #include "support/chain_builder.hpp"
 #include "support/command.hpp"
 #include "support/rows.hpp"
-#include "support/threads.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
@@ -77,40 +74,13 @@ Cert kcdsa_cert(const KCDSA *unit, const char *algorithm) {
     return cert;
 }
 
-// ---- RSA, both ways ----
-
-TEST(RsaCertificates, OfOpensslVerify) {
-    const Authority &authority = Authority::instance();
-    for (const std::string digest : {"md5", "sha1", "sha224", "sha384", "sha512"}) {
-        SCOPED_TRACE(digest);
-        authority.folder().run("openssl req -x509 -key ca.key -" + digest +
-                               " -days 2 -subj /C=KR/CN=Root -outform DER -out cert.der");
-        const LeakCheck leaks;
-        const OwnedCert cert = read(authority.folder(), "cert.der");
-        ASSERT_NE(cert, nullptr);
-        const Octets before = encode_certificate(cert.get());
-        EXPECT_EQ(verify_own(cert), 0U);
-        EXPECT_EQ(encode_certificate(cert.get()), before) << "verifying changes nothing";
-        cert->signatureValue->data[5] ^= 0x10;
-        EXPECT_EQ(verify_own(cert), TLX_RSA_BAD_SIGNATURE);
-        cert->signatureValue->data[5] ^= 0x10;
-        EXPECT_EQ(set_X509_version(cert.get(), 0), 0U);
-        EXPECT_EQ(verify_own(cert), TLX_RSA_BAD_SIGNATURE);
-    }
-}
-
 TEST(RsaCertificates, OfOursVerifyByOpensslAndCerttool) {
     const Authority &authority = Authority::instance();
     const CommandFolder folder;
     const std::pair<const char *, const char *> algorithms[] = {
-        {"RSA-MD5", "md5WithRSAEncryption"},
-        {"RSA-SHA1", "sha1WithRSAEncryption"},
-        {"RSA-SHA1-2", "sha1WithRSA"},
-        {"RSA-SHA224", "sha224WithRSAEncryption"},
-        {"RSA-SHA256", "sha256WithRSAEncryption"},
-        {"RSA-SHA384", "sha384WithRSAEncryption"},
-        {"RSA-SHA512", "sha512WithRSAEncryption"},
-    };
+        {"RSA-MD5", "md5"},       {"RSA-SHA1", "sha1"},     {"RSA-SHA224", "sha224"},
+        {"RSA-SHA256", "sha256"}, {"RSA-SHA384", "sha384"}, {"RSA-SHA512", "sha512"},
+        {"RSA-SHA1-2", "sha1"}};
     for (const auto &[ours, theirs] : algorithms) {
         SCOPED_TRACE(ours);
         const OwnedCert cert = authority.cert();
@@ -120,15 +90,15 @@ TEST(RsaCertificates, OfOursVerifyByOpensslAndCerttool) {
         EXPECT_EQ(verify_own(cert), 0U);
         write(folder, cert);
         const std::string printed = folder.run("openssl x509 -in ours.pem -noout -text");
-        EXPECT_NE(printed.find("Signature Algorithm: " + std::string(theirs)), std::string::npos) << printed;
+        EXPECT_NE(printed.find("Signature Algorithm: " + std::string(theirs) + "With"), std::string::npos);
         EXPECT_EQ(folder.run("openssl verify -auth_level 0 -check_ss_sig -CAfile ours.pem ours.pem"),
                   "ours.pem: OK\n");
+        EXPECT_EQ(set_X509_version(cert.get(), 0), 0U);
+        EXPECT_EQ(verify_own(cert), TLX_RSA_BAD_SIGNATURE);
     }
     const std::string chain =
         folder.run("certtool --verify --load-ca-certificate ours.pem --infile ours.pem");
-    EXPECT_NE(chain.find("Chain verification output: Verified. The certificate is trusted."),
-              std::string::npos)
-        << chain;
+    EXPECT_NE(chain.find("Verified. The certificate is trusted."), std::string::npos) << chain;
 }
 
 TEST(RsaCertificates, OfAnIssuerGoBothWays) {
@@ -148,21 +118,7 @@ TEST(RsaCertificates, OfAnIssuerGoBothWays) {
     EXPECT_EQ(folder.run("openssl verify -CAfile ca.pem ours.pem"), "ours.pem: OK\n");
 }
 
-TEST(RsaCertificates, ShareOneKeyObject) {
-    const OwnedCert cert = Authority::instance().cert();
-    // Threads that are first at once may each build it.
-    ASSERT_EQ(verify_own(cert), 0U);
-    const auto verify_often = [&cert] {
-        std::uint32_t status = 0;
-        for (int i = 0; i < 250; ++i)
-            status |= verify_own(cert);
-        return status == 0;
-    };
-    EXPECT_EQ(successes_on_threads(4, verify_often), 4U);
-    EXPECT_EQ(get_RSA_UNIT_builds(static_cast<RSA_UNIT *>(get_X509_SPKI(cert.get())->key->key)), 1U);
-}
-
-TEST(RsaCertificates, LeaveWhatIsUnderWayAlone) {
+TEST(RsaCertificates, UseOneKeyObjectAndLeaveWhatIsUnderWayAlone) {
     const Authority &authority = Authority::instance();
     const OwnedCert cert = authority.cert();
     auto *verifier = static_cast<RSA_UNIT *>(get_X509_SPKI(cert.get())->key->key);
@@ -178,9 +134,8 @@ TEST(RsaCertificates, LeaveWhatIsUnderWayAlone) {
     ASSERT_EQ(update_RSASSA(verifier, message, 3), 0U);
     EXPECT_EQ(verify_own(cert), 0U);
     EXPECT_EQ(final_RSASSA(verifier, signature, &len), 0U);
+    EXPECT_EQ(get_RSA_UNIT_builds(verifier), 1U);
 }
-
-// ---- KCDSA ----
 
 TEST(KcdsaCertificates, UseTheDigestOfTheirAlgorithm) {
     const Kcdsa unit = kcdsa_key("A1024B160HAS160");
@@ -208,15 +163,10 @@ TEST(KcdsaCertificates, UseTheDigestOfTheirAlgorithm) {
                   0U);
         tlx_free(r);
         tlx_free(s);
-        value.data[value.length - 1] ^= 1;  // the lowest bit of s
-        EXPECT_EQ(verify_own(cert), TLX_KCDSA_BAD_SIGNATURE);
-        value.data[value.length - 1] ^= 1;
         EXPECT_EQ(set_X509_version(cert.get(), 0), 0U);
         EXPECT_EQ(verify_own(cert), TLX_KCDSA_BAD_SIGNATURE);
     }
 }
-
-// ---- Rows ----
 
 /// A certificate signed with KCDSA whose signature value is replaced by elements.
 std::string kcdsa_signature(const Row &row) {
@@ -277,8 +227,6 @@ TEST(Signing, Rows) {
                                   {"verify", {verify}}});
 }
 
-// ---- What is missing ----
-
 TEST(Refusals, OfMissingPartsAndOddKeys) {
     const Authority &authority = Authority::instance();
     const Kcdsa kcdsa = kcdsa_key("A1024B160HAS160");
@@ -331,8 +279,6 @@ TEST(Refusals, OfMissingPartsAndOddKeys) {
     EXPECT_EQ(verify_RSA_SIG_X509_CERT(cert.get(), authority.rsa()), 0x46170049U);
 }
 
-// ---- One bit at a time ----
-
 TEST(EveryBit, OfACertificateIsSigned) {
     const OwnedCert cert = Authority::instance().cert();
     Octets der = encode_certificate(cert.get());
@@ -346,28 +292,26 @@ TEST(EveryBit, OfACertificateIsSigned) {
     }
 }
 
-// ---- Memory ----
-
 TEST(Memory, MayRunOutAnywhere) {
     const Statuses no_memory = {0,          1,          0x46120103, 0x4612003C, 0x4615003B,
                                 0x4616003B, 0x46180104, 0x462D003C, 0x462D0104};
-    const auto sweep = [&](auto run) {
+    const auto sweep = [&](auto run, unsigned least) {
         EXPECT_EQ(run(), 0U);  // keys prepare themselves at their first use
-        return sweep_failing_allocations([&] {
+        const unsigned failures = sweep_failing_allocations([&] {
             const std::uint32_t status = run();
             EXPECT_TRUE(no_memory.contains(status)) << std::hex << status;
             return status == 0;
         });
+        EXPECT_GE(failures, least);
     };
-    Chain specs = valid_chain(2);
-    specs[0].key = specs[0].signer = kKcdsaKey;
-    const Cert certs[] = {specs[0].make(), specs[1].make()};
-    for (const Cert &cert : certs) {
-        const ASYMMETRIC_KEY *key = signing_key(&cert == certs ? kKcdsaKey : 0);
+    for (const unsigned number : {0U, kKcdsaKey}) {
+        Chain specs = valid_chain(1);
+        specs[0].key = specs[0].signer = number;
+        const Cert cert = specs[0].make();
         const X509_PUBKEY *open = get_X509_SPKI(cert.get());
-        EXPECT_GT(sweep([&] { return verify_SIG_X509_CERT(cert.get(), open); }), &cert == certs ? 1U : 0U);
-        EXPECT_GT(sweep([&] { return gen_SIG_X509_Cert(cert.get(), key); }), 4U);
-        EXPECT_EQ(sweep([&] { return verify_X509_validity(cert.get(), nullptr); }), 3U);
+        sweep([&] { return verify_SIG_X509_CERT(cert.get(), open); }, number == 0 ? 1 : 2);
+        sweep([&] { return gen_SIG_X509_Cert(cert.get(), signing_key(number)); }, 5);
+        sweep([&] { return verify_X509_validity(cert.get(), nullptr); }, 3);
     }
 }
 
