@@ -14,16 +14,18 @@ namespace {
 
 using Certificate = Held<free_X509_CERT>;
 
-/// A certificate with a serial number and what follows its key.
-std::string text_with(const std::string &serial = "05",
-                      const std::string &rest = "A3{30{30{06:551D13 01:FF 04:3000}}}") {
-    return "30{30{A0{02:02} 02:" + serial +
-           " 30{06:2A0304} 30{31{30{06:550403 0C:41}}}"
-           " 30{17:3235303130323033303430355A 18:32303530303130323033303430355A}"
-           " 30{31{30{06:550403 13:42}}} 30{30{06:2B6570} 03:0001} " +
-           rest + "} 30{06:2A0304} 03:00AABB}";
+const std::string kExtensions = " A3{30{30{06:551D13 01:FF 04:3000}}}";
+const std::string kWhole =
+    "30{30{A0{02:02} 02:05 30{06:2A0304} 30{31{30{06:550403 0C:41}}}"
+    " 30{17:3235303130323033303430355A 18:32303530303130323033303430355A}"
+    " 30{31{30{06:550403 13:42}}} 30{30{06:2B6570} 03:0001}" +
+    kExtensions + "} 30{06:2A0304} 03:00AABB}";
+
+/// The certificate above with other text somewhere.
+std::string text_with(const std::string &from, const std::string &to) {
+    return std::string(kWhole).replace(kWhole.find(from), from.size(), to);
 }
-const std::string kWhole = text_with();
+const std::string kOtherSerial = text_with("02:05", "02:06");
 
 Certificate cert_of(const std::string &text) {
     return Certificate(decoded(Seq_to_X509_CERT, text));
@@ -39,28 +41,28 @@ TEST(Certificate, MissingMembersInTheirOrder) {
     tbs->signature = new_OBJECT_IDENTIFIER();  // an empty one is none
     tbs->validity = new_X509_VALIDITY();
     const std::pair<const char *, std::function<std::uint32_t()>> steps[] = {
-        {"status 4612010A", [&] { return set_X509_serial(cert, get_X509_serial(from)); }},
-        {"status 46120108", [&] { return set_X509_signature(cert, get_X509_signature(from)); }},
-        {"status 46120105", [&] { return set_X509_issuer(cert, get_X509_issuer(from)); }},
-        {"status 46120106", [&] { return set_X509_subject(cert, get_X509_subject(from)); }},
-        {"status 46120109", [&] { return set_X509_pub_key(cert, get_X509_SPKI(from)); }},
-        {"status 46120103", [&] { return set_X509_notBefore(cert, get_X509_notBefore(from)); }},
-        {"status 46120103", [&] { return set_X509_notAfter(cert, get_X509_notAfter(from)); }},
+        {"4612010A", [&] { return set_X509_serial(cert, get_X509_serial(from)); }},
+        {"46120108", [&] { return set_X509_signature(cert, get_X509_signature(from)); }},
+        {"46120105", [&] { return set_X509_issuer(cert, get_X509_issuer(from)); }},
+        {"46120106", [&] { return set_X509_subject(cert, get_X509_subject(from)); }},
+        {"46120109", [&] { return set_X509_pub_key(cert, get_X509_SPKI(from)); }},
+        {"46120103", [&] { return set_X509_notBefore(cert, get_X509_notBefore(from)); }},
+        {"46120103", [&] { return set_X509_notAfter(cert, get_X509_notAfter(from)); }},
     };
     for (const auto &[before, set] : steps) {
         EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), before);
         EXPECT_EQ(set(), 0U) << before;
     }
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), "status 46100103");
+    EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), "46100103");
     EXPECT_EQ(Statuses({set_X509_extensions(cert, get_X509_extensions(from)), set_X509_version(cert, 2),
                         set_X509_sig_alg(cert, get_X509_sig_alg(from)),
                         set_X509_sig_value(cert, get_X509_sig_value(from))}),
               Statuses{0});
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(kWhole));
     tbs->validity->notBefore.form = 2;
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120103");
+    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "46120103");
     free_X509_VALIDITY(std::exchange(tbs->validity, nullptr));
-    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "status 46120107");
+    EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), "46120107");
     sweep_failing_allocations([&] {
         const Certificate made(new_X509_CERT());
         return made != nullptr && set_X509_serial(made.get(), get_X509_serial(from)) == 0 &&
@@ -78,18 +80,17 @@ TEST(Certificate, AFailedDecodingFillsInParts) {
     X509_CERT *out = cert.get();
     EXPECT_EQ(Seq_to_X509_CERT(der_node("30{05:}").get(), &out), 1U);
     EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(kWhole)) << "nothing was filled";
-    std::string other = text_with("06");
-    other.replace(other.rfind("03:00AABB"), 9, "03:");
-    EXPECT_EQ(Seq_to_X509_CERT(der_node(other).get(), &out), 0x460F0104U);
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(text_with("06"))) << "the signed part was";
+    const std::string cut = kOtherSerial.substr(0, kOtherSerial.size() - 7) + "}";
+    EXPECT_EQ(Seq_to_X509_CERT(der_node(cut).get(), &out), 0x460F0104U);
+    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), hex_of_text(kOtherSerial)) << "the signed part was";
     EXPECT_EQ(Seq_to_X509_CERT(der_node("30{30{}}").get(), &out), 0x4611002BU);
     EXPECT_EQ(out, cert.get());
     EXPECT_EQ(out->tbsCertificate, nullptr);
     EXPECT_EQ(get_X509_version(out), 0xFFFFFFFFU);
     EXPECT_EQ(get_X509_serial(out), nullptr);
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), "status 46100103");
+    EXPECT_EQ(encoded(X509_CERT_to_Seq, out), "46100103");
     EXPECT_EQ(set_X509_version(out, 2), 0U) << "a to-be-signed part is made";
-    EXPECT_EQ(Seq_to_X509_CERT(der_node(text_with("05", "")).get(), &out), 0U);
+    EXPECT_EQ(Seq_to_X509_CERT(der_node(text_with(kExtensions, "")).get(), &out), 0U);
     EXPECT_EQ(get_X509_extensions(out), nullptr);
 }
 
@@ -115,7 +116,7 @@ TEST(Certificate, Members) {
     EXPECT_EQ(get_X509_issuer(nullptr), nullptr);
 
     const X509_TIME no_text = {};
-    const StringRecord no_leap_year = make_string(23, "290229000000Z");
+    const String no_leap_year = string_of(23, "290229000000Z");
     const X509_TIME no_date = {0, no_leap_year.get()};
     EXPECT_EQ(
         Statuses({set_X509_serial(cert, nullptr), set_X509_signature(cert, nullptr),
@@ -127,7 +128,7 @@ TEST(Certificate, Members) {
         Statuses{1});
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(kWhole)) << "unchanged";
     EXPECT_EQ(set_X509_extensions(cert, nullptr), 0U);
-    EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(text_with("05", "")));
+    EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(text_with(kExtensions, "")));
 }
 
 TEST(Certificate, DigestAndComparison) {
@@ -142,7 +143,7 @@ TEST(Certificate, DigestAndComparison) {
               Statuses{0xFFFFFFFF});
     const Certificate empty(new_X509_CERT());
     EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(kWhole).get()), 0);
-    EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(text_with("06")).get()), -1);
+    EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(kOtherSerial).get()), -1);
     EXPECT_EQ(cmp_X509_CERT(cert.get(), empty.get()), 1);
     EXPECT_EQ(cmp_X509_CERT(nullptr, cert.get()), 1);
     sweep_failing_allocations([&] {
@@ -152,68 +153,111 @@ TEST(Certificate, DigestAndComparison) {
     });
 }
 
-TEST(Certificate, Times) {
-    const LeakCheck leaks;
-    const struct {
-        std::int32_t year;
-        std::uint32_t form;
-        const char *text;
-    } cases[] = {{1949, 1, "19490630235958Z"},
-                 {1950, 0, "500630235958Z"},
-                 {2049, 0, "490630235958Z"},
-                 {2050, 1, "20500630235958Z"}};
+std::string june(const Row &row) {
+    const ASN1_TIME calendar = {58, 59, 23, 30, 5, static_cast<std::int32_t>(row.number(1)) - 1900, 0, 0, 0};
     const Held<free_X509_TIME> time(new_X509_TIME());
-    for (const auto &c : cases) {
-        const ASN1_TIME calendar = {58, 59, 23, 30, 5, c.year - 1900, 0, 0, 0};
-        ASSERT_EQ(set_X509_TIME(time.get(), &calendar), 0U);
-        EXPECT_EQ(time->form, c.form) << c.text;
-        EXPECT_EQ(octets(time->time), c.text);
-        const Held<free_ASN1_TIME> read(X509_TIME_to_ASN1_TIME(time.get()));
-        EXPECT_EQ(cmp_ASN1_TIME(read.get(), &calendar), 0) << c.text;
-    }
+    EXPECT_EQ(set_X509_TIME(time.get(), &calendar), 0U);
+    const Held<free_ASN1_TIME> again(X509_TIME_to_ASN1_TIME(time.get()));
+    EXPECT_EQ(cmp_ASN1_TIME(again.get(), &calendar), 0);
+    return std::to_string(time->form) + " " + octets(time->time);
+}
+
+std::string read(const Row &row) {
+    const String text = string_of(24, row[1]);
+    const X509_TIME time = {1, text.get()};
+    return Held<free_ASN1_TIME>(X509_TIME_to_ASN1_TIME(&time)) != nullptr ? "yes" : "no";
+}
+
+std::string file(const Row &row) {
+    const OwnedCert cert = certificate_of(read_file(row[1]));
+    EXPECT_EQ(encode_certificate(cert.get()), read_file(row[1]));
+    const ASYMMETRIC_KEY *key = get_X509_PUBKEY_key(get_X509_SPKI(cert.get()));
+    return std::to_string(get_X509_version(cert.get())) + " " +
+           std::to_string(key == nullptr ? 0 : key->kind);
+}
+
+TEST(Certificate, Rows) {
+    expect_rows("x509_certificate.txt", {{"june", {june}}, {"read", {read}}, {"file", {file}}});
+}
+
+TEST(Certificate, TimesThatAreNone) {
+    const ASN1_TIME midnight = {0, 0, 0, 1, 0, 100, 0, 0, 0};
     const ASN1_TIME wrong = {60, 0, 0, 1, 0, 100, 0, 0, 0};
     const ASN1_TIME no_leap_year = {0, 0, 0, 29, 1, 129, 0, 0, 0};
-    EXPECT_EQ(set_X509_TIME(time.get(), &wrong), 1U);
-    EXPECT_EQ(set_X509_TIME(time.get(), &no_leap_year), 1U);
-    EXPECT_EQ(set_X509_TIME(time.get(), nullptr), 1U);
-    EXPECT_EQ(octets(time->time), "20500630235958Z") << "unchanged";
-    const std::pair<const char *, bool> read[] = {
-        {"20280229000000Z", true},      {"20290229000000Z", false},
-        {"20290431000000+0900", false}, {"20161231235960Z", true},  // a leap second
-        {"20291301000000Z", false},     {"2029", false}};
-    for (const auto &[text, good] : read) {
-        const StringRecord string = make_string(24, text);
-        const X509_TIME from = {1, string.get()};
-        EXPECT_EQ((Held<free_ASN1_TIME>(X509_TIME_to_ASN1_TIME(&from)) != nullptr), good) << text;
-    }
+    const Held<free_X509_TIME> time(new_X509_TIME());
+    EXPECT_EQ(set_X509_TIME(time.get(), &midnight), 0U);
+    EXPECT_EQ(Statuses({set_X509_TIME(time.get(), &wrong), set_X509_TIME(time.get(), &no_leap_year),
+                        set_X509_TIME(time.get(), nullptr)}),
+              Statuses{1});
+    EXPECT_EQ(octets(time->time), "000101000000Z") << "unchanged";
     clean_X509_TIME(time.get());
     EXPECT_EQ(X509_TIME_to_ASN1_TIME(time.get()), nullptr);
 }
 
-TEST(CertificateFiles, ComeBack) {
-    const struct {
-        const char *file;
-        std::uint32_t version, kind;
-    } cases[] = {{"user.der", 2, 1},
-                 {"version1.der", 0, 1},
-                 {"ec-p256.der", 2, 3},
-                 {"ec-p384.der", 2, 0},
-                 {"ed25519.der", 2, 0}};
-    for (const auto &c : cases) {
-        const LeakCheck leaks;
-        const OwnedCert cert = certificate_of(read_file(c.file));
-        EXPECT_EQ(encode_certificate(cert.get()), read_file(c.file)) << c.file;
-        EXPECT_EQ(get_X509_version(cert.get()), c.version) << c.file;
-        const ASYMMETRIC_KEY *key = get_X509_PUBKEY_key(get_X509_SPKI(cert.get()));
-        EXPECT_EQ(key == nullptr ? 0 : key->kind, c.kind) << c.file;
-    }
-    // RSASSA-PSS parameters are lost, twice.
+TEST(Certificate, LosesParametersOfPssTwice) {
     const Octets original = read_file("pss.der");
     const Octets identifier = hex("06 09 2A 86 48 86 F7 0D 01 01 0A 30");
     const auto at = std::search(original.begin(), original.end(), identifier.begin(), identifier.end());
     ASSERT_NE(at, original.end());
     const std::size_t parameters = 2U + at[static_cast<std::ptrdiff_t>(identifier.size())];
     EXPECT_EQ(encode_certificate(certificate_of(original).get()).size(), original.size() - 2 * parameters);
+}
+
+TEST(CertificateList, AddingAndFinding) {
+    const LeakCheck leaks;
+    const Certificate a = cert_of(kWhole);
+    const Certificate other_signature = cert_of(text_with("00AABB", "00AB"));
+    const Certificate other_serial = cert_of(kOtherSerial);
+    const Certificate other_issuer = cert_of(text_with("0C:41", "0C:42"));
+    const Certificate unknown = cert_of(text_with("02:05", "02:07"));
+    const Certificate empty(new_X509_CERT());
+    const Held<free_X509_CERTIFICATES> list(new_X509_CERTIFICATES());
+    for (const X509_CERT *cert : {other_issuer.get(), other_serial.get(), other_signature.get(), a.get()})
+        EXPECT_EQ(add_X509_CERTIFICATES(list.get(), cert), 0U);
+    EXPECT_EQ(add_X509_CERTIFICATES(list.get(), nullptr), 1U);
+    EXPECT_EQ(add_X509_CERTIFICATES(nullptr, a.get()), 1U);
+    push_STACK_value(list.get(), new_X509_CERT());
+
+    const std::pair<const X509_CERT *, std::int32_t> by_encoding[] = {{other_issuer.get(), 0},
+                                                                      {other_serial.get(), 1},
+                                                                      {other_signature.get(), 2},
+                                                                      {a.get(), 3},
+                                                                      {empty.get(), -1},
+                                                                      {unknown.get(), -1},
+                                                                      {nullptr, -1}};
+    for (const auto &[cert, index] : by_encoding)
+        EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), cert), index);
+    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(nullptr, a.get()), -1);
+
+    const X509_NAME *issuer = get_X509_issuer(a.get());
+    const Number five = number_of("05");
+    const Number seven = number_of("07");
+    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, five.get()),
+              get_X509_CERTIFICATES_child(list.get(), 2))
+        << "the first, no copy";
+    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, seven.get()), nullptr);
+    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), nullptr, five.get()), nullptr);
+    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(nullptr, issuer, five.get()), nullptr);
+    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, nullptr), nullptr);
+    sweep_failing_allocations([&] {
+        const bool found = get_X509_CERTS_index_by_X509_CERT(list.get(), a.get()) == 3;
+        return found && find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, five.get()) != nullptr;
+    });
+}
+
+TEST(CertificateList, Listing) {
+    const LeakCheck leaks;
+    const Held<free_X509_CERTIFICATES> list(new_X509_CERTIFICATES());
+    push_STACK_value(list.get(), cert_of(text_with("02:05", "02:00C5")).release());
+    push_STACK_value(list.get(), new_X509_CERT());
+    testing::internal::CaptureStdout();
+    print_X509_CERTIFICATES(list.get());
+    print_X509_CERTIFICATES(nullptr);
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "[0]\n    Subject: CN=B\n    Issuer: CN=A\n    Serial: C5\n"
+              "    Not before: 2025-01-02 03:04:05\n    Not after: 2050-01-02 03:04:05\n"
+              "[1]\n    Subject: -\n    Issuer: -\n    Serial: -\n    Not before: -\n    Not after: -\n");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Encodings as text with the lengths left out: "30{01:FF 02:03}" for 30 06 01 01 FF 02 01 03.
+// Encodings as text with the lengths left out: "30{01:FF 02:03}" for 30 06 01 01 FF 02 01 03. After "=" come
+// octets as they are: "=3080 05: =0000".
 #pragma once
 
 #include <string>
@@ -16,9 +17,10 @@ inline Octets assemble(std::string_view &text) {
             text.remove_prefix(1);
             continue;
         }
-        const Octets tag = hex(text.substr(0, 2));
-        const bool nested = text[2] == '{';
-        text.remove_prefix(3);
+        const bool bare = text.front() == '=';
+        const Octets tag = bare ? Octets() : hex(text.substr(0, 2));
+        const bool nested = !bare && text[2] == '{';
+        text.remove_prefix(bare ? 1 : 3);
         Octets contents;
         if (nested) {
             contents = assemble(text);
@@ -27,6 +29,10 @@ inline Octets assemble(std::string_view &text) {
             const std::size_t digits = std::min(text.size(), text.find_first_of(" }"));
             contents = hex(text.substr(0, digits));
             text.remove_prefix(digits);
+        }
+        if (bare) {
+            all.insert(all.end(), contents.begin(), contents.end());
+            continue;
         }
         all.push_back(tag[0]);
         if (contents.size() > 0x7F) all.push_back(contents.size() > 0xFF ? 0x82 : 0x81);

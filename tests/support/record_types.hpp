@@ -45,20 +45,38 @@ struct RecordType {
     [](void *record) { free_##type(static_cast<type *>(record)); },                                      \
     [](const void *record) { return static_cast<void *>(dup_##type(static_cast<const type *>(record))); }
 #define RECORD(type, ...) {TLX_RECORD(type, __VA_ARGS__), {}},
-#define LIST(type, item, ...) {TLX_RECORD(type, __VA_ARGS__), {                                          \
-    [](const void *list) { return get_##type##_count(static_cast<const type *>(list)); },                \
+#define TLX_LIST(type, item, count, child_of, add, remove) {                                             \
+    [](const void *list) { return count(static_cast<const type *>(list)); },                             \
     [](const void *list, std::int32_t index) {                                                           \
-        return static_cast<void *>(get_##type##_child(static_cast<const type *>(list), index)); },       \
+        return static_cast<void *>(child_of(static_cast<const type *>(list), index)); },                 \
     [](void *list, const void *child, std::int32_t index) {                                              \
-        return add_##type##_child(static_cast<type *>(list), static_cast<const item *>(child), index); },\
+        return add(static_cast<type *>(list), static_cast<const item *>(child), index); },               \
     [](void *list, std::int32_t index) {                                                                 \
-        return static_cast<void *>(remove_##type##_child(static_cast<type *>(list), index)); },          \
-    [](void *child) { free_##item(static_cast<item *>(child)); }}},
+        return static_cast<void *>(remove(static_cast<type *>(list), index)); },                         \
+    [](void *child) { free_##item(static_cast<item *>(child)); }}
+#define LIST(type, item, ...) {TLX_RECORD(type, __VA_ARGS__), TLX_LIST(type, item,                       \
+    get_##type##_count, get_##type##_child, add_##type##_child, remove_##type##_child)},
+
+/// Lists whose functions have other names.
+struct NamedList {
+    std::string_view type;
+    ListOperations operations;
+};
+inline const NamedList kNamedLists[] = {
+    {"X509_NAME", TLX_LIST(X509_NAME, X509_NAME_CHILD, get_X509_NAME_count, get_X509_NAME_CHILD,
+                           add_X509_NAME_child, remove_X509_NAME_child)},
+    {"X509_EXTENSIONS", TLX_LIST(X509_EXTENSIONS, X509_EXTENSION, get_X509_EXTENSION_count, get_X509_EXTENSION,
+                                 add_X509_EXTENSION, remove_X509_EXTENSION)},
+    {"X509_ATTRIBUTES", TLX_LIST(X509_ATTRIBUTES, X509_ATTRIBUTE, get_X509_ATTRIBUTES_count,
+                                 get_X509_ATTRIBUTES_child, add_X509_ATTRIBUTES_child,
+                                 remove_X509_ATTRIBUTES_child)},
+};
 
 inline const RecordType kRecordTypes[] = {
 #include "records.inc"
 };
 #undef LIST
+#undef TLX_LIST
 #undef RECORD
 #undef TLX_RECORD
 #undef NONE
@@ -113,6 +131,13 @@ inline Departure departure_of(const RecordType &type) {
         if (each.type == type.name) return each;
     return {.type = type.name,
             .on_failure = type.list.count != nullptr ? OnFailure::unchanged : OnFailure::filled_partly};
+}
+
+/// Null operations for a record that is no list.
+inline ListOperations list_of(const RecordType &type) {
+    for (const NamedList &each : kNamedLists)
+        if (each.type == type.name) return each.operations;
+    return type.list;
 }
 
 /// The octet before a fuzz seed chooses the types with this function octet in the statuses of their decoders:

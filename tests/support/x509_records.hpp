@@ -9,6 +9,7 @@
 #include "support/allocation.hpp"
 #include "support/der_text.hpp"
 #include "support/held.hpp"
+#include "support/rows.hpp"
 
 namespace tlx_test {
 
@@ -28,13 +29,6 @@ T *decoded(std::uint32_t (*decoder)(const ASN1_UNIT *, T **), std::string_view t
     T *record = nullptr;
     EXPECT_EQ(decoder(der_node(text).get(), &record), 0U) << text;
     return record;
-}
-
-/// "status 46100103"
-inline std::string status_text(std::uint32_t status) {
-    char text[32];
-    std::snprintf(text, sizeof text, "status %08X", status);
-    return text;
 }
 
 /// The encoding of a record in hexadecimal, or the status of its encoder.
