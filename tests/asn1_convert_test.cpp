@@ -42,14 +42,23 @@ Operation of_octets(Function function) {
     return {[=](const Row &row) { return call(function, row[1]); }, {"(null)"}};
 }
 
+std::string as_utf8(std::int32_t type, const std::string &contents) {
+    return octets(StringRecord(ASN1_STRING_to_UTF8_STRING(make_string(type, contents).get())).get());
+}
+
 TEST(Convert, Rows) {
+    const auto any_as_utf8 = [](const Row &row) {
+        return as_utf8(static_cast<std::int32_t>(row.number(1)), row[2]);
+    };
     expect_rows("convert.txt", {{"BMPString to text", from_record(bmpToCP949, TLX_TAG_BMP_STRING)},
                                 {"UTF8String to text", from_record(utf8ToCP949, TLX_TAG_UTF8_STRING)},
                                 {"text to BMPString", to_record(cp949ToBMP, TLX_TAG_BMP_STRING)},
                                 {"text to UTF8String", to_record(cp949ToUTF8, TLX_TAG_UTF8_STRING)},
                                 {"widen", of_octets(ascTouni)},
                                 {"narrow", of_octets(uniToasc)},
-                                {"hexadecimal", of_octets(hexToASCII)}});
+                                {"hexadecimal", of_octets(hexToASCII)},
+                                {"as UTF-8", {any_as_utf8, {"(null)", ""}}}});
+    EXPECT_EQ(ASN1_STRING_to_UTF8_STRING(nullptr), nullptr);
     char *text = nullptr;
     std::uint8_t *units = nullptr;
     EXPECT_EQ(bmpToCP949(nullptr, &text), 0U);
@@ -85,6 +94,23 @@ TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
     EXPECT_EQ(cp949ToUnicode(0xA1, 0xA4), 0x00B7U);
     for (const std::uint32_t code_point : {0x10000U, 0x13000U, 0x1AC00U, 0xFFFF3000U})
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
+}
+
+TEST(Convert, KnowsTheHangulThatCodePage949Adds) {
+    const LeakCheck leaks;
+    unsigned characters = 0;
+    for (std::uint32_t value = 0x8000; value < 0x10000; ++value) {
+        if (value >= 0xA1A1 && (value & 0xFF) >= 0xA1) continue;  // in the plane
+        const std::string unit = korean::cp949_to_utf16(pair_of(value));
+        // Behind a character of the plane. What is no pair makes Latin-1 of it.
+        const std::string text = as_utf8(TLX_TAG_T61_STRING, "\xB0\xA1" + pair_of(value));
+        if (unit.empty())
+            ASSERT_TRUE(text.starts_with("\xC2\xB0\xC2\xA1")) << std::hex << value;
+        else
+            ASSERT_EQ(text, as_utf8(TLX_TAG_BMP_STRING, pair_of(0xAC00) + unit)) << std::hex << value;
+        characters += unit.empty() ? 0U : 1U;
+    }
+    EXPECT_EQ(characters, 8822U);
 }
 
 }  // namespace

@@ -4,6 +4,9 @@
 #include <tlxpki/string.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <vector>
 
 #include "asn1/oid_table.hpp"
@@ -66,18 +69,35 @@ std::string compare(const Row &row) {
     return order < 0 ? "below" : order == 0 ? "equal" : "above";
 }
 
+/// The dotted texts that the names in the public header stand for.
+std::map<std::string, std::string> header_names() {
+    std::ifstream header(TLX_TEST_SOURCE "/include/tlxpki/object_names.h");
+    const std::string text(std::istreambuf_iterator<char>(header), {});
+    const std::regex name("(TLX_OID_\\w+) = (\\d+)");
+    std::map<std::string, std::string> names;
+    for (std::sregex_iterator at(text.begin(), text.end(), name), end; at != end; ++at)
+        names[at->str(1)] = OID_LIST(std::stoi(at->str(2)))->dotted;
+    return names;
+}
+
 TEST(Objects, Rows) {
+    auto names = header_names();
     const auto identifier = [](const Row &row) {
         const char *name = row[1] == "null" ? nullptr : row[1].c_str();
         return made(get_OBJECT_IDENTIFIER(name, row.number(2)));
     };
+    const auto text = [](const Row &row) { return made(text_to_OBJECT_IDENTIFIER(row[1].c_str())); };
     expect_rows("objects.txt", {{"identifier", {identifier, {"(null)"}}},
+                                {"text", {text, {"(null)"}}},
+                                {"name", {[&](const Row &row) { return names.extract(row[1]).mapped(); }}},
                                 {"look up", {look_up}},
                                 {"algorithms", {algorithms}},
                                 {"digest", by_number(get_OID_from_DigestID)},
                                 {"cipher", by_number(get_OID_from_CipherID)},
                                 {"number in libcrypto", {from_libcrypto}},
                                 {"compare", {compare}}});
+    EXPECT_TRUE(names.empty()) << names.begin()->first << " has no line";
+    EXPECT_EQ(text_to_OBJECT_IDENTIFIER(nullptr), nullptr);
 }
 
 /// Rows that are not what libcrypto has at the same number. The registry writes 0.0 for undefined, and ends

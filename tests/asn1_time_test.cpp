@@ -98,6 +98,21 @@ std::string compare(const Row &row) {
     return std::to_string(cmp_ASN1_TIME(&a, &b));
 }
 
+ASN1_TIME *noon_of(const Row &row) {
+    return charToASN1_TIME((row[1] + ",12:34:56").c_str());
+}
+
+/// The sum, or the status; a time that it is refused for stays as it was.
+Operation adds_to_date(std::uint32_t (*add)(ASN1_TIME *, std::int32_t)) {
+    return {[add](const Row &row) {
+        ASN1_TIME *time = noon_of(row);
+        const std::uint32_t status = add(time, static_cast<std::int32_t>(row.number(2)));
+        const std::string sum = show(time);
+        EXPECT_TRUE(status == 0 || sum == show(noon_of(row))) << sum;
+        return status == 0 ? sum : status_text(status);
+    }};
+}
+
 class TimeTest : public ::testing::Test {
     LeakCheck leaks_;
 };
@@ -109,6 +124,12 @@ TEST_F(TimeTest, Rows) {
                  {"text", {[](const Row &row) { return show(charToASN1_TIME(row[1].c_str())); }, {"none"}}},
                  {"add UTCTime", adds(add_UTC_TIME, {"45020030", "4502003C", "no text"})},
                  {"add GeneralizedTime", adds(add_GENERALIZED_TIME, {"45030030", "4503003C", "no text"})},
+                 {"add days", adds_to_date(add_ASN1_TIME_days)},
+                 {"add months", adds_to_date(add_ASN1_TIME_months)},
+                 {"add years", adds_to_date(add_ASN1_TIME_years)},
+                 {"date", {[](const Row &row) {
+                      return status_text(check_ASN1_TIME_date(Time(noon_of(row)).get()));
+                  }}},
                  {"write UTCTime", writes(asn1TimeToUTC_TIME)},
                  {"write GeneralizedTime", writes(asn1TimeToGENERALIZED_TIME)},
                  {"check", {check}},
@@ -122,6 +143,8 @@ TEST_F(TimeTest, Rows) {
         EXPECT_EQ(utcTimeToASN1_TIME(bad), nullptr);
     EXPECT_EQ(charToASN1_TIME(nullptr), nullptr);
     EXPECT_EQ(check_ASN1_TIME(nullptr), 0x4103002BU);
+    EXPECT_EQ(check_ASN1_TIME_date(nullptr), 0x4104002BU);
+    EXPECT_EQ(add_ASN1_TIME_days(nullptr, 1), 0x4105002BU);
     const ASN1_TIME epoch = time_of("0 0 0 1 0 70");
     EXPECT_EQ(cmp_ASN1_TIME(nullptr, &epoch), -1);
     const std::string good = "2024-02-29,12:34:56";

@@ -6,15 +6,13 @@
 
 #include "support/allocation.hpp"
 #include "support/chain_builder.hpp"
+#include "support/rows.hpp"
 #include "trust/sip_hash.hpp"
 
 namespace tlx_test {
 namespace {
 
-using namespace extension;
-
 const CPV_SETTINGS kDefaults = {nullptr, 0, 255, 3};
-const char *const kNoIssuer = "53050047: ";
 
 /// The result of build_certPath_ex: the subjects of the path, or the status in hexadecimal with the subjects
 /// appended to the caller's list before.
@@ -24,159 +22,28 @@ std::string build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, c
     const Certificates path(new_X509_CERTIFICATES());
     X509_CERTIFICATES *list = path.get();
     const std::uint32_t status = build_certPath_ex(pool, anchors, target, &list, settings);
-    char text[16];
-    std::snprintf(text, sizeof text, "%08X: ", status);
-    return (status == 0 ? "" : text) + subjects_of(path.get());
+    const std::string subjects = subjects_of(path.get());
+    if (status == 0) return subjects;
+    return status_text(status) + ":" + (subjects.empty() ? "" : " " + subjects);
 }
 
-/// The path from the first certificate of the chain, with the others as the pool and the last as the anchor.
-std::string build(const Chain &chain, const CPV_SETTINGS &settings = kDefaults) {
-    const Certificates pool = make(Chain(chain.begin() + 1, chain.end()));
-    return build(pool.get(), anchors_of({chain.back()}).get(), chain.front().make().get(), &settings);
-}
-
-// ---- Where paths end ----
-
-TEST(Building, AllowsOneMoreThanTheMaximum) {
-    const struct {
-        unsigned length;
-        std::int32_t most;
-        const char *path;
-    } cases[] = {
-        {1, -5, "Root"},  // self-issued: it needs no pool
-        {2, 0, "User, Root"},
-        {2, -1, "53050047: "},
-        {3, 0, "53050047: User"},
-        {4, INT32_MAX, "User, CA 2, CA 1, Root"},
-        {5, 3, "User, CA 3, CA 2, CA 1, Root"},
-        {6, 3, "53050047: User, CA 4, CA 3, CA 2"},
-        {7, 5, "User, CA 5, CA 4, CA 3, CA 2, CA 1, Root"},
-    };
-    for (const auto &each : cases)
-        EXPECT_EQ(build(valid_chain(each.length), {nullptr, 0, 0, each.most}), each.path) << each.length;
-}
-
-TEST(Building, EndsInAnAnchorWithTheSameNameAndKey) {
-    const Chain chain = valid_chain(3);
-    CertSpec other_key = chain[2];
-    other_key.key = 3;
-    CertSpec other_name = chain[2];
-    other_name.subject = "Loot";
-    const Certificates pool = make(chain);
-    const Cert target = chain[0].make();
-    for (const Chain &anchors : {Chain(), Chain{other_key}, Chain{other_name}, Chain{chain[1]}})
-        EXPECT_EQ(build(pool.get(), anchors_of(anchors).get(), target.get()), "53050116: User, CA 1");
-    EXPECT_EQ(build(pool.get(), anchors_of({other_key, other_name, chain[2]}).get(), target.get()),
-              "User, CA 1, Root");
-}
-
-TEST(Building, ChecksTheValidityOfEach) {
-    ASN1_TIME *time = charToASN1_TIME("2020-06-01,00:00:00");
-    const char *const before[] = {"462D0113: ", "462D0113: User", "462D0113: User, CA 1"};
-    for (unsigned index = 0; index < 3; ++index) {
-        Chain chain = valid_chain(3);
-        chain[index].not_after = "2021-01-01,00:00:00";
-        EXPECT_EQ(build(chain), before[index]);
-        EXPECT_EQ(build(chain, {time, 0, 0, 3}), "User, CA 1, Root");
-    }
-    free_ASN1_TIME(time);
-    Chain chain = valid_chain(6);
-    chain[4].not_after = "2021-01-01,00:00:00";
-    EXPECT_EQ(build(chain).substr(0, 8), "53050047") << "the length comes before the validity";
-}
-
-TEST(Building, OfLoopsEndsWhenEachCertificateHadItsTurn) {
-    Chain chain = valid_chain(4);
-    chain[2].with({"03", "", ""});  // CA 1 names CA 2
-    EXPECT_EQ(build(chain), "53050047: User, CA 2, CA 1, CA 2");
-    EXPECT_EQ(build(chain, {nullptr, 0, 0, 1}), "53050047: User, CA 2");
-    chain[1].with({"03", "", ""});  // CA 2 names itself
-    EXPECT_EQ(build(chain, {nullptr, 0, 0, INT32_MAX}), "53050047: User, CA 2, CA 2, CA 2");
-}
-
-TEST(Building, LooksAtNoSignatureAndNoOtherName) {
-    Chain chain = valid_chain(3);
-    chain[0].signer = 3;
-    chain[0].issuer = "Somebody else";
-    EXPECT_EQ(build(chain), "User, CA 1, Root");
-}
-
-// ---- Who is the issuer ----
-
-TEST(IssuerChoice, GoesByTheAuthorityKeyIdentifier) {
-    // In the pool CA 1 has key 02 and serial 02, Root key 01 and serial 01.
-    const char *const by_ca = "User, CA 1, Root";
-    const struct {
-        const char *what;
-        AuthorityKeyId wanted;
-        const char *path;
-    } cases[] = {
-        {"key with more octets than the candidate's", {"02FF", "", ""}, by_ca},
-        {"empty key", {" ", "", ""}, kNoIssuer},
-        {"another key", {"FF02", "", ""}, kNoIssuer},
-        {"serial", {"", "", "02"}, by_ca},
-        {"another serial", {"", "", "0200"}, kNoIssuer},
-        {"directory name", {"", "CA 1", ""}, by_ca},
-        {"another directory name", {"", "CA 2", ""}, kNoIssuer},
-        {"another key, but the serial", {"FF", "", "02"}, by_ca},
-        {"another key, but the name", {"FF", "CA 1", "FF"}, by_ca},
-        {"the first that fits in one of them", {"02", "Root", "FF"}, by_ca},
-        {"not the one that fits in most", {"01", "CA 1", "01"}, by_ca},
-        {"nothing", {"", "", ""}, kNoIssuer},
-    };
-    Chain chain = valid_chain(3);
-    for (const auto &each : cases) {
-        chain[0].with(each.wanted);
-        EXPECT_EQ(build(chain), each.path) << each.what;
-    }
-    // Only the first general name counts: of dNSName 'a' and the directory name of CA 1, in either order.
-    const std::string name = "A4{30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:43412031}}}}";
-    const std::string names_first = "30{A1{" + name + "82:61}}";
-    const std::string dns_first = "30{A1{82:61" + name + "}}";
-    chain[0].with(kAuthorityKeyId, names_first);
-    EXPECT_EQ(build(chain), by_ca);
-    for (const std::string value :
-         {"", "30{}", "04:02", "30{82:}", "30{81{}}", "30{A1{}}", dns_first.c_str()}) {
-        chain[0].with(kAuthorityKeyId, value);
-        EXPECT_EQ(build(chain), kNoIssuer) << value;
-    }
-    chain[0].without(kAuthorityKeyId);
-    EXPECT_EQ(build(chain), kNoIssuer) << "none";
-    chain[0].extensions.reset();
-    EXPECT_EQ(build(chain), kNoIssuer) << "no extensions";
-}
-
-TEST(IssuerChoice, TakesTheFirstOfThePool) {
-    const Chain chain = valid_chain(3);
-    CertSpec expired = chain[1];
-    expired.not_after = "2021-01-01,00:00:00";
-    CertSpec without_key = chain[1];
-    without_key.subject = "CA without key";
-    without_key.without(kSubjectKeyId);
-    CertSpec any_key = chain[1];
-    any_key.subject = "Any";
-    any_key.with(kSubjectKeyId, "04:");
-    CertSpec broken_key = chain[1];
-    broken_key.with(kSubjectKeyId, "02:02");
-    // What Korean user certificates say: the key of CA 1, and the name of CA 1's own issuer.
-    CertSpec korean = chain[0];
-    korean.with({"02", "Root", "02"});
-    const struct {
-        const char *what;
-        Chain chain;
-        const char *path;
-    } cases[] = {
-        {"two", {chain[0], chain[1], expired, chain[2]}, "User, CA 1, Root"},
-        {"no second choice", {chain[0], expired, chain[1], chain[2]}, "462D0113: User"},
-        {"no key", {chain[0], without_key, chain[1], chain[2]}, "User, CA 1, Root"},
-        {"a broken key", {chain[0], broken_key, chain[2]}, kNoIssuer},
-        {"an empty one fits every key", {chain[0], any_key, chain[2]}, "53050047: User, Any, Any"},
-        {"no root", {chain[0], chain[1], chain[0]}, "53050047: User"},
-        {"the key of the CA", {korean, chain[1], chain[2]}, "User, CA 1, Root"},
-        {"the name of the root, which stands first", {korean, chain[2], chain[1], chain[2]}, "User, Root"},
-    };
-    for (const auto &each : cases)
-        EXPECT_EQ(build(each.chain), each.path) << each.what;
+TEST(Building, Rows) {
+    make(valid_chain(4));  // sets up each key once
+    expect_rows("path_build.txt", {{"build", {[](const Row &row) {
+                                        const EditedChain edited(row.number(1), row[2]);
+                                        const Chain &chain = edited.chain;
+                                        Chain trusted = {chain.back()};
+                                        if (const auto given = edited.values.find("anchors");
+                                            given != edited.values.end()) {
+                                            trusted.clear();
+                                            for (const std::string &place : split(given->second, ' '))
+                                                trusted.push_back(chain.at(std::stoul(place)));
+                                        }
+                                        const Certificates pool = make(Chain(chain.begin() + 1, chain.end()));
+                                        const CPV_SETTINGS settings = edited.settings();
+                                        return build(pool.get(), anchors_of(trusted).get(),
+                                                     chain.front().make().get(), &settings);
+                                    }}}});
 }
 
 // ---- The index of a large pool ----
@@ -195,7 +62,8 @@ Cert make_candidate(const Candidate &candidate, std::size_t place) {
     spec.serial = candidate.serial;
     spec.version = static_cast<std::uint8_t>(place);
     spec.is_signed = false;
-    if (candidate.key_id != nullptr) spec.with(kSubjectKeyId, "04:" + std::string(candidate.key_id));
+    if (candidate.key_id != nullptr)
+        spec.with(extension::kSubjectKeyId, "04:" + std::string(candidate.key_id));
     return spec.make();
 }
 

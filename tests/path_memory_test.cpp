@@ -64,9 +64,9 @@ TEST(FailingAllocations, WhileBuilding) {
 
 TEST(FailingAllocations, WhileValidating) {
     Chain chain = valid_chain(4);
-    chain[2].policies({"1.2.3.1", "1.2.3.2"}).with(extension::kPolicyConstraints, "30{80:01}");
-    chain[1].policies({"1.2.3.1", "1.2.3.2", kAnyPolicy}, true);
-    chain[0].policies({"1.2.3.1", "1.2.3.2"});
+    chain[2].policies("1.2.3.1 1.2.3.2").with(extension::kPolicyConstraints, "30{80:01}");
+    chain[1].policies("1.2.3.1 1.2.3.2 2.5.29.32.0", true);
+    chain[0].policies("1.2.3.1 1.2.3.2");
     chain[3].with(extension::kBasicConstraints, "30{01:FF 02:01}");
     const Certificates model = make(chain);
     const std::string whole = "0: 2.5.29.32.0; 1: 1.2.3.2; 2: 1.2.3.2!; 3: 1.2.3.2";
@@ -75,7 +75,7 @@ TEST(FailingAllocations, WhileValidating) {
     for (unsigned n = 1; n < 100000 && !ended; ++n) {
         const LeakCheck leaks;
         const Certificates path(dup_X509_CERTIFICATES(model.get()));
-        const auto user = policy_list({"1.2.3.9", "1.2.3.2"});
+        const auto user = policy_list("1.2.3.9 1.2.3.2");
         const Tree tree(n % 2 == 0 ? new_node_LIST() : nullptr);
         node_LIST *list = tree.get();
         std::int32_t stopped_at = -2;

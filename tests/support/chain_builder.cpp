@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <map>
+#include <sstream>
 
 #include "support/der_text.hpp"
 
@@ -94,6 +94,44 @@ std::string extensions_text(const std::vector<ExtensionSpec> &extensions) {
     return "A3{30{" + text + "}}";
 }
 
+void edit_extension(CertSpec &spec, std::string name, const std::string &value) {
+    const bool critical = name.back() == '!';
+    const bool removed = name.front() == '-';
+    name = name.substr(removed ? 1 : 0, name.size() - (critical || removed ? 1 : 0));
+    const String id(text_to_OBJECT_IDENTIFIER(name.c_str()));
+    ASSERT_NE(id, nullptr) << "no extension " << name;
+    const std::string dotted(reinterpret_cast<const char *>(id->data));
+    removed ? spec.without(dotted) : spec.with(dotted, value, critical);
+}
+
+void edit(CertSpec &spec, const std::string &member, const std::string &value) {
+    static const std::map<std::string, std::string CertSpec::*> texts = {{"subject", &CertSpec::subject},
+                                                                         {"issuer", &CertSpec::issuer},
+                                                                         {"serial", &CertSpec::serial},
+                                                                         {"from", &CertSpec::from},
+                                                                         {"until", &CertSpec::until}};
+    if (const auto text = texts.find(member); text != texts.end()) {
+        spec.*text->second = value;
+    } else if (member == "key" || member == "signer") {
+        (member == "key" ? spec.key : spec.signer) = static_cast<unsigned>(std::stoul(value));
+    } else if (member == "self-issued") {
+        spec.issuer = spec.subject;
+        spec.signer = spec.key;
+    } else if (member == "policies") {
+        spec.policies(value);
+    } else if (member == "extensions") {
+        spec.extensions.emplace();
+        if (value == "none") spec.extensions.reset();
+    } else if (member == "authority") {
+        const std::size_t name = value.find(','), serial = value.find(',', name + 1);
+        spec.with({.key_id = value.substr(0, name),
+                   .issuer = value.substr(name + 1, serial - name - 1),
+                   .serial = value.substr(serial + 1)});
+    } else {
+        edit_extension(spec, member, value);
+    }
+}
+
 }  // namespace
 
 Kcdsa kcdsa_key(const std::string &section) {
@@ -117,7 +155,7 @@ const ASYMMETRIC_KEY *signing_key(unsigned number) {
     return key_pair(number).secret.get();
 }
 
-CertSpec &CertSpec::with(const char *id, std::string_view value, bool critical) {
+CertSpec &CertSpec::with(const std::string &id, std::string_view value, bool critical) {
     without(id);
     extensions->push_back({id, std::string(value), critical});
     return *this;
@@ -131,23 +169,23 @@ CertSpec &CertSpec::with(const AuthorityKeyId &authority) {
     return with(extension::kAuthorityKeyId, "30{" + members + "}");
 }
 
-CertSpec &CertSpec::policies(const std::vector<const char *> &dotted, bool critical) {
+CertSpec &CertSpec::policies(const std::string &dotted, bool critical) {
     std::string list;
-    for (const char *each : dotted)
+    for (const std::string &each : split(dotted, ' '))
         list += "30{" + oid_text(each) + "}";
     return with(extension::kPolicies, "30{" + list + "}", critical);
 }
 
-CertSpec &CertSpec::without(const char *id) {
+CertSpec &CertSpec::without(const std::string &id) {
     if (!extensions) extensions.emplace();
-    std::erase_if(*extensions, [id](const ExtensionSpec &each) { return each.id == id; });
+    std::erase_if(*extensions, [&id](const ExtensionSpec &each) { return each.id == id; });
     return *this;
 }
 
 Cert CertSpec::make() const {
     // A key and a signature of another kind, which are then replaced.
     const std::string text = "30{30{A0{02:" + digits_of(version) + "} 02:00" + serial + " 30{06:2A03}" +
-                             name_text(issuer) + "30{" + time_text(not_before) + time_text(not_after) + "}" +
+                             name_text(issuer) + "30{" + time_text(from) + time_text(until) + "}" +
                              name_text(subject) + "30{30{06:2A03} 03:00}" +
                              (extensions ? extensions_text(*extensions) : "") + "} 30{06:2A03} 03:00}";
     X509_CERT *made = nullptr;
@@ -177,12 +215,51 @@ Chain valid_chain(unsigned length) {
         spec.signer = above % kRsaKeys;
         spec.with(extension::kSubjectKeyId, "04:" + number_at(depth));
         spec.with({.key_id = number_at(above), .issuer = {}, .serial = {}});
-        spec.policies({kPolicy});
+        spec.policies(kPolicy);
         const bool is_user = depth + 1 == length && length > 1;
         spec.with(extension::kKeyUsage, is_user ? "03:0780" : "03:0106", true);
         if (!is_user) spec.with(extension::kBasicConstraints, "30{01:FF}", true);
     }
     return chain;
+}
+
+std::vector<std::string> split(const std::string &text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream rest(text);
+    for (std::string part; std::getline(rest, part, separator);) {
+        part.erase(0, part.find_first_not_of(' '));
+        part.erase(part.find_last_not_of(' ') + 1);
+        if (!part.empty()) parts.push_back(part);
+    }
+    return parts;
+}
+
+EditedChain::EditedChain(unsigned length, const std::string &edits) : chain(valid_chain(length)) {
+    for (const std::string &text : split(edits, ';')) {
+        const std::size_t space = text.find(' ');
+        const std::size_t equals = std::min(text.find('='), text.size());
+        const std::string value = equals < text.size() ? text.substr(equals + 1) : "";
+        if (text[0] == '*') {
+            for (CertSpec &each : chain)
+                edit(each, text.substr(2, equals - 2), value);
+        } else if (space < equals) {
+            edit(chain.at(std::stoul(text)), text.substr(space + 1, equals - space - 1), value);
+        } else if (text.starts_with("take")) {
+            Chain taken;
+            for (const std::string &place : split(value, ' '))
+                taken.push_back(chain.at(std::stoul(place)));
+            chain = taken;
+        } else {
+            values[text.substr(0, equals)] = value;
+        }
+    }
+    if (values.contains("time")) time.reset(charToASN1_TIME(values["time"].c_str()));
+}
+
+CPV_SETTINGS EditedChain::settings() const {
+    const auto number = [this](const char *name) { return std::stoi(values.at(name)); };
+    return {time.get(), static_cast<std::uint32_t>(number("inhibit")),
+            static_cast<std::uint32_t>(number("explicit")), number("most")};
 }
 
 Certificates make(const Chain &chain) {
@@ -201,9 +278,9 @@ Anchors anchors_of(const Chain &certificates) {
     return anchors;
 }
 
-Policies policy_list(const std::vector<const char *> &dotted) {
+Policies policy_list(const std::string &dotted) {
     Policies list(new_OBJECT_IDENTIFIERS());
-    for (const char *each : dotted)
+    for (const std::string &each : split(dotted, ' '))
         expect_done(push_STACK_value(list.get(), oid_of(each).release()), each);
     return list;
 }

@@ -3,6 +3,7 @@
 
 #include <tlxpki/cpv.h>
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -65,15 +66,16 @@ struct CertSpec {
     unsigned key = 0;  ///< of signing_key()
     unsigned signer = 0;
     bool is_signed = true;
-    std::string not_before = "2020-01-01,00:00:00";
-    std::string not_after = "2099-12-31,23:59:59";
+    std::string from = "2020-01-01,00:00:00";
+    std::string until = "2099-12-31,23:59:59";
     std::optional<std::vector<ExtensionSpec>> extensions = std::vector<ExtensionSpec>();
 
     /// Adds an extension, or gives it another value.
-    CertSpec &with(const char *id, std::string_view value, bool critical = false);
+    CertSpec &with(const std::string &id, std::string_view value, bool critical = false);
     CertSpec &with(const AuthorityKeyId &authority);
-    CertSpec &policies(const std::vector<const char *> &dotted, bool critical = false);
-    CertSpec &without(const char *id);
+    /// Of dotted texts with spaces between them.
+    CertSpec &policies(const std::string &dotted, bool critical = false);
+    CertSpec &without(const std::string &id);
 
     [[nodiscard]] Cert make() const;
 };
@@ -83,10 +85,27 @@ using Chain = std::vector<CertSpec>;
 /// Key identifiers are the numbers from 01 at the root on, with serial numbers likewise.
 Chain valid_chain(unsigned length);
 
+/// A valid chain after edits, and what they set besides: "0 signer=3; 1 -keyUsage; * policies=1.1 1.2;
+/// most=5". A certificate's place, or "*" for all, stands before a member of CertSpec, "self-issued",
+/// "authority=key, name,serial" or the name of an extension, with "!" for a critical one and "-" to take it
+/// away. "take=0 1 1 2" puts certificates of the chain in a new order. Settings: "explicit", "inhibit",
+/// "most", "time"; anything else is for the test.
+struct EditedChain {
+    EditedChain(unsigned length, const std::string &edits);
+    [[nodiscard]] CPV_SETTINGS settings() const;
+
+    Chain chain;
+    std::map<std::string, std::string> values = {{"explicit", "255"}, {"inhibit", "0"}, {"most", "3"}};
+    Held<free_ASN1_TIME> time;
+};
+
+/// The parts of a text between separators, without spaces around them.
+std::vector<std::string> split(const std::string &text, char separator);
+
 Certificates make(const Chain &chain);
 /// Anchors for the given certificates.
 Anchors anchors_of(const Chain &certificates);
-Policies policy_list(const std::vector<const char *> &dotted);
+Policies policy_list(const std::string &dotted);
 
 /// "User CA Root"
 std::string subjects_of(const X509_CERTIFICATES *path);
