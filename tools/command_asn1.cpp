@@ -225,6 +225,7 @@ class Walker {
 /// Prints all blocks; throws Failure after the first that has a broken element.
 void print_blocks(const Input &input, Printer &printer) {
     for (const Block &block : input.blocks()) {
+        expect_contents(block);
         if (block.is_encrypted) throw Failure(block.source + ": the " + block.label + " is encrypted");
         printer.begin_block(block);
         Walker walker(block.octets, printer);

@@ -223,7 +223,10 @@ int run_show(const ShowOptions &options) {
     std::optional<Input> password_file;
     if (!options.password_file.empty()) password_file.emplace(options.password_file);
     std::optional<std::string_view> password;
-    if (password_file) password = first_line(*password_file);
+    if (password_file) {
+        expect_contents(password_file->blocks().front());
+        password = first_line(*password_file);
+    }
     Shower shower(options.json);
     for (const std::string &path : options.files) {
         show_file(path, password, shower);

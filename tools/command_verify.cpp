@@ -107,11 +107,20 @@ void print_policies(std::ostream &out, const Json &nodes, const std::string &ind
     }
 }
 
+Json meaning_of(const Verdict &verdict) {
+    Json json = status_json(verdict.status);
+    if (!verdict.reason.empty()) {
+        json["reason"] = verdict.reason;
+        json.erase("detail");
+    }
+    return json;
+}
+
 Json describe_verdict(const LoadedCertificate &target, const Verdict &verdict) {
     Json json = {{"source", target.source},
                  {"subject", name_text(get_X509_subject(target.cert.get()))},
                  {"valid", verdict.is_valid()},
-                 {"status", status_json(verdict.status)}};
+                 {"status", meaning_of(verdict)}};
     if (!verdict.hint.empty()) json["hint"] = verdict.hint;
     if (!verdict.warnings.empty()) json["warnings"] = verdict.warnings;
     json["path"] = Json::array();
@@ -148,7 +157,7 @@ void print_verdict(std::ostream &out, const LoadedCertificate &target, const Ver
         << printable(target.source) << ": "
         << (verdict.is_valid() ? coloured("valid", Colour::kGreen) : coloured("NOT VALID", Colour::kRed))
         << '\n';
-    Json meaning = status_json(verdict.status);
+    Json meaning = meaning_of(verdict);
     if (!verdict.hint.empty()) meaning["hint"] = verdict.hint;
     print_text(out, meaning, 2);
 }
@@ -157,8 +166,8 @@ std::string verdict_line(const LoadedCertificate &target, const Verdict &verdict
     std::string line = mark_text(verdict.is_valid() ? Mark::kGood : Mark::kFailed) + " " +
                        code_text(verdict.status) + " " +
                        printable(target.source + ": " + shown_name(get_X509_subject(target.cert.get())));
-    if (!verdict.is_valid()) line += ": " + status_meaning(verdict.status).reason;
-    return line;
+    if (!verdict.is_valid()) line += ": " + printable(meaning_of(verdict)["reason"].get<std::string>());
+    return verdict.hint.empty() ? line : line + " (" + printable(verdict.hint) + ")";
 }
 
 /// A progress bar on standard error when that is a terminal.
@@ -204,7 +213,7 @@ std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCer
     std::size_t valid = 0;
     for (std::size_t i = 0; i < targets.size(); ++i) {
         progress.show(i);
-        const Verdict verdict = verifier.verify(targets[i].cert.get(), false);
+        const Verdict verdict = verifier.verify(targets[i].cert.get());
         valid += verdict.is_valid() ? 1U : 0U;
         progress.clear();
         std::cout << verdict_line(targets[i], verdict) << std::endl;
@@ -217,7 +226,7 @@ std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCer
 }
 
 std::size_t verify_one(const Verifier &verifier, const LoadedCertificate &target, Warner &warner) {
-    const Verdict verdict = verifier.verify(target.cert.get(), true);
+    const Verdict verdict = verifier.verify(target.cert.get());
     print_verdict(std::cout, target, verdict);
     warner.tell(verdict.warnings);
     return verdict.is_valid() ? 1U : 0U;
@@ -228,7 +237,7 @@ std::size_t verify_to_json(const Verifier &verifier, const std::vector<LoadedCer
     Json verdicts = Json::array();
     std::size_t valid = 0;
     for (const LoadedCertificate &target : targets) {
-        const Verdict verdict = verifier.verify(target.cert.get(), targets.size() == 1);
+        const Verdict verdict = verifier.verify(target.cert.get());
         valid += verdict.is_valid() ? 1U : 0U;
         verdicts.push_back(describe_verdict(target, verdict));
         warner.tell(verdict.warnings);
@@ -241,13 +250,13 @@ std::size_t verify_to_json(const Verifier &verifier, const std::vector<LoadedCer
 }  // namespace
 
 int run_verify(const VerifyOptions &options) {
-    const Verifier verifier(options);
     std::vector<LoadedCertificate> targets;
     for (const std::string &path : options.targets) {
         for (LoadedCertificate &loaded : load_certificates(path)) {
             targets.push_back(std::move(loaded));
         }
     }
+    const Verifier verifier(options, targets);
     Warner warner;
     warner.tell(verifier.warnings());
     const std::size_t valid = options.json          ? verify_to_json(verifier, targets, warner)

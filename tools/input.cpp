@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "block_kind.hpp"
@@ -22,30 +24,77 @@ constexpr uint32_t kOtherEnd = 0x4E010048;
 constexpr uint32_t kNotOneElement = 0x4E01004F;
 constexpr uint32_t kEncrypted = 0x4E010114;
 
+/// What a pipe or a device may give at most, since it may have no end.
+constexpr std::size_t kMostStreamMegabytes = 256;
+
+struct CloseFile {
+    void operator()(std::FILE *file) const { (void)std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+std::filesystem::path file_path(const std::string &path) {
+    return {std::u8string(path.begin(), path.end())};
+}
+
+/// A file in messages.
+std::string source_of(const std::string &path) {
+    return path == "-" ? "standard input" : path;
+}
+
 /// The system's reason why a file could not be read.
 std::string reason_unreadable(const std::string &path, int error) {
     std::error_code ignored;
-    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    const std::filesystem::path file = file_path(path);
     if (std::filesystem::is_directory(file, ignored)) return "is a directory";
     const auto size = std::filesystem::file_size(file, ignored);
     if (!ignored && size > 0x7FFFFFFF) return "is larger than 2 GB";
     return error == 0 ? "cannot be read" : "cannot be read: " + std::generic_category().message(error);
 }
 
+/// Reads to the end. A buffer of its own in the C library would keep a copy of a key.
+Buffer read_stream(const std::string &path) {
+    const auto unreadable = [&path] {
+        return Failure(source_of(path) + ": " + reason_unreadable(path, errno));
+    };
+    constexpr std::size_t kMost = kMostStreamMegabytes * 1024 * 1024;
+    errno = 0;
+    const File opened(path == "-" ? nullptr : std::fopen(path.c_str(), "rb"));
+    std::FILE *file = path == "-" ? stdin : opened.get();
+    if (file == nullptr || std::setvbuf(file, nullptr, _IONBF, 0) != 0) throw unreadable();
+    Buffer contents = Buffer::of_size(64 * 1024);
+    for (std::size_t size = 0;;) {
+        const std::size_t room = contents.octets().size() - size;
+        const std::size_t got = std::fread(contents.data() + size, 1, room, file);
+        size += got;
+        if (std::ferror(file) != 0) throw unreadable();
+        if (got < room) return contents.resized(size);
+        if (size > kMost) {
+            throw Failure(source_of(path) + ": does not end within " + std::to_string(kMostStreamMegabytes) +
+                          " MB");
+        }
+        contents = contents.resized(2 * size);
+    }
+}
+
 Buffer read_file(const std::string &path) {
+    std::error_code ignored;
+    const auto type = std::filesystem::status(file_path(path), ignored).type();
+    const bool is_stream = type == std::filesystem::file_type::fifo ||
+                           type == std::filesystem::file_type::character ||
+                           type == std::filesystem::file_type::socket;
+    if (path == "-" || is_stream) return read_stream(path);
     uint8_t *octets = nullptr;
     uint32_t size = 0;
     errno = 0;
     if (File_to_binary(path.c_str(), &octets, &size) != 0) {
         throw Failure(path + ": " + reason_unreadable(path, errno));
     }
-    Buffer buffer(octets, size);
-    if (size == 0) throw Failure(path + ": is empty");
-    return buffer;
+    return {octets, size};
 }
 
 ENCODED_BLOCKS *read_blocks(const std::string &path) {
     const Buffer file = read_file(path);
+    if (file.octets().empty()) throw Failure(source_of(path) + ": is empty");
     ENCODED_BLOCKS *blocks = nullptr;
     must(readENCODED_BLOCKS_from_Buffer(file.octets().data(), static_cast<uint32_t>(file.octets().size()),
                                         &blocks));
@@ -77,22 +126,70 @@ std::string reason_unusable(const ENCODED_BLOCK &block) {
 std::string what_it_holds(const Input &input) {
     std::string text;
     for (const Block &block : input.blocks()) {
+        if (!block.unusable.empty()) continue;
         const std::string name = block.is_encrypted ? "encrypted" : kind_name(kind_of(block));
         if (!name.empty()) text += "; " + block_name(block) + " is " + name;
     }
     return text;
 }
 
+/// The certificates of a file and, in the same order, why the others cannot be decoded. Throws Failure when
+/// the file has none of either.
+std::vector<LoadedCertificate> certificates_of(const std::string &path, std::vector<std::string> &failures) {
+    const Input input(path);
+    std::vector<LoadedCertificate> certificates;
+    bool has_any = false;
+    for (const Block &block : input.blocks()) {
+        if (block.unusable.empty() && !is_certificate_label(block.label)) continue;
+        has_any = true;
+        try {
+            certificates.push_back({decode_certificate(block), block.source, certificates.empty()});
+        } catch (const Failure &failure) {
+            failures.emplace_back(failure.what());
+        }
+    }
+    if (!has_any) throw Failure(source_of(path) + ": holds no CERTIFICATE" + what_it_holds(input));
+    return certificates;
+}
+
+/// The files that stand in a folder itself, by name.
+std::vector<std::string> files_in(const std::string &folder) {
+    std::vector<std::string> files;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(file_path(folder), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        std::error_code ignored;
+        if (!entry->is_regular_file(ignored)) continue;
+        const std::u8string name = entry->path().u8string();
+        files.emplace_back(name.begin(), name.end());
+    }
+    if (error) throw Failure(folder + ": cannot be read: " + error.message());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 }  // namespace
+
+Buffer Buffer::of_size(std::size_t size) {
+    auto *octets = static_cast<uint8_t *>(tlx_malloc(size, __FILE__, __LINE__));
+    if (octets == nullptr) throw std::bad_alloc();
+    return {octets, size};
+}
+
+Buffer Buffer::resized(std::size_t size) const {
+    Buffer copy = of_size(size);
+    std::copy_n(octets_, std::min(size_, size), copy.octets_);
+    return copy;
+}
 
 Input::Input(const std::string &path) : list_(read_blocks(path)) {
     const uint32_t count = get_ENCODED_BLOCKS_count(list_.get());
     for (uint32_t i = 0; i < count; ++i) {
         const ENCODED_BLOCK &encoded = *get_ENCODED_BLOCKS_child(list_.get(), i);
         Block block;
-        block.source = count == 1 ? path : path + ", PEM block " + std::to_string(i + 1);
-        const std::string reason = reason_unusable(encoded);
-        if (!reason.empty()) throw Failure(block.source + ": " + reason);
+        block.source =
+            count == 1 ? source_of(path) : source_of(path) + ", PEM block " + std::to_string(i + 1);
+        block.unusable = reason_unusable(encoded);
         block.label = encoded.label;
         block.is_encrypted = encoded.status == kEncrypted;
         const Octets contents(encoded.contents, encoded.contents_len);
@@ -105,7 +202,12 @@ Input::Input(const std::string &path) : list_(read_blocks(path)) {
     }
 }
 
+void expect_contents(const Block &block) {
+    if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
+}
+
 void expect_one_element(const Block &block) {
+    expect_contents(block);
     try {
         const Element element = read_element(block.octets, 0, block.octets.size());
         if (element.indefinite || element.end() == block.octets.size()) return;
@@ -139,14 +241,33 @@ Certificate decode_certificate(const Block &block) {
 }
 
 std::vector<LoadedCertificate> load_certificates(const std::string &path) {
-    const Input input(path);
+    std::vector<std::string> failures;
+    std::vector<LoadedCertificate> certificates = certificates_of(path, failures);
+    if (!failures.empty()) throw Failure(failures[0]);
+    return certificates;
+}
+
+std::vector<LoadedCertificate> collect_certificates(const std::string &path,
+                                                    std::vector<std::string> &warnings) {
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(file_path(path), ignored)) {
+        std::vector<std::string> failures;
+        std::vector<LoadedCertificate> certificates = certificates_of(path, failures);
+        if (certificates.empty()) throw Failure(failures[0]);
+        warnings.insert(warnings.end(), failures.begin(), failures.end());
+        return certificates;
+    }
     std::vector<LoadedCertificate> certificates;
-    for (const Block &block : input.blocks()) {
-        if (is_certificate_label(block.label)) {
-            certificates.push_back({decode_certificate(block), block.source});
+    for (const std::string &file : files_in(path)) {
+        try {
+            for (LoadedCertificate &loaded : certificates_of(file, warnings)) {
+                certificates.push_back(std::move(loaded));
+            }
+        } catch (const Failure &failure) {
+            warnings.emplace_back(failure.what());
         }
     }
-    if (certificates.empty()) throw Failure(path + ": holds no CERTIFICATE" + what_it_holds(input));
+    if (certificates.empty()) throw Failure(path + ": is a folder without certificates");
     return certificates;
 }
 

@@ -30,7 +30,12 @@ class Buffer {
         tlx_free(octets_);
     }
 
+    [[nodiscard]] static Buffer of_size(std::size_t size);
+    /// A copy of another size. The octets that it adds are not set.
+    [[nodiscard]] Buffer resized(std::size_t size) const;
+
     [[nodiscard]] Octets octets() const { return {octets_, size_}; }
+    [[nodiscard]] uint8_t *data() { return octets_; }
 
   private:
     uint8_t *octets_ = nullptr;
@@ -43,12 +48,13 @@ struct Block {
     std::string_view text;      ///< of an encrypted PEM block: from its first line to its last
     bool is_encrypted = false;  ///< a line like "Proc-Type: 4,ENCRYPTED" precedes the Base64
     Octets octets;              ///< the decoded contents; empty when it is encrypted
-    std::string source;  ///< for messages: the file, and the number of the block when there are several
+    std::string source;    ///< for messages: the file, and the number of the block when there are several
+    std::string unusable;  ///< why there are no contents; else empty
 };
 
 class Input {
   public:
-    /// Reads a file. Throws Failure when it cannot be read, is empty, or is PEM that cannot be decoded.
+    /// Reads a file, or standard input for "-". Throws Failure when it cannot be read or is empty.
     explicit Input(const std::string &path);
     [[nodiscard]] const std::vector<Block> &blocks() const { return blocks_; }
 
@@ -61,6 +67,7 @@ class Input {
 struct LoadedCertificate {
     Certificate cert;
     std::string source;
+    bool is_first = false;  ///< in its file
 };
 
 /// Whether the label of a block allows a certificate.
@@ -72,6 +79,14 @@ struct LoadedCertificate {
 /// All certificates of a file; ignores PEM blocks with other labels. Throws Failure when there is none or one
 /// cannot be decoded.
 [[nodiscard]] std::vector<LoadedCertificate> load_certificates(const std::string &path);
+
+/// All certificates of a file or of the files in a folder. Those that cannot be decoded are passed over with
+/// a warning. Throws Failure when there is none.
+[[nodiscard]] std::vector<LoadedCertificate> collect_certificates(const std::string &path,
+                                                                  std::vector<std::string> &warnings);
+
+/// Throws Failure when a block has no contents.
+void expect_contents(const Block &block);
 
 /// Throws Failure unless octets are one complete element and nothing else.
 void expect_one_element(const Block &block);

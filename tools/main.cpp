@@ -174,6 +174,6 @@ int run_and_report(const std::vector<std::string> &arguments) {
 
 int main(int argc, char **argv) {
     std::ios::sync_with_stdio(false);
-    tool::prepare_output();
+    tool::prepare_streams();
     return tool::run_and_report(tool::utf8_arguments(argc, argv));
 }

@@ -18,7 +18,8 @@ bool is_terminal(Stream stream) {
     return _isatty(stream == Stream::kOutput ? 1 : 2) != 0;
 }
 
-void prepare_output() {
+void prepare_streams() {
+    _setmode(0, _O_BINARY);
     _setmode(1, _O_BINARY);
     _setmode(2, _O_BINARY);
     SetConsoleOutputCP(CP_UTF8);
@@ -52,7 +53,7 @@ bool is_terminal(Stream stream) {
     return isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) != 0;
 }
 
-void prepare_output() {}
+void prepare_streams() {}
 
 std::vector<std::string> utf8_arguments(int argc, char **argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();

@@ -11,8 +11,8 @@ enum class Stream { kOutput, kError };
 [[nodiscard]] bool is_terminal(Stream stream);
 
 /// Makes a terminal take UTF-8 and escape sequences where it does not by itself; lines end the same
-/// everywhere.
-void prepare_output();
+/// everywhere, and octets of standard input stay as they are.
+void prepare_streams();
 
 /// The arguments after the program's name, in UTF-8.
 [[nodiscard]] std::vector<std::string> utf8_arguments(int argc, char **argv);

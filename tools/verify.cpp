@@ -1,5 +1,7 @@
 #include "verify.hpp"
 
+#include <algorithm>
+
 #include "failure.hpp"
 
 namespace tool {
@@ -37,8 +39,7 @@ std::vector<Link> Verdict::links() const {
     return links;
 }
 
-Verifier::Verifier(const VerifyOptions &options)
-    : pool_(made<Certificates>(new_X509_CERTIFICATES())), anchors_(made<Anchors>(new_TRUST_ANCHORS())) {
+Verifier::Verifier(const VerifyOptions &options, const std::vector<LoadedCertificate> &targets) {
     get_CPV_SETTINGS(&settings_);
     if (!options.explicit_policy) settings_.initial_explicit_policy = 0;
     if (options.max_length > 0) settings_.max_certificatePath_length = options.max_length;
@@ -51,36 +52,43 @@ Verifier::Verifier(const VerifyOptions &options)
         settings_.time = time_.get();
     }
     load_policies(options.policies);
-    load_pool(options);
+    load_anchors(options.anchors);
+    load_pool(options, targets);
 }
 
-/// The pool is made of the certificates of both options.
-void Verifier::load_pool(const VerifyOptions &options) {
-    std::vector<LoadedCertificate> pool;
-    for (const std::string &path : options.anchors) {
-        for (LoadedCertificate &loaded : load_certificates(path)) {
+void Verifier::load_anchors(const std::vector<std::string> &paths) {
+    for (const std::string &path : paths) {
+        for (LoadedCertificate &loaded : collect_certificates(path, warnings_)) {
             trust(loaded);
-            pool.push_back(std::move(loaded));
+            loaded_.push_back(std::move(loaded));
         }
-    }
-    for (const std::string &path : options.pool) {
-        for (LoadedCertificate &loaded : load_certificates(path)) {
-            pool.push_back(std::move(loaded));
-        }
-    }
-    put_lower_first(pool);
-    must(reserve_STACK(pool_.get(), static_cast<uint32_t>(pool.size())));
-    for (LoadedCertificate &loaded : pool) {
-        must(push_STACK_value(pool_.get(), loaded.cert.release()));
     }
 }
 
 void Verifier::trust(const LoadedCertificate &loaded) {
-    const auto anchor = made<Anchor>(create_TRUST_ANCHOR_from_X509_CERT(loaded.cert.get()));
-    must(add_TRUST_ANCHORS(anchors_.get(), anchor.get()));
-    if (is_selfSigned(loaded.cert.get()) != 0) {
+    X509_CERT *cert = loaded.cert.get();
+    trusted_.emplace(key_of(get_X509_subject(cert)),
+                     Trusted{cert, made<Anchor>(create_TRUST_ANCHOR_from_X509_CERT(cert))});
+    if (is_selfSigned(cert) != 0) {
         warnings_.push_back(loaded.source + ": is not self-issued, so that no path can end with it");
     }
+}
+
+/// The pool has the anchors, the certificates of its option, and those after the first of a target's file.
+void Verifier::load_pool(const VerifyOptions &options, const std::vector<LoadedCertificate> &targets) {
+    for (const std::string &path : options.pool) {
+        for (LoadedCertificate &loaded : collect_certificates(path, warnings_)) {
+            loaded_.push_back(std::move(loaded));
+        }
+    }
+    for (const LoadedCertificate &loaded : loaded_) {
+        pool_.push_back(loaded.cert.get());
+    }
+    for (const LoadedCertificate &target : targets) {
+        if (!target.is_first) pool_.push_back(target.cert.get());
+    }
+    put_lower_first(pool_);
+    index_.build(pool_);
 }
 
 void Verifier::load_policies(const std::vector<std::string> &texts) {
@@ -91,11 +99,12 @@ void Verifier::load_policies(const std::vector<std::string> &texts) {
     }
 }
 
-Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
+Verdict Verifier::verify(X509_CERT *target) const {
     Verdict verdict;
+    const Chain chain = chain_of(target);
     verdict.path = made<Certificates>(new_X509_CERTIFICATES());
     X509_CERTIFICATES *path = verdict.path.get();
-    verdict.status = build_certPath_ex(pool_.get(), anchors_.get(), target, &path, &settings_);
+    verdict.status = build_certPath_ex(chain.pool.get(), chain.anchors.get(), target, &path, &settings_);
     verdict.built = verdict.status == 0;
     if (verdict.built) {
         // Validation consumes the set.
@@ -107,29 +116,57 @@ Verdict Verifier::verify(const X509_CERT *target, bool explain) const {
         if (verdict.is_valid()) verdict.warnings = path_warnings(path);
     } else if (const uint32_t count = get_X509_CERTIFICATES_count(path); count == 0) {
         verdict.stopped_at = target;
-    } else if (explain) {
-        verdict.stopped_at = issuer_of(get_X509_CERTIFICATES_child(path, static_cast<int32_t>(count) - 1));
+    } else if (count <= chain.issuers.size()) {
+        verdict.stopped_at = chain.issuers[count - 1];
     }
-    if (explain) verdict.hint = hint_for(verdict);
+    explain(verdict, chain);
     return verdict;
 }
 
-/// The certificate that building chose as issuer: the first one that, alone as the pool, lets building go on
-/// above the certificate.
-const X509_CERT *Verifier::issuer_of(const X509_CERT *cert) const {
-    CPV_SETTINGS one_step = settings_;
-    one_step.max_certificatePath_length = 1;
-    const auto candidate = made<Owned<STACK, free_STACK>>(new_STACK());
-    for (uint32_t i = 0; i < get_X509_CERTIFICATES_count(pool_.get()); ++i) {
-        X509_CERT *issuer = get_X509_CERTIFICATES_child(pool_.get(), static_cast<int32_t>(i));
-        remove_STACK_value(candidate.get(), 0);
-        must(push_STACK_value(candidate.get(), issuer));
-        const auto passed = made<Certificates>(new_X509_CERTIFICATES());
-        X509_CERTIFICATES *list = passed.get();
-        (void)build_certPath_ex(candidate.get(), anchors_.get(), cert, &list, &one_step);
-        if (get_X509_CERTIFICATES_count(list) > 0) return issuer;
+/// Follows the issuers, trusted ones before those of the pool. Building from these certificates alone costs
+/// the same whatever the size of the pool.
+Chain Verifier::chain_of(X509_CERT *target) const {
+    Chain chain;
+    chain.pool = made<BorrowedPool>(new_STACK());
+    chain.anchors = made<BorrowedPool>(new_STACK());
+    X509_CERT *current = target;
+    while (is_selfSigned(current) != 0 && !chain.goes_round &&
+           chain.issuers.size() < TLX_CPV_MAX_CERTIFICATES) {
+        X509_CERT *issuer = anchor_above(current);
+        const std::size_t place = issuer == nullptr ? index_.issuer_of(current) : kNoPlace;
+        if (place != kNoPlace) issuer = pool_[place];
+        if (issuer == nullptr) break;
+        chain.goes_round = std::ranges::find(chain.issuers, issuer) != chain.issuers.end();
+        if (!chain.goes_round) must(push_STACK_value(chain.pool.get(), issuer));
+        chain.issuers.push_back(issuer);
+        current = issuer;
     }
-    return nullptr;
+    const auto [first, last] = trusted_.equal_range(key_of(get_X509_subject(current)));
+    for (auto each = first; each != last; ++each) {
+        must(push_STACK_value(chain.anchors.get(), each->second.anchor.get()));
+    }
+    return chain;
+}
+
+/// The trusted certificate that issued another; null when there is none.
+X509_CERT *Verifier::anchor_above(X509_CERT *cert) const {
+    const auto [first, last] = trusted_.equal_range(key_of(get_X509_issuer(cert)));
+    const auto found = std::find_if(first, last, [this, cert](const auto &each) {
+        return leads_to(cert, each.second.cert, each.second.anchor.get());
+    });
+    return found == last ? nullptr : found->second.cert;
+}
+
+/// Whether an issuer signed a certificate, and building goes from one to the other and ends there.
+bool Verifier::leads_to(X509_CERT *cert, X509_CERT *issuer, TRUST_ANCHOR *anchor) const {
+    const auto pool = made<BorrowedPool>(new_STACK());
+    const auto anchors = made<BorrowedPool>(new_STACK());
+    must(push_STACK_value(pool.get(), issuer));
+    must(push_STACK_value(anchors.get(), anchor));
+    const auto path = made<Certificates>(new_X509_CERTIFICATES());
+    X509_CERTIFICATES *list = path.get();
+    return build_certPath_ex(pool.get(), anchors.get(), cert, &list, &settings_) == 0 &&
+           verify_SIG_X509_CERT(cert, anchor->publicKey) == 0;
 }
 
 }  // namespace tool

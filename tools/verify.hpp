@@ -1,12 +1,13 @@
 // Builds and validates the paths of certificates.
 #pragma once
 
-#include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "commands.hpp"
 #include "input.hpp"
+#include "issuer_index.hpp"
 #include "owned.hpp"
 
 namespace tool {
@@ -20,6 +21,17 @@ enum class Mark { kGood, kFailed, kUnchecked };
 struct Link {
     const X509_CERT *cert;
     Mark mark;
+};
+
+/// A pool that belongs to somebody else.
+using BorrowedPool = Owned<STACK, free_STACK>;
+
+/// The certificates above a target as they were found, each the issuer of the one before.
+struct Chain {
+    std::vector<X509_CERT *> issuers;
+    bool goes_round = false;  ///< whether the last one has been there before
+    BorrowedPool pool;        ///< the same, for building
+    BorrowedPool anchors;     ///< those with the name of the last one
 };
 
 /// The result of one target.
@@ -36,45 +48,60 @@ class Verdict {
     const X509_CERT *stopped_at =
         nullptr;  ///< the certificate that building failed at, which is not in the path
     PolicyTree policies;
+    std::string reason;                 ///< more exact than that of the status; may be empty
     std::string hint;                   ///< advice for the user; may be empty
     std::vector<std::string> warnings;  ///< of a valid path: what validation ignored in it
 };
 
 class Verifier {
   public:
-    /// Loads the anchors and the pool. Throws Failure.
-    explicit Verifier(const VerifyOptions &options);
+    /// Loads the anchors and the pool, which targets join. They have to outlive the verifier. Throws Failure.
+    Verifier(const VerifyOptions &options, const std::vector<LoadedCertificate> &targets);
 
-    /// Verifies a certificate, which has to outlive the verdict. An explanation also finds where building
-    /// stopped, which takes a pass over the pool.
-    [[nodiscard]] Verdict verify(const X509_CERT *target, bool explain) const;
+    /// Verifies a certificate, which has to outlive the verdict.
+    [[nodiscard]] Verdict verify(X509_CERT *target) const;
 
-    /// Likely mistakes of the user in the choice of anchors.
+    /// Certificates that were passed over, and likely mistakes of the user in the choice of anchors.
     [[nodiscard]] const std::vector<std::string> &warnings() const { return warnings_; }
 
   private:
-    void trust(const LoadedCertificate &loaded);
-    void load_pool(const VerifyOptions &options);
+    void load_anchors(const std::vector<std::string> &paths);
+    void load_pool(const VerifyOptions &options, const std::vector<LoadedCertificate> &targets);
     void load_policies(const std::vector<std::string> &texts);
-    [[nodiscard]] const X509_CERT *issuer_of(const X509_CERT *cert) const;
-    [[nodiscard]] std::string hint_for(const Verdict &verdict) const;
-    [[nodiscard]] std::string building_hint(const Verdict &verdict) const;
+    void trust(const LoadedCertificate &loaded);
+    [[nodiscard]] Chain chain_of(X509_CERT *target) const;
+    [[nodiscard]] X509_CERT *anchor_above(X509_CERT *cert) const;
+    [[nodiscard]] bool leads_to(X509_CERT *cert, X509_CERT *issuer, TRUST_ANCHOR *anchor) const;
+    void explain(Verdict &verdict, const Chain &chain) const;
+    [[nodiscard]] std::string hint_for(const Verdict &verdict, const Chain &chain) const;
+    [[nodiscard]] std::string building_hint(const Verdict &verdict, const Chain &chain) const;
     [[nodiscard]] std::string issuer_hint(const Verdict &verdict) const;
     [[nodiscard]] std::string policy_hint(const Verdict &verdict) const;
-    [[nodiscard]] bool goes_round(const X509_CERT *target) const;
-    [[nodiscard]] bool trusts_name(const X509_NAME *name) const;
 
-    Certificates pool_;
-    Anchors anchors_;
-    Oids policies_;  ///< null for any
+    /// A trusted certificate, and what is trusted of it.
+    struct Trusted {
+        X509_CERT *cert;
+        Anchor anchor;
+    };
+
+    std::vector<LoadedCertificate> loaded_;
+    std::vector<X509_CERT *> pool_;
+    IssuerIndex index_;
+    std::unordered_multimap<std::string, Trusted> trusted_;  ///< by subject
+    Oids policies_;                                          ///< null for any
     Time time_;
     CPV_SETTINGS settings_{};
     std::vector<std::string> warnings_;
 };
 
-/// Puts certificates before their issuers. Building takes the first certificate that fits, and the issuer's
-/// own issuer also fits: Korean certificates name it beside the key identifier.
-void put_lower_first(std::vector<LoadedCertificate> &certificates);
+/// A reason and a hint, either of which may be empty.
+struct Explanation {
+    std::string reason;
+    std::string hint;
+};
+
+/// Why the signature of a certificate counts as wrong; empty when it was computed and is wrong.
+[[nodiscard]] Explanation explain_signature(const X509_CERT *cert, const X509_PUBKEY *key);
 
 /// Warnings about what validation ignores in the certificates of a path, target first, each with the subject
 /// and the extension: issuers that are no CAs, too many CAs below one, name constraints, policy mappings, and

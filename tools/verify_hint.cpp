@@ -1,6 +1,4 @@
 // Hints for certificates that are not valid.
-#include <algorithm>
-
 #include "document.hpp"
 #include "verify.hpp"
 
@@ -13,24 +11,39 @@ enum : uint32_t {
     kNoAnchor = 0x53050116,
     kBadSignature = 0x53100054,
     kIssuerDiffers = 0x53100106,
+    kUnreadableConstraints = 0x5309000E,
     kNoPolicies = 0x5310011C,
     kNoAcceptablePolicy = 0x53070119
 };
 
 constexpr char kAcceptWithoutPolicy[] = "--no-explicit-policy accepts paths that no policy holds for";
 
-bool same(const X509_NAME *a, const X509_NAME *b) {
-    return cmp_X509_NAME(a, b) == 0;
-}
-
 }  // namespace
 
-std::string Verifier::hint_for(const Verdict &verdict) const {
+void Verifier::explain(Verdict &verdict, const Chain &chain) const {
+    const X509_CERT *failed = get_X509_CERTIFICATES_child(verdict.path.get(), verdict.failed_at);
+    const bool self_issued = is_selfSigned(failed) == 0;
+    if (verdict.status == kUnreadableConstraints) {
+        const X509_CERT *issuer = get_X509_CERTIFICATES_child(verdict.path.get(), verdict.failed_at + 1);
+        verdict.reason =
+            "the basic constraints of " + shown_name(get_X509_subject(issuer)) + " cannot be decoded";
+        verdict.hint = "\"tlxpki show\" dumps them";
+    } else if (verdict.status == kBadSignature || (verdict.status != 0 && failed != nullptr && self_issued)) {
+        const X509_CERT *issuer =
+            get_X509_CERTIFICATES_child(verdict.path.get(), verdict.failed_at + (self_issued ? 0 : 1));
+        const Explanation explanation = explain_signature(failed, get_X509_SPKI(issuer));
+        verdict.reason = explanation.reason;
+        verdict.hint = explanation.hint;
+    }
+    if (verdict.reason.empty()) verdict.hint = hint_for(verdict, chain);
+}
+
+std::string Verifier::hint_for(const Verdict &verdict, const Chain &chain) const {
     switch (verdict.status) {
         case kNoIssuerOrTooLong:
-            return building_hint(verdict);
+            return building_hint(verdict, chain);
         case kNoAnchor:
-            return trusts_name(get_X509_subject(verdict.stopped_at))
+            return get_STACK_count(chain.anchors.get()) > 0
                        ? "a trusted certificate has the name of the certificate at the top, but another key"
                        : "if you trust the certificate at the top, give it with --anchor";
         case kOutsideValidity:
@@ -47,30 +60,17 @@ std::string Verifier::hint_for(const Verdict &verdict) const {
     }
 }
 
-/// Whether the path never ends: a path of more certificates than the pool and the target holds one of them
-/// twice.
-bool Verifier::goes_round(const X509_CERT *target) const {
-    const uint32_t available = get_X509_CERTIFICATES_count(pool_.get());
-    CPV_SETTINGS longest = settings_;
-    longest.max_certificatePath_length = static_cast<int32_t>(available);
-    const auto path = made<Certificates>(new_X509_CERTIFICATES());
-    X509_CERTIFICATES *list = path.get();
-    const uint32_t status = build_certPath_ex(pool_.get(), anchors_.get(), target, &list, &longest);
-    return status == kNoIssuerOrTooLong && get_X509_CERTIFICATES_count(list) > available;
-}
-
-std::string Verifier::building_hint(const Verdict &verdict) const {
-    constexpr int32_t kAuthorityKeyIdentifierRow = 90;
-    const auto below = static_cast<int32_t>(get_X509_CERTIFICATES_count(verdict.path.get()));
-    const auto available = static_cast<int32_t>(get_X509_CERTIFICATES_count(pool_.get()));
-    if (below > std::min(settings_.max_certificatePath_length, available)) {
-        return goes_round(get_X509_CERTIFICATES_child(verdict.path.get(), 0))
-                   ? "the certificates issue each other, so that no path leads to an anchor"
-                   : "more than " + std::to_string(below) +
-                         " certificates stand below the anchor's; --max-length N allows more";
+std::string Verifier::building_hint(const Verdict &verdict, const Chain &chain) const {
+    const uint32_t below = get_X509_CERTIFICATES_count(verdict.path.get());
+    if (chain.goes_round && below > 0) {
+        return "the certificates issue each other, so that no path leads to an anchor";
+    }
+    if (below > static_cast<uint32_t>(settings_.max_certificatePath_length)) {
+        return "more than " + std::to_string(below) +
+               " certificates stand below the anchor's; --max-length N allows more";
     }
     if (get_X509_EXTENSION_index_by_OID_index(get_X509_extensions(verdict.stopped_at),
-                                              kAuthorityKeyIdentifierRow, -1) < 0) {
+                                              TLX_OID_AUTHORITY_KEY_IDENTIFIER, -1) < 0) {
         return "the certificate has no authority key identifier, by which its issuer is found";
     }
     return "no certificate fits its authority key identifier; give its issuer's with --pool or --anchor";
@@ -80,19 +80,8 @@ std::string Verifier::building_hint(const Verdict &verdict) const {
 std::string Verifier::issuer_hint(const Verdict &verdict) const {
     const X509_CERT *failed = get_X509_CERTIFICATES_child(verdict.path.get(), verdict.failed_at);
     const X509_NAME *issuer = get_X509_issuer(failed);
-    for (uint32_t i = 0; i < get_X509_CERTIFICATES_count(pool_.get()); ++i) {
-        const X509_CERT *cert = get_X509_CERTIFICATES_child(pool_.get(), static_cast<int32_t>(i));
-        if (same(get_X509_subject(cert), issuer)) return "";
-    }
+    if (index_.has_subject(issuer)) return "";
     return "its issuer " + shown_name(issuer) + " is not among the certificates; give it with --pool";
-}
-
-bool Verifier::trusts_name(const X509_NAME *name) const {
-    for (uint32_t i = 0; i < get_TRUST_ANCHORS_count(anchors_.get()); ++i) {
-        const TRUST_ANCHOR *anchor = get_TRUST_ANCHORS_child(anchors_.get(), static_cast<int32_t>(i));
-        if (same(anchor->name, name)) return true;
-    }
-    return false;
 }
 
 std::string Verifier::policy_hint(const Verdict &verdict) const {
