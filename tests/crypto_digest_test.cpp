@@ -69,7 +69,7 @@ TEST(Digest, AgreesOverLengthsAndPieces) {
     for (const auto &[id, name, digest_length, block_length] : kAlgorithms) {
         SCOPED_TRACE(name);
         if (name == "HAS160" && !rhash::kAvailable) continue;
-        const Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
+        const Held<free_DIGEST_UNIT> unit(new_DIGEST_UNIT());
         EXPECT_EQ(get_DigestLength(id), digest_length);
         EXPECT_EQ(get_DigestBlockLength(id), block_length);
         for (std::size_t size = 0; size < 1000; size += name == "HAS160" && size < 300 ? 1U : 61U) {
@@ -94,7 +94,7 @@ TEST(Digest, AgreesOverLengthsAndPieces) {
 
 TEST(Digest, AgreesOnHmacsOverKeyLengths) {
     const LeakCheck leaks;
-    const Owned<HMAC_UNIT> owned(new_HMAC_UNIT());
+    const Held<free_HMAC_UNIT> owned(new_HMAC_UNIT());
     HMAC_UNIT *unit = owned.get();
     for (const Algorithm &algorithm : kAlgorithms) {
         SCOPED_TRACE(algorithm.name);
@@ -131,8 +131,8 @@ TEST(Digest, HasMdc2WhereLibcryptoHas) {
 
 /// Steps with a digest unit and an HMAC unit.
 std::string run_on_units(const Row &row) {
-    const Owned<DIGEST_UNIT> digest(new_DIGEST_UNIT());
-    const Owned<HMAC_UNIT> hmac(new_HMAC_UNIT());
+    const Held<free_DIGEST_UNIT> digest(new_DIGEST_UNIT());
+    const Held<free_HMAC_UNIT> hmac(new_HMAC_UNIT());
     const Octets abc = {'a', 'b', 'c'};
     Octets out(TLX_DIGEST_MAX_LENGTH);
     std::uint32_t len = 99;

@@ -18,14 +18,14 @@ const std::string kX = "6B17D1F2E12C4247F8BCE6E563A440F277037D812DEB33A0F4A13945
 const std::string kY = "4FE342E2FE1A7F9B8EE7EB4A7C0F9E162BCE33576B315ECECBB6406837BF51F5";
 const std::string kN = "FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551";
 
-Owned<ECPOINT> point(const std::string &x, const std::string &y) {
-    Owned<ECPOINT> made(new_ECPOINT());
+Held<free_ECPOINT> point(const std::string &x, const std::string &y) {
+    Held<free_ECPOINT> made(new_ECPOINT());
     if (set_ECPOINT(made.get(), number(x).get(), number(y).get()) != 0) made.reset();
     return made;
 }
 
-Owned<ECURVE> p256() {
-    Owned<ECURVE> curve(new_ECURVE());
+Held<free_ECURVE> p256() {
+    Held<free_ECURVE> curve(new_ECURVE());
     EXPECT_EQ(set_ECURVE_params(curve.get(), 7, "prime256v1", number(kA).get(), number(kB).get(),
                                 number(kP).get(), point(kX, kY).get(), number(kN).get()),
               0U);
@@ -48,7 +48,7 @@ class Curve : public ::testing::Test {
     LeakCheck leaks_;
 
   protected:
-    const Owned<ECURVE> curve_ = p256();
+    const Held<free_ECURVE> curve_ = p256();
 };
 using EcPoint = Curve;
 using EcKey = Curve;
@@ -56,7 +56,7 @@ using EcKey = Curve;
 TEST_F(EcPoint, Rows) {
     const auto decode = [this](const Row &row) {
         const Octets encoded = octets(row[1]);
-        const Owned<ECPOINT> made(binary_to_ECPOINT(curve_.get(), encoded.data(), length(encoded)));
+        const Held<free_ECPOINT> made(binary_to_ECPOINT(curve_.get(), encoded.data(), length(encoded)));
         if (made == nullptr) return std::string("null");
         return cmp_BIGINT(made->x, curve_->base->x) == 0 ? hex(made->y) : "another x";
     };
@@ -81,8 +81,8 @@ TEST_F(EcPoint, Rows) {
 TEST_F(EcPoint, RefusesMissingNumbers) {
     Octets out(65);
     std::uint32_t size = 9;
-    const Owned<ECURVE> no_curve(new_ECURVE());
-    const Owned<ECPOINT> no_point(new_ECPOINT());
+    const Held<free_ECURVE> no_curve(new_ECURVE());
+    const Held<free_ECPOINT> no_point(new_ECPOINT());
     EXPECT_EQ(is_ECPOINT_on_ECURVE(no_point.get(), curve_.get()), 0);
     EXPECT_EQ(is_ECPOINT_on_ECURVE(curve_->base, no_curve.get()), 0);
     EXPECT_EQ(binary_to_ECPOINT(no_curve.get(), out.data(), 33), nullptr);
@@ -95,7 +95,7 @@ TEST_F(EcPoint, RefusesMissingNumbers) {
 
 TEST_F(Curve, IsUnchangedByWhatItRefuses) {
     const Number one = number("1");
-    const Owned<ECPOINT> base = point("1", "1");
+    const Held<free_ECPOINT> base = point("1", "1");
     const auto set = [&](const std::string &name, const BIGINT *order) {
         return set_ECURVE_params(curve_.get(), 9, name.c_str(), one.get(), one.get(), one.get(), base.get(),
                                  order);
@@ -115,7 +115,7 @@ TEST_F(Curve, IsUnchangedByWhatItRefuses) {
 // A square root modulo a p of 65536 bits takes more than a minute.
 TEST_F(EcPoint, RefusesAFieldOfMoreThan661Bits) {
     // (0, 2) satisfies y^2 = x^3 + 4 modulo any p, such as 2^bits - 3.
-    const Owned<ECPOINT> on_curve = point("0", "2");
+    const Held<free_ECPOINT> on_curve = point("0", "2");
     ASSERT_EQ(set_BIGINT_word(curve_->a, 0), 0U);
     ASSERT_EQ(set_BIGINT_word(curve_->b, 4), 0U);
     for (const auto &[bits, accepted] : {std::pair(661U, true), {662U, false}, {65536U, false}}) {
@@ -128,18 +128,18 @@ TEST_F(EcPoint, RefusesAFieldOfMoreThan661Bits) {
             Octets encoded(get_ECPOINT_length(curve_.get(), compressed));
             std::uint32_t size = 0;
             ASSERT_EQ(ECPOINT_to_binary(on_curve.get(), curve_.get(), compressed, encoded.data(), &size), 0U);
-            const Owned<ECPOINT> decoded(binary_to_ECPOINT(curve_.get(), encoded.data(), size));
+            const Held<free_ECPOINT> decoded(binary_to_ECPOINT(curve_.get(), encoded.data(), size));
             EXPECT_EQ(text_of(decoded.get()), accepted ? "00 02" : "null") << compressed;
         }
     }
 }
 
 TEST_F(EcKey, CopiesShareNothing) {
-    Owned<ECC_KEY> key(new_ECC_KEY());
+    Held<free_ECC_KEY> key(new_ECC_KEY());
     ASSERT_EQ(set_ECC_KEY(key.get(), p256().get(), point(kX, kY).get(), number("01").get()), 0U);
-    const Owned<ECC_KEY> copy(dup_ECC_KEY(key.get()));
+    const Held<free_ECC_KEY> copy(dup_ECC_KEY(key.get()));
     ASSERT_EQ(set_ECC_KEY(key.get(), copy->curve, nullptr, nullptr), 0U);
-    const Owned<ECC_KEY> curve_alone(dup_ECC_KEY(key.get()));
+    const Held<free_ECC_KEY> curve_alone(dup_ECC_KEY(key.get()));
     key.reset();
     EXPECT_EQ(text_of(copy->curve) + text_of(copy->public_point), kCurve + kBase);
     EXPECT_EQ(get_BIGINT_word(copy->private_value), 1U);
@@ -149,13 +149,13 @@ TEST_F(EcKey, CopiesShareNothing) {
     EXPECT_EQ(dup_ECC_KEY(nullptr), nullptr);
     const Number secret = number("02");
     const unsigned failures = sweep_failing_allocations([&] {
-        const Owned<ECC_KEY> made(new_ECC_KEY());
+        const Held<free_ECC_KEY> made(new_ECC_KEY());
         if (made == nullptr) return false;
         if (set_ECC_KEY(made.get(), curve_.get(), curve_->base, secret.get()) != 0) {
             EXPECT_EQ(made->curve, nullptr) << "a failure leaves the key as it was";
             return false;
         }
-        return Owned<ECC_KEY>(dup_ECC_KEY(made.get())) != nullptr;
+        return Held<free_ECC_KEY>(dup_ECC_KEY(made.get())) != nullptr;
     });
     EXPECT_GT(failures, 20U);
 }

@@ -17,7 +17,7 @@
 namespace {
 
 using namespace tlx_test;
-using Unit = Owned<KCDSA>;
+using Unit = Held<free_KCDSA>;
 
 const std::string kText = "This is a test message for KCDSA usage!";
 const Octets kMessage(kText.begin(), kText.end());

@@ -4,29 +4,16 @@
 #include <tlxcrypto.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
+
+#include "support/held.hpp"
 
 namespace tlx_test {
 
 using Octets = std::vector<std::uint8_t>;
 
-struct FreeValue {
-    void operator()(BIGINT *number) const { free_BIGINT(number); }
-    void operator()(ECPOINT *point) const { free_ECPOINT(point); }
-    void operator()(ECURVE *curve) const { free_ECURVE(curve); }
-    void operator()(DIGEST_UNIT *unit) const { free_DIGEST_UNIT(unit); }
-    void operator()(HMAC_UNIT *unit) const { free_HMAC_UNIT(unit); }
-    void operator()(BLOCK_CIPHER_UNIT *unit) const { free_BLOCK_CIPHER_UNIT(unit); }
-    void operator()(RC4_UNIT *unit) const { free_RC4_UNIT(unit); }
-    void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
-    void operator()(KCDSA *unit) const { free_KCDSA(unit); }
-    void operator()(ECC_KEY *key) const { free_ECC_KEY(key); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, FreeValue>;
-using Number = Owned<BIGINT>;
+using Number = Held<free_BIGINT>;
 
 inline std::uint32_t length(const Octets &octets) {
     return static_cast<std::uint32_t>(octets.size());
