@@ -20,26 +20,22 @@ std::string taken(std::uint8_t *octets, std::uint32_t size, std::uint32_t status
     return octets != nullptr ? hex_of(octets, size) : status_text(status);
 }
 
-std::string encode_ecdsa(const std::string &r_digits, const std::string &s_digits) {
+/// Encodes r and s in hexadecimal.
+template <typename Encode>
+std::string encoded(const std::string &r_digits, const std::string &s_digits, Encode encode) {
     const Octets r = hex(r_digits);
     const Octets s = hex(s_digits);
     std::uint8_t *out = nullptr;
     std::uint32_t len = 0;
-    const std::uint32_t status =
-        encode_ECDSASignatureValue(&out, &len, r.data(), size_of(r), s.data(), size_of(s));
-    EXPECT_EQ(out != nullptr, status == 0);
+    const std::uint32_t status = encode(&out, &len, r.data(), size_of(r), s.data(), size_of(s));
     return taken(out, len, status);
 }
 
 Operation encode_kcdsa(decltype(&encode_KCDSASignatureValue) encode) {
-    return {[encode](const Row &row) {
-                const Octets r = hex(row[1]);
-                const Octets s = hex(row[2]);
-                std::uint8_t *out = nullptr;
-                const std::uint32_t len = encode(&out, r.data(), size_of(r), s.data(), size_of(s));
-                return taken(out, len, len);
-            },
-            {"4F00003C"}};
+    const auto with_status = [encode](std::uint8_t **out, std::uint32_t *len, auto... numbers) {
+        return *len = encode(out, numbers...);
+    };
+    return {[with_status](const Row &row) { return encoded(row[1], row[2], with_status); }, {"4F00003C"}};
 }
 
 /// "r, s", or the status.
@@ -61,7 +57,7 @@ Operation decode(decltype(&decode_KCDSASignatureValue) function, const char *no_
 }
 
 TEST(SignatureValue, Rows) {
-    const auto encode = [](const Row &row) { return encode_ecdsa(row[1], row[2]); };
+    const auto encode = [](const Row &row) { return encoded(row[1], row[2], encode_ECDSASignatureValue); };
     expect_rows("signature_value.txt",
                 {{"encode ECDSA", {encode, {"462E003C", "462E0104"}}},
                  {"encode KCDSA", encode_kcdsa(encode_KCDSASignatureValue)},
@@ -84,7 +80,8 @@ TEST(SignatureValue, OfOpensslIsTheSame) {
         const std::string numbers = decoded(decode_ECDSASignatureValue, text);
         const std::size_t comma = numbers.find(", ");
         ASSERT_NE(comma, std::string::npos) << numbers;
-        EXPECT_EQ(encode_ecdsa(numbers.substr(0, comma), numbers.substr(comma + 2)), text);
+        EXPECT_EQ(encoded(numbers.substr(0, comma), numbers.substr(comma + 2), encode_ECDSASignatureValue),
+                  text);
     }
 }
 
