@@ -1,19 +1,16 @@
 // Node trees from hostile octets: every child under every expected type, written back and rebuilt. Complete
 // elements also by the functions that know no length.
-#include <tlxpki.h>
-
 #include <algorithm>
 #include <cstring>
 #include <span>
 #include <vector>
 
-#include "der/owned.hpp"
-#include "require.hpp"
+#include "values.hpp"
 
 namespace {
 
+using fuzz::Node;
 using fuzz::require;
-using Node = tlx::Owned<ASN1_UNIT>;
 using Octets = std::span<const std::uint8_t>;
 
 constexpr std::uint32_t kMostChildren = 16;
@@ -54,11 +51,10 @@ void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::u
 
 /// Writing a node gives the octets that were read, and reading them gives the node.
 void check_round_trip(const ASN1_UNIT *node) {
-    std::uint8_t *octets = nullptr;
-    const std::uint32_t size = ASN1_to_binary(node, &octets);
-    require(size != 0xFFFFFFFF);
-    const tlx::OwnedOctets<std::uint8_t> owner(octets);
-    const Node again(decodeToDERSequence_n(octets, size));
+    const std::string text = fuzz::octets_of(node);
+    const auto *octets = reinterpret_cast<const std::uint8_t *>(text.data());
+    const auto size = static_cast<std::uint32_t>(text.size());
+    const Node again = fuzz::node_of(octets, size);
     require(again != nullptr && getASN1ValueLength(again.get()) == getASN1ValueLength(node));
     require(std::memcmp(again->value, node->value, getASN1ValueLength(node)) == 0);
     require(decodeToDERSequence_n(octets, size - 1) == nullptr);

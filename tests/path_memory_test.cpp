@@ -63,12 +63,12 @@ TEST(FailingAllocations, WhileBuilding) {
 }
 
 TEST(FailingAllocations, WhileValidating) {
-    Chain chain = valid_chain(4);
-    chain[2].policies("1.2.3.1 1.2.3.2").with(extension::kPolicyConstraints, "30{80:01}");
-    chain[1].policies("1.2.3.1 1.2.3.2 2.5.29.32.0", true);
-    chain[0].policies("1.2.3.1 1.2.3.2");
-    chain[3].with(extension::kBasicConstraints, "30{01:FF 02:01}");
-    const Certificates model = make(chain);
+    const Certificates model =
+        make(EditedChain(4,
+                         "2 policies=1.2.3.1 1.2.3.2; 2 policyConstraints=30{80:01};"
+                         "1 certificatePolicies!=30{30{06:2A0301} 30{06:2A0302} 30{06:551D2000}};"
+                         "0 policies=1.2.3.1 1.2.3.2; 3 basicConstraints=30{01:FF 02:01}")
+                 .chain);
     const std::string whole = "0: 2.5.29.32.0; 1: 1.2.3.2; 2: 1.2.3.2!; 3: 1.2.3.2";
     std::set<std::uint32_t> seen;
     bool ended = false;
@@ -105,14 +105,9 @@ TEST(FailingAllocations, WhileValidating) {
 
 TEST(FailingAllocations, LetNoConstraintGoBy) {
     // Each of these paths has to fail, whichever allocation fails.
-    Chain too_long = valid_chain(3);
-    too_long[2].with(extension::kBasicConstraints, "30{01:FF 02:00}");
-    Chain without_policies = valid_chain(3);
-    for (auto &spec : without_policies)
-        spec.without(extension::kPolicies);
-    without_policies[1].with(extension::kPolicyConstraints, "30{80:01}");
-    for (const Chain &chain : {too_long, without_policies}) {
-        const Certificates path = make(chain);
+    for (const char *edits :
+         {"2 basicConstraints=30{01:FF 02:00}", "* -certificatePolicies; 1 policyConstraints=30{80:01}"}) {
+        const Certificates path = make(EditedChain(3, edits).chain);
         const std::uint32_t expected =
             validate_certpath_ex(path.get(), nullptr, nullptr, &kSettings, nullptr);
         ASSERT_NE(expected, 0U);
