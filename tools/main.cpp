@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kExitStatuses[] =
     "Exit status: 0 good, 1 not valid or not found, 2 wrong usage or input that cannot be read.\n"
-    "Input files are PEM (any number of blocks) or DER. See tlxpki(1).";
+    "Input files are PEM (any number of blocks) or DER, \"-\" is standard input. See tlxpki(1).";
 
 /// The request of the arguments.
 struct CommandLine {

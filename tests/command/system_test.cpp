@@ -43,6 +43,17 @@ TEST_F(CommandSystem, FilesThatRefuseToBeRead) {
     EXPECT_EQ(run({"show", "root.pem"}).errors, "tlxpki: root.pem: cannot be read: Permission denied\n");
 }
 
+TEST_F(CommandSystem, ReadsStandardInputAndStreams) {
+    const std::string command = " " TLX_COMMAND " verify --anchor root.pem --pool ";
+    EXPECT_NE(folder_.run("cat ca.pem |" + command + "- user.pem").find("user.pem: valid\n"), std::string::npos);
+    EXPECT_NE(folder_.run("cat user.pem |" + command + "ca.pem -").find("standard input: valid\n"),
+              std::string::npos);
+    EXPECT_NE(folder_.run("mkfifo pipe; cat ca.pem > pipe &" + command + "pipe user.pem").find("valid\n"),
+              std::string::npos);
+    EXPECT_EQ(run({"show", "/dev/zero"}).errors, "tlxpki: /dev/zero: does not end within 256 MB\n");
+    EXPECT_EQ(run({"asn1", "/dev/null"}).errors, "tlxpki: /dev/null: is empty\n");
+}
+
 TEST_F(CommandSystem, ColoursAndTheBarAreForTerminals) {
     const std::string one = " verify --anchor root.pem --pool ca.pem user.pem";
     const auto has = [this](const std::string &command, const std::string &part) {
