@@ -133,22 +133,27 @@ std::string what_it_holds(const Input &input) {
     return text;
 }
 
-/// The certificates of a file and, in the same order, why the others cannot be decoded. Throws Failure when
-/// the file has none of either.
-std::vector<LoadedCertificate> certificates_of(const std::string &path, std::vector<std::string> &failures) {
-    const Input input(path);
+/// The certificates of a file, and why others of it cannot be decoded.
+std::vector<LoadedCertificate> certificates_of(const Input &input, std::vector<std::string> &failures) {
     std::vector<LoadedCertificate> certificates;
-    bool has_any = false;
     for (const Block &block : input.blocks()) {
         if (block.unusable.empty() && !is_certificate_label(block.label)) continue;
-        has_any = true;
         try {
             certificates.push_back({decode_certificate(block), block.source, certificates.empty()});
         } catch (const Failure &failure) {
             failures.emplace_back(failure.what());
         }
     }
-    if (!has_any) throw Failure(source_of(path) + ": holds no CERTIFICATE" + what_it_holds(input));
+    return certificates;
+}
+
+/// The same for a file that has to have some certificate, good or not.
+std::vector<LoadedCertificate> certificates_in(const std::string &path, std::vector<std::string> &failures) {
+    const Input input(path);
+    std::vector<LoadedCertificate> certificates = certificates_of(input, failures);
+    if (certificates.empty() && failures.empty()) {
+        throw Failure(source_of(path) + ": holds no CERTIFICATE" + what_it_holds(input));
+    }
     return certificates;
 }
 
@@ -242,7 +247,7 @@ Certificate decode_certificate(const Block &block) {
 
 std::vector<LoadedCertificate> load_certificates(const std::string &path) {
     std::vector<std::string> failures;
-    std::vector<LoadedCertificate> certificates = certificates_of(path, failures);
+    std::vector<LoadedCertificate> certificates = certificates_in(path, failures);
     if (!failures.empty()) throw Failure(failures[0]);
     return certificates;
 }
@@ -252,7 +257,7 @@ std::vector<LoadedCertificate> collect_certificates(const std::string &path,
     std::error_code ignored;
     if (!std::filesystem::is_directory(file_path(path), ignored)) {
         std::vector<std::string> failures;
-        std::vector<LoadedCertificate> certificates = certificates_of(path, failures);
+        std::vector<LoadedCertificate> certificates = certificates_in(path, failures);
         if (certificates.empty()) throw Failure(failures[0]);
         warnings.insert(warnings.end(), failures.begin(), failures.end());
         return certificates;
@@ -260,7 +265,7 @@ std::vector<LoadedCertificate> collect_certificates(const std::string &path,
     std::vector<LoadedCertificate> certificates;
     for (const std::string &file : files_in(path)) {
         try {
-            for (LoadedCertificate &loaded : certificates_of(file, warnings)) {
+            for (LoadedCertificate &loaded : certificates_of(Input(file), warnings)) {
                 certificates.push_back(std::move(loaded));
             }
         } catch (const Failure &failure) {

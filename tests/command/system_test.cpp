@@ -45,7 +45,8 @@ TEST_F(CommandSystem, FilesThatRefuseToBeRead) {
 
 TEST_F(CommandSystem, ReadsStandardInputAndStreams) {
     const std::string command = " " TLX_COMMAND " verify --anchor root.pem --pool ";
-    EXPECT_NE(folder_.run("cat ca.pem |" + command + "- user.pem").find("user.pem: valid\n"), std::string::npos);
+    EXPECT_NE(folder_.run("cat ca.pem |" + command + "- user.pem").find("user.pem: valid\n"),
+              std::string::npos);
     EXPECT_NE(folder_.run("cat user.pem |" + command + "ca.pem -").find("standard input: valid\n"),
               std::string::npos);
     EXPECT_NE(folder_.run("mkfifo pipe; cat ca.pem > pipe &" + command + "pipe user.pem").find("valid\n"),
