@@ -52,7 +52,7 @@ class LineCounter {
     explicit LineCounter(string_view text) noexcept : text_(text) {}
     u32 line_of(std::size_t at) noexcept {
         for (; counted_ < at; ++counted_) {
-            const bool pair = text_[counted_] == '\r' && text_.substr(counted_ + 1).starts_with('\n');
+            const bool pair = text_[counted_] == '\r' && part(text_, counted_ + 1).starts_with('\n');
             if (!pair && (text_[counted_] == '\n' || text_[counted_] == '\r')) ++line_;
         }
         return line_;

@@ -22,12 +22,12 @@ bool is_control(char c) noexcept {
 }  // namespace
 
 bool PemScanner::is_pem() const noexcept {
-    return next_ != string_view::npos && std::ranges::none_of(text_.substr(0, next_), is_control);
+    return next_ != string_view::npos && std::ranges::none_of(part(text_, 0, next_), is_control);
 }
 
 /// Also after a byte order mark, which files keep when they are put together.
 bool PemScanner::begins_line(std::size_t at) const noexcept {
-    string_view before = text_.substr(0, at);
+    string_view before = part(text_, 0, at);
     if (before.ends_with(kByteOrderMark)) before.remove_suffix(kByteOrderMark.size());
     return before.empty() || kLineEnds.find(before.back()) != string_view::npos;
 }
@@ -48,7 +48,7 @@ std::size_t PemScanner::find_begin(std::size_t from) const noexcept {
 std::size_t PemScanner::find_end(std::size_t from) const noexcept {
     for (std::size_t at = text_.find(kDashes, from); at != string_view::npos;
          at = text_.find(kDashes, at + 1)) {
-        const string_view rest = text_.substr(at);
+        const string_view rest = part(text_, at);
         if (rest.starts_with(kEnd)) return at;
         if (rest.starts_with(kBegin) && begins_line(at)) break;
     }
@@ -57,10 +57,10 @@ std::size_t PemScanner::find_end(std::size_t from) const noexcept {
 
 /// The label at the given place. False when no dashes follow it on its line.
 bool PemScanner::read_label(std::size_t at, string_view &label) const noexcept {
-    const string_view line = text_.substr(at, end_of_line(at) - at);
+    const string_view line = part(text_, at, end_of_line(at) - at);
     const std::size_t dashes = line.find(kDashes);
     if (dashes == string_view::npos) return false;
-    label = line.substr(0, dashes);
+    label = part(line, 0, dashes);
     return true;
 }
 
@@ -68,7 +68,7 @@ bool PemScanner::next(PemBlock &block) noexcept {
     if (next_ == string_view::npos) return false;
     block = {};
     const std::size_t after = read_block(block);
-    block.whole = text_.substr(next_, after - next_);
+    block.whole = part(text_, next_, after - next_);
     next_ = find_begin(after);
     return true;
 }
@@ -93,7 +93,7 @@ std::size_t PemScanner::read_block(PemBlock &block) const noexcept {
         return end_of_line(end);
     }
     if (end_label != block.label) block.status = 0x4E010048;
-    if (block.status == 0) block.body = text_.substr(body, end - body);
+    if (block.status == 0) block.body = part(text_, body, end - body);
     return end + kEnd.size() + end_label.size() + kDashes.size();
 }
 
@@ -104,9 +104,9 @@ string_view take_headers(string_view &body) noexcept {
     while (line_end != string_view::npos) {
         const std::size_t next = body.find('\n', line_end + 1);
         if (next == string_view::npos) break;
-        const string_view line = body.substr(line_end, next - line_end);
+        const string_view line = part(body, line_end, next - line_end);
         if (line.find_first_not_of(" \t\r\n") == string_view::npos) {
-            const string_view headers = body.substr(0, line_end);
+            const string_view headers = part(body, 0, line_end);
             body.remove_prefix(next);
             return headers;
         }

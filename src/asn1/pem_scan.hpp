@@ -1,11 +1,19 @@
 // Where the PEM blocks of a text stand (RFC 7468).
 #pragma once
 
+#include <algorithm>
 #include <string_view>
 
 #include "der/types.hpp"
 
 namespace tlx {
+
+/// A part of a text; unlike substr() it has no exception to throw, which would bring its support into the
+/// DLL.
+inline std::string_view part(std::string_view text, std::size_t at,
+                             std::size_t count = std::string_view::npos) noexcept {
+    return {text.data() + at, std::min(count, text.size() - at)};
+}
 
 /// One block as it stands in the text.
 struct PemBlock {

@@ -13,7 +13,8 @@ namespace fs = std::filesystem;
 InFolder::InFolder() {
     const fs::path folder = tlx_test::utf8_path(folder_.path(""));
     for (const char *data : {"tests/data/chains", "tests/data/x509", "tests/data/keys"})
-        fs::copy(in_source(data), folder);
+        for (const fs::directory_entry &file : fs::directory_iterator(in_source(data)))
+            if (file.is_regular_file()) fs::copy_file(file.path(), folder / file.path().filename());
     fs::copy_file(in_source("tests/command/issue.sh"), folder / "issue.sh");
     fs::current_path(folder);
 }

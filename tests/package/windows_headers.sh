@@ -16,7 +16,8 @@ compile() {  # compiler and language, source on the standard input
 }
 
 cd "$include"
-mapfile -t headers < <(find . -name '*.h' | sed 's|^\./||' | sort)
+# with_openssl.h has to come first, which package.openssl_headers tests.
+mapfile -t headers < <(find . -name '*.h' ! -name with_openssl.h | sed 's|^\./||' | sort)
 
 # Every header where the names have become macros since another one was included, for both compilers.
 sed -nE 's/^#undef (.*)/#define \1 ((const char *)1)/p' tlxpki/wincrypt.h >"$work/macros_of_windows.h"
