@@ -165,7 +165,7 @@ std::vector<std::string> files_in(const std::string &folder) {
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         std::error_code ignored;
         if (!entry->is_regular_file(ignored)) continue;
-        const std::u8string name = entry->path().u8string();
+        const std::u8string name = entry->path().generic_u8string();
         files.emplace_back(name.begin(), name.end());
     }
     if (error) throw Failure(folder + ": cannot be read: " + error.message());
