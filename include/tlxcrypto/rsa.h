@@ -76,6 +76,10 @@ TLXCRYPTO_API void free_RSA_UNIT(RSA_UNIT *unit);
  * verifying computes from the numbers, whichever of them verifies first. */
 TLXCRYPTO_API RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit);
 
+/** Makes a public key from its numbers as unsigned big-endian octets; freed with free_RSA_UNIT(). Null for a
+ * null argument. */
+TLXCRYPTO_API RSA_UNIT *binary_to_RSA_UNIT(const uint8_t *modulus, uint32_t modulus_len,
+                                           const uint8_t *exponent, uint32_t exponent_len);
 /** Makes the unit a public key and drops what it held. */
 TLXCRYPTO_API uint32_t set_RSA_UNIT_public(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e);
 /** Makes the unit a private key and drops what it held, without checking the numbers against each other. p to

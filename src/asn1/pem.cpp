@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "asn1/pem_scan.hpp"
 #include "der/element.hpp"
 #include "der/memory.hpp"
 #include "der/values.hpp"
@@ -18,9 +19,7 @@ namespace {
 
 using std::string_view;
 
-constexpr string_view kBegin = "-----BEGIN ";
-constexpr string_view kEnd = "\n-----END ";
-constexpr string_view kDashes = "-----";
+constexpr string_view kNewline = "\n";
 constexpr string_view kDashesLine = "-----\n";
 constexpr std::size_t kShortest = 20;
 constexpr u32 kFailed = 0xFFFFFFFF;
@@ -32,7 +31,7 @@ char *put(char *at, string_view text) noexcept {
 
 /// The Base64 between the header line and the next "-", line ends included; empty when there is none.
 string_view body_of(string_view pem) noexcept {
-    const std::size_t dashes = pem.find(kDashes, kDashes.size());
+    const std::size_t dashes = pem.find(kPemDashes, kPemDashes.size());
     if (dashes == string_view::npos) return {};
     const std::size_t start = pem.find_first_not_of(" \r\n-", dashes);
     if (start == string_view::npos) return {};
@@ -47,14 +46,15 @@ uint32_t base64ToPEM(const char *base64, int32_t len, const char *label, uint32_
     if (base64 == nullptr || out == nullptr || len < 0 || (label == nullptr && label_len > 0)) return 0;
     const string_view body(base64, static_cast<std::size_t>(len));
     const string_view name(label, label_len);
-    const std::size_t size =
-        kBegin.size() + kEnd.size() + 2 * (name.size() + kDashesLine.size()) + body.size();
+    const std::size_t size = kPemBegin.size() + kNewline.size() + kPemEnd.size() +
+                             2 * (name.size() + kDashesLine.size()) + body.size();
     if (size > kMaxLength) return 0;
     auto *pem = static_cast<char *>(TLX_ALLOCATE(size + 1));
     if (pem == nullptr) return 0;
 
     char *at = pem;
-    for (const string_view text : {kBegin, name, kDashesLine, body, kEnd, name, kDashesLine}) {
+    for (const string_view text :
+         {kPemBegin, name, kDashesLine, body, kNewline, kPemEnd, name, kDashesLine}) {
         at = put(at, text);
     }
     *at = '\0';

@@ -8,9 +8,6 @@ namespace {
 
 using std::string_view;
 
-constexpr string_view kBegin = "-----BEGIN ";
-constexpr string_view kEnd = "-----END ";
-constexpr string_view kDashes = "-----";
 constexpr string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr string_view kLineEnds = "\r\n";
 
@@ -37,20 +34,20 @@ std::size_t PemScanner::end_of_line(std::size_t at) const noexcept {
 }
 
 std::size_t PemScanner::find_begin(std::size_t from) const noexcept {
-    std::size_t at = text_.find(kBegin, from);
+    std::size_t at = text_.find(kPemBegin, from);
     while (at != string_view::npos && !begins_line(at)) {
-        at = text_.find(kBegin, at + 1);
+        at = text_.find(kPemBegin, at + 1);
     }
     return at;
 }
 
 /// Where "-----END " stands; npos when there is none before the next block.
 std::size_t PemScanner::find_end(std::size_t from) const noexcept {
-    for (std::size_t at = text_.find(kDashes, from); at != string_view::npos;
-         at = text_.find(kDashes, at + 1)) {
+    for (std::size_t at = text_.find(kPemDashes, from); at != string_view::npos;
+         at = text_.find(kPemDashes, at + 1)) {
         const string_view rest = part(text_, at);
-        if (rest.starts_with(kEnd)) return at;
-        if (rest.starts_with(kBegin) && begins_line(at)) break;
+        if (rest.starts_with(kPemEnd)) return at;
+        if (rest.starts_with(kPemBegin) && begins_line(at)) break;
     }
     return string_view::npos;
 }
@@ -58,7 +55,7 @@ std::size_t PemScanner::find_end(std::size_t from) const noexcept {
 /// The label at the given place. False when no dashes follow it on its line.
 bool PemScanner::read_label(std::size_t at, string_view &label) const noexcept {
     const string_view line = part(text_, at, end_of_line(at) - at);
-    const std::size_t dashes = line.find(kDashes);
+    const std::size_t dashes = line.find(kPemDashes);
     if (dashes == string_view::npos) return false;
     label = part(line, 0, dashes);
     return true;
@@ -76,25 +73,25 @@ bool PemScanner::next(PemBlock &block) noexcept {
 /// Reads the block at next_. Returns where it ends: with a broken line, or where the next one begins when it
 /// has no end.
 std::size_t PemScanner::read_block(PemBlock &block) const noexcept {
-    const std::size_t label = next_ + kBegin.size();
+    const std::size_t label = next_ + kPemBegin.size();
     if (!read_label(label, block.label)) {
         block.status = 0x4E010000;
         return end_of_line(label);
     }
-    const std::size_t body = label + block.label.size() + kDashes.size();
+    const std::size_t body = label + block.label.size() + kPemDashes.size();
     const std::size_t end = find_end(body);
     if (end == string_view::npos) {
         block.status = 0x4E010047;
         return std::min(find_begin(body), text_.size());
     }
     string_view end_label;
-    if (!read_label(end + kEnd.size(), end_label)) {
+    if (!read_label(end + kPemEnd.size(), end_label)) {
         block.status = 0x4E010000;
         return end_of_line(end);
     }
     if (end_label != block.label) block.status = 0x4E010048;
     if (block.status == 0) block.body = part(text_, body, end - body);
-    return end + kEnd.size() + end_label.size() + kDashes.size();
+    return end + kPemEnd.size() + end_label.size() + kPemDashes.size();
 }
 
 string_view take_headers(string_view &body) noexcept {

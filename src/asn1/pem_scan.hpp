@@ -15,6 +15,10 @@ inline std::string_view part(std::string_view text, std::size_t at,
     return {text.data() + at, std::min(count, text.size() - at)};
 }
 
+constexpr std::string_view kPemBegin = "-----BEGIN ";
+constexpr std::string_view kPemEnd = "-----END ";
+constexpr std::string_view kPemDashes = "-----";
+
 /// One block as it stands in the text.
 struct PemBlock {
     std::string_view label;

@@ -35,6 +35,8 @@ class KeyNumbers {
         return true;
     }
 
+    void set(u32 index, OwnedBigint number) noexcept { values_[index] = std::move(number); }
+
   private:
     OwnedBigint values_[N];
 };

@@ -63,6 +63,20 @@ RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit) {
     return copy;
 }
 
+RSA_UNIT *binary_to_RSA_UNIT(const uint8_t *modulus, uint32_t modulus_len, const uint8_t *exponent,
+                             uint32_t exponent_len) {
+    OwnedBigint n(binary_to_BIGINT(modulus, modulus_len));
+    OwnedBigint e(binary_to_BIGINT(exponent, exponent_len));
+    OwnedModulus prepared = make_modulus();
+    if (n == nullptr || e == nullptr || prepared == nullptr) return nullptr;
+    RSA_UNIT *unit = new_RSA_UNIT();
+    if (unit == nullptr) return nullptr;
+    unit->numbers.set(TLX_RSA_N, std::move(n));
+    unit->numbers.set(TLX_RSA_E, std::move(e));
+    unit->cache.modulus = std::move(prepared);
+    return unit;
+}
+
 uint32_t set_RSA_UNIT_public(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e) {
     if (unit == nullptr || n == nullptr || e == nullptr) return 1;
     return set_numbers(*unit, TLX_RSA_PUBLIC, {n, e}, make_modulus()) ? 0 : 1;

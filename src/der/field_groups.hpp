@@ -8,20 +8,10 @@
 
 namespace tlx {
 
-/// An inner SEQUENCE (or SET) whose members lie in the record around it. Elements after the last one are
-/// ignored or refused.
-template <typename... Fields>
-struct Group {
-    u8 tag;
-    Presence presence;
-    bool others_allowed;
-    std::tuple<Fields...> fields;
-
-    [[nodiscard]] constexpr Group exactly() const noexcept { return {tag, presence, false, fields}; }
-    /// Absent only at the end, and not written when all of its members are absent.
-    [[nodiscard]] constexpr Group trailing() const noexcept {
-        return {tag, Presence::trailing, others_allowed, fields};
-    }
+/// What fields have in common with one field.
+template <typename... Members>
+struct Fields {
+    std::tuple<Members...> fields;
 
     template <typename R>
     void clear(R &record) const noexcept {
@@ -36,50 +26,62 @@ struct Group {
         return std::apply([&](const auto &...each) { return (each.absent(record) && ...); }, fields);
     }
     template <typename R>
+    void write_all(Encoder &out, const R &record) const noexcept {
+        std::apply([&](const auto &...each) { (each.write(out, record), ...); }, fields);
+    }
+    /// Reads one after the other; the first status that is not 0.
+    template <typename R>
+    [[nodiscard]] u32 read_all(Cursor &children, R &record) const noexcept {
+        u32 status = 0;
+        const auto next = [&](const auto &each) { return (status = each.read(children, record)) == 0; };
+        std::apply([&](const auto &...each) { return (next(each) && ...); }, fields);
+        return status;
+    }
+};
+
+/// An inner SEQUENCE (or SET) whose members lie in the record around it. Elements after the last one are
+/// ignored or refused.
+template <typename... Members>
+struct Group : Fields<Members...> {
+    u8 tag;
+    Presence presence;
+    bool others_allowed;
+
+    [[nodiscard]] constexpr Group exactly() const noexcept { return {*this, tag, presence, false}; }
+    /// Absent only at the end, and not written when all of its members are absent.
+    [[nodiscard]] constexpr Group trailing() const noexcept {
+        return {*this, tag, Presence::trailing, others_allowed};
+    }
+
+    template <typename R>
     [[nodiscard]] u32 read(Cursor &children, R &record) const noexcept {
-        clear(record);
+        this->clear(record);
         if (presence == Presence::trailing && children.at_end()) return 0;
         Element inner;
         if (!children.next(tag, inner)) return kFieldFailed;
         Cursor members(inner);
-        u32 status = 0;
-        const auto next = [&](const auto &each) { return (status = each.read(members, record)) == 0; };
-        if (!std::apply([&](const auto &...each) { return (next(each) && ...); }, fields)) return status;
+        if (const u32 status = this->read_all(members, record); status != 0) return status;
         return others_allowed || members.at_end() ? 0 : kFieldFailed;
     }
     template <typename R>
     void write(Encoder &out, const R &record) const noexcept {
-        if (presence == Presence::trailing && absent(record)) return;
+        if (presence == Presence::trailing && this->absent(record)) return;
         const auto inner = out.nest(tag);
-        std::apply([&](const auto &...each) { (each.write(out, record), ...); }, fields);
+        this->write_all(out, record);
     }
 };
-template <typename... Fields>
-constexpr Group<Fields...> group(u8 tag, Fields... fields) noexcept {
-    return {tag, Presence::mandatory, true, {fields...}};
+template <typename... Members>
+constexpr Group<Members...> group(u8 tag, Members... members) noexcept {
+    return {{{members...}}, tag, Presence::mandatory, true};
 }
 
 /// Members in any order, up to the last child. Of repeated ones the last counts; a child that is none of them
 /// is ignored. Writing keeps the order of the description.
-template <bool ByNumber, typename... Fields>
-struct AnyOrder {
-    std::tuple<Fields...> fields;
-
-    template <typename R>
-    void clear(R &record) const noexcept {
-        std::apply([&](const auto &...each) { (each.clear(record), ...); }, fields);
-    }
-    template <typename R>
-    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
-        return std::apply([&](const auto &...each) { return (each.copy(to, from) && ...); }, fields);
-    }
-    template <typename R>
-    [[nodiscard]] bool absent(const R &record) const noexcept {
-        return std::apply([&](const auto &...each) { return (each.absent(record) && ...); }, fields);
-    }
+template <bool ByNumber, typename... Members>
+struct AnyOrder : Fields<Members...> {
     template <typename R>
     [[nodiscard]] u32 read(Cursor &children, R &record) const noexcept {
-        clear(record);
+        this->clear(record);
         Element child;
         while (!children.at_end()) {
             if (!children.next(child)) return kFieldFailed;
@@ -89,25 +91,25 @@ struct AnyOrder {
                 if (own) status = each.take(child, record);
                 return own;
             };
-            std::apply([&](const auto &...each) { return (take(each) || ...); }, fields);
+            std::apply([&](const auto &...each) { return (take(each) || ...); }, this->fields);
             if (status != 0) return status;
         }
         return 0;
     }
     template <typename R>
     void write(Encoder &out, const R &record) const noexcept {
-        std::apply([&](const auto &...each) { (each.write(out, record), ...); }, fields);
+        this->write_all(out, record);
     }
 };
 /// Each field knows its elements by its tag.
-template <typename... Fields>
-constexpr AnyOrder<false, Fields...> by_tag(Fields... fields) noexcept {
-    return {{fields...}};
+template <typename... Members>
+constexpr AnyOrder<false, Members...> by_tag(Members... members) noexcept {
+    return {{{members...}}};
 }
 /// The tag number alone tells, whatever the class.
-template <typename... Fields>
-constexpr AnyOrder<true, Fields...> by_number(Fields... fields) noexcept {
-    return {{fields...}};
+template <typename... Members>
+constexpr AnyOrder<true, Members...> by_number(Members... members) noexcept {
+    return {{{members...}}};
 }
 
 /// One alternative of a member DEFINED BY an identifier.
@@ -167,10 +169,9 @@ struct DefinedBy {
             use(otherwise);
     }
 };
-template <typename R, typename Otherwise, typename... Fields>
-constexpr DefinedBy<R, Otherwise, When<Fields>...> defined_by(OBJECT_IDENTIFIER *R::*type,
-                                                              Otherwise otherwise,
-                                                              When<Fields>... alternatives) noexcept {
+template <typename R, typename Otherwise, typename... F>
+constexpr DefinedBy<R, Otherwise, When<F>...> defined_by(OBJECT_IDENTIFIER *R::*type, Otherwise otherwise,
+                                                         When<F>... alternatives) noexcept {
     return {type, otherwise, {alternatives...}};
 }
 

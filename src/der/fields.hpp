@@ -25,22 +25,9 @@ enum class Presence : u8 {
 
 /// A member that owns its value through a pointer, null when it is absent.
 template <typename R, typename Kind>
-struct Field {
+struct OwnedMember {
     using T = typename Kind::type;
     T *R::*member;
-    Tagging tagging = Tagging::none;
-    u8 number = 0;
-    Presence presence = Presence::mandatory;
-    bool any_class = false;
-
-    /// The same field, mandatory; for those that are optional by themselves.
-    [[nodiscard]] constexpr Field required() const noexcept {
-        return {member, tagging, number, Presence::mandatory, any_class};
-    }
-    /// The same optional field, which also takes a context-specific element for its own.
-    [[nodiscard]] constexpr Field of_any_class() const noexcept {
-        return {member, tagging, number, presence, true};
-    }
 
     void clear(R &record) const noexcept {
         if (record.*member != nullptr) Kind::free(record.*member);
@@ -51,6 +38,28 @@ struct Field {
         to.*member = Kind::dup(from.*member);
         return to.*member != nullptr;
     }
+};
+
+/// Such a member with its encoding.
+template <typename R, typename Kind>
+struct Field : OwnedMember<R, Kind> {
+    using Base = OwnedMember<R, Kind>;
+    using Base::member;
+    using typename Base::T;
+    Tagging tagging = Tagging::none;
+    u8 number = 0;
+    Presence presence = Presence::mandatory;
+    bool any_class = false;
+
+    /// The same field, mandatory; for those that are optional by themselves.
+    [[nodiscard]] constexpr Field required() const noexcept {
+        return {{member}, tagging, number, Presence::mandatory, any_class};
+    }
+    /// The same optional field, which also takes a context-specific element for its own.
+    [[nodiscard]] constexpr Field of_any_class() const noexcept {
+        return {{member}, tagging, number, presence, true};
+    }
+
     [[nodiscard]] bool absent(const R &record) const noexcept { return record.*member == nullptr; }
 
     /// True for an element that this field takes for its own.
@@ -81,7 +90,7 @@ struct Field {
         if (tagging != Tagging::implicit && !may_hold<Kind>(inner)) return kFieldFailed;
         T *value = nullptr;
         if (const u32 status = Kind::decode(inner, &value); status != 0) return status;
-        clear(record);
+        this->clear(record);
         record.*member = value;
         return 0;
     }
@@ -89,7 +98,7 @@ struct Field {
         Element child;
         Cursor ahead = children;
         if (!ahead.next(child) || !accepts(child)) {
-            clear(record);
+            this->clear(record);
             const bool may_lack =
                 presence == Presence::optional || (presence == Presence::trailing && children.at_end());
             return may_lack ? 0 : kFieldFailed;
@@ -119,25 +128,25 @@ struct Field {
 
 template <typename Kind, typename R>
 constexpr Field<R, Kind> field(typename Kind::type *R::*member) noexcept {
-    return {member};
+    return {{member}};
 }
 template <typename Kind, typename R>
 constexpr Field<R, Kind> optional(typename Kind::type *R::*member) noexcept {
-    return {member, Tagging::none, 0, Presence::optional};
+    return {{member}, Tagging::none, 0, Presence::optional};
 }
 template <typename Kind, typename R>
 constexpr Field<R, Kind> trailing(typename Kind::type *R::*member) noexcept {
-    return {member, Tagging::none, 0, Presence::trailing};
+    return {{member}, Tagging::none, 0, Presence::trailing};
 }
 /// [number] IMPLICIT ... OPTIONAL
 template <typename Kind, typename R>
 constexpr Field<R, Kind> implicit(u8 number, typename Kind::type *R::*member) noexcept {
-    return {member, Tagging::implicit, number, Presence::optional};
+    return {{member}, Tagging::implicit, number, Presence::optional};
 }
 /// [number] EXPLICIT ... OPTIONAL
 template <typename Kind, typename R>
 constexpr Field<R, Kind> explicitly(u8 number, typename Kind::type *R::*member) noexcept {
-    return {member, Tagging::explicitly, number, Presence::optional};
+    return {{member}, Tagging::explicitly, number, Presence::optional};
 }
 
 /// A BOOLEAN held as its contents octet.
@@ -290,28 +299,17 @@ constexpr NumberField<R, T, TLX_TAG_ENUMERATED> enumerated(T R::*member) noexcep
 
 /// A member without an encoding: it is copied and freed with the record, and empty after reading.
 template <typename R, typename Kind>
-struct KeptField {
-    typename Kind::type *R::*member;
-
-    void clear(R &record) const noexcept {
-        if (record.*member != nullptr) Kind::free(record.*member);
-        record.*member = nullptr;
-    }
-    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
-        if (from.*member == nullptr) return true;
-        to.*member = Kind::dup(from.*member);
-        return to.*member != nullptr;
-    }
+struct KeptField : OwnedMember<R, Kind> {
     [[nodiscard]] bool absent(const R & /*record*/) const noexcept { return true; }
     [[nodiscard]] u32 read(Cursor & /*children*/, R &record) const noexcept {
-        clear(record);
+        this->clear(record);
         return 0;
     }
     void write(Encoder & /*out*/, const R & /*record*/) const noexcept {}
 };
 template <typename Kind, typename R>
 constexpr KeptField<R, Kind> kept(typename Kind::type *R::*member) noexcept {
-    return {member};
+    return {{member}};
 }
 
 /// The same for a plain word.
@@ -353,7 +351,7 @@ struct ReceivedField : KeptField<R, Received> {
 };
 template <typename R>
 constexpr ReceivedField<R> received(TLX_RECEIVED *R::*member) noexcept {
-    return {{member}};
+    return {{{member}}};
 }
 
 /// A described record that lies in this one, not behind a pointer.

@@ -73,22 +73,15 @@ constexpr Count beginning() noexcept {
     return {0, kAnyNumber, Rest::unread};
 }
 
-template <typename R, typename... Fields>
-struct Record {
+template <typename R, typename... Members>
+struct Record : Fields<Members...> {
     using type = R;
     Count count;
     OnFailure on_failure;
-    std::tuple<Fields...> fields;
 
     /// The same record, where a failed decoder leaves the caller's in another state.
-    [[nodiscard]] constexpr Record but(OnFailure other) const noexcept { return {count, other, fields}; }
+    [[nodiscard]] constexpr Record but(OnFailure other) const noexcept { return {*this, count, other}; }
 
-    void clear(R &record) const noexcept {
-        std::apply([&](const auto &...each) { (each.clear(record), ...); }, fields);
-    }
-    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
-        return std::apply([&](const auto &...each) { return (each.copy(to, from) && ...); }, fields);
-    }
     [[nodiscard]] bool counts(const Element &element) const noexcept {
         if (count.least == 0 && count.most == kAnyNumber) return true;
         const u32 children = count_children(element.contents);
@@ -97,20 +90,19 @@ struct Record {
     /// Fills the record member by member; members are freed as others take their place.
     [[nodiscard]] u32 read(const Element &element, R &record) const noexcept {
         Cursor children(element);
-        u32 status = 0;
-        const auto next = [&](const auto &each) { return (status = each.read(children, record)) == 0; };
-        if (!std::apply([&](const auto &...each) { return (next(each) && ...); }, fields)) return status;
+        if (const u32 status = this->read_all(children, record); status != 0) return status;
         if (!ends_well(children)) return kFieldFailed;
         const auto receive = [&](const auto &each) {
             if constexpr (requires { each.receive(element, record); }) return each.receive(element, record);
             return true;
         };
-        return std::apply([&](const auto &...each) { return (receive(each) && ...); }, fields) ? 0
-                                                                                               : kFieldFailed;
+        const bool received =
+            std::apply([&](const auto &...each) { return (receive(each) && ...); }, this->fields);
+        return received ? 0 : kFieldFailed;
     }
     void write(Encoder &out, const R &record, u8 tag = kSequence) const noexcept {
         const auto sequence = out.nest(tag);
-        std::apply([&](const auto &...each) { (each.write(out, record), ...); }, fields);
+        this->write_all(out, record);
     }
 
   private:
@@ -122,9 +114,9 @@ struct Record {
     }
 };
 
-template <typename R, typename... Fields>
-constexpr Record<R, Fields...> record(Count count, Fields... fields) noexcept {
-    return {count, OnFailure::as_filled, {fields...}};
+template <typename R, typename... Members>
+constexpr Record<R, Members...> record(Count count, Members... members) noexcept {
+    return {{{members...}}, count, OnFailure::as_filled};
 }
 
 // ---- The operations of a description ----

@@ -98,14 +98,24 @@ bool replace(X509_ALGO_IDENTIFIER *&member, X509_ALGO_IDENTIFIER *replacement) n
     return true;
 }
 
-bool set_hash(X509_ALGO_IDENTIFIER *&member, const OBJECT_IDENTIFIER *oid) noexcept {
+/// What both kinds of parameters return when an argument is missing, and when memory runs out.
+struct SetterCodes {
+    u32 missing_argument;
+    u32 not_made;
+};
+
+template <typename Param>
+u32 set_hash(Param *param, const OBJECT_IDENTIFIER *oid, SetterCodes codes) noexcept {
+    if (param == nullptr || oid == nullptr) return codes.missing_argument;
     Encoder parameters;
     parameters.null();
-    return replace(member, make_algorithm(oid, parameters));
+    return replace(param->hashAlgorithm, make_algorithm(oid, parameters)) ? 0 : codes.not_made;
 }
 
 /// MGF1 with SHA-1, whatever the message digest: what programs of this field expect of each other.
-u32 set_mask_generation(X509_ALGO_IDENTIFIER *&member, const OBJECT_IDENTIFIER *oid) noexcept {
+template <typename Param>
+u32 set_mask_generation(Param *param, const OBJECT_IDENTIFIER *oid, u32 missing_argument) noexcept {
+    if (param == nullptr || oid == nullptr) return missing_argument;
     const Owned<OBJECT_IDENTIFIER> mgf1(index_to_OBJECT_IDENTIFIER(oid::kMgf1));
     if (!mgf1) return 0x4913003C;
     if (cmp_OBJECT_IDENTIFIER(oid, mgf1.get()) != 0) return 0x49130048;
@@ -115,7 +125,7 @@ u32 set_mask_generation(X509_ALGO_IDENTIFIER *&member, const OBJECT_IDENTIFIER *
         parameters.oid(OID_LIST(oid::kSha1)->dotted);
         parameters.null();
     }
-    return replace(member, make_algorithm(oid, parameters)) ? 0 : 0x49130103;
+    return replace(param->maskGenAlgorithm, make_algorithm(oid, parameters)) ? 0 : 0x49130103;
 }
 
 template <typename Description, typename Param>
@@ -131,7 +141,10 @@ u32 set_parameters(X509_ALGO_IDENTIFIER *algorithm, const Description &descripti
     return 0;
 }
 
-using RegisteredOid = Owned<OBJECT_IDENTIFIER>;
+/// Null for an index that the registry lacks, which the setters refuse as a missing argument.
+Owned<OBJECT_IDENTIFIER> registered(int32_t index) noexcept {
+    return Owned<OBJECT_IDENTIFIER>(index_to_OBJECT_IDENTIFIER(index));
+}
 
 }  // namespace
 
@@ -148,23 +161,19 @@ u32 Codec<RSASSA_PSS_PARAM>::decode(const Element &element, RSASSA_PSS_PARAM **o
 }
 
 uint32_t set_RSASSA_PSS_PARAM_hashAlgorithm_OID(RSASSA_PSS_PARAM *param, const OBJECT_IDENTIFIER *oid) {
-    if (param == nullptr || oid == nullptr) return 0x49120049;
-    return set_hash(param->hashAlgorithm, oid) ? 0 : 0x49120103;
+    return set_hash(param, oid, {0x49120049, 0x49120103});
 }
 
 uint32_t set_RSASSA_PSS_PARAM_hashAlgorithm(RSASSA_PSS_PARAM *param, int32_t index) {
-    const RegisteredOid oid(index_to_OBJECT_IDENTIFIER(index));
-    return set_RSASSA_PSS_PARAM_hashAlgorithm_OID(param, oid.get());
+    return set_RSASSA_PSS_PARAM_hashAlgorithm_OID(param, registered(index).get());
 }
 
 uint32_t set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(RSASSA_PSS_PARAM *param, const OBJECT_IDENTIFIER *oid) {
-    if (param == nullptr || oid == nullptr) return 0x49130049;
-    return set_mask_generation(param->maskGenAlgorithm, oid);
+    return set_mask_generation(param, oid, 0x49130049);
 }
 
 uint32_t set_RSASSA_PSS_PARAM_maskGenAlgorithm(RSASSA_PSS_PARAM *param, int32_t index) {
-    const RegisteredOid oid(index_to_OBJECT_IDENTIFIER(index));
-    return set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(param, oid.get());
+    return set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(param, registered(index).get());
 }
 
 // The name says trailer field, but the salt length is what it sets: programs pass it their salt's octets.
@@ -195,23 +204,19 @@ u32 Codec<RSAES_OAEP_PARAM>::decode(const Element &element, RSAES_OAEP_PARAM **o
 }
 
 uint32_t set_RSAES_OAEP_PARAM_hashAlgorithm_OID(RSAES_OAEP_PARAM *param, const OBJECT_IDENTIFIER *oid) {
-    if (param == nullptr || oid == nullptr) return 0x490F0049;
-    return set_hash(param->hashAlgorithm, oid) ? 0 : 0x490F0103;
+    return set_hash(param, oid, {0x490F0049, 0x490F0103});
 }
 
 uint32_t set_RSAES_OAEP_PARAM_hashAlgorithm(RSAES_OAEP_PARAM *param, int32_t index) {
-    const RegisteredOid oid(index_to_OBJECT_IDENTIFIER(index));
-    return set_RSAES_OAEP_PARAM_hashAlgorithm_OID(param, oid.get());
+    return set_RSAES_OAEP_PARAM_hashAlgorithm_OID(param, registered(index).get());
 }
 
 uint32_t set_RSAES_OAEP_PARAM_maskGenAlgorithm_OID(RSAES_OAEP_PARAM *param, const OBJECT_IDENTIFIER *oid) {
-    if (param == nullptr || oid == nullptr) return 0x490F0049;
-    return set_mask_generation(param->maskGenAlgorithm, oid);
+    return set_mask_generation(param, oid, 0x490F0049);
 }
 
 uint32_t set_RSAES_OAEP_PARAM_maskGenAlgorithm(RSAES_OAEP_PARAM *param, int32_t index) {
-    const RegisteredOid oid(index_to_OBJECT_IDENTIFIER(index));
-    return set_RSAES_OAEP_PARAM_maskGenAlgorithm_OID(param, oid.get());
+    return set_RSAES_OAEP_PARAM_maskGenAlgorithm_OID(param, registered(index).get());
 }
 
 // The mask generation function has to be there first: callers see a forgotten one here.
@@ -230,8 +235,7 @@ uint32_t set_RSAES_OAEP_PARAM_pSourceAlgorithm_OID(RSAES_OAEP_PARAM *param, cons
 
 uint32_t set_RSAES_OAEP_PARAM_pSourceAlgorithm(RSAES_OAEP_PARAM *param, int32_t index, const uint8_t *label,
                                                int32_t label_len) {
-    const RegisteredOid oid(index_to_OBJECT_IDENTIFIER(index));
-    return set_RSAES_OAEP_PARAM_pSourceAlgorithm_OID(param, oid.get(), label, label_len);
+    return set_RSAES_OAEP_PARAM_pSourceAlgorithm_OID(param, registered(index).get(), label, label_len);
 }
 
 uint32_t set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(X509_ALGO_IDENTIFIER *algorithm,

@@ -53,12 +53,9 @@ KeyOutcome decode_rsa(X509_PUBKEY &pubkey, Bytes octets) noexcept {
     if (!next_integer(members, modulus) || !next_integer(members, exponent) || !members.at_end()) {
         return KeyOutcome::unknown;
     }
-    const Owned<BIGINT> n(decode_integer(modulus));
-    const Owned<BIGINT> e(decode_integer(exponent));
-    OwnedRsa unit(new_RSA_UNIT());
-    if (!n || !e || !unit || set_RSA_UNIT_public(unit.get(), n.get(), e.get()) != 0) {
-        return KeyOutcome::no_memory;
-    }
+    OwnedRsa unit(binary_to_RSA_UNIT(modulus.data(), static_cast<u32>(modulus.size()), exponent.data(),
+                                     static_cast<u32>(exponent.size())));
+    if (!unit) return KeyOutcome::no_memory;
     return hold(pubkey, TLX_KEY_RSA, std::move(unit));
 }
 

@@ -55,11 +55,12 @@ u32 replace_time(X509_CERT *cert, X509_TIME X509_VALIDITY::*which, const X509_TI
     return changed(*cert, copied ? 0 : 1);
 }
 
-/// By hand because a signed part that cannot be decoded takes the caller's with it.
+/// By hand because a signed part that is missing has a status of its own, and one that cannot be decoded
+/// takes the caller's with it.
 struct SignedPart : Field<X509_CERT, Passing<X509_TBS_CERT>> {
     [[nodiscard]] u32 read(Cursor &children, X509_CERT &record) const noexcept {
         Element child;
-        if (!children.next(TLX_TAG_SEQUENCE, child)) return kFieldFailed;
+        if (!children.next(TLX_TAG_SEQUENCE, child)) return 1;
         clear(record);
         return Codec<X509_TBS_CERT>::decode(child, &record.tbsCertificate);
     }
@@ -81,21 +82,30 @@ void forget_received(X509_CERT &cert) noexcept {
     cert.received = nullptr;
 }
 
+u32 compare_received(const X509_CERT &cert, Bytes signed_part) noexcept {
+    if (cert.received == nullptr) return 0;
+    Encoder rest;
+    SignatureAlgorithm::encode(rest, cert.signatureAlgorithm, kSequence);
+    rest.bit_string(cert.signatureValue);
+    if (rest.out_of_memory()) return 0x4630003C;
+    u8 length[5];
+    const std::size_t size = signed_part.size() + rest.bytes().size();
+    const Bytes length_octets(length, write_length(static_cast<u32>(size), length));
+    ReceivedReader received(cert.received);
+    const bool same = rest.ok() && received.takes({&kSequence, 1}) && received.takes(length_octets) &&
+                      received.takes(signed_part) && received.takes(rest.bytes()) && received.at_end();
+    return same ? 0 : 0x46300048;
+}
+
 }  // namespace tlx
 
 TLX_DEFINE_RECORD_LIFE(X509_CERT, kCertificate)
+TLX_DEFINE_CODEC_DECODE(X509_CERT, kCertificate)
 TLX_DEFINE_RECORD_DECODER(X509_CERT)
 
 X509_CERT *new_X509_CERT(void) {
     Owned<X509_CERT> cert(TLX_NEW(X509_CERT));
     return tbs_of(cert.get()) != nullptr ? cert.release() : nullptr;
-}
-
-// By hand because a certificate without a to-be-signed part has a status of its own.
-u32 Codec<X509_CERT>::decode(const Element &element, X509_CERT **out) noexcept {
-    Element tbs;
-    if (!Cursor(element).next(TLX_TAG_SEQUENCE, tbs)) return 1;
-    return decode_record(kCertificate, element, out, codes::X509_CERT.decode);
 }
 
 // By hand because the room is made beforehand.
@@ -149,11 +159,10 @@ uint32_t get_X509_received(const X509_CERT *cert, uint8_t **out) {
 uint32_t check_X509_received(const X509_CERT *cert) {
     if (cert == nullptr) return 0x46300049;
     if (cert->received == nullptr) return 0;
-    Encoder encoder;
-    Codec<X509_CERT>::encode(encoder, cert);
-    if (encoder.out_of_memory()) return 0x4630003C;
-    ReceivedReader received(cert->received);
-    return encoder.ok() && received.takes(encoder.bytes()) && received.at_end() ? 0 : 0x46300048;
+    Encoder signed_part;
+    const u32 status = encode_tbs(signed_part, cert->tbsCertificate);
+    if (signed_part.out_of_memory()) return 0x4630003C;
+    return status == 0 ? compare_received(*cert, signed_part.bytes()) : 0x46300048;
 }
 
 uint32_t get_X509_version(const X509_CERT *cert) {

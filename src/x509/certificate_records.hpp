@@ -77,6 +77,9 @@ using CertificateSet = SetOf<Passing<X509_CERT>>;
 
 /// Drops the octets that a certificate was decoded from: whoever changes it does so.
 void forget_received(X509_CERT &cert) noexcept;
+/// Compares them with what is written back, of which the to-be-signed part is at hand. A status of
+/// check_X509_received.
+[[nodiscard]] u32 compare_received(const X509_CERT &cert, Bytes signed_part) noexcept;
 
 /// Replaces a time by a copy. False when memory runs out; the time stays then.
 [[nodiscard]] bool copy_time(X509_TIME &to, const X509_TIME &from) noexcept;

@@ -41,20 +41,7 @@ class Rewritten {
     [[nodiscard]] bool is_altered(const X509_CERT &cert) noexcept {
         if (cert.signatureValue != nullptr && cert.signatureValue->extra != 0) return true;
         if (text_of(cert.signatureAlgorithm) != text_of(cert.tbsCertificate->signature)) return true;
-        return !comes_back(cert);
-    }
-    /// Compares what was received with header, signed part, algorithm and signature.
-    [[nodiscard]] bool comes_back(const X509_CERT &cert) noexcept {
-        if (cert.received == nullptr) return true;
-        Encoder rest;
-        SignatureAlgorithm::encode(rest, cert.signatureAlgorithm, kSequence);
-        rest.bit_string(cert.signatureValue);
-        const std::size_t size = signed_part_.size() + rest.bytes().size();
-        u8 length[5];
-        const Bytes length_octets(length, write_length(static_cast<u32>(size), length));
-        ReceivedReader received(cert.received);
-        return rest.ok() && received.takes({&kSequence, 1}) && received.takes(length_octets) &&
-               received.takes(signed_part_) && received.takes(rest.bytes()) && received.at_end();
+        return compare_received(cert, signed_part_) != 0;
     }
 
     Encoder der_;
