@@ -1,5 +1,6 @@
 #include "describe.hpp"
 #include "element.hpp"
+#include "whole_name.hpp"
 
 namespace tool {
 
@@ -8,6 +9,9 @@ namespace {
 constexpr char kPss[] = "1.2.840.113549.1.1.10";
 constexpr uint8_t kVersionTag = 0xA0;
 constexpr std::size_t kMostSerialOctets = 0x7F;
+constexpr std::size_t kSerial = 0;
+constexpr std::size_t kIssuer = 2;
+constexpr std::size_t kSubject = 4;
 
 std::string digest_of(uint32_t digest_id, Octets octets) {
     uint8_t digest[TLX_DIGEST_MAX_LENGTH];
@@ -67,17 +71,31 @@ void add_self_signed(Json &json, const X509_CERT *cert) {
 /// TBSCertificate  ::=  SEQUENCE  {
 ///      version         [0]  EXPLICIT Version DEFAULT v1,
 ///      serialNumber         CertificateSerialNumber,
+///      signature            AlgorithmIdentifier,
+///      issuer               Name,
+///      validity             Validity,
+///      subject              Name,
 ///      ...  }
-/// The number in the record has no sign.
-Octets serial_of(Octets der) {
+/// A member as it was received, counted from the serial number.
+Octets member_of(Octets der, std::size_t index) {
     const Octets tbs = child_of(der, 0);
     const Octets first = child_of(tbs, 0);
-    return !first.empty() && first[0] == kVersionTag ? child_of(tbs, 1) : first;
+    return child_of(tbs, !first.empty() && first[0] == kVersionTag ? index + 1 : index);
 }
 
-/// Sets the serial number, whose octets are a two's complement.
+/// Sets a name with all of its pairs, of which the record has the first of each relative distinguished name.
+void add_name(Json &json, const char *key, const X509_NAME *name, Octets received) {
+    const std::string whole = whole_name(received);
+    json[key] = whole.empty() ? name_text(name) : whole;
+    if (whole.empty()) return;
+    json["notes"].push_back(std::string("the ") + key +
+                            " has several pairs in one relative distinguished name; paths and comparisons "
+                            "see the first of them");
+}
+
+/// Sets the serial number, whose octets are a two's complement. The number in the record has no sign.
 void add_serial(Json &json, const X509_CERT *cert, Octets der) {
-    const Octets contents = contents_of(serial_of(der));
+    const Octets contents = contents_of(member_of(der, kSerial));
     if (contents.empty() || contents.size() > kMostSerialOctets || contents[0] < 0x80) {
         json["serial"] = number_hex(get_X509_serial(cert));
         json["serial_decimal"] = number_text(get_X509_serial(cert));
@@ -107,9 +125,9 @@ Json describe_policies(const CERTIFICATE_POLICIES *policies) {
 Json describe_certificate(const X509_CERT *cert, Octets der) {
     Json json = {{"kind", "certificate"}, {"version", get_X509_version(cert) + 1}};
     add_serial(json, cert, der);
-    json.update({{"subject", name_text(get_X509_subject(cert))},
-                 {"issuer", name_text(get_X509_issuer(cert))},
-                 {"not_before", time_text(get_X509_notBefore(cert))},
+    add_name(json, "subject", get_X509_subject(cert), member_of(der, kSubject));
+    add_name(json, "issuer", get_X509_issuer(cert), member_of(der, kIssuer));
+    json.update({{"not_before", time_text(get_X509_notBefore(cert))},
                  {"not_after", time_text(get_X509_notAfter(cert))}});
     add_self_signed(json, cert);
     json["signature_algorithm"] = algorithm_name(get_X509_sig_alg(cert));

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
+#include <vector>
 
 #include "text.hpp"
 
@@ -39,11 +41,17 @@ class BrokenElement : public std::runtime_error {
 /// complete or the contents reach past end.
 [[nodiscard]] Element read_element(Octets octets, std::size_t offset, std::size_t end);
 
-/// The child of an element at an index, with its header; empty when there is none, and where a length is
-/// indefinite or wrong.
+/// The children of an element, with their headers, up to one whose length is indefinite or wrong.
+[[nodiscard]] std::vector<Octets> children_of(Octets element);
+
+/// The child at an index; empty when there is none.
 [[nodiscard]] Octets child_of(Octets element, std::size_t index);
 
 /// The contents of an element that child_of() gave.
 [[nodiscard]] Octets contents_of(Octets element);
+
+/// Where an OBJECT IDENTIFIER with an arc above 32 bits begins, which the library does not read; nothing when
+/// there is none.
+[[nodiscard]] std::optional<std::size_t> find_long_arc(Octets octets);
 
 }  // namespace tool

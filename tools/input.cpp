@@ -173,6 +173,14 @@ std::vector<std::string> files_in(const std::string &folder) {
     return files;
 }
 
+/// The status, and the place of an object identifier that the library does not read.
+std::string why_not_decoded(const Block &block, uint32_t status) {
+    const std::optional<std::size_t> long_arc = find_long_arc(block.octets);
+    if (!long_arc) return status_sentence(status);
+    return "the object identifier at offset " + std::to_string(*long_arc) +
+           " has an arc above 32 bits: " + status_sentence(status);
+}
+
 }  // namespace
 
 Buffer Buffer::of_size(std::size_t size) {
@@ -241,7 +249,7 @@ Certificate decode_certificate(const Block &block) {
     const uint32_t status =
         readDER_from_Buffer(reinterpret_cast<void **>(&cert), TLX_DECODER(Seq_to_X509_CERT),
                             block.octets.data(), static_cast<uint32_t>(block.octets.size()));
-    if (status != 0) throw Failure(block.source + ": is no certificate: " + status_sentence(status));
+    if (status != 0) throw Failure(block.source + ": is no certificate: " + why_not_decoded(block, status));
     return Certificate(cert);
 }
 

@@ -44,7 +44,10 @@ std::size_t place_in(const std::unordered_map<std::string, std::size_t> &places,
 void IssuerIndex::build(const std::vector<X509_CERT *> &pool) {
     for (std::size_t place = 0; place < pool.size(); ++place) {
         const X509_CERT *cert = pool[place];
-        if (const SubjectKeyId key = subject_key_of(cert)) by_key_.emplace(text_in(key.get()), place);
+        if (const SubjectKeyId key = subject_key_of(cert)) {
+            by_key_.emplace(text_in(key.get()), place);
+            key_lengths_.insert(octets_of(key.get()).size());
+        }
         if (const BIGINT *serial = get_X509_serial(cert)) by_serial_.emplace(key_of(serial), place);
         by_subject_.emplace(key_of(get_X509_subject(cert)), place);
     }
@@ -69,7 +72,8 @@ std::size_t IssuerIndex::issuer_of(const X509_CERT *cert) const {
 std::size_t IssuerIndex::by_key_prefix(const OCTET_STRING *wanted) const {
     const std::string text = text_in(wanted);
     std::size_t place = kNoPlace;
-    for (std::size_t length = 0; length <= text.size(); ++length) {
+    for (const std::size_t length : key_lengths_) {
+        if (length > text.size()) break;
         place = std::min(place, place_in(by_key_, text.substr(0, length)));
     }
     return place;

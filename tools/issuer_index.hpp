@@ -1,6 +1,7 @@
 // Finds the issuers of certificates in a pool.
 #pragma once
 
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -38,6 +39,7 @@ class IssuerIndex {
     [[nodiscard]] std::size_t by_key_prefix(const OCTET_STRING *wanted) const;
 
     Places by_key_;
+    std::set<std::size_t> key_lengths_;  ///< of the identifiers in by_key_
     Places by_serial_;
     Places by_subject_;
 };
