@@ -23,6 +23,8 @@
 #include <tlxpki/pem.h>
 #include <tlxpki/pkcs1.h>
 #include <tlxpki/pkcs1_param.h>
+#include <tlxpki/pkcs7.h>
+#include <tlxpki/pkcs7_types.h>
 #include <tlxpki/print.h>
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>
@@ -33,6 +35,7 @@
 #include <tlxpki/x509.h>
 #include <tlxpki/x509_algorithm.h>
 #include <tlxpki/x509_attribute.h>
+#include <tlxpki/x509_crl.h>
 #include <tlxpki/x509_extension.h>
 #include <tlxpki/x509_name.h>
 #include <tlxpki/x509_pubkey.h>

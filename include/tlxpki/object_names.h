@@ -89,9 +89,13 @@ enum {
     TLX_OID_LOCAL_KEY_ID = 157,      /**< 1.2.840.113549.1.9.21 */
 
     /* Content types. */
-    TLX_OID_PKCS7_DATA = 21,           /**< 1.2.840.113549.1.7.1 */
-    TLX_OID_PKCS7_SIGNED_DATA = 22,    /**< 1.2.840.113549.1.7.2 */
-    TLX_OID_PKCS7_ENVELOPED_DATA = 23, /**< 1.2.840.113549.1.7.3 */
+    TLX_OID_PKCS7_DATA = 21,                      /**< 1.2.840.113549.1.7.1 */
+    TLX_OID_PKCS7_SIGNED_DATA = 22,               /**< 1.2.840.113549.1.7.2 */
+    TLX_OID_PKCS7_ENVELOPED_DATA = 23,            /**< 1.2.840.113549.1.7.3 */
+    TLX_OID_PKCS7_SIGNED_AND_ENVELOPED_DATA = 24, /**< 1.2.840.113549.1.7.4 */
+    TLX_OID_PKCS7_DIGESTED_DATA = 25,             /**< 1.2.840.113549.1.7.5 */
+    TLX_OID_PKCS7_ENCRYPTED_DATA = 26,            /**< 1.2.840.113549.1.7.6 */
+    TLX_OID_KISA_CTL = 837,                       /**< 1.3.6.1.4.1.311.10.1 */
 
     /* Extensions. */
     TLX_OID_SUBJECT_KEY_IDENTIFIER = 82,   /**< 2.5.29.14 */
