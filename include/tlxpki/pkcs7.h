@@ -221,7 +221,7 @@ TLXPKI_API P7_RECIPIENT_INFO *remove_P7_RECIPIENT_INFOS_child(P7_RECIPIENT_INFOS
 /**
  * P7_ISSUER_AND_SERIAL_NUMBER.
  * - Decoder: 0x4B020049 null argument; 0x4B02002B not exactly two children; 0x4B020104 otherwise.
- * - Encoder: 0x4B010049 null argument; 0x4B010103 a member is missing or cannot be encoded.
+ * - Encoder: 0x4B010049 null argument; 0x4B010103 a member is missing.
  * @{
  */
 TLXPKI_API P7_ISSUER_AND_SERIAL_NUMBER *new_P7_ISSUER_AND_SERIAL_NUMBER(void);
@@ -326,8 +326,9 @@ TLXPKI_API uint32_t add_PKCS7_Crl(P7_CONTENT_INFO *info, X509_CRL *crl);
  * are none. When only the attribute cannot be appended because memory runs out, it is dropped and the result
  * is 0 all the same.
  * @param oid_index row of the attribute's type
- * @param type      universal type of the value, without the constructed bit
- * @param octets    contents octets of the value; an object identifier as dotted text
+ * @param type      universal type of the value, 1 to 30, without the constructed bit
+ * @param octets    contents octets of the value; an object identifier as dotted text, a bit string without
+ * the octet that counts unused bits
  * @param len       how many octets
  * @return 0; 1 for a null argument (octets may be null when len is 0), a negative len, a row without an
  * identifier, a value that cannot be encoded, and when memory runs out before (the signer is unchanged then)

@@ -35,7 +35,8 @@ typedef struct P7_SIGNER_INFO {
     X509_ATTRIBUTES *unauthenticatedAttributes; /**< optional */
     ASYMMETRIC_KEY *key; /**< in memory only: the key that signs or verifies, TLX_KEY_RSA or TLX_KEY_KCDSA */
     ASN1_UNIT *receivedAttributes; /**< the element [0] of the authenticated attributes as received, never
-                                      written; null when they were not decoded or changed since */
+                                      written; null when they were not decoded, or were changed by a
+                                      function of this library */
 } P7_SIGNER_INFO;
 
 /** P7_SIGNER_INFO entries. */

@@ -72,7 +72,11 @@ bool measure(Bytes in, Siblings siblings, std::size_t &length, unsigned depth = 
 Element view(Bytes in, std::size_t header, std::size_t size) noexcept {
     const bool indefinite = in[1] == kIndefiniteLength;
     const std::size_t trailer = indefinite ? kEndOfContentsSize : 0;
-    return {in[0], indefinite, in.subspan(1, header - 1), in.subspan(header, size),
+    return {in[0],
+            indefinite,
+            0,
+            in.subspan(1, header - 1),
+            in.subspan(header, size),
             in.first(header + size + trailer)};
 }
 
@@ -145,7 +149,7 @@ bool read_element(Bytes in, Element &element) noexcept {
     const std::size_t size = in[1];
     if (size >= kIndefiniteLength) return read_long_element(in, element);
     if (size > in.size() - 2) return false;
-    element = {in[0], false, in.subspan(1, 1), in.subspan(2, size), in.first(2 + size)};
+    element = {in[0], false, 0, in.subspan(1, 1), in.subspan(2, size), in.first(2 + size)};
     return true;
 }
 

@@ -27,6 +27,7 @@ constexpr std::size_t kEndOfContentsSize = 2;
 struct Element {
     u8 tag = 0;
     bool indefinite = false;
+    u32 depth = 0;  ///< elements that it lies in, as far as cursors led to it from their outermost one
     Bytes length_octets;
     Bytes contents;
     Bytes whole;  ///< from the identifier to the end, end-of-contents octets included
@@ -91,7 +92,7 @@ constexpr TagSet kStringsAndTimes = {3, 4, 12, 19, 20, 22, 23, 24, 30};
 class Cursor {
   public:
     explicit Cursor(Bytes contents) noexcept : rest_(contents) {}
-    explicit Cursor(const Element &parent) noexcept : rest_(parent.contents) {}
+    explicit Cursor(const Element &parent) noexcept : rest_(parent.contents), depth_(parent.depth + 1) {}
 
     [[nodiscard]] bool at_end() const noexcept { return rest_.empty(); }
     /// The identifier octet of the next element; only when not at the end.
@@ -99,21 +100,27 @@ class Cursor {
     /// Takes the next element. False at the end and on a broken element; nothing is taken then.
     [[nodiscard]] bool next(Element &element) noexcept {
         if (!read_element(rest_, element)) return false;
-        rest_ = rest_.subspan(element.whole.size());
+        take(element);
         return true;
     }
     /// Takes the next element when it matches the expected tag.
     [[nodiscard]] bool next(u32 expected, Element &element) noexcept {
         Element candidate;
         if (!read_element(rest_, candidate) || !candidate.matches(expected)) return false;
+        take(candidate);
         element = candidate;
-        rest_ = rest_.subspan(candidate.whole.size());
         return true;
     }
     [[nodiscard]] Bytes rest() const noexcept { return rest_; }
 
   private:
+    void take(Element &element) noexcept {
+        element.depth = depth_;
+        rest_ = rest_.subspan(element.whole.size());
+    }
+
     Bytes rest_;
+    u32 depth_ = 0;
 };
 
 /// Number of children as getSequenceChildNum counts them: it skips end-of-contents octets,

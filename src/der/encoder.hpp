@@ -63,6 +63,16 @@ class Encoder {
     void raw(Bytes octets) noexcept { buffer_.append(octets); }
 
     void fail() noexcept { buffer_.fail(); }
+    /// Calls write(). When that is where encoding fails, and nothing inside has named its own status, this
+    /// status says so.
+    template <typename Write>
+    void blaming(u32 status, Write write) noexcept {
+        const bool was_ok = ok();
+        write();
+        if (was_ok && !ok() && blamed_ == 0) blamed_ = status;
+    }
+    /// The status that says where encoding failed; 0 when none does.
+    [[nodiscard]] u32 blamed() const noexcept { return blamed_; }
     [[nodiscard]] bool ok() const noexcept { return buffer_.ok(); }
     [[nodiscard]] bool out_of_memory() const noexcept { return buffer_.out_of_memory(); }
     [[nodiscard]] Bytes bytes() const noexcept { return buffer_.bytes(); }
@@ -78,6 +88,7 @@ class Encoder {
     u8 *header(u8 tag, std::size_t length) noexcept;
 
     Buffer buffer_;
+    u32 blamed_ = 0;
 };
 
 /// An encoder for secrets: it wipes its octets before it frees them. Room for all of them has to be made

@@ -76,16 +76,21 @@ constexpr Group<Members...> group(u8 tag, Members... members) noexcept {
 }
 
 /// Members in any order, up to the last child. Of repeated ones the last counts; a child that is none of them
-/// is ignored. Writing keeps the order of the description.
+/// is ignored, unless others() says what it means. Writing keeps the order of the description.
 template <bool ByNumber, typename... Members>
 struct AnyOrder : Fields<Members...> {
+    u32 status_of_others = 0;
+
+    /// The same members, where a child that is none of them ends the reading with a status.
+    [[nodiscard]] constexpr AnyOrder others(u32 status) const noexcept { return {*this, status}; }
+
     template <typename R>
     [[nodiscard]] u32 read(Cursor &children, R &record) const noexcept {
         this->clear(record);
         Element child;
         while (!children.at_end()) {
             if (!children.next(child)) return kFieldFailed;
-            u32 status = 0;
+            u32 status = status_of_others;
             const auto take = [&](const auto &each) {
                 const bool own = ByNumber ? child.number() == each.number : each.accepts(child);
                 if (own) status = each.take(child, record);

@@ -87,12 +87,13 @@ template <typename Kind>
 using SetOf = List<Kind, kSet>;
 
 /// Decodes a list of its own into *out: a caller's list is emptied and filled anew, and stays as it was on
-/// failure. A status of the list.
+/// failure. A status of the list, or one that an item passes up.
 template <typename List>
 u32 decode_list(const Element &element, STACK **out, const Statuses &statuses) noexcept {
     if (List::least > 0 && element.contents.empty()) return statuses.wrong_count;
     STACK *list = nullptr;
-    if (List::decode(element, &list) != 0) return statuses.not_converted;
+    const u32 status = List::decode(element, &list);
+    if (status != 0) return status == kFieldFailed ? statuses.not_converted : status;
     deliver(std::unique_ptr<STACK, FreeWith<List::free>>(list), out);
     return 0;
 }
@@ -102,6 +103,9 @@ template <typename List, const Codes &ListCodes>
 struct PassingList : List {
     static u32 decode(const Element &element, STACK **out) noexcept {
         return decode_list<List>(element, out, ListCodes.decode);
+    }
+    static void encode(Encoder &out, const STACK *value, u8 as) noexcept {
+        out.blaming(ListCodes.encode.not_converted, [&] { List::encode(out, value, as); });
     }
 };
 

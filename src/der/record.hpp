@@ -193,13 +193,19 @@ u32 decode_node(const ASN1_UNIT *node, T **out, const Statuses &statuses) noexce
     return Codec<T>::decode(element, out);
 }
 
+/// Gives the finished encoding to *out. 0, a status that a member passed up, or the record's own.
+inline u32 hand_over(const Encoder &encoder, ASN1_UNIT **out, const Statuses &statuses) noexcept {
+    if (hand_over(encoder, out)) return 0;
+    return encoder.blamed() != 0 ? encoder.blamed() : statuses.not_converted;
+}
+
 /// <TYPE>_to_Seq: the checks of its arguments, then the encoding as a node.
 template <typename T>
 u32 encode_node(const T *object, ASN1_UNIT **out, const Statuses &statuses) noexcept {
     if (object == nullptr || out == nullptr) return statuses.missing_argument;
     Encoder encoder;
     Codec<T>::encode(encoder, object);
-    return hand_over(encoder, out) ? 0 : statuses.not_converted;
+    return hand_over(encoder, out, statuses);
 }
 
 /// Seq_to_<LIST>.
@@ -218,7 +224,7 @@ u32 encode_list_node(const STACK *list, ASN1_UNIT **out, const Statuses &statuse
     if (get_STACK_count(list) < List::least) return statuses.wrong_count;
     Encoder encoder;
     List::encode(encoder, list, List::tag);
-    return hand_over(encoder, out) ? 0 : statuses.not_converted;
+    return hand_over(encoder, out, statuses);
 }
 
 /// Seq_to_<TYPE> of a type that is one string.

@@ -7,6 +7,7 @@
 #include "der/element.hpp"
 #include "der/encoder.hpp"
 #include "der/owned.hpp"
+#include "der/record_codes.hpp"
 #include "der/values.hpp"
 
 namespace tlx {
@@ -21,6 +22,7 @@ struct Codec;
     TLX_OWNS(type);                                                                                          \
     template <>                                                                                              \
     struct tlx::Codec<type> {                                                                                \
+        static constexpr tlx::u32 unencodable = tlx::codes::type.encode.not_converted;                       \
         /* Fills *out, or a new record when it is null. A status; a record made here is freed on failure. */ \
         static tlx::u32 decode(const tlx::Element &element, type **out) noexcept;                            \
         static void encode(tlx::Encoder &out, const type *record, tlx::u8 tag = tlx::kSequence) noexcept;    \
@@ -170,10 +172,14 @@ struct Nested {
     static void free(type *value) noexcept { Codec<T>::free(value); }
 };
 
-/// Another record, whose status goes up unchanged.
+/// Another record, whose statuses go up unchanged.
 template <typename T>
 struct Passing : Nested<T> {
     static u32 decode(const Element &element, T **out) noexcept { return Codec<T>::decode(element, out); }
+    static void encode(Encoder &out, const T *value, u8 as) noexcept {
+        if (value == nullptr) return out.fail();
+        out.blaming(Codec<T>::unencodable, [&] { Codec<T>::encode(out, value, as); });
+    }
 };
 
 /// A record that is a CHOICE: its own tags tell it, and no other takes their place.

@@ -15,8 +15,9 @@ TLX_DECLARE_CODEC(PKCS1_RSA_PRIVATE_KEY);
 
 namespace tlx {
 
-/// SET OF AlgorithmIdentifier.
 using AlgorithmSet = SetOf<Nested<X509_ALGO_IDENTIFIER>>;
+/// SET OF AlgorithmIdentifier inside another record; the statuses of X509_ALGO_IDENTIFIERS.
+using AlgorithmSetMember = PassingList<AlgorithmSet, codes::X509_ALGO_IDENTIFIERS>;
 
 /// An AlgorithmIdentifier whose members lie in the record around it.
 template <typename R>

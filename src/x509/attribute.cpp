@@ -97,6 +97,13 @@ u32 Attributes::decode(const Element &element, X509_ATTRIBUTES **out) noexcept {
     return 0;
 }
 
+// By hand because a missing attribute has a status of its own.
+void Attributes::encode(Encoder &out, const X509_ATTRIBUTES *value, u8 as) noexcept {
+    const bool complete = value == nullptr || value->count == 0 || !lacks_an_attribute(*value);
+    out.blaming(complete ? 0x46210103 : 0x4623002B,
+                [&] { SetOf<Nested<X509_ATTRIBUTE>>::encode(out, value, as); });
+}
+
 X509_ATTRIBUTE *new_X509_ATTRIBUTE(void) {
     Owned<X509_ATTRIBUTE> attribute(TLX_NEW(X509_ATTRIBUTE));
     if (!attribute) return nullptr;

@@ -57,7 +57,7 @@ u32 replace_time(X509_CERT *cert, X509_TIME X509_VALIDITY::*which, const X509_TI
 
 /// By hand because a signed part that is missing has a status of its own, and one that cannot be decoded
 /// takes the caller's with it.
-struct SignedPart : Field<X509_CERT, Passing<X509_TBS_CERT>> {
+struct SignedPart : Field<X509_CERT, Nested<X509_TBS_CERT>> {
     [[nodiscard]] u32 read(Cursor &children, X509_CERT &record) const noexcept {
         Element child;
         if (!children.next(TLX_TAG_SEQUENCE, child)) return 1;
@@ -69,7 +69,7 @@ struct SignedPart : Field<X509_CERT, Passing<X509_TBS_CERT>> {
 // Certificate ::= SEQUENCE {
 //     tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
 constexpr auto kCertificate =
-    record<X509_CERT>(beginning(), SignedPart{field<Passing<X509_TBS_CERT>>(&X509_CERT::tbsCertificate)},
+    record<X509_CERT>(beginning(), SignedPart{field<Nested<X509_TBS_CERT>>(&X509_CERT::tbsCertificate)},
                       field<SignatureAlgorithm>(&X509_CERT::signatureAlgorithm),
                       field<Bits>(&X509_CERT::signatureValue), received(&X509_CERT::received));
 

@@ -57,19 +57,20 @@ struct FirstOfRdn : NameEntry {
 using Name = List<FirstOfRdn>;
 using OwnedName = std::unique_ptr<X509_NAME, FreeWith<free_X509_NAME>>;
 
-/// SET OF Attribute. Decoding gives a new list with at least one attribute; a status of
-/// Seq_to_X509_ATTRIBUTES. Encoding also takes an empty list.
+/// SET OF Attribute; the statuses of X509_ATTRIBUTES. Decoding gives a new list with at least one attribute.
+/// Encoding also takes an empty list.
 struct Attributes : SetOf<Nested<X509_ATTRIBUTE>> {
     static u32 decode(const Element &element, X509_ATTRIBUTES **out) noexcept;
+    static void encode(Encoder &out, const X509_ATTRIBUTES *value, u8 as = kSet) noexcept;
 };
 using OwnedAttributes = std::unique_ptr<X509_ATTRIBUTES, FreeWith<free_X509_ATTRIBUTES>>;
 
 using Extensions = List<Nested<X509_EXTENSION>>;
 using OwnedExtensions = std::unique_ptr<X509_EXTENSIONS, FreeWith<free_X509_EXTENSIONS>>;
 
-/// SEQUENCE OF Certificate, and SET OF Certificate; a status of Seq_to_X509_CERT.
-using Certificates = List<Passing<X509_CERT>>;
-using CertificateSet = SetOf<Passing<X509_CERT>>;
+using Certificates = List<Nested<X509_CERT>>;
+/// SET OF Certificate; the statuses of X509_CERTIFICATES.
+using CertificateSet = PassingList<SetOf<Nested<X509_CERT>>, codes::X509_CERTIFICATES>;
 
 /// Writes the to-be-signed part, for example to digest it. A status of X509_TBS_CERT_to_Seq; `out` is of no
 /// use after a failure.

@@ -17,11 +17,12 @@ namespace {
 // AuthorityKeyIdentifier ::= SEQUENCE {
 //     keyIdentifier [0] OCTET STRING OPTIONAL, authorityCertIssuer [1] GeneralNames OPTIONAL,
 //     authorityCertSerialNumber [2] INTEGER OPTIONAL }
-// A child goes by its tag number alone, in any order. The status of the names goes up unchanged; a primitive
-// element is no names.
-struct IssuerNames : PassingList<GeneralNames, codes::GENERAL_NAMES> {
+// A child goes by its tag number alone, in any order. The status of the names goes up unchanged when they are
+// read; a primitive element is no names.
+struct IssuerNames : GeneralNames {
     static u32 decode(const Element &element, STACK **out) noexcept {
-        return element.constructed() ? PassingList::decode(element, out) : kFieldFailed;
+        if (!element.constructed()) return kFieldFailed;
+        return decode_list<GeneralNames>(element, out, codes::GENERAL_NAMES.decode);
     }
 };
 constexpr auto kAuthorityKeyId = record<AUTHORITY_KEYID>(

@@ -100,6 +100,8 @@ struct Departure {
     bool fills_only = false;     // a null *out stays null
     bool writes_less = false;    // it writes records without members that it requires when it reads
     bool fills_node = false;     // it encodes into the caller's node
+    bool passes_up = false;      // any status of another record is one of its own
+    bool gives_nothing = false;  // it may succeed without a record, and fill a caller's partly
 };
 
 inline Departure departure_of(const RecordType &type) {
@@ -126,11 +128,45 @@ inline Departure departure_of(const RecordType &type) {
          .on_failure = OnFailure::cleaned,
          .fills_only = true,
          .writes_less = true},
+        {.type = "X509_CRL", .on_failure = OnFailure::unchanged},
+        {.type = "P7_ISSUER_AND_SERIAL_NUMBER", .passes_up = true},
+        {.type = "P7_SIGNER_INFO", .writes_less = true, .passes_up = true},
+        {.type = "P7_SIGNER_INFOS",
+         .on_failure = OnFailure::unchanged,
+         .writes_less = true,
+         .passes_up = true},
+        {.type = "P7_DIGEST_INFO", .passes_up = true},
+        {.type = "P7_SIGNED_DATA", .writes_less = true, .passes_up = true, .gives_nothing = true},
+        {.type = "P7_RECIPIENT_INFO", .passes_up = true},
+        {.type = "P7_RECIPIENT_INFOS", .on_failure = OnFailure::unchanged, .passes_up = true},
+        {.type = "P7_ENCRYPTED_CONTENT_INFO", .passes_up = true},
+        {.type = "P7_ENVELOPED_DATA", .passes_up = true},
+        {.type = "P7_SIGNED_AND_ENVELOPED_DATA",
+         .writes_less = true,
+         .passes_up = true,
+         .gives_nothing = true},
+        {.type = "P7_DIGESTED_DATA", .writes_less = true, .passes_up = true},
+        {.type = "P7_ENCRYPTED_DATA", .passes_up = true},
+        {.type = "P7_CONTENT_INFO", .decoding = 1, .writes_less = true, .passes_up = true},
     };
     for (const Departure &each : kDepartures)
         if (each.type == type.name) return each;
     return {.type = type.name,
             .on_failure = type.list.count != nullptr ? OnFailure::unchanged : OnFailure::filled_partly};
+}
+
+/// Whether a failure of decoding, or of encoding, that no argument of the caller causes may have this status.
+inline bool may_fail_with(const RecordType &type, std::uint32_t status, bool decodes) {
+    const auto own = [&](const RecordType &each) {
+        const Departure departure = departure_of(each);
+        const std::uint32_t statuses[] = {decodes ? each.decoding.other : each.encoding.other,
+                                          decodes ? departure.decoding : departure.encoding};
+        return status == statuses[0] || status == statuses[1];
+    };
+    if (!departure_of(type).passes_up) return own(type);
+    for (const RecordType &each : kRecordTypes)
+        if (own(each)) return true;
+    return false;
 }
 
 /// Null operations for a record that is no list.

@@ -1,0 +1,52 @@
+// How the records of messages are read and written inside other records.
+//
+// The status of a member's codec goes up unchanged: Passing<P7_SIGNER_INFO>, and lists that pass theirs up.
+#pragma once
+
+#include <tlxpki/pkcs7.h>
+
+#include "x509/certificate_records.hpp"
+#include "x509/crl_records.hpp"
+
+TLX_DECLARE_CODEC(P7_ISSUER_AND_SERIAL_NUMBER);
+TLX_DECLARE_CODEC(P7_SIGNER_INFO);
+TLX_DECLARE_CODEC(P7_DIGEST_INFO);
+TLX_DECLARE_CODEC(P7_SIGNED_DATA);
+TLX_DECLARE_CODEC(P7_RECIPIENT_INFO);
+TLX_DECLARE_CODEC(P7_ENCRYPTED_CONTENT_INFO);
+TLX_DECLARE_CODEC(P7_ENVELOPED_DATA);
+TLX_DECLARE_CODEC(P7_SIGNED_AND_ENVELOPED_DATA);
+TLX_DECLARE_CODEC(P7_DIGESTED_DATA);
+TLX_DECLARE_CODEC(P7_ENCRYPTED_DATA);
+TLX_DECLARE_CODEC(P7_CONTENT_INFO);
+
+namespace tlx {
+
+using AlgorithmMember = Passing<X509_ALGO_IDENTIFIER>;
+
+using SignerInfos = SetOf<Passing<P7_SIGNER_INFO>>;
+using SignerInfosMember = PassingList<SignerInfos, codes::P7_SIGNER_INFOS>;
+
+using RecipientInfos = SetOf<Passing<P7_RECIPIENT_INFO>>;
+using RecipientInfosMember = PassingList<RecipientInfos, codes::P7_RECIPIENT_INFOS>;
+
+/// The last members of signed data: certificates, crls and signerInfos in any order. A member that is none of
+/// them ends the reading with kEnded.
+constexpr u32 kEnded = 0xFFFFFFFC;
+template <typename R>
+constexpr auto signed_members() noexcept {
+    return by_tag(implicit<CertificateSet>(0, &R::certificates), implicit<CrlSet>(1, &R::crls),
+                  optional<SignerInfosMember>(&R::signerInfos))
+        .others(kEnded);
+}
+
+/// Decodes a record with such members. By hand because an unknown one is no failure: a caller's record keeps
+/// what was read until then, and without one *out stays null.
+template <typename Description, typename R>
+u32 decode_signed(const Description &description, const Element &element, R **out,
+                  const Statuses &statuses) noexcept {
+    const u32 status = decode_record(description, element, out, statuses);
+    return status == kEnded ? 0 : status;
+}
+
+}  // namespace tlx
