@@ -6,21 +6,29 @@ using namespace tlx;
 
 namespace {
 
+/// The element inside [0] of a content info; false when it has none.
+bool find_content(const Element &info, Element &content) noexcept {
+    Cursor members(info);
+    Element type;
+    Element wrapper;
+    return members.next(type) && members.next(wrapper) && only_child(wrapper, content);
+}
+
 /// Content that is signed or digested. Digests of content other than data are over its contents octets as
 /// they were received, so that its element is kept.
 struct DigestedContent : Passing<P7_CONTENT_INFO> {
     static u32 decode(const Element &element, P7_CONTENT_INFO **out) noexcept {
-        const u32 status = Passing<P7_CONTENT_INFO>::decode(element, out);
-        if (status != 0 || content_type(*out) == oid::kPkcs7Data) return status;
-        Cursor members(element);
-        Element type;
-        Element wrapper;
+        P7_CONTENT_INFO *made = nullptr;
+        const u32 status = Passing<P7_CONTENT_INFO>::decode(element, &made);
+        Owned<P7_CONTENT_INFO> info(made);
+        if (!info) return status;
         Element content;
-        if (!members.next(type) || !members.next(wrapper) || !only_child(wrapper, content)) return 0;
-        (*out)->received = make_node(content);
-        if ((*out)->received != nullptr) return 0;
-        free_P7_CONTENT_INFO(*out);
-        return kFieldFailed;
+        if (content_type(made) != oid::kPkcs7Data && find_content(element, content)) {
+            info->received = make_node(content);
+            if (info->received == nullptr) return kFieldFailed;
+        }
+        *out = info.release();
+        return 0;
     }
 };
 
