@@ -9,6 +9,7 @@
 #include "support/allocation.hpp"
 #include "support/der_text.hpp"
 #include "support/held.hpp"
+#include "support/null_arguments.hpp"
 #include "support/rows.hpp"
 
 namespace tlx_test {
@@ -48,6 +49,17 @@ void expect_making_may_fail(Make make, Free free) {
         free(made);
         return made != nullptr;
     });
+}
+
+/// What a function makes has this encoding. It makes nothing without one of its arguments or without memory.
+template <auto Free, typename T, typename... Arguments>
+void expect_made(std::string_view text, std::uint32_t (*encoder)(const T *, ASN1_UNIT **),
+                 T *(*create)(Arguments...), std::type_identity_t<Arguments>... arguments) {
+    SCOPED_TRACE(text);
+    const Held<Free> made(create(arguments...));
+    EXPECT_EQ(made == nullptr ? "null" : encoded<T>(encoder, made.get()), hex_of_text(text));
+    expect_refuses_null(nullptr, create, arguments...);
+    expect_making_may_fail([&] { return create(arguments...); }, Free);
 }
 
 }  // namespace tlx_test
