@@ -118,14 +118,18 @@ TEST(Certificate, Members) {
     const X509_TIME no_text = {};
     const String no_leap_year = string_of(23, "290229000000Z");
     const X509_TIME no_date = {0, no_leap_year.get()};
-    EXPECT_EQ(
-        Statuses({set_X509_serial(cert, nullptr), set_X509_signature(cert, nullptr),
-                  set_X509_subject(cert, nullptr), set_X509_notBefore(cert, nullptr),
-                  set_X509_notAfter(cert, &no_text), set_X509_notAfter(cert, &no_date),
-                  set_X509_notBefore(cert, &no_date), set_X509_pub_key(cert, nullptr),
-                  set_X509_sig_alg(cert, nullptr), set_X509_sig_value(nullptr, get_X509_sig_value(cert)),
-                  set_X509_version(nullptr, 0), set_X509_extensions(nullptr, nullptr)}),
-        Statuses{1});
+    EXPECT_EQ(Statuses({set_X509_notAfter(cert, &no_text), set_X509_notAfter(cert, &no_date),
+                        set_X509_notBefore(cert, &no_date)}),
+              Statuses{1});
+    expect_refuses_null(1, set_X509_serial, cert, get_X509_serial(cert));
+    expect_refuses_null(1, set_X509_signature, cert, get_X509_signature(cert));
+    expect_refuses_null(1, set_X509_subject, cert, get_X509_subject(cert));
+    expect_refuses_null(1, set_X509_notBefore, cert, get_X509_notBefore(cert));
+    expect_refuses_null(1, set_X509_pub_key, cert, get_X509_SPKI(cert));
+    expect_refuses_null(1, set_X509_sig_alg, cert, get_X509_sig_alg(cert));
+    expect_refuses_null(1, set_X509_sig_value, cert, get_X509_sig_value(cert));
+    expect_refuses_null(1, set_X509_version, cert, 0);
+    expect_refuses_null(1, set_X509_extensions, cert, nullptr);
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(kWhole)) << "unchanged";
     EXPECT_EQ(set_X509_extensions(cert, nullptr), 0U);
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), hex_of_text(text_with(kExtensions, "")));
@@ -137,15 +141,13 @@ TEST(Certificate, DigestAndComparison) {
     Octets digest(32);
     ASSERT_EQ(X509_CERT_digest(cert.get(), TLX_DIGEST_SHA256, digest.data()), 32U);
     EXPECT_EQ(digest, openssl::digest("SHA256", der(kWhole)));
-    EXPECT_EQ(Statuses({X509_CERT_digest(cert.get(), 0x05000900, digest.data()),
-                        X509_CERT_digest(cert.get(), TLX_DIGEST_SHA256, nullptr),
-                        X509_CERT_digest(nullptr, TLX_DIGEST_SHA256, digest.data())}),
-              Statuses{0xFFFFFFFF});
+    EXPECT_EQ(X509_CERT_digest(cert.get(), 0x05000900, digest.data()), 0xFFFFFFFFU);
+    expect_refuses_null(0xFFFFFFFF, X509_CERT_digest, cert.get(), TLX_DIGEST_SHA256, digest.data());
     const Certificate empty(new_X509_CERT());
     EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(kWhole).get()), 0);
     EXPECT_EQ(cmp_X509_CERT(cert.get(), cert_of(kOtherSerial).get()), -1);
     EXPECT_EQ(cmp_X509_CERT(cert.get(), empty.get()), 1);
-    EXPECT_EQ(cmp_X509_CERT(nullptr, cert.get()), 1);
+    expect_refuses_null(1, cmp_X509_CERT, cert.get(), cert.get());
     sweep_failing_allocations([&] {
         const std::int32_t result = cmp_X509_CERT(cert.get(), cert.get());
         EXPECT_TRUE(result == 0 || result == 1);
@@ -186,9 +188,9 @@ TEST(Certificate, TimesThatAreNone) {
     const ASN1_TIME no_leap_year = {0, 0, 0, 29, 1, 129, 0, 0, 0};
     const Held<free_X509_TIME> time(new_X509_TIME());
     EXPECT_EQ(set_X509_TIME(time.get(), &midnight), 0U);
-    EXPECT_EQ(Statuses({set_X509_TIME(time.get(), &wrong), set_X509_TIME(time.get(), &no_leap_year),
-                        set_X509_TIME(time.get(), nullptr)}),
-              Statuses{1});
+    for (const ASN1_TIME *none : {&wrong, &no_leap_year})
+        EXPECT_EQ(set_X509_TIME(time.get(), none), 1U);
+    expect_refuses_null(1, set_X509_TIME, time.get(), &midnight);
     EXPECT_EQ(octets(time->time), "000101000000Z") << "unchanged";
     clean_X509_TIME(time.get());
     EXPECT_EQ(X509_TIME_to_ASN1_TIME(time.get()), nullptr);
@@ -214,20 +216,14 @@ TEST(CertificateList, AddingAndFinding) {
     const Held<free_X509_CERTIFICATES> list(new_X509_CERTIFICATES());
     for (const X509_CERT *cert : {other_issuer.get(), other_serial.get(), other_signature.get(), a.get()})
         EXPECT_EQ(add_X509_CERTIFICATES(list.get(), cert), 0U);
-    EXPECT_EQ(add_X509_CERTIFICATES(list.get(), nullptr), 1U);
-    EXPECT_EQ(add_X509_CERTIFICATES(nullptr, a.get()), 1U);
+    expect_refuses_null(1, add_X509_CERTIFICATES, list.get(), a.get());
     push_STACK_value(list.get(), new_X509_CERT());
 
-    const std::pair<const X509_CERT *, std::int32_t> by_encoding[] = {{other_issuer.get(), 0},
-                                                                      {other_serial.get(), 1},
-                                                                      {other_signature.get(), 2},
-                                                                      {a.get(), 3},
-                                                                      {empty.get(), -1},
-                                                                      {unknown.get(), -1},
-                                                                      {nullptr, -1}};
-    for (const auto &[cert, index] : by_encoding)
-        EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), cert), index);
-    EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(nullptr, a.get()), -1);
+    const X509_CERT *const sought[] = {other_issuer.get(), other_serial.get(), other_signature.get(), a.get(),
+                                       empty.get(),        unknown.get()};
+    for (std::int32_t i = 0; i < 6; ++i)
+        EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(list.get(), sought[i]), i < 4 ? i : -1);
+    expect_refuses_null(-1, get_X509_CERTS_index_by_X509_CERT, list.get(), a.get());
 
     const X509_NAME *issuer = get_X509_issuer(a.get());
     const Number five = number_of("05");
@@ -236,9 +232,7 @@ TEST(CertificateList, AddingAndFinding) {
               get_X509_CERTIFICATES_child(list.get(), 2))
         << "the first, no copy";
     EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, seven.get()), nullptr);
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), nullptr, five.get()), nullptr);
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(nullptr, issuer, five.get()), nullptr);
-    EXPECT_EQ(find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, nullptr), nullptr);
+    expect_refuses_null(nullptr, find_X509_CERT_by_IssuerAndSerialNumber, list.get(), issuer, five.get());
     sweep_failing_allocations([&] {
         const bool found = get_X509_CERTS_index_by_X509_CERT(list.get(), a.get()) == 3;
         return found && find_X509_CERT_by_IssuerAndSerialNumber(list.get(), issuer, five.get()) != nullptr;

@@ -80,18 +80,16 @@ TEST(Name, ComparisonAndLookupWithoutNames) {
     const LeakCheck leaks;
     const OwnedName one = name_of("30{31{30{06:550403 13:4142}}}");
     const OwnedName none = name_of("30{}");
-    EXPECT_EQ(cmp_X509_NAME(nullptr, one.get()), 1);
-    EXPECT_EQ(cmp_X509_NAME(one.get(), nullptr), 1);
+    expect_refuses_null(1, cmp_X509_NAME, one.get(), one.get());
     // A name that cannot be encoded is told only when the counts are the same.
     const OwnedName broken(new_X509_NAME());
     push_STACK_value(broken.get(), nullptr);
     EXPECT_EQ(cmp_X509_NAME(one.get(), broken.get()), 1);
     EXPECT_EQ(cmp_X509_NAME(none.get(), broken.get()), -1);
     EXPECT_EQ(get_X509_NAME_index_by_OID(one.get(), oid_of("2.5.4.33").get(), -1), -1);
-    EXPECT_EQ(get_X509_NAME_index_by_OID(one.get(), nullptr, -1), -1);
-    EXPECT_EQ(get_X509_NAME_index_by_OID(nullptr, oid_of("2.5.4.3").get(), -1), -1);
-    EXPECT_EQ(dump_X509_NAME(nullptr), nullptr);
-    EXPECT_EQ(dump_X509_NAME_CHILD(nullptr), nullptr);
+    expect_refuses_null(-1, get_X509_NAME_index_by_OID, one.get(), oid_of("2.5.4.3").get(), -1);
+    expect_refuses_null(nullptr, dump_X509_NAME, one.get());
+    expect_refuses_null(nullptr, dump_X509_NAME_CHILD, get_X509_NAME_CHILD(one.get(), 0));
     const X509_NAME_CHILD no_members = {};
     EXPECT_EQ(dump_X509_NAME_CHILD(&no_members), nullptr);
     const tlx::OwnedOctets<char> entry(dump_X509_NAME_CHILD(get_X509_NAME_CHILD(one.get(), 0)));
@@ -108,11 +106,8 @@ TEST(Name, MadeFromTypesAndTexts) {
     EXPECT_EQ(encoded(X509_NAME_to_Seq, name.get()),
               hex_of_text("30{31{30{06:550403 13:61}} 31{30{06:550403 0C:62}} 31{30{06:55040A 0C:630063}} "
                           "31{30{06:550403 16:64}}}"));
-    EXPECT_EQ(Statuses({add_X509_NAME_child_OID(name.get(), nullptr, 12, "a", 1, 0),
-                        add_X509_NAME_child_OID(name.get(), oid.get(), 12, nullptr, 0, 0),
-                        add_X509_NAME_child_OID_index(name.get(), 33, 12, "a", 1, 0)}),
-              Statuses{1})
-        << "33 is a row without an identifier";
+    expect_refuses_null(1, add_X509_NAME_child_OID, name.get(), oid.get(), 12, "a", 1, 0);
+    EXPECT_EQ(add_X509_NAME_child_OID_index(name.get(), 33, 12, "a", 1, 0), 1U) << "without an identifier";
     const X509_NAME_CHILD *entry = get_X509_NAME_CHILD(name.get(), 2);
     EXPECT_EQ(octets(get_X509_NAME_CHILD_OID(entry)), "2.5.4.10");
     EXPECT_EQ(octets(get_X509_NAME_CHILD_data(entry)), std::string("c\0c", 3));
@@ -127,8 +122,7 @@ TEST(Name, Hash) {
     const OwnedName name = name_of(text);
     Octets digest(TLX_DIGEST_MAX_LENGTH);
     EXPECT_EQ(get_X509_NAME_hash(name.get(), 0x05000900, digest.data()), 0xFFFFFFFFU);
-    EXPECT_EQ(get_X509_NAME_hash(name.get(), TLX_DIGEST_SHA1, nullptr), 0xFFFFFFFFU);
-    EXPECT_EQ(get_X509_NAME_hash(nullptr, TLX_DIGEST_SHA1, digest.data()), 0xFFFFFFFFU);
+    expect_refuses_null(0xFFFFFFFF, get_X509_NAME_hash, name.get(), TLX_DIGEST_SHA1, digest.data());
     EXPECT_EQ(get_X509_NAME_hash(name_of("30{}").get(), TLX_DIGEST_SHA1, digest.data()), 0xFFFFFFFFU);
     ASSERT_EQ(get_X509_NAME_hash(name.get(), TLX_DIGEST_SHA1, digest.data()), 20U);
     digest.resize(20);
