@@ -6,6 +6,7 @@
 
 #include "support/allocation.hpp"
 #include "support/chain_builder.hpp"
+#include "support/null_arguments.hpp"
 #include "support/rows.hpp"
 #include "trust/sip_hash.hpp"
 
@@ -27,23 +28,20 @@ std::string build(const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors, c
     return status_text(status) + ":" + (subjects.empty() ? "" : " " + subjects);
 }
 
+std::string build_row(const Row &row) {
+    const EditedChain edited(row.number(1), row[2]);
+    const Chain &chain = edited.chain;
+    Chain trusted;
+    for (const std::string &place : split(edited.values.at("anchors"), ' '))
+        trusted.push_back(place == "last" ? chain.back() : chain.at(std::stoul(place)));
+    const Certificates pool = make(Chain(chain.begin() + 1, chain.end()));
+    const CPV_SETTINGS settings = edited.settings();
+    return build(pool.get(), anchors_of(trusted).get(), chain.front().make().get(), &settings);
+}
+
 TEST(Building, Rows) {
     make(valid_chain(4));  // sets up each key once
-    expect_rows("path_build.txt", {{"build", {[](const Row &row) {
-                                        const EditedChain edited(row.number(1), row[2]);
-                                        const Chain &chain = edited.chain;
-                                        Chain trusted = {chain.back()};
-                                        if (const auto given = edited.values.find("anchors");
-                                            given != edited.values.end()) {
-                                            trusted.clear();
-                                            for (const std::string &place : split(given->second, ' '))
-                                                trusted.push_back(chain.at(std::stoul(place)));
-                                        }
-                                        const Certificates pool = make(Chain(chain.begin() + 1, chain.end()));
-                                        const CPV_SETTINGS settings = edited.settings();
-                                        return build(pool.get(), anchors_of(trusted).get(),
-                                                     chain.front().make().get(), &settings);
-                                    }}}});
+    expect_rows("path_build.txt", {{"build", {build_row}}});
 }
 
 // ---- The index of a large pool ----
@@ -151,10 +149,7 @@ TEST(Building, MakesAPathOrAppendsToOne) {
     const Cert empty(new_X509_CERT());
     const LeakCheck leaks;
     X509_CERTIFICATES *path = nullptr;
-    EXPECT_EQ(build_certPath(nullptr, anchors.get(), target.get(), &path), 0x53050049U);
-    EXPECT_EQ(build_certPath(pool.get(), nullptr, target.get(), &path), 0x53050049U);
-    EXPECT_EQ(build_certPath(pool.get(), anchors.get(), nullptr, &path), 0x53050049U);
-    EXPECT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), nullptr), 0x53050049U);
+    expect_refuses_null(0x53050049, build_certPath, pool.get(), anchors.get(), target.get(), &path);
     EXPECT_EQ(build_certPath(pool.get(), anchors.get(), empty.get(), &path), 0x462D0049U) << "no validity";
     EXPECT_EQ(build_certPath(pool.get(), no_anchors.get(), target.get(), &path), 0x53050116U);
     EXPECT_EQ(path, nullptr);
@@ -162,9 +157,9 @@ TEST(Building, MakesAPathOrAppendsToOne) {
     ASSERT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), &path), 0U);
     const Certificates owner(path);
     for (std::int32_t i = 0; i < 3; ++i) {
-        const X509_CERT *copy = get_X509_CERTIFICATES_child(path, i);
-        EXPECT_NE(copy, get_X509_CERTIFICATES_child(pool.get(), i));
-        EXPECT_EQ(cmp_X509_CERT(copy, get_X509_CERTIFICATES_child(pool.get(), i)), 0);
+        const X509_CERT *each = get_X509_CERTIFICATES_child(pool.get(), i);
+        EXPECT_NE(get_X509_CERTIFICATES_child(path, i), each) << "a copy";
+        EXPECT_EQ(get_X509_CERTS_index_by_X509_CERT(path, each), i);
     }
     EXPECT_EQ(build_certPath(pool.get(), anchors.get(), target.get(), &path), 0U);
     EXPECT_EQ(path, owner.get());

@@ -95,7 +95,8 @@ struct EditedChain {
     [[nodiscard]] CPV_SETTINGS settings() const;
 
     Chain chain;
-    std::map<std::string, std::string> values = {{"explicit", "255"}, {"inhibit", "0"}, {"most", "3"}};
+    std::map<std::string, std::string> values = {
+        {"explicit", "255"}, {"inhibit", "0"}, {"most", "3"}, {"anchors", "last"}};
     Held<free_ASN1_TIME> time;
 };
 
