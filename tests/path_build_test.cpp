@@ -60,8 +60,7 @@ Cert make_candidate(const Candidate &candidate, std::size_t place) {
     spec.serial = candidate.serial;
     spec.version = static_cast<std::uint8_t>(place);
     spec.is_signed = false;
-    if (candidate.key_id != nullptr)
-        spec.with(extension::kSubjectKeyId, "04:" + std::string(candidate.key_id));
+    if (candidate.key_id != nullptr) spec.with("subjectKeyIdentifier", "04:" + std::string(candidate.key_id));
     return spec.make();
 }
 

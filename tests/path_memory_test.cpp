@@ -23,7 +23,7 @@ void sweep_building(const Chain &chain, std::size_t further, std::set<std::uint3
     Chain pool_specs(chain.begin() + 1, chain.end());
     for (std::size_t i = 0; i < further; ++i) {
         pool_specs.insert(pool_specs.begin(), chain.back());
-        pool_specs.front().with(extension::kSubjectKeyId, "04:FF");
+        pool_specs.front().with("subjectKeyIdentifier", "04:FF");
         pool_specs.front().subject = "Other " + std::to_string(i);
         pool_specs.front().serial = "FF";
     }

@@ -9,8 +9,6 @@
 namespace tlx_test {
 namespace {
 
-constexpr const char *kNoTree = "no levels";
-
 const CPV_SETTINGS kExplicit = {nullptr, 0, 255, 3};
 const CPV_SETTINGS kNotExplicit = {nullptr, 0, 0, 3};
 
@@ -19,7 +17,7 @@ const CPV_SETTINGS kNotExplicit = {nullptr, 0, 0, 3};
 Certificates path_of(const std::vector<std::string> &policies) {
     Chain chain = valid_chain(static_cast<unsigned>(policies.size()) + 1);
     for (std::size_t i = 0; i < policies.size(); ++i) {
-        CertSpec &spec = chain[policies.size() - 1 - i].without(extension::kPolicies);
+        CertSpec &spec = chain[policies.size() - 1 - i].without("certificatePolicies");
         if (policies[i] != "-") spec.policies(policies[i]);
     }
     return make(chain);
@@ -57,9 +55,8 @@ TEST(Policies, Rows) {
 }
 
 TEST(PolicyTree, TellsWhichLevelsAreCritical) {
-    Chain chain = valid_chain(4);
-    chain[1].policies("1.2.3.1 1.5", true);
-    const auto path = make(chain);
+    const char *const edit = "1 certificatePolicies!=30{30{06:2A0301} 30{06:2D}}";
+    const Certificates path = make(EditedChain(4, edit).chain);
     node_LIST *list = nullptr;
     EXPECT_EQ(validate_certpath(path.get(), nullptr, &list), 0U);
     EXPECT_EQ(text_of_tree(Tree(list).get()), "0: 2.5.29.32.0; 1: 1.2.3.1; 2: 1.2.3.1!; 3: 1.2.3.1");
@@ -67,7 +64,7 @@ TEST(PolicyTree, TellsWhichLevelsAreCritical) {
 
 TEST(PolicyTree, HasSoManyNodesAtMost) {
     // Beside anyPolicy, each level has as many nodes more as a certificate has policies.
-    std::string names = kAnyPolicy;
+    std::string names = "2.5.29.32.0";
     for (int i = 0; i < 1000; ++i)
         names += " 1.2.3." + std::to_string(i);
     const struct {
@@ -97,7 +94,7 @@ TEST(UserPolicies, MayBeManyAndOfAnyShape) {
     push_STACK_value(user.get(), new_ASN1_STRING());
     node_LIST *list = nullptr;
     EXPECT_EQ(validate_certpath_ex(path.get(), user.get(), &list, &kNotExplicit, nullptr), 0U);
-    EXPECT_EQ(text_of_tree(list), kNoTree);
+    EXPECT_EQ(text_of_tree(list), "no levels");
     EXPECT_EQ(text_of_policies(user.get()), "");
     free_node_LIST(list);
 }
@@ -162,7 +159,7 @@ TEST(PolicyTreeList, AddsReversesRemovesAndCounts) {
     EXPECT_EQ(add_level(list, ""), 0U);
     EXPECT_EQ(depths_of(list), "0 1 ");
     remove_node_LIST(list, 0);
-    EXPECT_EQ(text_of_tree(list), kNoTree);
+    EXPECT_EQ(text_of_tree(list), "no levels");
     EXPECT_EQ(add_level(list, "1.5"), 0U) << "it is as new";
     EXPECT_EQ(text_of_tree(list), "0: 1.5");
     free_node_LIST(list);
@@ -176,7 +173,7 @@ TEST(PolicyTreeList, AddsReversesRemovesAndCounts) {
 TEST(PolicyTreeList, IsUnchangedWhenALevelCannotBeAdded) {
     const Tree tree(new_node_LIST());
     VALID_POLICY_NODES *nodes = level_of("1.1 1.2");
-    for (const char *const before : {kNoTree, "0: 1.1"}) {
+    for (const char *const before : {"no levels", "0: 1.1"}) {
         const std::uint32_t count = get_count_from_node_LIST(tree.get());
         const unsigned failures = sweep_failing_allocations([&] {
             const std::uint32_t status = add_VALID_POLICY_TREE_LIST(tree.get(), nodes);

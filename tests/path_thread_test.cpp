@@ -61,10 +61,7 @@ class Changer {
 };
 
 TEST(Threads, ValidateWithTheirOwnAndWithChangingSettings) {
-    Chain chain = valid_chain(4);
-    chain[2].key = chain[1].signer = kKcdsaKey;
-    chain[0].without(extension::kPolicies);
-    const Certificates path = make(chain);
+    const Certificates path = make(EditedChain(4, "2 key=4; 1 signer=4; 0 -certificatePolicies").chain);
     const auto validate = [&path](const CPV_SETTINGS *settings) {
         const auto user = policy_list("1.2.3.9 1.2.3.1");
         node_LIST *tree = nullptr;
@@ -88,7 +85,7 @@ TEST(Threads, BuildOverOnePoolAndValidateTheResult) {
     Chain many = chain;
     for (int i = 0; i < 300; ++i) {
         many.push_back(chain[5]);
-        many.back().with(extension::kSubjectKeyId, "04:FF").serial = "FF";
+        many.back().with("subjectKeyIdentifier", "04:FF").serial = "FF";
     }
     const Certificates small = make(chain);
     const Certificates large = make(many);

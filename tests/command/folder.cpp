@@ -1,8 +1,6 @@
 #include "folder.hpp"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "support/shell.hpp"
 
@@ -39,9 +37,9 @@ Result run(const Arguments &arguments) {
 }
 
 std::string read_file(const std::string &path) {
-    std::ifstream file(tlx_test::utf8_path(path), std::ios::binary);
-    EXPECT_TRUE(file) << path;
-    return {std::istreambuf_iterator<char>(file), {}};
+    const fs::path file = tlx_test::utf8_path(path);
+    EXPECT_TRUE(fs::exists(file)) << path;
+    return tlx_test::read_text(file);
 }
 
 std::string in_source(const std::string &name) {

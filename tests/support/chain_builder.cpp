@@ -13,21 +13,12 @@
 namespace tlx_test {
 namespace {
 
-using Rsa = Held<free_RSA_UNIT>;
-
 void expect_done(std::uint32_t status, const std::string &what) {
     EXPECT_EQ(status, 0U) << "while making a test certificate: " << what;
 }
 
 String oid_of(const std::string &dotted) {
     return string_of(TLX_TAG_OBJECT_IDENTIFIER, dotted);
-}
-
-Rsa read_rsa(unsigned number) {
-    Rsa unit(new_RSA_UNIT());
-    const std::string path = TLX_TEST_DATA "/keys/rsa-" + std::to_string(number) + ".pem";
-    expect_done(readPKCS1_from_File(unit.get(), nullptr, 0, path.c_str()), path);
-    return unit;
 }
 
 struct KeyPair {
@@ -39,10 +30,11 @@ const KeyPair &key_pair(unsigned number) {
     static const auto pairs = [] {
         std::array<KeyPair, kRsaKeys + 1> made;
         for (unsigned i = 0; i < kRsaKeys; ++i) {
-            const auto unit = read_rsa(i);
-            expect_done(set_ASYMMETRIC_KEY(made[i].secret.get(), TLX_KEY_RSA, unit.get()) |
-                            set_X509_PUBKEY_rsa(made[i].open.get(), unit.get()),
-                        "RSA key");
+            const Held<free_RSA_UNIT> unit(new_RSA_UNIT());
+            const std::string path = TLX_TEST_DATA "/keys/rsa-" + std::to_string(i) + ".pem";
+            expect_done(readPKCS1_from_File(unit.get(), nullptr, 0, path.c_str()), path);
+            expect_done(set_ASYMMETRIC_KEY(made[i].secret.get(), TLX_KEY_RSA, unit.get()), path);
+            expect_done(set_X509_PUBKEY_rsa(made[i].open.get(), unit.get()), path);
         }
         const Kcdsa unit = kcdsa_key("A1024B160HAS160");
         expect_done(set_ASYMMETRIC_KEY(made[kKcdsaKey].secret.get(), TLX_KEY_KCDSA, unit.get()) |
@@ -76,11 +68,13 @@ std::string time_text(std::string time) {
     return "18:" + digits_of(time + "Z") + " ";
 }
 
-std::string oid_text(const std::string &dotted) {
+/// Of a dotted text, or of a name in the registry.
+std::string oid_text(const std::string &name) {
+    const String id(text_to_OBJECT_IDENTIFIER(name.c_str()));
     const Node node = new_node();
-    expect_done(encodeToBERObjectIdentifier(node.get(), TLX_TAG_OBJECT_IDENTIFIER, oid_of(dotted).get(),
-                                            static_cast<std::int32_t>(dotted.size()), 0),
-                dotted);
+    expect_done(encodeToBERObjectIdentifier(node.get(), TLX_TAG_OBJECT_IDENTIFIER, id.get(),
+                                            id == nullptr ? 0 : id->length, 0),
+                name);
     std::string digits = hex_of(node.get());
     std::erase(digits, ' ');
     return "06:" + digits.substr(4) + " ";
@@ -89,19 +83,9 @@ std::string oid_text(const std::string &dotted) {
 std::string extensions_text(const std::vector<ExtensionSpec> &extensions) {
     std::string text;
     for (const ExtensionSpec &each : extensions)
-        text += "30{" + oid_text(each.id) + (each.critical ? "01:FF " : "") +
+        text += "30{" + oid_text(each.name) + (each.critical ? "01:FF " : "") +
                 "04:" + digits_of(der(each.value)) + "}";
     return "A3{30{" + text + "}}";
-}
-
-void edit_extension(CertSpec &spec, std::string name, const std::string &value) {
-    const bool critical = name.back() == '!';
-    const bool removed = name.front() == '-';
-    name = name.substr(removed ? 1 : 0, name.size() - (critical || removed ? 1 : 0));
-    const String id(text_to_OBJECT_IDENTIFIER(name.c_str()));
-    ASSERT_NE(id, nullptr) << "no extension " << name;
-    const std::string dotted(reinterpret_cast<const char *>(id->data));
-    removed ? spec.without(dotted) : spec.with(dotted, value, critical);
 }
 
 void edit(CertSpec &spec, const std::string &member, const std::string &value) {
@@ -127,8 +111,11 @@ void edit(CertSpec &spec, const std::string &member, const std::string &value) {
         spec.with({.key_id = value.substr(0, name),
                    .issuer = value.substr(name + 1, serial - name - 1),
                    .serial = value.substr(serial + 1)});
+    } else if (member[0] == '-') {
+        spec.without(member.substr(1));
     } else {
-        edit_extension(spec, member, value);
+        const bool critical = member.back() == '!';
+        spec.with(critical ? member.substr(0, member.size() - 1) : member, value, critical);
     }
 }
 
@@ -155,9 +142,9 @@ const ASYMMETRIC_KEY *signing_key(unsigned number) {
     return key_pair(number).secret.get();
 }
 
-CertSpec &CertSpec::with(const std::string &id, std::string_view value, bool critical) {
-    without(id);
-    extensions->push_back({id, std::string(value), critical});
+CertSpec &CertSpec::with(const std::string &name, std::string_view value, bool critical) {
+    without(name);
+    extensions->push_back({name, std::string(value), critical});
     return *this;
 }
 
@@ -166,19 +153,19 @@ CertSpec &CertSpec::with(const AuthorityKeyId &authority) {
     if (!authority.key_id.empty()) members += "80:" + authority.key_id + " ";
     if (!authority.issuer.empty()) members += "A1{A4{" + name_text(authority.issuer) + "}}";
     if (!authority.serial.empty()) members += "82:" + authority.serial;
-    return with(extension::kAuthorityKeyId, "30{" + members + "}");
+    return with("authorityKeyIdentifier", "30{" + members + "}");
 }
 
-CertSpec &CertSpec::policies(const std::string &dotted, bool critical) {
+CertSpec &CertSpec::policies(const std::string &dotted) {
     std::string list;
     for (const std::string &each : split(dotted, ' '))
         list += "30{" + oid_text(each) + "}";
-    return with(extension::kPolicies, "30{" + list + "}", critical);
+    return with("certificatePolicies", "30{" + list + "}");
 }
 
-CertSpec &CertSpec::without(const std::string &id) {
+CertSpec &CertSpec::without(const std::string &name) {
     if (!extensions) extensions.emplace();
-    std::erase_if(*extensions, [&id](const ExtensionSpec &each) { return each.id == id; });
+    std::erase_if(*extensions, [&name](const ExtensionSpec &each) { return each.name == name; });
     return *this;
 }
 
@@ -200,25 +187,20 @@ Cert CertSpec::make() const {
 
 Chain valid_chain(unsigned length) {
     Chain chain(length);
-    for (unsigned i = 0; i < length; ++i) {
-        const unsigned depth = length - 1 - i;
-        const auto name_at = [length](unsigned at) {
-            return at == 0 ? "Root" : at + 1 == length ? "User" : "CA " + std::to_string(at);
-        };
-        const auto number_at = [](unsigned at) { return digits_of(static_cast<std::uint8_t>(at + 1)); };
-        const unsigned above = depth == 0 ? 0 : depth - 1;
-        CertSpec &spec = chain[i];
-        spec.subject = name_at(depth);
-        spec.issuer = name_at(above);
-        spec.serial = number_at(depth);
+    for (unsigned depth = 0; depth < length; ++depth) {
+        const bool is_user = depth > 0 && depth + 1 == length;
+        CertSpec &spec = chain[length - 1 - depth];
+        const CertSpec &issuer = depth == 0 ? spec : chain[length - depth];
+        spec.subject = depth == 0 ? "Root" : is_user ? "User" : "CA " + std::to_string(depth);
+        spec.serial = digits_of(static_cast<std::uint8_t>(depth + 1));
         spec.key = depth % kRsaKeys;
-        spec.signer = above % kRsaKeys;
-        spec.with(extension::kSubjectKeyId, "04:" + number_at(depth));
-        spec.with({.key_id = number_at(above), .issuer = {}, .serial = {}});
-        spec.policies(kPolicy);
-        const bool is_user = depth + 1 == length && length > 1;
-        spec.with(extension::kKeyUsage, is_user ? "03:0780" : "03:0106", true);
-        if (!is_user) spec.with(extension::kBasicConstraints, "30{01:FF}", true);
+        spec.issuer = issuer.subject;
+        spec.signer = issuer.key;
+        spec.with("subjectKeyIdentifier", "04:" + spec.serial);
+        spec.with({.key_id = issuer.serial, .issuer = {}, .serial = {}});
+        spec.policies("1.2.3.1");
+        spec.with("keyUsage", is_user ? "03:0780" : "03:0106", true);
+        if (!is_user) spec.with("basicConstraints", "30{01:FF}", true);
     }
     return chain;
 }

@@ -22,20 +22,6 @@ using Policies = Held<free_OBJECT_IDENTIFIERS>;
 using Kcdsa = Held<free_KCDSA>;
 using Tree = Held<free_node_LIST>;
 
-namespace extension {
-constexpr const char *kSubjectKeyId = "2.5.29.14";
-constexpr const char *kKeyUsage = "2.5.29.15";
-constexpr const char *kBasicConstraints = "2.5.29.19";
-constexpr const char *kPolicies = "2.5.29.32";
-constexpr const char *kAuthorityKeyId = "2.5.29.35";
-constexpr const char *kPolicyConstraints = "2.5.29.36";
-constexpr const char *kInhibitAnyPolicy = "2.5.29.54";
-}  // namespace extension
-
-constexpr const char *kAnyPolicy = "2.5.29.32.0";
-/// The policy that the certificates of valid_chain() have.
-constexpr const char *kPolicy = "1.2.3.1";
-
 /// A key of the published vectors, by its section in data/kcdsa.txt.
 Kcdsa kcdsa_key(const std::string &section);
 
@@ -45,7 +31,7 @@ constexpr unsigned kKcdsaKey = kRsaKeys;
 const ASYMMETRIC_KEY *signing_key(unsigned number);
 
 struct ExtensionSpec {
-    std::string id;
+    std::string name;   ///< in the registry
     std::string value;  ///< elements in the notation of der_text.hpp
     bool critical = false;
 };
@@ -71,18 +57,19 @@ struct CertSpec {
     std::optional<std::vector<ExtensionSpec>> extensions = std::vector<ExtensionSpec>();
 
     /// Adds an extension, or gives it another value.
-    CertSpec &with(const std::string &id, std::string_view value, bool critical = false);
+    CertSpec &with(const std::string &name, std::string_view value, bool critical = false);
     CertSpec &with(const AuthorityKeyId &authority);
     /// Of dotted texts with spaces between them.
-    CertSpec &policies(const std::string &dotted, bool critical = false);
-    CertSpec &without(const std::string &id);
+    CertSpec &policies(const std::string &dotted);
+    CertSpec &without(const std::string &name);
 
     [[nodiscard]] Cert make() const;
 };
 using Chain = std::vector<CertSpec>;
 
 /// A path of this many certificates that is valid under the default settings: "User", "CA 2", "CA 1", "Root".
-/// Key identifiers are the numbers from 01 at the root on, with serial numbers likewise.
+/// Key identifiers are the numbers from 01 at the root on, with serial numbers likewise. The policy
+/// is 1.2.3.1.
 Chain valid_chain(unsigned length);
 
 /// A valid chain after edits, and what they set besides: "0 signer=3; 1 -keyUsage; * policies=1.1 1.2;

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "support/shell.hpp"
@@ -31,8 +30,7 @@ class CommandFolder {
     }
 
     [[nodiscard]] std::string read(const std::string &name) const {
-        std::ifstream file(folder_ / utf8_path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        return read_text(folder_ / utf8_path(name));
     }
 
     void write(const std::string &name, const std::string &octets) const {

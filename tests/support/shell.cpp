@@ -9,9 +9,6 @@
 
 #ifdef _WIN32
 #include <windows.h>
-
-#include <fstream>
-#include <iterator>
 #else
 #include <fcntl.h>
 #include <spawn.h>
@@ -31,11 +28,6 @@ std::string host_path(std::string text) {
     for (std::size_t at = text.find("Z:/"); at != std::string::npos; at = text.find("Z:/", at))
         text.erase(at, 2);
     return text;
-}
-
-std::string read_file(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Starts a program with the streams of the start-up data, if any. Fails the test when it cannot.
@@ -103,11 +95,11 @@ int run_shell(const std::string &folder, const std::string &command, std::string
         std::string end;
         for (DWORD waited = 0; end.empty() && waited < kLongest; waited += kPause) {
             Sleep(kPause);
-            end = read_file(exchange + "/end");
+            end = read_text(exchange + "/end");
         }
         if (!end.empty()) status = std::stoi(end);
     }
-    output = read_file(exchange + "/output");
+    output = read_text(exchange + "/output");
     std::error_code ignored;
     std::filesystem::remove_all(exchange, ignored);
     return status;

@@ -4,26 +4,19 @@
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "support/held.hpp"
 #include "support/octets.hpp"
 #include "support/strings.hpp"
+#include "support/utf8_path.hpp"
 
 namespace tlx_test {
 
 using OwnedCert = Held<free_X509_CERT>;
 
 constexpr const char *kDebianCertificates = "/etc/ssl/certs/ca-certificates.crt";
-
-inline std::string read_text(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << path;
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The octets of a file among the test data on certificates.
 inline Octets read_file(const std::string &name) {
