@@ -4,6 +4,7 @@
 
 #include "support/allocation.hpp"
 #include "support/chain_builder.hpp"
+#include "support/null_arguments.hpp"
 #include "support/rows.hpp"
 
 namespace tlx_test {
@@ -49,11 +50,6 @@ std::string user_policies(const Row &row) {
            left;
 }
 
-TEST(Policies, Rows) {
-    make(valid_chain(4));  // sets up each key once
-    expect_rows("path_policy.txt", {{"tree", {tree_of}}, {"user", {user_policies}}});
-}
-
 TEST(PolicyTree, TellsWhichLevelsAreCritical) {
     const char *const edit = "1 certificatePolicies!=30{30{06:2A0301} 30{06:2D}}";
     const Certificates path = make(EditedChain(4, edit).chain);
@@ -67,18 +63,14 @@ TEST(PolicyTree, HasSoManyNodesAtMost) {
     std::string names = "2.5.29.32.0";
     for (int i = 0; i < 1000; ++i)
         names += " 1.2.3." + std::to_string(i);
-    const struct {
-        std::size_t certificates;
-        std::uint32_t status;
-        std::int32_t stopped_at;
-    } cases[] = {{13, 0, -1}, {14, 0x53100047, 0}};
-    for (const auto &c : cases) {
-        const Certificates path = path_of(std::vector<std::string>(c.certificates, names));
+    for (const std::size_t certificates : {13U, 14U}) {
+        const Certificates path = path_of(std::vector<std::string>(certificates, names));
         const LeakCheck leaks;
         node_LIST *list = nullptr;
         std::int32_t stopped_at = 0;
-        EXPECT_EQ(validate_certpath_ex(path.get(), nullptr, &list, &kNotExplicit, &stopped_at), c.status);
-        EXPECT_EQ(stopped_at, c.stopped_at);
+        EXPECT_EQ(validate_certpath_ex(path.get(), nullptr, &list, &kNotExplicit, &stopped_at),
+                  certificates == 13 ? 0 : 0x53100047U);
+        EXPECT_EQ(stopped_at, certificates == 13 ? -1 : 0);
         free_node_LIST(list);
     }
 }
@@ -130,43 +122,30 @@ std::string printed(const node_LIST *list) {
     return testing::internal::GetCapturedStdout();
 }
 
-std::string depths_of(const node_LIST *list) {
+/// Steps on a new list, and its levels from the first to the last. "add 3" adds a level of the policy 1.3.
+std::string list_after(const Row &row) {
+    node_LIST *list = new_node_LIST();
+    const std::string results = run_steps(
+        row[1], {{"add", [&](const Numbers &n) { return add_level(list, "1." + std::to_string(n[0])); }},
+                 {"add-empty", [&](const Numbers &) { return add_level(list, ""); }},
+                 {"reverse", [&](const Numbers &) { return list = reverse_node_LIST(list), 0U; }},
+                 {"remove", [&](const Numbers &n) { return remove_node_LIST(list, n[0]), 0U; }},
+                 {"count", [&](const Numbers &) { return get_count_from_node_LIST(list); }}});
     std::string depths;
-    for (; list != nullptr; list = list->next)
-        depths += std::to_string(list->depth) + (list->marker == TLX_NODE_LIST_MARKER ? " " : "? ");
-    return depths;
+    for (const node_LIST *level = list; level != nullptr; level = level->next)
+        depths += " " + std::to_string(level->depth) + (level->marker == TLX_NODE_LIST_MARKER ? "" : "?");
+    for (const VALID_POLICY_NODE *node : nodes_of(list))
+        depths += " " + octets(node->data->valid_policy);
+    free_node_LIST(list);
+    return results + "," + depths;
 }
 
-TEST(PolicyTreeList, AddsReversesRemovesAndCounts) {
-    const LeakCheck leaks;
-    node_LIST *list = new_node_LIST();
-    EXPECT_EQ(depths_of(list), "-1? ");
-    EXPECT_EQ(get_count_from_node_LIST(list), 0U);
-    for (const char *policy : {"1.1", "1.2", "1.3", "1.4"})
-        EXPECT_EQ(add_level(list, policy), 0U);
-    EXPECT_EQ(depths_of(list), "0 1 2 3 ");
-    EXPECT_EQ(get_count_from_node_LIST(list), 4U);
-    list = reverse_node_LIST(list);
-    EXPECT_EQ(depths_of(list), "3 2 1 0 ");
-    list = reverse_node_LIST(list);
-    remove_node_LIST(list, 9);
-    remove_node_LIST(list, 4);
-    EXPECT_EQ(depths_of(list), "0 1 2 3 ");
-    remove_node_LIST(list, 3);
-    EXPECT_EQ(depths_of(list), "0 1 2 ");
-    remove_node_LIST(list, 1);
-    EXPECT_EQ(depths_of(list), "0 ");
-    EXPECT_EQ(add_level(list, ""), 0U);
-    EXPECT_EQ(depths_of(list), "0 1 ");
-    remove_node_LIST(list, 0);
-    EXPECT_EQ(text_of_tree(list), "no levels");
-    EXPECT_EQ(add_level(list, "1.5"), 0U) << "it is as new";
-    EXPECT_EQ(text_of_tree(list), "0: 1.5");
-    free_node_LIST(list);
-
+TEST(Policies, Rows) {
+    make(valid_chain(4));  // sets up each key once
+    expect_rows("path_policy.txt", {{"tree", {tree_of}}, {"user", {user_policies}}, {"list", {list_after}}});
     EXPECT_EQ(reverse_node_LIST(nullptr), nullptr);
-    remove_node_LIST(nullptr, 0);
     EXPECT_EQ(get_count_from_node_LIST(nullptr), 0U);
+    remove_node_LIST(nullptr, 0);
     free_node_LIST(nullptr);
 }
 
@@ -195,8 +174,7 @@ TEST(PolicyTreeList, KeepsCopiesAndPrintsLevelsThatHaveNodes) {
     const LeakCheck leaks;
     const Tree tree(new_node_LIST());
     VALID_POLICY_NODES *nodes = level_of("1.1 1.2");
-    EXPECT_EQ(add_VALID_POLICY_TREE_LIST(nullptr, nodes), 0x530B0049U);
-    EXPECT_EQ(add_VALID_POLICY_TREE_LIST(tree.get(), nullptr), 0x530B0049U);
+    expect_refuses_null(0x530B0049, add_VALID_POLICY_TREE_LIST, tree.get(), nodes);
     for (const char *level : {"1.1", "1.2"})
         EXPECT_EQ(add_level(tree.get(), level), 0U);
     EXPECT_EQ(nodes_of(tree->next)[0]->data->criticality_indicator, 255U);
