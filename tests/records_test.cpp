@@ -260,11 +260,9 @@ TEST(Records, NullArgumentsAndNullRecords) {
         const std::string statuses = table().nulls.at(type.name);
         EXPECT_EQ(status_text(type.decoding.null_argument) + " " + status_text(type.encoding.null_argument),
                   statuses);
-        EXPECT_EQ(type.decode(nullptr, &record), type.decoding.null_argument);
-        EXPECT_EQ(type.decode(node.get(), nullptr), type.decoding.null_argument);
-        EXPECT_EQ(type.encode(nullptr, &encoding), type.encoding.null_argument);
-        EXPECT_EQ(type.encode(empty.get(), nullptr), type.encoding.null_argument);
-        EXPECT_EQ(type.dup(nullptr), nullptr);
+        expect_refuses_null(type.decoding.null_argument, type.decode, node.get(), &record);
+        expect_refuses_null(type.encoding.null_argument, type.encode, empty.get(), &encoding);
+        expect_refuses_null(nullptr, type.dup, empty.get());
         type.clean(nullptr);
         type.free(nullptr);
         expect_making_may_fail(type.make, type.free);
@@ -316,11 +314,10 @@ TEST(Records, ListsCopyWhatIsAdded) {
             EXPECT_EQ(operations.child(list.get(), index), nullptr);
             EXPECT_EQ(operations.remove(list.get(), index), nullptr);
         }
-        EXPECT_EQ(operations.add(list.get(), nullptr, 0), 1U);
-        EXPECT_EQ(operations.add(nullptr, operations.child(other.get(), 0), 0), 1U);
-        EXPECT_EQ(operations.count(nullptr), 0U);
-        EXPECT_EQ(operations.child(nullptr, 0), nullptr);
-        EXPECT_EQ(operations.remove(nullptr, 0), nullptr);
+        expect_refuses_null(1, operations.add, list.get(), operations.child(other.get(), 0), 0);
+        expect_refuses_null(0, operations.count, list.get());
+        expect_refuses_null(nullptr, operations.child, list.get(), 0);
+        expect_refuses_null(nullptr, operations.remove, list.get(), 0);
         for (int i = 0; i < 2; ++i) {
             void *const item = operations.child(list.get(), last + 1);
             EXPECT_EQ(operations.remove(list.get(), last + 1), item);

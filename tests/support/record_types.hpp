@@ -105,40 +105,32 @@ struct Departure {
 };
 
 inline Departure departure_of(const RecordType &type) {
+    using enum OnFailure;
     static const Departure kDepartures[] = {
         {.type = "X509_CERT", .decoding = 0x46110104, .encoding = 0x4610003C},
-        {.type = "X509_TBS_CERT", .on_failure = OnFailure::freed},
-        {.type = "X509_PUBKEY", .on_failure = OnFailure::unchanged},
-        {.type = "X509_NAME", .on_failure = OnFailure::unchanged, .fills_node = true},
-        {.type = "X509_EXTENSIONS", .on_failure = OnFailure::unchanged},
-        {.type = "X509_ATTRIBUTE", .on_failure = OnFailure::released},
-        {.type = "X509_ATTRIBUTES",
-         .on_failure = OnFailure::unchanged,
-         .decoding = 0x4624010C,
-         .encoding = 0x46210103},
+        {.type = "X509_TBS_CERT", .on_failure = freed},
+        {.type = "X509_PUBKEY", .on_failure = unchanged},
+        {.type = "X509_NAME", .on_failure = unchanged, .fills_node = true},
+        {.type = "X509_EXTENSIONS", .on_failure = unchanged},
+        {.type = "X509_ATTRIBUTE", .on_failure = released},
+        {.type = "X509_ATTRIBUTES", .on_failure = unchanged, .decoding = 0x4624010C, .encoding = 0x46210103},
         {.type = "AUTHORITY_KEYID", .decoding = 0x470D0104, .writes_less = true},
-        {.type = "PKCS1_RSA_PRIVATE_KEY", .on_failure = OnFailure::cleaned},
-        {.type = "PKCS1_RSA_PUBLIC_KEY", .on_failure = OnFailure::cleaned},
+        {.type = "PKCS1_RSA_PRIVATE_KEY", .on_failure = cleaned},
+        {.type = "PKCS1_RSA_PUBLIC_KEY", .on_failure = cleaned},
         {.type = "RSASSA_PSS_PARAM",
-         .on_failure = OnFailure::cleaned,
+         .on_failure = cleaned,
          .decoding = 0x49110104,
          .fills_only = true,
          .writes_less = true},
-        {.type = "RSAES_OAEP_PARAM",
-         .on_failure = OnFailure::cleaned,
-         .fills_only = true,
-         .writes_less = true},
-        {.type = "X509_CRL", .on_failure = OnFailure::unchanged},
+        {.type = "RSAES_OAEP_PARAM", .on_failure = cleaned, .fills_only = true, .writes_less = true},
+        {.type = "X509_CRL", .on_failure = unchanged},
         {.type = "P7_ISSUER_AND_SERIAL_NUMBER", .passes_up = true},
         {.type = "P7_SIGNER_INFO", .writes_less = true, .passes_up = true},
-        {.type = "P7_SIGNER_INFOS",
-         .on_failure = OnFailure::unchanged,
-         .writes_less = true,
-         .passes_up = true},
+        {.type = "P7_SIGNER_INFOS", .on_failure = unchanged, .writes_less = true, .passes_up = true},
         {.type = "P7_DIGEST_INFO", .passes_up = true},
         {.type = "P7_SIGNED_DATA", .writes_less = true, .passes_up = true, .gives_nothing = true},
         {.type = "P7_RECIPIENT_INFO", .passes_up = true},
-        {.type = "P7_RECIPIENT_INFOS", .on_failure = OnFailure::unchanged, .passes_up = true},
+        {.type = "P7_RECIPIENT_INFOS", .on_failure = unchanged, .passes_up = true},
         {.type = "P7_ENCRYPTED_CONTENT_INFO", .passes_up = true},
         {.type = "P7_ENVELOPED_DATA", .passes_up = true},
         {.type = "P7_SIGNED_AND_ENVELOPED_DATA",
@@ -147,12 +139,10 @@ inline Departure departure_of(const RecordType &type) {
          .gives_nothing = true},
         {.type = "P7_DIGESTED_DATA", .writes_less = true, .passes_up = true},
         {.type = "P7_ENCRYPTED_DATA", .passes_up = true},
-        {.type = "P7_CONTENT_INFO", .decoding = 1, .writes_less = true, .passes_up = true},
-    };
+        {.type = "P7_CONTENT_INFO", .decoding = 1, .writes_less = true, .passes_up = true}};
     for (const Departure &each : kDepartures)
         if (each.type == type.name) return each;
-    return {.type = type.name,
-            .on_failure = type.list.count != nullptr ? OnFailure::unchanged : OnFailure::filled_partly};
+    return {.type = type.name, .on_failure = type.list.count != nullptr ? unchanged : filled_partly};
 }
 
 /// Whether a failure of decoding, or of encoding, that no argument of the caller causes may have this status.
