@@ -1,9 +1,6 @@
 // RSA keys of PKCS #1 and parameters of RSASSA-PSS and RSAES-OAEP, with the openssl program as peer.
-
 #include <gtest/gtest.h>
 #include <tlxpki.h>
-
-#include <string_view>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
@@ -238,36 +235,33 @@ std::string set(const Row &row) {
     const Pss pss(new_RSASSA_PSS_PARAM());
     const Oaep oaep(new_RSAES_OAEP_PARAM());
     const Algorithm algorithm(new_X509_ALGO_IDENTIFIER());
+    RSASSA_PSS_PARAM *p = pss.get();
+    RSAES_OAEP_PARAM *o = oaep.get();
+    X509_ALGO_IDENTIFIER *a = algorithm.get();
     const std::uint8_t label[] = {'a', 'b', 'c'};
     using N = const Numbers &;
     const auto index = [](N n) { return static_cast<std::int32_t>(n[0]); };
     const auto size = [](N n) { return static_cast<std::int32_t>(n[1]); };
+    const auto row_of = [](N n) { return oid(nullptr, n[0]); };
     const Steps steps = {
-        {"pss-hash", [&](N n) { return set_RSASSA_PSS_PARAM_hashAlgorithm(pss.get(), index(n)); }},
-        {"pss-mask", [&](N n) { return set_RSASSA_PSS_PARAM_maskGenAlgorithm(pss.get(), index(n)); }},
-        {"pss-mask-of",
-         [&](N n) { return set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(pss.get(), oid(nullptr, n[0]).get()); }},
+        {"pss-hash", [&](N n) { return set_RSASSA_PSS_PARAM_hashAlgorithm(p, index(n)); }},
+        {"pss-mask", [&](N n) { return set_RSASSA_PSS_PARAM_maskGenAlgorithm(p, index(n)); }},
+        {"pss-mask-of", [&](N n) { return set_RSASSA_PSS_PARAM_maskGenAlgorithm_OID(p, row_of(n).get()); }},
         {"pss-salt",
-         [&](N n) { return set_RSASSA_PSS_PARAM_trailerField(pss.get(), static_cast<std::uint8_t>(n[0])); }},
-        {"pss-clean-hash", [&](N) { return clean_X509_ALGO_IDENTIFIER(pss->hashAlgorithm), 0U; }},
-        {"pss-into-algorithm",
-         [&](N) { return set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(algorithm.get(), pss.get()); }},
-        {"oaep-hash", [&](N n) { return set_RSAES_OAEP_PARAM_hashAlgorithm(oaep.get(), index(n)); }},
-        {"oaep-mask", [&](N n) { return set_RSAES_OAEP_PARAM_maskGenAlgorithm(oaep.get(), index(n)); }},
-        {"oaep-mask-of",
-         [&](N n) {
-             return set_RSAES_OAEP_PARAM_maskGenAlgorithm_OID(oaep.get(), oid(nullptr, n[0]).get());
-         }},
-        {"oaep-clean-mask", [&](N) { return clean_X509_ALGO_IDENTIFIER(oaep->maskGenAlgorithm), 0U; }},
+         [&](N n) { return set_RSASSA_PSS_PARAM_trailerField(p, static_cast<std::uint8_t>(n[0])); }},
+        {"pss-clean-hash", [&](N) { return clean_X509_ALGO_IDENTIFIER(p->hashAlgorithm), 0U; }},
+        {"pss-into-algorithm", [&](N) { return set_X509_ALGO_IDENTIFIER_with_RSASSA_PSS_PARAM(a, p); }},
+        {"oaep-hash", [&](N n) { return set_RSAES_OAEP_PARAM_hashAlgorithm(o, index(n)); }},
+        {"oaep-mask", [&](N n) { return set_RSAES_OAEP_PARAM_maskGenAlgorithm(o, index(n)); }},
+        {"oaep-mask-of", [&](N n) { return set_RSAES_OAEP_PARAM_maskGenAlgorithm_OID(o, row_of(n).get()); }},
+        {"oaep-clean-mask", [&](N) { return clean_X509_ALGO_IDENTIFIER(o->maskGenAlgorithm), 0U; }},
         {"oaep-source",
-         [&](N n) { return set_RSAES_OAEP_PARAM_pSourceAlgorithm(oaep.get(), index(n), label, size(n)); }},
+         [&](N n) { return set_RSAES_OAEP_PARAM_pSourceAlgorithm(o, index(n), label, size(n)); }},
         {"oaep-source-without-label",
          [&](N n) {
-             return set_RSAES_OAEP_PARAM_pSourceAlgorithm_OID(oaep.get(), oid(nullptr, n[0]).get(), nullptr,
-                                                              size(n));
+             return set_RSAES_OAEP_PARAM_pSourceAlgorithm_OID(o, row_of(n).get(), nullptr, size(n));
          }},
-        {"oaep-into-algorithm",
-         [&](N) { return set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(algorithm.get(), oaep.get()); }},
+        {"oaep-into-algorithm", [&](N) { return set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(a, o); }},
     };
     std::string result = run_steps(row[1], steps);
     result += ", " + encoded(RSASSA_PSS_PARAM_to_Seq, Pss(dup_RSASSA_PSS_PARAM(pss.get())).get());
@@ -294,41 +288,6 @@ TEST(Params, RefuseMissingArguments) {
                         pss.get());
     expect_refuses_null(0x490F0049, set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM, algorithm.get(),
                         oaep.get());
-}
-
-/// The element right after the first occurrence of a mark.
-Node element_after(const std::string &der, std::string_view digits) {
-    const Octets mark = hex(digits);
-    const std::size_t at = der.find(std::string(mark.begin(), mark.end())) + mark.size();
-    return Node(decodeToDERSequence_n(reinterpret_cast<const std::uint8_t *>(der.data()) + at,
-                                      static_cast<std::uint32_t>(der.size() - at)));
-}
-
-TEST(Params, OfOpensslAreRead) {
-    const CommandFolder folder;
-    folder.run(
-        "openssl genpkey -quiet -algorithm RSA-PSS -pkeyopt rsa_keygen_bits:1024"
-        " -pkeyopt rsa_pss_keygen_md:sha256 -pkeyopt rsa_pss_keygen_mgf1_md:sha384"
-        " -pkeyopt rsa_pss_keygen_saltlen:32 -out key.pem 2>&1;"
-        "openssl pkey -in key.pem -pubout -outform DER -out public.der");
-    const Pss pss(new_RSASSA_PSS_PARAM());
-    RSASSA_PSS_PARAM *out = pss.get();
-    const Node node = element_after(folder.read("public.der"), "06 09 2A 86 48 86 F7 0D 01 01 0A");
-    ASSERT_EQ(Seq_to_RSASSA_PSS_PARAM(node.get(), &out), 0U);
-    EXPECT_EQ(get_BIGINT_word(pss->saltLength), 32U);
-    EXPECT_EQ(encoded(RSASSA_PSS_PARAM_to_Seq, pss.get()), hex_of(node.get()));
-
-    folder.run(
-        "openssl req -x509 -newkey rsa:2048 -nodes -keyout key.pem -out cert.pem -subj /CN=x &&"
-        "openssl cms -encrypt -binary -in cert.pem -outform DER -out message.der -recip cert.pem"
-        " -keyopt rsa_padding_mode:oaep -keyopt rsa_oaep_md:sha512"
-        " -keyopt rsa_mgf1_md:sha256 -keyopt rsa_oaep_label:616263");
-    const Oaep oaep(new_RSAES_OAEP_PARAM());
-    RSAES_OAEP_PARAM *out_oaep = oaep.get();
-    const Node oaep_node = element_after(folder.read("message.der"), "06 09 2A 86 48 86 F7 0D 01 01 07");
-    ASSERT_EQ(Seq_to_RSAES_OAEP_PARAM(oaep_node.get(), &out_oaep), 0U);
-    EXPECT_EQ(hex_of(oaep->pSourceAlgorithm->parameters), "04 03 61 62 63");
-    EXPECT_EQ(encoded(RSAES_OAEP_PARAM_to_Seq, oaep.get()), hex_of(oaep_node.get()));
 }
 
 TEST(Params, MemoryMayRunOutInSetters) {

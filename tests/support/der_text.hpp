@@ -18,26 +18,17 @@ inline Octets assemble(std::string_view &text) {
             continue;
         }
         const bool bare = text.front() == '=';
-        const Octets tag = bare ? Octets() : hex(text.substr(0, 2));
         const bool nested = !bare && text[2] == '{';
+        Octets head = bare ? Octets() : hex(text.substr(0, 2));
         text.remove_prefix(bare ? 1 : 3);
-        Octets contents;
-        if (nested) {
-            contents = assemble(text);
-            text.remove_prefix(1);
-        } else {
-            const std::size_t digits = std::min(text.size(), text.find_first_of(" }"));
-            contents = hex(text.substr(0, digits));
-            text.remove_prefix(digits);
-        }
-        if (bare) {
-            all.insert(all.end(), contents.begin(), contents.end());
-            continue;
-        }
-        all.push_back(tag[0]);
-        if (contents.size() > 0x7F) all.push_back(contents.size() > 0xFF ? 0x82 : 0x81);
-        if (contents.size() > 0xFF) all.push_back(static_cast<std::uint8_t>(contents.size() >> 8));
-        all.push_back(static_cast<std::uint8_t>(contents.size()));
+        const std::size_t digits = nested ? 0 : std::min(text.size(), text.find_first_of(" }"));
+        const Octets contents = nested ? assemble(text) : hex(text.substr(0, digits));
+        text.remove_prefix(nested ? 1 : digits);
+        const std::size_t size = contents.size();
+        if (!bare && size > 0x7F) head.push_back(size > 0xFF ? 0x82 : 0x81);
+        if (!bare && size > 0xFF) head.push_back(static_cast<std::uint8_t>(size >> 8));
+        if (!bare) head.push_back(static_cast<std::uint8_t>(size));
+        all.insert(all.end(), head.begin(), head.end());
         all.insert(all.end(), contents.begin(), contents.end());
     }
     all.shrink_to_fit();

@@ -1,10 +1,11 @@
-// Certificates that somebody altered after they were signed, in ways that do not come back when they are
-// written.
+// Signature values of ECDSA and KCDSA, and certificates that somebody altered after they were signed, in ways
+// that do not come back when they are written.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/der_text.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
 #include "trust/trust_records.hpp"
@@ -103,6 +104,66 @@ TEST(AlteredCertificate, SettersDropWhatWasReceived) {
     EXPECT_EQ(check_X509_received(copy.get()), 0U);
     EXPECT_EQ(verify_SIG_X509_CERT(copy.get(), get_X509_SPKI(issuer.get())), 0U);
     EXPECT_EQ(check_X509_received(nullptr), 0x46300049U);
+}
+
+std::int32_t size_of(const Octets &octets) {
+    return static_cast<std::int32_t>(octets.size());
+}
+
+/// The octets, which are freed; the status for none.
+std::string taken(std::uint8_t *octets, std::uint32_t size, std::uint32_t status) {
+    const tlx::OwnedOctets<std::uint8_t> owner(octets);
+    return octets != nullptr ? hex_of(octets, size) : status_text(status);
+}
+
+/// Encodes r and s in hexadecimal.
+template <typename Encode>
+std::string encoded(const std::string &r_digits, const std::string &s_digits, Encode encode) {
+    const Octets r = hex(r_digits);
+    const Octets s = hex(s_digits);
+    std::uint8_t *out = nullptr;
+    std::uint32_t len = 0;
+    const std::uint32_t status = encode(&out, &len, r.data(), size_of(r), s.data(), size_of(s));
+    return taken(out, len, status);
+}
+
+Operation encode_kcdsa(decltype(&encode_KCDSASignatureValue) encode) {
+    const auto with_status = [encode](std::uint8_t **out, std::uint32_t *len, auto... numbers) {
+        return *len = encode(out, numbers...);
+    };
+    return {[with_status](const Row &row) { return encoded(row[1], row[2], with_status); }, {"4F00003C"}};
+}
+
+/// "r, s", or the status.
+std::string decoded(decltype(&decode_KCDSASignatureValue) decode, const std::string &der) {
+    const Node node = node_of(der);
+    std::uint8_t *r = nullptr;
+    std::uint8_t *s = nullptr;
+    std::uint32_t r_len = 0;
+    std::uint32_t s_len = 0;
+    const std::uint32_t status = decode(&r, &r_len, &s, &s_len, node.get());
+    EXPECT_EQ(r != nullptr && s != nullptr, status == 0);
+    const std::string first = taken(r, r_len, status);
+    const std::string second = taken(s, s_len, status);
+    return status == 0 ? first + ", " + second : first;
+}
+
+Operation decode(decltype(&decode_KCDSASignatureValue) function, const char *no_memory, const char *no_node) {
+    return {[function](const Row &row) { return decoded(function, row[1]); }, {no_memory, no_node}};
+}
+
+TEST(SignatureValue, Rows) {
+    const auto encode = [](const Row &row) { return encoded(row[1], row[2], encode_ECDSASignatureValue); };
+    expect_rows("signature_value.txt",
+                {{"encode ECDSA", {encode, {"462E003C", "462E0104"}}},
+                 {"encode KCDSA", encode_kcdsa(encode_KCDSASignatureValue)},
+                 {"encode KCDSA, old name", encode_kcdsa(encode_KCDSASignatrueValue)},
+                 {"decode ECDSA", decode(decode_ECDSASignatureValue, "462F0104", "462F0049")},
+                 {"decode KCDSA", decode(decode_KCDSASignatureValue, "00000001", "00000001")},
+                 {"decode KCDSA, old name", decode(decode_KCDSASignatrueValue, "00000001", "00000001")}});
+    std::uint8_t *out = nullptr;
+    const std::uint8_t octet = 1;
+    EXPECT_EQ(encode_KCDSASignatureValue(&out, &octet, -1, &octet, 1), 0x4F00002BU);
 }
 
 }  // namespace
