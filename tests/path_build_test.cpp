@@ -5,10 +5,7 @@
 
 #include <random>
 
-#include "support/allocation.hpp"
 #include "support/chain_builder.hpp"
-#include "support/null_arguments.hpp"
-#include "support/rows.hpp"
 #include "support/x509_records.hpp"
 #include "trust/sip_hash.hpp"
 

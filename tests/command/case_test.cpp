@@ -6,6 +6,7 @@
 
 #include "folder.hpp"
 #include "support/octets.hpp"
+#include "support/rows.hpp"
 
 namespace command_test {
 
@@ -70,17 +71,13 @@ std::string replaced(std::string text, const std::string &from, const std::strin
     return text;
 }
 
-std::string trimmed(const std::string &text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
-}
-
 /// A text with $1, $2, ... replaced by the columns of a row.
 std::string with_columns(std::string text, const Step &row) {
     std::size_t begin = 0;
     for (int column = 1; begin <= row.text.size(); ++column) {
         const std::size_t end = std::min(row.text.find(" |", begin), row.text.size());
-        text = replaced(text, "$" + std::to_string(column), trimmed(row.text.substr(begin, end - begin)));
+        text = replaced(text, "$" + std::to_string(column),
+                        tlx_test::trimmed(row.text.substr(begin, end - begin)));
         begin = end + 2;
     }
     return text;

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "support/der_text.hpp"
+#include "support/rows.hpp"
 
 namespace tlx_test {
 namespace {
@@ -45,16 +46,12 @@ const KeyPair &key_pair(unsigned number) {
     return pairs.at(number);
 }
 
-std::string digits_of(const Octets &octets) {
-    std::string digits = hex_of(octets.data(), octets.size());
-    std::erase(digits, ' ');
+/// Hexadecimal digits of octets, or of the characters of a text.
+std::string digits_of(const auto &octets) {
+    std::string digits;
+    for (const auto octet : octets)
+        digits += status_text(static_cast<std::uint8_t>(octet)).substr(6);
     return digits;
-}
-std::string digits_of(const std::string &text) {
-    return digits_of(Octets(text.begin(), text.end()));
-}
-std::string digits_of(std::uint8_t octet) {
-    return digits_of(Octets{octet});
 }
 
 /// The encodings of what a certificate is made of, in the notation of der_text.hpp.
@@ -171,9 +168,9 @@ CertSpec &CertSpec::without(const std::string &name) {
 
 Cert CertSpec::make() const {
     // A key and a signature of another kind, which are then replaced.
-    const std::string text = "30{30{A0{02:" + digits_of(version) + "} 02:00" + serial + " 30{06:2A03}" +
-                             name_text(issuer) + "30{" + time_text(from) + time_text(until) + "}" +
-                             name_text(subject) + "30{30{06:2A03} 03:00}" +
+    const std::string text = "30{30{A0{02:" + digits_of(Octets{version}) + "} 02:00" + serial +
+                             " 30{06:2A03}" + name_text(issuer) + "30{" + time_text(from) + time_text(until) +
+                             "}" + name_text(subject) + "30{30{06:2A03} 03:00}" +
                              (extensions ? extensions_text(*extensions) : "") + "} 30{06:2A03} 03:00}";
     X509_CERT *made = nullptr;
     expect_done(Seq_to_X509_CERT(der_node(text).get(), &made), text);
@@ -192,7 +189,7 @@ Chain valid_chain(unsigned length) {
         CertSpec &spec = chain[length - 1 - depth];
         const CertSpec &issuer = depth == 0 ? spec : chain[length - depth];
         spec.subject = depth == 0 ? "Root" : is_user ? "User" : "CA " + std::to_string(depth);
-        spec.serial = digits_of(static_cast<std::uint8_t>(depth + 1));
+        spec.serial = digits_of(Octets{static_cast<std::uint8_t>(depth + 1)});
         spec.key = depth % kRsaKeys;
         spec.issuer = issuer.subject;
         spec.signer = issuer.key;
@@ -208,11 +205,8 @@ Chain valid_chain(unsigned length) {
 std::vector<std::string> split(const std::string &text, char separator) {
     std::vector<std::string> parts;
     std::istringstream rest(text);
-    for (std::string part; std::getline(rest, part, separator);) {
-        part.erase(0, part.find_first_not_of(' '));
-        part.erase(part.find_last_not_of(' ') + 1);
-        if (!part.empty()) parts.push_back(part);
-    }
+    for (std::string part; std::getline(rest, part, separator);)
+        if (!trimmed(part).empty()) parts.push_back(trimmed(part));
     return parts;
 }
 

@@ -27,11 +27,6 @@ std::string without_escapes(const std::string &text) {
     return octets;
 }
 
-std::string without_spaces_around(const std::string &text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 std::uint32_t number_of(const std::string &text) {
     static const std::map<std::string, std::uint32_t> digests = {
         {"MD5", TLX_DIGEST_MD5},       {"SHA1", TLX_DIGEST_SHA1},     {"SHA224", TLX_DIGEST_SHA224},
@@ -81,7 +76,7 @@ std::vector<Row> read_rows(const std::string &file) {
         Row row{file + ":" + std::to_string(at), {}};
         for (std::size_t start = 0, end = 0; end != line.npos; start = end + 1) {
             end = line.find('|', start);
-            row.fields.push_back(without_escapes(without_spaces_around(line.substr(start, end - start))));
+            row.fields.push_back(without_escapes(trimmed(line.substr(start, end - start))));
         }
         rows.push_back(row);
     }
@@ -118,6 +113,11 @@ std::string run_steps(const std::string &text, const Steps &known) {
             (results.empty() ? "" : " ") + (result < 0x10000 ? std::to_string(result) : status_text(result));
     }
     return results;
+}
+
+std::string trimmed(const std::string &text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 std::string status_text(std::uint32_t status) {

@@ -42,6 +42,9 @@ using Steps = std::map<std::string, std::function<std::uint32_t(const Numbers &)
 /// what each step returned: "0 20 49120049", a status in hexadecimal.
 std::string run_steps(const std::string &text, const Steps &known);
 
+/// A text without the spaces around it.
+std::string trimmed(const std::string &text);
+
 /// "00000000"
 std::string status_text(std::uint32_t status);
 

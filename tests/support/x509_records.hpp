@@ -51,6 +51,17 @@ void expect_making_may_fail(Make make, Free free) {
     });
 }
 
+/// Lets each allocation of `run` fail: it gives one of the statuses, and 0 in the end. Returns how many runs
+/// failed.
+template <typename Run>
+unsigned sweep_statuses(const Statuses &no_memory, Run run) {
+    return sweep_failing_allocations([&] {
+        const std::uint32_t status = run();
+        EXPECT_TRUE(status == 0 || no_memory.contains(status)) << std::hex << status;
+        return status == 0;
+    });
+}
+
 /// What a function makes has this encoding. It makes nothing without one of its arguments or without memory.
 template <auto Free, typename T, typename... Arguments>
 void expect_made(std::string_view text, std::uint32_t (*encoder)(const T *, ASN1_UNIT **),
