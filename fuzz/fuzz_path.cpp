@@ -71,10 +71,9 @@ Certificates read_chain(const std::uint8_t *data, std::size_t size) {
 void validate(const X509_CERTIFICATES *path, std::uint8_t choices, const CPV_SETTINGS &settings) {
     Held<free_OBJECT_IDENTIFIERS> user(new_OBJECT_IDENTIFIERS());
     for (const char *policy : {"1.2.3.9", "1.2.3.1"})
-        push_STACK_value(user.get(), tlx_test::make_string(TLX_TAG_OBJECT_IDENTIFIER, policy).release());
+        push_STACK_value(user.get(), tlx_test::string_of(TLX_TAG_OBJECT_IDENTIFIER, policy).release());
     if ((choices & any_policy) != 0)
-        push_STACK_value(user.get(),
-                         tlx_test::make_string(TLX_TAG_OBJECT_IDENTIFIER, "2.5.29.32.0").release());
+        push_STACK_value(user.get(), tlx_test::string_of(TLX_TAG_OBJECT_IDENTIFIER, "2.5.29.32.0").release());
     node_LIST *tree = nullptr;
     std::int32_t stopped_at = -2;
     const std::uint32_t status = validate_certpath_ex(

@@ -3,8 +3,8 @@
 #include <tlxpki/base64.h>
 
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
 namespace tlx_test {
 namespace {

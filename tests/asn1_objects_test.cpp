@@ -11,9 +11,9 @@
 
 #include "asn1/oid_table.hpp"
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
 namespace tlx_test {
 namespace {
@@ -24,18 +24,18 @@ constexpr std::pair<const char * OID_ROW::*, Lookup> kColumns[] = {{&OID_ROW::sh
                                                                    {&OID_ROW::dotted, index_from_oid_string}};
 
 std::string made(OBJECT_IDENTIFIER *oid) {
-    return octets(StringRecord(oid).get());
+    return octets(String(oid).get());
 }
 
 /// The short name of an identifier's row.
 std::string row_name(OBJECT_IDENTIFIER *oid) {
-    const StringRecord owner(oid);
+    const String owner(oid);
     if (oid == nullptr) return "(null)";
     return sn_from_index(static_cast<std::int32_t>(index_from_OBJECT_IDENTIFIER(oid)));
 }
 
-StringRecord by_name(const std::string &name) {
-    return StringRecord(get_OBJECT_IDENTIFIER(name.c_str(), 0));
+String by_name(const std::string &name) {
+    return String(get_OBJECT_IDENTIFIER(name.c_str(), 0));
 }
 
 template <typename Function>
@@ -52,7 +52,7 @@ std::string look_up(const Row &row) {
 }
 
 std::string algorithms(const Row &row) {
-    const StringRecord oid = by_name(row[1]);
+    const String oid = by_name(row[1]);
     return status_text(get_DigestID_from_OID(oid.get())) + " " +
            status_text(get_CipherID_from_OID(oid.get())) + " " +
            std::to_string(get_AlgorType_from_OID(oid.get()));
@@ -65,7 +65,7 @@ std::string from_libcrypto(const Row &row) {
 
 std::string compare(const Row &row) {
     const std::int32_t order =
-        cmp_OBJECT_IDENTIFIER(make_string(6, row[1]).get(), make_string(0x86, row[2]).get());
+        cmp_OBJECT_IDENTIFIER(string_of(6, row[1]).get(), string_of(0x86, row[2]).get());
     return order < 0 ? "below" : order == 0 ? "equal" : "above";
 }
 
@@ -169,7 +169,7 @@ TEST(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
     const LeakCheck leaks;
     const std::map<int, std::uint32_t> repeats = {{404, 393}, {645, 393}, {676, 379}, {831, 366}};
     for (int i = 1; i < TLX_OID_COUNT; ++i) {
-        const StringRecord oid(index_to_OBJECT_IDENTIFIER(i));
+        const String oid(index_to_OBJECT_IDENTIFIER(i));
         const std::string dotted = OID_LIST(i)->dotted;
         ASSERT_EQ(octets(oid.get()), dotted.empty() ? "(null)" : dotted) << "row " << i;
         if (dotted.empty()) continue;
@@ -195,17 +195,17 @@ TEST(Objects, RecordsMayBeNullOrWithoutData) {
     for (const auto &column : kColumns)
         EXPECT_EQ(column.second(nullptr, 5), 0U);
     const OBJECT_IDENTIFIER no_data = {6, nullptr, 7, 0};
-    const StringRecord oid = make_string(0x86, "2.5.4.3");
+    const String oid = string_of(0x86, "2.5.4.3");
     EXPECT_EQ(cmp_OBJECT_IDENTIFIER(nullptr, &no_data), 0);
     EXPECT_LT(cmp_OBJECT_IDENTIFIER(nullptr, oid.get()), 0);
     EXPECT_GT(cmp_OBJECT_IDENTIFIER(oid.get(), nullptr), 0);
-    EXPECT_EQ(cmp_ASN1_STRING(StringRecord(dup_OBJECT_IDENTIFIER(oid.get())).get(), oid.get()), 0);
+    EXPECT_EQ(cmp_ASN1_STRING(String(dup_OBJECT_IDENTIFIER(oid.get())).get(), oid.get()), 0);
     EXPECT_EQ(index_from_OBJECT_IDENTIFIER(&no_data), 0U);
     for (const std::int32_t length : {7, 6, -1}) {
         oid->length = length;
         EXPECT_EQ(index_from_OBJECT_IDENTIFIER(oid.get()), length == 7 ? 13U : 0U);
     }
-    EXPECT_EQ(get_DigestID_from_OID(make_string(6, "1.2.3.4").get()), 0U);
+    EXPECT_EQ(get_DigestID_from_OID(string_of(6, "1.2.3.4").get()), 0U);
 }
 
 }  // namespace

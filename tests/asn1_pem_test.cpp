@@ -7,8 +7,8 @@
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
 namespace tlx_test {
 namespace {
@@ -49,7 +49,7 @@ std::string read(const std::string &body) {
 std::string write(const Row &row) {
     char *pem = nullptr;
     const std::uint32_t size = writePEM_to_Binary(
-        make_string(static_cast<std::int32_t>(row.number(1)), row[2]).get(), kEncoder, "A", 1, &pem);
+        string_of(static_cast<std::int32_t>(row.number(1)), row[2]).get(), kEncoder, "A", 1, &pem);
     return pem != nullptr ? take(pem, size) : status_text(size);
 }
 
@@ -79,7 +79,7 @@ TEST(Pem, PutsTheLinesAround) {
 
 TEST(Pem, WritesFiles) {
     const LeakCheck leaks;
-    const StringRecord record = make_string(0x30, "\x02\x01\x07");
+    const String record = string_of(0x30, "\x02\x01\x07");
     const CommandFolder folder;
     const std::string path = folder.path("file");
     const std::string nowhere = folder.path("no such folder/file");
@@ -100,7 +100,7 @@ TEST(Pem, RefusesMissingArguments) {
     std::uint8_t *der = nullptr;
     std::uint32_t value = 0;
     void *out = &value;
-    const StringRecord record = make_string(0x30, "\x02\x01\x07");
+    const String record = string_of(0x30, "\x02\x01\x07");
     const std::string text = wrapped("MAMCAQU=");
     const std::pair<std::uint32_t, std::uint32_t> calls[] = {
         {base64ToPEM("Zm9v", -1, "A", 1, &pem), 0},

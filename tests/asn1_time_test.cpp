@@ -9,14 +9,14 @@
 #include <sstream>
 
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 #include "support/time_zone.hpp"
 
 namespace tlx_test {
 namespace {
 
-using Time = std::unique_ptr<ASN1_TIME, Freer<ASN1_TIME, free_ASN1_TIME>>;
+using Time = Held<free_ASN1_TIME>;
 
 /// The fields that a text carries, then day of week and day of year, of a time that is freed.
 std::string show(ASN1_TIME *made) {
@@ -43,10 +43,10 @@ Operation reads(Reader reader) {
 using Adder = std::uint32_t (*)(ASN1_STRING **, std::int32_t);
 Operation adds(Adder add, const std::set<std::string> &without_memory) {
     return {[add](const Row &row) -> std::string {
-                ASN1_STRING *time = make_string(0, row[1]).release();
+                ASN1_STRING *time = string_of(0, row[1]).release();
                 if (octets(time) != row[1]) return free_ASN1_STRING(time), "no text";
                 const std::uint32_t status = add(&time, static_cast<std::int32_t>(row.number(2)));
-                const StringRecord owner(time);
+                const String owner(time);
                 EXPECT_TRUE(status == 0 || octets(time) == row[1]) << "unchanged on failure";
                 return status == 0 ? octets(time) : status_text(status);
             },
@@ -56,7 +56,7 @@ Operation adds(Adder add, const std::set<std::string> &without_memory) {
 using Comparer = std::int32_t (*)(const ASN1_STRING *, const ASN1_STRING *);
 Operation compares(Comparer compare) {
     return {[compare](const Row &row) {
-        return std::to_string(compare(make_string(0, row[1]).get(), make_string(0, row[2]).get()));
+        return std::to_string(compare(string_of(0, row[1]).get(), string_of(0, row[2]).get()));
     }};
 }
 
@@ -73,7 +73,7 @@ std::string check(const Row &row) {
     const ASN1_TIME time = time_of(row[1]);
     const Time copy(dup_ASN1_TIME(&time));
     const bool good = check_ASN1_TIME(&time) == 0;
-    EXPECT_EQ(good, StringRecord(asn1TimeToGENERALIZED_TIME(&time, 2)) != nullptr);
+    EXPECT_EQ(good, String(asn1TimeToGENERALIZED_TIME(&time, 2)) != nullptr);
     EXPECT_EQ(good,
               copy != nullptr && copy->day_of_week == 7 && copy->day_of_year == 8 && copy->daylight == 9);
     return status_text(check_ASN1_TIME(&time));
@@ -84,7 +84,7 @@ template <typename Writer>
 Operation writes(Writer writer) {
     return {[writer](const Row &row) -> std::string {
                 const ASN1_TIME time = time_of(row[1]);
-                const StringRecord text(writer(&time, row.number(2)));
+                const String text(writer(&time, row.number(2)));
                 if (text == nullptr) return "none";
                 return octets(text.get()) + " " + std::to_string(text->type) + " " +
                        std::to_string(text->extra);

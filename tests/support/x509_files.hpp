@@ -11,7 +11,6 @@
 
 #include "support/held.hpp"
 #include "support/octets.hpp"
-#include "support/strings.hpp"
 
 namespace tlx_test {
 
