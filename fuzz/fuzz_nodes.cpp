@@ -9,8 +9,9 @@
 
 namespace {
 
-using fuzz::Node;
 using fuzz::require;
+using tlx_test::Child;
+using tlx_test::Node;
 using Octets = std::span<const std::uint8_t>;
 
 constexpr std::uint32_t kMostChildren = 16;
@@ -19,25 +20,6 @@ constexpr unsigned kMostNodes = 20;
 /// Every type, and values that name none.
 constexpr std::uint32_t kExpected[] = {0,  1,  2,  3,  4,  5,  6,  10, 12, 16, 17, 19,        20,
                                        22, 23, 24, 26, 30, 31, 32, 33, 34, 48, 49, 0xFFFFFFE2};
-
-void free_value(void *value, std::uint32_t expected) {
-    switch (expected) {
-        case 1:
-        case 5:
-            return tlx_free(value);
-        case 2:
-        case 10:
-            return free_BIGINT(static_cast<BIGINT *>(value));
-        case 16:
-        case 17:
-        case 33:
-        case 48:
-        case 49:
-            return free_ASN1_UNIT(static_cast<ASN1_UNIT *>(value));
-        default:
-            return free_ASN1_STRING(static_cast<ASN1_STRING *>(value));
-    }
-}
 
 /// Without its length a complete element is read no further than it reaches, if at all.
 void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::uint32_t contents) {
@@ -98,13 +80,13 @@ void walk(const ASN1_UNIT *node, unsigned &budget) {
         const std::uint32_t type = getChildType(node, i);
         for (const std::uint32_t expected : kExpected) {
             void *value = getDERChildAt(node, i, expected);
+            const Child owner(value, expected);
             require(value == nullptr || type != 0xFFFFFFFF);
-            free_value(value, expected);
         }
         const std::uint32_t before = cursor;
         void *next = getBERChildOffset(node, i, type & 0x1F, &cursor);
+        const Child owner(next, type & 0x1F);
         require(next != nullptr || cursor == before);
-        free_value(next, type & 0x1F);
         const Node child(static_cast<ASN1_UNIT *>(getDERChildAt(node, i, (type & 0x1F) == 17 ? 17 : 16)));
         if (child != nullptr) walk(child.get(), budget);
     }
@@ -120,7 +102,7 @@ std::uint32_t decode(const ASN1_UNIT *node, void **) {
 void check_cursors(const ASN1_UNIT *node, Octets octets) {
     for (const std::uint8_t octet : octets.first(std::min<std::size_t>(octets.size(), 16))) {
         std::uint32_t cursor = octet;
-        free_value(getBERChildOffset(node, 0, 32, &cursor), 32);
+        const Child child(getBERChildOffset(node, 0, 32, &cursor), 32);
     }
 }
 

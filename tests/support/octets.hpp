@@ -94,6 +94,29 @@ inline std::string octets(const ASN1_STRING *record) {
     return {reinterpret_cast<const char *>(record->data), static_cast<std::size_t>(record->length)};
 }
 
+inline bool takes_node(std::uint32_t type) {
+    return type == 16 || type == 17 || type == 33 || type == 48 || type == 49;
+}
+
+/// Owns what getDERChildAt made under a type.
+struct Child {
+    Child(void *made, std::uint32_t type) {
+        if (type == 1 || type == 5) {
+            octet.reset(static_cast<std::uint8_t *>(made));
+        } else if (type == 2 || type == 10) {
+            number.reset(static_cast<BIGINT *>(made));
+        } else if (takes_node(type)) {
+            node.reset(static_cast<ASN1_UNIT *>(made));
+        } else {
+            string.reset(static_cast<ASN1_STRING *>(made));
+        }
+    }
+    tlx::OwnedOctets<std::uint8_t> octet;
+    Number number;
+    Node node;
+    String string;
+};
+
 /// Copies `length` octets of a result and frees the result; "(null)" for null.
 template <typename T>
 std::string take(T *result, std::size_t length) {
