@@ -46,7 +46,9 @@ std::string as_utf8(std::int32_t type, const std::string &contents) {
     return octets(String(ASN1_STRING_to_UTF8_STRING(string_of(type, contents).get())).get());
 }
 
-TEST(Convert, Rows) {
+using Convert = LeakFreeTest;
+
+TEST_F(Convert, Rows) {
     const auto any_as_utf8 = [](const Row &row) {
         return as_utf8(static_cast<std::int32_t>(row.number(1)), row[2]);
     };
@@ -69,8 +71,7 @@ TEST(Convert, Rows) {
     EXPECT_EQ(units, nullptr);
 }
 
-TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
-    const LeakCheck leaks;
+TEST_F(Convert, KnowsThePlaneOfTheSystemBothWays) {
     const auto in_plane = [](std::uint32_t pair) {
         return pair >= 0xA1A1 && pair <= 0xFDFE && (pair & 0xFF) >= 0xA1 && (pair & 0xFF) <= 0xFE;
     };
@@ -96,8 +97,7 @@ TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
 }
 
-TEST(Convert, KnowsTheHangulThatCodePage949Adds) {
-    const LeakCheck leaks;
+TEST_F(Convert, KnowsTheHangulThatCodePage949Adds) {
     unsigned characters = 0;
     for (std::uint32_t value = 0x8000; value < 0x10000; ++value) {
         if (value >= 0xA1A1 && (value & 0xFF) >= 0xA1) continue;  // in the plane

@@ -1,23 +1,17 @@
 // The registry: its data against libcrypto's, its lookups against a plain scan, its edge cases.
-#include <tlxpki/ber.h>
-#include <tlxpki/objects.h>
-#include <tlxpki/string.h>
-
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <regex>
-#include <vector>
 
 #include "asn1/oid_table.hpp"
 #include "support/allocation.hpp"
-#include "support/octets.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/rows.hpp"
+#include "support/x509_files.hpp"
 
 namespace tlx_test {
 namespace {
 
+using Objects = LeakFreeTest;
 using Lookup = std::uint32_t (*)(const char *, std::uint32_t);
 constexpr std::pair<const char * OID_ROW::*, Lookup> kColumns[] = {{&OID_ROW::short_name, index_from_sn},
                                                                    {&OID_ROW::long_name, index_from_ln},
@@ -71,8 +65,7 @@ std::string compare(const Row &row) {
 
 /// The dotted texts that the names in the public header stand for.
 std::map<std::string, std::string> header_names() {
-    std::ifstream header(TLX_TEST_SOURCE "/include/tlxpki/object_names.h");
-    const std::string text(std::istreambuf_iterator<char>(header), {});
+    const std::string text = read_text(TLX_TEST_SOURCE "/include/tlxpki/object_names.h");
     const std::regex name("(TLX_OID_\\w+) = (\\d+)");
     std::map<std::string, std::string> names;
     for (std::sregex_iterator at(text.begin(), text.end(), name), end; at != end; ++at)
@@ -80,7 +73,7 @@ std::map<std::string, std::string> header_names() {
     return names;
 }
 
-TEST(Objects, Rows) {
+TEST_F(Objects, Rows) {
     auto names = header_names();
     const auto identifier = [](const Row &row) {
         const char *name = row[1] == "null" ? nullptr : row[1].c_str();
@@ -110,8 +103,9 @@ constexpr std::pair<int, int> kDifferences[] = {
     {645, 647}, {660, 660}, {676, 676}, {772, 775}, {780, 840},
 };
 
-TEST(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
+TEST_F(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
     int korean = 0;
+    const std::regex dotted(R"((\d+(\.\d+)?\.|\d+(\.\d+){2,})?)");
     for (int i = 0; i < TLX_OID_COUNT; ++i) {
         const auto peer = openssl::object_row(i);
         const OID_ROW *row = OID_LIST(i);
@@ -122,15 +116,14 @@ TEST(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
                         [i](const auto &rows) { return rows.first <= i && i <= rows.second; });
         EXPECT_EQ(same, !differs) << "row " << i << ": " << row->short_name << ", " << row->dotted;
         korean += std::string_view(row->dotted).starts_with("1.2.410");
-        if (i >= 805 && i <= 830) {
-            EXPECT_EQ(row->dotted, "1.2.410.100001.1." + std::to_string(i - 804));
-        }
+        EXPECT_TRUE(i < 805 || i > 830 || row->dotted == "1.2.410.100001.1." + std::to_string(i - 804)) << i;
+        // A text of one or two arcs ends in a dot.
+        EXPECT_TRUE(i == 0 || std::regex_match(row->dotted, dotted)) << "row " << i << ": " << row->dotted;
     }
     EXPECT_EQ(korean, 54);
 }
 
-TEST(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
-    const LeakCheck leaks;
+TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
     // What a scan in index order finds.
     std::map<std::string, std::uint32_t> first[3];
     for (std::size_t c = 0; c < 3; ++c) {
@@ -149,6 +142,10 @@ TEST(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
         }
     };
     for (int i = 0; i < TLX_OID_COUNT; ++i) {
+        const std::string dotted = OID_LIST(i)->dotted;
+        const String oid(index_to_OBJECT_IDENTIFIER(i));
+        EXPECT_EQ(octets(oid.get()), i == 0 || dotted.empty() ? "(null)" : dotted) << "row " << i;
+        EXPECT_EQ(index_from_OBJECT_IDENTIFIER(oid.get()), first[2][i == 0 ? "" : dotted]) << "row " << i;
         for (const auto &column : kColumns) {
             const std::string text = OID_LIST(i)->*column.first;
             for (const std::string &near : {text, text + '1', text + '\0'})
@@ -163,24 +160,6 @@ TEST(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
             }
         }
     }
-}
-
-TEST(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
-    const LeakCheck leaks;
-    const std::map<int, std::uint32_t> repeats = {{404, 393}, {645, 393}, {676, 379}, {831, 366}};
-    for (int i = 1; i < TLX_OID_COUNT; ++i) {
-        const String oid(index_to_OBJECT_IDENTIFIER(i));
-        const std::string dotted = OID_LIST(i)->dotted;
-        ASSERT_EQ(octets(oid.get()), dotted.empty() ? "(null)" : dotted) << "row " << i;
-        if (dotted.empty()) continue;
-        const auto first = repeats.find(i);
-        EXPECT_EQ(index_from_OBJECT_IDENTIFIER(oid.get()),
-                  first != repeats.end() ? first->second : static_cast<std::uint32_t>(i));
-        const bool dot_at_end = dotted.back() == '.';
-        const auto arcs = std::count(dotted.begin(), dotted.end(), '.') + (dot_at_end ? 0 : 1);
-        EXPECT_EQ(dot_at_end, arcs < 3) << "row " << i << " has " << arcs << " arcs";
-        EXPECT_EQ(dotted.find_first_not_of("0123456789."), std::string::npos) << "row " << i;
-    }
     // An index outside the table is row 0.
     for (const std::int32_t index : {0, -1, INT32_MIN, 841, INT32_MAX}) {
         EXPECT_EQ(OID_LIST(index), OID_LIST(0)) << index;
@@ -190,8 +169,7 @@ TEST(Objects, EveryRowWithATextMakesOneThatLeadsBackToTheFirstRowWithIt) {
     }
 }
 
-TEST(Objects, RecordsMayBeNullOrWithoutData) {
-    const LeakCheck leaks;
+TEST_F(Objects, RecordsMayBeNullOrWithoutData) {
     for (const auto &column : kColumns)
         EXPECT_EQ(column.second(nullptr, 5), 0U);
     const OBJECT_IDENTIFIER no_data = {6, nullptr, 7, 0};

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
-#include <tlxpki/status.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <set>
-#include <string>
 
 #include "support/rows.hpp"
+#include "support/x509_files.hpp"
 
 namespace tlx_test {
 namespace {
@@ -30,8 +27,7 @@ TEST(StatusText, EveryDocumentedStatusHasARow) {
     const std::regex code("0x(4[0-9A-F]|5[0-4])(?!000000)[0-9A-F]{6}(?![0-9A-F.])");
     std::set<std::string> codes;
     const auto collect = [&](const std::filesystem::path &path) {
-        std::ifstream file(path);
-        const std::string contents(std::istreambuf_iterator<char>(file), {});
+        const std::string contents = read_text(path.string());
         for (std::sregex_iterator at(contents.begin(), contents.end(), code), end; at != end; ++at)
             codes.insert(at->str());
     };

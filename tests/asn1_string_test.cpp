@@ -40,13 +40,14 @@ std::string copy(const Row &row) {
     return text_of(String(dup_ASN1_STRING(record.get())).get());
 }
 
-TEST(Strings, Rows) {
+using Strings = LeakFreeTest;
+
+TEST_F(Strings, Rows) {
     expect_rows("string.txt",
                 {{"encode", {encode, {"41020103"}}}, {"compare", {compare}}, {"copy", {copy, {"null"}}}});
 }
 
-TEST(Strings, TakeValues) {
-    const LeakCheck leaks;
+TEST_F(Strings, TakeValues) {
     const String record(new_ASN1_STRING());
     record->extra = 5;
     ASSERT_EQ(set_ASN1_STRING_value(record.get(), 12, "abc", 3), 0U);
@@ -67,8 +68,7 @@ TEST(Strings, TakeValues) {
     EXPECT_EQ(record->data, nullptr);
 }
 
-TEST(Strings, MayBeNullOrWithoutData) {
-    const LeakCheck leaks;
+TEST_F(Strings, MayBeNullOrWithoutData) {
     const String full = string_of(12, "abcde");
     const ASN1_STRING no_data{12, nullptr, 5, 0};
     const ASN1_STRING shortest{12, nullptr, INT32_MIN, 0};

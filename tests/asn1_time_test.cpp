@@ -113,9 +113,7 @@ Operation adds_to_date(std::uint32_t (*add)(ASN1_TIME *, std::int32_t)) {
     }};
 }
 
-class TimeTest : public ::testing::Test {
-    LeakCheck leaks_;
-};
+using TimeTest = LeakFreeTest;
 
 TEST_F(TimeTest, Rows) {
     expect_rows("time.txt",

@@ -13,8 +13,6 @@
 
 namespace {
 
-using tlx_test::LeakCheck;
-
 void *allocate(std::size_t size) {
     return tlx_malloc(size, "here.c", 1);
 }
@@ -22,7 +20,9 @@ void *resize(void *block, std::size_t size) {
     return tlx_realloc(block, size, "there.c", 2);
 }
 
-TEST(Memory, CountsBlocksAndBytes) {
+using Memory = tlx_test::LeakFreeTest;
+
+TEST_F(Memory, CountsBlocksAndBytes) {
     const std::uint64_t blocks = tlx_live_blocks();
     const std::uint64_t bytes = tlx_live_bytes();
     const auto expect = [=](std::uint64_t more_blocks, std::uint64_t more_bytes) {
@@ -48,8 +48,7 @@ TEST(Memory, CountsBlocksAndBytes) {
     expect(0, 0);
 }
 
-TEST(Memory, ZeroesWhatCallocGives) {
-    const LeakCheck leaks;
+TEST_F(Memory, ZeroesWhatCallocGives) {
     for (const std::size_t size : {1U, 100U, 16383U, 100000U}) {
         void *dirty = allocate(size);
         std::memset(dirty, 0xAA, size);
@@ -60,8 +59,7 @@ TEST(Memory, ZeroesWhatCallocGives) {
     }
 }
 
-TEST(Memory, MovesAGrowingBlockRarely) {
-    const LeakCheck leaks;
+TEST_F(Memory, MovesAGrowingBlockRarely) {
     // Two blocks that grow in turn keep each other from growing in place.
     constexpr std::size_t kOctets = 100'000;
     std::uint8_t *blocks[2] = {};
@@ -86,8 +84,7 @@ TEST(Memory, MovesAGrowingBlockRarely) {
     }
 }
 
-TEST(Memory, CountsAcrossThreads) {
-    const LeakCheck leaks;
+TEST_F(Memory, CountsAcrossThreads) {
     const std::uint64_t bytes = tlx_live_bytes();
     // More threads than there are counters, so that the later ones share. Each frees what its neighbour
     // allocated.
@@ -108,8 +105,7 @@ TEST(Memory, CountsAcrossThreads) {
     EXPECT_EQ(tlx_live_bytes(), bytes);
 }
 
-TEST(Memory, FailsTheAllocationAskedForAndSizesThatOverflow) {
-    const LeakCheck leaks;
+TEST_F(Memory, FailsTheAllocationAskedForAndSizesThatOverflow) {
     EXPECT_EQ(allocate(SIZE_MAX - 15), nullptr);
     EXPECT_EQ(tlx_calloc(std::size_t{1} << 32U, std::size_t{1} << 32U, "here.c", 1), nullptr);
     tlx_fail_allocation(4);
@@ -138,8 +134,7 @@ std::vector<std::string> tracked_blocks() {
     return texts;
 }
 
-TEST(Memory, ListsWhereLiveBlocksCameFrom) {
-    const LeakCheck leaks;
+TEST_F(Memory, ListsWhereLiveBlocksCameFrom) {
     using Texts = std::vector<std::string>;
     void *earlier = allocate(1);
     tlx_track_allocations(1);
