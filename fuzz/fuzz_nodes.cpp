@@ -2,17 +2,12 @@
 // elements also by the functions that know no length.
 #include <algorithm>
 #include <cstring>
-#include <span>
-#include <vector>
 
 #include "values.hpp"
 
 namespace {
 
-using fuzz::require;
-using tlx_test::Child;
-using tlx_test::Node;
-using Octets = std::span<const std::uint8_t>;
+using namespace fuzz;
 
 constexpr std::uint32_t kMostChildren = 16;
 constexpr unsigned kMostNodes = 20;
@@ -24,7 +19,7 @@ constexpr std::uint32_t kExpected[] = {0,  1,  2,  3,  4,  5,  6,  10, 12, 16, 1
 /// Without its length a complete element is read no further than it reaches, if at all.
 void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::uint32_t contents) {
     // A block of its own, so that a read past its end is seen.
-    const std::vector<std::uint8_t> element(octets, octets + size);
+    const Octets element(octets, octets + size);
     const Node node(decodeToDERSequence(element.data()));
     const std::uint32_t length = getASN1ValueLengthFromLO(element.data() + 1);
     require(getASN1ValueLength(node.get()) == length);
@@ -33,10 +28,10 @@ void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::u
 
 /// Writing a node gives the octets that were read, and reading them gives the node.
 void check_round_trip(const ASN1_UNIT *node) {
-    const std::string text = fuzz::octets_of(node);
+    const std::string text = octets_of(node);
     const auto *octets = reinterpret_cast<const std::uint8_t *>(text.data());
     const auto size = static_cast<std::uint32_t>(text.size());
-    const Node again = fuzz::node_of(octets, size);
+    const Node again = node_of(octets, size);
     require(again != nullptr && getASN1ValueLength(again.get()) == getASN1ValueLength(node));
     require(std::memcmp(again->value, node->value, getASN1ValueLength(node)) == 0);
     require(decodeToDERSequence_n(octets, size - 1) == nullptr);
@@ -99,9 +94,9 @@ std::uint32_t decode(const ASN1_UNIT *node, void **) {
 }
 
 /// Any offset is safe.
-void check_cursors(const ASN1_UNIT *node, Octets octets) {
-    for (const std::uint8_t octet : octets.first(std::min<std::size_t>(octets.size(), 16))) {
-        std::uint32_t cursor = octet;
+void check_cursors(const ASN1_UNIT *node, const std::uint8_t *octets, std::size_t size) {
+    for (std::size_t i = 0; i < std::min<std::size_t>(size, 16); ++i) {
+        std::uint32_t cursor = octets[i];
         const Child child(getBERChildOffset(node, 0, 32, &cursor), 32);
     }
 }
@@ -116,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::uint32_t status = readDER_from_Buffer(&unused, decode, data, len);
     const Node node(decodeToDERSequence_n(data, len));
     require((status == 0) == (node != nullptr) && (status == 0 || status == 0x4300004F));
-    if (node != nullptr) check_cursors(node.get(), {data, size});
+    if (node != nullptr) check_cursors(node.get(), data, size);
     require(tlx_live_blocks() == before + (node != nullptr ? 4 : 0));
     return 0;
 }

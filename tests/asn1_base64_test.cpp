@@ -1,13 +1,12 @@
 // Base64: the standard's vectors, lines, what is refused.
-#include <gtest/gtest.h>
-#include <tlxpki/base64.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::string encode(const std::string &octets, std::uint32_t wrap) {
     return call(encode_Base64, octets, wrap);
@@ -48,4 +47,3 @@ TEST_F(Base64, WrapsAfter64CharactersAndReadsLineEndsAnywhere) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,13 +1,12 @@
 // Typed primitive values: encoders, decoders, string records by type name, BIT STRINGs.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::string shown(ASN1_STRING *string) {
     return text_of(String(string).get());
@@ -156,4 +155,3 @@ TEST_F(Ber, StringRecordsByTypeName) {
 }
 
 }  // namespace
-}  // namespace tlx_test

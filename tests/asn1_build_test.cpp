@@ -1,13 +1,12 @@
 // Building nodes: the BER and DER layers.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 /// Hexadecimal text in which a run of nine or more octets is written as "00*9".
 std::string folded(const std::string &text) {
@@ -230,4 +229,3 @@ TEST_F(Build, CanonicalValuesAreTheCallers) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,15 +1,13 @@
 // Korean text: the whole plane beside the system's, records and texts, widening, hexadecimal.
-#include <gtest/gtest.h>
-#include <tlxpki/ber.h>
-#include <tlxpki/convert.h>
 
 #include "support/allocation.hpp"
 #include "support/korean_peer.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::string pair_of(std::uint32_t value) {
     return {static_cast<char>(value >> 8), static_cast<char>(value)};
@@ -114,4 +112,3 @@ TEST_F(Convert, KnowsTheHangulThatCodePage949Adds) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,15 +1,12 @@
 // Curves by number, identifier and name.
-#include <gtest/gtest.h>
-#include <tlxpki/ber.h>
-#include <tlxpki/curve.h>
-#include <tlxpki/version.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 using Curve = Held<free_ECURVE>;
 
@@ -75,4 +72,3 @@ TEST(Curves, FillTheCallersRecordOrLeaveIt) {
 }
 
 }  // namespace
-}  // namespace tlx_test

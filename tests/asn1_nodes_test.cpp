@@ -1,13 +1,12 @@
 // Reading nodes: headers, bounds, length forms, child access.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
@@ -187,4 +186,3 @@ TEST_F(Nodes, NullsAndEmptyNodes) {
 }
 
 }  // namespace
-}  // namespace tlx_test

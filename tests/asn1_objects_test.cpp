@@ -8,8 +8,9 @@
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 using Objects = LeakFreeTest;
 using Lookup = std::uint32_t (*)(const char *, std::uint32_t);
@@ -187,4 +188,3 @@ TEST_F(Objects, RecordsMayBeNullOrWithoutData) {
 }
 
 }  // namespace
-}  // namespace tlx_test

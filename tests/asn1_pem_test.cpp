@@ -1,16 +1,12 @@
 // PEM: lines around Base64, bodies, structures in text and files.
-#include <gtest/gtest.h>
-#include <tlxpki/asn1.h>
-#include <tlxpki/pem.h>
-
-#include <vector>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 /// From a block of exactly that size, which a sanitizer guards.
 std::string decode(const std::string &pem) {
@@ -112,4 +108,3 @@ TEST_F(Pem, RefusesMissingArgumentsAndFiles) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,13 +1,12 @@
 // What is printed and dumped of nodes, characters and strings.
-#include <gtest/gtest.h>
-#include <tlxpki/print.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 using namespace std::string_literals;
 
@@ -56,4 +55,3 @@ TEST(Print, CharactersAndNothing) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,13 +1,12 @@
 // What the openssl program made: taken apart and put together again in DER, read and written in BER.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
 #include "support/octets.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 /// Appends a value that getDERChildAt returned, and frees it.
 std::uint32_t append_value(ASN1_UNIT *seq, std::uint32_t tag, void *value) {
@@ -164,4 +163,3 @@ TEST_F(OpensslOutput, InIndefiniteLengths) {
 }
 
 }  // namespace
-}  // namespace tlx_test

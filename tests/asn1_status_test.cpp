@@ -1,14 +1,13 @@
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <regex>
-#include <set>
 
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 TEST(StatusText, Rows) {
     const auto text_of = [](const Row &row) {
@@ -46,4 +45,3 @@ TEST(StatusText, EveryDocumentedStatusHasARow) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,14 +1,12 @@
 // String records: values, order, copies, encodings.
-#include <gtest/gtest.h>
-#include <tlxpki/asn1.h>
-#include <tlxpki/string.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::int32_t type_of(const Row &row, std::size_t i) {
     return static_cast<std::int32_t>(row.number(i));
@@ -84,4 +82,3 @@ TEST_F(Strings, MayBeNullOrWithoutData) {
 }
 
 }  // namespace
-}  // namespace tlx_test

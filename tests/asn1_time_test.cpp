@@ -1,20 +1,17 @@
 // Times: texts and their fields, the calendar beside the standard library's, zones.
-#include <gtest/gtest.h>
-#include <tlxpki/ber.h>
-#include <tlxpki/time.h>
 
 #include <chrono>
 #include <ctime>
 #include <random>
-#include <sstream>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 #include "support/time_zone.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 using Time = Held<free_ASN1_TIME>;
 
@@ -209,4 +206,3 @@ TEST_F(TimeTest, TellsThePresentTimeInEveryZone) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,10 +1,6 @@
 // Big numbers as octets and texts, arithmetic beside libcrypto's; random octets.
-#include <gtest/gtest.h>
-#include <tlxcrypto/bigint.h>
-#include <tlxcrypto/random.h>
 
 #include <random>
-#include <set>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"

@@ -1,7 +1,4 @@
 // Digests and HMACs beside libcrypto's and librhash's.
-#include <gtest/gtest.h>
-#include <tlxcrypto/digest.h>
-#include <tlxcrypto/hmac.h>
 
 #include <algorithm>
 

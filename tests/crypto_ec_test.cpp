@@ -1,6 +1,4 @@
 // Curves, points and elliptic-curve keys, on the NIST curve P-256 (SEC 2: secp256r1).
-#include <gtest/gtest.h>
-#include <tlxpki/curve.h>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"

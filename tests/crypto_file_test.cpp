@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-#include <tlxcrypto/file.h>
 #ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>

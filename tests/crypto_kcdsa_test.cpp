@@ -1,12 +1,7 @@
 // KCDSA: the published vectors, what a verification refuses, keys and parameters of our own, threads.
-#include <gtest/gtest.h>
-#include <tlxcrypto/digest.h>
-#include <tlxcrypto/kcdsa.h>
 
 #include <algorithm>
 #include <fstream>
-#include <map>
-#include <vector>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"

@@ -1,11 +1,6 @@
 // RSA against libcrypto in both directions, keys that are none, what is computed once, threads.
-#include <gtest/gtest.h>
-#include <tlxcrypto/digest.h>
-#include <tlxcrypto/rsa.h>
 
 #include <algorithm>
-#include <utility>
-#include <vector>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"

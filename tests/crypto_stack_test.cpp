@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
 #include <tlxcrypto/stack.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <random>
-#include <vector>
 
 #include "support/allocation.hpp"
 

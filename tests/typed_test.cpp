@@ -1,12 +1,12 @@
 // Typed reading and writing: each macro passes its arguments where they belong.
-#include <gtest/gtest.h>
 #include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 const std::string kDer = "\x30\x03\x01\x01\xFF";
 const std::string kPem = "-----BEGIN SAMPLE-----\nMAMBAf8=\n-----END SAMPLE-----\n";
@@ -64,4 +64,3 @@ TEST(Typed, EveryMacro) {
 }
 
 }  // namespace
-}  // namespace tlx_test
