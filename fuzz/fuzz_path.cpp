@@ -2,10 +2,6 @@
 // first is the target, the last the anchor's. The target builds a path over the rest and validates that path
 // and the chain itself. A choice signs the certificates anew before, so that signatures do not hide the other
 // steps.
-#include <tlxpki.h>
-
-#include <cstddef>
-#include <cstdint>
 
 #include "../tests/support/held.hpp"
 #include "../tests/support/policy_tree.hpp"

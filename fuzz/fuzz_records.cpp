@@ -1,10 +1,5 @@
 // Every record and list, of the types that the first octet chooses. What decodes is encoded, and that decodes
 // to a record with the same encoding; so does its copy. Operations that read a whole record also run on it.
-#include <tlxpki.h>
-
-#include <cstddef>
-#include <string>
-#include <utility>
 
 #include "../tests/support/record_types.hpp"
 #include "require.hpp"

@@ -71,9 +71,8 @@ std::string write(const Row &row) {
     return hex_of(out, size);
 }
 
-class Io : public ::testing::Test {
+class Io : public LeakFreeTest {
   protected:
-    LeakCheck leaks_;
     const CommandFolder folder_;
     const std::string path_ = folder_.path("file");
 

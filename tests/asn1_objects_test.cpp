@@ -58,6 +58,19 @@ std::string from_libcrypto(const Row &row) {
     return dotted == openssl::object_row(static_cast<int>(row.number(2))).dotted ? "the same" : dotted;
 }
 
+/// Whether rows, from one to another, are those of libcrypto.
+std::string compare_with_libcrypto(const Row &row) {
+    std::uint32_t same = 0;
+    for (std::uint32_t i = row.number(1); i <= row.number(2); ++i) {
+        const auto peer = openssl::object_row(static_cast<int>(i));
+        const OID_ROW *own = OID_LIST(static_cast<std::int32_t>(i));
+        same += own->short_name == peer.short_name && own->long_name == peer.long_name &&
+                own->dotted == peer.dotted;
+    }
+    const std::uint32_t rows = row.number(2) - row.number(1) + 1;
+    return same == rows ? "the same" : same == 0 ? "others" : std::to_string(same) + " are the same";
+}
+
 std::string compare(const Row &row) {
     const std::int32_t order =
         cmp_OBJECT_IDENTIFIER(string_of(6, row[1]).get(), string_of(0x86, row[2]).get());
@@ -76,6 +89,11 @@ std::map<std::string, std::string> header_names() {
 
 TEST_F(Objects, Rows) {
     auto names = header_names();
+    std::uint32_t compared = 0;  // rows, from 0 on
+    const auto next_rows = [&](const Row &row) {
+        EXPECT_EQ(row.number(1), std::exchange(compared, row.number(2) + 1));
+        return compare_with_libcrypto(row);
+    };
     const auto identifier = [](const Row &row) {
         const char *name = row[1] == "null" ? nullptr : row[1].c_str();
         return made(get_OBJECT_IDENTIFIER(name, row.number(2)));
@@ -89,39 +107,11 @@ TEST_F(Objects, Rows) {
                                 {"digest", by_number(get_OID_from_DigestID)},
                                 {"cipher", by_number(get_OID_from_CipherID)},
                                 {"number in libcrypto", {from_libcrypto}},
+                                {"rows", {next_rows}},
                                 {"compare", {compare}}});
+    EXPECT_EQ(compared, TLX_OID_COUNT);
     EXPECT_TRUE(names.empty()) << names.begin()->first << " has no line";
     EXPECT_EQ(text_to_OBJECT_IDENTIFIER(nullptr), nullptr);
-}
-
-/// Rows that are not what libcrypto has at the same number. The registry writes 0.0 for undefined, and ends
-/// texts of one or two arcs, and the 0.0 of rows that have no text in libcrypto, in a dot. 102, 118, 350 and
-/// 511 are placeholders; libcrypto dropped RLE (124); 660 and 773 have other short names. libcrypto skipped
-/// 772, 774 and 775, and gave the numbers from 780 to objects other than the Korean ones.
-constexpr std::pair<int, int> kDifferences[] = {
-    {0, 0},     {11, 11},   {102, 102}, {118, 118}, {124, 124}, {181, 182},
-    {350, 350}, {379, 379}, {393, 393}, {404, 404}, {434, 434}, {511, 511},
-    {645, 647}, {660, 660}, {676, 676}, {772, 775}, {780, 840},
-};
-
-TEST_F(Objects, RowsAreThoseOfLibcryptoExceptWhereAReasonIsKnown) {
-    int korean = 0;
-    const std::regex dotted(R"((\d+(\.\d+)?\.|\d+(\.\d+){2,})?)");
-    for (int i = 0; i < TLX_OID_COUNT; ++i) {
-        const auto peer = openssl::object_row(i);
-        const OID_ROW *row = OID_LIST(i);
-        const bool same = row->short_name == peer.short_name && row->long_name == peer.long_name &&
-                          row->dotted == peer.dotted;
-        const bool differs =
-            std::any_of(std::begin(kDifferences), std::end(kDifferences),
-                        [i](const auto &rows) { return rows.first <= i && i <= rows.second; });
-        EXPECT_EQ(same, !differs) << "row " << i << ": " << row->short_name << ", " << row->dotted;
-        korean += std::string_view(row->dotted).starts_with("1.2.410");
-        EXPECT_TRUE(i < 805 || i > 830 || row->dotted == "1.2.410.100001.1." + std::to_string(i - 804)) << i;
-        // A text of one or two arcs ends in a dot.
-        EXPECT_TRUE(i == 0 || std::regex_match(row->dotted, dotted)) << "row " << i << ": " << row->dotted;
-    }
-    EXPECT_EQ(korean, 54);
 }
 
 TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
@@ -142,8 +132,14 @@ TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
                 << "column " << c << " \"" << text << "\"";
         }
     };
+    // A text of one or two arcs ends in a dot.
+    const std::regex good(R"((\d+(\.\d+)?\.|\d+(\.\d+){2,})?)");
+    int korean = 0;
     for (int i = 0; i < TLX_OID_COUNT; ++i) {
         const std::string dotted = OID_LIST(i)->dotted;
+        korean += dotted.starts_with("1.2.410");
+        EXPECT_TRUE(i == 0 || std::regex_match(dotted, good)) << "row " << i << ": " << dotted;
+        EXPECT_TRUE(i < 805 || i > 830 || dotted == "1.2.410.100001.1." + std::to_string(i - 804)) << i;
         const String oid(index_to_OBJECT_IDENTIFIER(i));
         EXPECT_EQ(octets(oid.get()), i == 0 || dotted.empty() ? "(null)" : dotted) << "row " << i;
         EXPECT_EQ(index_from_OBJECT_IDENTIFIER(oid.get()), first[2][i == 0 ? "" : dotted]) << "row " << i;
@@ -161,6 +157,7 @@ TEST_F(Objects, AnswersAsAPlainScanForEveryRowAndItsNearMisses) {
             }
         }
     }
+    EXPECT_EQ(korean, 54);
     // An index outside the table is row 0.
     for (const std::int32_t index : {0, -1, INT32_MIN, 841, INT32_MAX}) {
         EXPECT_EQ(OID_LIST(index), OID_LIST(0)) << index;

@@ -33,10 +33,14 @@ std::string run_on_blocks(const Row &row) {
         blocks[place] = block;
         return 0U;
     };
+    const auto octets = [&](std::uint32_t place) { return static_cast<std::uint8_t *>(blocks[place]); };
     using N = const Numbers &;
     const Steps steps = {
         {"malloc", [&](N n) { return keep(n[0], allocate(size(n[1]))); }},
         {"calloc", [&](N n) { return keep(n[0], tlx_calloc(size(n[1]), size(n[2]), "here.c", 1)); }},
+        {"dirty", [&](N n) { return std::memset(blocks[n[0]], 0xAA, n[1]), 0U; }},
+        {"zero", [&](N n) { return Octets(n[1]) == Octets(octets(n[0]), octets(n[0]) + n[1]) ? 1U : 0U; }},
+        {"free", [&](N n) { return tlx_free(std::exchange(blocks[n[0]], nullptr)), 0U; }},
         {"realloc", [&](N n) { return keep(n[0], resize(blocks[n[0]], size(n[1]))); }},
         {"fail", [&](N n) { return tlx_fail_allocation(n[0]), 0U; }},
         {"blocks", [&](N) { return static_cast<std::uint32_t>(tlx_live_blocks() - live_blocks); }},
@@ -51,17 +55,6 @@ std::string run_on_blocks(const Row &row) {
 
 TEST_F(Memory, Rows) {
     expect_rows("memory.txt", {{"steps", {run_on_blocks}}});
-}
-
-TEST_F(Memory, ZeroesWhatCallocGives) {
-    for (const std::size_t size : {1U, 100U, 16383U, 100000U}) {
-        void *dirty = allocate(size);
-        std::memset(dirty, 0xAA, size);
-        tlx_free(dirty);
-        auto *block = static_cast<std::uint8_t *>(tlx_calloc(1, size, "here.c", 1));
-        EXPECT_EQ(std::vector<std::uint8_t>(block, block + size), std::vector<std::uint8_t>(size, 0));
-        tlx_free(block);
-    }
 }
 
 TEST_F(Memory, MovesAGrowingBlockRarely) {

@@ -8,10 +8,7 @@
 
 #include <tlxpki/wincrypt.h>
 
-#include <cstdint>
 #include <fstream>
-#include <iterator>
-#include <vector>
 
 namespace {
 
