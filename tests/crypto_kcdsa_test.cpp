@@ -75,6 +75,11 @@ std::uint32_t sign(const KCDSA *unit, std::uint32_t digest_id, Signature &made) 
                                      &made.r_len, made.s.data(), &made.s_len));
 }
 
+std::uint32_t sign_with_k(const KCDSA *unit, std::uint32_t digest_id, const std::string &k, Signature &made) {
+    return made.trim(sign_KCDSA_with_k(unit, digest_id, kMessage.data(), length(kMessage), number(k).get(),
+                                       made.r.data(), &made.r_len, made.s.data(), &made.s_len));
+}
+
 std::uint32_t verify(const KCDSA *unit, std::uint32_t digest_id, const Octets &r, const Octets &s) {
     return verify_KCDSA_data(unit, digest_id, kMessage.data(), length(kMessage), r.data(), length(r),
                              s.data(), length(s));
@@ -98,10 +103,7 @@ TEST_F(Kcdsa, SignsAndVerifiesThePublishedVectors) {
         ASSERT_EQ(compute_KCDSA_public(key.get()), 0U);
         EXPECT_EQ(cmp_BIGINT(get_KCDSA_number(key.get(), TLX_KCDSA_Y), number(vector['y']).get()), 0);
         Signature made;
-        EXPECT_EQ(made.trim(sign_KCDSA_with_k(key.get(), vector.digest_id, kMessage.data(), length(kMessage),
-                                              number(vector['k']).get(), made.r.data(), &made.r_len,
-                                              made.s.data(), &made.s_len)),
-                  0U);
+        EXPECT_EQ(sign_with_k(key.get(), vector.digest_id, vector['k'], made), 0U);
         EXPECT_EQ(made.r, hex(vector['r']));
         EXPECT_EQ(made.s, hex(vector['s']));
         EXPECT_EQ(verify(key_of(vector, "y").get(), vector.digest_id, made.r, made.s), 0U);
@@ -190,12 +192,9 @@ TEST_F(Kcdsa, Rows) {
                  {"number", {change_number}},
                  {"signature", {change_signature}}});
     // No k is not a k of the library's choice; 0; q.
-    Signature made;
     for (const std::string &k : {std::string(), std::string("00"), vector_['q']}) {
-        EXPECT_EQ(sign_KCDSA_with_k(unit_.get(), TLX_DIGEST_SHA1, kMessage.data(), 1, number(k).get(),
-                                    made.r.data(), &made.r_len, made.s.data(), &made.s_len),
-                  1U)
-            << "k " << k;
+        Signature made;
+        EXPECT_EQ(sign_with_k(unit_.get(), TLX_DIGEST_SHA1, k, made), 1U) << "k " << k;
     }
     EXPECT_EQ(get_KCDSA_number(unit_.get(), TLX_KCDSA_NUMBER_COUNT), nullptr);
     EXPECT_EQ(dup_KCDSA(nullptr), nullptr);
