@@ -2,16 +2,12 @@
 // elements also by the functions that know no length.
 #include <algorithm>
 #include <cstring>
-#include <span>
-#include <vector>
 
 #include "values.hpp"
 
 namespace {
 
-using fuzz::Node;
-using fuzz::require;
-using Octets = std::span<const std::uint8_t>;
+using namespace fuzz;
 
 constexpr std::uint32_t kMostChildren = 16;
 constexpr unsigned kMostNodes = 20;
@@ -20,29 +16,10 @@ constexpr unsigned kMostNodes = 20;
 constexpr std::uint32_t kExpected[] = {0,  1,  2,  3,  4,  5,  6,  10, 12, 16, 17, 19,        20,
                                        22, 23, 24, 26, 30, 31, 32, 33, 34, 48, 49, 0xFFFFFFE2};
 
-void free_value(void *value, std::uint32_t expected) {
-    switch (expected) {
-        case 1:
-        case 5:
-            return tlx_free(value);
-        case 2:
-        case 10:
-            return free_BIGINT(static_cast<BIGINT *>(value));
-        case 16:
-        case 17:
-        case 33:
-        case 48:
-        case 49:
-            return free_ASN1_UNIT(static_cast<ASN1_UNIT *>(value));
-        default:
-            return free_ASN1_STRING(static_cast<ASN1_STRING *>(value));
-    }
-}
-
 /// Without its length a complete element is read no further than it reaches, if at all.
 void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::uint32_t contents) {
     // A block of its own, so that a read past its end is seen.
-    const std::vector<std::uint8_t> element(octets, octets + size);
+    const Octets element(octets, octets + size);
     const Node node(decodeToDERSequence(element.data()));
     const std::uint32_t length = getASN1ValueLengthFromLO(element.data() + 1);
     require(getASN1ValueLength(node.get()) == length);
@@ -51,10 +28,10 @@ void check_without_length(const std::uint8_t *octets, std::uint32_t size, std::u
 
 /// Writing a node gives the octets that were read, and reading them gives the node.
 void check_round_trip(const ASN1_UNIT *node) {
-    const std::string text = fuzz::octets_of(node);
+    const std::string text = octets_of(node);
     const auto *octets = reinterpret_cast<const std::uint8_t *>(text.data());
     const auto size = static_cast<std::uint32_t>(text.size());
-    const Node again = fuzz::node_of(octets, size);
+    const Node again = node_of(octets, size);
     require(again != nullptr && getASN1ValueLength(again.get()) == getASN1ValueLength(node));
     require(std::memcmp(again->value, node->value, getASN1ValueLength(node)) == 0);
     require(decodeToDERSequence_n(octets, size - 1) == nullptr);
@@ -98,13 +75,13 @@ void walk(const ASN1_UNIT *node, unsigned &budget) {
         const std::uint32_t type = getChildType(node, i);
         for (const std::uint32_t expected : kExpected) {
             void *value = getDERChildAt(node, i, expected);
+            const Child owner(value, expected);
             require(value == nullptr || type != 0xFFFFFFFF);
-            free_value(value, expected);
         }
         const std::uint32_t before = cursor;
         void *next = getBERChildOffset(node, i, type & 0x1F, &cursor);
+        const Child owner(next, type & 0x1F);
         require(next != nullptr || cursor == before);
-        free_value(next, type & 0x1F);
         const Node child(static_cast<ASN1_UNIT *>(getDERChildAt(node, i, (type & 0x1F) == 17 ? 17 : 16)));
         if (child != nullptr) walk(child.get(), budget);
     }
@@ -117,10 +94,10 @@ std::uint32_t decode(const ASN1_UNIT *node, void **) {
 }
 
 /// Any offset is safe.
-void check_cursors(const ASN1_UNIT *node, Octets octets) {
-    for (const std::uint8_t octet : octets.first(std::min<std::size_t>(octets.size(), 16))) {
-        std::uint32_t cursor = octet;
-        free_value(getBERChildOffset(node, 0, 32, &cursor), 32);
+void check_cursors(const ASN1_UNIT *node, const std::uint8_t *octets, std::size_t size) {
+    for (std::size_t i = 0; i < std::min<std::size_t>(size, 16); ++i) {
+        std::uint32_t cursor = octets[i];
+        const Child child(getBERChildOffset(node, 0, 32, &cursor), 32);
     }
 }
 
@@ -134,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::uint32_t status = readDER_from_Buffer(&unused, decode, data, len);
     const Node node(decodeToDERSequence_n(data, len));
     require((status == 0) == (node != nullptr) && (status == 0 || status == 0x4300004F));
-    if (node != nullptr) check_cursors(node.get(), {data, size});
+    if (node != nullptr) check_cursors(node.get(), data, size);
     require(tlx_live_blocks() == before + (node != nullptr ? 4 : 0));
     return 0;
 }

@@ -3,7 +3,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     const auto *text = reinterpret_cast<const char *>(data);
-    const std::unique_ptr<RSA_UNIT, tlx::FreeWith<free_RSA_UNIT>> unit(new_RSA_UNIT());
+    const fuzz::Held<free_RSA_UNIT> unit(new_RSA_UNIT());
     if (readPKCS1_from_Binary(unit.get(), "password", 8, text, static_cast<std::int32_t>(size)) != 0)
         return 0;
     char *made = nullptr;

@@ -1,15 +1,11 @@
 // Every primitive decoder over hostile contents, and the encoders over what they gave.
 #include <cstring>
-#include <vector>
 
 #include "values.hpp"
 
 namespace {
 
-using fuzz::Node;
-using fuzz::Number;
-using fuzz::require;
-using fuzz::String;
+using namespace fuzz;
 
 bool same(const ASN1_STRING *a, const ASN1_STRING *b) {
     return a != nullptr && b != nullptr && a->type == b->type && a->extra == b->extra &&
@@ -32,7 +28,7 @@ void check_string(StringDecoder decode, const std::uint8_t *element) {
         require(status == 0x42090101 && node->tag == nullptr);
         return;
     }
-    const std::string encoding = fuzz::octets_of(node.get());
+    const std::string encoding = octets_of(node.get());
     const String again(decode(reinterpret_cast<const std::uint8_t *>(encoding.data())));
     const bool narrowed = value->type == 3 && (value->extra & ~0xFF) != 0;
     require(narrowed || same(value.get(), again.get()));
@@ -61,16 +57,16 @@ void check_number(const std::uint8_t *element) {
 
 /// A dotted text that is accepted encodes to what decodes and encodes to the same.
 void check_dotted_text(const std::string &text) {
-    const String record = fuzz::string_of(6, text);
+    const String record = string_of(6, text);
     const Node node(new_ASN1_UNIT());
     if (encodeToBERObjectIdentifier(node.get(), 6, record.get(), record->length, 1) != 0) return;
-    const std::string encoding = fuzz::octets_of(node.get());
+    const std::string encoding = octets_of(node.get());
     const String decoded(
         decodeToBERObjectIdentifier(reinterpret_cast<const std::uint8_t *>(encoding.data())));
     if (decoded == nullptr) return;  // longer than 99 characters
     const Node again(new_ASN1_UNIT());
     require(encodeToBERObjectIdentifier(again.get(), 6, decoded.get(), decoded->length, 1) == 0);
-    require(fuzz::octets_of(again.get()) == encoding);
+    require(octets_of(again.get()) == encoding);
 }
 
 void check_bit_texts(const std::string &text) {
@@ -103,10 +99,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     check_bit_texts(text);
 
     // The decoders know no length: they get elements that are complete, in a block of exactly their size.
-    const Node node = fuzz::node_of(data, size);
+    const Node node = node_of(data, size);
     if (node == nullptr) return 0;
-    const std::string complete = fuzz::octets_of(node.get());
-    const std::vector<std::uint8_t> block(complete.begin(), complete.end());
+    const std::string complete = octets_of(node.get());
+    const Octets block(complete.begin(), complete.end());
     const std::uint8_t *octets = block.data();
     const auto before = tlx_live_blocks();
     for (const StringDecoder decode :

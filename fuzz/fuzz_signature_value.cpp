@@ -7,8 +7,8 @@ namespace {
 using Decoder = decltype(&decode_KCDSASignatureValue);
 
 struct Value {
-    std::string r;
-    std::string s;
+    fuzz::Octets r;
+    fuzz::Octets s;
 
     bool operator==(const Value &) const = default;
 };
@@ -19,21 +19,21 @@ bool decode(Decoder decoder, const ASN1_UNIT *node, Value &value) {
     std::uint32_t r_len = 0;
     std::uint32_t s_len = 0;
     if (decoder(&r, &r_len, &s, &s_len, node) != 0) return false;
-    value = {fuzz::taken(r, r_len), fuzz::taken(s, s_len)};
+    const tlx::OwnedOctets<std::uint8_t> r_owner(r), s_owner(s);
+    value = {{r, r + r_len}, {s, s + s_len}};
     return true;
 }
 
 std::string encode(Decoder decoder, const Value &value) {
-    const auto *r = reinterpret_cast<const std::uint8_t *>(value.r.data());
-    const auto *s = reinterpret_cast<const std::uint8_t *>(value.s.data());
     const auto r_len = static_cast<std::int32_t>(value.r.size());
     const auto s_len = static_cast<std::int32_t>(value.s.size());
     std::uint8_t *out = nullptr;
     std::uint32_t len = 0;
     if (decoder == decode_KCDSASignatureValue) {
-        len = encode_KCDSASignatureValue(&out, r, r_len, s, s_len);
+        len = encode_KCDSASignatureValue(&out, value.r.data(), r_len, value.s.data(), s_len);
     } else {
-        fuzz::require(encode_ECDSASignatureValue(&out, &len, r, r_len, s, s_len) == 0);
+        fuzz::require(encode_ECDSASignatureValue(&out, &len, value.r.data(), r_len, value.s.data(), s_len) ==
+                      0);
     }
     fuzz::require(out != nullptr);
     return fuzz::taken(out, len);
@@ -50,15 +50,11 @@ void check(Decoder decoder, const ASN1_UNIT *node) {
 /// A certificate with the least that is encoded.
 X509_CERT *make_certificate() {
     // KCDSA1, names without attributes, twice the same second, a key and a signature of one octet.
-    static const std::uint8_t der[] = {
-        0x30, 0x57, 0x30, 0x45, 0x02, 0x01, 0x01, 0x30, 0x0A, 0x06, 0x08, 0x2A, 0x83, 0x1A, 0x8C,
-        0x9A, 0x44, 0x01, 0x15, 0x30, 0x00, 0x30, 0x1E, 0x17, 0x0D, 0x32, 0x36, 0x31, 0x31, 0x32,
-        0x32, 0x30, 0x32, 0x31, 0x38, 0x32, 0x32, 0x5A, 0x17, 0x0D, 0x32, 0x36, 0x31, 0x31, 0x32,
-        0x32, 0x30, 0x32, 0x31, 0x38, 0x32, 0x32, 0x5A, 0x30, 0x00, 0x30, 0x10, 0x30, 0x0A, 0x06,
-        0x08, 0x2A, 0x83, 0x1A, 0x8C, 0x9A, 0x44, 0x01, 0x15, 0x03, 0x02, 0x00, 0x79, 0x30, 0x0A,
-        0x06, 0x08, 0x2A, 0x83, 0x1A, 0x8C, 0x9A, 0x44, 0x01, 0x15, 0x03, 0x02, 0x00, 0x78};
+    const fuzz::Octets der = fuzz::hex(
+        "30573045020101300A06082A831A8C9A4401153000301E170D3236313132323032313832325A170D3236313132323032"
+        "313832325A30003010300A06082A831A8C9A44011503020079300A06082A831A8C9A44011503020078");
     void *cert = nullptr;
-    fuzz::require(readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), der, sizeof der) == 0);
+    fuzz::require(readDER_from_Buffer(&cert, TLX_DECODER(Seq_to_X509_CERT), der.data(), 89) == 0);
     return static_cast<X509_CERT *>(cert);
 }
 

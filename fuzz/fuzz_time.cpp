@@ -16,7 +16,7 @@ constexpr Kind kKinds[] = {
     {TLX_TAG_GENERALIZED_TIME, generalizedTimeToASN1_TIME, asn1TimeToGENERALIZED_TIME, add_GENERALIZED_TIME},
 };
 
-using Time = std::unique_ptr<ASN1_TIME, tlx::FreeWith<free_ASN1_TIME>>;
+using Time = fuzz::Held<free_ASN1_TIME>;
 
 void write_and_read(const Kind &kind, const ASN1_TIME *time) {
     ASN1_STRING *text = kind.write(time, 2);

@@ -1,13 +1,12 @@
 // Base64: the standard's vectors, lines, what is refused.
-#include <gtest/gtest.h>
-#include <tlxpki/base64.h>
 
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::string encode(const std::string &octets, std::uint32_t wrap) {
     return call(encode_Base64, octets, wrap);
@@ -16,7 +15,9 @@ std::string decode(const std::string &text) {
     return call(decode_Base64, text);
 }
 
-TEST(Base64, Rows) {
+using Base64 = LeakFreeTest;
+
+TEST_F(Base64, Rows) {
     const auto both_ways = [](const Row &row) {
         const std::string text = encode(row[1], 0);
         return text == "(null)" || decode(text) == row[1] ? text : "(null)";
@@ -30,8 +31,7 @@ TEST(Base64, Rows) {
     EXPECT_EQ(decode_Base64(nullptr, 4, nullptr), 0U);
 }
 
-TEST(Base64, WrapsAfter64CharactersAndReadsLineEndsAnywhere) {
-    const LeakCheck leaks;
+TEST_F(Base64, WrapsAfter64CharactersAndReadsLineEndsAnywhere) {
     const std::string line(64, 'A');
     EXPECT_EQ(encode(std::string(49, '\0'), 1), line + "\nAA==");
     EXPECT_EQ(encode(std::string(96, '\0'), 1), line + "\n" + line);
@@ -47,4 +47,3 @@ TEST(Base64, WrapsAfter64CharactersAndReadsLineEndsAnywhere) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,20 +1,18 @@
 // Typed primitive values: encoders, decoders, string records by type name, BIT STRINGs.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::string shown(ASN1_STRING *string) {
     return text_of(String(string).get());
 }
 std::string shown(BIGINT *number) {
-    const Number owner(number);
-    const tlx::OwnedOctets<char> digits(BIGINT_to_hex(number));
+    const tlx::OwnedOctets<char> digits(BIGINT_to_hex(Number(number).get()));
     return digits != nullptr ? digits.get() : "null";
 }
 std::string shown(void *octet) {
@@ -105,9 +103,7 @@ std::string pad(const Row &row) {
     return status_text(status);
 }
 
-class Ber : public ::testing::Test {
-    LeakCheck leaks_;
-};
+using Ber = LeakFreeTest;
 
 TEST_F(Ber, Rows) {
     const auto bits = [](const Row &row) {
@@ -139,33 +135,23 @@ TEST_F(Ber, NullsAndOctetsOfBitStrings) {
 }
 
 TEST_F(Ber, StringRecordsByTypeName) {
-    struct {
-        std::int32_t type;
-        ASN1_STRING *(*make)();
-        void (*clean)(ASN1_STRING *);
-        void (*free)(ASN1_STRING *);
-    } const cases[] = {
-#define RECORD(name) new_##name, clean_##name, free_##name
-        {4, RECORD(OCTET_STRING)},
-        {6, RECORD(OBJECT_IDENTIFIER)},
-        {12, RECORD(UTF8_STRING)},
-        {19, RECORD(PRINTABLE_STRING)},
-        {20, RECORD(T61_STRING)},
-        {22, RECORD(IA5_STRING)},
-        {30, RECORD(BMP_STRING)},
-        {23, RECORD(UTC_TIME)},
-        {24, RECORD(GENERALIZED_TIME)},
-        {3, [] { return new_BIT_STRING("", 0); }, clean_BIT_STRING, free_BIT_STRING},
+    using Operation = void (*)(ASN1_STRING *);
+#define RECORD(type, name) \
+    { type, new_##name(), clean_##name, free_##name }
+    const std::tuple<std::int32_t, ASN1_STRING *, Operation, Operation> cases[] = {
+        RECORD(4, OCTET_STRING),      RECORD(6, OBJECT_IDENTIFIER),
+        RECORD(12, UTF8_STRING),      RECORD(19, PRINTABLE_STRING),
+        RECORD(20, T61_STRING),       RECORD(22, IA5_STRING),
+        RECORD(30, BMP_STRING),       RECORD(23, UTC_TIME),
+        RECORD(24, GENERALIZED_TIME), {3, new_BIT_STRING("", 0), clean_BIT_STRING, free_BIT_STRING},
     };
-    for (const auto &each : cases) {
-        ASN1_STRING *string = each.make();
-        EXPECT_EQ(string->type, each.type);
-        each.clean(string);
-        EXPECT_EQ(string->type, 0) << each.type;
+    for (const auto &[type, string, clean, free] : cases) {
+        EXPECT_EQ(string->type, type);
+        clean(string);
+        EXPECT_EQ(string->type, 0) << type;
         set_ASN1_STRING_value(string, 1, "AB", 2);
-        each.free(string);
+        free(string);
     }
 }
 
 }  // namespace
-}  // namespace tlx_test

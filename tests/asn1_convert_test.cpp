@@ -1,15 +1,13 @@
 // Korean text: the whole plane beside the system's, records and texts, widening, hexadecimal.
-#include <gtest/gtest.h>
-#include <tlxpki/ber.h>
-#include <tlxpki/convert.h>
 
 #include "support/allocation.hpp"
 #include "support/korean_peer.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::string pair_of(std::uint32_t value) {
     return {static_cast<char>(value >> 8), static_cast<char>(value)};
@@ -18,7 +16,7 @@ std::string pair_of(std::uint32_t value) {
 Operation from_record(std::uint32_t (*convert)(const ASN1_STRING *, char **), std::int32_t type) {
     return {[=](const Row &row) {
                 char *text = nullptr;
-                const std::uint32_t size = convert(make_string(type, row[1]).get(), &text);
+                const std::uint32_t size = convert(string_of(type, row[1]).get(), &text);
                 EXPECT_EQ(text == nullptr, size == 0);
                 return take(text, size);
             },
@@ -29,7 +27,7 @@ Operation to_record(std::uint32_t (*convert)(const char *, ASN1_STRING **), std:
     return {[=](const Row &row) {
                 ASN1_STRING *made = nullptr;
                 const std::uint32_t size = convert(row[1].c_str(), &made);
-                const StringRecord record(made);
+                const String record(made);
                 EXPECT_EQ(size, made != nullptr ? static_cast<std::uint32_t>(made->length) : 0U);
                 EXPECT_TRUE(made == nullptr || (made->type == type && made->data[size] == 0));
                 return octets(made);
@@ -43,10 +41,12 @@ Operation of_octets(Function function) {
 }
 
 std::string as_utf8(std::int32_t type, const std::string &contents) {
-    return octets(StringRecord(ASN1_STRING_to_UTF8_STRING(make_string(type, contents).get())).get());
+    return octets(String(ASN1_STRING_to_UTF8_STRING(string_of(type, contents).get())).get());
 }
 
-TEST(Convert, Rows) {
+using Convert = LeakFreeTest;
+
+TEST_F(Convert, Rows) {
     const auto any_as_utf8 = [](const Row &row) {
         return as_utf8(static_cast<std::int32_t>(row.number(1)), row[2]);
     };
@@ -62,15 +62,14 @@ TEST(Convert, Rows) {
     char *text = nullptr;
     std::uint8_t *units = nullptr;
     EXPECT_EQ(bmpToCP949(nullptr, &text), 0U);
-    EXPECT_EQ(bmpToCP949(make_string(30, pair_of('A')).get(), nullptr), 0U);
+    EXPECT_EQ(bmpToCP949(string_of(30, pair_of('A')).get(), nullptr), 0U);
     EXPECT_EQ(cp949ToBMP(nullptr, nullptr), 0U);
     EXPECT_EQ(ascTouni(nullptr, 0, &units), 0U);
     EXPECT_EQ(ascTouni("a", 0x7FFFFFFF, &units), 0U);
     EXPECT_EQ(units, nullptr);
 }
 
-TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
-    const LeakCheck leaks;
+TEST_F(Convert, KnowsThePlaneOfTheSystemBothWays) {
     const auto in_plane = [](std::uint32_t pair) {
         return pair >= 0xA1A1 && pair <= 0xFDFE && (pair & 0xFF) >= 0xA1 && (pair & 0xFF) <= 0xFE;
     };
@@ -96,8 +95,7 @@ TEST(Convert, KnowsThePlaneOfTheSystemBothWays) {
         EXPECT_EQ(unicodeToCP949(code_point), nullptr) << std::hex << code_point;
 }
 
-TEST(Convert, KnowsTheHangulThatCodePage949Adds) {
-    const LeakCheck leaks;
+TEST_F(Convert, KnowsTheHangulThatCodePage949Adds) {
     unsigned characters = 0;
     for (std::uint32_t value = 0x8000; value < 0x10000; ++value) {
         if (value >= 0xA1A1 && (value & 0xFF) >= 0xA1) continue;  // in the plane
@@ -114,4 +112,3 @@ TEST(Convert, KnowsTheHangulThatCodePage949Adds) {
 }
 
 }  // namespace
-}  // namespace tlx_test

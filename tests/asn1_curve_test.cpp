@@ -1,17 +1,14 @@
 // Curves by number, identifier and name.
-#include <gtest/gtest.h>
-#include <tlxpki/ber.h>
-#include <tlxpki/curve.h>
-#include <tlxpki/version.h>
 
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
-namespace tlx_test {
 namespace {
 
-using Curve = std::unique_ptr<ECURVE, Freer<ECURVE, free_ECURVE>>;
+using namespace tlx_test;
+
+using Curve = Held<free_ECURVE>;
 
 std::string show(std::uint32_t status, ECURVE *made) {
     const Curve curve(made);
@@ -33,22 +30,19 @@ std::string by_number(const Row &row) {
 
 std::string by_identifier(const Row &row) {
     ECURVE *curve = nullptr;
-    const std::uint32_t status = set_ECURVE_from_list_ex(&curve, make_string(6, row[1]).get());
+    const std::uint32_t status = set_ECURVE_from_list_ex(&curve, string_of(6, row[1]).get());
     return show(status, curve);
 }
 
 std::string by_name(const Row &row) {
     OBJECT_IDENTIFIER *oid = nullptr;
     const std::uint32_t status = get_ECURVE_OID_from_name(&oid, row[1].c_str());
-    const StringRecord owner(oid);
+    const String owner(oid);
     return status == 0 ? octets(oid) : std::to_string(status);
 }
 
-TEST(Version, IsTheProjects) {
-    EXPECT_STREQ(get_PkiVersion(), TLX_TEST_VERSION);
-}
-
 TEST(Curves, Rows) {
+    EXPECT_STREQ(get_PkiVersion(), TLX_TEST_VERSION);
     expect_rows(
         "curve.txt",
         {{"number", {by_number, {"1"}}}, {"identifier", {by_identifier, {"1"}}}, {"name", {by_name, {"1"}}}});
@@ -65,14 +59,13 @@ TEST(Curves, FillTheCallersRecordOrLeaveIt) {
     EXPECT_STREQ(curve->name, "prime256v1");
     EXPECT_EQ(set_ECURVE_from_list(nullptr, 415), 1U);
     EXPECT_EQ(set_ECURVE_from_list_ex(&curve, nullptr), 1U);
-    OBJECT_IDENTIFIER *oid = make_string(6, "1.2.3").release();
+    OBJECT_IDENTIFIER *oid = string_of(6, "1.2.3").release();
     EXPECT_EQ(get_ECURVE_OID_from_name(&oid, "secp384r1"), 1U);
     EXPECT_EQ(get_ECURVE_OID_from_name(&oid, nullptr), 1U);
     EXPECT_EQ(get_ECURVE_OID_from_name(nullptr, "prime256v1"), 1U);
     EXPECT_EQ(octets(oid), "1.2.3");
     EXPECT_EQ(get_ECURVE_OID_from_name(&oid, "prime256v1"), 0U);
-    EXPECT_EQ(octets(StringRecord(oid).get()), "1.2.840.10045.3.1.7");
+    EXPECT_EQ(octets(String(oid).get()), "1.2.840.10045.3.1.7");
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,16 +1,12 @@
-#include <gtest/gtest.h>
-#include <tlxpki/encoded_block.h>
 
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 /// "line 2, 27+54: CERTIFICATE 0: 3000", a text for each block of an input, or the status.
 std::string blocks_of(const Row &row) {
@@ -62,4 +58,3 @@ TEST(EncodedBlocks, ManyBrokenOnesTakeLinearTime) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,8 +1,4 @@
 // Nodes and records to and from octets and files; digests of records.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
-
-#include <memory>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
@@ -10,8 +6,9 @@
 #include "support/openssl_peer.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
@@ -74,9 +71,8 @@ std::string write(const Row &row) {
     return hex_of(out, size);
 }
 
-class Io : public ::testing::Test {
+class Io : public LeakFreeTest {
   protected:
-    LeakCheck leaks_;
     const CommandFolder folder_;
     const std::string path_ = folder_.path("file");
 
@@ -165,4 +161,3 @@ TEST_F(Io, NullsAndBrokenNodes) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,35 +1,22 @@
 // Reading nodes: headers, bounds, length forms, child access.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
 /// What getDERChildAt returned, as text; frees it.
 std::string shown(void *object, std::uint32_t expected) {
+    const Child child(object, expected);
     if (object == nullptr) return "null";
-    switch (expected) {
-        case 1:
-        case 5:
-            return hex_of(tlx::OwnedOctets<std::uint8_t>(static_cast<std::uint8_t *>(object)).get(), 1);
-        case 2:
-        case 10:
-            return std::to_string(get_BIGINT_word(Number(static_cast<BIGINT *>(object)).get()));
-        case 16:
-        case 17:
-        case 48:
-        case 49:
-        case 33:
-            return "node " + hex_of(Node(static_cast<ASN1_UNIT *>(object)).get());
-        default:
-            return text_of(String(static_cast<ASN1_STRING *>(object)).get());
-    }
+    if (child.octet != nullptr) return hex_of(child.octet.get(), 1);
+    if (child.number != nullptr) return std::to_string(get_BIGINT_word(child.number.get()));
+    return child.node != nullptr ? "node " + hex_of(child.node.get()) : text_of(child.string.get());
 }
 
 /// A node as it is written; null for a null one. Copies are the same, and end-of-contents octets are known.
@@ -88,9 +75,7 @@ std::string child(const Row &row) {
     return result;
 }
 
-class Nodes : public ::testing::Test {
-    LeakCheck leaks_;
-};
+using Nodes = LeakFreeTest;
 
 TEST_F(Nodes, Rows) {
     const auto read = [](const Row &row) { return written(node_of(row[1])); };
@@ -201,4 +186,3 @@ TEST_F(Nodes, NullsAndEmptyNodes) {
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,14 +1,12 @@
 // What is printed and dumped of nodes, characters and strings.
-#include <gtest/gtest.h>
-#include <tlxpki/print.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 using namespace std::string_literals;
 
@@ -28,7 +26,7 @@ std::string printed_node(const Row &row) {
 
 /// The dump, which is what is printed.
 std::string dumped_string(const Row &row) {
-    const StringRecord record = make_string(static_cast<std::int32_t>(row.number(1)), row[2]);
+    const String record = string_of(static_cast<std::int32_t>(row.number(1)), row[2]);
     if (record == nullptr) return "(null)";
     char *dump = dump_ASN1STRING(record.get());
     const std::string text = take(dump, dump == nullptr ? 0 : std::string(dump).size());
@@ -53,8 +51,7 @@ TEST(Print, CharactersAndNothing) {
     EXPECT_EQ(dump_PCHAR(nullptr, 3), nullptr);
     const ASN1_STRING no_data{12, nullptr, 3, 0};
     EXPECT_EQ(dump_ASN1STRING(&no_data), nullptr);
-    EXPECT_EQ(printed([] { print_ASN1STRING(make_string(12, "").get()); }), "");
+    EXPECT_EQ(printed([] { print_ASN1STRING(string_of(12, "").get()); }), "");
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -1,17 +1,13 @@
-#include <gtest/gtest.h>
-#include <tlxpki/status.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
-#include <set>
-#include <string>
 
 #include "support/rows.hpp"
+#include "support/x509_files.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 TEST(StatusText, Rows) {
     const auto text_of = [](const Row &row) {
@@ -30,8 +26,7 @@ TEST(StatusText, EveryDocumentedStatusHasARow) {
     const std::regex code("0x(4[0-9A-F]|5[0-4])(?!000000)[0-9A-F]{6}(?![0-9A-F.])");
     std::set<std::string> codes;
     const auto collect = [&](const std::filesystem::path &path) {
-        std::ifstream file(path);
-        const std::string contents(std::istreambuf_iterator<char>(file), {});
+        const std::string contents = read_text(path.string());
         for (std::sregex_iterator at(contents.begin(), contents.end(), code), end; at != end; ++at)
             codes.insert(at->str());
     };
@@ -50,4 +45,3 @@ TEST(StatusText, EveryDocumentedStatusHasARow) {
 }
 
 }  // namespace
-}  // namespace tlx_test

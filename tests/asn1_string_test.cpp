@@ -1,22 +1,19 @@
 // String records: values, order, copies, encodings.
-#include <gtest/gtest.h>
-#include <tlxpki/asn1.h>
-#include <tlxpki/string.h>
 
 #include "support/allocation.hpp"
 #include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 std::int32_t type_of(const Row &row, std::size_t i) {
     return static_cast<std::int32_t>(row.number(i));
 }
 
 std::string encode(const Row &row) {
-    const StringRecord record = make_string(type_of(row, 1), row[2]);
+    const String record = string_of(type_of(row, 1), row[2]);
     if (record == nullptr || (record->data == nullptr && !row[2].empty())) return "41020103";
     record->extra = 5;
     ASN1_UNIT *made = nullptr;
@@ -30,25 +27,26 @@ std::string encode(const Row &row) {
 }
 
 std::string compare(const Row &row) {
-    return std::to_string(cmp_ASN1_STRING(make_string(type_of(row, 1), row[2]).get(),
-                                          make_string(type_of(row, 3), row[4]).get()));
+    return std::to_string(
+        cmp_ASN1_STRING(string_of(type_of(row, 1), row[2]).get(), string_of(type_of(row, 3), row[4]).get()));
 }
 
 std::string copy(const Row &row) {
-    const StringRecord record = make_string(type_of(row, 1), row[2]);
+    const String record = string_of(type_of(row, 1), row[2]);
     if (record == nullptr || record->data == nullptr) return "null";
     record->extra = 6;
-    return text_of(StringRecord(dup_ASN1_STRING(record.get())).get());
+    return text_of(String(dup_ASN1_STRING(record.get())).get());
 }
 
-TEST(Strings, Rows) {
+using Strings = LeakFreeTest;
+
+TEST_F(Strings, Rows) {
     expect_rows("string.txt",
                 {{"encode", {encode, {"41020103"}}}, {"compare", {compare}}, {"copy", {copy, {"null"}}}});
 }
 
-TEST(Strings, TakeValues) {
-    const LeakCheck leaks;
-    const StringRecord record(new_ASN1_STRING());
+TEST_F(Strings, TakeValues) {
+    const String record(new_ASN1_STRING());
     record->extra = 5;
     ASSERT_EQ(set_ASN1_STRING_value(record.get(), 12, "abc", 3), 0U);
     EXPECT_EQ(text_of(record.get()), "type 12 extra 0: 61 62 63");
@@ -68,15 +66,14 @@ TEST(Strings, TakeValues) {
     EXPECT_EQ(record->data, nullptr);
 }
 
-TEST(Strings, MayBeNullOrWithoutData) {
-    const LeakCheck leaks;
-    const StringRecord full = make_string(12, "abcde");
+TEST_F(Strings, MayBeNullOrWithoutData) {
+    const String full = string_of(12, "abcde");
     const ASN1_STRING no_data{12, nullptr, 5, 0};
     const ASN1_STRING shortest{12, nullptr, INT32_MIN, 0};
     EXPECT_EQ(cmp_ASN1_STRING(full.get(), &no_data), 1);
     EXPECT_EQ(cmp_ASN1_STRING(full.get(), &shortest), INT32_MAX);
     EXPECT_EQ(cmp_ASN1_STRING(nullptr, full.get()), -1);
-    EXPECT_EQ(StringRecord(dup_ASN1_STRING(StringRecord(new_ASN1_STRING()).get()))->data, nullptr);
+    EXPECT_EQ(String(dup_ASN1_STRING(String(new_ASN1_STRING()).get()))->data, nullptr);
     EXPECT_EQ(dup_ASN1_STRING(nullptr), nullptr);
     ASN1_UNIT *node = nullptr;
     EXPECT_EQ(ASN1_STRING_to_Seq(nullptr, &node), 0x41020049U);
@@ -85,4 +82,3 @@ TEST(Strings, MayBeNullOrWithoutData) {
 }
 
 }  // namespace
-}  // namespace tlx_test

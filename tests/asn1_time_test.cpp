@@ -1,22 +1,18 @@
 // Times: texts and their fields, the calendar beside the standard library's, zones.
-#include <gtest/gtest.h>
-#include <tlxpki/ber.h>
-#include <tlxpki/time.h>
 
 #include <chrono>
 #include <ctime>
 #include <random>
-#include <sstream>
 
 #include "support/allocation.hpp"
+#include "support/octets.hpp"
 #include "support/rows.hpp"
-#include "support/strings.hpp"
-#include "support/time_zone.hpp"
 
-namespace tlx_test {
 namespace {
 
-using Time = std::unique_ptr<ASN1_TIME, Freer<ASN1_TIME, free_ASN1_TIME>>;
+using namespace tlx_test;
+
+using Time = Held<free_ASN1_TIME>;
 
 /// The fields that a text carries, then day of week and day of year, of a time that is freed.
 std::string show(ASN1_TIME *made) {
@@ -43,10 +39,10 @@ Operation reads(Reader reader) {
 using Adder = std::uint32_t (*)(ASN1_STRING **, std::int32_t);
 Operation adds(Adder add, const std::set<std::string> &without_memory) {
     return {[add](const Row &row) -> std::string {
-                ASN1_STRING *time = make_string(0, row[1]).release();
+                ASN1_STRING *time = string_of(0, row[1]).release();
                 if (octets(time) != row[1]) return free_ASN1_STRING(time), "no text";
                 const std::uint32_t status = add(&time, static_cast<std::int32_t>(row.number(2)));
-                const StringRecord owner(time);
+                const String owner(time);
                 EXPECT_TRUE(status == 0 || octets(time) == row[1]) << "unchanged on failure";
                 return status == 0 ? octets(time) : status_text(status);
             },
@@ -56,7 +52,7 @@ Operation adds(Adder add, const std::set<std::string> &without_memory) {
 using Comparer = std::int32_t (*)(const ASN1_STRING *, const ASN1_STRING *);
 Operation compares(Comparer compare) {
     return {[compare](const Row &row) {
-        return std::to_string(compare(make_string(0, row[1]).get(), make_string(0, row[2]).get()));
+        return std::to_string(compare(string_of(0, row[1]).get(), string_of(0, row[2]).get()));
     }};
 }
 
@@ -73,7 +69,7 @@ std::string check(const Row &row) {
     const ASN1_TIME time = time_of(row[1]);
     const Time copy(dup_ASN1_TIME(&time));
     const bool good = check_ASN1_TIME(&time) == 0;
-    EXPECT_EQ(good, StringRecord(asn1TimeToGENERALIZED_TIME(&time, 2)) != nullptr);
+    EXPECT_EQ(good, String(asn1TimeToGENERALIZED_TIME(&time, 2)) != nullptr);
     EXPECT_EQ(good,
               copy != nullptr && copy->day_of_week == 7 && copy->day_of_year == 8 && copy->daylight == 9);
     return status_text(check_ASN1_TIME(&time));
@@ -84,7 +80,7 @@ template <typename Writer>
 Operation writes(Writer writer) {
     return {[writer](const Row &row) -> std::string {
                 const ASN1_TIME time = time_of(row[1]);
-                const StringRecord text(writer(&time, row.number(2)));
+                const String text(writer(&time, row.number(2)));
                 if (text == nullptr) return "none";
                 return octets(text.get()) + " " + std::to_string(text->type) + " " +
                        std::to_string(text->extra);
@@ -113,9 +109,7 @@ Operation adds_to_date(std::uint32_t (*add)(ASN1_TIME *, std::int32_t)) {
     }};
 }
 
-class TimeTest : public ::testing::Test {
-    LeakCheck leaks_;
-};
+using TimeTest = LeakFreeTest;
 
 TEST_F(TimeTest, Rows) {
     expect_rows("time.txt",
@@ -187,6 +181,16 @@ TEST_F(TimeTest, AgreesWithTheCalendarOfTheStandardLibrary) {
     }
 }
 
+void set_time_zone(const char *zone) {
+#ifdef _WIN32
+    _putenv_s("TZ", zone);
+    _tzset();
+#else
+    setenv("TZ", zone, 1);
+    tzset();
+#endif
+}
+
 TEST_F(TimeTest, TellsThePresentTimeInEveryZone) {
     const auto is_present = [](ASN1_TIME *made, std::tm *(*fields_of)(const std::time_t *)) {
         const std::string shown = show(made);
@@ -206,9 +210,7 @@ TEST_F(TimeTest, TellsThePresentTimeInEveryZone) {
         EXPECT_TRUE(is_present(getCurrentLocalTime(), std::localtime)) << zone;
         EXPECT_EQ(read(utcTimeToASN1_TIME, "240310023000Z"), "2024-03-10 02:30:00 0/69") << zone;
     }
-    set_time_zone("");
     EXPECT_EQ(sweep_failing_allocations([] { return Time(getCurrentGMTime()) != nullptr; }), 1U);
 }
 
 }  // namespace
-}  // namespace tlx_test

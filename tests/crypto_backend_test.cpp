@@ -1,10 +1,6 @@
 // What becomes of the library when libcrypto fails at its first use, and after libcrypto's end.
 #ifndef _WIN32
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <tlxcrypto/cipher.h>
-#include <tlxcrypto/digest.h>
-#include <tlxcrypto/random.h>
 #include <unistd.h>
 
 #include "support/chain_builder.hpp"

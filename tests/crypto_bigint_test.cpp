@@ -1,10 +1,6 @@
 // Big numbers as octets and texts, arithmetic beside libcrypto's; random octets.
-#include <gtest/gtest.h>
-#include <tlxcrypto/bigint.h>
-#include <tlxcrypto/random.h>
 
 #include <random>
-#include <set>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
@@ -22,7 +18,7 @@ void expect_written(const BIGINT *value, const std::string &shortest_hex) {
     for (const std::uint32_t more : {0U, 1U, 8U, 30U}) {
         Octets written(shortest + more + 1, 0xEE);
         ASSERT_EQ(BIGINT_to_binary(value, written.data(), shortest + more), 0U);
-        EXPECT_EQ(hex(written), std::string(std::size_t{2} * more, '0') + shortest_hex + "EE");
+        EXPECT_EQ(digits_of(written), std::string(std::size_t{2} * more, '0') + shortest_hex + "EE");
     }
     Octets untouched(1, 0xEE);
     EXPECT_EQ(BIGINT_to_binary(value, untouched.data(), bits == 0 ? 0 : (bits - 1) / 8), bits == 0 ? 0U : 1U);
@@ -33,8 +29,8 @@ void expect_written(const BIGINT *value, const std::string &shortest_hex) {
 std::string show(const Row &row) {
     const Number value = number(row[1]);
     if (value == nullptr) return "null";
-    const std::string digits = hex(value.get());
-    const Octets with_zeros = octets("0000" + digits);
+    const std::string digits = digits_of(value.get());
+    const Octets with_zeros = hex("0000" + digits);
     const std::uint64_t before = tlx_live_blocks();
     const Number read(binary_to_BIGINT(with_zeros.data(), length(with_zeros)));
     EXPECT_EQ(tlx_live_blocks() - before, 1U) << "decoding takes one allocation";
@@ -73,7 +69,7 @@ std::string calculate(Binary operation, const std::string &left, const std::stri
         BIGINT *out = numbers[place].get();
         const bool failed = operation(out, numbers[1].get(), numbers[2].get()) != 0;
         EXPECT_TRUE(!failed || cmp_BIGINT(out, before.get()) == 0) << "a failure leaves the result alone";
-        const std::string made = failed ? "failed" : hex(out);
+        const std::string made = failed ? "failed" : digits_of(out);
         if (place != 0 && made != result) return made;
         result = made;
     }
@@ -86,10 +82,12 @@ std::string calculate(Modular operation, const std::string &left, const std::str
     const std::uint32_t status =
         operation(result.get(), number(left).get(), number(right).get(), number(modulus).get());
     EXPECT_TRUE(status == 0 || result == nullptr || get_BIGINT_word(result.get()) == 0x77);
-    return status == 0 ? hex(result.get()) : "failed";
+    return status == 0 ? digits_of(result.get()) : "failed";
 }
 
-TEST(Bigint, Rows) {
+using Bigint = LeakFreeTest;
+
+TEST_F(Bigint, Rows) {
     std::map<std::string, Operation> operations = {
         {"show", {show}},
         {"is prime", {[](const Row &row) { return std::to_string(is_BIGINT_prime(number(row[1]).get())); }}}};
@@ -112,8 +110,7 @@ std::string random_hex(std::mt19937 &random) {
     return random() % 16 == 0 ? "0" : text;
 }
 
-TEST(Bigint, CalculatesAsLibcryptoDoes) {
-    const LeakCheck leaks;
+TEST_F(Bigint, CalculatesAsLibcryptoDoes) {
     std::mt19937 random(64);
     for (int round = 0; round < 400; ++round) {
         const std::string left = random_hex(random);
@@ -137,8 +134,7 @@ TEST(Bigint, CalculatesAsLibcryptoDoes) {
     }
 }
 
-TEST(Bigint, RefusesMissingNumbers) {
-    const LeakCheck leaks;
+TEST_F(Bigint, RefusesMissingNumbers) {
     EXPECT_EQ(taken(BIGINT_to_hex(nullptr)), "null");
     EXPECT_EQ(taken(BIGINT_to_decimal(nullptr)), "null");
     EXPECT_EQ(get_BIGINT_word(nullptr), 0xFFFFFFFFU);
@@ -154,10 +150,10 @@ TEST(Bigint, RefusesMissingNumbers) {
         EXPECT_EQ(operation(r, five.get(), five.get(), nullptr), 1U) << name;
     EXPECT_EQ(div_BIGINT(r, r, five.get(), five.get()), 1U) << "two values do not fit one number";
     EXPECT_EQ(random_BIGINT(r, number("0").get()), 1U);
-    EXPECT_EQ(hex(r), "77") << "failures leave the result alone";
+    EXPECT_EQ(digits_of(r), "77") << "failures leave the result alone";
     const Number a = number("123456789ABCDEF0123456789");
     ASSERT_EQ(div_BIGINT(a.get(), r, a.get(), number("1000000000000").get()), 0U);
-    EXPECT_EQ(hex(a.get()) + " rest " + hex(r), "0123456789ABCD rest EF0123456789");
+    EXPECT_EQ(digits_of(a.get()) + " rest " + digits_of(r), "0123456789ABCD rest EF0123456789");
 }
 
 TEST(Random, DrawsNumbersBelowTheLimitAndFillsBuffers) {

@@ -1,7 +1,4 @@
 // Ciphers against libcrypto: every identifier of the block ciphers, padding, pieces of any size, RC4.
-#include <gtest/gtest.h>
-#include <tlxcrypto/cipher.h>
-#include <tlxcrypto/rc4.h>
 
 #include <algorithm>
 #include <numeric>

@@ -1,19 +1,16 @@
-#include <gtest/gtest.h>
-#include <tlxcrypto/memory.h>
 
-#include <atomic>
-#include <cstdint>
+#include <algorithm>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/rows.hpp"
 #include "support/threads.hpp"
 
 namespace {
 
-using tlx_test::LeakCheck;
+using namespace tlx_test;
+using Memory = LeakFreeTest;
 
 void *allocate(std::size_t size) {
     return tlx_malloc(size, "here.c", 1);
@@ -22,72 +19,68 @@ void *resize(void *block, std::size_t size) {
     return tlx_realloc(block, size, "there.c", 2);
 }
 
-TEST(Memory, CountsBlocksAndBytes) {
-    const std::uint64_t blocks = tlx_live_blocks();
-    const std::uint64_t bytes = tlx_live_bytes();
-    const auto expect = [=](std::uint64_t more_blocks, std::uint64_t more_bytes) {
-        EXPECT_EQ(tlx_live_blocks() - blocks, more_blocks);
-        EXPECT_EQ(tlx_live_bytes() - bytes, more_bytes);
+/// Steps with blocks 0 to 3, where 0xFFFFFFFF octets are nearly as many as there can be. The blocks and
+/// octets that a step leaves live are counted from the start.
+std::string run_on_blocks(const Row &row) {
+    void *blocks[4] = {};
+    const std::uint64_t live_blocks = tlx_live_blocks(), live_bytes = tlx_live_bytes();
+    const auto size = [](std::size_t octets) { return octets == 0xFFFFFFFF ? SIZE_MAX - 15 : octets; };
+    const auto keep = [&](std::uint32_t place, void *block) {
+        if (block == nullptr) return 1U;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0U);
+        EXPECT_EQ(std::count(blocks, blocks + 4, block), blocks[place] == block ? 1 : 0)
+            << "a block of its own";
+        blocks[place] = block;
+        return 0U;
     };
-    void *a = allocate(100);
-    void *b = tlx_calloc(3, 7, "here.c", 1);
-    expect(2, 121);
-    a = resize(a, 1000);
-    expect(2, 1021);
-    a = resize(a, 0);
-    expect(2, 21);
-    void *c = resize(nullptr, 5);
-    void *d = allocate(0);
-    EXPECT_NE(d, nullptr);
-    EXPECT_NE(d, a) << "no octets, but a block of its own";
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(c) % 16, 0U);
-    expect(4, 26);
-    for (void *block : {a, b, c, d})
+    const auto octets = [&](std::uint32_t place) { return static_cast<std::uint8_t *>(blocks[place]); };
+    using N = const Numbers &;
+    const Steps steps = {
+        {"malloc", [&](N n) { return keep(n[0], allocate(size(n[1]))); }},
+        {"calloc", [&](N n) { return keep(n[0], tlx_calloc(size(n[1]), size(n[2]), "here.c", 1)); }},
+        {"dirty", [&](N n) { return std::memset(blocks[n[0]], 0xAA, n[1]), 0U; }},
+        {"zero", [&](N n) { return Octets(n[1]) == Octets(octets(n[0]), octets(n[0]) + n[1]) ? 1U : 0U; }},
+        {"free", [&](N n) { return tlx_free(std::exchange(blocks[n[0]], nullptr)), 0U; }},
+        {"realloc", [&](N n) { return keep(n[0], resize(blocks[n[0]], size(n[1]))); }},
+        {"fail", [&](N n) { return tlx_fail_allocation(n[0]), 0U; }},
+        {"blocks", [&](N) { return static_cast<std::uint32_t>(tlx_live_blocks() - live_blocks); }},
+        {"octets", [&](N) { return static_cast<std::uint32_t>(tlx_live_bytes() - live_bytes); }},
+    };
+    const std::string results = run_steps(row[1], steps);
+    for (void *block : blocks)
         tlx_free(block);
-    tlx_free(nullptr);
-    expect(0, 0);
+    EXPECT_EQ(tlx_live_bytes(), live_bytes);
+    return results;
 }
 
-TEST(Memory, ZeroesWhatCallocGives) {
-    const LeakCheck leaks;
-    for (const std::size_t size : {1U, 100U, 16383U, 100000U}) {
-        void *dirty = allocate(size);
-        std::memset(dirty, 0xAA, size);
-        tlx_free(dirty);
-        auto *block = static_cast<std::uint8_t *>(tlx_calloc(1, size, "here.c", 1));
-        EXPECT_EQ(std::vector<std::uint8_t>(block, block + size), std::vector<std::uint8_t>(size, 0));
-        tlx_free(block);
-    }
+TEST_F(Memory, Rows) {
+    expect_rows("memory.txt", {{"steps", {run_on_blocks}}});
 }
 
-TEST(Memory, MovesAGrowingBlockRarely) {
-    const LeakCheck leaks;
+TEST_F(Memory, MovesAGrowingBlockRarely) {
     // Two blocks that grow in turn keep each other from growing in place.
-    constexpr std::size_t kOctets = 100'000;
     std::uint8_t *blocks[2] = {};
+    std::vector<std::uint8_t> expected;
     unsigned moves = 0;
-    for (std::size_t n = 1; n <= kOctets; ++n) {
+    while (expected.size() < 100'000) {
+        expected.push_back(static_cast<std::uint8_t>(expected.size() * 7));
         for (std::uint8_t *&block : blocks) {
-            auto *grown = static_cast<std::uint8_t *>(resize(block, n));
+            auto *grown = static_cast<std::uint8_t *>(resize(block, expected.size()));
             if (grown != block) ++moves;
             block = grown;
-            block[n - 1] = static_cast<std::uint8_t>(n * 7);
+            block[expected.size() - 1] = expected.back();
         }
     }
     EXPECT_LE(moves, 2U * 30U);  // log(100000) / log(1.5) = 28.4
     for (std::uint8_t *block : blocks) {
-        std::size_t wrong = 0;
-        for (std::size_t n = 1; n <= kOctets; ++n)
-            wrong += block[n - 1] != static_cast<std::uint8_t>(n * 7) ? 1U : 0U;
-        EXPECT_EQ(wrong, 0U);
+        EXPECT_EQ(std::memcmp(block, expected.data(), expected.size()), 0);
         block = static_cast<std::uint8_t *>(resize(block, 10));
-        EXPECT_EQ(block[9], 70);
+        EXPECT_EQ(block[9], 63);
         tlx_free(block);
     }
 }
 
-TEST(Memory, CountsAcrossThreads) {
-    const LeakCheck leaks;
+TEST_F(Memory, CountsAcrossThreads) {
     const std::uint64_t bytes = tlx_live_bytes();
     // More threads than there are counters, so that the later ones share. Each frees what its neighbour
     // allocated.
@@ -96,7 +89,7 @@ TEST(Memory, CountsAcrossThreads) {
         constexpr unsigned kThreads = 8;
         std::atomic<void *> handed_over[kThreads] = {};
         std::atomic<unsigned> started = 0;
-        tlx_test::successes_on_threads(kThreads, [&] {
+        successes_on_threads(kThreads, [&] {
             const unsigned own = started++;
             for (int i = 0; i < allocations; ++i)
                 tlx_free(handed_over[(own + 1) % kThreads].exchange(allocate(own + 1)));
@@ -106,25 +99,6 @@ TEST(Memory, CountsAcrossThreads) {
             tlx_free(block.load());
     }
     EXPECT_EQ(tlx_live_bytes(), bytes);
-}
-
-TEST(Memory, FailsTheAllocationAskedForAndSizesThatOverflow) {
-    const LeakCheck leaks;
-    EXPECT_EQ(allocate(SIZE_MAX - 15), nullptr);
-    EXPECT_EQ(tlx_calloc(std::size_t{1} << 32U, std::size_t{1} << 32U, "here.c", 1), nullptr);
-    tlx_fail_allocation(4);
-    void *a = allocate(8);
-    void *b = tlx_calloc(1, 8, "here.c", 1);
-    a = resize(a, 4);
-    ASSERT_NE(a, nullptr);
-    EXPECT_EQ(resize(a, 2), nullptr) << "a block that would not move counts too";
-    EXPECT_EQ(resize(a, SIZE_MAX - 15), nullptr);
-    EXPECT_NE(a = resize(a, 64), nullptr) << "only one allocation fails";
-    tlx_fail_allocation(1);
-    tlx_fail_allocation(0);
-    EXPECT_NE(b = resize(b, 64), nullptr) << "the order was taken back";
-    tlx_free(a);
-    tlx_free(b);
 }
 
 std::vector<std::string> tracked_blocks() {
@@ -138,8 +112,7 @@ std::vector<std::string> tracked_blocks() {
     return texts;
 }
 
-TEST(Memory, ListsWhereLiveBlocksCameFrom) {
-    const LeakCheck leaks;
+TEST_F(Memory, ListsWhereLiveBlocksCameFrom) {
     using Texts = std::vector<std::string>;
     void *earlier = allocate(1);
     tlx_track_allocations(1);

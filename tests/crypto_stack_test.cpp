@@ -1,17 +1,12 @@
-#include <gtest/gtest.h>
 #include <tlxcrypto/stack.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <random>
-#include <vector>
 
 #include "support/allocation.hpp"
 
 namespace {
-
-using tlx_test::LeakCheck;
 
 std::vector<void *> values_of(const STACK *stack) {
     std::vector<void *> values;
@@ -25,8 +20,9 @@ void *dup_value(const void *value) {
     return copy == nullptr ? nullptr : std::memcpy(copy, value, sizeof(int));
 }
 
-TEST(Stack, BehavesAsAVector) {
-    const LeakCheck leaks;
+using Stack = tlx_test::LeakFreeTest;
+
+TEST_F(Stack, BehavesAsAVector) {
     std::mt19937 random(7);
     int cells[64] = {};
     STACK *stack = new_STACK();
@@ -63,8 +59,7 @@ TEST(Stack, BehavesAsAVector) {
     free_STACK(stack);
 }
 
-TEST(Stack, CopiesAndFreesValues) {
-    const LeakCheck leaks;
+TEST_F(Stack, CopiesAndFreesValues) {
     STACK *stack = new_STACK();
     for (int value = 0; value < 10; ++value)
         push_STACK_value(stack, value == 4 ? nullptr : dup_value(&value));
@@ -85,8 +80,7 @@ TEST(Stack, CopiesAndFreesValues) {
     free_STACK_values(stack, nullptr);
 }
 
-TEST(Stack, StaysAsItWasWhenItCannotGrow) {
-    const LeakCheck leaks;
+TEST_F(Stack, StaysAsItWasWhenItCannotGrow) {
     STACK *stack = new_STACK();
     ASSERT_EQ(reserve_STACK(stack, 100), 0U);
     tlx_fail_allocation(1);

@@ -1,6 +1,5 @@
 // The words of record descriptions that no record of the library puts to use in every form, on a record made
 // for it.
-#include <gtest/gtest.h>
 
 #include "der/record.hpp"
 #include "support/allocation.hpp"

@@ -1,12 +1,12 @@
 // Typed reading and writing: each macro passes its arguments where they belong.
-#include <gtest/gtest.h>
-#include <tlxpki.h>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
+#include "support/octets.hpp"
 
-namespace tlx_test {
 namespace {
+
+using namespace tlx_test;
 
 const std::string kDer = "\x30\x03\x01\x01\xFF";
 const std::string kPem = "-----BEGIN SAMPLE-----\nMAMBAf8=\n-----END SAMPLE-----\n";
@@ -16,9 +16,8 @@ template <typename Read>
 std::uint32_t flag_of(Read read) {
     BASIC_CONSTRAINTS *record = nullptr;
     const std::uint32_t status = read(&record);
-    const std::uint32_t flag = status == 0 ? record->cA : status;
-    free_BASIC_CONSTRAINTS(record);
-    return flag;
+    const Held<free_BASIC_CONSTRAINTS> owner(record);
+    return status == 0 ? record->cA : status;
 }
 #define FLAG_OF(macro, ...) flag_of([&](auto out) { return macro(BASIC_CONSTRAINTS, __VA_ARGS__); })
 
@@ -27,7 +26,8 @@ TEST(Typed, EveryMacro) {
     const CommandFolder folder;
     const std::string name = folder.path("record");
     const char *path = name.c_str();
-    BASIC_CONSTRAINTS *record = new_BASIC_CONSTRAINTS();
+    const Held<free_BASIC_CONSTRAINTS> owner(new_BASIC_CONSTRAINTS());
+    BASIC_CONSTRAINTS *record = owner.get();
     record->cA = 0xFF;
 
     std::uint8_t *der = nullptr;
@@ -60,8 +60,6 @@ TEST(Typed, EveryMacro) {
     free_X509_EXTENSIONS(extensions);
     tlx_free(pem);
     tlx_free(der);
-    free_BASIC_CONSTRAINTS(record);
 }
 
 }  // namespace
-}  // namespace tlx_test

@@ -3,7 +3,7 @@
 #include <tlxpki.h>
 
 #include "asn1/oid_lookup.hpp"
-#include "support/strings.hpp"
+#include "support/octets.hpp"
 #include "support/x509_records.hpp"
 
 namespace tlx_test {

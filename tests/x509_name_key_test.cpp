@@ -3,8 +3,8 @@
 #include <tlxpki.h>
 
 #include "asn1/oid_lookup.hpp"
+#include "support/octets.hpp"
 #include "support/openssl_peer.hpp"
-#include "support/strings.hpp"
 #include "support/x509_records.hpp"
 
 namespace tlx_test {

@@ -1,10 +1,8 @@
 #!/usr/bin/env bash
 # Installs into a scratch prefix and builds a C and a C++ program against it, by the CMake package and by pkg-config.
 # usage: install.sh <cmake> <build dir> <consumer source dir> <C compiler> <library dir below the prefix>
-set -euo pipefail
+source "$(dirname "$0")/common.sh"
 cmake=$1 build=$2 consumer=$3 cc=$4 libdir=$5
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 
 "$cmake" --install "$build" --prefix "$work/prefix" >/dev/null
 "$cmake" -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null

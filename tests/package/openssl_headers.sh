@@ -1,10 +1,8 @@
 #!/usr/bin/env bash
 # The public headers beside all of OpenSSL's, in both orders, as C and C++; and what is said to those who mix them otherwise.
 # usage: openssl_headers.sh <C compiler> <C++ compiler> <include dir>
-set -euo pipefail
+source "$(dirname "$0")/common.sh"
 cc=$1 cxx=$2 include=$3
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 warnings=(-Wall -Wextra -Wpedantic -Werror)
 
 # <openssl/asn1_mac.h> is an error on purpose.

@@ -1,10 +1,8 @@
 #!/usr/bin/env bash
 # The macros that check the type of a record: the right one compiles without a warning, and every call refuses another.
 # usage: typed.sh <C compiler> <C++ compiler> <include dir>
-set -euo pipefail
+source "$(dirname "$0")/common.sh"
 cc=$1 cxx=$2 include=$3
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 
 calls=(
     'TLX_READ_DER(X509_CERT, &record, octets, 4)'
@@ -25,7 +23,6 @@ calls=(
     echo '}'
 } >"$work/calls.c"
 
-status=0
 for language in "$cc -std=c99 -x c" "$cc -std=c11 -x c" "$cxx -std=c++11 -x c++" "$cxx -std=c++20 -x c++"; do
     read -ra compile <<<"$language -I$include -include tlxpki.h -fsyntax-only $work/calls.c"
     if ! "${compile[@]}" -DRECORD='X509_CERT *' -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror; then

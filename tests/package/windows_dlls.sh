@@ -3,22 +3,13 @@
 # libraries and .def files; they need no DLL but those that every Windows has; the system may place them anywhere in memory;
 # and nothing in them runs before their entry point, throws or starts threads.
 # usage: windows_dlls.sh <C compiler of this machine> <include dir> <DLL dir> <library dir> <.def dir>
-set -euo pipefail
+source "$(dirname "$0")/common.sh"
 cc=$1 include=$2 dlls=$3 libraries=$4 defs=$5
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 objdump() { x86_64-w64-mingw32-objdump "$@"; }
 nm() { x86_64-w64-mingw32-nm "$@" 2>/dev/null; }
 
 # As the headers read where there are no DLLs.
-echo '#include <tlxpki.h>' >"$work/all.c"
-"$cc" -std=c99 -I"$include" -fsyntax-only -aux-info "$work/prototypes" "$work/all.c"
-
-status=0
-same() {  # what, expected, found
-    diff "$2" "$3" >"$work/diff" && return
-    echo "$1 (< expected, > found):" && cat "$work/diff" && status=1
-}
+declarations "$cc" "$include"
 
 declare -A needed=(
     [tlxcrypto.dll]="advapi32 bcrypt kernel32 msvcrt user32"
@@ -43,17 +34,14 @@ grep -q ' BCryptGenRandom$' "$work/imports" || { echo "tlxcrypto.dll does not ca
 grep ' CryptGenRandom$' "$work/imports" && status=1
 
 for library in tlxcrypto tlxpki; do
-    grep -F "$include/$library/" "$work/prototypes" | sed -E 's/^.*[ *]([A-Za-z_][A-Za-z0-9_]*) \(.*$/\1/' |
-        LC_ALL=C sort -u >"$work/declared"
-    [[ -s $work/declared ]] || { echo "no declarations found for $library"; exit 1; }
     objdump -p "$dlls/$library.dll" | sed -nE '/^\[Ordinal\/Name Pointer\]/,/^$/s/^\s*\[ *[0-9]+\].* (\S+)$/\1/p' |
-        LC_ALL=C sort >"$work/exported"
-    same "exports of $library.dll" "$work/declared" "$work/exported"
-    sed -n 's/^    //p' "$defs/$library.def" | LC_ALL=C sort >"$work/def"
-    same "$library.def" "$work/declared" "$work/def"
+        sort >"$work/exported"
+    same "exports of $library.dll" "$work/$library.declared" "$work/exported"
+    sed -n 's/^    //p' "$defs/$library.def" | sort >"$work/def"
+    same "$library.def" "$work/$library.declared" "$work/def"
     for import in "lib$library.dll.a" "$library.lib"; do
-        nm "$libraries/$import" | sed -nE 's/^.* T ([A-Za-z_][A-Za-z0-9_]*)$/\1/p' | LC_ALL=C sort -u >"$work/imports"
-        same "$import" "$work/declared" "$work/imports"
+        nm "$libraries/$import" | sed -nE 's/^.* T ([A-Za-z_][A-Za-z0-9_]*)$/\1/p' | sort -u >"$work/imports"
+        same "$import" "$work/$library.declared" "$work/imports"
     done
     echo "$library.dll: $(wc -l <"$work/exported") functions, $(stat -c %s "$dlls/$library.dll") octets"
 

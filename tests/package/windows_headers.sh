@@ -2,12 +2,9 @@
 # The public headers beside those of Windows, whichever comes first: they compile as C and C++, for both compilers of that
 # system, and no name of ours stays a macro of Windows'.
 # usage: windows_headers.sh <C compiler> <C++ compiler> <clang> <include dir>
-set -euo pipefail
+source "$(dirname "$0")/common.sh"
 cc=$1 cxx=$2 clang=$3 include=$4
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 warnings=(-Wall -Wextra -Wpedantic -Werror -Wshadow)
-status=0
 
 compile() {  # compiler and language, source on the standard input
     "$@" "${warnings[@]}" -I"$include" -fsyntax-only - && return

@@ -1,12 +1,9 @@
 #!/usr/bin/env bash
 # The zip: it holds what it should and nothing else, programs are built with it alone, by CMake and by both compilers, and run.
 # usage: windows_zip.sh <cmake> <build dir> <source dir> <toolchain file> <clang> <lld-link> <emulator ...>
-set -euo pipefail
+source "$(dirname "$0")/common.sh"
 cmake=$1 build=$2 source=$3 toolchain=$4 clang=$5 lld_link=$6
 shift 6
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-status=0
 
 "$(dirname "$cmake")/cpack" --config "$build/CPackConfig.cmake" -B "$work" >"$work/log" || { cat "$work/log"; exit 1; }
 zip=$(echo "$work"/tlxpki-*-win64.zip)

@@ -20,6 +20,11 @@ class LeakCheck {
     std::uint64_t before_;
 };
 
+/// A test that leaks nothing.
+class LeakFreeTest : public ::testing::Test {
+    LeakCheck leaks_;
+};
+
 /// Runs `operation` with the 1st, 2nd, ... allocation failing until a run succeeds. `operation` returns true
 /// on success; on failure it must have checked its own status, and no block may stay live. Returns how many
 /// runs failed.

@@ -1,19 +1,11 @@
-// Numbers, octets and owners for tests of the cryptographic companion library.
+// Numbers and digits for tests of the cryptographic companion library.
 #pragma once
 
 #include <tlxcrypto.h>
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "support/held.hpp"
+#include "support/octets.hpp"
 
 namespace tlx_test {
-
-using Octets = std::vector<std::uint8_t>;
-
-using Number = Held<free_BIGINT>;
 
 inline std::uint32_t length(const Octets &octets) {
     return static_cast<std::uint32_t>(octets.size());
@@ -27,25 +19,23 @@ inline std::string taken(char *text) {
 }
 
 inline Number number(const std::string &hex) {
-    return Number(hex_to_BIGINT(hex.c_str()));
+    return number_of(hex.c_str());
 }
 inline Number number(const Octets &octets) {
     return Number(binary_to_BIGINT(octets.data(), length(octets)));
 }
-/// The octets of an even number of hexadecimal digits.
-inline Octets octets(const std::string &hex) {
-    std::uint8_t *made = nullptr;
-    std::uint32_t size = 0;
-    hex_to_binary(hex.data(), static_cast<std::uint32_t>(hex.size()), &made, &size);
-    const Octets copy(made, made + size);
-    tlx_free(made);
-    return copy;
-}
-inline std::string hex(const BIGINT *number) {
+inline std::string digits_of(const BIGINT *number) {
     return taken(BIGINT_to_hex(number));
 }
-inline std::string hex(const Octets &octets) {
+inline std::string digits_of(const Octets &octets) {
     return taken(binary_to_hex(octets.data(), length(octets)));
+}
+
+/// Whether all steps of a row returned 0: "done". When the first that did not returned 1, "failed".
+inline std::string whether_done(const std::string &results) {
+    const std::size_t first = results.find_first_not_of("0 ");
+    if (first == results.npos) return "done";
+    return results[first] == '1' ? "failed" : results;
 }
 
 }  // namespace tlx_test

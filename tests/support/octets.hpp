@@ -1,4 +1,4 @@
-// Octets and nodes as hexadecimal text, so that tests show the encodings they expect.
+// Octets, nodes and string records as text, so that tests show the encodings they expect.
 #pragma once
 
 #include <tlxpki.h>
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "der/owned.hpp"
+#include "held.hpp"
 
 namespace tlx_test {
 
@@ -67,7 +67,7 @@ inline Node node_of(std::string_view text) {
 inline String string_of(std::int32_t type, std::string_view text, std::int32_t extra = 0) {
     String string(new_ASN1_STRING());
     set_ASN1_STRING_value(string.get(), type, text.data(), static_cast<std::uint32_t>(text.size()));
-    string->extra = extra;
+    if (string != nullptr) string->extra = extra;
     return string;
 }
 inline String string_of(std::int32_t type, const Octets &octets, std::int32_t extra = 0) {
@@ -86,6 +86,56 @@ inline std::string text_of(const ASN1_STRING *string) {
     if (string->data == nullptr || string->data[length] != 0) return "not terminated";
     return "type " + std::to_string(string->type) + " extra " + std::to_string(string->extra) + ": " +
            hex_of(string->data, length);
+}
+
+/// The octets of a record; "(null)" for a null record or null data.
+inline std::string octets(const ASN1_STRING *record) {
+    if (record == nullptr || record->data == nullptr) return "(null)";
+    return {reinterpret_cast<const char *>(record->data), static_cast<std::size_t>(record->length)};
+}
+
+inline bool takes_node(std::uint32_t type) {
+    return type == 16 || type == 17 || type == 33 || type == 48 || type == 49;
+}
+
+/// Owns what getDERChildAt made under a type.
+struct Child {
+    Child(void *made, std::uint32_t type) {
+        if (type == 1 || type == 5) {
+            octet.reset(static_cast<std::uint8_t *>(made));
+        } else if (type == 2 || type == 10) {
+            number.reset(static_cast<BIGINT *>(made));
+        } else if (takes_node(type)) {
+            node.reset(static_cast<ASN1_UNIT *>(made));
+        } else {
+            string.reset(static_cast<ASN1_STRING *>(made));
+        }
+    }
+    tlx::OwnedOctets<std::uint8_t> octet;
+    Number number;
+    Node node;
+    String string;
+};
+
+/// Copies `length` octets of a result and frees the result; "(null)" for null.
+template <typename T>
+std::string take(T *result, std::size_t length) {
+    if (result == nullptr) return "(null)";
+    std::string copy(reinterpret_cast<const char *>(result), length);
+    tlx_free(result);
+    return copy;
+}
+
+/// Calls `function (text, its length, &out)` and returns its result. Checks that the length is 0 exactly when
+/// out is unchanged.
+template <typename Out, typename In, typename... Rest>
+std::string call(std::uint32_t (*function)(const In *, std::uint32_t, Out **, Rest...),
+                 const std::string &text, Rest... rest) {
+    Out *out = nullptr;
+    const std::uint32_t size = function(reinterpret_cast<const In *>(text.data()),
+                                        static_cast<std::uint32_t>(text.size()), &out, rest...);
+    if ((out == nullptr) != (size == 0)) return "length and result disagree";
+    return take(out, size);
 }
 
 }  // namespace tlx_test

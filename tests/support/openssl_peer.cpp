@@ -37,11 +37,17 @@ EVP_PKEY *handle_of(const RsaKey &key) {
     return static_cast<EVP_PKEY *>(key.handle.get());
 }
 
-void set_scheme(EVP_PKEY_CTX *context, const RsaScheme &scheme) {
-    if (scheme.mgf_digest.empty()) return;
+/// What signs or verifies by a scheme.
+Owned<EVP_MD_CTX> digest_context(const RsaKey &key, const RsaScheme &scheme,
+                                 decltype(&EVP_DigestSignInit_ex) init) {
+    Owned<EVP_MD_CTX> digest(EVP_MD_CTX_new());
+    EVP_PKEY_CTX *context = nullptr;
+    init(digest.get(), &context, scheme.digest.c_str(), library(), nullptr, handle_of(key), nullptr);
+    if (scheme.mgf_digest.empty()) return digest;
     EVP_PKEY_CTX_set_rsa_padding(context, RSA_PKCS1_PSS_PADDING);
     EVP_PKEY_CTX_set_rsa_mgf1_md_name(context, scheme.mgf_digest.c_str(), nullptr);
     EVP_PKEY_CTX_set_rsa_pss_saltlen(context, scheme.salt_length);
+    return digest;
 }
 
 /// The result of a key operation on the octets; empty on failure.
@@ -144,11 +150,7 @@ RsaKey generate_rsa(unsigned bits) {
 }
 
 Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {
-    const Owned<EVP_MD_CTX> digest(EVP_MD_CTX_new());
-    EVP_PKEY_CTX *context = nullptr;
-    EVP_DigestSignInit_ex(digest.get(), &context, scheme.digest.c_str(), library(), nullptr, handle_of(key),
-                          nullptr);
-    set_scheme(context, scheme);
+    const auto digest = digest_context(key, scheme, EVP_DigestSignInit_ex);
     Octets signature(key.numbers[0].size());
     std::size_t length = signature.size();
     if (EVP_DigestSign(digest.get(), signature.data(), &length, data.data(), data.size()) != 1) return {};
@@ -156,11 +158,7 @@ Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data) 
 }
 
 bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature) {
-    const Owned<EVP_MD_CTX> digest(EVP_MD_CTX_new());
-    EVP_PKEY_CTX *context = nullptr;
-    EVP_DigestVerifyInit_ex(digest.get(), &context, scheme.digest.c_str(), library(), nullptr, handle_of(key),
-                            nullptr);
-    set_scheme(context, scheme);
+    const auto digest = digest_context(key, scheme, EVP_DigestVerifyInit_ex);
     return EVP_DigestVerify(digest.get(), signature.data(), signature.size(), data.data(), data.size()) == 1;
 }
 

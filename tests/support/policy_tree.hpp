@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "strings.hpp"
+#include "octets.hpp"
 
 namespace tlx_test {
 

@@ -9,7 +9,6 @@
 
 #include "support/held.hpp"
 #include "support/octets.hpp"
-#include "support/strings.hpp"
 #include "support/utf8_path.hpp"
 
 namespace tlx_test {
