@@ -106,6 +106,8 @@ constexpr Plain kPlainValues[] = {
      "the signature does not verify; of a cipher: the padding is wrong, as a wrong key makes it"},
     {TLX_RSA_BAD_KEY, "the numbers of the key make no usable key",
      "the numbers of the key make no usable key"},
+    {0x001C0048, "the key is of another kind",
+     "final_PKCS7_Sign: a signer with authenticated attributes has no key of RSA or KCDSA"},
     {0xFFFFFFFF, "failure of an operation that returns a length",
      "failure of an operation that returns a length"},
 };

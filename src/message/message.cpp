@@ -2,7 +2,7 @@
 #include <tlxpki/objects.h>
 
 #include "der/list_items.hpp"
-#include "message/content_kinds.hpp"
+#include "message/signed_members.hpp"
 
 using namespace tlx;
 
@@ -49,35 +49,6 @@ bool start_content(P7_CONTENT_INFO &info, u32 type) noexcept {
     return started;
 }
 
-/// The members of signed data and of signed-and-enveloped data that both have.
-struct SignedMembers {
-    X509_CERTIFICATES **certificates;
-    X509_CRLS **crls;
-};
-bool find_signed_members(P7_CONTENT_INFO *info, SignedMembers &members) noexcept {
-    const u32 type = content_type(info);
-    if (type == oid::kPkcs7SignedData && info->content.signedData != nullptr) {
-        members = {&info->content.signedData->certificates, &info->content.signedData->crls};
-        return true;
-    }
-    if (type == oid::kPkcs7SignedAndEnvelopedData && info->content.signedAndEnvelopedData != nullptr) {
-        members = {&info->content.signedAndEnvelopedData->certificates,
-                   &info->content.signedAndEnvelopedData->crls};
-        return true;
-    }
-    return false;
-}
-
-/// Appends a value to a list, which is made when there is none. False when memory runs out; the list and its
-/// absence stay then.
-bool append(STACK *&list, void *value) noexcept {
-    if (list != nullptr) return push_STACK_value(list, value) == 0;
-    Owned<STACK> made(new_STACK());
-    if (!made || push_STACK_value(made.get(), value) != 0) return false;
-    list = made.release();
-    return true;
-}
-
 /// An attribute with one value; null for one that cannot be encoded and when memory runs out.
 X509_ATTRIBUTE *make_attribute(i32 oid_index, u32 type, const u8 *octets, i32 len) noexcept {
     if (type >= kTagNumberMask || len < 0 || (octets == nullptr && len > 0)) return nullptr;
@@ -93,7 +64,7 @@ X509_ATTRIBUTE *make_attribute(i32 oid_index, u32 type, const u8 *octets, i32 le
 u32 add_attribute(X509_ATTRIBUTES *&attributes, X509_ATTRIBUTE *made) noexcept {
     Owned<X509_ATTRIBUTE> attribute(made);
     if (!attribute) return 1;
-    if (append(attributes, attribute.get())) static_cast<void>(attribute.release());
+    if (append_value(attributes, attribute.get())) static_cast<void>(attribute.release());
     return 0;
 }
 
@@ -152,7 +123,7 @@ uint32_t add_PKCS7_Certificate(P7_CONTENT_INFO *info, const X509_CERT *cert) {
     SignedMembers members;
     if (!find_signed_members(info, members)) return 1;
     Owned<X509_CERT> copy(dup_X509_CERT(cert));
-    if (!copy || !append(*members.certificates, copy.get())) return 1;
+    if (!copy || !append_value(*members.certificates, copy.get())) return 1;
     static_cast<void>(copy.release());
     return 0;
 }
@@ -160,7 +131,7 @@ uint32_t add_PKCS7_Certificate(P7_CONTENT_INFO *info, const X509_CERT *cert) {
 uint32_t add_PKCS7_Crl(P7_CONTENT_INFO *info, X509_CRL *crl) {
     Owned<X509_CRL> taken(crl);
     SignedMembers members;
-    if (!taken || !find_signed_members(info, members) || !append(*members.crls, crl)) return 1;
+    if (!taken || !find_signed_members(info, members) || !append_value(*members.crls, crl)) return 1;
     static_cast<void>(taken.release());
     return 0;
 }

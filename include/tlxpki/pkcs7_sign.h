@@ -1,0 +1,148 @@
+/** @file
+ * Signing and verifying PKCS #7 messages: signed data, and the signatures of signed-and-enveloped data
+ * (RFC 2315, sections 9 and 11). The contract of all records is in x509_types.h.
+ *
+ * A signer has an RSA or a KCDSA key. It signs its authenticated attributes, or without any the content: the
+ * octets of data, and of other content the contents octets of its element.
+ *
+ * What differs from RFC 2315, and stays so because callers rely on it:
+ *
+ * - verify_PKCS7() returns 0 for what it did not check, and is no proof of anything. It returns 0 for a
+ * message without signers or without certificates and for a certificate that belongs to no signer. It skips
+ * the digest of the content when there is no messageDigest attribute, and when there is no content. It looks
+ * at no contentType attribute, takes the certificates of the message without question, and does not compare
+ * the digest algorithm with that of the signature.
+ * - Signing adds no attribute by itself. Attributes are signed in list order, which other programs verify
+ * only when it is DER order.
+ * - A signer of version 0 signs and verifies the content, whatever attributes it has.
+ * - Signing names the signature algorithm anew: "rsaEncryption" for a signer of version 0, whatever scheme it
+ * has, and for an RSA signer of version 1 with attributes unless its scheme is PSS; "KCDSA1" for every KCDSA
+ * signer.
+ * - RSASSA-PSS is written with NULL parameters, which other programs refuse. A signature has the settings of
+ * the key (set_RSA_UNIT_PSS()), while NULL means MGF1 with SHA-1 and a salt of 20 octets, the settings of a
+ * new key, and the signer's digest.
+ *
+ * The status of a key (<tlxcrypto/rsa.h>, <tlxcrypto/kcdsa.h>) goes up unchanged and is no packed one.
+ */
+#ifndef TLXPKI_PKCS7_SIGN_H
+#define TLXPKI_PKCS7_SIGN_H
+
+#include <tlxpki/pkcs1_param.h>
+#include <tlxpki/pkcs7.h>
+
+TLX_BEGIN_DECLS
+
+/* ---- Signers ---- */
+
+/** Schemes of RSA signers; a KCDSA signer may have either. */
+enum {
+    TLX_P7_RSA_PKCS1 = 1, /**< RSASSA-PKCS1-v1_5 */
+    TLX_P7_RSA_PSS = 2    /**< RSASSA-PSS */
+};
+
+/**
+ * Fills a signer: version 1, issuer and serial number of the certificate, a copy of the key, and the
+ * algorithms with NULL parameters. The signature algorithm is "id-RSASSA-PSS" in the scheme PSS, otherwise
+ * that of RSA with the digest, or "rsaEncryption" when there is none. Attributes and signature stay.
+ * @param key          a private key; null when the signature will come from elsewhere
+ * @param digest_index row of the digest, such as TLX_OID_SHA256
+ * @param scheme       TLX_P7_RSA_PKCS1 or TLX_P7_RSA_PSS
+ * @param pss_params   ignored
+ * @return 0; 0x4B1E0049 for a null signer, a certificate without issuer or serial number and another scheme;
+ * 0x4B1E0048 for a key of another kind and a row without an identifier; 1 when memory runs out. The signer is
+ * unchanged unless the result is 0
+ */
+TLXPKI_API uint32_t set_PKCS7_P7_SIGNER_INFO(P7_SIGNER_INFO *signer, const X509_CERT *cert,
+                                             const ASYMMETRIC_KEY *key, int32_t digest_index, uint32_t scheme,
+                                             const RSASSA_PSS_PARAM *pss_params);
+
+/**
+ * Appends a signer itself, without a copy, to signed data or signed-and-enveloped data, and a copy of its
+ * digest algorithm to digestAlgorithms, also when the same is there. Lists are made when there are none.
+ * @return 0; 1 for a null argument, other content, a signer without digest algorithm, and when memory runs
+ * out (the signer stays the caller's then)
+ */
+TLXPKI_API uint32_t add_PKCS7_Signer(P7_CONTENT_INFO *info, P7_SIGNER_INFO *signer);
+
+/** add_PKCS7_Signature_withEncryptedAlgorithm() with TLX_P7_RSA_PKCS1. */
+TLXPKI_API P7_SIGNER_INFO *add_PKCS7_Signature(P7_CONTENT_INFO *info, const X509_CERT *cert,
+                                               const ASYMMETRIC_KEY *key, int32_t digest_index);
+/**
+ * Makes a signer by set_PKCS7_P7_SIGNER_INFO() and adds it by add_PKCS7_Signer(). It does not add the
+ * certificate (add_PKCS7_Certificate()).
+ * @return the signer, which the message owns; null when one of the two fails
+ */
+TLXPKI_API P7_SIGNER_INFO *add_PKCS7_Signature_withEncryptedAlgorithm(P7_CONTENT_INFO *info,
+                                                                      const X509_CERT *cert,
+                                                                      const ASYMMETRIC_KEY *key,
+                                                                      int32_t digest_index, uint32_t scheme,
+                                                                      const RSASSA_PSS_PARAM *pss_params);
+
+/* ---- Signing ----
+ *
+ * The three steps begin with the same checks: 0x4B1C0049 for a null message; 0x4B1C0048 for content that is
+ * missing or neither signed data nor signed-and-enveloped data; 0x4B1C002B for a message without signers.
+ * They pass over signers that have a signature, so that signers can be added to a signed message. */
+
+/**
+ * Begins a signature with the key of every signer without one.
+ * @param detached stored in signed data: nonzero when the message will not carry its content
+ * @return 0; 0x4B1C002B for a digest or signature algorithm that is not known; 0x4B1C0048 for a signer
+ * without a key and a key of another kind; a status of the key
+ */
+TLXPKI_API uint32_t init_PKCS7_Sign(P7_CONTENT_INFO *info, uint32_t detached);
+/**
+ * Gives signed data its content. A message that has content keeps it, and the data is ignored; so it is for a
+ * detached message and for signed-and-enveloped data.
+ * @return 0; 0x4B1C0049 for null data and a length below 1; 0x4B1C0048 for a content type that is not data;
+ * 0x4B1C003B when memory runs out
+ */
+TLXPKI_API uint32_t update_PKCS7_Sign(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length);
+/**
+ * Signs with every signer that init_PKCS7_Sign() prepared, and gives it the version of the message. It
+ * signs the content of a detached message that the caller put in place with set_PKCS7_Content().
+ * @return 0; 0x4B1C005F for attributes that are empty or cannot be encoded; 0x4B1C0049 for a signer that has
+ * neither attributes nor content to sign, and a message without version; 0x4B1C0048 for a key of another kind
+ * with content, 0x001C0048 with attributes; 0x4B1C0054 and 0x4B190012 for a KCDSA signature that is empty or
+ * cannot be encoded; 0x4B1C003B when memory runs out, also for the content; a status of the key. Earlier
+ * signers keep their signatures
+ */
+TLXPKI_API uint32_t final_PKCS7_Sign(P7_CONTENT_INFO *info);
+/** init_PKCS7_Sign(), update_PKCS7_Sign() and final_PKCS7_Sign(). Returns the first status that is not 0. */
+TLXPKI_API uint32_t sign_PKCS7(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length, uint32_t detached);
+
+/**
+ * Fills digested data: content of the type data with a copy of the octets, the digest, and as its algorithm
+ * what get_OID_from_DigestID() gives, without parameters. For a SHA-2 digest that is its RSA signature, which
+ * other programs refuse.
+ * @param digest_id TLX_DIGEST_
+ * @return 0; 1 for content that is not digested data, null data unless the length is 0, a negative length, a
+ * digest without an algorithm or not available, and when memory runs out (the message is unchanged then)
+ */
+TLXPKI_API uint32_t digest_PKCS7(P7_CONTENT_INFO *info, uint32_t digest_id, const uint8_t *data,
+                                 int32_t length);
+
+/* ---- Verifying ---- */
+
+/**
+ * Checks the signatures of a message, but proves nothing: 0 also means that there was nothing to check. See
+ * the list at the beginning of this file.
+ * @param info   signed data without content is marked as detached
+ * @param cert   verifies the signers with this issuer and serial number only; null verifies every signer with
+ * its certificate in the message
+ * @param data   the content when the message carries none
+ * @param length its octets; a negative one verifies a detached message without its content
+ * @return 0; 0x4B1B0049 for a null message; 1 for a certificate or public key that is missing, an unknown
+ * algorithm, parameters of PSS that cannot be read or name another digest, a detached message without data
+ * and a length of 0 or more, and when memory runs out
+ * @return 0x4B210048 for a key of another kind and a signer with neither attributes nor data; 0x4B21005E when
+ * the messageDigest attribute differs, is shorter or is constructed (octets after the digest do not count);
+ * 0x4B21000E for a KCDSA signature that cannot be decoded, and when memory for it runs out; a status of the
+ * key, such as TLX_RSA_BAD_SIGNATURE. The first failing signer ends the call
+ */
+TLXPKI_API uint32_t verify_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, const uint8_t *data,
+                                 int32_t length);
+
+TLX_END_DECLS
+
+#endif

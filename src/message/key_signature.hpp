@@ -1,0 +1,34 @@
+// Signing and verifying with the key of a signer: its unit keeps what is under way between the calls.
+#pragma once
+
+#include "message/message_records.hpp"
+
+namespace tlx {
+
+enum class Direction : u32 { verify = 0, sign = 1 };
+
+/// What a signer's algorithms stand for; either is 0 when it is not known.
+struct SignerAlgorithms {
+    explicit SignerAlgorithms(const P7_SIGNER_INFO &signer) noexcept;
+    /// The padding mode of RSA.
+    [[nodiscard]] u32 padding_mode() const noexcept { return cipher_id & 0xFF; }
+
+    u32 digest_id;
+    u32 cipher_id;
+};
+
+/// Begins a signature or a verification. `other_kind` for a key that is neither RSA nor KCDSA; otherwise the
+/// status of init_RSASSA() or init_KCDSA().
+[[nodiscard]] u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms,
+                                  Direction direction, u32 other_kind) noexcept;
+/// Adds octets to the message. Statuses likewise.
+[[nodiscard]] u32 update_signature(const ASYMMETRIC_KEY *key, Bytes octets, u32 other_kind) noexcept;
+
+/// Ends a signature. 0; 0x4B1C0048 for a key of another kind, 0x4B1C003B when memory runs out, 0x4B1C0054 and
+/// 0x4B190012 for a KCDSA signature that is empty or cannot be encoded, otherwise a status of the key.
+[[nodiscard]] u32 finish_signature(const ASYMMETRIC_KEY *key, Owned<OCTET_STRING> &signature) noexcept;
+/// Ends a verification. 0 when the signature is good; 0x4B210048 for a key of another kind, 0x4B21000E for a
+/// KCDSA signature that cannot be decoded, otherwise a status of the key.
+[[nodiscard]] u32 check_signature(const ASYMMETRIC_KEY *key, Bytes signature) noexcept;
+
+}  // namespace tlx

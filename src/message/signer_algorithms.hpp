@@ -1,0 +1,35 @@
+// The algorithm identifiers of a signer.
+#pragma once
+
+#include "message/message_records.hpp"
+
+namespace tlx {
+
+/// An algorithm of the registry with NULL parameters; null for a row without an identifier and when memory
+/// runs out.
+[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> algorithm_with_null(u32 row) noexcept;
+
+/// Replaces an algorithm by one of the registry with NULL parameters. False when memory runs out.
+[[nodiscard]] bool replace_algorithm(X509_ALGO_IDENTIFIER *&algorithm, u32 row) noexcept;
+
+/// The row of the registry; 0 for null and an unknown one.
+[[nodiscard]] u32 algorithm_row(const X509_ALGO_IDENTIFIER *algorithm) noexcept;
+
+/// What RSASSA-PSS takes besides a digest of the message.
+struct PssSettings {
+    u32 digest_id;  ///< the digest of the message that the parameters name
+    u32 mgf_digest_id;
+    u32 salt_length;
+};
+
+/// Reads the parameters of RSASSA-PSS and fills in the defaults of RFC 4055, section 3.1. Without parameters,
+/// or with NULL, the digest is the signer's and the others have their defaults. False for parameters that
+/// cannot be read, for another mask generation function and for another trailer field.
+[[nodiscard]] bool read_pss_parameters(const ASN1_UNIT *parameters, u32 signer_digest_id,
+                                       PssSettings &settings) noexcept;
+
+/// The parameters of RSASSA-PSS with a digest of the registry, which MGF1 also uses; null when memory runs
+/// out.
+[[nodiscard]] ASN1_UNIT *make_pss_parameters(u32 digest_row, u32 salt_length) noexcept;
+
+}  // namespace tlx
