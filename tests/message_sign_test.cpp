@@ -3,6 +3,7 @@
 
 #include "support/rows.hpp"
 #include "support/signers.hpp"
+#include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
 namespace tlx_test {
@@ -31,6 +32,10 @@ std::int32_t length_of(std::uint32_t number) {
 /// A message, and the steps that rows take with it. They name signers by place and keys by number.
 class Script {
   public:
+    Script() = default;
+    ~Script() { free_P7_SIGNER_REPORTS(reports_); }
+    Script(const Script &) = delete;
+    Script &operator=(const Script &) = delete;
     std::string run(const std::string &text) { return run_steps(text, steps_); }
 
   private:
@@ -93,6 +98,63 @@ class Script {
         return verify_PKCS7(info_.get(), cert, octets_or_null(length), length_of(length));
     }
 
+    /// The reliable verification: length, anchors (1 the root, 2 another), time (1 long ago), pool (1 the
+    /// CA).
+    std::uint32_t check(const Numbers &n) {
+        const Chain chain = valid_chain(3);
+        const Anchors anchors = anchors_of({n[1] == 2 ? chain[1] : chain[2]});
+        const Certificates pool = make(n[3] == 1 ? Chain{chain[2], chain[1]} : Chain{chain[2]});
+        const Held<free_ASN1_TIME> past(charToASN1_TIME("1999-01-01,00:00:00"));
+        return verify_PKCS7_Signers(info_.get(), octets_or_null(n[0]), n[0] == 999 ? 0 : n[0], pool.get(),
+                                    n[1] == 0 ? nullptr : anchors.get(), n[2] == 1 ? past.get() : nullptr,
+                                    &reports_);
+    }
+    /// A member of a report in the order of the header; 8 counts a certificate (1) and a time (2).
+    std::uint32_t report(const Numbers &n) {
+        const auto *found = get_P7_SIGNER_REPORTS_child(reports_, static_cast<std::int32_t>(n[0]));
+        if (found == nullptr) return 999;
+        const P7_SIGNER_REPORT &of = *found;
+        const std::uint32_t members[] = {
+            of.status,
+            of.certificateStatus,
+            of.algorithmStatus,
+            of.contentStatus,
+            of.signatureStatus,
+            of.pathStatus,
+            of.digestAlgorithm,
+            of.signatureAlgorithm,
+            (of.certificate != nullptr ? 1U : 0U) + (of.signingTime != nullptr ? 2U : 0U)};
+        return members[n[1]];
+    }
+    std::uint32_t sign_with_attributes(const Numbers &n) {
+        const Held<free_ASN1_TIME> late(charToASN1_TIME("2060-01-01,00:00:00"));
+        return sign_PKCS7_withAttributes(info_.get(), octets_or_null(n[0]), length_of(n[0]), n[1],
+                                         n[2] == 1 ? late.get() : nullptr);
+    }
+    /// Moves the first attribute to the end.
+    std::uint32_t rotate_attributes(const Numbers &n) {
+        X509_ATTRIBUTES *attributes = signer(n[0])->authenticatedAttributes;
+        return push_STACK_value(attributes, remove_X509_ATTRIBUTES_child(attributes, 0));
+    }
+    std::uint32_t place_attributes(const Numbers &n) {
+        const Octets set =
+            encoding_of(signer(n[0])->authenticatedAttributes, TLX_ENCODER(X509_ATTRIBUTES_to_Seq));
+        const Info data(gen_PKCS7_DATA_from_Binary(set.data(), static_cast<std::uint32_t>(set.size())));
+        return set_PKCS7_Content(info_.get(), data.get());
+    }
+    std::uint32_t set_algorithm(X509_ALGO_IDENTIFIER *algorithm, std::uint32_t row) {
+        const Held<free_OBJECT_IDENTIFIER> oid(index_to_OBJECT_IDENTIFIER(static_cast<std::int32_t>(row)));
+        return set_X509_ALGO_IDENTIFIER_OID(algorithm, oid.get());
+    }
+    /// The certificate of a key under the serial number of another, or (9) the CA's; 1 with keyEncipherment.
+    std::uint32_t add_other(const Numbers &n) {
+        CertSpec spec = n[0] == 9 ? valid_chain(3)[1] : signer_spec(n[0]);
+        if (n[0] != 9) spec.serial = "1" + std::to_string(n[1]);
+        if (n[2] == 1) spec.with(extension::kKeyUsage, "03:0520", true);
+        return add_PKCS7_Certificate(info_.get(), spec.make().get());
+    }
+
+    P7_SIGNER_REPORTS *reports_ = nullptr;
     Info info_ = Info(new_P7_CONTENT_INFO());
     const Steps steps_ = {
         {"type",
@@ -179,6 +241,30 @@ class Script {
         {"digests",
          [this](const Numbers &) { return get_STACK_count(info_->content.signedData->digestAlgorithms); }},
         {"detached", [this](const Numbers &) { return info_->content.signedData->detached; }},
+        {"sign-attributes", [this](const Numbers &n) { return sign_with_attributes(n); }},
+        {"sort", [this](const Numbers &n) { return sort_PKCS7_Signed_Attributes(signer(n[0])); }},
+        {"rotate", [this](const Numbers &n) { return rotate_attributes(n); }},
+        {"remove-content", [this](const Numbers &) { return remove_PKCS7_Content(info_.get()); }},
+        {"no-attributes",
+         [this](const Numbers &n) {
+             free_X509_ATTRIBUTES(std::exchange(signer(n[0])->authenticatedAttributes, nullptr));
+             return 0U;
+         }},
+        {"attributes-as-content", [this](const Numbers &n) { return place_attributes(n); }},
+        {"type-of-content",
+         [this](const Numbers &n) {
+             const std::string type = n[1] == 0 ? "1.2.840.113549.1.7.1" : "1.2.3.4";
+             return add_PKCS7_Signed_Attribute(signer(n[0]), TLX_OID_CONTENT_TYPE, TLX_TAG_OBJECT_IDENTIFIER,
+                                               reinterpret_cast<const std::uint8_t *>(type.data()),
+                                               static_cast<std::int32_t>(type.size()));
+         }},
+        {"digest-algorithm",
+         [this](const Numbers &n) { return set_algorithm(signer(n[0])->digestAlgorithm, n[1]); }},
+        {"signature-algorithm",
+         [this](const Numbers &n) { return set_algorithm(signer(n[0])->digestEncryptionAlgorithm, n[1]); }},
+        {"cert-as", [this](const Numbers &n) { return add_other(n); }},
+        {"check", [this](const Numbers &n) { return check(n); }},
+        {"report", [this](const Numbers &n) { return report(n); }},
         {"verify", [this](const Numbers &n) { return verify(nullptr, n[0]); }},
         {"verify-with", [this](const Numbers &n) { return verify(signer_spec(n[1]).make().get(), n[0]); }},
     };
@@ -204,6 +290,11 @@ TEST(MessageSign, Steps) {
     expect_rows("message_sign.txt", {{"steps", {[](const Row &row) { return Script().run(row[1]); }}}});
 }
 
+TEST(MessageVerify, Steps) {
+    make_signing_keys();
+    expect_rows("message_verify.txt", {{"steps", {[](const Row &row) { return Script().run(row[1]); }}}});
+}
+
 /// Every status that a step gives when memory runs out; it gives 0 otherwise.
 TEST(MessageSign, AllocationsMayFail) {
     make_signing_keys();
@@ -219,23 +310,31 @@ TEST(MessageSign, AllocationsMayFail) {
             EXPECT_TRUE(status <= 1 || (status == 0x4B1E0049 && signer == nullptr)) << status;
             return status == 0;
         });
-        P7_SIGNER_INFO *signer =
-            add_PKCS7_Signature(ready.get(), cert.get(), signing_key(key), TLX_OID_SHA256);
-        const std::uint32_t added = add_PKCS7_Signed_Attribute(
-            signer, TLX_OID_MESSAGE_DIGEST, TLX_TAG_OCTET_STRING,
-            hex("BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD").data(), 32);
-        EXPECT_EQ(added, 0U);
+        EXPECT_NE(add_PKCS7_Signature_withEncryptedAlgorithm(ready.get(), cert.get(), signing_key(key),
+                                                             TLX_OID_SHA256, TLX_P7_RSA_PSS, nullptr),
+                  nullptr);
     }
-    const Statuses expected = {1, 0x4B1C003B, 0x4B1C0048, 0x4B1C005F, 0x4B190012, 0x4B21000E};
+    const Statuses expected = {1, 0x4B1C003B, 0x4B1C0048, 0x4B1C005F, 0x4B190012, 0x4B21000E, 0x4B31003C};
     const auto may_fail = [&](const Info &info, std::uint32_t status) {
         EXPECT_TRUE(status == 0 || info == nullptr || expected.contains(status)) << status_text(status);
         return status == 0;
     };
     sweep_failing_allocations([&] {
         const Info info(dup_P7_CONTENT_INFO(ready.get()));
-        return may_fail(info, sign_PKCS7(info.get(), content().data(), 3, 0));
+        return may_fail(info, sign_PKCS7_withAttributes(info.get(), content().data(), 3, 0, nullptr));
     });
-    EXPECT_EQ(sign_PKCS7(ready.get(), content().data(), 3, 0), 0U);
+    EXPECT_EQ(sign_PKCS7_withAttributes(ready.get(), content().data(), 3, 0, nullptr), 0U);
+    const Chain chain = valid_chain(3);
+    const Anchors anchors = anchors_of({chain[2]});
+    const Certificates pool = make({chain[2], chain[1]});
+    sweep_failing_allocations([&] {
+        P7_SIGNER_REPORTS *reports = nullptr;
+        const std::uint32_t status =
+            verify_PKCS7_Signers(ready.get(), nullptr, 0, pool.get(), anchors.get(), nullptr, &reports);
+        EXPECT_TRUE(reports != nullptr || status == 0x4B30003C) << status_text(status);
+        free_P7_SIGNER_REPORTS(reports);
+        return status == 0;
+    });
     sweep_failing_allocations(
         [&] { return may_fail(ready, verify_PKCS7(ready.get(), nullptr, nullptr, 0)); });
 }

@@ -7,13 +7,13 @@
  *
  * What differs from RFC 2315, and stays so because callers rely on it:
  *
- * - verify_PKCS7() returns 0 for what it did not check, and is no proof of anything. It returns 0 for a
- * message without signers or without certificates and for a certificate that belongs to no signer. It skips
- * the digest of the content when there is no messageDigest attribute, and when there is no content. It looks
- * at no contentType attribute, takes the certificates of the message without question, and does not compare
- * the digest algorithm with that of the signature.
- * - Signing adds no attribute by itself. Attributes are signed in list order, which other programs verify
- * only when it is DER order.
+ * - verify_PKCS7() returns 0 for what it did not check, and is no proof of anything; verify_PKCS7_Signers()
+ * gives one. It returns 0 for a message without signers or without certificates and for a certificate that
+ * belongs to no signer. It skips the digest of the content when there is no messageDigest attribute, and when
+ * there is no content. It looks at no contentType attribute, takes the certificates of the message without
+ * question, and does not compare the digest algorithm with that of the signature.
+ * - sign_PKCS7() adds no attribute by itself. Attributes are signed in list order, which other programs
+ * verify only when it is DER order.
  * - A signer of version 0 signs and verifies the content, whatever attributes it has.
  * - Signing names the signature algorithm anew: "rsaEncryption" for a signer of version 0, whatever scheme it
  * has, and for an RSA signer of version 1 with attributes unless its scheme is PSS; "KCDSA1" for every KCDSA
@@ -27,6 +27,7 @@
 #ifndef TLXPKI_PKCS7_SIGN_H
 #define TLXPKI_PKCS7_SIGN_H
 
+#include <tlxpki/cpv.h>
 #include <tlxpki/pkcs1_param.h>
 #include <tlxpki/pkcs7.h>
 
@@ -112,6 +113,31 @@ TLXPKI_API uint32_t final_PKCS7_Sign(P7_CONTENT_INFO *info);
 TLXPKI_API uint32_t sign_PKCS7(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length, uint32_t detached);
 
 /**
+ * Signs as other programs verify it (RFC 2315, section 9.2): gives every signer of signed data without a
+ * signature the attributes contentType, messageDigest and signingTime, in place of those it has, puts its
+ * attributes in DER order, and signs. Signers of the scheme PSS use their digest in MGF1 and a salt as long
+ * as the digest, and real parameters say so.
+ * @param data     the content of the type data; null when the message has its content
+ * @param length   its octets, which may be 0
+ * @param detached nonzero leaves the content out of the message, also content that it had
+ * @param time     the signing time, in UTC; null for the present
+ * @return 0; 0x4B310049 when there is no content or the length is negative; 0x4B31001C when the message has
+ * content and data is not null; 0x4B310048 for signed-and-enveloped data, a message of version 0 and a
+ * content type other than data for data; 0x4B31003C when memory runs out, for a time that cannot be written
+ * and a digest that is not available; a status of init_PKCS7_Sign() or final_PKCS7_Sign(). On failure some
+ * signers may be signed, others may have the attributes, and the content may be in the message
+ */
+TLXPKI_API uint32_t sign_PKCS7_withAttributes(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length,
+                                              uint32_t detached, const ASN1_TIME *time);
+/** Puts the authenticated attributes of a signer, and the values of each, in DER order (X.690, 11.6). Returns
+ * 0, also without attributes; 1 for null, attributes that cannot be encoded, and when memory runs out (the
+ * signer is unchanged then). */
+TLXPKI_API uint32_t sort_PKCS7_Signed_Attributes(P7_SIGNER_INFO *signer);
+/** Frees the content of signed data and keeps its type, and marks the message as detached. Returns 0, also
+ * without content; 1 for null, other content and content that is missing. */
+TLXPKI_API uint32_t remove_PKCS7_Content(P7_CONTENT_INFO *info);
+
+/**
  * Fills digested data: content of the type data with a copy of the octets, the digest, and as its algorithm
  * what get_OID_from_DigestID() gives, without parameters. For a SHA-2 digest that is its RSA signature, which
  * other programs refuse.
@@ -126,7 +152,7 @@ TLXPKI_API uint32_t digest_PKCS7(P7_CONTENT_INFO *info, uint32_t digest_id, cons
 
 /**
  * Checks the signatures of a message, but proves nothing: 0 also means that there was nothing to check. See
- * the list at the beginning of this file.
+ * the list at the beginning of this file, and call verify_PKCS7_Signers() for a proof.
  * @param info   signed data without content is marked as detached
  * @param cert   verifies the signers with this issuer and serial number only; null verifies every signer with
  * its certificate in the message
@@ -142,6 +168,69 @@ TLXPKI_API uint32_t digest_PKCS7(P7_CONTENT_INFO *info, uint32_t digest_id, cons
  */
 TLXPKI_API uint32_t verify_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, const uint8_t *data,
                                  int32_t length);
+
+/** What verify_PKCS7_Signers() finds about one signer. A status of 0 means that the check was made and
+ * passed. */
+typedef struct P7_SIGNER_REPORT {
+    uint32_t status;             /**< the first of those that follow that is not 0; without anchors pathStatus
+                                    does not count */
+    uint32_t certificateStatus;  /**< 0x4B300047 there is no certificate with the issuer and serial number;
+                                    0x4B300118 its key usage allows neither digital signatures nor
+                                    nonRepudiation; a status of verify_X509_validity() */
+    uint32_t algorithmStatus;    /**< 0x4B300048 an algorithm is unknown or not available, is not one for the
+                                    key, or has another digest or other parameters than the signer's */
+    uint32_t contentStatus;      /**< 0x4B30002B there are attributes, but not exactly one contentType and one
+                                    messageDigest with one value each, or there are none although the content
+                                    is not data or is itself such a set of attributes; 0x4B300106 contentType is
+                                    not the      content's; 0x4B30005E messageDigest is not the digest of the content */
+    uint32_t signatureStatus;    /**< 0x4B300054 the signature does not verify; without a certificate or
+                                    with algorithmStatus the status of that */
+    uint32_t pathStatus;         /**< a status of build_certPath() or validate_certpath(); 0x4B300116 without
+                                    anchors: nothing proves whose key it is */
+    uint32_t digestAlgorithm;    /**< row of the registry; 0 for an unknown one */
+    uint32_t signatureAlgorithm; /**< likewise */
+    X509_CERT *certificate;      /**< the signer's, owned; null when there is none */
+    ASN1_TIME *signingTime;      /**< what the signer says, owned; null when it says none */
+} P7_SIGNER_REPORT;
+
+/** P7_SIGNER_REPORT entries in the order of the signers, freed with free_P7_SIGNER_REPORTS(). */
+typedef STACK P7_SIGNER_REPORTS;
+
+/**
+ * Verifies a message, so that 0 proves: there is at least one signer, and of every signer the signature
+ * verifies with its certificate, which is valid at the time and may sign; its algorithms agree; the signature
+ * covers the content, directly or by the attributes contentType and messageDigest. With anchors, a path leads
+ * from each certificate to one of them. Without anchors nothing proves who the signers are.
+ *
+ * Attributes count as they were received, with the tag of a SET; when that does not verify, in DER order.
+ * Certificates are looked for in the pool first. The time is linear in the number of signers.
+ *
+ * It does not consult revocation lists, refuses no digest for being weak, trusts no signing time, requires no
+ * policies, and ignores unauthenticated attributes. What path validation leaves out is in <tlxpki/cpv.h>.
+ *
+ * @param info    signed data, or signed-and-enveloped data with the decrypted content
+ * @param content the content of a detached message; null when the message has content
+ * @param length  its octets, at most 0x7FFFFFFF
+ * @param pool    further certificates, those of the anchors among them; may be null
+ * @param anchors null checks no paths. The maximum path length is the process-wide one
+ * @param time    the point in time to verify at, in UTC; null for the present
+ * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
+ * null
+ * @return 0; 0x4B300049 for a null message; 0x4B300048 for content that is missing or of another type;
+ * 0x4B30002B without signers; 0x4B30001C for content that is given for a message with content; 0x4B30003B
+ * for a message without content when none is given; 0x4B30003C when memory runs out, the content cannot be
+ * encoded, and when the present time is unavailable; otherwise the status of the first signer that fails
+ */
+TLXPKI_API uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
+                                         const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
+                                         const ASN1_TIME *time, P7_SIGNER_REPORTS **reports);
+/** Frees reports. Ignores null. */
+TLXPKI_API void free_P7_SIGNER_REPORTS(P7_SIGNER_REPORTS *reports);
+/** The number of reports; 0 for null. */
+TLXPKI_API uint32_t get_P7_SIGNER_REPORTS_count(const P7_SIGNER_REPORTS *reports);
+/** The report of a signer by its zero-based place, which the list owns; null when there is none. */
+TLXPKI_API const P7_SIGNER_REPORT *get_P7_SIGNER_REPORTS_child(const P7_SIGNER_REPORTS *reports,
+                                                               int32_t index);
 
 TLX_END_DECLS
 

@@ -2,6 +2,8 @@
 
 #include <tlxcrypto/random.h>
 
+#include "message/signer_path.hpp"
+
 namespace tlx {
 
 bool IssuerAndSerialProperty::get(const X509_CERT *cert, Value &value) noexcept {
@@ -36,5 +38,7 @@ const X509_CERT *CertificateLookup<Property>::find(typename Property::Value valu
 }
 
 template class CertificateLookup<IssuerAndSerialProperty>;
+template class CertificateLookup<NamedKeyProperty>;
+template class CertificateLookup<SubjectProperty>;
 
 }  // namespace tlx

@@ -4,6 +4,7 @@
 #include <tlxcrypto/rsa.h>
 #include <tlxpki/objects.h>
 
+#include "message/signer_algorithms.hpp"
 #include "x509/signature_value.hpp"
 
 namespace tlx {
@@ -57,6 +58,21 @@ u32 check_kcdsa(KCDSA *unit, Bytes signature) noexcept {
 SignerAlgorithms::SignerAlgorithms(const P7_SIGNER_INFO &signer) noexcept
     : digest_id(get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(signer.digestAlgorithm))),
       cipher_id(get_CipherID_from_OID(get_X509_ALGO_IDENTIFIER_OID(signer.digestEncryptionAlgorithm))) {}
+
+Owned<ASYMMETRIC_KEY> copy_public_key(const X509_CERT *cert) noexcept {
+    return Owned<ASYMMETRIC_KEY>(dup_ASYMMETRIC_KEY(get_X509_PUBKEY_key(get_X509_SPKI(cert))));
+}
+
+bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
+                          const ASYMMETRIC_KEY &key) noexcept {
+    RSA_UNIT *rsa = rsa_unit(&key);
+    if (rsa == nullptr || algorithms.padding_mode() != TLX_RSA_MODE_PSS) return true;
+    PssSettings settings{};
+    return read_pss_parameters(get_X509_ALGO_IDENTIFIER_parameters(signer.digestEncryptionAlgorithm),
+                               algorithms.digest_id, settings) &&
+           settings.digest_id == algorithms.digest_id &&
+           set_RSA_UNIT_PSS(rsa, settings.mgf_digest_id, settings.salt_length) == 0;
+}
 
 u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, Direction direction,
                     u32 other_kind) noexcept {

@@ -17,6 +17,14 @@ struct SignerAlgorithms {
     u32 cipher_id;
 };
 
+/// The copy of a public key that one verification works with; null when there is none and when memory runs
+/// out.
+[[nodiscard]] Owned<ASYMMETRIC_KEY> copy_public_key(const X509_CERT *cert) noexcept;
+/// Makes an RSA key verify PSS with the parameters of the signer. False for parameters that cannot be read,
+/// or that name another digest than the signer.
+[[nodiscard]] bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
+                                        const ASYMMETRIC_KEY &key) noexcept;
+
 /// Begins a signature or a verification. `other_kind` for a key that is neither RSA nor KCDSA; otherwise the
 /// status of init_RSASSA() or init_KCDSA().
 [[nodiscard]] u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms,

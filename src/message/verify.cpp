@@ -1,6 +1,5 @@
 // Verifying signatures as verify_PKCS7() does (RFC 2315, sections 9.3 and 9.4).
 #include <tlxcrypto/digest.h>
-#include <tlxcrypto/rsa.h>
 #include <tlxpki/pkcs7_sign.h>
 
 #include <algorithm>
@@ -9,31 +8,12 @@
 #include "message/certificate_lookup.hpp"
 #include "message/key_signature.hpp"
 #include "message/signed_members.hpp"
-#include "message/signer_algorithms.hpp"
 
 using namespace tlx;
 
 namespace {
 
 constexpr std::string_view kMessageDigestOid = "1.2.840.113549.1.9.4";
-
-/// The copy of a public key that one verification works with; null when there is none and when memory runs
-/// out.
-Owned<ASYMMETRIC_KEY> key_of(const X509_CERT *cert) noexcept {
-    return Owned<ASYMMETRIC_KEY>(dup_ASYMMETRIC_KEY(get_X509_PUBKEY_key(get_X509_SPKI(cert))));
-}
-
-/// Makes PSS verify with the parameters of the signer. False for parameters that are not supported.
-bool apply_pss(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
-               const ASYMMETRIC_KEY &key) noexcept {
-    if (key.kind != TLX_KEY_RSA || algorithms.padding_mode() != TLX_RSA_MODE_PSS) return true;
-    PssSettings settings{};
-    return read_pss_parameters(get_X509_ALGO_IDENTIFIER_parameters(signer.digestEncryptionAlgorithm),
-                               algorithms.digest_id, settings) &&
-           settings.digest_id == algorithms.digest_id &&
-           set_RSA_UNIT_PSS(static_cast<RSA_UNIT *>(key.key), settings.mgf_digest_id, settings.salt_length) ==
-               0;
-}
 
 /// The octets of the first messageDigest attribute; empty for a constructed value. False when there is no
 /// such attribute.
@@ -73,10 +53,10 @@ u32 take_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, const ASYMMETRI
 }
 
 u32 verify_one(const P7_SIGNER_INFO &signer, const X509_CERT *cert, const ContentOctets &content) noexcept {
-    const auto key = key_of(cert);
+    const auto key = copy_public_key(cert);
     const SignerAlgorithms algorithms(signer);
     if (!key || algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 1;
-    if (!apply_pss(signer, algorithms, *key)) return 1;
+    if (!apply_pss_parameters(signer, algorithms, *key)) return 1;
     u32 status = begin_signature(key.get(), algorithms, Direction::verify, 0x4B210048);
     if (status != 0) return status;
     if (is_BIGINT_zero(signer.version) == 0 && signer.authenticatedAttributes != nullptr) {

@@ -76,6 +76,10 @@ bool lacks_an_attribute(const X509_ATTRIBUTES &attributes) noexcept {
 TLX_DEFINE_RECORD_CODEC(X509_ATTRIBUTE, kAttribute)
 TLX_DEFINE_LIST_LIFE(X509_ATTRIBUTES, Attributes)
 
+void tlx::encode_attribute_value(Encoder &out, const void *value) noexcept {
+    AttributeValue::encode(out, static_cast<const X509_ATTRIBUTE_DATA *>(value), AttributeValue::tag);
+}
+
 // By hand because a list that cannot grow has a status of its own.
 u32 Attributes::decode(const Element &element, X509_ATTRIBUTES **out) noexcept {
     const u32 count = count_children(element.contents);

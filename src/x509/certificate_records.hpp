@@ -57,6 +57,9 @@ struct FirstOfRdn : NameEntry {
 using Name = List<FirstOfRdn>;
 using OwnedName = std::unique_ptr<X509_NAME, FreeWith<free_X509_NAME>>;
 
+/// Writes one value of an attribute, an X509_ATTRIBUTE_DATA.
+void encode_attribute_value(Encoder &out, const void *value) noexcept;
+
 /// SET OF Attribute; the statuses of X509_ATTRIBUTES. Decoding gives a new list with at least one attribute.
 /// Encoding also takes an empty list.
 struct Attributes : SetOf<Nested<X509_ATTRIBUTE>> {

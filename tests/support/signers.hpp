@@ -5,10 +5,11 @@
 
 namespace tlx_test {
 
-/// The certificate of a signing_key() by number, with the serial number after it and the issuer "Signers".
+/// The certificate of a signing_key() by number, with the serial number 10 and up, below "CA 1" and "Root".
 inline CertSpec signer_spec(unsigned key) {
-    CertSpec spec{.subject = "Signer", .issuer = "Signers", .serial = "0" + std::to_string(key + 1)};
+    CertSpec spec = valid_chain(3)[0];
     spec.key = key;
+    spec.serial = "1" + std::to_string(key);
     return spec;
 }
 

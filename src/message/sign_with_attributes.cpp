@@ -1,0 +1,154 @@
+// Signatures that other programs verify: with the attributes of RFC 2315, section 9.2, in DER order.
+#include <tlxcrypto/rsa.h>
+#include <tlxpki/objects.h>
+#include <tlxpki/pkcs7_sign.h>
+#include <tlxpki/time.h>
+
+#include "der/list_items.hpp"
+#include "message/attribute_order.hpp"
+#include "message/content_digests.hpp"
+#include "message/key_signature.hpp"
+#include "message/sign.hpp"
+#include "message/signer_algorithms.hpp"
+
+using namespace tlx;
+
+namespace {
+
+using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
+
+/// An attribute that signing adds.
+struct SignedAttribute {
+    u32 row;
+    const ASN1_STRING *value;
+};
+
+/// RFC 5652, section 11.3: UTCTime in the years that it has.
+Owned<ASN1_STRING> signing_time(const ASN1_TIME *time) noexcept {
+    constexpr u32 kWithSeconds = 2;
+    const OwnedTime now(time == nullptr ? getCurrentGMTime() : nullptr);
+    if (time == nullptr) time = now.get();
+    if (time == nullptr) return nullptr;
+    constexpr i32 kFirstYear = 50;  // since 1900
+    constexpr i32 kLastYear = 149;
+    const bool short_year = time->year >= kFirstYear && time->year <= kLastYear;
+    return Owned<ASN1_STRING>(short_year ? asn1TimeToUTC_TIME(time, kWithSeconds)
+                                         : asn1TimeToGENERALIZED_TIME(time, kWithSeconds));
+}
+
+/// Replaces all attributes of a type. False when memory runs out.
+bool put(X509_ATTRIBUTES *attributes, const SignedAttribute &attribute) noexcept {
+    const char *dotted = OID_LIST(static_cast<i32>(attribute.row))->dotted;
+    for (i32 at = 0; (at = index_by_type(attributes, &X509_ATTRIBUTE::type, dotted, -1)) >= 0;) {
+        free_X509_ATTRIBUTE(take_item<X509_ATTRIBUTE>(attributes, at));
+    }
+    return add_X509_ATTRIBUTES_OID_INDEX(attributes, static_cast<i32>(attribute.row),
+                                         static_cast<u32>(attribute.value->type), attribute.value, -1) == 0;
+}
+
+/// Gives a signer attributes, and all of them DER order. False when memory runs out; the signer is unchanged
+/// then.
+bool put_all(P7_SIGNER_INFO &signer, std::initializer_list<SignedAttribute> added) noexcept {
+    OwnedAttributes attributes(signer.authenticatedAttributes != nullptr
+                                   ? dup_X509_ATTRIBUTES(signer.authenticatedAttributes)
+                                   : new_X509_ATTRIBUTES());
+    if (!attributes) return false;
+    for (const SignedAttribute &each : added) {
+        if (!put(attributes.get(), each)) return false;
+    }
+    if (!sort_attributes(attributes.get())) return false;
+    free_X509_ATTRIBUTES(std::exchange(signer.authenticatedAttributes, attributes.release()));
+    free_ASN1_UNIT(std::exchange(signer.receivedAttributes, nullptr));
+    return true;
+}
+
+/// Makes a signer of the scheme PSS use its digest in MGF1 too and a salt as long as the digest, and say so.
+bool put_pss_parameters(P7_SIGNER_INFO &signer, u32 digest_id) noexcept {
+    if (algorithm_row(signer.digestEncryptionAlgorithm) != oid::kRsassaPss || signer.key == nullptr ||
+        signer.key->kind != TLX_KEY_RSA) {
+        return true;
+    }
+    const u32 salt_length = get_DigestLength(digest_id);
+    ASN1_UNIT *parameters = make_pss_parameters(algorithm_row(signer.digestAlgorithm), salt_length);
+    if (parameters == nullptr) return false;
+    free_ASN1_UNIT(std::exchange(signer.digestEncryptionAlgorithm->parameters, parameters));
+    return set_RSA_UNIT_PSS(static_cast<RSA_UNIT *>(signer.key->key), digest_id, salt_length) == 0;
+}
+
+/// What all signers share.
+struct Shared {
+    ContentDigests digests;
+    const OBJECT_IDENTIFIER *content_type;
+    Owned<ASN1_STRING> time;
+};
+
+u32 prepare(P7_SIGNER_INFO &signer, Shared &shared) noexcept {
+    const u32 digest_id = SignerAlgorithms(signer).digest_id;
+    const Bytes octets = shared.digests.get(digest_id);
+    const Owned<OCTET_STRING> digest(octets.empty() ? nullptr : new_string(TLX_TAG_OCTET_STRING, octets));
+    const Owned<ASN1_STRING> type(dup_ASN1_STRING(shared.content_type));
+    if (!digest || !type) return 0x4B31003C;
+    type->type = TLX_TAG_OBJECT_IDENTIFIER;
+    const bool put = put_all(signer, {{oid::kContentType, type.get()},
+                                      {oid::kMessageDigest, digest.get()},
+                                      {oid::kSigningTime, shared.time.get()}});
+    return put && put_pss_parameters(signer, digest_id) ? 0 : 0x4B31003C;
+}
+
+/// Gives signed data its content, or without octets its content type alone.
+u32 place_content(P7_SIGNED_DATA &data, const u8 *octets, i32 length, bool detached) noexcept {
+    Owned<P7_CONTENT_INFO> made(detached ? new_P7_CONTENT_INFO()
+                                         : gen_PKCS7_DATA_from_Binary(octets, static_cast<u32>(length)));
+    if (!made || (detached && set_PKCS7_Type(made.get(), oid::kPkcs7Data) != 0)) return 0x4B31003C;
+    free_P7_CONTENT_INFO(std::exchange(data.contentInfo, made.release()));
+    return 0;
+}
+
+/// What is to be signed: the content of the message, or the caller's.
+u32 find_content(P7_SIGNED_DATA &data, const u8 *octets, i32 length, bool detached,
+                 ContentOctets &content) noexcept {
+    const bool has_type = data.contentInfo != nullptr && data.contentInfo->contentType != nullptr;
+    if (!content.read(data.contentInfo)) return 0x4B31003C;
+    if (content.present()) return octets == nullptr ? 0 : 0x4B31001C;
+    if (octets == nullptr || length < 0) return 0x4B310049;
+    if (has_type && content_type(data.contentInfo) != oid::kPkcs7Data) return 0x4B310048;
+    content.use({octets, static_cast<std::size_t>(length)});
+    return place_content(data, octets, length, detached);
+}
+
+}  // namespace
+
+uint32_t sign_PKCS7_withAttributes(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length,
+                                   uint32_t detached, const ASN1_TIME *time) {
+    SignedMembers members;
+    const bool found = find_signed_members(info, members) && members.signedData != nullptr;
+    if (found && is_BIGINT_zero(members.version) != 0) return 0x4B310048;
+    if (const u32 status = init_PKCS7_Sign(info, detached); status != 0) return status;
+    if (!found) return 0x4B310048;
+    ContentOctets content;
+    u32 status = find_content(*members.signedData, data, length, detached != 0, content);
+    if (status != 0) return status;
+    Shared shared{ContentDigests(content.bytes()), members.signedData->contentInfo->contentType,
+                  signing_time(time)};
+    if (!shared.time) return 0x4B31003C;
+    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
+        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
+        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
+        if (status = prepare(*signer, shared); status != 0) return status;
+    }
+    status = sign_with_all(members, content);
+    return status == 0 && detached != 0 ? remove_PKCS7_Content(info) : status;
+}
+
+uint32_t sort_PKCS7_Signed_Attributes(P7_SIGNER_INFO *signer) {
+    if (signer == nullptr) return 1;
+    return signer->authenticatedAttributes == nullptr || put_all(*signer, {}) ? 0 : 1;
+}
+
+uint32_t remove_PKCS7_Content(P7_CONTENT_INFO *info) {
+    SignedMembers members;
+    if (!find_signed_members(info, members) || members.signedData == nullptr) return 1;
+    if (members.signedData->contentInfo != nullptr) free_content(*members.signedData->contentInfo);
+    members.signedData->detached = 1;
+    return 0;
+}

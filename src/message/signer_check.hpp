@@ -1,0 +1,28 @@
+// The checks of one signer.
+#pragma once
+
+#include <tlxpki/pkcs7_sign.h>
+
+#include "message/certificate_lookup.hpp"
+#include "message/content_digests.hpp"
+#include "message/signer_path.hpp"
+
+namespace tlx {
+
+/// What the signers of one message share.
+struct SignerChecks {
+    explicit SignerChecks(Bytes octets) noexcept : content(octets), digests(octets) {}
+
+    Bytes content;
+    ContentDigests digests;
+    const OBJECT_IDENTIFIER *content_type = nullptr;
+    CertificateLookup<IssuerAndSerialProperty> certificates;
+    const SignerPaths *paths = nullptr;  ///< null without anchors
+    const ASN1_TIME *time = nullptr;
+};
+
+/// Fills the report of a signer. False when memory runs out.
+[[nodiscard]] bool check_signer(const P7_SIGNER_INFO &signer, SignerChecks &checks,
+                                P7_SIGNER_REPORT &report) noexcept;
+
+}  // namespace tlx

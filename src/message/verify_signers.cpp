@@ -1,0 +1,108 @@
+// The verification that one can rely on.
+#include <tlxpki/time.h>
+
+#include "der/list_kinds.hpp"
+#include "message/signed_members.hpp"
+#include "message/signer_check.hpp"
+
+using namespace tlx;
+
+namespace {
+
+using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
+using OwnedReports = std::unique_ptr<P7_SIGNER_REPORTS, FreeWith<free_P7_SIGNER_REPORTS>>;
+
+void free_report(P7_SIGNER_REPORT *report) noexcept {
+    if (report == nullptr) return;
+    free_X509_CERT(report->certificate);
+    free_ASN1_TIME(report->signingTime);
+    tlx_free(report);
+}
+using OwnedReport = std::unique_ptr<P7_SIGNER_REPORT, FreeWith<free_report>>;
+
+/// Appends the certificates of a list, which goes on owning them. False when memory runs out.
+bool join(STACK *pool, const X509_CERTIFICATES *certificates) noexcept {
+    for (u32 i = 0; i < get_STACK_count(certificates); ++i) {
+        if (push_STACK_value(pool, certificates->values[i]) != 0) return false;
+    }
+    return true;
+}
+
+/// What was signed: the content of the message or that of the caller, of which there has to be one.
+u32 find_content(const SignedMembers &members, const u8 *octets, u32 length,
+                 ContentOctets &content) noexcept {
+    const bool in_message = members.signedData != nullptr;
+    if (in_message && !content.read(members.signedData->contentInfo)) return 0x4B30003C;
+    if (content.present()) return octets == nullptr ? 0 : 0x4B30001C;
+    if (octets == nullptr) return 0x4B30003B;
+    content.use({octets, length});
+    return 0;
+}
+
+const OBJECT_IDENTIFIER *content_type_of(const P7_CONTENT_INFO &info, const SignedMembers &members) noexcept {
+    if (members.signedData != nullptr) {
+        const P7_CONTENT_INFO *content = members.signedData->contentInfo;
+        return content != nullptr ? content->contentType : nullptr;
+    }
+    const P7_ENCRYPTED_CONTENT_INFO *content = info.content.signedAndEnvelopedData->encryptedContentInfo;
+    return content != nullptr ? content->contentType : nullptr;
+}
+
+/// Checks every signer and stores the first failure. False when memory runs out.
+bool check_all(const P7_SIGNER_INFOS *signers, SignerChecks &checks, STACK *reports, u32 &status) noexcept {
+    for (u32 i = 0; i < get_STACK_count(signers); ++i) {
+        const auto *signer = static_cast<const P7_SIGNER_INFO *>(signers->values[i]);
+        OwnedReport report(TLX_NEW(P7_SIGNER_REPORT));
+        const P7_SIGNER_INFO none{};
+        if (!report || !check_signer(signer != nullptr ? *signer : none, checks, *report)) return false;
+        if (status == 0) status = report->status;
+        if (push_STACK_value(reports, report.get()) != 0) return false;
+        static_cast<void>(report.release());
+    }
+    return true;
+}
+
+}  // namespace
+
+uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
+                              const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
+                              const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
+    SignedMembers members;
+    if (info == nullptr) return 0x4B300049;
+    if (!find_signed_members(info, members)) return 0x4B300048;
+    if (get_STACK_count(*members.signerInfos) == 0) return 0x4B30002B;
+    ContentOctets octets;
+    if (const u32 status = find_content(members, content, length, octets); status != 0) return status;
+
+    const OwnedTime now(time == nullptr ? getCurrentGMTime() : nullptr);
+    const Owned<STACK> all(new_STACK());
+    OwnedReports made(new_STACK());
+    SignerChecks checks(octets.bytes());
+    SignerPaths paths;
+    checks.content_type = content_type_of(*info, members);
+    checks.time = time != nullptr ? time : now.get();
+    if (anchors != nullptr) checks.paths = &paths;
+    const bool ready = checks.time != nullptr && all && made && join(all.get(), pool) &&
+                       join(all.get(), *members.certificates) && checks.certificates.build(all.get()) &&
+                       (anchors == nullptr || paths.prepare(all.get(), anchors, checks.time));
+    u32 status = 0;
+    if (!ready || !check_all(*members.signerInfos, checks, made.get(), status)) return 0x4B30003C;
+    if (reports != nullptr) {
+        free_P7_SIGNER_REPORTS(*reports);
+        *reports = made.release();
+    }
+    return status;
+}
+
+void free_P7_SIGNER_REPORTS(P7_SIGNER_REPORTS *reports) {
+    clean_STACK_values(reports, [](void *report) { free_report(static_cast<P7_SIGNER_REPORT *>(report)); });
+    free_STACK(reports);
+}
+
+uint32_t get_P7_SIGNER_REPORTS_count(const P7_SIGNER_REPORTS *reports) {
+    return get_STACK_count(reports);
+}
+
+const P7_SIGNER_REPORT *get_P7_SIGNER_REPORTS_child(const P7_SIGNER_REPORTS *reports, int32_t index) {
+    return static_cast<const P7_SIGNER_REPORT *>(get_STACK_value(reports, static_cast<u32>(index)));
+}
