@@ -172,14 +172,15 @@ TLXPKI_API uint32_t verify_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, c
 /** What verify_PKCS7_Signers() finds about one signer. A status of 0 means that the check was made and
  * passed. */
 typedef struct P7_SIGNER_REPORT {
-    uint32_t status;             /**< the first of those that follow that is not 0; without anchors pathStatus
-                                    does not count */
-    uint32_t certificateStatus;  /**< 0x4B300047 there is no certificate with the issuer and serial number;
-                                    0x4B300118 its key usage allows neither digital signatures nor
-                                    nonRepudiation; a status of verify_X509_validity() */
-    uint32_t algorithmStatus;    /**< 0x4B300048 an algorithm is unknown or not available, is not one for the
-                                    key, or has another digest or other parameters than the signer's */
-    uint32_t contentStatus;      /**< 0x4B30002B there are attributes, but not exactly one contentType and one
+    uint32_t status;            /**< the first of those that follow that is not 0; without anchors pathStatus
+                                   does not count */
+    uint32_t certificateStatus; /**< 0x4B300047 there is no certificate with the issuer and serial number;
+                                   0x4B300118 its key usage allows neither digital signatures nor
+                                   nonRepudiation; a status of verify_X509_validity() */
+    uint32_t algorithmStatus;   /**< 0x4B300048 an algorithm is unknown or not available, is not one for the
+                                   key, or has another digest or other parameters than the signer's */
+    uint32_t
+        contentStatus;           /**< 0x4B30002B there are attributes, but not exactly one contentType and one
                                     messageDigest with one value each, or there are none although the content
                                     is not data or is itself such a set of attributes; 0x4B300106 contentType is
                                     not the      content's; 0x4B30005E messageDigest is not the digest of the content */
