@@ -150,7 +150,7 @@ class Script {
     std::uint32_t add_other(const Numbers &n) {
         CertSpec spec = n[0] == 9 ? valid_chain(3)[1] : signer_spec(n[0]);
         if (n[0] != 9) spec.serial = "1" + std::to_string(n[1]);
-        if (n[2] == 1) spec.with(extension::kKeyUsage, "03:0520", true);
+        if (n[2] == 1) spec.with("keyUsage", "03:0520", true);
         return add_PKCS7_Certificate(info_.get(), spec.make().get());
     }
 
