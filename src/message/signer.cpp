@@ -1,6 +1,9 @@
 // Adding signers to a message.
 #include <tlxpki/pkcs7_sign.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "der/list_items.hpp"
 #include "message/signed_members.hpp"
 #include "message/signer_algorithms.hpp"
@@ -9,30 +12,21 @@ using namespace tlx;
 
 namespace {
 
-/// What PKCS #1 v1.5 calls a signature with a digest.
-u32 rsa_signature_with(u32 digest_row) noexcept {
-    switch (digest_row) {
-        case oid::kMd2:
-            return oid::kMd2WithRsa;
-        case oid::kMd4:
-            return oid::kMd4WithRsa;
-        case oid::kMd5:
-            return oid::kMd5WithRsa;
-        case oid::kSha:
-            return oid::kShaWithRsa;
-        case oid::kSha1:
-            return oid::kSha1WithRsa;
-        case oid::kSha224:
-            return oid::kSha224WithRsa;
-        case oid::kSha256:
-            return oid::kSha256WithRsa;
-        case oid::kSha384:
-            return oid::kSha384WithRsa;
-        case oid::kSha512:
-            return oid::kSha512WithRsa;
-        default:
-            return oid::kRsaEncryption;
-    }
+/// A digest, and what PKCS #1 v1.5 calls a signature with it.
+struct NamedSignature {
+    u32 digest;
+    u32 signature;
+};
+constexpr NamedSignature kRsaSignatures[] = {
+    {oid::kMd2, oid::kMd2WithRsa},       {oid::kMd4, oid::kMd4WithRsa},
+    {oid::kMd5, oid::kMd5WithRsa},       {oid::kSha, oid::kShaWithRsa},
+    {oid::kSha1, oid::kSha1WithRsa},     {oid::kSha224, oid::kSha224WithRsa},
+    {oid::kSha256, oid::kSha256WithRsa}, {oid::kSha384, oid::kSha384WithRsa},
+    {oid::kSha512, oid::kSha512WithRsa}};
+
+u32 rsa_signature_with(u32 digest) noexcept {
+    const auto *named = std::ranges::find(kRsaSignatures, digest, &NamedSignature::digest);
+    return named != std::end(kRsaSignatures) ? named->signature : u32{oid::kRsaEncryption};
 }
 
 /// The members that every new signer has; null when memory runs out.
