@@ -24,6 +24,7 @@
 #include <tlxpki/pkcs1.h>
 #include <tlxpki/pkcs1_param.h>
 #include <tlxpki/pkcs7.h>
+#include <tlxpki/pkcs7_encrypt.h>
 #include <tlxpki/pkcs7_sign.h>
 #include <tlxpki/pkcs7_types.h>
 #include <tlxpki/print.h>

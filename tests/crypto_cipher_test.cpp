@@ -46,10 +46,15 @@ Octets run_in_pieces(std::uint32_t id, std::uint32_t direction, const Octets &in
     std::uint32_t size = 0;
     for (std::uint32_t at = 0; at < in.size(); at += piece) {
         const std::uint32_t now = std::min(piece, length(in) - at);
+        const std::uint32_t ready = get_BLOCK_CIPHER_UNIT_output(unit.get(), now);
         EXPECT_EQ(update_BlockCipher(unit.get(), out.data() + total, &size, in.data() + at, now), 0U);
+        EXPECT_EQ(size, ready);
         total += size;
     }
+    const std::uint32_t most = get_BLOCK_CIPHER_UNIT_final(unit.get());
     EXPECT_EQ(final_BlockCipher(unit.get(), out.data() + total, &size), 0U);
+    EXPECT_TRUE(direction == 1 ? size == most : size <= most) << size;
+    EXPECT_EQ(get_BLOCK_CIPHER_UNIT_output(unit.get(), 16) + get_BLOCK_CIPHER_UNIT_final(unit.get()), 0U);
     out.resize(total + size);
     return out;
 }

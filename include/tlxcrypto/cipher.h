@@ -84,6 +84,13 @@ TLXCRYPTO_API const uint8_t *get_BLOCK_CIPHER_UNIT_iv(const BLOCK_CIPHER_UNIT *u
 /** Returns the cipher that the unit was last keyed for; 0 for null and a new unit. */
 TLXCRYPTO_API uint32_t get_BLOCK_CIPHER_UNIT_id(const BLOCK_CIPHER_UNIT *unit);
 
+/** Returns how many octets update_BlockCipher() would give out for in_len more; 0 for null, a unit without a
+ * cipher and an in_len that it refuses. */
+TLXCRYPTO_API uint32_t get_BLOCK_CIPHER_UNIT_output(const BLOCK_CIPHER_UNIT *unit, uint32_t in_len);
+/** Returns the most octets that final_BlockCipher() gives out: one block in ECB and CBC, otherwise 0; 0 also
+ * for null and a unit without a cipher. */
+TLXCRYPTO_API uint32_t get_BLOCK_CIPHER_UNIT_final(const BLOCK_CIPHER_UNIT *unit);
+
 /** Encrypts or decrypts in one call. On failure it wipes what it wrote to out.
  * @param out receives up to in_len + block length octets when encrypting, up to in_len when decrypting; may
  * be in itself, but not overlap it otherwise */

@@ -60,7 +60,6 @@ typedef struct P7_ENCRYPTED_CONTENT_INFO {
     X509_ALGO_IDENTIFIER *contentEncryptionAlgorithm;
     OCTET_STRING *encryptedContent; /**< optional */
     BLOCK_CIPHER_UNIT *cipher;      /**< in memory only: the unit that encrypts the content */
-    uint32_t capacity; /**< in memory only: octets that encryptedContent has room for while it is collected */
 } P7_ENCRYPTED_CONTENT_INFO;
 
 /** A content type with content of this type. */

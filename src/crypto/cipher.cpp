@@ -83,6 +83,7 @@ struct BLOCK_CIPHER_UNIT {
     u32 id = 0;
     u32 direction = 0;
     bool running = false;
+    u32 held_back = 0;  ///< octets taken in and not given out yet
     u32 iv_length = 0;
     u8 iv[TLX_CIPHER_MAX_BLOCK_LENGTH] = {};
 };
@@ -145,6 +146,7 @@ uint32_t init_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint32_t cipher_id, const uin
     }
     unit->id = cipher_id;
     unit->direction = direction;
+    unit->held_back = 0;
     unit->iv_length = iv_length;
     unit->running = true;
     return 0;
@@ -161,6 +163,7 @@ uint32_t update_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint8_t *out, uint32_t *out
     int written = 0;
     if (EVP_CipherUpdate(unit->context.get(), out, &written, in, static_cast<int>(in_len)) != 1) return 1;
     *out_len = static_cast<u32>(written);
+    unit->held_back += in_len - *out_len;
     return 0;
 }
 
@@ -190,6 +193,18 @@ const uint8_t *get_BLOCK_CIPHER_UNIT_iv(const BLOCK_CIPHER_UNIT *unit, uint32_t 
 
 uint32_t get_BLOCK_CIPHER_UNIT_id(const BLOCK_CIPHER_UNIT *unit) {
     return unit == nullptr ? 0 : unit->id;
+}
+
+uint32_t get_BLOCK_CIPHER_UNIT_output(const BLOCK_CIPHER_UNIT *unit, uint32_t in_len) {
+    if (unit == nullptr || !unit->running || in_len == 0 || in_len > kMostInput) return 0;
+    if (!pads(unit->id)) return in_len;
+    // The last block of a ciphertext waits, because it ends with the padding.
+    const u32 ready = unit->held_back + in_len - (unit->direction == 0 ? 1 : 0);
+    return ready - ready % get_BlockLength(unit->id);
+}
+
+uint32_t get_BLOCK_CIPHER_UNIT_final(const BLOCK_CIPHER_UNIT *unit) {
+    return unit != nullptr && unit->running && pads(unit->id) ? get_BlockLength(unit->id) : 0;
 }
 
 uint32_t BlockCipher(uint32_t cipher_id, uint32_t direction, const uint8_t *key, const uint8_t *iv,

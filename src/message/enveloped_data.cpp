@@ -21,17 +21,9 @@ struct CipherUnit {
     using type = BLOCK_CIPHER_UNIT;
     static void free(type *unit) noexcept { free_BLOCK_CIPHER_UNIT(unit); }
 };
-/// The unit that an encryption is under way with, which is not copied, and neither is the room it has made.
+/// The unit that an encryption is under way with, which is not copied.
 struct EncryptionUnderWay : KeptField<Encrypted, CipherUnit> {
-    void clear(Encrypted &info) const noexcept {
-        KeptField::clear(info);
-        info.capacity = 0;
-    }
     [[nodiscard]] bool copy(Encrypted & /*to*/, const Encrypted & /*from*/) const noexcept { return true; }
-    [[nodiscard]] u32 read(Cursor & /*children*/, Encrypted &info) const noexcept {
-        clear(info);
-        return 0;
-    }
 };
 
 // EncryptedContentInfo ::= SEQUENCE {

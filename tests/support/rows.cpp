@@ -35,7 +35,8 @@ std::uint32_t number_of(const std::string &text) {
     const auto digest = digests.find(text);
     if (digest != digests.end()) return digest->second;
     const auto size = static_cast<std::uint32_t>(text.size());
-    const std::uint32_t index = index_from_sn(text.data(), size) + index_from_ln(text.data(), size);
+    const std::uint32_t by_short_name = index_from_sn(text.data(), size);
+    const std::uint32_t index = by_short_name != 0 ? by_short_name : index_from_ln(text.data(), size);
     return index != 0 ? index : static_cast<std::uint32_t>(std::stoll(text, nullptr, 0));
 }
 

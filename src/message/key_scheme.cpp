@@ -1,0 +1,106 @@
+// The algorithms of key encryption: rsaEncryption, and id-RSAES-OAEP with its parameters (RFC 4055, section
+// 4).
+#include "message/key_scheme.hpp"
+
+#include "asn1/oid_lookup.hpp"
+#include "asn1/oid_table.hpp"
+#include "der/oid_text.hpp"
+
+using namespace tlx;
+
+namespace {
+
+/// An AlgorithmIdentifier where it lies.
+struct Algorithm {
+    u32 row = 0;         ///< 0 when the registry lacks it
+    Element parameters;  ///< the tag is 0 when there are none
+
+    [[nodiscard]] bool read(const Element &element) noexcept {
+        Cursor members(element);
+        Element identifier;
+        char text[kMaxDottedText + 1];
+        u32 length = 0;
+        if (element.tag != kSequence || !members.next(TLX_TAG_OBJECT_IDENTIFIER, identifier)) return false;
+        if (!oid_to_text(identifier.contents, text, length)) return false;
+        row = oid_index({text, length});
+        return members.at_end() || (members.next(parameters) && members.at_end());
+    }
+    [[nodiscard]] bool has_parameters() const noexcept {
+        return parameters.tag != 0 && parameters.tag != TLX_TAG_NULL;
+    }
+};
+
+bool read_digest(const Element &element, u32 &digest_id) noexcept {
+    Algorithm digest;
+    if (!digest.read(element) || digest.has_parameters()) return false;
+    const oid::Row &row = oid::row_at(digest.row);
+    digest_id = row.algorithm_class == oid::kDigest ? row.digest_id : 0;
+    return digest_id != 0;
+}
+
+bool read_mask_generation(const Element &element, u32 &digest_id) noexcept {
+    Algorithm function;
+    return function.read(element) && function.row == oid::kMgf1 &&
+           read_digest(function.parameters, digest_id);
+}
+
+bool read_label(const Element &element, Bytes &label) noexcept {
+    Algorithm source;
+    if (!source.read(element) || source.row != oid::kPSpecified) return false;
+    if (!source.has_parameters()) return true;
+    label = source.parameters.contents;
+    return source.parameters.tag == TLX_TAG_OCTET_STRING;
+}
+
+/// Hands the element inside the next member to read() when this carries the tag.
+template <typename Value>
+bool read_optional(Cursor &members, u8 tag, bool (*read)(const Element &, Value &), Value &value) noexcept {
+    if (members.at_end() || members.peek_tag() != tag) return true;
+    Element wrapper;
+    Element inside;
+    if (!members.next(wrapper)) return false;
+    Cursor content(wrapper);
+    return content.next(inside) && content.at_end() && read(inside, value);
+}
+
+// RSAES-OAEP-params ::= SEQUENCE {
+//     hashFunc      [0] AlgorithmIdentifier DEFAULT sha1Identifier,
+//     maskGenFunc   [1] AlgorithmIdentifier DEFAULT mgf1SHA1Identifier,
+//     pSourceFunc   [2] AlgorithmIdentifier DEFAULT pSpecifiedEmptyIdentifier }
+bool read_oaep(const ASN1_UNIT *parameters, KeyScheme &scheme) noexcept {
+    Element element;
+    if (!view_node(parameters, element) || element.tag != kSequence) return false;
+    Cursor members(element);
+    return read_optional(members, context(0), read_digest, scheme.digest_id) &&
+           read_optional(members, context(1), read_mask_generation, scheme.mgf_digest_id) &&
+           read_optional(members, context(2), read_label, scheme.label) && members.at_end();
+}
+
+}  // namespace
+
+bool tlx::read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept {
+    if (algorithm == nullptr) return false;
+    scheme = {};
+    switch (oid_index(text_of(algorithm->algorithm))) {
+        case oid::kRsaEncryption:
+            return true;
+        case oid::kRsaesOaep:
+            scheme.mode = TLX_RSAES_MODE_OAEP;
+            return read_oaep(algorithm->parameters, scheme);
+        default:
+            return false;
+    }
+}
+
+u32 tlx::encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept {
+    const OwnedOctets<u8> octets(static_cast<u8 *>(TLX_ALLOCATE(std::size_t{get_RSA_length(unit)} + 1)));
+    if (!octets) return 0x4B20003A;
+    u32 len = 0;
+    const u32 status = encrypt_RSAES(unit, octets.get(), &len, key.data(), static_cast<u32>(key.size()));
+    if (status != 0) return status;
+    OCTET_STRING *encrypted = new_string(TLX_TAG_OCTET_STRING, {octets.get(), len});
+    if (encrypted == nullptr) return 0x4B20003A;
+    free_ASN1_STRING(recipient.encryptedKey);
+    recipient.encryptedKey = encrypted;
+    return 0;
+}

@@ -1,0 +1,46 @@
+// How the content key is encrypted for a recipient.
+#pragma once
+
+#include <tlxcrypto/rsa.h>
+
+#include "message/message_records.hpp"
+
+TLX_OWNS(RSA_UNIT);
+
+namespace tlx {
+
+/// What a keyEncryptionAlgorithm says.
+struct KeyScheme {
+    u32 mode = TLX_RSAES_MODE_PKCS1;  ///< this or TLX_RSAES_MODE_OAEP, and the others are for OAEP
+    u32 digest_id = TLX_DIGEST_SHA1;
+    u32 mgf_digest_id = TLX_DIGEST_SHA1;
+    Bytes label;  ///< in the parameters of the algorithm
+
+    /// The only OAEP that init_RSAES() has: SHA-1 for both, without a label.
+    [[nodiscard]] bool is_plain() const noexcept {
+        return digest_id == TLX_DIGEST_SHA1 && mgf_digest_id == TLX_DIGEST_SHA1 && label.empty();
+    }
+};
+
+/// False for an algorithm that is none of RSA, and for parameters of OAEP that are broken.
+[[nodiscard]] bool read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept;
+
+/// Whether a number is a mode of RSAES; 0 means PKCS #1 v1.5.
+constexpr bool is_rsaes_mode(u32 mode) noexcept {
+    return mode == TLX_RSAES_MODE_NONE_GIVEN || mode == TLX_RSAES_MODE_OAEP_SET ||
+           mode == TLX_RSAES_MODE_OAEP || mode == TLX_RSAES_MODE_PKCS1;
+}
+constexpr bool is_oaep(u32 mode) noexcept {
+    return mode == TLX_RSAES_MODE_OAEP_SET || mode == TLX_RSAES_MODE_OAEP;
+}
+
+/// The RSA key of a holder; null for a key of another kind and for none.
+inline RSA_UNIT *rsa_unit(const ASYMMETRIC_KEY *key) noexcept {
+    return key != nullptr && key->kind == TLX_KEY_RSA ? static_cast<RSA_UNIT *>(key->key) : nullptr;
+}
+
+/// Makes what encrypt_RSAES() gives for the content key the recipient's encryptedKey, with a unit that was
+/// prepared. A status of encrypt_RSAES(), or 0x4B20003A when memory runs out.
+[[nodiscard]] u32 encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept;
+
+}  // namespace tlx

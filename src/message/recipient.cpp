@@ -1,0 +1,80 @@
+// Adding recipients to a message.
+#include <tlxpki/objects.h>
+#include <tlxpki/pkcs1_param.h>
+#include <tlxpki/pkcs7_encrypt.h>
+
+#include "asn1/oid_lookup.hpp"
+#include "der/list_items.hpp"
+#include "message/envelope.hpp"
+#include "message/key_scheme.hpp"
+
+using namespace tlx;
+
+namespace {
+
+/// A recipient of a certificate, whose keyEncryptionAlgorithm is still empty; null for a certificate without
+/// a name, a number or a known key, and when memory runs out.
+Owned<P7_RECIPIENT_INFO> make_recipient(const X509_CERT *cert) noexcept {
+    Owned<P7_RECIPIENT_INFO> recipient(new_P7_RECIPIENT_INFO());
+    if (!recipient) return nullptr;
+    P7_ISSUER_AND_SERIAL_NUMBER *number = new_P7_ISSUER_AND_SERIAL_NUMBER();
+    recipient->issuerAndSerialNumber = number;
+    recipient->version = new_BIGINT();
+    recipient->keyEncryptionAlgorithm = new_X509_ALGO_IDENTIFIER();
+    recipient->publicKey = dup_ASYMMETRIC_KEY(get_X509_PUBKEY_key(get_X509_SPKI(cert)));
+    if (number == nullptr || set_BIGINT_word(recipient->version, 0) != 0) return nullptr;
+    number->issuer = dup_X509_NAME(get_X509_issuer(cert));
+    number->serialNumber = dup_BIGINT(get_X509_serial(cert));
+    const bool complete = number->issuer != nullptr && number->serialNumber != nullptr &&
+                          recipient->keyEncryptionAlgorithm != nullptr && recipient->publicKey != nullptr;
+    return complete ? std::move(recipient) : nullptr;
+}
+
+/// False for parameters that cannot be encoded or say no OAEP, and when memory runs out.
+bool set_scheme(X509_ALGO_IDENTIFIER &algorithm, u32 mode, const RSAES_OAEP_PARAM *oaep) noexcept {
+    const u32 row = is_oaep(mode) ? oid::kRsaesOaep : oid::kRsaEncryption;
+    algorithm.algorithm = index_to_OBJECT_IDENTIFIER(static_cast<i32>(row));
+    if (algorithm.algorithm == nullptr) return false;
+    if (!is_oaep(mode)) return set_X509_ALGO_IDENTIFIER_null(&algorithm) == 0;
+    constexpr RSAES_OAEP_PARAM kDefaults = {};
+    const RSAES_OAEP_PARAM *param = oaep != nullptr ? oaep : &kDefaults;
+    return set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(&algorithm, param) == 0;
+}
+
+}  // namespace
+
+uint32_t set_PKCS7_P7_RECIPIENT_INFO(P7_RECIPIENT_INFO *recipient, const X509_CERT *cert, uint32_t mode,
+                                     const RSAES_OAEP_PARAM *oaep) {
+    if (recipient == nullptr || cert == nullptr || !is_rsaes_mode(mode)) return 1;
+    const Owned<P7_RECIPIENT_INFO> fresh = make_recipient(cert);
+    KeyScheme scheme;
+    if (!fresh || !set_scheme(*fresh->keyEncryptionAlgorithm, mode, oaep)) return 1;
+    // init_PKCS7_Encrypt() encrypts with plain OAEP, whatever is written here.
+    if (!read_key_scheme(fresh->keyEncryptionAlgorithm, scheme) || !scheme.is_plain()) return 1;
+    std::swap(*recipient, *fresh);
+    return 0;
+}
+
+uint32_t add_PKCS7_P7_RECIPIENT_INFO(P7_CONTENT_INFO *info, P7_RECIPIENT_INFO *recipient) {
+    Envelope envelope;
+    if (recipient == nullptr || find_envelope(info, envelope) != 0 || envelope.recipients == nullptr)
+        return 1;
+    P7_RECIPIENT_INFOS *&list = *envelope.recipients;
+    if (list == nullptr) list = new_P7_RECIPIENT_INFOS();
+    if (push_STACK_value(list, recipient) != 0) return 1;
+    forget_received(*info);
+    return 0;
+}
+
+uint32_t add_PKCS7_Recipient_withEncryptedAlgorithm(P7_CONTENT_INFO *info, const X509_CERT *cert,
+                                                    uint32_t mode, const RSAES_OAEP_PARAM *oaep) {
+    Owned<P7_RECIPIENT_INFO> recipient(new_P7_RECIPIENT_INFO());
+    if (set_PKCS7_P7_RECIPIENT_INFO(recipient.get(), cert, mode, oaep) != 0) return 1;
+    if (add_PKCS7_P7_RECIPIENT_INFO(info, recipient.get()) != 0) return 1;
+    static_cast<void>(recipient.release());
+    return 0;
+}
+
+uint32_t add_PKCS7_Recipient(P7_CONTENT_INFO *info, const X509_CERT *cert) {
+    return add_PKCS7_Recipient_withEncryptedAlgorithm(info, cert, TLX_RSAES_MODE_NONE_GIVEN, nullptr);
+}
