@@ -160,6 +160,11 @@ std::string run_on_key(const Row &row) {
         {"size", [&](N) { return size; }},
         // On encryption.
         {"prepare", [&](N n) { return init_RSAES(unit.get(), n[0], n[1], n[2]); }},
+        {"prepare-oaep",  // direction, digest, digest of MGF1, octets of label
+         [&](N n) {
+             const Octets label(n[3], 0x4C);
+             return init_RSAES_OAEP(unit.get(), n[0], n[1], n[2], label.data(), n[3]);
+         }},
         {"encrypt",
          [&](N n) {
              const Octets message(n[0], 0x5A);
@@ -171,6 +176,26 @@ std::string run_on_key(const Row &row) {
         {"libcrypto-decrypts",
          [&](N n) {
              return peer::rsa_decrypt(test_key(), scheme_of(n), made) == Octets(n[2], 0x5A) ? 0U : 1U;
+         }},
+        // 1 for the message, 0 for another key; 10 and the status on failure.
+        {"decrypt-key",
+         [&](N n) {
+             Octets key(n[0], 0xEE);
+             const std::uint32_t status =
+                 decrypt_RSAES_key(unit.get(), key.data(), n[0], made.data(), length(made));
+             if (status != 0) return 10 + status;
+             EXPECT_NE(key, Octets(n[0], 0xEE));
+             return key == Octets(n[0], 0x5A) ? 1U : 0U;
+         }},
+        // Makes the ciphertext of an encoded message: 00 02, octets of padding, one octet, octets of 5A.
+        {"encode",
+         [&](N n) {
+             Octets encoded(128, 0x5A);
+             encoded[0] = 0;
+             encoded[1] = static_cast<std::uint8_t>(n[0]);
+             encoded[2 + n[1]] = static_cast<std::uint8_t>(n[2]);
+             if (n[3] != 0) encoded[n[3]] = 0;
+             return made = power(unit, encoded, TLX_RSA_E), 0U;
          }},
         // Other octets, other units.
         {"octets", [&](N n) { return made.assign(n[0], static_cast<std::uint8_t>(n[1])), 0U; }},

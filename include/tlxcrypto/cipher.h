@@ -34,11 +34,18 @@
 #define TLX_CIPHER_DES_EDE_PBE 0x02001200U /**< the same for password-based encryption; CBC only */
 #define TLX_CIPHER_DES_EDE3 0x02010200U    /**< three-key triple DES */
 #define TLX_CIPHER_ARIA 0x03000100U        /**< 128-bit keys */
+#define TLX_CIPHER_ARIA192 0x03000200U     /**< CBC only, as ARIA256 */
+#define TLX_CIPHER_ARIA256 0x03000300U
 #define TLX_CIPHER_SEED 0x04000100U
-#define TLX_CIPHER_RC5 0x05000100U      /**< known, but not available: every use fails */
-#define TLX_CIPHER_BLOWFISH 0x06000100U /**< 128-bit keys */
-#define TLX_CIPHER_RC2 0x07000100U      /**< 128-bit keys and 128 effective bits */
-#define TLX_CIPHER_RC2_40 0x07000200U   /**< 40-bit keys and 40 effective bits; CBC only */
+#define TLX_CIPHER_RC5 0x05000100U         /**< known, but not available: every use fails */
+#define TLX_CIPHER_BLOWFISH 0x06000100U    /**< 128-bit keys */
+#define TLX_CIPHER_RC2 0x07000100U         /**< 128-bit keys and 128 effective bits */
+#define TLX_CIPHER_RC2_40 0x07000200U      /**< 40-bit keys and 40 effective bits; CBC only */
+#define TLX_CIPHER_RC2_64 0x07000300U      /**< 64-bit keys and 64 effective bits; CBC only */
+#define TLX_CIPHER_CAMELLIA128 0x08000100U /**< CBC only, as the two others */
+#define TLX_CIPHER_CAMELLIA192 0x08000200U
+#define TLX_CIPHER_CAMELLIA256 0x08000300U
+#define TLX_CIPHER_CAST5 0x09000100U /**< 128-bit keys; CBC only */
 
 #define TLX_CIPHER_MAX_BLOCK_LENGTH 16 /**< octets of the longest IV and of the longest block */
 #define TLX_CIPHER_MAX_KEY_LENGTH 32   /**< octets of the longest key */

@@ -132,6 +132,12 @@ TLXCRYPTO_API uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint
  * @param mode TLX_RSAES_MODE_; OAEP has an empty label and MGF1 with SHA-1
  * @param digest_id digest of OAEP (not HAS-160), where 0 means SHA-1; ignored for PKCS #1 v1.5 */
 TLXCRYPTO_API uint32_t init_RSAES(RSA_UNIT *unit, uint32_t mode, uint32_t direction, uint32_t digest_id);
+/** Chooses RSAES-OAEP with other parameters for the encryptions (direction 0) or decryptions (1) that follow.
+ * @param digest_id digest of OAEP and of the label (not HAS-160)
+ * @param mgf_digest_id digest of MGF1, likewise
+ * @param label copied; may be null when label_len is 0 */
+TLXCRYPTO_API uint32_t init_RSAES_OAEP(RSA_UNIT *unit, uint32_t direction, uint32_t digest_id,
+                                       uint32_t mgf_digest_id, const uint8_t *label, uint32_t label_len);
 /** Encrypts a short message, for example a key.
  * @param out receives get_RSA_length() octets, *out_len
  * @param in the message, which may be null when in_len is 0: at most get_RSA_length() - 11 octets in PKCS #1
@@ -144,6 +150,14 @@ TLXCRYPTO_API uint32_t encrypt_RSAES(const RSA_UNIT *unit, uint8_t *out, uint32_
  * @param out_len octets that out has room for; receives the octets written */
 TLXCRYPTO_API uint32_t decrypt_RSAES(const RSA_UNIT *unit, uint8_t *out, uint32_t *out_len, const uint8_t *in,
                                      uint32_t in_len);
+/** Decrypts a key of known length under PKCS #1 v1.5, whatever the unit is prepared for. When the padding or
+ * the length is wrong it gives out a random key instead and returns 0 in the same time, so that nobody learns
+ * which ciphertexts are good (RFC 3218, section 2.3.2).
+ * @param key receives key_len octets, at most get_RSA_length() - 11
+ * @param in get_RSA_length() octets; returns 1 for another in_len and for a number that exceeds the modulus
+ */
+TLXCRYPTO_API uint32_t decrypt_RSAES_key(const RSA_UNIT *unit, uint8_t *key, uint32_t key_len,
+                                         const uint8_t *in, uint32_t in_len);
 
 TLX_END_DECLS
 

@@ -23,6 +23,7 @@ bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers,
     unit.cache.modulus = std::move(modulus);
     unit.signature = RsaTask::none;
     unit.encryption = RsaTask::none;
+    unit.oaep = {};
     clean_digest(unit.digest);
     return true;
 }

@@ -9,6 +9,7 @@
 
 #include "crypto/digest.hpp"
 #include "crypto/key_numbers.hpp"
+#include "crypto/memory.hpp"
 
 namespace tlx {
 
@@ -55,6 +56,18 @@ struct RsaCache {
     void drop() noexcept;
 };
 
+struct FreeLabel {
+    void operator()(u8 *label) const noexcept { tlx_free(label); }
+};
+
+/// The parameters of RSAES-OAEP.
+struct OaepSettings {
+    u32 digest_id = TLX_DIGEST_SHA1;
+    u32 mgf_digest_id = TLX_DIGEST_SHA1;
+    std::unique_ptr<u8, FreeLabel> label;
+    u32 label_length = 0;
+};
+
 /// What init_RSASSA or init_RSAES prepared a unit for.
 enum class RsaTask : u32 { none, sign, verify, encrypt, decrypt };
 
@@ -73,7 +86,7 @@ struct RSA_UNIT {
 
     tlx::RsaTask encryption = tlx::RsaTask::none;
     tlx::u32 encryption_mode = 0;
-    tlx::u32 oaep_digest_id = 0;
+    tlx::OaepSettings oaep;
 
     RSA_UNIT() = default;
     RSA_UNIT(const RSA_UNIT &) = delete;
