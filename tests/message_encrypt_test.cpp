@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "support/chain_builder.hpp"
-#include "support/libcrypto_faults.hpp"
+#include "support/command.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
@@ -108,6 +108,18 @@ struct Work {
     }
 };
 
+/// The status of opening a message.
+std::uint32_t open_with(const P7_CONTENT_INFO *info, const X509_CERT *cert, const ASYMMETRIC_KEY *key,
+                        Octets &plain) {
+    std::uint8_t *content = nullptr;
+    std::uint32_t len = 0;
+    const std::uint32_t status = open_PKCS7(info, cert, key, &content, &len);
+    EXPECT_EQ(status == 0, content != nullptr);
+    plain.assign(content, content + len);
+    tlx_free(content);
+    return status;
+}
+
 /// What each step returns.
 std::string run(const Row &row) {
     Work work;
@@ -174,6 +186,40 @@ std::string run(const Row &row) {
              return encrypt_PKCS7(info(), 0, nullptr, work.iv.data(), 1, 0) +
                     encrypt_PKCS7_userKEY(info(), 0, nullptr, nullptr, n[0], nullptr, nullptr, 0);
          }},
+        {"to-any",  // OAEP with a digest, a digest of MGF1 and octets of label
+         [&](N n) {
+             const Octets label = content_of(n[3]);
+             return add_PKCS7_Recipient_OAEP(info(), certificate(n[0]), n[1], n[2], label.data(), n[3]);
+         }},
+        {"seal",  // a cipher by its place, and octets of content
+         [&](N n) {
+             const char *name = n[0] == 99 ? "aes-128-cfb1" : get_PKCS7_cipher_name(n[0]);
+             return seal_PKCS7(info(), name, work.next(n[1]), n[1]);
+         }},
+        {"init-seal", [&](N n) { return init_PKCS7_Seal(info(), "seed-cbc", n[0]); }},
+        {"open",  // a private key, the certificate's number or 8 for none
+         [&](N n) {
+             const X509_CERT *cert = n[1] == 8 ? nullptr : certificate(n[1]);
+             return open_with(info(), cert, signing_key(n[0]), work.plain);
+         }},
+        {"flip",  // an octet of the first recipient's key, or of the ciphertext
+         [&](N n) {
+             auto *data = info()->content.envelopedData;
+             ASN1_STRING *octets = n[0] == 0
+                                       ? get_P7_RECIPIENT_INFOS_child(data->recipientInfos, 0)->encryptedKey
+                                       : data->encryptedContentInfo->encryptedContent;
+             octets->data[n[1]] ^= 1U;
+             return 0U;
+         }},
+        {"parameters",  // of the content's algorithm: none, an IV of 15 octets, a SEQUENCE
+         [&](N n) {
+             X509_ALGO_IDENTIFIER *algorithm =
+                 info()->content.envelopedData->encryptedContentInfo->contentEncryptionAlgorithm;
+             const char *const values[] = {"", "04:000102030405060708090A0B0C0D0E",
+                                           "30{02:3A 04:0001020304050607}"};
+             return set_X509_ALGO_IDENTIFIER_parameters(algorithm,
+                                                        n[0] == 0 ? nullptr : der_node(values[n[0]]).get());
+         }},
         {"written", [&](N) { return work.written; }},
         {"untouched", [&](N) { return work.untouched ? 1U : 0U; }},
         {"collected", [&](N) { return get_PKCS7_ENCRYPTED_CONTENT_length(info()); }},
@@ -224,11 +270,65 @@ std::string run_without_memory(const Row &row) {
     return row.fields.back();
 }
 
+constexpr const char *kOpenssl = " -provider default -provider legacy ";
+const std::string kKeyFile = TLX_TEST_DATA "/keys/rsa-0.pem";
+
+std::string as_text(const Octets &octets) {
+    return {octets.begin(), octets.end()};
+}
+
+/// Whether the openssl program opens what was sealed under a cipher for a recipient: PKCS #1 v1.5, or OAEP
+/// with a digest, one of MGF1, and octets of label.
+std::string openssl_opens(const Row &row) {
+    const CommandFolder folder;
+    const Info info(new_P7_CONTENT_INFO());
+    EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_ENVELOPED_DATA), 0U);
+    const Octets label = content_of(row.count() > 3 ? row.number(4) : 0);
+    EXPECT_EQ(row[2] == "-"
+                  ? add_PKCS7_Recipient(info.get(), certificate(0))
+                  : add_PKCS7_Recipient_OAEP(info.get(), certificate(0), row.number(2), row.number(3),
+                                             label.data(), static_cast<std::uint32_t>(label.size())),
+              0U);
+    const Octets content = content_of(1000);
+    EXPECT_EQ(seal_PKCS7(info.get(), row[1].c_str(), content.data(), 1000), 0U);
+    folder.write("sealed", as_text(encoding_of(info.get(), TLX_ENCODER(P7_CONTENT_INFO_to_Seq))));
+    if (!folder.succeeds("openssl cms -decrypt -binary -inform DER -in sealed -out plain -inkey " + kKeyFile +
+                         kOpenssl)) {
+        return "refused";
+    }
+    return folder.read("plain") == as_text(content) ? "opened" : "garbled";
+}
+
+/// The status of opening what the openssl program seals with some options, as DER and as BER in pieces.
+std::string opens_openssl(const Row &row) {
+    std::string results;
+    const Octets content = content_of(100000);
+    for (const char *form : {"", " -stream"}) {
+        const CommandFolder folder;
+        folder.write("plain", as_text(content));
+        folder.write("cert.der", as_text(encode_certificate(certificate(0))));
+        folder.run("openssl cms -encrypt -binary -in plain -outform DER -out sealed -recip cert.der " +
+                   row[1] + form + kOpenssl);
+        P7_CONTENT_INFO *read = nullptr;
+        EXPECT_EQ(TLX_READ_DER_FILE(P7_CONTENT_INFO, &read, folder.path("sealed").c_str()), 0U);
+        const Info info(read);
+        Octets plain;
+        const std::uint32_t status = open_with(read, certificate(0), signing_key(0), plain);
+        results +=
+            (results.empty() ? "" : " ") + (status == 0 && plain == content ? "opened" : status_text(status));
+    }
+    return results;
+}
+
 TEST(MessageEncrypt, Rows) {
     for (unsigned key = 0; key <= 9; ++key)
         static_cast<void>(certificate(key));
-    expect_rows("message_encrypt.txt",
-                {{"steps", {run}}, {"allocations", {run_without_memory, {"1", "4B20003A"}}}});
+    expect_rows(
+        "message_encrypt.txt",
+        {{"steps", {run}},
+         {"openssl-opens", {openssl_opens}},
+         {"opens-openssl", {opens_openssl}},
+         {"allocations", {run_without_memory, {"1", "4B20003A", "4B30003A", "4B31003A", "4B310012"}}}});
 }
 
 }  // namespace

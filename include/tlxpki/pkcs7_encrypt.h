@@ -53,7 +53,20 @@ TLXPKI_API uint32_t add_PKCS7_Recipient_withEncryptedAlgorithm(P7_CONTENT_INFO *
 /** The same with RSAES-PKCS1-v1_5. */
 TLXPKI_API uint32_t add_PKCS7_Recipient(P7_CONTENT_INFO *info, const X509_CERT *cert);
 
-/* ---- Encrypting ---- */
+/**
+ * Appends a recipient with RSAES-OAEP and any parameters, for seal_PKCS7(); init_PKCS7_Encrypt() refuses it
+ * unless they are those of the modes 8 and 16.
+ * @param digest_id     digest of OAEP, SHA-1 or SHA-2
+ * @param mgf_digest_id digest of MGF1, likewise; most programs expect the same
+ * @param label         copied; null when label_len is 0, as most programs expect
+ * @return 0; 1 also for another digest, a certificate or content that add_PKCS7_Recipient() refuses, and when
+ * memory runs out (nothing changes then)
+ */
+TLXPKI_API uint32_t add_PKCS7_Recipient_OAEP(P7_CONTENT_INFO *info, const X509_CERT *cert, uint32_t digest_id,
+                                             uint32_t mgf_digest_id, const uint8_t *label,
+                                             uint32_t label_len);
+
+/* ---- Encrypting with what the caller gives ---- */
 
 /**
  * Begins an encryption. In enveloped and signed-and-enveloped data it makes a new encryptedContentInfo of the
@@ -117,7 +130,7 @@ TLXPKI_API uint32_t set_PKCS7_P7_ENCRYPTED_CONTENT_INFO(P7_ENCRYPTED_CONTENT_INF
  * none. */
 TLXPKI_API uint32_t get_PKCS7_ENCRYPTED_CONTENT_length(const P7_CONTENT_INFO *info);
 
-/* ---- Decrypting ---- */
+/* ---- Decrypting with what the caller knows ---- */
 
 /**
  * Decrypts the content key with the key of a recipient. Its result tells whether RSAES-PKCS1-v1_5 padding is
@@ -144,6 +157,47 @@ TLXPKI_API uint32_t decrypt_PKCS7_enveloped_CEK(const P7_CONTENT_INFO *info, con
  */
 TLXPKI_API uint32_t decrypt_PKCS7(const P7_CONTENT_INFO *info, const uint8_t *key, const uint8_t *iv,
                                   uint8_t *out, uint32_t *out_len);
+
+/* ---- Encrypting and decrypting as the message says ---- */
+
+/* These take scheme and parameters from each recipient's keyEncryptionAlgorithm, and name ciphers as other
+ * programs do: AES (RFC 3565), SEED (RFC 4010), ARIA (RFC 5794), Camellia (RFC 3657), triple DES and RC2 (RFC
+ * 3370), CAST5 (RFC 2984). open_PKCS7() also reads RC2 with 40 and 64 bits, DES, the ARIA-CBC of the
+ * registry, and CAST5 with a bare IV, as OpenSSL writes it. */
+
+/** Returns the name of a cipher that seal_PKCS7() knows, by index from 0 on: "aes-256-cbc", "seed-cbc",
+ * "aria-128-cbc" and so on; null from the end of the list on. */
+TLXPKI_API const char *get_PKCS7_cipher_name(uint32_t index);
+
+/**
+ * Begins an encryption under a random key and IV in enveloped or signed-and-enveloped data.
+ * update_PKCS7_encrypt() and final_PKCS7_Encrypt() go on.
+ * @return 0; 0x4B300049 a null argument, missing content or no recipients; 0x4B300048 other content, an
+ * unknown cipher or one that libcrypto lacks, or a recipient without an RSA key or with another algorithm;
+ * 0x4B30003A no memory or no random octets; a status of encrypt_RSAES() for a key that is too short
+ */
+TLXPKI_API uint32_t init_PKCS7_Seal(P7_CONTENT_INFO *info, const char *cipher_name, uint32_t output_flag);
+
+/** Encrypts all of the data, which may be null when len is 0, and collects the ciphertext. Returns the
+ * statuses of init_PKCS7_Seal() and of update_PKCS7_encrypt(). */
+TLXPKI_API uint32_t seal_PKCS7(P7_CONTENT_INFO *info, const char *cipher_name, const uint8_t *data,
+                               uint32_t len);
+
+/**
+ * Decrypts enveloped or signed-and-enveloped data. A key under PKCS #1 v1.5 whose padding is wrong becomes a
+ * random one (RFC 3218), so that it fails as any wrong key does. Content that was changed may still decrypt
+ * to something else.
+ * @param cert    as decrypt_PKCS7_enveloped_CEK()
+ * @param content receives the content with a zero octet after it, freed with tlx_free(); unchanged on
+ * failure, which leaves none of it in memory
+ * @param len     receives its octets
+ * @return 0; 0x4B310049 a null argument other than cert, or missing content; 0x4B310048 other content, a key
+ * that is not RSA, or an algorithm or parameters that are unknown or broken; 0x4B310047 the certificate of no
+ * recipient, or none to be found; 0x4B310012 key and message do not belong together, or the message was
+ * damaged, or memory ran out while they were computed with; 0x4B31003A memory ran out otherwise
+ */
+TLXPKI_API uint32_t open_PKCS7(const P7_CONTENT_INFO *info, const X509_CERT *cert,
+                               const ASYMMETRIC_KEY *private_key, uint8_t **content, uint32_t *len);
 
 TLX_END_DECLS
 

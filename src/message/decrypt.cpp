@@ -10,25 +10,6 @@ using namespace tlx;
 
 namespace {
 
-/// The first recipient that the certificate belongs to. Without one, each recipient's certificate is looked
-/// up among those of the message, and null is the result when one is missing.
-const P7_RECIPIENT_INFO *find_recipient(const Envelope &envelope, const X509_CERT *cert) noexcept {
-    if (envelope.recipients == nullptr) return nullptr;
-    for (u32 i = 0; i < get_STACK_count(*envelope.recipients); ++i) {
-        const auto *recipient = item_at<P7_RECIPIENT_INFO>(*envelope.recipients, static_cast<i32>(i));
-        const P7_ISSUER_AND_SERIAL_NUMBER *number =
-            recipient == nullptr ? nullptr : recipient->issuerAndSerialNumber;
-        if (number == nullptr) return nullptr;
-        const X509_CERT *own = cert != nullptr
-                                   ? cert
-                                   : find_X509_CERT_by_IssuerAndSerialNumber(
-                                         envelope.certificates, number->issuer, number->serialNumber);
-        if (own == nullptr) return nullptr;
-        if (cmp_P7_ISSUER_AND_SERIAL_NUMBER(own, number) == 0) return recipient;
-    }
-    return nullptr;
-}
-
 /// The octets of an IV in the parameters of the algorithm; null when there are none, and when they are NULL.
 /// False for parameters that are no OCTET STRING, or too short.
 bool find_iv(const X509_ALGO_IDENTIFIER &algorithm, u32 cipher_id, const u8 *&iv) noexcept {
@@ -55,6 +36,23 @@ u32 decrypt_into(u32 cipher_id, const u8 *key, const u8 *iv, Bytes ciphertext, u
 }
 
 }  // namespace
+
+const P7_RECIPIENT_INFO *tlx::find_recipient(const Envelope &envelope, const X509_CERT *cert) noexcept {
+    if (envelope.recipients == nullptr) return nullptr;
+    for (u32 i = 0; i < get_STACK_count(*envelope.recipients); ++i) {
+        const auto *recipient = item_at<P7_RECIPIENT_INFO>(*envelope.recipients, static_cast<i32>(i));
+        const P7_ISSUER_AND_SERIAL_NUMBER *number =
+            recipient == nullptr ? nullptr : recipient->issuerAndSerialNumber;
+        if (number == nullptr) return nullptr;
+        const X509_CERT *own = cert != nullptr
+                                   ? cert
+                                   : find_X509_CERT_by_IssuerAndSerialNumber(
+                                         envelope.certificates, number->issuer, number->serialNumber);
+        if (own == nullptr) return nullptr;
+        if (cmp_P7_ISSUER_AND_SERIAL_NUMBER(own, number) == 0) return recipient;
+    }
+    return nullptr;
+}
 
 uint32_t decrypt_PKCS7_enveloped_CEK(const P7_CONTENT_INFO *info, const X509_CERT *cert,
                                      const ASYMMETRIC_KEY *private_key, uint8_t *key, uint32_t *key_len,

@@ -18,6 +18,11 @@ struct Envelope {
 /// missing; 0x4B200048 for any other type.
 [[nodiscard]] u32 find_envelope(const P7_CONTENT_INFO *info, Envelope &envelope) noexcept;
 
+/// The first recipient that the certificate belongs to. Without one, each recipient's certificate is looked
+/// up among those of the message, and null is the result when one is missing.
+[[nodiscard]] const P7_RECIPIENT_INFO *find_recipient(const Envelope &envelope,
+                                                      const X509_CERT *cert) noexcept;
+
 /// What was received of a message no longer says what it holds.
 void forget_received(P7_CONTENT_INFO &info) noexcept;
 

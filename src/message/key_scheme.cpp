@@ -2,13 +2,26 @@
 // 4).
 #include "message/key_scheme.hpp"
 
+#include <tlxpki/objects.h>
+
+#include <algorithm>
+
 #include "asn1/oid_lookup.hpp"
-#include "asn1/oid_table.hpp"
 #include "der/oid_text.hpp"
 
 using namespace tlx;
 
 namespace {
+
+/// The digests of OAEP (RFC 8017, appendix B.1).
+struct OaepDigest {
+    u32 id;
+    u32 row;
+};
+constexpr OaepDigest kDigests[] = {
+    {TLX_DIGEST_SHA1, oid::kSha1},     {TLX_DIGEST_SHA224, oid::kSha224}, {TLX_DIGEST_SHA256, oid::kSha256},
+    {TLX_DIGEST_SHA384, oid::kSha384}, {TLX_DIGEST_SHA512, oid::kSha512},
+};
 
 /// An AlgorithmIdentifier where it lies.
 struct Algorithm {
@@ -33,9 +46,10 @@ struct Algorithm {
 bool read_digest(const Element &element, u32 &digest_id) noexcept {
     Algorithm digest;
     if (!digest.read(element) || digest.has_parameters()) return false;
-    const oid::Row &row = oid::row_at(digest.row);
-    digest_id = row.algorithm_class == oid::kDigest ? row.digest_id : 0;
-    return digest_id != 0;
+    const auto *const known = std::ranges::find(kDigests, digest.row, &OaepDigest::row);
+    if (known == std::end(kDigests)) return false;
+    digest_id = known->id;
+    return true;
 }
 
 bool read_mask_generation(const Element &element, u32 &digest_id) noexcept {
@@ -76,7 +90,44 @@ bool read_oaep(const ASN1_UNIT *parameters, KeyScheme &scheme) noexcept {
            read_optional(members, context(2), read_label, scheme.label) && members.at_end();
 }
 
+void write_digest(Encoder &out, u32 digest_id) noexcept {
+    const auto *const known = std::ranges::find(kDigests, digest_id, &OaepDigest::id);
+    if (known == std::end(kDigests)) return out.fail();
+    const auto algorithm = out.sequence();
+    out.oid(OID_LIST(static_cast<i32>(known->row))->dotted);
+    out.null();
+}
+
+/// What is the default is not written.
+void write_oaep(Encoder &out, const KeyScheme &scheme) noexcept {
+    const auto parameters = out.sequence();
+    if (scheme.digest_id != TLX_DIGEST_SHA1) {
+        const auto wrapper = out.nest(context(0));
+        write_digest(out, scheme.digest_id);
+    }
+    if (scheme.mgf_digest_id != TLX_DIGEST_SHA1) {
+        const auto wrapper = out.nest(context(1));
+        const auto algorithm = out.sequence();
+        out.oid(OID_LIST(oid::kMgf1)->dotted);
+        write_digest(out, scheme.mgf_digest_id);
+    }
+    if (!scheme.label.empty()) {
+        const auto wrapper = out.nest(context(2));
+        const auto algorithm = out.sequence();
+        out.oid(OID_LIST(oid::kPSpecified)->dotted);
+        out.primitive(TLX_TAG_OCTET_STRING, scheme.label);
+    }
+}
+
 }  // namespace
+
+bool tlx::write_oaep_scheme(const KeyScheme &scheme, X509_ALGO_IDENTIFIER &algorithm) noexcept {
+    Encoder parameters;
+    write_oaep(parameters, scheme);
+    algorithm.algorithm = index_to_OBJECT_IDENTIFIER(oid::kRsaesOaep);
+    algorithm.parameters = parameters.to_node();
+    return algorithm.algorithm != nullptr && algorithm.parameters != nullptr;
+}
 
 bool tlx::read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept {
     if (algorithm == nullptr) return false;

@@ -25,6 +25,10 @@ struct KeyScheme {
 /// False for an algorithm that is none of RSA, and for parameters of OAEP that are broken.
 [[nodiscard]] bool read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept;
 
+/// Fills an empty algorithm identifier with OAEP and its parameters. False for an unknown digest and when
+/// memory runs out.
+[[nodiscard]] bool write_oaep_scheme(const KeyScheme &scheme, X509_ALGO_IDENTIFIER &algorithm) noexcept;
+
 /// Whether a number is a mode of RSAES; 0 means PKCS #1 v1.5.
 constexpr bool is_rsaes_mode(u32 mode) noexcept {
     return mode == TLX_RSAES_MODE_NONE_GIVEN || mode == TLX_RSAES_MODE_OAEP_SET ||
