@@ -220,6 +220,37 @@ std::string run(const Row &row) {
              return set_X509_ALGO_IDENTIFIER_parameters(algorithm,
                                                         n[0] == 0 ? nullptr : der_node(values[n[0]]).get());
          }},
+        {"sign",  // with a key, a digest, and 1 for an attribute
+         [&](N n) {
+             P7_SIGNER_INFO *signer = add_PKCS7_Signature(info(), certificate(n[0]), signing_key(n[0]),
+                                                          static_cast<std::int32_t>(n[1]));
+             if (signer == nullptr || n[2] == 0) return signer == nullptr ? 1U : 0U;
+             return add_PKCS7_Signed_Attribute(signer, TLX_OID_SIGNING_TIME, TLX_TAG_UTC_TIME,
+                                               reinterpret_cast<const std::uint8_t *>("300101000000Z"), 13);
+         }},
+        {"sign-encrypt",  // a cipher, octets, the mode or 99 for that of each recipient, 1 for the own key
+         [&](N n) {
+             const Algorithm algorithm = algorithm_of(n[0], false);
+             const std::uint8_t *data = work.next(n[1]);
+             const std::uint8_t *key = work.key.data();
+             const std::uint8_t *iv = work.iv.data();
+             if (n[2] == 99) {
+                 return n[3] == 0
+                            ? sign_encrypt_PKCS7_SP(info(), 7, algorithm.get(), data, n[1])
+                            : sign_encrypt_PKCS7_userKEY_SP(info(), 7, algorithm.get(), data, n[1], key, iv);
+             }
+             return n[3] == 0
+                        ? sign_encrypt_PKCS7(info(), 7, algorithm.get(), data, n[1], n[2])
+                        : sign_encrypt_PKCS7_userKEY(info(), 7, algorithm.get(), data, n[1], key, iv, n[2]);
+         }},
+        {"verify-decrypt",  // room, the certificate's number or 8 for none
+         [&](N n) {
+             work.plain.clear();
+             return work.into(n[0], work.plain, [&](std::uint8_t *out, std::uint32_t *len) {
+                 return verify_decrypt_PKCS7(info(), n[1] == 8 ? nullptr : certificate(n[1]), work.key.data(),
+                                             out, len);
+             });
+         }},
         {"written", [&](N) { return work.written; }},
         {"untouched", [&](N) { return work.untouched ? 1U : 0U; }},
         {"collected", [&](N) { return get_PKCS7_ENCRYPTED_CONTENT_length(info()); }},
@@ -323,12 +354,13 @@ std::string opens_openssl(const Row &row) {
 TEST(MessageEncrypt, Rows) {
     for (unsigned key = 0; key <= 9; ++key)
         static_cast<void>(certificate(key));
-    expect_rows(
-        "message_encrypt.txt",
-        {{"steps", {run}},
-         {"openssl-opens", {openssl_opens}},
-         {"opens-openssl", {opens_openssl}},
-         {"allocations", {run_without_memory, {"1", "4B20003A", "4B30003A", "4B31003A", "4B310012"}}}});
+    expect_rows("message_encrypt.txt",
+                {{"steps", {run}},
+                 {"openssl-opens", {openssl_opens}},
+                 {"opens-openssl", {opens_openssl}},
+                 {"allocations",
+                  {run_without_memory,
+                   {"1", "4B20003A", "4B30003A", "4B31003A", "4B310012", "4B1C003B", "4B1C005F"}}}});
 }
 
 }  // namespace

@@ -158,6 +158,46 @@ TLXPKI_API uint32_t decrypt_PKCS7_enveloped_CEK(const P7_CONTENT_INFO *info, con
 TLXPKI_API uint32_t decrypt_PKCS7(const P7_CONTENT_INFO *info, const uint8_t *key, const uint8_t *iv,
                                   uint8_t *out, uint32_t *out_len);
 
+/* ---- Signing and encrypting in one message ---- */
+
+/**
+ * Signs all of the data with every signer of signed-and-enveloped data (<tlxpki/pkcs7_sign.h>) and encrypts
+ * it under a random key and IV, which are wiped. A signer without attributes signs the data itself;
+ * attributes are signed as they are. The signatures are not encrypted.
+ * @return 0; 0x4B00002B another mode; 1 also for other content and when random octets cannot be had; then the
+ * first status of init_PKCS7_Sign(), final_PKCS7_Sign(), init_PKCS7_Encrypt(), update_PKCS7_encrypt() and
+ * final_PKCS7_Encrypt() that is not 0
+ */
+TLXPKI_API uint32_t sign_encrypt_PKCS7(P7_CONTENT_INFO *info, uint32_t reserved,
+                                       const X509_ALGO_IDENTIFIER *algorithm, const uint8_t *data,
+                                       uint32_t len, uint32_t mode);
+/** The same under the caller's key and IV, which the caller wipes. */
+TLXPKI_API uint32_t sign_encrypt_PKCS7_userKEY(P7_CONTENT_INFO *info, uint32_t reserved,
+                                               const X509_ALGO_IDENTIFIER *algorithm, const uint8_t *data,
+                                               uint32_t len, const uint8_t *key, const uint8_t *iv,
+                                               uint32_t mode);
+/** sign_encrypt_PKCS7() with the scheme and the parameters (SP) of each recipient's keyEncryptionAlgorithm in
+ * place of one mode for all: recipients of any kind may be mixed, as for seal_PKCS7(). An algorithm that is
+ * unknown gives 0x4B200048. */
+TLXPKI_API uint32_t sign_encrypt_PKCS7_SP(P7_CONTENT_INFO *info, uint32_t reserved,
+                                          const X509_ALGO_IDENTIFIER *algorithm, const uint8_t *data,
+                                          uint32_t len);
+/** The same under the caller's key and IV, which the caller wipes. */
+TLXPKI_API uint32_t sign_encrypt_PKCS7_userKEY_SP(P7_CONTENT_INFO *info, uint32_t reserved,
+                                                  const X509_ALGO_IDENTIFIER *algorithm, const uint8_t *data,
+                                                  uint32_t len, const uint8_t *key, const uint8_t *iv);
+
+/**
+ * Decrypts signed-and-enveloped data by decrypt_PKCS7() with the IV of the message, then checks the content
+ * by verify_PKCS7(), whose 0 is no proof. A content that verify_PKCS7() refuses is wiped.
+ * @param cert    as verify_PKCS7() takes it, or null
+ * @param key     the content key
+ * @param out_len as decrypt_PKCS7()
+ * @return the first status of the two that is not 0; 1 also for other content
+ */
+TLXPKI_API uint32_t verify_decrypt_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, const uint8_t *key,
+                                         uint8_t *out, uint32_t *out_len);
+
 /* ---- Encrypting and decrypting as the message says ---- */
 
 /* These take scheme and parameters from each recipient's keyEncryptionAlgorithm, and name ciphers as other

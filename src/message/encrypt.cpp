@@ -64,13 +64,22 @@ u32 begin_content(const Envelope &envelope, const X509_ALGO_IDENTIFIER *algorith
     return 0;
 }
 
+/// A status of the unit, or 0x4B200048.
+u32 prepare(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, u32 mode) noexcept {
+    KeyScheme scheme;
+    if (mode == kModeOfRecipient) {
+        const u32 status = prepare_unit(unit, algorithm, scheme, 0);
+        return status == kUnknownScheme ? 0x4B200048 : status;
+    }
+    // Other parameters than those it is encrypted with would make a message that nobody opens.
+    if (read_key_scheme(algorithm, scheme) && !scheme.is_plain()) return 0x4B200048;
+    return init_RSAES(unit, mode, 0, 0);
+}
+
 u32 encrypt_key_for(P7_RECIPIENT_INFO *recipient, Bytes key, u32 mode) noexcept {
     RSA_UNIT *unit = recipient == nullptr ? nullptr : rsa_unit(recipient->publicKey);
-    KeyScheme scheme;
     if (unit == nullptr) return 0x4B200048;
-    // Other parameters than those it is encrypted with would make a message that nobody opens.
-    if (read_key_scheme(recipient->keyEncryptionAlgorithm, scheme) && !scheme.is_plain()) return 0x4B200048;
-    if (const u32 status = init_RSAES(unit, mode, 0, 0); status != 0) return status;
+    if (const u32 status = prepare(unit, recipient->keyEncryptionAlgorithm, mode); status != 0) return status;
     return encrypt_key(*recipient, unit, key);
 }
 
@@ -156,10 +165,8 @@ uint32_t set_PKCS7_Cipher(P7_CONTENT_INFO *info, BLOCK_CIPHER_UNIT *unit) {
     return 0;
 }
 
-uint32_t init_PKCS7_Encrypt(P7_CONTENT_INFO *info, uint32_t /*reserved*/,
-                            const X509_ALGO_IDENTIFIER *algorithm, uint32_t output_flag, const uint8_t *key,
-                            const uint8_t *iv, uint32_t mode) {
-    if (info == nullptr || !is_rsaes_mode(mode)) return 0x4B200049;
+u32 tlx::begin_encryption(P7_CONTENT_INFO *info, const X509_ALGO_IDENTIFIER *algorithm, u32 output_flag,
+                          const u8 *key, const u8 *iv, u32 mode) noexcept {
     Envelope envelope;
     if (const u32 status = find_envelope(info, envelope); status != 0) return status;
     forget_received(*info);
@@ -176,6 +183,13 @@ uint32_t init_PKCS7_Encrypt(P7_CONTENT_INFO *info, uint32_t /*reserved*/,
         if (status != 0) return status;
     }
     return 0;
+}
+
+uint32_t init_PKCS7_Encrypt(P7_CONTENT_INFO *info, uint32_t /*reserved*/,
+                            const X509_ALGO_IDENTIFIER *algorithm, uint32_t output_flag, const uint8_t *key,
+                            const uint8_t *iv, uint32_t mode) {
+    if (info == nullptr || !is_rsaes_mode(mode)) return 0x4B200049;
+    return begin_encryption(info, algorithm, output_flag, key, iv, mode);
 }
 
 uint32_t update_PKCS7_encrypt(P7_CONTENT_INFO *info, const uint8_t *in, uint32_t in_len, uint8_t *out,

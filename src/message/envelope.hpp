@@ -39,6 +39,10 @@ struct ContentKey {
     [[nodiscard]] bool draw() noexcept;
 };
 
+/// init_PKCS7_Encrypt(), also with kModeOfRecipient.
+[[nodiscard]] u32 begin_encryption(P7_CONTENT_INFO *info, const X509_ALGO_IDENTIFIER *algorithm,
+                                   u32 output_flag, const u8 *key, const u8 *iv, u32 mode) noexcept;
+
 /// Takes all of the data into an encryption that has begun, and ends it. A status of update_PKCS7_encrypt()
 /// or final_PKCS7_Encrypt().
 [[nodiscard]] u32 encrypt_all(P7_CONTENT_INFO *info, Bytes data) noexcept;

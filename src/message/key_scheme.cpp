@@ -143,6 +143,14 @@ bool tlx::read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &sche
     }
 }
 
+u32 tlx::prepare_unit(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme,
+                      u32 direction) noexcept {
+    if (!read_key_scheme(algorithm, scheme)) return kUnknownScheme;
+    if (!is_oaep(scheme.mode)) return init_RSAES(unit, scheme.mode, direction, 0);
+    return init_RSAES_OAEP(unit, direction, scheme.digest_id, scheme.mgf_digest_id, scheme.label.data(),
+                           static_cast<u32>(scheme.label.size()));
+}
+
 u32 tlx::encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept {
     const OwnedOctets<u8> octets(static_cast<u8 *>(TLX_ALLOCATE(std::size_t{get_RSA_length(unit)} + 1)));
     if (!octets) return 0x4B20003A;

@@ -25,6 +25,12 @@ struct KeyScheme {
 /// False for an algorithm that is none of RSA, and for parameters of OAEP that are broken.
 [[nodiscard]] bool read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept;
 
+/// Prepares a unit for what a keyEncryptionAlgorithm says: direction 0 encrypts, 1 decrypts. A status of the
+/// unit, or kUnknownScheme when read_key_scheme() fails.
+constexpr u32 kUnknownScheme = 0xFFFFFFFF;
+[[nodiscard]] u32 prepare_unit(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme,
+                               u32 direction) noexcept;
+
 /// Fills an empty algorithm identifier with OAEP and its parameters. False for an unknown digest and when
 /// memory runs out.
 [[nodiscard]] bool write_oaep_scheme(const KeyScheme &scheme, X509_ALGO_IDENTIFIER &algorithm) noexcept;
@@ -34,6 +40,8 @@ constexpr bool is_rsaes_mode(u32 mode) noexcept {
     return mode == TLX_RSAES_MODE_NONE_GIVEN || mode == TLX_RSAES_MODE_OAEP_SET ||
            mode == TLX_RSAES_MODE_OAEP || mode == TLX_RSAES_MODE_PKCS1;
 }
+/// In place of a mode: that of each recipient's keyEncryptionAlgorithm.
+constexpr u32 kModeOfRecipient = 0xFFFFFFFF;
 constexpr bool is_oaep(u32 mode) noexcept {
     return mode == TLX_RSAES_MODE_OAEP_SET || mode == TLX_RSAES_MODE_OAEP;
 }

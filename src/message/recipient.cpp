@@ -4,9 +4,9 @@
 #include <tlxpki/pkcs7_encrypt.h>
 
 #include "asn1/oid_lookup.hpp"
-#include "der/list_items.hpp"
 #include "message/envelope.hpp"
 #include "message/key_scheme.hpp"
+#include "message/signed_members.hpp"
 
 using namespace tlx;
 
@@ -59,9 +59,7 @@ uint32_t add_PKCS7_P7_RECIPIENT_INFO(P7_CONTENT_INFO *info, P7_RECIPIENT_INFO *r
     Envelope envelope;
     if (recipient == nullptr || find_envelope(info, envelope) != 0 || envelope.recipients == nullptr)
         return 1;
-    P7_RECIPIENT_INFOS *&list = *envelope.recipients;
-    if (list == nullptr) list = new_P7_RECIPIENT_INFOS();
-    if (push_STACK_value(list, recipient) != 0) return 1;
+    if (!append_value(*envelope.recipients, recipient)) return 1;
     forget_received(*info);
     return 0;
 }

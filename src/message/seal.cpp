@@ -12,21 +12,13 @@ using namespace tlx;
 
 namespace {
 
-/// Prepares a unit for what the keyEncryptionAlgorithm says. A status of the unit, or 0x4B300048.
-u32 prepare(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme,
-            u32 direction) noexcept {
-    if (unit == nullptr || !read_key_scheme(algorithm, scheme)) return 0x4B300048;
-    if (!is_oaep(scheme.mode)) return init_RSAES(unit, scheme.mode, direction, 0);
-    return init_RSAES_OAEP(unit, direction, scheme.digest_id, scheme.mgf_digest_id, scheme.label.data(),
-                           static_cast<u32>(scheme.label.size()));
-}
-
 u32 seal_key_for(P7_RECIPIENT_INFO *recipient, Bytes key) noexcept {
-    if (recipient == nullptr) return 0x4B300048;
-    RSA_UNIT *unit = rsa_unit(recipient->publicKey);
+    RSA_UNIT *unit = recipient == nullptr ? nullptr : rsa_unit(recipient->publicKey);
+    if (unit == nullptr) return 0x4B300048;
     KeyScheme scheme;
-    const u32 status = prepare(unit, recipient->keyEncryptionAlgorithm, scheme, 0);
-    return status != 0 ? status : encrypt_key(*recipient, unit, key);
+    const u32 status = prepare_unit(unit, recipient->keyEncryptionAlgorithm, scheme, 0);
+    if (status != 0) return status == kUnknownScheme ? 0x4B300048 : status;
+    return encrypt_key(*recipient, unit, key);
 }
 
 /// Replaces the encrypted content by an empty one, whose cipher is ready.
@@ -51,8 +43,8 @@ u32 open_key(const P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, u8 *key, 
     const Owned<RSA_UNIT> own(dup_RSA_UNIT(unit));
     if (!own) return 0x4B31003A;
     KeyScheme scheme;
-    const u32 prepared = prepare(own.get(), recipient.keyEncryptionAlgorithm, scheme, 1);
-    if (prepared != 0) return prepared == 0x4B300048 ? 0x4B310048 : 0x4B31003A;
+    const u32 prepared = prepare_unit(own.get(), recipient.keyEncryptionAlgorithm, scheme, 1);
+    if (prepared != 0) return prepared == kUnknownScheme ? 0x4B310048 : 0x4B31003A;
     if (!is_oaep(scheme.mode)) {
         return decrypt_RSAES_key(own.get(), key, key_len, sealed.data(), size) == 0 ? 0 : 0x4B310012;
     }
