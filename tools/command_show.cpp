@@ -7,31 +7,12 @@
 #include "describe.hpp"
 #include "failure.hpp"
 #include "input.hpp"
-#include "status.hpp"
+#include "private_key.hpp"
+#include "record.hpp"
 
 namespace tool {
 
 namespace {
-
-/// The first line of a file. The input owns and wipes it.
-std::string_view first_line(const Input &file) {
-    const Octets octets = file.blocks().front().octets;
-    const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
-    return text.substr(0, text.find_first_of("\r\n"));
-}
-
-ASN1_UNIT *decode_node(const Block &block) {
-    return decodeToDERSequence_n(block.octets.data(), static_cast<uint32_t>(block.octets.size()));
-}
-
-template <typename T>
-T *decode_record(const Block &block, uint32_t (*decoder)(const ASN1_UNIT *, T **)) {
-    T *record = nullptr;
-    const Node node(decode_node(block));
-    const uint32_t status = decoder(node.get(), &record);
-    if (status != 0) throw Failure(block.source + ": cannot be decoded: " + status_sentence(status));
-    return record;
-}
 
 Json describe_public_key_info(const Block &block) {
     const PublicKey key(decode_record(block, Seq_to_X509_PUBKEY));
@@ -41,56 +22,16 @@ Json describe_public_key_info(const Block &block) {
 }
 
 Json describe_bare_key(const Block &block, Kind kind) {
+    if (kind == Kind::kRsaPrivate) return describe_rsa_key(decode_private_key(block).get());
     const auto unit = made<RsaKey>(new_RSA_UNIT());
-    if (kind == Kind::kRsaPublic) {
-        const Owned<PKCS1_RSA_PUBLIC_KEY, free_PKCS1_RSA_PUBLIC_KEY> key(
-            decode_record(block, Seq_to_PKCS1_RSA_PUBLIC_KEY));
-        must(get_RSA_UNIT_from_PKCS1_RSA_PUBLIC_KEY(unit.get(), key.get()));
-    } else {
-        const Owned<PKCS1_RSA_PRIVATE_KEY, free_PKCS1_RSA_PRIVATE_KEY> key(
-            decode_record(block, Seq_to_PKCS1_RSA_PRIVATE_KEY));
-        must(get_RSA_UNIT_from_PKCS1_RSA_PRIVATE_KEY(unit.get(), key.get()));
-    }
+    const Owned<PKCS1_RSA_PUBLIC_KEY, free_PKCS1_RSA_PUBLIC_KEY> key(
+        decode_record(block, Seq_to_PKCS1_RSA_PUBLIC_KEY));
+    must(get_RSA_UNIT_from_PKCS1_RSA_PUBLIC_KEY(unit.get(), key.get()));
     return describe_rsa_key(unit.get());
 }
 
-/// The cipher of a line "DEK-Info: DES-EDE3-CBC,0123456789ABCDEF"; empty when there is none.
-std::string_view cipher_of(std::string_view block) {
-    constexpr std::string_view kHeader = "DEK-Info: ";
-    const std::size_t at = block.find(kHeader);
-    if (at == std::string_view::npos) return {};
-    const std::string_view value = block.substr(at + kHeader.size());
-    return value.substr(0, value.find_first_of(",\r\n"));
-}
-
-std::string why_not_decrypted(const Block &block, uint32_t status) {
-    constexpr std::string_view kSupported = "DES-EDE3-CBC";
-    const std::string_view cipher = cipher_of(block.text);
-    if (!cipher.empty() && cipher != kSupported) {
-        return "the key is encrypted with " + std::string(cipher) + ", which is not supported, only " +
-               std::string(kSupported) + " is";
-    }
-    return "the key cannot be decrypted (is the password right?): " + status_sentence(status);
-}
-
-/// Describes a private key file that is encrypted as PEM, with "Proc-Type" and "DEK-Info" before the Base64.
 Json describe_encrypted_key(const Block &block, std::optional<std::string_view> password) {
-    if (block.label != "RSA PRIVATE KEY") {
-        throw Failure(block.source + ": an encrypted " + block.label + " cannot be shown");
-    }
-    if (!password) {
-        throw Failure(block.source + ": the key is encrypted; give its password with --password-file");
-    }
-    if (password->empty()) {
-        throw Failure(block.source +
-                      ": the key is encrypted, and the first line of the password file is empty");
-    }
-    const auto unit = made<RsaKey>(new_RSA_UNIT());
-    const uint32_t status =
-        readPKCS1_from_Binary(unit.get(), password->data(), static_cast<int32_t>(password->size()),
-                              block.text.data(), static_cast<int32_t>(block.text.size()));
-    if (status != 0) throw Failure(block.source + ": " + why_not_decrypted(block, status));
-    Json json = describe_rsa_key(unit.get());
+    Json json = describe_rsa_key(decrypt_key(block, password).get());
     json["encrypted"] = true;
     return json;
 }
@@ -220,16 +161,10 @@ void show_file(const std::string &path, std::optional<std::string_view> password
 }  // namespace
 
 int run_show(const ShowOptions &options) {
-    std::optional<Input> password_file;
-    if (!options.password_file.empty()) password_file.emplace(options.password_file);
-    std::optional<std::string_view> password;
-    if (password_file) {
-        expect_contents(password_file->blocks().front());
-        password = first_line(*password_file);
-    }
+    const Password password(options.password_file);
     Shower shower(options.json);
     for (const std::string &path : options.files) {
-        show_file(path, password, shower);
+        show_file(path, password.text(), shower);
     }
     return shower.finish();
 }

@@ -36,10 +36,33 @@ struct LookUpOptions {
     bool json = false;
 };
 
+struct EncryptOptions {
+    std::vector<std::string> recipients;
+    std::string cipher = "aes-256-cbc";
+    std::string scheme = "pkcs1";
+    std::string content;
+    std::string output = "-";
+    bool der = false;
+};
+
+struct DecryptOptions {
+    std::string cert;
+    std::string key;
+    std::string password_file;
+    std::string message;
+    std::string output = "-";
+};
+
+/// What --cipher and --scheme take.
+[[nodiscard]] std::vector<std::string> cipher_names();
+[[nodiscard]] std::vector<std::string> scheme_names();
+
 int run_verify(const VerifyOptions &options);
 int run_show(const ShowOptions &options);
 int run_asn1(const Asn1Options &options);
 int run_oid(const LookUpOptions &options);
 int run_status(const LookUpOptions &options);
+int run_encrypt(const EncryptOptions &options);
+int run_decrypt(const DecryptOptions &options);
 
 }  // namespace tool

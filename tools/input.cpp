@@ -76,24 +76,8 @@ Buffer read_stream(const std::string &path) {
     }
 }
 
-Buffer read_file(const std::string &path) {
-    std::error_code ignored;
-    const auto type = std::filesystem::status(file_path(path), ignored).type();
-    const bool is_stream = type == std::filesystem::file_type::fifo ||
-                           type == std::filesystem::file_type::character ||
-                           type == std::filesystem::file_type::socket;
-    if (path == "-" || is_stream) return read_stream(path);
-    uint8_t *octets = nullptr;
-    uint32_t size = 0;
-    errno = 0;
-    if (File_to_binary(path.c_str(), &octets, &size) != 0) {
-        throw Failure(path + ": " + reason_unreadable(path, errno));
-    }
-    return {octets, size};
-}
-
 ENCODED_BLOCKS *read_blocks(const std::string &path) {
-    const Buffer file = read_file(path);
+    const Buffer file = read_octets(path);
     if (file.octets().empty()) throw Failure(source_of(path) + ": is empty");
     ENCODED_BLOCKS *blocks = nullptr;
     must(readENCODED_BLOCKS_from_Buffer(file.octets().data(), static_cast<uint32_t>(file.octets().size()),
@@ -193,6 +177,22 @@ Buffer Buffer::resized(std::size_t size) const {
     Buffer copy = of_size(size);
     std::copy_n(octets_, std::min(size_, size), copy.octets_);
     return copy;
+}
+
+Buffer read_octets(const std::string &path) {
+    std::error_code ignored;
+    const auto type = std::filesystem::status(file_path(path), ignored).type();
+    const bool is_stream = type == std::filesystem::file_type::fifo ||
+                           type == std::filesystem::file_type::character ||
+                           type == std::filesystem::file_type::socket;
+    if (path == "-" || is_stream) return read_stream(path);
+    uint8_t *octets = nullptr;
+    uint32_t size = 0;
+    errno = 0;
+    if (File_to_binary(path.c_str(), &octets, &size) != 0) {
+        throw Failure(path + ": " + reason_unreadable(path, errno));
+    }
+    return {octets, size};
 }
 
 Input::Input(const std::string &path) : list_(read_blocks(path)) {

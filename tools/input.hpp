@@ -42,6 +42,10 @@ class Buffer {
     std::size_t size_ = 0;
 };
 
+/// The octets of a file as they are, or of standard input for "-"; there may be none. Throws Failure when it
+/// cannot be read.
+[[nodiscard]] Buffer read_octets(const std::string &path);
+
 /// One PEM block, or a whole DER file.
 struct Block {
     std::string label;          ///< between "-----BEGIN " and "-----"; empty for DER

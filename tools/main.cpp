@@ -22,6 +22,8 @@ struct CommandLine {
     Asn1Options asn1;
     LookUpOptions oid;
     LookUpOptions status;
+    EncryptOptions encrypt;
+    DecryptOptions decrypt;
     bool no_explicit_policy = false;
 };
 
@@ -95,6 +97,48 @@ CLI::App *add_asn1(CLI::App &app, CommandLine &line) {
     return command;
 }
 
+CLI::App *add_encrypt(CLI::App *message, EncryptOptions &options) {
+    CLI::App *command = message->add_subcommand("encrypt", "Encrypt a file for the owners of certificates");
+    command->footer(
+        "Give --to once for each recipient. Every recipient can decrypt, and nobody can tell who "
+        "encrypted.\n\n"
+        "Example: tlxpki message encrypt --to user.pem -o sealed.p7 content");
+    add_repeated(command, "--to", options.recipients, "FILE",
+                 "Certificate of a recipient, with an RSA key; the first of the file");
+    command->get_option("--to")->required();
+    command->add_option("--cipher", options.cipher, "The cipher of the content (default aes-256-cbc)")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(cipher_names()));
+    command->add_option("--scheme", options.scheme, "How its key is encrypted (default pkcs1)")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(scheme_names()));
+    command->add_flag("--der", options.der, "Write DER instead of PEM");
+    command->add_option("-o,--output", options.output, "Where the message goes; by default standard output")
+        ->type_name("FILE");
+    command->add_option("CONTENT", options.content, "The file to encrypt")->type_name("")->required();
+    return command;
+}
+
+CLI::App *add_decrypt(CLI::App *message, DecryptOptions &options) {
+    CLI::App *command = message->add_subcommand("decrypt", "Decrypt a message");
+    command->footer(
+        "Nothing shows whether a message was changed on its way: decryption is no proof of where it comes "
+        "from.\n\n"
+        "Example: tlxpki message decrypt --cert user.pem --key user.key -o content sealed.p7");
+    command->add_option("--cert", options.cert, "Certificate of the recipient")
+        ->type_name("FILE")
+        ->required();
+    command->add_option("--key", options.key, "Private key of the recipient")->type_name("FILE")->required();
+    command
+        ->add_option("--password-file", options.password_file,
+                     "File whose first line is the password of an encrypted key")
+        ->type_name("FILE");
+    command->add_option("-o,--output", options.output, "Where the content goes; by default standard output")
+        ->type_name("FILE");
+    command->add_option("MESSAGE", options.message, "The message")->type_name("")->required();
+    return command;
+}
+
 CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const char *argument,
                       const char *argument_help, LookUpOptions &options) {
     CLI::App *command = app.add_subcommand(name, help);
@@ -106,8 +150,9 @@ CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const c
 /// The fault in the arguments, and the help that explains them.
 std::string usage_problem(const CLI::App &app, const CLI::ParseError &error) {
     std::string help = "tlxpki ";
-    for (const CLI::App *command : app.get_subcommands()) {
-        help += command->get_name() + " ";
+    for (const CLI::App *parent = &app; !parent->get_subcommands().empty();) {
+        parent = parent->get_subcommands().front();
+        help += parent->get_name() + " ";
     }
     const bool no_command = app.get_subcommands().empty() && error.get_name() == "RequiredError";
     return (no_command ? "a command is required" : std::string(error.what())) + "; see " + help + "--help";
@@ -128,6 +173,10 @@ int run(const std::vector<std::string> &arguments) {
                                       "Dotted text, index, or a name or part of one in any case", line.oid);
     const CLI::App *status = add_look_up(app, "status", "Show what status codes mean", "CODE",
                                          "Status codes, like 0x53100054", line.status);
+    CLI::App *message = app.add_subcommand("message", "Encrypt and decrypt PKCS #7 messages");
+    message->require_subcommand(1);
+    const CLI::App *encrypt = add_encrypt(message, line.encrypt);
+    const CLI::App *decrypt = add_decrypt(message, line.decrypt);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }
@@ -148,6 +197,8 @@ int run(const std::vector<std::string> &arguments) {
     if (show->parsed()) return run_show(line.show);
     if (asn1->parsed()) return run_asn1(line.asn1);
     if (oid->parsed()) return run_oid(line.oid);
+    if (encrypt->parsed()) return run_encrypt(line.encrypt);
+    if (decrypt->parsed()) return run_decrypt(line.decrypt);
     return status->parsed() ? run_status(line.status) : static_cast<int>(kUnusable);
 }
 

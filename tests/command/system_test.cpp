@@ -90,6 +90,8 @@ TEST_F(CommandSystem, CompletionCompletes) {
     EXPECT_EQ(completions("verify --anchor uni", 3), "unique.file\n");
     EXPECT_EQ(completions("verify --at \"\"", 3), "\n");
     EXPECT_EQ(completions("oid uni", 2), "\n");
+    EXPECT_EQ(completions("message d", 2), "decrypt\n");
+    EXPECT_EQ(completions("message encrypt --cipher se", 4), "seed-cbc\n");
 }
 #endif
 
@@ -121,14 +123,20 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
     const std::string common = between(page, ".SH OPTIONS", ".SH EXIT STATUS");
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
-    for (const std::string command : {"verify", "show", "asn1", "oid", "status"}) {
-        const std::string help = run({command, "--help"}).output;
+    for (const std::string command :
+         {"verify", "show", "asn1", "oid", "status", "message encrypt", "message decrypt"}) {
+        std::istringstream words(command + " --help");
+        const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
         EXPECT_GE(options.size(), 2U) << command;
         Words in_page = options_in(between(page, ".SS " + command, ".S") + common);
         in_page.erase("--version");
+        const bool prints_json = !command.starts_with("message");
+        if (!prints_json) in_page.erase("--json");
         EXPECT_EQ(in_page, options) << command;
-        const std::string name = command == "oid" || command == "status" ? "oid | status" : command;
+        const std::string name = command == "oid" || command == "status" ? "oid | status"
+                                 : prints_json                           ? command
+                                                                         : command.substr(8);
         EXPECT_EQ(options_in(between(completion, " " + name + ") options=", ";;")), options) << command;
     }
 }

@@ -1,0 +1,27 @@
+#include "output.hpp"
+
+#include <cerrno>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+
+#include "failure.hpp"
+
+namespace tool {
+
+void write_octets(const std::string &path, Octets octets) {
+    if (path == "-") {
+        std::cout.write(reinterpret_cast<const char *>(octets.data()),
+                        static_cast<std::streamsize>(octets.size()));
+        return;
+    }
+    errno = 0;
+    if (binary_to_File(path.c_str(), octets.data(), static_cast<uint32_t>(octets.size())) == 0) return;
+    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(file, ignored)) std::filesystem::remove(file, ignored);
+    throw Failure(path + ": cannot be written" + reason);
+}
+
+}  // namespace tool

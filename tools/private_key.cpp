@@ -1,0 +1,88 @@
+#include "private_key.hpp"
+
+#include "block_kind.hpp"
+#include "record.hpp"
+
+namespace tool {
+
+namespace {
+
+/// The first line of a file. The input owns and wipes it.
+std::string_view first_line(const Input &file) {
+    const Octets octets = file.blocks().front().octets;
+    const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
+    return text.substr(0, text.find_first_of("\r\n"));
+}
+
+/// The cipher of a line "DEK-Info: DES-EDE3-CBC,0123456789ABCDEF"; empty when there is none.
+std::string_view cipher_of(std::string_view block) {
+    constexpr std::string_view kHeader = "DEK-Info: ";
+    const std::size_t at = block.find(kHeader);
+    if (at == std::string_view::npos) return {};
+    const std::string_view value = block.substr(at + kHeader.size());
+    return value.substr(0, value.find_first_of(",\r\n"));
+}
+
+std::string why_not_decrypted(const Block &block, uint32_t status) {
+    constexpr std::string_view kSupported = "DES-EDE3-CBC";
+    const std::string_view cipher = cipher_of(block.text);
+    if (!cipher.empty() && cipher != kSupported) {
+        return "the key is encrypted with " + std::string(cipher) + ", which is not supported, only " +
+               std::string(kSupported) + " is";
+    }
+    return "the key cannot be decrypted (is the password right?): " + status_sentence(status);
+}
+
+}  // namespace
+
+Password::Password(const std::string &path) {
+    if (path.empty()) return;
+    file_.emplace(path);
+    expect_contents(file_->blocks().front());
+    text_ = first_line(*file_);
+}
+
+RsaKey decrypt_key(const Block &block, std::optional<std::string_view> password) {
+    if (block.label != "RSA PRIVATE KEY") {
+        throw Failure(block.source + ": an encrypted " + block.label + " cannot be read");
+    }
+    if (!password) {
+        throw Failure(block.source + ": the key is encrypted; give its password with --password-file");
+    }
+    if (password->empty()) {
+        throw Failure(block.source +
+                      ": the key is encrypted, and the first line of the password file is empty");
+    }
+    auto unit = made<RsaKey>(new_RSA_UNIT());
+    const uint32_t status =
+        readPKCS1_from_Binary(unit.get(), password->data(), static_cast<int32_t>(password->size()),
+                              block.text.data(), static_cast<int32_t>(block.text.size()));
+    if (status != 0) throw Failure(block.source + ": " + why_not_decrypted(block, status));
+    return unit;
+}
+
+RsaKey decode_private_key(const Block &block) {
+    auto unit = made<RsaKey>(new_RSA_UNIT());
+    const Owned<PKCS1_RSA_PRIVATE_KEY, free_PKCS1_RSA_PRIVATE_KEY> key(
+        decode_record(block, Seq_to_PKCS1_RSA_PRIVATE_KEY));
+    must(get_RSA_UNIT_from_PKCS1_RSA_PRIVATE_KEY(unit.get(), key.get()));
+    return unit;
+}
+
+RsaKey load_private_key(const std::string &path, const Password &password) {
+    const Input input(path);
+    std::string reason = "holds no private key in PKCS #1 form (\"RSA PRIVATE KEY\")";
+    for (const Block &block : input.blocks()) {
+        if (block.is_encrypted) return decrypt_key(block, password.text());
+        if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
+        const Kind kind = kind_of(block);
+        if (kind == Kind::kRsaPrivate) {
+            expect_one_element(block);
+            return decode_private_key(block);
+        }
+        if (kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8) reason += "; it holds " + kind_name(kind);
+    }
+    throw Failure(path + ": " + reason);
+}
+
+}  // namespace tool

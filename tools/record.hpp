@@ -1,0 +1,20 @@
+// Records of blocks.
+#pragma once
+
+#include "failure.hpp"
+#include "input.hpp"
+#include "status.hpp"
+
+namespace tool {
+
+/// The record of a block that is one element. Throws Failure.
+template <typename T>
+T *decode_record(const Block &block, uint32_t (*decoder)(const ASN1_UNIT *, T **)) {
+    T *record = nullptr;
+    const Node node(decodeToDERSequence_n(block.octets.data(), static_cast<uint32_t>(block.octets.size())));
+    const uint32_t status = decoder(node.get(), &record);
+    if (status != 0) throw Failure(block.source + ": cannot be decoded: " + status_sentence(status));
+    return record;
+}
+
+}  // namespace tool
