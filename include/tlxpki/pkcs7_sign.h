@@ -170,7 +170,7 @@ TLXPKI_API uint32_t verify_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, c
                                  int32_t length);
 
 /** What verify_PKCS7_Signers() finds about one signer. A status of 0 means that the check was made and
- * passed. */
+ * passed. Checks that take the certificate have the status 0x4B300047 when there is none. */
 typedef struct P7_SIGNER_REPORT {
     uint32_t status;            /**< the first of those that follow that is not 0; without anchors pathStatus
                                    does not count */
@@ -184,8 +184,8 @@ typedef struct P7_SIGNER_REPORT {
                                     messageDigest with one value each, or there are none although the content
                                     is not data or is itself such a set of attributes; 0x4B300106 contentType is
                                     not the      content's; 0x4B30005E messageDigest is not the digest of the content */
-    uint32_t signatureStatus;    /**< 0x4B300054 the signature does not verify; without a certificate or
-                                    with algorithmStatus the status of that */
+    uint32_t signatureStatus;    /**< 0x4B300054 the signature does not verify; with an algorithmStatus the
+                                    same */
     uint32_t pathStatus;         /**< a status of build_certPath() or validate_certpath(); 0x4B300116 without
                                     anchors: nothing proves whose key it is */
     uint32_t digestAlgorithm;    /**< row of the registry; 0 for an unknown one */
