@@ -71,6 +71,7 @@ struct Work {
     Octets given;   ///< plaintext of all pieces
     Octets handed;  ///< ciphertext that came back in buffers
     Octets plain;
+    bool flipped = false;  ///< since when decryption may give anything
     std::uint32_t written = 0;
     bool untouched = true;
 
@@ -200,7 +201,10 @@ std::string run(const Row &row) {
         {"open",  // a private key, the certificate's number or 8 for none
          [&](N n) {
              const X509_CERT *cert = n[1] == 8 ? nullptr : certificate(n[1]);
-             return open_with(info(), cert, signing_key(n[0]), work.plain);
+             const std::uint32_t status = open_with(info(), cert, signing_key(n[0]), work.plain);
+             // Of what a wrong key gives, the padding is right once in 256 times.
+             const bool by_chance = status == 0 && work.flipped && work.plain != work.given;
+             return by_chance ? 0x4B410012U : status;
          }},
         {"flip",  // an octet of the first recipient's key, or of the ciphertext
          [&](N n) {
@@ -209,6 +213,7 @@ std::string run(const Row &row) {
                                        ? get_P7_RECIPIENT_INFOS_child(data->recipientInfos, 0)->encryptedKey
                                        : data->encryptedContentInfo->encryptedContent;
              octets->data[n[1]] ^= 1U;
+             work.flipped = true;
              return 0U;
          }},
         {"parameters",  // of the content's algorithm: none, an IV of 15 octets, a SEQUENCE
@@ -360,7 +365,7 @@ TEST(MessageEncrypt, Rows) {
                  {"opens-openssl", {opens_openssl}},
                  {"allocations",
                   {run_without_memory,
-                   {"1", "4B20003A", "4B30003A", "4B31003A", "4B310012", "4B1C003B", "4B1C005F"}}}});
+                   {"1", "4B20003A", "4B40003A", "4B41003A", "4B410012", "4B1C003B", "4B1C005F"}}}});
 }
 
 }  // namespace

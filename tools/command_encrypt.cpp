@@ -15,8 +15,8 @@ namespace {
 using Message = Owned<P7_CONTENT_INFO, free_P7_CONTENT_INFO>;
 using Key = Owned<ASYMMETRIC_KEY, free_ASYMMETRIC_KEY>;
 
-constexpr uint32_t kNotOfThisKey = 0x4B310012;
-constexpr uint32_t kNoRecipient = 0x4B310047;
+constexpr uint32_t kNotOfThisKey = 0x4B410012;
+constexpr uint32_t kNoRecipient = 0x4B410047;
 
 /// A scheme of key encryption; 0 stands for no OAEP.
 struct Scheme {

@@ -212,9 +212,9 @@ TLXPKI_API const char *get_PKCS7_cipher_name(uint32_t index);
 /**
  * Begins an encryption under a random key and IV in enveloped or signed-and-enveloped data.
  * update_PKCS7_encrypt() and final_PKCS7_Encrypt() go on.
- * @return 0; 0x4B300049 a null argument, missing content or no recipients; 0x4B300048 other content, an
+ * @return 0; 0x4B400049 a null argument, missing content or no recipients; 0x4B400048 other content, an
  * unknown cipher or one that libcrypto lacks, or a recipient without an RSA key or with another algorithm;
- * 0x4B30003A no memory or no random octets; a status of encrypt_RSAES() for a key that is too short
+ * 0x4B40003A no memory or no random octets; a status of encrypt_RSAES() for a key that is too short
  */
 TLXPKI_API uint32_t init_PKCS7_Seal(P7_CONTENT_INFO *info, const char *cipher_name, uint32_t output_flag);
 
@@ -231,10 +231,10 @@ TLXPKI_API uint32_t seal_PKCS7(P7_CONTENT_INFO *info, const char *cipher_name, c
  * @param content receives the content with a zero octet after it, freed with tlx_free(); unchanged on
  * failure, which leaves none of it in memory
  * @param len     receives its octets
- * @return 0; 0x4B310049 a null argument other than cert, or missing content; 0x4B310048 other content, a key
- * that is not RSA, or an algorithm or parameters that are unknown or broken; 0x4B310047 the certificate of no
- * recipient, or none to be found; 0x4B310012 key and message do not belong together, or the message was
- * damaged, or memory ran out while they were computed with; 0x4B31003A memory ran out otherwise
+ * @return 0; 0x4B410049 a null argument other than cert, or missing content; 0x4B410048 other content, a key
+ * that is not RSA, or an algorithm or parameters that are unknown or broken; 0x4B410047 the certificate of no
+ * recipient, or none to be found; 0x4B410012 key and message do not belong together, or the message was
+ * damaged, or memory ran out while they were computed with; 0x4B41003A memory ran out otherwise
  */
 TLXPKI_API uint32_t open_PKCS7(const P7_CONTENT_INFO *info, const X509_CERT *cert,
                                const ASYMMETRIC_KEY *private_key, uint8_t **content, uint32_t *len);
