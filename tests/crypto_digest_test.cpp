@@ -43,7 +43,7 @@ Octets one_shot_hmac(std::uint32_t id, const Octets &key, const Octets &data) {
 }
 
 Octets peer_digest(const std::string &name, const Octets &data) {
-    return name == "HAS160" ? rhash::has160(data) : openssl::digest(name, data);
+    return name == "HAS160" ? librhash::has160(data) : openssl::digest(name, data);
 }
 
 // RFC 2104 over the peer's digest.
@@ -65,7 +65,7 @@ Octets peer_hmac(const Algorithm &algorithm, Octets key, const Octets &data) {
 TEST_F(Digests, AgreesOverLengthsAndPieces) {
     for (const auto &[id, name, digest_length, block_length] : kAlgorithms) {
         SCOPED_TRACE(name);
-        if (name == "HAS160" && !rhash::kAvailable) continue;
+        if (name == "HAS160" && !librhash::kAvailable) continue;
         const Held<free_DIGEST_UNIT> unit(new_DIGEST_UNIT());
         EXPECT_EQ(get_DigestLength(id), digest_length);
         EXPECT_EQ(get_DigestBlockLength(id), block_length);
@@ -94,7 +94,7 @@ TEST_F(Digests, AgreesOnHmacsOverKeyLengths) {
     HMAC_UNIT *unit = owned.get();
     for (const Algorithm &algorithm : kAlgorithms) {
         SCOPED_TRACE(algorithm.name);
-        if (algorithm.name == "HAS160" && !rhash::kAvailable) continue;
+        if (algorithm.name == "HAS160" && !librhash::kAvailable) continue;
         const std::uint32_t id = algorithm.name == "SHA1" ? TLX_HMAC_SHA1 : algorithm.id;
         for (const std::size_t key_length : {0U, 20U, 64U, 65U, 128U, 129U}) {
             const Octets key(key_length, static_cast<std::uint8_t>(key_length));

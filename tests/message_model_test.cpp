@@ -179,21 +179,26 @@ std::string version_of(const Info &info) {
 }
 
 TEST(MessageModel, TypesBringEmptyContent) {
-    for (const auto &[type, version] : std::initializer_list<std::pair<std::int32_t, std::string>>{
-             {TLX_OID_PKCS7_DATA, "none"},
-             {TLX_OID_PKCS7_SIGNED_DATA, "1"},
-             {TLX_OID_PKCS7_ENVELOPED_DATA, "0"},
-             {TLX_OID_PKCS7_SIGNED_AND_ENVELOPED_DATA, "1"},
-             {TLX_OID_PKCS7_DIGESTED_DATA, "0"},
-             {TLX_OID_PKCS7_ENCRYPTED_DATA, "0"}}) {
+    struct Content {
+        std::int32_t type;
+        std::string version;
+    };
+    for (const Content &content :
+         std::initializer_list<Content>{{TLX_OID_PKCS7_DATA, "none"},
+                                        {TLX_OID_PKCS7_SIGNED_DATA, "1"},
+                                        {TLX_OID_PKCS7_ENVELOPED_DATA, "0"},
+                                        {TLX_OID_PKCS7_SIGNED_AND_ENVELOPED_DATA, "1"},
+                                        {TLX_OID_PKCS7_DIGESTED_DATA, "0"},
+                                        {TLX_OID_PKCS7_ENCRYPTED_DATA, "0"}}) {
         sweep_failing_allocations([&] {
             const Info info(new_PKCS7_Content());
-            return info && set_PKCS7_Type(info.get(), type) == 0 && version_of(info) == version;
+            return info && set_PKCS7_Type(info.get(), content.type) == 0 &&
+                   version_of(info) == content.version;
         });
         const LeakCheck leaks;
         const Info held = info_of(signed_data("07", "A0{" + certificate_text() + "} 31{}"));
-        EXPECT_EQ(set_PKCS7_Type(held.get(), type), 0U);
-        EXPECT_EQ(version_of(held), version);
+        EXPECT_EQ(set_PKCS7_Type(held.get(), content.type), 0U);
+        EXPECT_EQ(version_of(held), content.version);
     }
     const Info info = info_of(kData);
     for (const std::int32_t refused :

@@ -52,7 +52,7 @@ TEST(Certificate, MissingMembersInTheirOrder) {
     for (const auto &[before, set] : steps) {
         EXPECT_EQ(encoded(X509_TBS_CERT_to_Seq, tbs), before);
         EXPECT_EQ(set(), 0U) << before;
-        sweep_failing_allocations([&set] { return set() == 0; });
+        sweep_failing_allocations([&again = set] { return again() == 0; });
     }
     EXPECT_EQ(encoded(X509_CERT_to_Seq, cert), "46100103");
     EXPECT_EQ(Statuses({set_X509_extensions(cert, get_X509_extensions(from)), set_X509_version(cert, 2),

@@ -7,7 +7,7 @@
 #include <rhash.h>
 #endif
 
-namespace tlx_test::rhash {
+namespace tlx_test::librhash {
 
 #ifdef _WIN32
 constexpr bool kAvailable = false;
@@ -24,4 +24,4 @@ inline std::vector<std::uint8_t> has160(const std::vector<std::uint8_t> &data) {
 }
 #endif
 
-}  // namespace tlx_test::rhash
+}  // namespace tlx_test::librhash
