@@ -51,15 +51,6 @@ Json describe_policy(const POLICY_INFO *policy) {
     return json;
 }
 
-/// Whether the library writes the certificate as it was read. Otherwise its signature cannot be verified.
-bool is_kept(const X509_CERT *cert, Octets der) {
-    uint8_t *octets = nullptr;
-    const uint32_t size = writeDER_to_Binary(cert, TLX_ENCODER(X509_CERT_to_Seq), &octets);
-    if (size == 0xFFFFFFFF) return false;
-    const Owned<uint8_t, tlx_free> owner(octets);
-    return std::equal(octets, octets + size, der.begin(), der.end());
-}
-
 /// Says whether the certificate is signed with its own key, unless the library cannot verify with that key.
 void add_self_signed(Json &json, const X509_CERT *cert) {
     const bool self_issued = is_selfSigned(cert) == 0;
@@ -138,7 +129,7 @@ Json describe_certificate(const X509_CERT *cert, Octets der) {
                                         get_X509_EXTENSION, describe_extension);
     json["digests"] = {{"sha1", digest_of(TLX_DIGEST_SHA1, der)},
                        {"sha256", digest_of(TLX_DIGEST_SHA256, der)}};
-    if (!is_kept(cert, der)) {
+    if (check_X509_received(cert) != 0) {
         json["notes"].push_back(
             "the library does not write this certificate as it was read, so that its "
             "signature does not verify");

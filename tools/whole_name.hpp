@@ -5,10 +5,9 @@
 
 namespace tool {
 
-/// The text of a name by RFC 4514, given its element, with all pairs of a relative distinguished name joined
-/// by
-/// "+". The library keeps the first of them only. Empty when no relative distinguished name has several, and
-/// for a name that cannot be decoded.
+/// The text of a name by RFC 4514, given its element, with all pairs of a relative distinguished name, joined
+/// by "+", of which the library keeps the first only. Empty when no relative distinguished name has several,
+/// and for a name that cannot be decoded.
 [[nodiscard]] std::string whole_name(Octets name);
 
 }  // namespace tool
