@@ -46,11 +46,6 @@ constexpr bool is_oaep(u32 mode) noexcept {
     return mode == TLX_RSAES_MODE_OAEP_SET || mode == TLX_RSAES_MODE_OAEP;
 }
 
-/// The RSA key of a holder; null for a key of another kind and for none.
-inline RSA_UNIT *rsa_unit(const ASYMMETRIC_KEY *key) noexcept {
-    return key != nullptr && key->kind == TLX_KEY_RSA ? static_cast<RSA_UNIT *>(key->key) : nullptr;
-}
-
 /// Makes what encrypt_RSAES() gives for the content key the recipient's encryptedKey, with a unit that was
 /// prepared. A status of encrypt_RSAES(), or 0x4B20003A when memory runs out.
 [[nodiscard]] u32 encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept;

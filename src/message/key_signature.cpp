@@ -10,10 +10,7 @@
 namespace tlx {
 namespace {
 
-/// The unit of a key of a kind; null for another kind.
-RSA_UNIT *rsa_unit(const ASYMMETRIC_KEY *key) noexcept {
-    return key != nullptr && key->kind == TLX_KEY_RSA ? static_cast<RSA_UNIT *>(key->key) : nullptr;
-}
+/// The unit of a KCDSA key; null for another kind.
 KCDSA *kcdsa_unit(const ASYMMETRIC_KEY *key) noexcept {
     return key != nullptr && key->kind == TLX_KEY_KCDSA ? static_cast<KCDSA *>(key->key) : nullptr;
 }

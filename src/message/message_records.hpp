@@ -3,6 +3,7 @@
 // The status of a member's codec goes up unchanged: Passing<P7_SIGNER_INFO>, and lists that pass theirs up.
 #pragma once
 
+#include <tlxcrypto/rsa.h>
 #include <tlxpki/pkcs7.h>
 
 #include "x509/certificate_records.hpp"
@@ -47,6 +48,11 @@ u32 decode_signed(const Description &description, const Element &element, R **ou
                   const Statuses &statuses) noexcept {
     const u32 status = decode_record(description, element, out, statuses);
     return status == kEnded ? 0 : status;
+}
+
+/// The RSA key of a holder; null for a key of another kind and for none.
+inline RSA_UNIT *rsa_unit(const ASYMMETRIC_KEY *key) noexcept {
+    return key != nullptr && key->kind == TLX_KEY_RSA ? static_cast<RSA_UNIT *>(key->key) : nullptr;
 }
 
 }  // namespace tlx
