@@ -39,3 +39,8 @@ if(NOT WIN32)
     target_compile_options(tlx_library_options INTERFACE -fno-semantic-interposition -fno-plt)
     target_link_options(tlx_library_options INTERFACE -Wl,-Bsymbolic-functions)
 endif()
+
+# For what spends its time in the libraries, which are optimised as users get them: half the time to compile it.
+macro(tlx_compile_quickly)
+    add_compile_options($<$<CONFIG:RelWithDebInfo>:-O1> $<$<CONFIG:RelWithDebInfo>:-g1> $<$<BOOL:${TLX_SANITIZE}>:-g1>)
+endmacro()

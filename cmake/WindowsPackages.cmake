@@ -42,9 +42,11 @@ if(TLX_TOOLS)
     tlx_provide_package(nlohmann_json 3.11)
 endif()
 
-# What is built here is linked into each program.
+# What is built here is linked into each program of the tests; nobody debugs or hurries it.
 set(tlx_shared ${BUILD_SHARED_LIBS})
+set(tlx_flags ${CMAKE_CXX_FLAGS_RELWITHDEBINFO})
 set(BUILD_SHARED_LIBS OFF)
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -DNDEBUG")
 if(TLX_TESTS)
     set(BUILD_GMOCK OFF)
     set(INSTALL_GTEST OFF)
@@ -68,3 +70,4 @@ if(TLX_BENCH)
     tlx_provide_package(benchmark 1.7)
 endif()
 set(BUILD_SHARED_LIBS ${tlx_shared})
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO ${tlx_flags})
