@@ -5,6 +5,7 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/objects.h>
+#include <openssl/pkcs12.h>
 #include <openssl/provider.h>
 #include <openssl/rsa.h>
 
@@ -12,6 +13,7 @@ namespace tlx_test::openssl {
 namespace {
 
 struct Free {
+    void operator()(EVP_MD *p) const { EVP_MD_free(p); }
     void operator()(EVP_CIPHER *p) const { EVP_CIPHER_free(p); }
     void operator()(EVP_CIPHER_CTX *p) const { EVP_CIPHER_CTX_free(p); }
     void operator()(EVP_PKEY_CTX *p) const { EVP_PKEY_CTX_free(p); }
@@ -79,6 +81,18 @@ Octets digest(const std::string &name, const Octets &data) {
     if (done != 1) ERR_clear_error();
     out.resize(done == 1 ? length : 0);
     return out;
+}
+
+Octets pkcs12_key(const std::string &digest, const Octets &password, const Octets &salt, int id,
+                  int iterations, std::size_t length) {
+    const Owned<EVP_MD> algorithm(EVP_MD_fetch(library(), digest.c_str(), nullptr));
+    Octets secret = password;
+    Octets random = salt;
+    Octets out(length);
+    const int done = PKCS12_key_gen_uni_ex(
+        secret.data(), static_cast<int>(secret.size()), random.data(), static_cast<int>(random.size()), id,
+        iterations, static_cast<int>(length), out.data(), algorithm.get(), library(), nullptr);
+    return done == 1 ? out : Octets();
 }
 
 std::string calculate(const std::string &operation, const std::string &a, const std::string &b,

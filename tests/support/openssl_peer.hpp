@@ -14,6 +14,10 @@ using Octets = std::vector<std::uint8_t>;
 /// Digest by libcrypto's algorithm name; empty when it does not know the name.
 Octets digest(const std::string &name, const Octets &data);
 
+/// What RFC 7292, appendix B.2 derives with that digest for a purpose (the id) from a 16-bit password.
+Octets pkcs12_key(const std::string &digest, const Octets &password, const Octets &salt, int id,
+                  int iterations, std::size_t length);
+
 /// Big-number arithmetic on upper-case hexadecimal numbers, where operation is one of "+", "-", "*", "/",
 /// "%", "<<" and ">>", or the first three and "^" followed by "%", which take the modulus as a third operand.
 /// A shift's count is b.
