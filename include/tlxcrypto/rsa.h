@@ -73,7 +73,7 @@ TLXCRYPTO_API void clean_RSA_UNIT(RSA_UNIT *unit);
 /** Cleans and frees a unit. Ignores null. */
 TLXCRYPTO_API void free_RSA_UNIT(RSA_UNIT *unit);
 /** Copies the kind, numbers and PSS settings to a new unit with nothing under way. Copies share what
- * verifying computes from the numbers, whichever of them verifies first. */
+ * they compute from the numbers, whichever of them computes first, until one gets other numbers. */
 TLXCRYPTO_API RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit);
 
 /** Makes a public key from its numbers as unsigned big-endian octets; freed with free_RSA_UNIT(). Null for a

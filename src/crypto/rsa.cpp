@@ -12,15 +12,24 @@ namespace {
 // A salt that no modulus has room for would reach libcrypto as one of its negative code numbers.
 constexpr u32 kMostSalt = 0xFFFF;
 
-// Replaces the numbers and drops what the unit computed from the old ones. False when memory runs out; the
-// unit is unchanged then.
-bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers,
-                 OwnedModulus modulus) noexcept {
-    if (numbers[TLX_RSA_N] != nullptr && modulus == nullptr) return false;
+// Null when memory runs out.
+OwnedCache make_cache() noexcept {
+    void *memory = TLX_ALLOCATE(sizeof(RsaCache));
+    return OwnedCache(memory == nullptr ? nullptr : new (memory) RsaCache);
+}
+
+OwnedCache share(const OwnedCache &cache) noexcept {
+    if (cache != nullptr) cache->references.fetch_add(1, std::memory_order_relaxed);
+    return OwnedCache(cache.get());
+}
+
+// Replaces the numbers, and what was computed from the old ones by what was computed from these. False when
+// memory runs out; the unit is unchanged then.
+bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers, OwnedCache cache) noexcept {
+    if (numbers[TLX_RSA_N] != nullptr && cache == nullptr) return false;
     if (!unit.numbers.set_all(numbers)) return false;
     unit.kind = kind;
-    unit.cache.drop();
-    unit.cache.modulus = std::move(modulus);
+    unit.cache = std::move(cache);
     unit.signature = RsaTask::none;
     unit.encryption = RsaTask::none;
     unit.oaep = {};
@@ -29,6 +38,14 @@ bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers,
 }
 
 }  // namespace
+
+void tlx::ReleaseCache::operator()(RsaCache *cache) const noexcept {
+    if (cache->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    BN_MONT_CTX_free(cache->modulus.load(std::memory_order_relaxed));
+    EVP_PKEY_CTX_free(cache->signer.load(std::memory_order_relaxed));
+    EVP_PKEY_free(cache->key.load(std::memory_order_relaxed));
+    tlx_free(cache);
+}
 
 extern "C" {
 
@@ -55,7 +72,7 @@ RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit) {
     if (copy == nullptr) return nullptr;
     RsaNumbers::Pointers numbers;
     unit->numbers.get_all(numbers);
-    if (!set_numbers(*copy, unit->kind, numbers, share(unit->cache.modulus))) {
+    if (!set_numbers(*copy, unit->kind, numbers, share(unit->cache))) {
         free_RSA_UNIT(copy);
         return nullptr;
     }
@@ -68,19 +85,19 @@ RSA_UNIT *binary_to_RSA_UNIT(const uint8_t *modulus, uint32_t modulus_len, const
                              uint32_t exponent_len) {
     OwnedBigint n(binary_to_BIGINT(modulus, modulus_len));
     OwnedBigint e(binary_to_BIGINT(exponent, exponent_len));
-    OwnedModulus prepared = make_modulus();
-    if (n == nullptr || e == nullptr || prepared == nullptr) return nullptr;
+    OwnedCache cache = make_cache();
+    if (n == nullptr || e == nullptr || cache == nullptr) return nullptr;
     RSA_UNIT *unit = new_RSA_UNIT();
     if (unit == nullptr) return nullptr;
     unit->numbers.set(TLX_RSA_N, std::move(n));
     unit->numbers.set(TLX_RSA_E, std::move(e));
-    unit->cache.modulus = std::move(prepared);
+    unit->cache = std::move(cache);
     return unit;
 }
 
 uint32_t set_RSA_UNIT_public(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e) {
     if (unit == nullptr || n == nullptr || e == nullptr) return 1;
-    return set_numbers(*unit, TLX_RSA_PUBLIC, {n, e}, make_modulus()) ? 0 : 1;
+    return set_numbers(*unit, TLX_RSA_PUBLIC, {n, e}, make_cache()) ? 0 : 1;
 }
 
 uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, const BIGINT *d,
@@ -90,7 +107,7 @@ uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, 
     const bool all = p != nullptr && q != nullptr && dp != nullptr && dq != nullptr && qinv != nullptr;
     const bool any = p != nullptr || q != nullptr || dp != nullptr || dq != nullptr || qinv != nullptr;
     if (any && !all) return 1;
-    return set_numbers(*unit, TLX_RSA_PRIVATE, {n, e, d, p, q, dp, dq, qinv}, make_modulus()) ? 0 : 1;
+    return set_numbers(*unit, TLX_RSA_PRIVATE, {n, e, d, p, q, dp, dq, qinv}, make_cache()) ? 0 : 1;
 }
 
 uint32_t set_RSA_UNIT_PSS(RSA_UNIT *unit, uint32_t mgf_digest_id, uint32_t salt_len) {
@@ -113,9 +130,8 @@ uint32_t get_RSA_length(const RSA_UNIT *unit) {
 }
 
 uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit) {
-    if (unit == nullptr || unit->cache.modulus == nullptr) return 0;
-    return unit->cache.builds.load(std::memory_order_relaxed) +
-           unit->cache.modulus->builds.load(std::memory_order_relaxed);
+    if (unit == nullptr || unit->cache == nullptr) return 0;
+    return unit->cache->builds.load(std::memory_order_relaxed);
 }
 
 }  // extern "C"

@@ -25,36 +25,19 @@ using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
 inline constexpr u32 kMostRsaBits = 16384;
 inline constexpr u32 kMostRsaOctets = kMostRsaBits / 8;
 
-/// A modulus, which the first thread that needs it prepares for multiplication. A unit and its copies share
-/// it, and the last of them frees it.
-struct SharedModulus {
-    std::atomic<BN_MONT_CTX *> prepared = nullptr;
-    std::atomic<u32> builds = 0;
-    std::atomic<u32> references = 1;
-};
-struct ReleaseModulus {
-    void operator()(SharedModulus *modulus) const noexcept;
-};
-using OwnedModulus = std::unique_ptr<SharedModulus, ReleaseModulus>;
-
-/// A modulus that is not prepared yet; null when memory runs out.
-OwnedModulus make_modulus() noexcept;
-OwnedModulus share(const OwnedModulus &modulus) noexcept;
-
-/// What a unit computed from its numbers. The first thread that needs a part fills it in.
+/// What was computed from the numbers of a unit. The first thread that needs a part fills it in. A unit and
+/// its copies share it, until one of them gets other numbers, and the last of them frees it.
 struct RsaCache {
-    OwnedModulus modulus;  ///< there when the unit has numbers
+    std::atomic<BN_MONT_CTX *> modulus = nullptr;  ///< prepared for multiplication
     std::atomic<EVP_PKEY *> key = nullptr;
     std::atomic<EVP_PKEY_CTX *> signer = nullptr;  ///< the context last used to sign with PKCS #1 v1.5
     std::atomic<u32> builds = 0;
-
-    RsaCache() = default;
-    RsaCache(const RsaCache &) = delete;
-    RsaCache &operator=(const RsaCache &) = delete;
-    ~RsaCache() { drop(); }
-    /// Frees everything; no other thread may be using the unit.
-    void drop() noexcept;
+    std::atomic<u32> references = 1;
 };
+struct ReleaseCache {
+    void operator()(RsaCache *cache) const noexcept;
+};
+using OwnedCache = std::unique_ptr<RsaCache, ReleaseCache>;
 
 struct FreeLabel {
     void operator()(u8 *label) const noexcept { tlx_free(label); }
@@ -78,7 +61,7 @@ struct RSA_UNIT {
     tlx::RsaNumbers numbers;
     tlx::u32 pss_mgf_digest_id = TLX_DIGEST_SHA1;
     tlx::u32 pss_salt_length = TLX_RSA_PSS_DEFAULT_SALT_LENGTH;
-    mutable tlx::RsaCache cache;
+    tlx::OwnedCache cache;  ///< there when the unit has numbers
 
     tlx::RsaTask signature = tlx::RsaTask::none;
     tlx::u32 signature_mode = 0;
@@ -104,7 +87,7 @@ u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexc
 /// Verifies a PSS signature under the unit's PSS settings. Statuses likewise.
 u32 verify_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, Bytes signature) noexcept;
 
-/// Stores the backend's key of the unit, which stays the unit's. 0, TLX_RSA_BAD_KEY or 1.
+/// Stores the backend's key of the unit, which stays in its cache. 0, TLX_RSA_BAD_KEY or 1.
 u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept;
 
 }  // namespace tlx

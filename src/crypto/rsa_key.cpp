@@ -128,24 +128,19 @@ bool is_usable_public_part(const RsaNumbers &numbers) noexcept {
     return e_bits >= 2 && e_bits <= kMostExponentBits && is_odd(numbers[TLX_RSA_E]);
 }
 
-void RsaCache::drop() noexcept {
-    modulus.reset();
-    EVP_PKEY_CTX_free(signer.exchange(nullptr, std::memory_order_relaxed));
-    EVP_PKEY_free(key.exchange(nullptr, std::memory_order_relaxed));
-    builds.store(0, std::memory_order_relaxed);
-}
-
 u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept {
     if (backend() == nullptr) return 1;
-    *key = unit.cache.key.load(std::memory_order_acquire);
+    if (unit.cache == nullptr) return TLX_RSA_BAD_KEY;
+    RsaCache &cache = *unit.cache;
+    *key = cache.key.load(std::memory_order_acquire);
     if (*key != nullptr) return 0;
     if (!is_usable_public_part(unit.numbers)) return TLX_RSA_BAD_KEY;
     if (unit.kind == TLX_RSA_PRIVATE && !is_usable_private_part(unit.numbers)) return TLX_RSA_BAD_KEY;
     Key built = build_key(unit);
     if (built == nullptr) return 1;
-    unit.cache.builds.fetch_add(1, std::memory_order_relaxed);
+    cache.builds.fetch_add(1, std::memory_order_relaxed);
     // Another thread may have been faster; then we keep its key and free ours.
-    if (unit.cache.key.compare_exchange_strong(*key, built.get(), std::memory_order_acq_rel)) {
+    if (cache.key.compare_exchange_strong(*key, built.get(), std::memory_order_acq_rel)) {
         *key = built.release();
     }
     return 0;

@@ -3,7 +3,6 @@
 // a shortage of memory.
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 #include "crypto/backend.hpp"
 #include "crypto/memory.hpp"
@@ -20,14 +19,14 @@ bool bit(const BIGINT &number, u32 index) noexcept {
 /// The unit's modulus prepared for multiplication. Another thread may have been faster; then we keep its
 /// work.
 BN_MONT_CTX *prepared_modulus(const RSA_UNIT &unit, BN_CTX *scratch) noexcept {
-    SharedModulus &shared = *unit.cache.modulus;
-    BN_MONT_CTX *ready = shared.prepared.load(std::memory_order_acquire);
+    RsaCache &cache = *unit.cache;
+    BN_MONT_CTX *ready = cache.modulus.load(std::memory_order_acquire);
     if (ready != nullptr) return ready;
     const Bignum n(to_bignum(unit.numbers[TLX_RSA_N]));
     Montgomery made(BN_MONT_CTX_new());
     if (n == nullptr || made == nullptr || BN_MONT_CTX_set(made.get(), n.get(), scratch) != 1) return nullptr;
-    shared.builds.fetch_add(1, std::memory_order_relaxed);
-    const bool first = shared.prepared.compare_exchange_strong(ready, made.get(), std::memory_order_acq_rel);
+    cache.builds.fetch_add(1, std::memory_order_relaxed);
+    const bool first = cache.modulus.compare_exchange_strong(ready, made.get(), std::memory_order_acq_rel);
     return first ? made.release() : ready;
 }
 
@@ -132,22 +131,6 @@ u32 check_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, u8 *encoded, std:
 }  // namespace
 
 namespace tlx {
-
-void ReleaseModulus::operator()(SharedModulus *modulus) const noexcept {
-    if (modulus->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-    BN_MONT_CTX_free(modulus->prepared.load(std::memory_order_relaxed));
-    tlx_free(modulus);
-}
-
-OwnedModulus make_modulus() noexcept {
-    void *memory = TLX_ALLOCATE(sizeof(SharedModulus));
-    return OwnedModulus(memory == nullptr ? nullptr : new (memory) SharedModulus);
-}
-
-OwnedModulus share(const OwnedModulus &modulus) noexcept {
-    if (modulus != nullptr) modulus->references.fetch_add(1, std::memory_order_relaxed);
-    return OwnedModulus(modulus.get());
-}
 
 u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexcept {
     Bignum recovered;

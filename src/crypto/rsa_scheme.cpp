@@ -100,7 +100,7 @@ bool set_pss_parameters(EVP_PKEY_CTX *context, const RSA_UNIT &unit, u32 digest_
 }
 
 // Signs a hash with PSS, or a whole DigestInfo with PKCS #1 v1.5, because libcrypto knows no HAS-160.
-// Preparing a context takes a while, so the unit keeps the last one for PKCS #1 v1.5.
+// Preparing a context takes a while, so the cache keeps the last one for PKCS #1 v1.5.
 bool sign_octets(const RSA_UNIT &unit, EVP_PKEY *key, u32 digest_id, u32 mode, Bytes octets,
                  u8 *sig) noexcept {
     std::size_t length = get_RSA_length(&unit);
@@ -109,11 +109,11 @@ bool sign_octets(const RSA_UNIT &unit, EVP_PKEY *key, u32 digest_id, u32 mode, B
         return context != nullptr && set_pss_parameters(context.get(), unit, digest_id) &&
                EVP_PKEY_sign(context.get(), sig, &length, octets.data(), octets.size()) == 1;
     }
-    KeyContext context(unit.cache.signer.exchange(nullptr, std::memory_order_acq_rel));
+    KeyContext context(unit.cache->signer.exchange(nullptr, std::memory_order_acq_rel));
     if (context == nullptr) context = make_signer(key, RSA_PKCS1_PADDING);
     if (context == nullptr) return false;
     const int result = EVP_PKEY_sign(context.get(), sig, &length, octets.data(), octets.size());
-    context.reset(unit.cache.signer.exchange(context.release(), std::memory_order_acq_rel));
+    context.reset(unit.cache->signer.exchange(context.release(), std::memory_order_acq_rel));
     return result == 1;
 }
 
