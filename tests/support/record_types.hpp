@@ -139,7 +139,9 @@ inline Departure departure_of(const RecordType &type) {
          .gives_nothing = true},
         {.type = "P7_DIGESTED_DATA", .writes_less = true, .passes_up = true},
         {.type = "P7_ENCRYPTED_DATA", .passes_up = true},
-        {.type = "P7_CONTENT_INFO", .decoding = 1, .writes_less = true, .passes_up = true}};
+        {.type = "P7_CONTENT_INFO", .decoding = 1, .writes_less = true, .passes_up = true},
+        {.type = "P12_PFX", .writes_less = true, .passes_up = true},
+        {.type = "P12_AUTHENTICATED_SAFE", .on_failure = unchanged, .writes_less = true, .passes_up = true}};
     for (const Departure &each : kDepartures)
         if (each.type == type.name) return each;
     return {.type = type.name, .on_failure = type.list.count != nullptr ? unchanged : filled_partly};
