@@ -1,5 +1,6 @@
 /** @file
- * PKCS #12 (RFC 7292): the derivation of keys from passwords (appendix B).
+ * PKCS #12 (RFC 7292): the derivation of keys from passwords (appendix B), and the code that protects a whole
+ * file (section 4).
  *
  * - Passwords: a 16-bit password is the big-endian units of its characters with two zero octets after them
  * (RFC 7292, appendix B.1), as ascTouni() makes it. An 8-bit password is octets, which ascTouni() widens.
@@ -10,7 +11,7 @@
 #define TLXPKI_PKCS12_H
 
 #include <tlxcrypto/digest.h>
-#include <tlxpki/types.h>
+#include <tlxpki/pkcs12_types.h>
 
 /* What derived octets are for (RFC 7292, appendix B.3). */
 #define TLX_PKCS12_KEY 1U /**< the key of a cipher */
@@ -41,6 +42,34 @@ TLXPKI_API uint32_t get_PKCS12_key_UNI(const uint8_t *password, uint32_t passwor
 TLXPKI_API uint32_t gen_PKCS12_key_ASC(const char *password, uint32_t password_len, const uint8_t *salt,
                                        uint32_t salt_len, uint8_t id, uint32_t iterations, uint32_t key_len,
                                        uint8_t *key, DIGEST_UNIT *unit);
+
+/**
+ * Computes the message authentication code of a file and stores it in the MAC data, which is made when it is
+ * missing. MAC data that has a salt or an iteration count keeps salt, count and digest, and only gets a new
+ * code.
+ * @param pfx          a file whose authSafe is data
+ * @param password     an 8-bit password as for gen_PKCS12_key_ASC()
+ * @param salt         salt_len octets, or null for random ones. Where MAC data gets its parameters here, the
+ * call copies the salt and frees it with tlx_free(), also when it fails; otherwise the salt stays the
+ * caller's
+ * @param salt_len     0 means 8, also for the octets at salt
+ * @param iterations   stored as a number of one octet less than its hexadecimal digits call for: 2 to 16
+ * become 0, of 256 to 271 the last octet remains, and 0 and 1 are not stored. The code is computed with what
+ * is stored, where 0 counts as 1. At most 10,000,000
+ * @param digest_id    TLX_DIGEST_SHA1 (also for 0), _SHA256, _SHA384, _SHA512 or _HAS160
+ * @return 0; 0x4D10000D for a null file, a digest that is none of the five, and when memory runs out;
+ * 0x4D10000E when the code cannot be computed (see verify_PKCS12_mac()) or stored
+ */
+TLXPKI_API uint32_t set_PKCS12_mac(P12_PFX *pfx, const char *password, uint32_t password_len, uint8_t *salt,
+                                   uint32_t salt_len, uint32_t iterations, uint32_t digest_id);
+/**
+ * Compares the stored code of a file with the one of a password.
+ * @param password an 8-bit password as for gen_PKCS12_key_ASC()
+ * @return 0 when they agree; 0xFFFFFFFF when they differ; 1 for a null file, one without MAC data and one
+ * whose code cannot be computed: authSafe is not data, the digest is unknown, there are more than 10,000,000
+ * iterations, or memory ran out
+ */
+TLXPKI_API uint32_t verify_PKCS12_mac(const P12_PFX *pfx, const char *password, uint32_t password_len);
 
 TLX_END_DECLS
 
