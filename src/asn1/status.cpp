@@ -86,6 +86,10 @@ constexpr Named kX509Reasons[] = {
     {0x0107, "the validity period is missing"}, {0x0108, "the signature algorithm is missing"},
     {0x0109, "the public key is missing"},      {0x010A, "the serial number is missing"},
 };
+constexpr Named kPkcs12Reasons[] = {
+    {0x000D, "the parameters of the code cannot be set"},
+    {TLX_REASON_BAD_SIGNATURE_VALUE, "the code cannot be computed or stored"},
+};
 constexpr Named kPemReasons[] = {
     {TLX_REASON_ENCRYPTED, "the contents are encrypted"},
 };
@@ -184,6 +188,7 @@ const char *reason_of(u32 status) noexcept {
     const char *special = nullptr;
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PATH_VALIDATION) special = find(kPathReasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_X509) special = find(kX509Reasons, reason);
+    if (TLX_STATUS_GROUP(status) == TLX_GROUP_PKCS12) special = find(kPkcs12Reasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PEM) special = find(kPemReasons, reason);
     const char *text = special != nullptr ? special : find(kReasons, reason);
     return text != nullptr ? text : kUnknown;
