@@ -12,6 +12,7 @@
 #include <tlxcrypto/file.h>
 #include <tlxcrypto/hmac.h>
 #include <tlxcrypto/kcdsa.h>
+#include <tlxcrypto/kdf.h>
 #include <tlxcrypto/memory.h>
 #include <tlxcrypto/random.h>
 #include <tlxcrypto/rc4.h>

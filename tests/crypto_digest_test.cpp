@@ -19,10 +19,20 @@ const struct Algorithm {
     std::string name;
     std::uint32_t length, block_length;
 } kAlgorithms[] = {
-    {TLX_DIGEST_SHA1, "SHA1", 20, 64},      {TLX_DIGEST_SHA224, "SHA224", 28, 64},
-    {TLX_DIGEST_SHA256, "SHA256", 32, 64},  {TLX_DIGEST_SHA384, "SHA384", 48, 128},
-    {TLX_DIGEST_SHA512, "SHA512", 64, 128}, {TLX_DIGEST_MD5, "MD5", 16, 64},
+    {TLX_DIGEST_SHA1, "SHA1", 20, 64},
+    {TLX_DIGEST_SHA224, "SHA224", 28, 64},
+    {TLX_DIGEST_SHA256, "SHA256", 32, 64},
+    {TLX_DIGEST_SHA384, "SHA384", 48, 128},
+    {TLX_DIGEST_SHA512, "SHA512", 64, 128},
+    {TLX_DIGEST_MD5, "MD5", 16, 64},
     {TLX_DIGEST_HAS160, "HAS160", 20, 64},
+    {TLX_DIGEST_SHA512_224, "SHA512-224", 28, 128},
+    {TLX_DIGEST_MD4, "MD4", 16, 64},
+    {TLX_DIGEST_SHA512_256, "SHA512-256", 32, 128},
+    {TLX_DIGEST_SHA3_224, "SHA3-224", 28, 144},
+    {TLX_DIGEST_SHA3_256, "SHA3-256", 32, 136},
+    {TLX_DIGEST_SHA3_384, "SHA3-384", 48, 104},
+    {TLX_DIGEST_SHA3_512, "SHA3-512", 64, 72},
 };
 
 Octets one_shot(std::uint32_t id, const Octets &data) {

@@ -13,8 +13,19 @@ constinit std::atomic<OSSL_PROVIDER *> g_legacy{};
 constinit std::atomic<bool> g_ended{};
 
 constinit FetchedDigest g_digests[] = {
-    {TLX_DIGEST_SHA1, "SHA1"},       {TLX_DIGEST_SHA224, "SHA2-224"}, {TLX_DIGEST_SHA256, "SHA2-256"},
-    {TLX_DIGEST_SHA384, "SHA2-384"}, {TLX_DIGEST_SHA512, "SHA2-512"}, {TLX_DIGEST_MD5, "MD5"},
+    {TLX_DIGEST_SHA1, "SHA1"},
+    {TLX_DIGEST_SHA224, "SHA2-224"},
+    {TLX_DIGEST_SHA256, "SHA2-256"},
+    {TLX_DIGEST_SHA384, "SHA2-384"},
+    {TLX_DIGEST_SHA512, "SHA2-512"},
+    {TLX_DIGEST_SHA512_224, "SHA2-512/224"},
+    {TLX_DIGEST_SHA512_256, "SHA2-512/256"},
+    {TLX_DIGEST_SHA3_224, "SHA3-224"},
+    {TLX_DIGEST_SHA3_256, "SHA3-256"},
+    {TLX_DIGEST_SHA3_384, "SHA3-384"},
+    {TLX_DIGEST_SHA3_512, "SHA3-512"},
+    {TLX_DIGEST_MD5, "MD5"},
+    {TLX_DIGEST_MD4, "MD4"},
     {TLX_DIGEST_MDC2, "MDC2"},
 };
 

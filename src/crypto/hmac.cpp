@@ -16,7 +16,7 @@ struct HMAC_UNIT {
 
 namespace {
 
-constexpr u32 kMostBlockLength = 128;
+constexpr u32 kMostBlockLength = 144;  // SHA3-224
 
 u32 digest_of(u32 id) noexcept {
     return id == TLX_HMAC_SHA1 ? TLX_DIGEST_SHA1 : id;
