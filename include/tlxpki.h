@@ -29,6 +29,8 @@
 #include <tlxpki/pkcs7_encrypt.h>
 #include <tlxpki/pkcs7_sign.h>
 #include <tlxpki/pkcs7_types.h>
+#include <tlxpki/pkcs5.h>
+#include <tlxpki/pkcs8.h>
 #include <tlxpki/print.h>
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>

@@ -202,8 +202,8 @@ TLXPKI_API uint32_t verify_decrypt_PKCS7(P7_CONTENT_INFO *info, const X509_CERT 
 
 /* These take scheme and parameters from each recipient's keyEncryptionAlgorithm, and name ciphers as other
  * programs do: AES (RFC 3565), SEED (RFC 4010), ARIA (RFC 5794), Camellia (RFC 3657), triple DES and RC2 (RFC
- * 3370), CAST5 (RFC 2984). open_PKCS7() also reads RC2 with 40 and 64 bits, DES, the ARIA-CBC of the
- * registry, and CAST5 with a bare IV, as OpenSSL writes it. */
+ * 3370), CAST5 (RFC 2984). open_PKCS7() also reads RC2 with 40 and 64 bits, DES, Blowfish, the ARIA-CBC of
+ * the registry, and CAST5 with a bare IV, as OpenSSL writes it. */
 
 /** Returns the name of a cipher that seal_PKCS7() knows, by index from 0 on: "aes-256-cbc", "seed-cbc",
  * "aria-128-cbc" and so on; null from the end of the list on. */

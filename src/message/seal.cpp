@@ -4,7 +4,7 @@
 
 #include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
-#include "message/content_cipher.hpp"
+#include "keyinfo/content_cipher.hpp"
 #include "message/envelope.hpp"
 #include "message/key_scheme.hpp"
 

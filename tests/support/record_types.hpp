@@ -123,6 +123,8 @@ inline Departure departure_of(const RecordType &type) {
          .fills_only = true,
          .writes_less = true},
         {.type = "RSAES_OAEP_PARAM", .on_failure = cleaned, .fills_only = true, .writes_less = true},
+        {.type = "P8_PRIV_KEY_INFO", .decoding = 1},
+        {.type = "PKCS8", .encoding = 0x46250103},
         {.type = "X509_CRL", .on_failure = unchanged},
         {.type = "P7_ISSUER_AND_SERIAL_NUMBER", .passes_up = true},
         {.type = "P7_SIGNER_INFO", .writes_less = true, .passes_up = true},

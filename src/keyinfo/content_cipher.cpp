@@ -1,4 +1,4 @@
-#include "message/content_cipher.hpp"
+#include "keyinfo/content_cipher.hpp"
 
 #include <algorithm>
 
@@ -30,6 +30,7 @@ constexpr ContentCipher kCiphers[] = {
     {"", "1.2.840.113549.3.2", cbc(TLX_CIPHER_RC2_40), IvForm::rc2, 160},
     {"", "1.3.14.3.2.7", cbc(TLX_CIPHER_DES)},
     {"", "1.2.410.100001.1.20", cbc(TLX_CIPHER_ARIA)},
+    {"", "1.3.6.1.4.1.3029.1.2", cbc(TLX_CIPHER_BLOWFISH)},
 };
 
 /// The key length that CAST5 is written with; it has others, which are refused.

@@ -1,11 +1,11 @@
-// The ciphers that content is encrypted with, as other programs name them in messages.
+// The ciphers that messages and keys are encrypted with, as other programs name them.
 #pragma once
 
 #include <tlxcrypto/cipher.h>
 
 #include <string_view>
 
-#include "message/message_records.hpp"
+#include "keyinfo/key_records.hpp"
 
 namespace tlx {
 

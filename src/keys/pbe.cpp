@@ -1,0 +1,297 @@
+#include "keys/pbe.hpp"
+
+#include <tlxcrypto/digest.h>
+#include <tlxcrypto/kdf.h>
+#include <tlxcrypto/random.h>
+#include <tlxcrypto/rc4.h>
+#include <tlxpki/objects.h>
+
+#include <bit>
+
+#include "asn1/utf8.hpp"
+#include "keys/pkcs12_derivation.hpp"
+
+using namespace tlx;
+
+namespace {
+
+constexpr u32 kOctetsOfUnit = 2;
+constexpr u32 kSaltLength = 8;
+
+using OwnedRc4 = std::unique_ptr<RC4_UNIT, FreeWith<free_RC4_UNIT>>;
+
+/// The schemes of PKCS #12 with RC4, which has neither IV nor padding.
+PbeOutcome run_rc4(const PbeInput &input, u32 key_len, u32 digest_id, CipherText text) noexcept {
+    constexpr u32 kMostKey = 16;
+    u8 key[kMostKey];
+    const Pkcs12Derivation derivation = {digest_id, input.password, input.salt, input.iterations};
+    const OwnedRc4 unit(new_RC4_UNIT());
+    const auto size = static_cast<u32>(text.in.size());
+    const bool done = unit != nullptr && derivation.derive(TLX_PKCS12_KEY, {key, key_len}) &&
+                      init_RC4(unit.get(), key, key_len) == 0 &&
+                      update_RC4(unit.get(), text.out, text.in.data(), size) == 0;
+    tlx_wipe(key, sizeof key);
+    text.out_len = done ? size : 0;
+    return done ? PbeOutcome::done : PbeOutcome::no_memory;
+}
+
+/// Other programs take another constant IV with the identifier of SEED-CBC. Which one it was shows in the
+/// first octet of a SEQUENCE, and changes the first block alone.
+void correct_first_block(u8 *plain, u32 len) noexcept {
+    static constexpr std::string_view kConstant = "5820463917582046";
+    static constexpr std::string_view kInCirculation = "0123456789012345";
+    if (len < kConstant.size() || plain[0] == kSequence) return;
+    for (std::size_t i = 0; i < kConstant.size(); ++i) {
+        plain[i] = static_cast<u8>(plain[i] ^ kConstant[i] ^ kInCirculation[i]);
+    }
+}
+
+OBJECT_IDENTIFIER *make_identifier(std::string_view dotted) noexcept {
+    return new_string(TLX_TAG_OBJECT_IDENTIFIER,
+                      {reinterpret_cast<const u8 *>(dotted.data()), dotted.size()});
+}
+
+/// Runs any scheme but PBES2.
+PbeOutcome run_scheme(const PbeAlgorithm &algorithm, const PbePassword &password, PbeInput input, KisaIv iv,
+                      CipherText text) noexcept {
+    switch (algorithm.family) {
+        case PbeFamily::kisa:
+            return run_kisa(input, algorithm.cipher_id, algorithm.digest_id, KisaIv::hashed, text);
+        case PbeFamily::seed_cbc:
+            return run_kisa(input, algorithm.cipher_id, algorithm.digest_id, iv, text);
+        case PbeFamily::pbes1:
+            return run_pbes1(input, algorithm.cipher_id, algorithm.digest_id, text);
+        case PbeFamily::gpki: {
+            const PasswordUnits units(password.text, PasswordUnits::From::octets);
+            input.password = units.bytes();
+            if (!units) return PbeOutcome::no_memory;
+            return run_pkcs12(input, algorithm.cipher_id, algorithm.digest_id, text);
+        }
+        case PbeFamily::pkcs12:
+            input.password = password.units;
+            return run_pkcs12(input, algorithm.cipher_id, algorithm.digest_id, text);
+        case PbeFamily::pkcs12_rc4:
+            input.password = password.units;
+            return run_rc4(input, algorithm.cipher_id, algorithm.digest_id, text);
+        default:
+            return PbeOutcome::unsupported;
+    }
+}
+
+/// How often the scheme applies the digest of its derivation for each iteration that it is asked for.
+u32 derivations_of(PbeFamily family) noexcept {
+    return family == PbeFamily::pkcs12 || family == PbeFamily::gpki ? 2 : 1;
+}
+
+// ---- PBES2 ----
+
+/// What the parameters of PBES2 say of its cipher. `iv` stays the algorithm's.
+bool read_cipher(const X509_ALGO_IDENTIFIER *algorithm, u32 &cipher_id, const u8 *&iv) noexcept {
+    if (read_content_algorithm(algorithm, cipher_id, iv)) return true;
+    // Ciphers that only the registry has: other modes than CBC.
+    Element parameters;
+    cipher_id = get_CipherID_from_OID(get_X509_ALGO_IDENTIFIER_OID(algorithm));
+    if (!view_node(get_X509_ALGO_IDENTIFIER_parameters(algorithm), parameters)) return false;
+    iv = parameters.contents.data();
+    return get_KeyLength(cipher_id) != 0 && parameters.tag == TLX_TAG_OCTET_STRING &&
+           parameters.contents.size() == get_IVLength(cipher_id);
+}
+
+/// Whether a keyLength, which may be absent, is what the cipher has.
+bool fits_key_length(const BIGINT *key_length, u32 cipher_id) noexcept {
+    return key_length == nullptr || get_BIGINT_word(key_length) == get_KeyLength(cipher_id);
+}
+
+PbeOutcome run_pbkdf2(const P5_PBE_PARAM &param, const PbeInput &input, CipherText text) noexcept {
+    u32 cipher_id = 0;
+    const u8 *iv = nullptr;
+    const Prf *prf = param.prf == nullptr ? prfs().data() : find_prf(text_of(param.prf->algorithm));
+    if (prf == nullptr || !read_cipher(param.encryptionScheme, cipher_id, iv) ||
+        !fits_key_length(param.keyLength, cipher_id)) {
+        return PbeOutcome::unsupported;
+    }
+    return run_pbes2(input, cipher_id, prf->digest_id, iv, text);
+}
+
+/// What scrypt takes besides the password, and the cipher under the key that it gives.
+struct ScryptParam {
+    OCTET_STRING *salt;
+    BIGINT *cost;
+    BIGINT *block_size;
+    BIGINT *parallelization;
+    BIGINT *key_length;
+    X509_ALGO_IDENTIFIER *scheme;
+    OBJECT_IDENTIFIER *function;
+};
+
+// PBES2-params ::= SEQUENCE {
+//     keyDerivationFunc  SEQUENCE {
+//         algorithm          OBJECT IDENTIFIER,  -- id-scrypt (RFC 7914, section 7.1)
+//         parameters         SEQUENCE {
+//             salt                      OCTET STRING,
+//             costParameter             INTEGER,
+//             blockSize                 INTEGER,
+//             parallelizationParameter  INTEGER,
+//             keyLength                 INTEGER OPTIONAL } },
+//     encryptionScheme   AlgorithmIdentifier }
+constexpr auto kScryptParam = record<ScryptParam>(
+    any_count(),
+    group(kSequence, field<Oid>(&ScryptParam::function),
+          group(kSequence, field<Joined>(&ScryptParam::salt), field<Integer>(&ScryptParam::cost),
+                field<Integer>(&ScryptParam::block_size), field<Integer>(&ScryptParam::parallelization),
+                optional<Integer>(&ScryptParam::key_length))),
+    field<Nested<X509_ALGO_IDENTIFIER>>(&ScryptParam::scheme));
+
+/// At most 256 MB of memory, and as many passes over it as an iteration count allows.
+PbeOutcome derive_and_run(const ScryptParam &param, Bytes password, CipherText text,
+                          WorkBudget &budget) noexcept {
+    constexpr u64 kMostMemory = u64{256} << 20;
+    constexpr u64 kMostBlocks = kMostMemory / 128;
+    const u64 cost = get_BIGINT_word(param.cost);
+    const u64 block_size = get_BIGINT_word(param.block_size);
+    const u64 lanes = get_BIGINT_word(param.parallelization);
+    if (cost > kMostBlocks || block_size > kMostBlocks || lanes > kMostBlocks)
+        return PbeOutcome::too_much_work;
+    if (cost < 2 || !std::has_single_bit(cost) || block_size == 0 || lanes == 0) return PbeOutcome::broken;
+    if ((cost + lanes) * block_size > kMostBlocks) return PbeOutcome::too_much_work;
+    if (!budget.take(2 * cost * block_size * lanes)) return PbeOutcome::too_much_work;
+    u32 cipher_id = 0;
+    const u8 *iv = nullptr;
+    if (!read_cipher(param.scheme, cipher_id, iv) || !fits_key_length(param.key_length, cipher_id)) {
+        return PbeOutcome::unsupported;
+    }
+    const ScryptInput input = {password, octets_of(param.salt), cost, static_cast<u32>(block_size),
+                               static_cast<u32>(lanes)};
+    return run_scrypt(input, 2 * kMostMemory, cipher_id, iv, text);
+}
+
+/// PBES2 with another derivation than PBKDF2.
+PbeOutcome decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes password, CipherText text,
+                          WorkBudget &budget) noexcept {
+    constexpr std::string_view kScrypt = "1.3.6.1.4.1.11591.4.11";
+    Element element;
+    ScryptParam param = {};
+    ScryptParam *out = &param;
+    const bool read = view_node(algorithm.parameters, element) && element.tag == kSequence &&
+                      read_record(kScryptParam, element, &out) == 0;
+    const bool other = param.function != nullptr && text_of(param.function) != kScrypt;
+    PbeOutcome outcome = other ? PbeOutcome::unsupported : PbeOutcome::broken;
+    if (read && !other) outcome = derive_and_run(param, password, text, budget);
+    clean_record(kScryptParam, &param);
+    return outcome;
+}
+
+PbeOutcome decrypt_by(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param, const PbePassword &password,
+                      CipherText text, WorkBudget &budget) noexcept {
+    const u32 iterations = get_BIGINT_word(param.iterationCount);
+    const bool is_pbes2 = algorithm.family == PbeFamily::pbes2;
+    if (iterations == 0 || is_pbes2 != (param.encryptionScheme != nullptr)) return PbeOutcome::broken;
+    for (u32 i = 0; i < derivations_of(algorithm.family); ++i) {
+        if (!budget.take(iterations)) return PbeOutcome::too_much_work;
+    }
+    const PbeInput input = {password.text, octets_of(param.salt), iterations};
+    return is_pbes2 ? run_pbkdf2(param, input, text)
+                    : run_scheme(algorithm, password, input, KisaIv::constant, text);
+}
+
+// ---- Writing ----
+
+/// Identifier and NULL parameters.
+X509_ALGO_IDENTIFIER *make_prf(const Prf &prf) noexcept {
+    Owned<X509_ALGO_IDENTIFIER> made(new_X509_ALGO_IDENTIFIER());
+    if (!made || set_X509_ALGO_IDENTIFIER_null(made.get()) != 0) return nullptr;
+    made->algorithm = make_identifier(prf.dotted);
+    return made->algorithm == nullptr ? nullptr : made.release();
+}
+
+/// Fills the identifier with the scheme and its parameters.
+bool write_algorithm(const PbeChoice &choice, Bytes salt, const u8 *iv,
+                     X509_ALGO_IDENTIFIER &algorithm) noexcept {
+    const bool is_pbes2 = choice.algorithm.family == PbeFamily::pbes2;
+    const Owned<X509_ALGO_IDENTIFIER> cipher(is_pbes2 ? make_content_algorithm(choice.cipher, iv) : nullptr);
+    const Owned<P5_PBE_PARAM> param(new_P5_PBE_PARAM());
+    if (!param || (is_pbes2 && !cipher)) return false;
+    if (set_P5_PBE_PARAM(param.get(), salt.data(), static_cast<u32>(salt.size()), choice.iterations,
+                         cipher.get()) != 0) {
+        return false;
+    }
+    // HMAC with SHA-1 is the default, which is not written.
+    if (is_pbes2 && choice.prf->digest_id != TLX_DIGEST_SHA1) {
+        param->prf = make_prf(*choice.prf);
+        if (param->prf == nullptr) return false;
+    }
+    algorithm.algorithm = make_identifier(choice.algorithm.dotted);
+    return algorithm.algorithm != nullptr && P5_PBE_PARAM_to_Seq(param.get(), &algorithm.parameters) == 0;
+}
+
+}  // namespace
+
+PasswordUnits::PasswordUnits(Bytes text, From from) noexcept
+    : room_((text.size() + 1) * kOctetsOfUnit), data_(static_cast<u8 *>(TLX_ALLOCATE_ZEROED(1, room_))) {
+    if (data_ == nullptr) return;
+    Utf8 character = {};
+    if (from == From::octets || !is_utf8(text)) {
+        for (const u8 octet : text) {
+            add(octet);
+        }
+    } else {
+        for (; !text.empty() && read_utf8(text, character); text = text.subspan(character.size)) {
+            add_character(character.code_point);
+        }
+    }
+    add(0);
+}
+
+void PasswordUnits::add(u32 unit) noexcept {
+    data_[size_++] = static_cast<u8>(unit >> 8);
+    data_[size_++] = static_cast<u8>(unit);
+}
+
+void PasswordUnits::add_character(u32 code_point) noexcept {
+    constexpr u32 kFirstBeyondUnits = 0x10000;
+    if (code_point < kFirstBeyondUnits) return add(code_point);
+    add(0xD800 + ((code_point - kFirstBeyondUnits) >> 10));
+    add(0xDC00 + (code_point & 0x3FF));
+}
+
+Owned<ASN1_STRING> tlx::encrypt_pbe(const PbeChoice &choice, const PbePassword &password, Bytes in,
+                                    X509_ALGO_IDENTIFIER &algorithm) noexcept {
+    u8 random_salt[kSaltLength];
+    u8 iv[TLX_CIPHER_MAX_BLOCK_LENGTH];
+    if (RAND_BYTES(random_salt, sizeof random_salt) != 0 || RAND_BYTES(iv, sizeof iv) != 0) return nullptr;
+    const Bytes salt = choice.salt.empty() ? Bytes(random_salt) : choice.salt;
+    SecretBytes out(in.size() + TLX_CIPHER_MAX_BLOCK_LENGTH);
+    if (!out) return nullptr;
+    u32 len = 0;
+    const CipherText text = {Direction::encrypt, in, out.data(), len};
+    const PbeInput input = {password.text, salt, choice.iterations};
+    const PbeOutcome outcome =
+        choice.algorithm.family == PbeFamily::pbes2
+            ? run_pbes2(input, choice.cipher.cipher_id, choice.prf->digest_id, iv, text)
+            : run_scheme(choice.algorithm, password, input, choice.iv, text);
+    if (outcome != PbeOutcome::done || !write_algorithm(choice, salt, iv, algorithm)) return nullptr;
+    return Owned<ASN1_STRING>(new_string(TLX_TAG_OCTET_STRING, {out.data(), len}));
+}
+
+PbeOutcome tlx::decrypt_pbe(const X509_ALGO_IDENTIFIER *algorithm, const PbePassword &password, Bytes in,
+                            u8 *out, u32 &out_len, WorkBudget &budget) noexcept {
+    if (algorithm == nullptr) return PbeOutcome::broken;
+    const PbeAlgorithm *known = find_pbe_algorithm(text_of(algorithm->algorithm));
+    if (known == nullptr) return PbeOutcome::unsupported;
+    const Owned<P5_PBE_PARAM> param(get_P5_PBE_PARAM_from_X509_ALGO_IDENTIFIER(algorithm));
+    if (param) return decrypt_pbe(*known, *param, password, in, out, out_len, budget);
+    if (known->family != PbeFamily::pbes2) return PbeOutcome::broken;
+    return decrypt_scrypt(*algorithm, password.text, {Direction::decrypt, in, out, out_len}, budget);
+}
+
+PbeOutcome tlx::decrypt_pbe(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param,
+                            const PbePassword &password, Bytes in, u8 *out, u32 &out_len,
+                            WorkBudget &budget) noexcept {
+    out_len = 0;
+    const PbeOutcome outcome =
+        decrypt_by(algorithm, param, password, {Direction::decrypt, in, out, out_len}, budget);
+    if (outcome == PbeOutcome::done && algorithm.family == PbeFamily::seed_cbc) {
+        correct_first_block(out, out_len);
+    }
+    return outcome;
+}
