@@ -1,45 +1,17 @@
 // tlxpki verify: builds and validates paths, and prints a tree for one target or a line each for several.
-#include <cstdlib>
 #include <iostream>
 #include <map>
-#include <set>
 
 #include "commands.hpp"
 #include "describe.hpp"
 #include "failure.hpp"
-#include "platform.hpp"
 #include "status.hpp"
+#include "terminal.hpp"
 #include "verify.hpp"
 
 namespace tool {
 
 namespace {
-
-enum class Colour { kRed = 31, kGreen = 32, kYellow = 33 };
-
-bool has_colour() {
-    const char *off = std::getenv("NO_COLOR");
-    const char *terminal = std::getenv("TERM");
-    const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
-    return is_terminal(Stream::kOutput) && (off == nullptr || *off == '\0') && !dumb;
-}
-
-std::string coloured(const std::string &text, Colour colour) {
-    static const bool kInColour = has_colour();
-    return kInColour ? "\033[" + std::to_string(static_cast<int>(colour)) + "m" + text + "\033[0m" : text;
-}
-
-std::string mark_text(Mark mark) {
-    switch (mark) {
-        case Mark::kGood:
-            return coloured("[ok]", Colour::kGreen);
-        case Mark::kFailed:
-            return coloured("[FAILED]", Colour::kRed);
-        case Mark::kUnchecked:
-            return coloured("[not checked]", Colour::kYellow);
-    }
-    return "";
-}
 
 Json describe_link(const Link &link) {
     constexpr const char *kStates[] = {"ok", "failed", "not checked"};
@@ -169,43 +141,6 @@ std::string verdict_line(const LoadedCertificate &target, const Verdict &verdict
     if (!verdict.is_valid()) line += ": " + printable(meaning_of(verdict)["reason"].get<std::string>());
     return verdict.hint.empty() ? line : line + " (" + printable(verdict.hint) + ")";
 }
-
-/// A progress bar on standard error when that is a terminal.
-class Progress {
-  public:
-    explicit Progress(std::size_t total) : total_(total), shown_(is_terminal(Stream::kError)) {}
-
-    void show(std::size_t done) const {
-        if (!shown_) return;
-        const std::size_t filled = done * kWidth / total_;
-        std::cerr << "\r[" << std::string(filled, '#') << std::string(kWidth - filled, ' ') << "] " << done
-                  << '/' << total_ << std::flush;
-    }
-    /// Makes room for a line of output.
-    void clear() const {
-        if (shown_) std::cerr << "\r\033[K" << std::flush;
-    }
-
-  private:
-    static constexpr std::size_t kWidth = 40;
-    std::size_t total_;
-    bool shown_;
-};
-
-/// Prints warnings on standard error after the output so far, each warning once.
-class Warner {
-  public:
-    void tell(const std::vector<std::string> &warnings) {
-        for (const std::string &warning : warnings) {
-            if (!told_.insert(warning).second) continue;
-            std::cout.flush();
-            std::cerr << "tlxpki: warning: " << printable(warning) << '\n';
-        }
-    }
-
-  private:
-    std::set<std::string> told_;
-};
 
 std::size_t verify_several(const Verifier &verifier, const std::vector<LoadedCertificate> &targets,
                            Warner &warner) {

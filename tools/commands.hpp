@@ -36,6 +36,29 @@ struct LookUpOptions {
     bool json = false;
 };
 
+struct SignOptions {
+    std::vector<std::string> certs;
+    std::vector<std::string> keys;  ///< of the certificates, in their order
+    std::vector<std::string> chain;
+    std::string password_file;
+    std::string digest = "sha256";
+    std::string scheme = "pkcs1";
+    std::string content;
+    std::string output = "-";
+    bool detached = false;
+    bool der = false;
+};
+
+struct VerifyMessageOptions {
+    std::vector<std::string> anchors;
+    std::vector<std::string> pool;
+    std::string time;
+    std::string content;  ///< of a detached message
+    std::string output;   ///< empty for none
+    std::string message;
+    bool json = false;
+};
+
 struct EncryptOptions {
     std::vector<std::string> recipients;
     std::string cipher = "aes-256-cbc";
@@ -53,15 +76,19 @@ struct DecryptOptions {
     std::string output = "-";
 };
 
-/// What --cipher and --scheme take.
+/// What options of messages take.
+[[nodiscard]] std::vector<std::string> digest_names();
+[[nodiscard]] std::vector<std::string> signature_schemes();
 [[nodiscard]] std::vector<std::string> cipher_names();
-[[nodiscard]] std::vector<std::string> scheme_names();
+[[nodiscard]] std::vector<std::string> encryption_schemes();
 
 int run_verify(const VerifyOptions &options);
 int run_show(const ShowOptions &options);
 int run_asn1(const Asn1Options &options);
 int run_oid(const LookUpOptions &options);
 int run_status(const LookUpOptions &options);
+int run_sign(const SignOptions &options);
+int run_verify_message(const VerifyMessageOptions &options);
 int run_encrypt(const EncryptOptions &options);
 int run_decrypt(const DecryptOptions &options);
 

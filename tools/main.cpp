@@ -2,7 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
-#include "commands.hpp"
+#include "arguments.hpp"
 #include "failure.hpp"
 #include "platform.hpp"
 #include "text.hpp"
@@ -15,32 +15,7 @@ constexpr char kExitStatuses[] =
     "Exit status: 0 good, 1 not valid or not found, 2 wrong usage or input that cannot be read.\n"
     "Input files are PEM (any number of blocks) or DER, \"-\" is standard input. See tlxpki(1).";
 
-/// The request of the arguments.
-struct CommandLine {
-    VerifyOptions verify;
-    ShowOptions show;
-    Asn1Options asn1;
-    LookUpOptions oid;
-    LookUpOptions status;
-    EncryptOptions encrypt;
-    DecryptOptions decrypt;
-    bool no_explicit_policy = false;
-};
-
-/// An option that takes one value each time it is given.
-void add_repeated(CLI::App *command, const char *name, std::vector<std::string> &values,
-                  const char *value_name, const char *help) {
-    command->add_option(name, values, help)
-        ->type_name(value_name)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-}
-
-void add_json(CLI::App *command, bool &json) {
-    command->add_flag("--json", json, "Print JSON, for programs");
-}
-
-CLI::App *add_verify(CLI::App &app, CommandLine &line) {
+void add_verify(CLI::App &app, CommandLine &line) {
     CLI::App *command = app.add_subcommand(
         "verify", "Build the path from each target certificate up to a trust anchor, and validate it");
     command->footer(
@@ -58,7 +33,7 @@ CLI::App *add_verify(CLI::App &app, CommandLine &line) {
     add_repeated(command, "--pool", line.verify.pool, "FILE", "Certificates to find issuers among");
     add_repeated(command, "--policy", line.verify.policies, "OID",
                  "An acceptable policy, by dotted text or name; by default every policy is");
-    command->add_flag("--no-explicit-policy", line.no_explicit_policy,
+    command->add_flag("--no-explicit-policy{false}", line.verify.explicit_policy,
                       "Accept paths without a valid policy; by default one is required");
     command
         ->add_option("--max-length", line.verify.max_length,
@@ -70,22 +45,19 @@ CLI::App *add_verify(CLI::App &app, CommandLine &line) {
     command->add_option("TARGET", line.verify.targets, "Files with the certificates to verify")
         ->type_name("")
         ->required();
-    return command;
+    runs(command, line, run_verify, line.verify);
 }
 
-CLI::App *add_show(CLI::App &app, CommandLine &line) {
+void add_show(CLI::App &app, CommandLine &line) {
     CLI::App *command = app.add_subcommand("show", "Show certificates and RSA keys in words");
     command->footer("The secret numbers of a private key are never shown.");
-    command
-        ->add_option("--password-file", line.show.password_file,
-                     "File whose first line is the password of an encrypted key")
-        ->type_name("FILE");
+    add_password_file(command, line.show.password_file);
     add_json(command, line.show.json);
     command->add_option("FILE", line.show.files, "Certificate and key files")->type_name("")->required();
-    return command;
+    runs(command, line, run_show, line.show);
 }
 
-CLI::App *add_asn1(CLI::App &app, CommandLine &line) {
+void add_asn1(CLI::App &app, CommandLine &line) {
     CLI::App *command =
         app.add_subcommand("asn1", "Show the tree of ASN.1 elements in a DER, BER or PEM file");
     command->footer(
@@ -94,57 +66,25 @@ CLI::App *add_asn1(CLI::App &app, CommandLine &line) {
     command->add_flag("--full", line.asn1.full, "Show long values whole");
     add_json(command, line.asn1.json);
     command->add_option("FILE", line.asn1.file, "The file")->type_name("")->required();
-    return command;
+    runs(command, line, run_asn1, line.asn1);
 }
 
-CLI::App *add_encrypt(CLI::App *message, EncryptOptions &options) {
-    CLI::App *command = message->add_subcommand("encrypt", "Encrypt a file for the owners of certificates");
-    command->footer(
-        "Give --to once for each recipient. Every recipient can decrypt, and nobody can tell who "
-        "encrypted.\n\n"
-        "Example: tlxpki message encrypt --to user.pem -o sealed.p7 content");
-    add_repeated(command, "--to", options.recipients, "FILE",
-                 "Certificate of a recipient, with an RSA key; the first of the file");
-    command->get_option("--to")->required();
-    command->add_option("--cipher", options.cipher, "The cipher of the content (default aes-256-cbc)")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(cipher_names()));
-    command->add_option("--scheme", options.scheme, "How its key is encrypted (default pkcs1)")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(scheme_names()));
-    command->add_flag("--der", options.der, "Write DER instead of PEM");
-    command->add_option("-o,--output", options.output, "Where the message goes; by default standard output")
-        ->type_name("FILE");
-    command->add_option("CONTENT", options.content, "The file to encrypt")->type_name("")->required();
-    return command;
-}
-
-CLI::App *add_decrypt(CLI::App *message, DecryptOptions &options) {
-    CLI::App *command = message->add_subcommand("decrypt", "Decrypt a message");
-    command->footer(
-        "Nothing shows whether a message was changed on its way: decryption is no proof of where it comes "
-        "from.\n\n"
-        "Example: tlxpki message decrypt --cert user.pem --key user.key -o content sealed.p7");
-    command->add_option("--cert", options.cert, "Certificate of the recipient")
-        ->type_name("FILE")
+void add_oid(CLI::App &app, CommandLine &line) {
+    CLI::App *command = app.add_subcommand("oid", "Look up object identifiers");
+    add_json(command, line.oid.json);
+    command->add_option("TEXT", line.oid.texts, "Dotted text, index, or a name or part of one in any case")
+        ->type_name("")
         ->required();
-    command->add_option("--key", options.key, "Private key of the recipient")->type_name("FILE")->required();
-    command
-        ->add_option("--password-file", options.password_file,
-                     "File whose first line is the password of an encrypted key")
-        ->type_name("FILE");
-    command->add_option("-o,--output", options.output, "Where the content goes; by default standard output")
-        ->type_name("FILE");
-    command->add_option("MESSAGE", options.message, "The message")->type_name("")->required();
-    return command;
+    runs(command, line, run_oid, line.oid);
 }
 
-CLI::App *add_look_up(CLI::App &app, const char *name, const char *help, const char *argument,
-                      const char *argument_help, LookUpOptions &options) {
-    CLI::App *command = app.add_subcommand(name, help);
-    add_json(command, options.json);
-    command->add_option(argument, options.texts, argument_help)->type_name("")->required();
-    return command;
+void add_status(CLI::App &app, CommandLine &line) {
+    CLI::App *command = app.add_subcommand("status", "Show what status codes mean");
+    add_json(command, line.status.json);
+    command->add_option("CODE", line.status.texts, "Status codes, like 0x53100054")
+        ->type_name("")
+        ->required();
+    runs(command, line, run_status, line.status);
 }
 
 /// The fault in the arguments, and the help that explains them.
@@ -166,17 +106,12 @@ int run(const std::vector<std::string> &arguments) {
     app.set_version_flag("--version", std::string("tlxpki ") + get_PkiVersion());
     app.footer(kExitStatuses);
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    const CLI::App *verify = add_verify(app, line);
-    const CLI::App *show = add_show(app, line);
-    const CLI::App *asn1 = add_asn1(app, line);
-    const CLI::App *oid = add_look_up(app, "oid", "Look up object identifiers", "TEXT",
-                                      "Dotted text, index, or a name or part of one in any case", line.oid);
-    const CLI::App *status = add_look_up(app, "status", "Show what status codes mean", "CODE",
-                                         "Status codes, like 0x53100054", line.status);
-    CLI::App *message = app.add_subcommand("message", "Encrypt and decrypt PKCS #7 messages");
-    message->require_subcommand(1);
-    const CLI::App *encrypt = add_encrypt(message, line.encrypt);
-    const CLI::App *decrypt = add_decrypt(message, line.decrypt);
+    add_verify(app, line);
+    add_show(app, line);
+    add_asn1(app, line);
+    add_oid(app, line);
+    add_status(app, line);
+    add_message(app, line);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }
@@ -192,14 +127,7 @@ int run(const std::vector<std::string> &arguments) {
     } catch (const CLI::ParseError &error) {
         throw Failure(usage_problem(app, error));
     }
-    line.verify.explicit_policy = !line.no_explicit_policy;
-    if (verify->parsed()) return run_verify(line.verify);
-    if (show->parsed()) return run_show(line.show);
-    if (asn1->parsed()) return run_asn1(line.asn1);
-    if (oid->parsed()) return run_oid(line.oid);
-    if (encrypt->parsed()) return run_encrypt(line.encrypt);
-    if (decrypt->parsed()) return run_decrypt(line.decrypt);
-    return status->parsed() ? run_status(line.status) : static_cast<int>(kUnusable);
+    return line.run();
 }
 
 int run_and_report(const std::vector<std::string> &arguments) {

@@ -29,6 +29,7 @@ using PolicyTree = Owned<node_LIST, free_node_LIST>;
 using Node = Owned<ASN1_UNIT, free_ASN1_UNIT>;
 using Time = Owned<ASN1_TIME, free_ASN1_TIME>;
 using PublicKey = Owned<X509_PUBKEY, free_X509_PUBKEY>;
+using Key = Owned<ASYMMETRIC_KEY, free_ASYMMETRIC_KEY>;
 using RsaKey = Owned<RSA_UNIT, free_RSA_UNIT>;
 using String = Owned<ASN1_STRING, free_ASN1_STRING>;
 using Text = Owned<char, tlx_free>;

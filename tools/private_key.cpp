@@ -33,6 +33,12 @@ std::string why_not_decrypted(const Block &block, uint32_t status) {
     return "the key cannot be decrypted (is the password right?): " + status_sentence(status);
 }
 
+Key private_key(const RsaKey &unit) {
+    Key key = made<Key>(new_ASYMMETRIC_KEY());
+    must(set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get()));
+    return key;
+}
+
 }  // namespace
 
 Password::Password(const std::string &path) {
@@ -69,16 +75,16 @@ RsaKey decode_private_key(const Block &block) {
     return unit;
 }
 
-RsaKey load_private_key(const std::string &path, const Password &password) {
+Key load_private_key(const std::string &path, const Password &password) {
     const Input input(path);
     std::string reason = "holds no private key in PKCS #1 form (\"RSA PRIVATE KEY\")";
     for (const Block &block : input.blocks()) {
-        if (block.is_encrypted) return decrypt_key(block, password.text());
+        if (block.is_encrypted) return private_key(decrypt_key(block, password.text()));
         if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
         const Kind kind = kind_of(block);
         if (kind == Kind::kRsaPrivate) {
             expect_one_element(block);
-            return decode_private_key(block);
+            return private_key(decode_private_key(block));
         }
         if (kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8) reason += "; it holds " + kind_name(kind);
     }

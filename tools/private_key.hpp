@@ -29,6 +29,6 @@ class Password {
 [[nodiscard]] RsaKey decode_private_key(const Block &block);
 
 /// The private key of a file. Throws Failure when it holds none in a form that can be read.
-[[nodiscard]] RsaKey load_private_key(const std::string &path, const Password &password);
+[[nodiscard]] Key load_private_key(const std::string &path, const Password &password);
 
 }  // namespace tool

@@ -43,34 +43,33 @@ Verifier::Verifier(const VerifyOptions &options, const std::vector<LoadedCertifi
     get_CPV_SETTINGS(&settings_);
     if (!options.explicit_policy) settings_.initial_explicit_policy = 0;
     if (options.max_length > 0) settings_.max_certificatePath_length = options.max_length;
-    if (!options.time.empty()) {
-        time_ = parse_time(options.time);
-        if (time_ == nullptr) {
-            throw Failure("--at: \"" + options.time +
-                          "\" is no time; write it like 2026-01-31 or 2026-01-31T12:00:00Z");
-        }
-        settings_.time = time_.get();
-    }
+    time_ = time_of_option(options.time);
+    settings_.time = time_.get();
     load_policies(options.policies);
-    load_anchors(options.anchors);
+    trust(collect_anchors(options.anchors, warnings_));
     load_pool(options, targets);
 }
 
-void Verifier::load_anchors(const std::vector<std::string> &paths) {
+std::vector<LoadedCertificate> collect_anchors(const std::vector<std::string> &paths,
+                                               std::vector<std::string> &warnings) {
+    std::vector<LoadedCertificate> anchors;
     for (const std::string &path : paths) {
-        for (LoadedCertificate &loaded : collect_certificates(path, warnings_)) {
-            trust(loaded);
-            loaded_.push_back(std::move(loaded));
+        for (LoadedCertificate &loaded : collect_certificates(path, warnings)) {
+            if (is_selfSigned(loaded.cert.get()) != 0) {
+                warnings.push_back(loaded.source + ": is not self-issued, so that no path can end with it");
+            }
+            anchors.push_back(std::move(loaded));
         }
     }
+    return anchors;
 }
 
-void Verifier::trust(const LoadedCertificate &loaded) {
-    X509_CERT *cert = loaded.cert.get();
-    trusted_.emplace(key_of(get_X509_subject(cert)),
-                     Trusted{cert, made<Anchor>(create_TRUST_ANCHOR_from_X509_CERT(cert))});
-    if (is_selfSigned(cert) != 0) {
-        warnings_.push_back(loaded.source + ": is not self-issued, so that no path can end with it");
+void Verifier::trust(std::vector<LoadedCertificate> anchors) {
+    for (LoadedCertificate &loaded : anchors) {
+        X509_CERT *cert = loaded.cert.get();
+        trusted_.emplace(key_of(get_X509_subject(cert)),
+                         Trusted{cert, made<Anchor>(create_TRUST_ANCHOR_from_X509_CERT(cert))});
+        loaded_.push_back(std::move(loaded));
     }
 }
 

@@ -9,13 +9,12 @@
 #include "input.hpp"
 #include "issuer_index.hpp"
 #include "owned.hpp"
+#include "terminal.hpp"
 
 namespace tool {
 
 /// The status of a certificate that is not within its validity period.
 constexpr uint32_t kOutsideValidity = 0x462D0113;
-
-enum class Mark { kGood, kFailed, kUnchecked };
 
 /// A certificate of a path, and the finding of validation.
 struct Link {
@@ -65,10 +64,9 @@ class Verifier {
     [[nodiscard]] const std::vector<std::string> &warnings() const { return warnings_; }
 
   private:
-    void load_anchors(const std::vector<std::string> &paths);
+    void trust(std::vector<LoadedCertificate> anchors);
     void load_pool(const VerifyOptions &options, const std::vector<LoadedCertificate> &targets);
     void load_policies(const std::vector<std::string> &texts);
-    void trust(const LoadedCertificate &loaded);
     [[nodiscard]] Chain chain_of(X509_CERT *target) const;
     [[nodiscard]] X509_CERT *anchor_above(X509_CERT *cert) const;
     [[nodiscard]] bool leads_to(X509_CERT *cert, X509_CERT *issuer, TRUST_ANCHOR *anchor) const;
@@ -108,8 +106,13 @@ struct Explanation {
 /// unknown critical extensions.
 [[nodiscard]] std::vector<std::string> path_warnings(const X509_CERTIFICATES *path);
 
-/// A point in time as the command line writes it, in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null
-/// for other texts.
-[[nodiscard]] Time parse_time(const std::string &text);
+/// The value of --at, in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null for "". Throws Failure for
+/// other texts.
+[[nodiscard]] Time time_of_option(const std::string &text);
+
+/// The certificates to trust in files and folders, with warnings about those that were passed over and those
+/// that no path can end with. Throws Failure.
+[[nodiscard]] std::vector<LoadedCertificate> collect_anchors(const std::vector<std::string> &paths,
+                                                             std::vector<std::string> &warnings);
 
 }  // namespace tool

@@ -1,10 +1,14 @@
 #include <chrono>
 #include <regex>
 
+#include "failure.hpp"
 #include "verify.hpp"
 
 namespace tool {
 
+namespace {
+
+/// Null for a text that is no time.
 Time parse_time(const std::string &text) {
     static const std::regex kForm(
         R"((\d{4})-(\d\d)-(\d\d)(?:[,Tt ](\d\d):(\d\d):(\d\d)(?:\.\d+)?(Z|z|([+-])(\d\d):(\d\d))?)?)");
@@ -35,6 +39,16 @@ Time parse_time(const std::string &text) {
     time->hour = static_cast<int>(clock.hours().count());
     time->minute = static_cast<int>(clock.minutes().count());
     time->second = static_cast<int>(clock.seconds().count());
+    return time;
+}
+
+}  // namespace
+
+Time time_of_option(const std::string &text) {
+    Time time = parse_time(text);
+    if (time == nullptr && !text.empty()) {
+        throw Failure("--at: \"" + text + "\" is no time; write it like 2026-01-31 or 2026-01-31T12:00:00Z");
+    }
     return time;
 }
 

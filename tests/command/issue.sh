@@ -1,6 +1,6 @@
 #!/bin/sh
-# issue.sh NAME ISSUER EXTENSION...: writes NAME.pem, with lines of an openssl configuration for extensions.
-# A name keeps its key when it is issued another certificate.
+# issue.sh NAME ISSUER EXTENSION...: writes NAME.pem, with lines of an openssl configuration for extensions and the serial
+# number $serial, by default 5. A name keeps its key when it is issued another certificate.
 set -eu
 name=$1 issuer=$2
 shift 2
@@ -10,4 +10,4 @@ openssl req -new -key "$name.key" -config issue.cnf -subj "/CN=$name" -out issue
 signer="-CA $issuer.pem -CAkey $issuer.key"
 [ "$name" != "$issuer" ] || signer="-signkey $name.key"
 # shellcheck disable=SC2086
-openssl x509 -req -in issue.csr $signer -days 30 -set_serial 5 -extfile issue.cnf -extensions ext -out "$name.pem"
+openssl x509 -req -in issue.csr $signer -days 30 -set_serial "${serial:-5}" -extfile issue.cnf -extensions ext -out "$name.pem"

@@ -92,6 +92,8 @@ TEST_F(CommandSystem, CompletionCompletes) {
     EXPECT_EQ(completions("oid uni", 2), "\n");
     EXPECT_EQ(completions("message d", 2), "decrypt\n");
     EXPECT_EQ(completions("message encrypt --cipher se", 4), "seed-cbc\n");
+    EXPECT_EQ(completions("message sign --scheme p", 4), "pkcs1 pss\n");
+    EXPECT_EQ(completions("message verify --c", 3), "--content\n");
 }
 #endif
 
@@ -123,21 +125,22 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
     const std::string common = between(page, ".SH OPTIONS", ".SH EXIT STATUS");
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
-    for (const std::string command :
-         {"verify", "show", "asn1", "oid", "status", "message encrypt", "message decrypt"}) {
+    for (const std::string command : {"verify", "show", "asn1", "oid", "status", "message sign",
+                                      "message verify", "message encrypt", "message decrypt"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
         EXPECT_GE(options.size(), 2U) << command;
         Words in_page = options_in(between(page, ".SS " + command, ".S") + common);
         in_page.erase("--version");
-        const bool prints_json = !command.starts_with("message");
+        const bool prints_json = !command.starts_with("message") || command == "message verify";
         if (!prints_json) in_page.erase("--json");
         EXPECT_EQ(in_page, options) << command;
-        const std::string name = command == "oid" || command == "status" ? "oid | status"
-                                 : prints_json                           ? command
-                                                                         : command.substr(8);
-        EXPECT_EQ(options_in(between(completion, " " + name + ") options=", ";;")), options) << command;
+        const bool looks_up = command == "oid" || command == "status";
+        const std::string name =
+            looks_up ? "oid | status" : std::regex_replace(command, std::regex(" "), "-");
+        const std::string words_of = between(completion, " " + name + ")", ";;");
+        EXPECT_EQ(options_in(words_of), options) << command;
     }
 }
 

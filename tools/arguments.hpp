@@ -1,0 +1,44 @@
+// The arguments of the command.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "commands.hpp"
+
+namespace tool {
+
+/// The request of the arguments.
+struct CommandLine {
+    VerifyOptions verify;
+    ShowOptions show;
+    Asn1Options asn1;
+    LookUpOptions oid;
+    LookUpOptions status;
+    SignOptions sign;
+    VerifyMessageOptions verify_message;
+    EncryptOptions encrypt;
+    DecryptOptions decrypt;
+    std::function<int()> run;  ///< the command that was given, with its options
+};
+
+/// Makes arguments that name a command run a function with its options.
+template <typename Options>
+void runs(CLI::App *command, CommandLine &line, int (*run)(const Options &), const Options &options) {
+    command->callback([&line, run, &options] { line.run = [run, &options] { return run(options); }; });
+}
+
+/// An option that takes one value each time it is given.
+void add_repeated(CLI::App *command, const char *name, std::vector<std::string> &values,
+                  const char *value_name, const char *help);
+
+void add_json(CLI::App *command, bool &json);
+
+void add_password_file(CLI::App *command, std::string &path);
+
+/// tlxpki message and what stands below it.
+void add_message(CLI::App &app, CommandLine &line);
+
+}  // namespace tool

@@ -1,0 +1,85 @@
+// tlxpki message sign.
+#include "choice.hpp"
+#include "commands.hpp"
+#include "input.hpp"
+#include "message.hpp"
+#include "private_key.hpp"
+#include "status.hpp"
+
+namespace tool {
+
+namespace {
+
+constexpr Choice kDigests[] = {{"sha256", TLX_OID_SHA256}, {"sha384", TLX_OID_SHA384},
+                               {"sha512", TLX_OID_SHA512}, {"sha224", TLX_OID_SHA224},
+                               {"sha1", TLX_OID_SHA1},     {"has160", TLX_OID_HAS160}};
+
+constexpr Choice kSchemes[] = {{"pkcs1", TLX_P7_RSA_PKCS1}, {"pss", TLX_P7_RSA_PSS}};
+
+/// Whether a private key is that of a certificate.
+bool belongs_to(const ASYMMETRIC_KEY *key, const X509_CERT *cert) {
+    const ASYMMETRIC_KEY *certified = get_X509_PUBKEY_key(get_X509_SPKI(cert));
+    const auto modulus = [](const ASYMMETRIC_KEY *of) {
+        return get_RSA_UNIT_number(static_cast<const RSA_UNIT *>(of->key), TLX_RSA_N);
+    };
+    return certified != nullptr && certified->kind == key->kind &&
+           cmp_BIGINT(modulus(key), modulus(certified)) == 0;
+}
+
+/// Adds a certificate to those of a message unless it is there.
+void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert) {
+    const X509_CERTIFICATES *certificates = message->content.signedData->certificates;
+    if (get_X509_CERTS_index_by_X509_CERT(certificates, cert) >= 0) return;
+    must(add_PKCS7_Certificate(message, cert));
+}
+
+void add_signers(P7_CONTENT_INFO *message, const SignOptions &options) {
+    const auto digest = static_cast<int32_t>(value_of(kDigests, options.digest));
+    const uint32_t scheme = value_of(kSchemes, options.scheme);
+    const Password password(options.password_file);
+    for (std::size_t i = 0; i < options.certs.size(); ++i) {
+        const LoadedCertificate signer = std::move(load_certificates(options.certs[i]).front());
+        const X509_CERT *cert = signer.cert.get();
+        const Key key = load_private_key(options.keys[i], password);
+        if (!belongs_to(key.get(), cert)) {
+            throw Failure(options.keys[i] + ": is not the key of " + signer.source);
+        }
+        add_certificate(message, cert);
+        if (add_PKCS7_Signature_withEncryptedAlgorithm(message, cert, key.get(), digest, scheme, nullptr) ==
+            nullptr) {
+            throw Failure(signer.source + ": the certificate cannot name a signer");
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> digest_names() {
+    return names_of(kDigests);
+}
+
+std::vector<std::string> signature_schemes() {
+    return names_of(kSchemes);
+}
+
+int run_sign(const SignOptions &options) {
+    if (options.certs.size() != options.keys.size()) {
+        throw Failure("each --cert takes a --key, in the same order");
+    }
+    const Message message = new_message(TLX_OID_PKCS7_SIGNED_DATA);
+    add_signers(message.get(), options);
+    for (const std::string &path : options.chain) {
+        for (const LoadedCertificate &loaded : load_certificates(path)) {
+            add_certificate(message.get(), loaded.cert.get());
+        }
+    }
+    const Buffer content = read_octets(options.content);
+    const uint32_t status = sign_PKCS7_withAttributes(message.get(), content.octets().data(),
+                                                      static_cast<int32_t>(content.octets().size()),
+                                                      options.detached ? 1 : 0, nullptr);
+    if (status != 0) throw Failure("the content cannot be signed: " + status_sentence(status));
+    write_message(options.output, message.get(), options.der);
+    return kGood;
+}
+
+}  // namespace tool

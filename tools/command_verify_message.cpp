@@ -1,0 +1,253 @@
+// tlxpki message verify: checks every signer, and prints what was found of each.
+#include <array>
+#include <iostream>
+
+#include "commands.hpp"
+#include "describe_message.hpp"
+#include "failure.hpp"
+#include "input.hpp"
+#include "message.hpp"
+#include "output.hpp"
+#include "status.hpp"
+#include "terminal.hpp"
+#include "verify.hpp"
+
+namespace tool {
+
+namespace {
+
+using Reports = Owned<P7_SIGNER_REPORTS, free_P7_SIGNER_REPORTS>;
+
+enum : uint32_t {
+    kNoSigners = 0x4B30002B,
+    kTwoContents = 0x4B30001C,
+    kNoContent = 0x4B30003B,
+    kNoMemory = 0x4B30003C,
+    kNoCertificate = 0x4B300047,
+    kUnproven = 0x4B300116,
+    kNoIssuer = 0x53050047,
+    kNoAnchor = 0x53050116
+};
+
+/// What verification found.
+struct Findings {
+    uint32_t status = 0;  ///< kUnproven without anchors when the signatures hold
+    Reports reports;      ///< null when no signer was checked
+    [[nodiscard]] bool is_proven() const { return status == 0; }
+};
+
+/// Certificates to find issuers among, and those to trust.
+struct Trust {
+    Certificates pool = made<Certificates>(new_X509_CERTIFICATES());
+    Anchors anchors;  ///< null for none
+
+    void add(const std::vector<LoadedCertificate> &certificates) const {
+        for (const LoadedCertificate &loaded : certificates) {
+            must(add_X509_CERTIFICATES(pool.get(), loaded.cert.get()));
+        }
+    }
+};
+
+Trust load_trust(const VerifyMessageOptions &options, std::vector<std::string> &warnings) {
+    Trust trust;
+    if (!options.anchors.empty()) trust.anchors = made<Anchors>(new_TRUST_ANCHORS());
+    const std::vector<LoadedCertificate> trusted = collect_anchors(options.anchors, warnings);
+    for (const LoadedCertificate &loaded : trusted) {
+        const auto anchor = made<Anchor>(create_TRUST_ANCHOR_from_X509_CERT(loaded.cert.get()));
+        must(add_TRUST_ANCHORS(trust.anchors.get(), anchor.get()));
+    }
+    trust.add(trusted);
+    for (const std::string &path : options.pool) {
+        trust.add(collect_certificates(path, warnings));
+    }
+    return trust;
+}
+
+void expect_signatures(const std::string &source, const P7_CONTENT_INFO *message) {
+    const int32_t type = type_of(message);
+    if (type == TLX_OID_PKCS7_SIGNED_DATA || type == TLX_OID_PKCS7_SIGNED_AND_ENVELOPED_DATA) return;
+    throw Failure(source + ": is " + type_name(message->contentType) + ", which has no signatures");
+}
+
+/// Throws Failure when the message cannot be verified with what is given.
+void expect_checkable(const std::string &source, const P7_CONTENT_INFO *message, uint32_t status) {
+    if (status == kTwoContents) {
+        throw Failure(source + ": has its content in itself; --content is for messages without");
+    }
+    if (status == kNoContent && type_of(message) == TLX_OID_PKCS7_SIGNED_DATA) {
+        throw Failure(source + ": does not hold its content; give it with --content");
+    }
+    if (status == kNoContent) {
+        throw Failure(source + ": its content is encrypted; decrypt it, and give it with --content");
+    }
+    if (status == kNoMemory) throw std::bad_alloc();
+}
+
+Findings verify(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message, const Trust &trust,
+                Octets content) {
+    const Time time = time_of_option(options.time);
+    P7_SIGNER_REPORTS *reports = nullptr;
+    Findings findings;
+    findings.status = verify_PKCS7_Signers(message, content.data(), static_cast<uint32_t>(content.size()),
+                                           trust.pool.get(), trust.anchors.get(), time.get(), &reports);
+    findings.reports.reset(reports);
+    expect_checkable(options.message, message, findings.status);
+    if (findings.status == 0 && trust.anchors == nullptr) findings.status = kUnproven;
+    return findings;
+}
+
+/// A check of a signer. It was not made without a certificate when it takes one, and a path without anchors.
+struct Check {
+    const char *name;
+    uint32_t P7_SIGNER_REPORT::*status;
+    bool takes_certificate;
+};
+constexpr std::array kChecks = {Check{"certificate", &P7_SIGNER_REPORT::certificateStatus, false},
+                                Check{"algorithms", &P7_SIGNER_REPORT::algorithmStatus, true},
+                                Check{"content", &P7_SIGNER_REPORT::contentStatus, false},
+                                Check{"signature", &P7_SIGNER_REPORT::signatureStatus, true},
+                                Check{"path", &P7_SIGNER_REPORT::pathStatus, true}};
+
+Mark mark_of(const P7_SIGNER_REPORT &report, const Check &check) {
+    const uint32_t status = report.*check.status;
+    if (status == 0) return Mark::kGood;
+    const bool unmade = check.takes_certificate && report.certificate == nullptr;
+    return unmade || status == kUnproven ? Mark::kUnchecked : Mark::kFailed;
+}
+
+/// That of the worst of the checks.
+Mark mark_of(const P7_SIGNER_REPORT &report) {
+    if (report.status != 0) return Mark::kFailed;
+    return report.pathStatus == 0 ? Mark::kGood : Mark::kUnchecked;
+}
+
+const char *state_of(Mark mark) {
+    constexpr const char *kStates[] = {"ok", "failed", "not checked"};
+    return kStates[static_cast<std::size_t>(mark)];
+}
+
+/// A status with what it says of a signature, which is more than the meaning of its reason.
+Json meaning_of(uint32_t status) {
+    Json json = status_json(status);
+    if (json.contains("detail")) json["reason"] = json["detail"];
+    json.erase("detail");
+    return json;
+}
+
+Json describe_report(const P7_SIGNER_INFO *signer, const P7_SIGNER_REPORT &report) {
+    Json json = Json::object();
+    if (report.certificate != nullptr) json["subject"] = name_text(get_X509_subject(report.certificate));
+    json.update(describe_signer(signer));
+    for (const Check &check : kChecks) {
+        const Mark mark = mark_of(report, check);
+        Json &described = json["checks"][check.name] = {{"state", state_of(mark)}};
+        if (mark == Mark::kFailed) described["status"] = meaning_of(report.*check.status);
+    }
+    return json;
+}
+
+const char *hint_for(uint32_t status) {
+    switch (status) {
+        case kUnproven:
+            return "--anchor FILE names the certificates to trust; a path has to lead from each signer's to "
+                   "one of them";
+        case kNoCertificate:
+            return "give the signer's certificate with --pool";
+        case kNoIssuer:
+            return "no certificate fits as issuer; give those above the signer's with --pool";
+        case kNoAnchor:
+            return "if you trust the certificate at the top of the path, give it with --anchor";
+        case kOutsideValidity:
+            return "--at TIME verifies at another time than now";
+        default:
+            return "";
+    }
+}
+
+Json describe_findings(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message,
+                       const Findings &findings) {
+    Json json = {{"source", options.message},
+                 {"valid", findings.is_proven()},
+                 {"status", meaning_of(findings.status)},
+                 {"signers", Json::array()}};
+    const std::string hint = hint_for(findings.status);
+    if (!hint.empty()) json["status"]["hint"] = hint;
+    for (uint32_t i = 0; i < get_P7_SIGNER_REPORTS_count(findings.reports.get()); ++i) {
+        const auto at = static_cast<int32_t>(i);
+        json["signers"].push_back(describe_report(get_P7_SIGNER_INFOS_child(signers_of(message), at),
+                                                  *get_P7_SIGNER_REPORTS_child(findings.reports.get(), at)));
+    }
+    return json;
+}
+
+std::string verdict_text(const Findings &findings) {
+    if (findings.is_proven()) return coloured("valid", Colour::kGreen);
+    if (findings.status != kUnproven) return coloured("NOT VALID", Colour::kRed);
+    return coloured("the signatures hold, the signers are unproven", Colour::kYellow);
+}
+
+void print_signer(std::ostream &out, Json signer, const P7_SIGNER_REPORT &report) {
+    out << mark_text(mark_of(report)) << ' '
+        << (report.certificate == nullptr ? "Signer without a certificate"
+                                          : printable(shown_name(get_X509_subject(report.certificate))))
+        << '\n';
+    const Json checks = signer["checks"];
+    signer.erase("subject");
+    signer.erase("checks");
+    print_text(out, signer, 4);
+    for (const Check &check : kChecks) {
+        out << "    " << mark_text(mark_of(report, check)) << ' ' << check.name;
+        const Json status = checks[check.name].value("status", Json());
+        if (status.is_object()) {
+            out << ": " << status["code"].get<std::string>() << ", " << status["reason"].get<std::string>();
+        }
+        out << '\n';
+    }
+    out << '\n';
+}
+
+void print_findings(std::ostream &out, const Json &document, const Findings &findings) {
+    int32_t place = 0;
+    for (const Json &signer : document["signers"]) {
+        print_signer(out, signer, *get_P7_SIGNER_REPORTS_child(findings.reports.get(), place++));
+    }
+    out << printable(document["source"].get<std::string>()) << ": " << verdict_text(findings) << '\n';
+    print_text(out, document["status"], 2);
+}
+
+/// The octets that are signed: those of data, or the element of other content.
+void write_content(const std::string &path, const P7_CONTENT_INFO *message, Octets given) {
+    if (given.data() != nullptr) return write_octets(path, given);
+    const P7_CONTENT_INFO *content = message->content.signedData->contentInfo;
+    if (content->received == nullptr) return write_octets(path, octets_of(content->content.data));
+    uint8_t *element = nullptr;
+    const uint32_t size = ASN1_to_binary(content->received, &element);
+    const Buffer owner(element, element == nullptr ? 0 : size);
+    write_octets(path, owner.octets());
+}
+
+}  // namespace
+
+int run_verify_message(const VerifyMessageOptions &options) {
+    const bool to_output = options.output == "-";
+    if (to_output && options.json) throw Failure("--json and the content both go to standard output");
+    std::vector<std::string> warnings;
+    const Trust trust = load_trust(options, warnings);
+    Warner().tell(warnings);
+    const Message message = read_message(options.message);
+    expect_signatures(options.message, message.get());
+    const Buffer content = options.content.empty() ? Buffer() : read_octets(options.content);
+    const Findings findings = verify(options, message.get(), trust, content.octets());
+    if (findings.is_proven() && !options.output.empty()) {
+        write_content(options.output, message.get(), content.octets());
+    }
+    const Json document = describe_findings(options, message.get(), findings);
+    if (options.json) {
+        print_json(std::cout, document);
+    } else {
+        print_findings(to_output ? std::cerr : std::cout, document, findings);
+    }
+    return findings.is_proven() ? kGood : kNotValid;
+}
+
+}  // namespace tool

@@ -1,0 +1,121 @@
+// The arguments of tlxpki message.
+#include "arguments.hpp"
+
+namespace tool {
+
+namespace {
+
+constexpr char kFile[] = "FILE";
+
+/// An option that takes one file.
+CLI::Option *add_file(CLI::App *command, const char *name, std::string &path, const char *help) {
+    return command->add_option(name, path, help)->type_name(kFile);
+}
+
+/// An option that takes one name of a list.
+void add_choice(CLI::App *command, const char *name, std::string &value,
+                const std::vector<std::string> &names, const char *help) {
+    command->add_option(name, value, help)->type_name("NAME")->check(CLI::IsMember(names));
+}
+
+/// The file that a command works on.
+void add_operand(CLI::App *command, const char *name, std::string &path, const char *help) {
+    command->add_option(name, path, help)->type_name("")->required();
+}
+
+/// The options of commands that make a message of a file.
+template <typename Options>
+void add_made_message(CLI::App *command, Options &options, const char *content_help) {
+    command->add_flag("--der", options.der, "Write DER instead of PEM");
+    add_file(command, "-o,--output", options.output, "Where the message goes; by default standard output");
+    add_operand(command, "CONTENT", options.content, content_help);
+}
+
+void add_sign(CLI::App *message, CommandLine &line) {
+    SignOptions &options = line.sign;
+    CLI::App *command = message->add_subcommand("sign", "Sign a file");
+    command->footer(
+        "Give --cert and --key once for each signer, the keys in the order of the certificates.\n\n"
+        "Example: tlxpki message sign --cert user.pem --key user.key --chain ca.pem -o signed.p7 content");
+    add_repeated(command, "--cert", options.certs, kFile,
+                 "Certificate of a signer, the first of the file; it goes along in the message");
+    command->get_option("--cert")->required();
+    add_repeated(command, "--key", options.keys, kFile, "Private key of a signer");
+    command->get_option("--key")->required();
+    add_repeated(command, "--chain", options.chain, kFile,
+                 "Further certificates to go along, such as a CA's");
+    command->add_flag("--detached", options.detached, "Leave the content out of the message");
+    add_choice(command, "--digest", options.digest, digest_names(),
+               "The digest of the content (default sha256)");
+    add_choice(command, "--scheme", options.scheme, signature_schemes(),
+               "How an RSA key signs it (default pkcs1)");
+    add_password_file(command, options.password_file);
+    add_made_message(command, options, "The file to sign");
+    runs(command, line, run_sign, options);
+}
+
+void add_verify_message(CLI::App *message, CommandLine &line) {
+    VerifyMessageOptions &options = line.verify_message;
+    CLI::App *command = message->add_subcommand("verify", "Verify the signatures of a message");
+    command->footer(
+        "A message is valid when every signature holds and a path leads from every signer's certificate to\n"
+        "one of --anchor. Without --anchor the signers stay unproven, and the exit status is 1.\n"
+        "Not checked: revocation, policies and purposes. Nothing proves the signing time.\n\n"
+        "Example: tlxpki message verify --anchor root.pem --pool ca.pem -o content signed.p7");
+    add_repeated(command, "--anchor", options.anchors, kFile,
+                 "Certificates to trust; they also join the pool");
+    add_repeated(command, "--pool", options.pool, kFile,
+                 "Certificates to find signers and issuers among, beside those in the message");
+    add_file(command, "--content", options.content, "The content of a detached message");
+    command->add_option("--at", options.time, "Verify at this time instead of now")->type_name("TIME");
+    add_json(command, options.json);
+    add_file(command, "-o,--output", options.output, "Where the content of a valid message goes");
+    add_operand(command, "MESSAGE", options.message, "The message");
+    runs(command, line, run_verify_message, options);
+}
+
+void add_encrypt(CLI::App *message, CommandLine &line) {
+    EncryptOptions &options = line.encrypt;
+    CLI::App *command = message->add_subcommand("encrypt", "Encrypt a file for the owners of certificates");
+    command->footer(
+        "Give --to once for each recipient. Every recipient can decrypt, and nobody can tell who "
+        "encrypted.\n\n"
+        "Example: tlxpki message encrypt --to user.pem -o sealed.p7 content");
+    add_repeated(command, "--to", options.recipients, kFile,
+                 "Certificate of a recipient, with an RSA key; the first of the file");
+    command->get_option("--to")->required();
+    add_choice(command, "--cipher", options.cipher, cipher_names(),
+               "The cipher of the content (default aes-256-cbc)");
+    add_choice(command, "--scheme", options.scheme, encryption_schemes(),
+               "How its key is encrypted (default pkcs1)");
+    add_made_message(command, options, "The file to encrypt");
+    runs(command, line, run_encrypt, options);
+}
+
+void add_decrypt(CLI::App *message, CommandLine &line) {
+    DecryptOptions &options = line.decrypt;
+    CLI::App *command = message->add_subcommand("decrypt", "Decrypt a message");
+    command->footer(
+        "Nothing shows whether a message was changed on its way: decryption is no proof of where it comes "
+        "from.\n\n"
+        "Example: tlxpki message decrypt --cert user.pem --key user.key -o content sealed.p7");
+    add_file(command, "--cert", options.cert, "Certificate of the recipient")->required();
+    add_file(command, "--key", options.key, "Private key of the recipient")->required();
+    add_password_file(command, options.password_file);
+    add_file(command, "-o,--output", options.output, "Where the content goes; by default standard output");
+    add_operand(command, "MESSAGE", options.message, "The message");
+    runs(command, line, run_decrypt, options);
+}
+
+}  // namespace
+
+void add_message(CLI::App &app, CommandLine &line) {
+    CLI::App *message = app.add_subcommand("message", "Sign, verify, encrypt and decrypt PKCS #7 messages");
+    message->require_subcommand(1);
+    add_sign(message, line);
+    add_verify_message(message, line);
+    add_encrypt(message, line);
+    add_decrypt(message, line);
+}
+
+}  // namespace tool

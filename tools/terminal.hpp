@@ -1,0 +1,46 @@
+// What people see beside the output of a command: marks in colour, progress and warnings.
+#pragma once
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+/// The finding of a check.
+enum class Mark { kGood, kFailed, kUnchecked };
+
+enum class Colour { kRed = 31, kGreen = 32, kYellow = 33 };
+
+/// A text in a colour where standard output is a terminal that shows colours.
+[[nodiscard]] std::string coloured(const std::string &text, Colour colour);
+
+/// "[ok]", "[FAILED]" or "[not checked]" in colour.
+[[nodiscard]] std::string mark_text(Mark mark);
+
+/// A progress bar on standard error when that is a terminal.
+class Progress {
+  public:
+    explicit Progress(std::size_t total);
+
+    void show(std::size_t done) const;
+    /// Makes room for a line of output.
+    void clear() const;
+
+  private:
+    static constexpr std::size_t kWidth = 40;
+    std::size_t total_;
+    bool shown_;
+};
+
+/// Prints warnings on standard error after the output so far, each warning once.
+class Warner {
+  public:
+    void tell(const std::vector<std::string> &warnings);
+
+  private:
+    std::set<std::string> told_;
+};
+
+}  // namespace tool
