@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <tlxpki/asn1_io.h>
 #include <tlxpki/pem.h>
+#include <tlxpki/pkcs5.h>
 #include <tlxpki/x509_sign.h>
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "keyinfo/key_records.hpp"
+#include "keys/key_file_records.hpp"
 #include "support/chain_builder.hpp"
 #include "support/command.hpp"
 
@@ -101,6 +102,47 @@ TEST_F(Secrets, LeaveNoTraceOfKeyFiles) {
             EXPECT_EQ(readPKCS1_from_File(unit, "wrong", 5, path.c_str()) == 0, password == nullptr);
             free_RSA_UNIT(unit);
         });
+    }
+}
+
+/// The octets that a password and the salt of a container derive with one iteration.
+void add_derived(std::vector<std::string> &secrets, const PKCS8 *container) {
+    const tlx::Owned<P5_PBE_PARAM> param(get_PKCS8_P5_PBE_PARAM(container));
+    const auto salt_len = static_cast<std::uint32_t>(param->salt->length);
+    std::uint8_t derived[20];
+    ASSERT_EQ(
+        PBKDF1(kPassword, kPasswordLength, param->salt->data, salt_len, 1, TLX_DIGEST_SHA1, derived, 20), 0U);
+    secrets.emplace_back(reinterpret_cast<const char *>(derived), 16);
+    ASSERT_EQ(
+        PBKDF2(kPassword, kPasswordLength, param->salt->data, salt_len, 1, TLX_DIGEST_SHA256, derived, 20),
+        0U);
+    secrets.emplace_back(reinterpret_cast<const char *>(derived), 20);
+}
+
+TEST_F(Secrets, LeaveNoTraceOfEncryptedKeys) {
+    for (std::uint32_t i = 0; const char *scheme = get_PKCS8_scheme_name(i); ++i) {
+        SCOPED_TRACE(scheme);
+        std::vector<std::string> secrets = of_rsa();
+        secrets.emplace_back(kPassword);
+        secrets.emplace_back("c\0o\0r\0r\0e\0c\0t", 13);  // as PKCS #12 widens it
+        PKCS8 *container = nullptr;
+        expect_no_trace(secrets, [&] {
+            P8_PRIV_KEY_INFO *info = nullptr;
+            EXPECT_EQ(gen_P8_PRIV_KEY_INFO(signing_key(0), &info), 0U);
+            EXPECT_EQ(seal_PKCS8(info, scheme, nullptr, nullptr, 1, kPassword, kPasswordLength, &container),
+                      0U);
+            free_P8_PRIV_KEY_INFO(info);
+        });
+        add_derived(secrets, container);
+        expect_no_trace(secrets, [&] {
+            P8_PRIV_KEY_INFO *info = nullptr;
+            EXPECT_EQ(open_PKCS8(container, kPassword, kPasswordLength, &info), 0U);
+            EXPECT_EQ(open_PKCS8(container, "wrong", 5, &info), 0x4A410012U);
+            decrypt_PKCS5(container, &info, kPassword, kPasswordLength);
+            free_P8_PRIV_KEY_INFO(dup_P8_PRIV_KEY_INFO(info));
+            free_P8_PRIV_KEY_INFO(info);
+        });
+        free_PKCS8(container);
     }
 }
 

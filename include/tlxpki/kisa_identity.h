@@ -3,7 +3,9 @@
  * real name and the virtual identifier (VID), a digest made from the resident or business registration number
  * and a random number that only the holder has. The contract of all records is in x509_types.h.
  *
- * Callers compute the digest and compare it with virtualID themselves.
+ * The profile is KCAC.TG.SIVID. gen_KISA_VID() makes a virtual identifier, and verify_KISA_VID() says whether
+ * that of a certificate belongs to a number and a random number. The random number is an attribute of the
+ * private key (get_PRIV_KEY_random() of <tlxpki/pkcs8.h>). Copies of the number are wiped.
  */
 #ifndef TLXPKI_KISA_IDENTITY_H
 #define TLXPKI_KISA_IDENTITY_H
@@ -83,6 +85,29 @@ TLXPKI_API uint32_t get_KISA_IDENTIFY_DATA_from_GENERAL_NAMES(const GENERAL_NAME
 /** Makes the general name that carries identity data, an otherName of type 1.2.410.200004.10.1.1; null for
  * null, data that cannot be encoded, and when memory runs out. */
 TLXPKI_API GENERAL_NAME *create_GENERAL_NAME_KISA_IDENTIFY_DATA(const KISA_IDENTIFY_DATA *data);
+
+/**
+ * Makes a virtual identifier: the digest of the digest of SEQUENCE { idn PrintableString, randomNum BIT
+ * STRING }.
+ * @param hash_alg the digest
+ * @param number   number_len digits of the resident or business registration number; hyphens are left out
+ * @param random   20 octets
+ * @param out      as for Seq_to_VID()
+ * @return 0; 0x47600049 for a null argument; 0x4760002B for a number that holds anything but digits and
+ * hyphens, or no digit, and for a random number that is not 20 whole octets; 0x47600048 for a digest that is
+ * unknown or not available; 0x4760003C when memory runs out
+ */
+TLXPKI_API uint32_t gen_KISA_VID(const OBJECT_IDENTIFIER *hash_alg, const char *number, uint32_t number_len,
+                                 const BIT_STRING *random, VID **out);
+/**
+ * Checks whether a certificate, a number and the random number of its private key belong together.
+ * @param number,random as for gen_KISA_VID()
+ * @return 0 when they do; 0x4761005E when they do not; 0x47610049 for a null argument; 0x47610047 for a
+ * certificate whose subjectAltName has no virtual identifier that can be read; 0x4761002B and 0x47610048 as
+ * 0x4760002B and 0x47600048 of gen_KISA_VID(); 0x4761003C when memory runs out
+ */
+TLXPKI_API uint32_t verify_KISA_VID(const X509_CERT *cert, const char *number, uint32_t number_len,
+                                    const BIT_STRING *random);
 
 TLX_END_DECLS
 

@@ -68,6 +68,10 @@ TLXPKI_API BIGINT *get_PRIV_KEY_version(const P8_PRIV_KEY_INFO *info);
  * nor of KCDSA. */
 TLXPKI_API uint32_t set_PRIV_KEY_KeyParams(P8_PRIV_KEY_INFO *info, const ASYMMETRIC_KEY *key);
 
+/** The random number that a virtual identifier is made with (<tlxpki/kisa_identity.h>): the value of the
+ * attribute 1.2.410.200004.10.1.1.3. Null also when that holds no BIT STRING. */
+TLXPKI_API BIT_STRING *get_PRIV_KEY_random(const P8_PRIV_KEY_INFO *info);
+
 /* ---- Encrypted keys ---- */
 
 /** How a key was encrypted: scheme of P8_ENCRYPTED_KEY. */

@@ -249,3 +249,14 @@ uint32_t set_PRIV_KEY_KeyParams(P8_PRIV_KEY_INFO *info, const ASYMMETRIC_KEY *ke
     info->privateKey = copy;
     return 0;
 }
+
+BIT_STRING *get_PRIV_KEY_random(const P8_PRIV_KEY_INFO *info) {
+    if (info == nullptr) return nullptr;
+    for (u32 i = 0; i < get_STACK_count(info->attributes); ++i) {
+        const auto *attribute = item_at<X509_ATTRIBUTE>(info->attributes, static_cast<i32>(i));
+        if (attribute == nullptr || oid_index(text_of(attribute->type)) != TLX_OID_KISA_RANDOM_NUM) continue;
+        const auto *value = item_at<X509_ATTRIBUTE_DATA>(attribute->values, 0);
+        if (value != nullptr && value->type == TLX_TAG_BIT_STRING) return value->value.string;
+    }
+    return nullptr;
+}
