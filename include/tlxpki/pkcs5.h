@@ -188,6 +188,18 @@ TLXPKI_API uint32_t seal_PKCS8(const P8_PRIV_KEY_INFO *info, const char *scheme,
                                const char *prf, uint32_t iterations, const char *password,
                                uint32_t password_len, P8_ENCRYPTED_KEY **out);
 
+/** How a container is encrypted, in the names of seal_PKCS8(). The texts are constant and never null. */
+typedef struct PKCS8_SCHEME {
+    const char *scheme;
+    const char *cipher;  /**< of "pbes2"; empty for one that seal_PKCS8() does not write, and otherwise */
+    const char *prf;     /**< of "pbes2" likewise */
+    uint32_t iterations; /**< 0 for another derivation than PBKDF2; 0xFFFFFFFF for that number and above */
+} PKCS8_SCHEME;
+
+/** Says how a container is encrypted. Returns 0; 0x4A420049 for a null argument; 0x4A420048 for an algorithm
+ * that open_PKCS8() does not know; 0x4A42002B for parameters that are broken, and when memory runs out. */
+TLXPKI_API uint32_t get_PKCS8_scheme(const P8_ENCRYPTED_KEY *container, PKCS8_SCHEME *out);
+
 /**
  * Decrypts a private key of any kind and length. It takes the schemes of seal_PKCS8(), and PBES2 also with
  * scrypt (RFC 7914) and with ciphers that are too weak to write. A derivation may take 10,000,000 iterations,

@@ -1,21 +1,17 @@
 #include "keys/pbe.hpp"
 
 #include <tlxcrypto/digest.h>
-#include <tlxcrypto/kdf.h>
 #include <tlxcrypto/random.h>
 #include <tlxcrypto/rc4.h>
 #include <tlxpki/objects.h>
 
-#include <bit>
-
-#include "asn1/utf8.hpp"
+#include "keys/pbes2.hpp"
 #include "keys/pkcs12_derivation.hpp"
 
 using namespace tlx;
 
 namespace {
 
-constexpr u32 kOctetsOfUnit = 2;
 constexpr u32 kSaltLength = 8;
 
 using OwnedRc4 = std::unique_ptr<RC4_UNIT, FreeWith<free_RC4_UNIT>>;
@@ -83,104 +79,6 @@ u32 derivations_of(PbeFamily family) noexcept {
     return family == PbeFamily::pkcs12 || family == PbeFamily::gpki ? 2 : 1;
 }
 
-// ---- PBES2 ----
-
-/// What the parameters of PBES2 say of its cipher. `iv` stays the algorithm's.
-bool read_cipher(const X509_ALGO_IDENTIFIER *algorithm, u32 &cipher_id, const u8 *&iv) noexcept {
-    if (read_content_algorithm(algorithm, cipher_id, iv)) return true;
-    // Ciphers that only the registry has: other modes than CBC.
-    Element parameters;
-    cipher_id = get_CipherID_from_OID(get_X509_ALGO_IDENTIFIER_OID(algorithm));
-    if (!view_node(get_X509_ALGO_IDENTIFIER_parameters(algorithm), parameters)) return false;
-    iv = parameters.contents.data();
-    return get_KeyLength(cipher_id) != 0 && parameters.tag == TLX_TAG_OCTET_STRING &&
-           parameters.contents.size() == get_IVLength(cipher_id);
-}
-
-/// Whether a keyLength, which may be absent, is what the cipher has.
-bool fits_key_length(const BIGINT *key_length, u32 cipher_id) noexcept {
-    return key_length == nullptr || get_BIGINT_word(key_length) == get_KeyLength(cipher_id);
-}
-
-PbeOutcome run_pbkdf2(const P5_PBE_PARAM &param, const PbeInput &input, CipherText text) noexcept {
-    u32 cipher_id = 0;
-    const u8 *iv = nullptr;
-    const Prf *prf = param.prf == nullptr ? prfs().data() : find_prf(text_of(param.prf->algorithm));
-    if (prf == nullptr || !read_cipher(param.encryptionScheme, cipher_id, iv) ||
-        !fits_key_length(param.keyLength, cipher_id)) {
-        return PbeOutcome::unsupported;
-    }
-    return run_pbes2(input, cipher_id, prf->digest_id, iv, text);
-}
-
-/// What scrypt takes besides the password, and the cipher under the key that it gives.
-struct ScryptParam {
-    OCTET_STRING *salt;
-    BIGINT *cost;
-    BIGINT *block_size;
-    BIGINT *parallelization;
-    BIGINT *key_length;
-    X509_ALGO_IDENTIFIER *scheme;
-    OBJECT_IDENTIFIER *function;
-};
-
-// PBES2-params ::= SEQUENCE {
-//     keyDerivationFunc  SEQUENCE {
-//         algorithm          OBJECT IDENTIFIER,  -- id-scrypt (RFC 7914, section 7.1)
-//         parameters         SEQUENCE {
-//             salt                      OCTET STRING,
-//             costParameter             INTEGER,
-//             blockSize                 INTEGER,
-//             parallelizationParameter  INTEGER,
-//             keyLength                 INTEGER OPTIONAL } },
-//     encryptionScheme   AlgorithmIdentifier }
-constexpr auto kScryptParam = record<ScryptParam>(
-    any_count(),
-    group(kSequence, field<Oid>(&ScryptParam::function),
-          group(kSequence, field<Joined>(&ScryptParam::salt), field<Integer>(&ScryptParam::cost),
-                field<Integer>(&ScryptParam::block_size), field<Integer>(&ScryptParam::parallelization),
-                optional<Integer>(&ScryptParam::key_length))),
-    field<Nested<X509_ALGO_IDENTIFIER>>(&ScryptParam::scheme));
-
-/// At most 256 MB of memory, and as many passes over it as an iteration count allows.
-PbeOutcome derive_and_run(const ScryptParam &param, Bytes password, CipherText text,
-                          WorkBudget &budget) noexcept {
-    constexpr u64 kMostMemory = u64{256} << 20;
-    constexpr u64 kMostBlocks = kMostMemory / 128;
-    const u64 cost = get_BIGINT_word(param.cost);
-    const u64 block_size = get_BIGINT_word(param.block_size);
-    const u64 lanes = get_BIGINT_word(param.parallelization);
-    if (cost > kMostBlocks || block_size > kMostBlocks || lanes > kMostBlocks)
-        return PbeOutcome::too_much_work;
-    if (cost < 2 || !std::has_single_bit(cost) || block_size == 0 || lanes == 0) return PbeOutcome::broken;
-    if ((cost + lanes) * block_size > kMostBlocks) return PbeOutcome::too_much_work;
-    if (!budget.take(2 * cost * block_size * lanes)) return PbeOutcome::too_much_work;
-    u32 cipher_id = 0;
-    const u8 *iv = nullptr;
-    if (!read_cipher(param.scheme, cipher_id, iv) || !fits_key_length(param.key_length, cipher_id)) {
-        return PbeOutcome::unsupported;
-    }
-    const ScryptInput input = {password, octets_of(param.salt), cost, static_cast<u32>(block_size),
-                               static_cast<u32>(lanes)};
-    return run_scrypt(input, 2 * kMostMemory, cipher_id, iv, text);
-}
-
-/// PBES2 with another derivation than PBKDF2.
-PbeOutcome decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes password, CipherText text,
-                          WorkBudget &budget) noexcept {
-    constexpr std::string_view kScrypt = "1.3.6.1.4.1.11591.4.11";
-    Element element;
-    ScryptParam param = {};
-    ScryptParam *out = &param;
-    const bool read = view_node(algorithm.parameters, element) && element.tag == kSequence &&
-                      read_record(kScryptParam, element, &out) == 0;
-    const bool other = param.function != nullptr && text_of(param.function) != kScrypt;
-    PbeOutcome outcome = other ? PbeOutcome::unsupported : PbeOutcome::broken;
-    if (read && !other) outcome = derive_and_run(param, password, text, budget);
-    clean_record(kScryptParam, &param);
-    return outcome;
-}
-
 PbeOutcome decrypt_by(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param, const PbePassword &password,
                       CipherText text, WorkBudget &budget) noexcept {
     const u32 iterations = get_BIGINT_word(param.iterationCount);
@@ -190,7 +88,7 @@ PbeOutcome decrypt_by(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param, 
         if (!budget.take(iterations)) return PbeOutcome::too_much_work;
     }
     const PbeInput input = {password.text, octets_of(param.salt), iterations};
-    return is_pbes2 ? run_pbkdf2(param, input, text)
+    return is_pbes2 ? decrypt_pbkdf2(param, input, text)
                     : run_scheme(algorithm, password, input, KisaIv::constant, text);
 }
 
@@ -225,34 +123,6 @@ bool write_algorithm(const PbeChoice &choice, Bytes salt, const u8 *iv,
 }
 
 }  // namespace
-
-PasswordUnits::PasswordUnits(Bytes text, From from) noexcept
-    : room_((text.size() + 1) * kOctetsOfUnit), data_(static_cast<u8 *>(TLX_ALLOCATE_ZEROED(1, room_))) {
-    if (data_ == nullptr) return;
-    Utf8 character = {};
-    if (from == From::octets || !is_utf8(text)) {
-        for (const u8 octet : text) {
-            add(octet);
-        }
-    } else {
-        for (; !text.empty() && read_utf8(text, character); text = text.subspan(character.size)) {
-            add_character(character.code_point);
-        }
-    }
-    add(0);
-}
-
-void PasswordUnits::add(u32 unit) noexcept {
-    data_[size_++] = static_cast<u8>(unit >> 8);
-    data_[size_++] = static_cast<u8>(unit);
-}
-
-void PasswordUnits::add_character(u32 code_point) noexcept {
-    constexpr u32 kFirstBeyondUnits = 0x10000;
-    if (code_point < kFirstBeyondUnits) return add(code_point);
-    add(0xD800 + ((code_point - kFirstBeyondUnits) >> 10));
-    add(0xDC00 + (code_point & 0x3FF));
-}
 
 Owned<ASN1_STRING> tlx::encrypt_pbe(const PbeChoice &choice, const PbePassword &password, Bytes in,
                                     X509_ALGO_IDENTIFIER &algorithm) noexcept {
