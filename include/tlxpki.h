@@ -25,11 +25,11 @@
 #include <tlxpki/pkcs12.h>
 #include <tlxpki/pkcs12_types.h>
 #include <tlxpki/pkcs1_param.h>
+#include <tlxpki/pkcs5.h>
 #include <tlxpki/pkcs7.h>
 #include <tlxpki/pkcs7_encrypt.h>
 #include <tlxpki/pkcs7_sign.h>
 #include <tlxpki/pkcs7_types.h>
-#include <tlxpki/pkcs5.h>
 #include <tlxpki/pkcs8.h>
 #include <tlxpki/print.h>
 #include <tlxpki/status.h>

@@ -64,8 +64,8 @@ TLXPKI_API uint32_t gen_P8_PRIV_KEY_INFO(const ASYMMETRIC_KEY *key, P8_PRIV_KEY_
 TLXPKI_API uint32_t set_PRIV_KEY_version(P8_PRIV_KEY_INFO *info, uint8_t version);
 /** The version. */
 TLXPKI_API BIGINT *get_PRIV_KEY_version(const P8_PRIV_KEY_INFO *info);
-/** Replaces the key by a copy and frees a key of another kind. Returns 1 also for a key that is neither of RSA
- * nor of KCDSA. */
+/** Replaces the key by a copy and frees a key of another kind. Returns 1 also for a key that is neither of
+ * RSA nor of KCDSA. */
 TLXPKI_API uint32_t set_PRIV_KEY_KeyParams(P8_PRIV_KEY_INFO *info, const ASYMMETRIC_KEY *key);
 
 /** The random number that a virtual identifier is made with (<tlxpki/kisa_identity.h>): the value of the
