@@ -58,8 +58,61 @@ std::string reread(const Row &row) {
     return text;
 }
 
+/// SEQUENCEs inside one another, each with an OCTET STRING before and after; a long one is in the innermost.
+void nest(Encoder &out, std::uint32_t depth, Bytes around, Bytes inside) {
+    const auto sequence = out.sequence();
+    out.primitive(TLX_TAG_OCTET_STRING, around);
+    if (depth > 1) {
+        nest(out, depth - 1, around, inside);
+    } else {
+        out.primitive(TLX_TAG_OCTET_STRING, inside);
+    }
+    out.primitive(TLX_TAG_OCTET_STRING, around);
+}
+
+/// The same, built from the inside out.
+Octets nested(std::uint32_t depth, const Octets &around, const Octets &inside) {
+    const auto element = [](std::uint8_t tag, const Octets &contents) {
+        std::uint8_t length[5];
+        Octets octets = {tag};
+        octets.insert(octets.end(), length,
+                      length + write_length(static_cast<std::uint32_t>(contents.size()), length));
+        octets.insert(octets.end(), contents.begin(), contents.end());
+        return octets;
+    };
+    const Octets side = element(TLX_TAG_OCTET_STRING, around);
+    Octets octets = element(TLX_TAG_OCTET_STRING, inside);
+    for (; depth > 0; --depth) {
+        octets.insert(octets.begin(), side.begin(), side.end());
+        octets.insert(octets.end(), side.begin(), side.end());
+        octets = element(0x30, octets);
+    }
+    return octets;
+}
+
+/// The length octets of what is encoded around a long string; "other" when it is not what it should be.
+std::string encode_long(const Row &row) {
+    const Octets around(row.number(2), 0xAA);
+    const Octets inside(row.number(3), 0xBB);
+    Encoder out;
+    nest(out, row.number(1), around, inside);
+    const bool right = out.ok() && std::ranges::equal(out.bytes(), nested(row.number(1), around, inside));
+    ASN1_UNIT *node = out.to_node();
+    std::uint8_t *octets = nullptr;
+    const std::uint32_t size = ASN1_to_binary(node, &octets);
+    const bool made = octets != nullptr;
+    const std::string length = node != nullptr ? hex_of(node->length, getASN1LengthSize(node->length)) : "";
+    const bool same =
+        octets != nullptr && Octets(octets, octets + size) == nested(row.number(1), around, inside);
+    tlx_free(octets);
+    free_ASN1_UNIT(node);
+    if (!made) return "no memory";
+    return right && same ? length : "other";
+}
+
 TEST(RecordWords, Rows) {
-    expect_rows("record_words.txt", {{"sample", {reread, {"status 3", "no memory"}}}});
+    expect_rows("record_words.txt",
+                {{"sample", {reread, {"status 3", "no memory"}}}, {"long", {encode_long, {"no memory"}}}});
 }
 
 }  // namespace

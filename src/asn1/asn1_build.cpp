@@ -130,14 +130,13 @@ bool takes_segment(const ASN1_UNIT *seq, u32 tag) noexcept {
 }  // namespace
 
 bool fill_node(ASN1_UNIT *node, const TypedElement &element) noexcept {
-    // The value may lie in the node's own buffers, so they go last.
     const Bytes length = element.length_octets();
     OwnedOctets<u8> value(static_cast<u8 *>(TLX_ALLOCATE(element.contents_size() + 1)));
     OwnedOctets<u8> octets(copy_terminated(length));
     OwnedOctets<u8> identifier(static_cast<u8 *>(TLX_ALLOCATE(1)));
-    const bool written = value && octets && identifier && element.write_contents(value.get());
+    if (!value || !octets || !identifier || !element.write_contents(value.get())) return false;
+    // The value may lie in the node's own buffers, so they go last.
     clean_ASN1_UNIT(node);
-    if (!written) return false;
     *identifier = element.identifier();
     value.get()[element.contents_size()] = 0;
     node->tag = identifier.release();

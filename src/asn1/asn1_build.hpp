@@ -19,7 +19,7 @@ struct TypedValue {
 constexpr u32 kKeepIdentifier = 0x100;
 
 /// Makes `node` the element, whatever it held. False when memory runs out or the value cannot be written;
-/// the node is cleaned then.
+/// the node is unchanged then.
 [[nodiscard]] bool fill_node(ASN1_UNIT *node, const TypedElement &element) noexcept;
 
 /// encodeToBER, and the identifier is replaced. On failure the node is cleaned.

@@ -124,16 +124,18 @@ struct ChoiceRecord {
     static constexpr bool kIsPointer = std::is_pointer_v<Value>;
 
     [[nodiscard]] void *held(const R &record) const noexcept {
-        if constexpr (kIsPointer)
+        if constexpr (kIsPointer) {
             return record.*value;
-        else
+        } else {
             return (record.*value).any;
+        }
     }
     void hold(R &record, void *pointer) const noexcept {
-        if constexpr (kIsPointer)
+        if constexpr (kIsPointer) {
             record.*value = static_cast<Value>(pointer);
-        else
+        } else {
             (record.*value).any = pointer;
+        }
     }
     /// The number tells an alternative with a tag of its own, whatever the class.
     [[nodiscard]] static bool matches(const Element &element, u8 tag) noexcept {

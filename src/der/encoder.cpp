@@ -6,6 +6,12 @@
 #include "der/values.hpp"
 
 namespace tlx {
+namespace {
+
+/// Contents of so many octets are worth some effort not to move or copy them.
+constexpr std::size_t kLong = 4096;
+
+}  // namespace
 
 std::size_t Encoder::open(u8 tag) noexcept {
     buffer_.append(tag);
@@ -13,12 +19,32 @@ std::size_t Encoder::open(u8 tag) noexcept {
     return buffer_.size();
 }
 
-void Encoder::close(std::size_t start) noexcept {
+void Encoder::widen(Nest &nest, std::size_t count) noexcept {
+    if (count <= nest.room_) return;
+    const std::size_t gap = count - nest.room_;
+    buffer_.insert_gap(nest.start_, gap);
     if (!buffer_.ok()) return;
+    nest.room_ = count;
+    for (Nest *moved = innermost_; moved != nest.outer_; moved = moved->outer_) {
+        moved->start_ += gap;
+    }
+}
+
+void Encoder::prepare(std::size_t length) noexcept {
+    if (length < kLong) return;
     u8 octets[5];
-    const std::size_t count = write_length(static_cast<u32>(buffer_.size() - start), octets);
-    if (count > 1) buffer_.insert_gap(start, count - 1);
-    if (buffer_.ok()) std::memcpy(buffer_.data() + start - 1, octets, count);
+    const std::size_t count = write_length(static_cast<u32>(length), octets);
+    for (Nest *nest = innermost_; nest != nullptr; nest = nest->outer_) {
+        widen(*nest, count);
+    }
+}
+
+void Encoder::close(Nest &nest) noexcept {
+    u8 octets[5];
+    const std::size_t count = write_length(static_cast<u32>(buffer_.size() - nest.start_), octets);
+    widen(nest, count);
+    if (buffer_.ok()) std::memcpy(buffer_.data() + nest.start_ - count, octets, count);
+    innermost_ = nest.outer_;
 }
 
 u8 *Encoder::header(u8 tag, std::size_t length) noexcept {
@@ -26,6 +52,7 @@ u8 *Encoder::header(u8 tag, std::size_t length) noexcept {
         fail();
         return nullptr;
     }
+    prepare(length);
     u8 octets[5];
     const std::size_t count = write_length(static_cast<u32>(length), octets);
     u8 *room = buffer_.reserve(1 + count + length);
@@ -69,9 +96,8 @@ void Encoder::bit_string(const BIT_STRING *bits, u8 tag) noexcept {
 }
 
 void Encoder::oid(std::string_view dotted, u8 tag) noexcept {
-    const std::size_t start = open(tag);
-    if (!text_to_oid(dotted, buffer_)) return fail();
-    close(start);
+    const auto identifier = nest(tag);
+    if (!text_to_oid(dotted, buffer_)) fail();
 }
 
 void Encoder::oid(const OBJECT_IDENTIFIER *oid, u8 tag) noexcept {
@@ -118,6 +144,7 @@ void Encoder::any_value(const ASN1_STRING *value, u32 identifier) noexcept {
 void Encoder::node(const ASN1_UNIT *node) noexcept {
     Element element;
     if (!view_node(node, element)) return fail();
+    prepare(element.contents.size());
     buffer_.append(element.tag);
     buffer_.append(element.length_octets);
     buffer_.append(element.contents);
@@ -127,13 +154,23 @@ void Encoder::node(const ASN1_UNIT *node) noexcept {
     }
 }
 
-ASN1_UNIT *Encoder::to_node() const noexcept {
-    Element element;
-    if (!ok() || !read_element(buffer_.bytes(), element)) return nullptr;
-    return make_node(element);
+void Encoder::raw(Bytes octets) noexcept {
+    prepare(octets.size());
+    buffer_.append(octets);
 }
 
-bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept {
+ASN1_UNIT *Encoder::to_node() noexcept {
+    Element element;
+    if (!ok() || !read_element(buffer_.bytes(), element)) return nullptr;
+    if (element.contents.size() < kLong) return make_node(element);
+    Owned<ASN1_UNIT> node(make_header(element));
+    if (!node) return nullptr;
+    node->value = buffer_.release();
+    place_contents(*node, element);
+    return node.release();
+}
+
+bool hand_over(Encoder &encoder, ASN1_UNIT **out) noexcept {
     ASN1_UNIT *node = encoder.to_node();
     if (node == nullptr) return false;
     *out = node;

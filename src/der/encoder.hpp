@@ -1,9 +1,11 @@
-// Writes DER front to back into one growing buffer, and fixes a length up once, when its element closes.
+// Writes DER front to back into one growing buffer. A length is fixed up when its element closes, or leaves
+// room when something long is about to be written inside, so that what is long is never moved.
 #pragma once
 
 #include <tlxpki/types.h>
 
 #include <string_view>
+#include <utility>
 
 #include "der/buffer.hpp"
 #include "der/element.hpp"
@@ -27,14 +29,18 @@ class Encoder {
     /// A constructed element that is closed when this object goes out of scope.
     class Nest {
       public:
-        Nest(Encoder &encoder, u8 tag) noexcept : encoder_(encoder), start_(encoder.open(tag)) {}
-        ~Nest() { encoder_.close(start_); }
+        Nest(Encoder &encoder, u8 tag) noexcept
+            : encoder_(encoder), outer_(std::exchange(encoder.innermost_, this)), start_(encoder.open(tag)) {}
+        ~Nest() { encoder_.close(*this); }
         Nest(const Nest &) = delete;
         Nest &operator=(const Nest &) = delete;
 
       private:
+        friend Encoder;
         Encoder &encoder_;
-        std::size_t start_;
+        Nest *outer_;
+        std::size_t start_;     ///< of the contents
+        std::size_t room_ = 1;  ///< length octets before them
     };
 
     [[nodiscard]] Nest sequence() noexcept { return {*this, kSequence}; }
@@ -60,7 +66,7 @@ class Encoder {
     /// A finished node, as it is.
     void node(const ASN1_UNIT *node) noexcept;
     /// Finished encodings, as they are.
-    void raw(Bytes octets) noexcept { buffer_.append(octets); }
+    void raw(Bytes octets) noexcept;
 
     void fail() noexcept { buffer_.fail(); }
     /// Calls write(). When that is where encoding fails, and nothing inside has named its own status, this
@@ -77,17 +83,23 @@ class Encoder {
     [[nodiscard]] bool out_of_memory() const noexcept { return buffer_.out_of_memory(); }
     [[nodiscard]] Bytes bytes() const noexcept { return buffer_.bytes(); }
     [[nodiscard]] Buffer &buffer() noexcept { return buffer_; }
-    /// The one element written so far as a node; null when something failed.
-    [[nodiscard]] ASN1_UNIT *to_node() const noexcept;
+    /// Makes a node of the one element written so far, and may give it the buffer; null when something
+    /// failed.
+    [[nodiscard]] ASN1_UNIT *to_node() noexcept;
 
   private:
     std::size_t open(u8 tag) noexcept;
-    void close(std::size_t start) noexcept;
+    void close(Nest &nest) noexcept;
+    /// Widens the length octets of an open element to `count`.
+    void widen(Nest &nest, std::size_t count) noexcept;
+    /// Does so for all open elements, before an element inside them gets as many contents octets.
+    void prepare(std::size_t length) noexcept;
     /// Identifier and length octets of an element with `length` contents octets; room for the contents, or
     /// null.
     u8 *header(u8 tag, std::size_t length) noexcept;
 
     Buffer buffer_;
+    Nest *innermost_ = nullptr;  ///< the open element that is written to
     u32 blamed_ = 0;
 };
 
@@ -103,6 +115,6 @@ class SecretEncoder : public Encoder {
 
 /// Gives the finished encoding to *out as a new node. False when the encoder failed or memory ran out; *out
 /// is unchanged then.
-[[nodiscard]] bool hand_over(const Encoder &encoder, ASN1_UNIT **out) noexcept;
+[[nodiscard]] bool hand_over(Encoder &encoder, ASN1_UNIT **out) noexcept;
 
 }  // namespace tlx

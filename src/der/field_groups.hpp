@@ -170,8 +170,9 @@ struct DefinedBy {
             use(each.field);
             return true;
         };
-        if (!std::apply([&](const auto &...each) { return (matches(each) || ...); }, alternatives))
+        if (!std::apply([&](const auto &...each) { return (matches(each) || ...); }, alternatives)) {
             use(otherwise);
+        }
     }
 };
 template <typename R, typename Otherwise, typename... F>

@@ -72,8 +72,9 @@ struct Field : OwnedMember<R, Kind> {
                 return child.context_specific() && child.number() == number;
             default:
                 // Its universal tag tells an optional member without a tag of its own.
-                if (presence == Presence::optional && !any_class && child.tag >= kContextSpecific)
+                if (presence == Presence::optional && !any_class && child.tag >= kContextSpecific) {
                     return false;
+                }
                 return may_hold<Kind>(child);
         }
     }

@@ -194,7 +194,7 @@ u32 decode_node(const ASN1_UNIT *node, T **out, const Statuses &statuses) noexce
 }
 
 /// Gives the finished encoding to *out. 0, a status that a member passed up, or the record's own.
-inline u32 hand_over(const Encoder &encoder, ASN1_UNIT **out, const Statuses &statuses) noexcept {
+inline u32 hand_over(Encoder &encoder, ASN1_UNIT **out, const Statuses &statuses) noexcept {
     if (hand_over(encoder, out)) return 0;
     return encoder.blamed() != 0 ? encoder.blamed() : statuses.not_converted;
 }

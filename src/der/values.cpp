@@ -135,17 +135,27 @@ ASN1_STRING *decode_any_string(const Element &element) noexcept {
     return string;
 }
 
-ASN1_UNIT *make_node(const Element &element) noexcept {
+ASN1_UNIT *make_header(const Element &element) noexcept {
     Owned<ASN1_UNIT> node(TLX_NEW(ASN1_UNIT));
     if (!node) return nullptr;
-    const std::size_t size = element.contents.size();
     node->tag = copy_terminated({&element.tag, 1});
     node->length = copy_terminated(element.length_octets);
-    node->value = static_cast<u8 *>(TLX_ALLOCATE(size + kEndOfContentsSize));
-    if (node->tag == nullptr || node->length == nullptr || node->value == nullptr) return nullptr;
-    if (size > 0) std::memcpy(node->value, element.contents.data(), size);
-    std::memset(node->value + size, 0, kEndOfContentsSize);
-    if (element.indefinite) node->eoc = node->value + size;
+    return node->tag != nullptr && node->length != nullptr ? node.release() : nullptr;
+}
+
+void place_contents(ASN1_UNIT &node, const Element &element) noexcept {
+    const std::size_t size = element.contents.size();
+    if (size > 0) std::memmove(node.value, element.contents.data(), size);
+    std::memset(node.value + size, 0, kEndOfContentsSize);
+    if (element.indefinite) node.eoc = node.value + size;
+}
+
+ASN1_UNIT *make_node(const Element &element) noexcept {
+    Owned<ASN1_UNIT> node(make_header(element));
+    if (!node) return nullptr;
+    node->value = static_cast<u8 *>(TLX_ALLOCATE(element.contents.size() + kEndOfContentsSize));
+    if (node->value == nullptr) return nullptr;
+    place_contents(*node, element);
     return node.release();
 }
 

@@ -27,6 +27,11 @@ ASN1_STRING *decode_any_string(const Element &element) noexcept;
 ASN1_STRING *decode_joined(i32 type, const Element &element) noexcept;
 /// A node holding a copy of the element.
 ASN1_UNIT *make_node(const Element &element) noexcept;
+/// A node with the element's identifier and length octets, and no value; null when memory runs out.
+ASN1_UNIT *make_header(const Element &element) noexcept;
+/// Moves the element's contents to the front of the node's value, where the element may lie, and puts two
+/// zeros after them: end-of-contents octets of an indefinite length.
+void place_contents(ASN1_UNIT &node, const Element &element) noexcept;
 /// A string record with a copy of the text.
 ASN1_STRING *new_string(i32 type, Bytes octets) noexcept;
 

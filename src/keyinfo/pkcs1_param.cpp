@@ -81,7 +81,7 @@ u32 read_params(const Element &element, Param *out, void (*clean)(Param *)) noex
 }
 
 /// An algorithm identifier with a copy of the algorithm, and with what the encoder holds as parameters.
-X509_ALGO_IDENTIFIER *make_algorithm(const OBJECT_IDENTIFIER *oid, const Encoder &parameters) noexcept {
+X509_ALGO_IDENTIFIER *make_algorithm(const OBJECT_IDENTIFIER *oid, Encoder &parameters) noexcept {
     Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
     if (!algorithm) return nullptr;
     algorithm->algorithm = dup_OBJECT_IDENTIFIER(oid);

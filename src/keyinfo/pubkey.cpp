@@ -69,7 +69,7 @@ bool same_parameters(const ASN1_UNIT *a, const ASN1_UNIT *b) noexcept {
 }
 
 /// Makes the record the public key that the encodings stand for, decoding it as if it had been received.
-bool set_from_encodings(X509_PUBKEY &pubkey, u32 algorithm, const Encoder &parameters,
+bool set_from_encodings(X509_PUBKEY &pubkey, u32 algorithm, Encoder &parameters,
                         const Encoder &key) noexcept {
     Owned<X509_PUBKEY> made(new_X509_PUBKEY());
     if (!made || !parameters.ok() || !key.ok()) return false;
