@@ -4,77 +4,18 @@
 
 #include <tlxpki/objects.h>
 
-#include <algorithm>
-
 #include "asn1/oid_lookup.hpp"
-#include "der/oid_text.hpp"
 
 using namespace tlx;
 
 namespace {
 
-/// The digests of OAEP (RFC 8017, appendix B.1).
-struct OaepDigest {
-    u32 id;
-    u32 row;
-};
-constexpr OaepDigest kDigests[] = {
-    {TLX_DIGEST_SHA1, oid::kSha1},     {TLX_DIGEST_SHA224, oid::kSha224}, {TLX_DIGEST_SHA256, oid::kSha256},
-    {TLX_DIGEST_SHA384, oid::kSha384}, {TLX_DIGEST_SHA512, oid::kSha512},
-};
-
-/// An AlgorithmIdentifier where it lies.
-struct Algorithm {
-    u32 row = 0;         ///< 0 when the registry lacks it
-    Element parameters;  ///< the tag is 0 when there are none
-
-    [[nodiscard]] bool read(const Element &element) noexcept {
-        Cursor members(element);
-        Element identifier;
-        char text[kMaxDottedText + 1];
-        u32 length = 0;
-        if (element.tag != kSequence || !members.next(TLX_TAG_OBJECT_IDENTIFIER, identifier)) return false;
-        if (!oid_to_text(identifier.contents, text, length)) return false;
-        row = oid_index({text, length});
-        return members.at_end() || (members.next(parameters) && members.at_end());
-    }
-    [[nodiscard]] bool has_parameters() const noexcept {
-        return parameters.tag != 0 && parameters.tag != TLX_TAG_NULL;
-    }
-};
-
-bool read_digest(const Element &element, u32 &digest_id) noexcept {
-    Algorithm digest;
-    if (!digest.read(element) || digest.has_parameters()) return false;
-    const auto *const known = std::ranges::find(kDigests, digest.row, &OaepDigest::row);
-    if (known == std::end(kDigests)) return false;
-    digest_id = known->id;
-    return true;
-}
-
-bool read_mask_generation(const Element &element, u32 &digest_id) noexcept {
-    Algorithm function;
-    return function.read(element) && function.row == oid::kMgf1 &&
-           read_digest(function.parameters, digest_id);
-}
-
 bool read_label(const Element &element, Bytes &label) noexcept {
-    Algorithm source;
+    AlgorithmView source;
     if (!source.read(element) || source.row != oid::kPSpecified) return false;
     if (!source.has_parameters()) return true;
     label = source.parameters.contents;
     return source.parameters.tag == TLX_TAG_OCTET_STRING;
-}
-
-/// Hands the element inside the next member to read() when this carries the tag.
-template <typename Value>
-bool read_optional(Cursor &members, u8 tag, bool (*read)(const Element &, Value &), Value &value) noexcept {
-    if (members.at_end() || members.peek_tag() != tag) return true;
-    Element wrapper;
-    Element inside;
-    if (!members.next(wrapper)) return false;
-    Cursor content(wrapper);
-    return content.next(inside) && content.at_end() && read(inside, value);
 }
 
 // RSAES-OAEP-params ::= SEQUENCE {
@@ -85,32 +26,14 @@ bool read_oaep(const ASN1_UNIT *parameters, KeyScheme &scheme) noexcept {
     Element element;
     if (!view_node(parameters, element) || element.tag != kSequence) return false;
     Cursor members(element);
-    return read_optional(members, context(0), read_digest, scheme.digest_id) &&
-           read_optional(members, context(1), read_mask_generation, scheme.mgf_digest_id) &&
-           read_optional(members, context(2), read_label, scheme.label) && members.at_end();
-}
-
-void write_digest(Encoder &out, u32 digest_id) noexcept {
-    const auto *const known = std::ranges::find(kDigests, digest_id, &OaepDigest::id);
-    if (known == std::end(kDigests)) return out.fail();
-    const auto algorithm = out.sequence();
-    out.oid(OID_LIST(static_cast<i32>(known->row))->dotted);
-    out.null();
+    return scheme.digests.read(members) && read_field(members, 2, read_label, scheme.label) &&
+           members.at_end();
 }
 
 /// What is the default is not written.
 void write_oaep(Encoder &out, const KeyScheme &scheme) noexcept {
     const auto parameters = out.sequence();
-    if (scheme.digest_id != TLX_DIGEST_SHA1) {
-        const auto wrapper = out.nest(context(0));
-        write_digest(out, scheme.digest_id);
-    }
-    if (scheme.mgf_digest_id != TLX_DIGEST_SHA1) {
-        const auto wrapper = out.nest(context(1));
-        const auto algorithm = out.sequence();
-        out.oid(OID_LIST(oid::kMgf1)->dotted);
-        write_digest(out, scheme.mgf_digest_id);
-    }
+    scheme.digests.write(out);
     if (!scheme.label.empty()) {
         const auto wrapper = out.nest(context(2));
         const auto algorithm = out.sequence();
@@ -147,8 +70,8 @@ u32 tlx::prepare_unit(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, Key
                       u32 direction) noexcept {
     if (!read_key_scheme(algorithm, scheme)) return kUnknownScheme;
     if (!is_oaep(scheme.mode)) return init_RSAES(unit, scheme.mode, direction, 0);
-    return init_RSAES_OAEP(unit, direction, scheme.digest_id, scheme.mgf_digest_id, scheme.label.data(),
-                           static_cast<u32>(scheme.label.size()));
+    return init_RSAES_OAEP(unit, direction, scheme.digests.digest_id, scheme.digests.mgf_digest_id,
+                           scheme.label.data(), static_cast<u32>(scheme.label.size()));
 }
 
 u32 tlx::encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept {

@@ -4,6 +4,7 @@
 #include <tlxcrypto/rsa.h>
 
 #include "message/message_records.hpp"
+#include "message/rsa_parameters.hpp"
 
 TLX_OWNS(RSA_UNIT);
 
@@ -12,13 +13,13 @@ namespace tlx {
 /// What a keyEncryptionAlgorithm says.
 struct KeyScheme {
     u32 mode = TLX_RSAES_MODE_PKCS1;  ///< this or TLX_RSAES_MODE_OAEP, and the others are for OAEP
-    u32 digest_id = TLX_DIGEST_SHA1;
-    u32 mgf_digest_id = TLX_DIGEST_SHA1;
+    RsaDigests digests;
     Bytes label;  ///< in the parameters of the algorithm
 
     /// The only OAEP that init_RSAES() has: SHA-1 for both, without a label.
     [[nodiscard]] bool is_plain() const noexcept {
-        return digest_id == TLX_DIGEST_SHA1 && mgf_digest_id == TLX_DIGEST_SHA1 && label.empty();
+        return digests.digest_id == TLX_DIGEST_SHA1 && digests.mgf_digest_id == TLX_DIGEST_SHA1 &&
+               label.empty();
     }
 };
 

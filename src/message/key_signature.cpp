@@ -67,8 +67,8 @@ bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &
     PssSettings settings{};
     return read_pss_parameters(get_X509_ALGO_IDENTIFIER_parameters(signer.digestEncryptionAlgorithm),
                                algorithms.digest_id, settings) &&
-           settings.digest_id == algorithms.digest_id &&
-           set_RSA_UNIT_PSS(rsa, settings.mgf_digest_id, settings.salt_length) == 0;
+           settings.digests.digest_id == algorithms.digest_id &&
+           set_RSA_UNIT_PSS(rsa, settings.digests.mgf_digest_id, settings.salt_length) == 0;
 }
 
 u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, Direction direction,

@@ -77,7 +77,7 @@ uint32_t add_PKCS7_Recipient_OAEP(P7_CONTENT_INFO *info, const X509_CERT *cert, 
                                   uint32_t mgf_digest_id, const uint8_t *label, uint32_t label_len) {
     if (cert == nullptr || (label == nullptr && label_len != 0)) return 1;
     Owned<P7_RECIPIENT_INFO> recipient = make_recipient(cert);
-    const KeyScheme scheme{TLX_RSAES_MODE_OAEP, digest_id, mgf_digest_id, {label, label_len}};
+    const KeyScheme scheme{TLX_RSAES_MODE_OAEP, {digest_id, mgf_digest_id}, {label, label_len}};
     if (!recipient || !write_oaep_scheme(scheme, *recipient->keyEncryptionAlgorithm)) return 1;
     if (add_PKCS7_P7_RECIPIENT_INFO(info, recipient.get()) != 0) return 1;
     static_cast<void>(recipient.release());

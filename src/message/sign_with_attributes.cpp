@@ -68,11 +68,11 @@ bool put_pss_parameters(P7_SIGNER_INFO &signer, u32 digest_id) noexcept {
         signer.key->kind != TLX_KEY_RSA) {
         return true;
     }
-    const u32 salt_length = get_DigestLength(digest_id);
-    ASN1_UNIT *parameters = make_pss_parameters(algorithm_row(signer.digestAlgorithm), salt_length);
+    ASN1_UNIT *parameters = make_pss_parameters(digest_id);
     if (parameters == nullptr) return false;
     free_ASN1_UNIT(std::exchange(signer.digestEncryptionAlgorithm->parameters, parameters));
-    return set_RSA_UNIT_PSS(static_cast<RSA_UNIT *>(signer.key->key), digest_id, salt_length) == 0;
+    return set_RSA_UNIT_PSS(static_cast<RSA_UNIT *>(signer.key->key), digest_id,
+                            get_DigestLength(digest_id)) == 0;
 }
 
 /// What all signers share.

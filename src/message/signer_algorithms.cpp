@@ -10,27 +10,7 @@
 namespace tlx {
 namespace {
 
-/// The identifier at the front of an AlgorithmIdentifier; null when it has none.
-Owned<OBJECT_IDENTIFIER> identifier_of(Cursor &members) noexcept {
-    Element identifier;
-    if (!members.next(TLX_TAG_OBJECT_IDENTIFIER, identifier)) return nullptr;
-    return Owned<OBJECT_IDENTIFIER>(decode_oid(identifier.contents));
-}
-
-/// The digest that an AlgorithmIdentifier names; 0 when it names none.
-u32 digest_of(const Element &algorithm) noexcept {
-    Cursor members(algorithm);
-    return get_DigestID_from_OID(identifier_of(members).get());
-}
-
-/// The digest of MGF1, its parameter; 0 for another function.
-u32 mgf_digest_of(const Element &algorithm) noexcept {
-    Cursor members(algorithm);
-    const auto function = identifier_of(members);
-    Element digest;
-    const bool is_mgf1 = oid_index(text_of(function.get())) == oid::kMgf1;
-    return is_mgf1 && members.next(TLX_TAG_SEQUENCE, digest) ? digest_of(digest) : 0;
-}
+constexpr u32 kTrailerBc = 1;
 
 bool read_number(const Element &integer, u32 &number) noexcept {
     constexpr std::size_t kMostOctets = 3;
@@ -43,29 +23,6 @@ bool read_number(const Element &integer, u32 &number) noexcept {
         number = number << 8 | octet;
     }
     return true;
-}
-
-bool read_pss_field(u8 number, const Element &value, PssSettings &settings) noexcept {
-    u32 trailer = 0;
-    switch (number) {
-        case 0:
-            settings.digest_id = digest_of(value);
-            return settings.digest_id != 0;
-        case 1:
-            settings.mgf_digest_id = mgf_digest_of(value);
-            return settings.mgf_digest_id != 0;
-        case 2:
-            return read_number(value, settings.salt_length);
-        default:
-            return number == 3 && read_number(value, trailer) && trailer == 1;
-    }
-}
-
-/// An AlgorithmIdentifier with NULL parameters.
-void encode_algorithm(Encoder &out, u32 row) noexcept {
-    const auto sequence = out.sequence();
-    out.oid(OID_LIST(static_cast<i32>(row))->dotted);
-    out.null();
 }
 
 }  // namespace
@@ -96,45 +53,29 @@ u32 algorithm_row(const X509_ALGO_IDENTIFIER *algorithm) noexcept {
 //     saltLength       [2] INTEGER          DEFAULT 20,
 //     trailerField     [3] TrailerField     DEFAULT trailerFieldBC }
 bool read_pss_parameters(const ASN1_UNIT *parameters, u32 signer_digest_id, PssSettings &settings) noexcept {
-    settings = {signer_digest_id, TLX_DIGEST_SHA1, TLX_RSA_PSS_DEFAULT_SALT_LENGTH};
+    settings = {};
+    settings.digests.digest_id = signer_digest_id;
     Element sequence;
     if (parameters == nullptr) return true;
     if (!view_node(parameters, sequence)) return false;
     if (sequence.tag == TLX_TAG_NULL) return true;
     if (sequence.tag != kSequence) return false;
-    settings.digest_id = TLX_DIGEST_SHA1;
+    settings.digests = {};
+    u32 trailer = kTrailerBc;
     Cursor fields(sequence);
-    for (u8 least = context(0); !fields.at_end();) {
-        Element field;
-        Element value;
-        if (!fields.next(field) || field.tag < least || !only_child(field, value) ||
-            !read_pss_field(field.number(), value, settings)) {
-            return false;
-        }
-        least = static_cast<u8>(field.tag + 1);
-    }
-    return true;
+    return settings.digests.read(fields) && read_field(fields, 2, read_number, settings.salt_length) &&
+           read_field(fields, 3, read_number, trailer) && trailer == kTrailerBc && fields.at_end();
 }
 
-ASN1_UNIT *make_pss_parameters(u32 digest_row, u32 salt_length) noexcept {
+ASN1_UNIT *make_pss_parameters(u32 digest_id) noexcept {
+    const u32 salt_length = get_DigestLength(digest_id);
     Encoder out;
-    const Owned<BIGINT> salt(new_BIGINT());
-    if (!salt || set_BIGINT_word(salt.get(), salt_length) != 0) return nullptr;
     {
-        const auto sequence = out.sequence();
-        if (digest_row != oid::kSha1) {
-            {
-                const auto hash = out.nest(context(0));
-                encode_algorithm(out, digest_row);
-            }
-            const auto mask = out.nest(context(1));
-            const auto function = out.sequence();
-            out.oid(OID_LIST(oid::kMgf1)->dotted);
-            encode_algorithm(out, digest_row);
-        }
+        const auto parameters = out.sequence();
+        RsaDigests{digest_id, digest_id}.write(out);
         if (salt_length != TLX_RSA_PSS_DEFAULT_SALT_LENGTH) {
-            const auto length = out.nest(context(2));
-            out.integer(salt.get());
+            const auto field = out.nest(context(2));
+            out.small_integer(static_cast<u8>(salt_length));
         }
     }
     return out.to_node();

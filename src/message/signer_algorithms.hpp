@@ -2,6 +2,7 @@
 #pragma once
 
 #include "message/message_records.hpp"
+#include "message/rsa_parameters.hpp"
 
 namespace tlx {
 
@@ -17,9 +18,8 @@ namespace tlx {
 
 /// What RSASSA-PSS takes besides a digest of the message.
 struct PssSettings {
-    u32 digest_id;  ///< the digest of the message that the parameters name
-    u32 mgf_digest_id;
-    u32 salt_length;
+    RsaDigests digests;  ///< of the message as the parameters name it, and of MGF1
+    u32 salt_length = TLX_RSA_PSS_DEFAULT_SALT_LENGTH;
 };
 
 /// Reads the parameters of RSASSA-PSS and fills in the defaults of RFC 4055, section 3.1. Without parameters,
@@ -28,8 +28,8 @@ struct PssSettings {
 [[nodiscard]] bool read_pss_parameters(const ASN1_UNIT *parameters, u32 signer_digest_id,
                                        PssSettings &settings) noexcept;
 
-/// The parameters of RSASSA-PSS with a digest of the registry, which MGF1 also uses; null when memory runs
-/// out.
-[[nodiscard]] ASN1_UNIT *make_pss_parameters(u32 digest_row, u32 salt_length) noexcept;
+/// The parameters of RSASSA-PSS with a digest, which MGF1 also uses, and a salt as long; null for a digest
+/// that RFC 4055 does not have and when memory runs out.
+[[nodiscard]] ASN1_UNIT *make_pss_parameters(u32 digest_id) noexcept;
 
 }  // namespace tlx
