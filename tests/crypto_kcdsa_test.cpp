@@ -1,10 +1,10 @@
 // KCDSA: the published vectors, what a verification refuses, keys and parameters of our own, threads.
 
 #include <algorithm>
-#include <fstream>
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
+#include "support/kcdsa_vectors.hpp"
 #include "support/libcrypto_faults.hpp"
 #include "support/rows.hpp"
 #include "support/threads.hpp"
@@ -16,46 +16,6 @@ using Unit = Held<free_KCDSA>;
 
 const std::string kText = "This is a test message for KCDSA usage!";
 const Octets kMessage(kText.begin(), kText.end());
-
-struct Vector {
-    std::string name;
-    std::uint32_t digest_id = 0;
-    std::map<char, std::string> values;
-
-    const std::string &operator[](char number) const { return values.at(number); }
-};
-
-// The sections of data/kcdsa.txt.
-const std::vector<Vector> &vectors() {
-    static const std::vector<Vector> all = [] {
-        std::vector<Vector> read;
-        std::ifstream file(TLX_TEST_DATA "/kcdsa.txt");
-        for (std::string line; std::getline(file, line);) {
-            if (line.empty() || line[0] == '#') continue;
-            if (line[0] == '[') {
-                const Row digest{line, {line.substr(line.size() - 7, 6)}};
-                read.push_back({line, digest.number(0), {}});
-            } else {
-                read.back().values[line[0]] = line.substr(4);
-            }
-        }
-        return read;
-    }();
-    return all;
-}
-
-// The vector's parameters with the keys named.
-Unit key_of(const Vector &vector, const std::string &keys) {
-    Unit unit(new_KCDSA());
-    EXPECT_EQ(set_KCDSA_params(unit.get(), number(vector['p']).get(), number(vector['q']).get(),
-                               number(vector['g']).get()),
-              0U);
-    for (const char key : keys) {
-        const auto set = key == 'x' ? set_KCDSA_private : set_KCDSA_public;
-        EXPECT_EQ(set(unit.get(), number(vector[key]).get()), 0U);
-    }
-    return unit;
-}
 
 struct Signature {
     Octets r = Octets(TLX_KCDSA_MAX_LENGTH);
@@ -87,33 +47,33 @@ std::uint32_t verify(const KCDSA *unit, std::uint32_t digest_id, const Octets &r
 
 class Kcdsa : public LeakFreeTest {
   protected:
-    const Vector &vector_ = vectors().back();  // the one of the smallest numbers
+    const KcdsaVector &vector_ = kcdsa_vectors().back();  // the one of the smallest numbers
     const Octets r_ = hex(vector_['r']);
     const Octets s_ = hex(vector_['s']);
-    const Unit unit_ = key_of(vector_, "xy");
-    const Unit public_key_ = key_of(vector_, "y");
+    const Unit unit_ = kcdsa_unit(vector_, "xy");
+    const Unit public_key_ = kcdsa_unit(vector_, "y");
 };
 
 TEST_F(Kcdsa, SignsAndVerifiesThePublishedVectors) {
-    ASSERT_EQ(vectors().size(), 5U);
-    for (const Vector &vector : vectors()) {
+    ASSERT_EQ(kcdsa_vectors().size(), 5U);
+    for (const KcdsaVector &vector : kcdsa_vectors()) {
         SCOPED_TRACE(vector.name);
-        const Unit key = key_of(vector, "x");
-        EXPECT_EQ(check_KCDSA_params(key_of(vector, "xy").get()), 0U);
+        const Unit key = kcdsa_unit(vector, "x");
+        EXPECT_EQ(check_KCDSA_params(kcdsa_unit(vector, "xy").get()), 0U);
         ASSERT_EQ(compute_KCDSA_public(key.get()), 0U);
         EXPECT_EQ(cmp_BIGINT(get_KCDSA_number(key.get(), TLX_KCDSA_Y), number(vector['y']).get()), 0);
         Signature made;
         EXPECT_EQ(sign_with_k(key.get(), vector.digest_id, vector['k'], made), 0U);
         EXPECT_EQ(made.r, hex(vector['r']));
         EXPECT_EQ(made.s, hex(vector['s']));
-        EXPECT_EQ(verify(key_of(vector, "y").get(), vector.digest_id, made.r, made.s), 0U);
+        EXPECT_EQ(verify(kcdsa_unit(vector, "y").get(), vector.digest_id, made.r, made.s), 0U);
     }
 }
 
 /// Steps with a key of a published vector; a signature is of the message, and the last one made is verified.
 std::string run_on_key(const Row &row) {
-    const Vector &vector = vectors().at(row.number(1));
-    Unit owner = row[2] == "none" ? Unit(new_KCDSA()) : key_of(vector, row[2]);
+    const KcdsaVector &vector = kcdsa_vectors().at(row.number(1));
+    Unit owner = row[2] == "none" ? Unit(new_KCDSA()) : kcdsa_unit(vector, row[2]);
     Unit kept;
     KCDSA *unit = owner.get();
     Signature made;
@@ -166,9 +126,9 @@ std::string run_on_key(const Row &row) {
 
 /// What becomes of a key with one number changed: the statuses of verifying, signing and checking it.
 std::string change_number(const Row &row) {
-    Vector changed = vectors().back();
+    KcdsaVector changed = kcdsa_vectors().back();
     changed.values[row[1][0]] = row[2];
-    const Unit unit = key_of(changed, row[3]);
+    const Unit unit = kcdsa_unit(changed, row[3]);
     const Octets r = hex(changed['r']);
     const std::uint32_t verified = verify(unit.get(), TLX_DIGEST_HAS160, r, hex(changed['s']));
     Signature made;
@@ -181,7 +141,7 @@ std::string change_number(const Row &row) {
 
 /// The status of a signature under the public key of the smallest vector.
 std::string change_signature(const Row &row) {
-    const Unit unit = key_of(vectors().back(), "y");
+    const Unit unit = kcdsa_unit(kcdsa_vectors().back(), "y");
     return std::to_string(verify(unit.get(), row.number(1), hex(row[2]), hex(row[3])));
 }
 
@@ -214,7 +174,7 @@ TEST_F(Kcdsa, RefusesEveryFlippedBit) {
 
 TEST_F(Kcdsa, OneUnitServesManyThreads) {
     // Without the public key, which the first thread computes.
-    const Unit unit = key_of(vector_, "x");
+    const Unit unit = kcdsa_unit(vector_, "x");
     const auto sign_and_verify = [&unit] {
         for (int i = 0; i < 20; ++i) {
             Signature made;
@@ -229,7 +189,9 @@ TEST_F(Kcdsa, OneUnitServesManyThreads) {
 }
 
 TEST_F(Kcdsa, CallsNoGoodSignatureBadWhenLibcryptoRunsOutOfMemory) {
-    const auto verify_anew = [this] { return verify(key_of(vector_, "y").get(), vector_.digest_id, r_, s_); };
+    const auto verify_anew = [this] {
+        return verify(kcdsa_unit(vector_, "y").get(), vector_.digest_id, r_, s_);
+    };
     EXPECT_EQ(sweep_failing_libcrypto_allocations(verify_anew) > 10, kSharesLibcrypto);
 }
 

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <sstream>
 
 #include "support/der_text.hpp"
+#include "support/kcdsa_vectors.hpp"
 #include "support/rows.hpp"
 
 namespace tlx_test {
@@ -119,20 +119,7 @@ void edit(CertSpec &spec, const std::string &member, const std::string &value) {
 }  // namespace
 
 Kcdsa kcdsa_key(const std::string &section) {
-    std::map<char, Number> numbers;
-    std::ifstream file(TLX_TEST_DATA "/kcdsa.txt");
-    bool found = false;
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("[")) found = line == "[" + section + "]";
-        if (found && line.size() > 4 && line.substr(1, 3) == " = ")
-            numbers[line[0]] = number_of(line.c_str() + 4);
-    }
-    Kcdsa unit(new_KCDSA());
-    expect_done(set_KCDSA_params(unit.get(), numbers['p'].get(), numbers['q'].get(), numbers['g'].get()) |
-                    set_KCDSA_public(unit.get(), numbers['y'].get()) |
-                    set_KCDSA_private(unit.get(), numbers['x'].get()),
-                "KCDSA key");
-    return unit;
+    return kcdsa_unit(*std::ranges::find(kcdsa_vectors(), section, &KcdsaVector::name), "xy");
 }
 
 const ASYMMETRIC_KEY *signing_key(unsigned number) {
