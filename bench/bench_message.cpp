@@ -1,8 +1,10 @@
 // Messages beside libcrypto's CMS: decoding a signed message with three certificates; signing and verifying
-// 1 KB and 16 MB with RSA-2048 and SHA-256, from content to DER and back; many signers with certificates.
+// 1 KB and 16 MB with RSA-2048 and SHA-256, from content to DER and back. And final_PKCS7_Sign() and
+// verify_PKCS7() beside the digest and the signature in them; many signers with certificates and paths.
 #include <benchmark/benchmark.h>
 #include <tlxpki.h>
 
+#include <map>
 #include <memory>
 
 #include "peer_bench_message.hpp"
@@ -17,27 +19,37 @@ struct Free {
     void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
     void operator()(BIGINT *number) const { free_BIGINT(number); }
     void operator()(ASN1_TIME *time) const { free_ASN1_TIME(time); }
+    void operator()(TRUST_ANCHOR *anchor) const { free_TRUST_ANCHOR(anchor); }
+    void operator()(STACK *anchors) const { free_TRUST_ANCHORS(anchors); }
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
-/// A key and the certificate of the test data for it, whose own signature is of no account here.
+Owned<X509_CERT> read_certificate(const char *path) {
+    void *read = nullptr;
+    readDER_from_File(&read, TLX_DECODER(Seq_to_X509_CERT), path);
+    return Owned<X509_CERT>(static_cast<X509_CERT *>(read));
+}
+
+/// A certificate of the test data and its issuer, both with the same new key.
 struct Signer {
     Owned<RSA_UNIT> unit{new_RSA_UNIT()};
     Owned<ASYMMETRIC_KEY> key{new_ASYMMETRIC_KEY()};
-    Owned<X509_CERT> cert;
-    Owned<ASN1_TIME> time;
+    Owned<X509_CERT> cert = read_certificate(TLX_TEST_DATA "/chain/user.der");
+    Owned<STACK> anchors{new_TRUST_ANCHORS()};
+    Owned<ASN1_TIME> time{X509_TIME_to_ASN1_TIME(get_X509_notBefore(cert.get()))};
 
     Signer() {
-        void *read = nullptr;
-        readDER_from_File(&read, TLX_DECODER(Seq_to_X509_CERT), TLX_TEST_DATA "/chain/user.der");
-        cert.reset(static_cast<X509_CERT *>(read));
+        const Owned<X509_CERT> issuer = read_certificate(TLX_TEST_DATA "/chain/middle.der");
         gen_RSA_UNIT(unit.get(), 2048, 65537);
         set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get());
         const Owned<X509_PUBKEY> open(new_X509_PUBKEY());
         set_X509_PUBKEY_rsa(open.get(), unit.get());
         set_X509_pub_key(cert.get(), open.get());
-        time.reset(X509_TIME_to_ASN1_TIME(get_X509_notBefore(cert.get())));
+        gen_SIG_X509_Cert(cert.get(), key.get());
+        set_X509_pub_key(issuer.get(), open.get());
+        const Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(issuer.get()));
+        add_TRUST_ANCHORS(anchors.get(), anchor.get());
     }
     static const Signer &instance() {
         static const Signer made;
@@ -45,16 +57,19 @@ struct Signer {
     }
 };
 
-/// A message of signers with serial numbers from 1 on, each with its certificate.
+/// A message of signers, each with a certificate of its own.
 Owned<P7_CONTENT_INFO> message_of(std::int64_t signers) {
     const Signer &signer = Signer::instance();
     Owned<P7_CONTENT_INFO> info(new_P7_CONTENT_INFO());
     const Owned<BIGINT> serial(new_BIGINT());
     const Owned<X509_CERT> cert(dup_X509_CERT(signer.cert.get()));
     set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA);
-    for (std::int64_t i = 1; i <= signers; ++i) {
-        set_BIGINT_word(serial.get(), static_cast<std::uint32_t>(i));
-        set_X509_serial(cert.get(), serial.get());
+    for (std::int64_t i = 0; i < signers; ++i) {
+        if (i > 0) {
+            set_BIGINT_word(serial.get(), static_cast<std::uint32_t>(0x10000000 + i));
+            set_X509_serial(cert.get(), serial.get());
+            gen_SIG_X509_Cert(cert.get(), signer.key.get());
+        }
         add_PKCS7_Certificate(info.get(), cert.get());
         add_PKCS7_Signature(info.get(), cert.get(), signer.key.get(), TLX_OID_SHA256);
     }
@@ -108,12 +123,19 @@ void message_decode(benchmark::State &state) {
 }
 BENCHMARK(message_decode);
 
-void message_decode_libcrypto(benchmark::State &state) {
+void message_decode_libcrypto_cms(benchmark::State &state) {
     const Octets message = small_message();
     for (auto _ : state)
-        check(state, decode_and_free(message));
+        check(state, decode_cms_and_free(message));
 }
-BENCHMARK(message_decode_libcrypto);
+BENCHMARK(message_decode_libcrypto_cms);
+
+void message_decode_libcrypto_pkcs7(benchmark::State &state) {
+    const Octets message = small_message();
+    for (auto _ : state)
+        check(state, decode_pkcs7_and_free(message));
+}
+BENCHMARK(message_decode_libcrypto_pkcs7);
 
 void message_sign(benchmark::State &state) {
     const Octets content = content_of(state);
@@ -148,32 +170,78 @@ void message_verify_libcrypto(benchmark::State &state) {
 }
 BENCHMARK(message_verify_libcrypto)->Arg(1 << 10)->Arg(16 << 20)->Unit(benchmark::kMicrosecond);
 
-/// What final_PKCS7_Sign() and verify_PKCS7() do at the least with 16 MB.
-void digest_16_megabytes(benchmark::State &state) {
-    const Octets content(16 << 20, 0x5A);
-    std::uint8_t digest[TLX_DIGEST_MAX_LENGTH];
-    std::uint32_t length = 0;
-    for (auto _ : state)
-        check(state, Digest(TLX_DIGEST_SHA256, content.data(), 16 << 20, digest, &length) == 0);
-}
-BENCHMARK(digest_16_megabytes)->Unit(benchmark::kMicrosecond);
+constexpr std::uint32_t kLong = 16 << 20;
+constexpr std::uint32_t kScheme = TLX_RSA_MODE_PKCS1;
 
-void named_verify_16_megabytes(benchmark::State &state) {
-    const auto info = decoded(signed_message(1, Octets(16 << 20, 0x5A)));
+/// A digest and a signature: what final_PKCS7_Sign() has to do at the least.
+void digest_and_sign_16_megabytes(benchmark::State &state) {
+    const Octets content(kLong, 0x5A);
+    std::uint8_t signature[256];
+    std::uint32_t length = 0;
+    for (auto _ : state) {
+        check(state, sign_RSA(Signer::instance().unit.get(), TLX_DIGEST_SHA256, kScheme, content.data(),
+                              kLong, signature, &length) == 0);
+    }
+}
+BENCHMARK(digest_and_sign_16_megabytes)->Unit(benchmark::kMicrosecond);
+
+void final_sign_16_megabytes(benchmark::State &state) {
+    const auto info = message_of(1);
+    const Octets content(kLong, 0x5A);
+    P7_SIGNER_INFO *signer = get_P7_SIGNER_INFOS_child(info->content.signedData->signerInfos, 0);
+    init_PKCS7_Sign(info.get(), 0);
+    update_PKCS7_Sign(info.get(), content.data(), kLong);
+    for (auto _ : state) {
+        check(state, final_PKCS7_Sign(info.get()) == 0);
+        state.PauseTiming();
+        free_ASN1_STRING(signer->encryptedDigest);
+        signer->encryptedDigest = nullptr;
+        init_PKCS7_Sign(info.get(), 0);
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(final_sign_16_megabytes)->Unit(benchmark::kMicrosecond);
+
+/// The same for verify_PKCS7().
+void digest_and_verify_16_megabytes(benchmark::State &state) {
+    const Octets content(kLong, 0x5A);
+    const RSA_UNIT *unit = Signer::instance().unit.get();
+    std::uint8_t signature[256];
+    std::uint32_t length = 0;
+    sign_RSA(unit, TLX_DIGEST_SHA256, kScheme, content.data(), kLong, signature, &length);
+    for (auto _ : state) {
+        check(state,
+              verify_RSA(unit, TLX_DIGEST_SHA256, kScheme, content.data(), kLong, signature, length) == 0);
+    }
+}
+BENCHMARK(digest_and_verify_16_megabytes)->Unit(benchmark::kMicrosecond);
+
+void verify_16_megabytes(benchmark::State &state) {
+    const auto info = decoded(signed_message(1, Octets(kLong, 0x5A)));
     for (auto _ : state)
         check(state, verify_PKCS7(info.get(), nullptr, nullptr, 0) == 0);
 }
-BENCHMARK(named_verify_16_megabytes)->Unit(benchmark::kMicrosecond);
+BENCHMARK(verify_16_megabytes)->Unit(benchmark::kMicrosecond);
 
-/// Linear in the signers, each with a certificate.
-void many_signers_verify(benchmark::State &state) {
-    const Octets content(1000, 0x5A);
-    const auto info = decoded(signed_message(state.range(0), content));
+/// Linear in the signers, each with a certificate, and with anchors also with a path.
+void verify_many_signers(benchmark::State &state, const TRUST_ANCHORS *anchors) {
+    static std::map<std::int64_t, Owned<P7_CONTENT_INFO>> messages;
+    auto &info = messages[state.range(0)];
+    if (info == nullptr) info = decoded(signed_message(state.range(0), Octets(1000, 0x5A)));
     for (auto _ : state) {
-        check(state, verify_PKCS7_Signers(info.get(), nullptr, 0, nullptr, nullptr,
+        check(state, verify_PKCS7_Signers(info.get(), nullptr, 0, nullptr, anchors,
                                           Signer::instance().time.get(), nullptr) == 0);
     }
 }
-BENCHMARK(many_signers_verify)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+void many_signers(benchmark::State &state) {
+    verify_many_signers(state, nullptr);
+}
+BENCHMARK(many_signers)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+void many_signers_with_paths(benchmark::State &state) {
+    verify_many_signers(state, Signer::instance().anchors.get());
+}
+BENCHMARK(many_signers_with_paths)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <openssl/bio.h>
 #include <openssl/cms.h>
 #include <openssl/evp.h>
+#include <openssl/pkcs7.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
 
@@ -62,6 +63,13 @@ bool PeerSigner::verify(const Octets &message) const {
                       CMS_BINARY | CMS_NO_SIGNER_CERT_VERIFY) == 1;
 }
 
-bool decode_and_free(const Octets &message) {
+bool decode_cms_and_free(const Octets &message) {
     return decode(message) != nullptr;
+}
+
+bool decode_pkcs7_and_free(const Octets &message) {
+    const std::uint8_t *at = message.data();
+    PKCS7 *decoded = d2i_PKCS7(nullptr, &at, static_cast<long>(message.size()));
+    PKCS7_free(decoded);
+    return decoded != nullptr;
 }

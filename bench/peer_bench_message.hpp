@@ -1,4 +1,4 @@
-// libcrypto's CMS messages, behind plain types.
+// libcrypto's CMS and PKCS #7 messages, behind plain types.
 #pragma once
 
 #include <cstdint>
@@ -25,4 +25,5 @@ class PeerSigner {
 };
 
 /// Decodes a message and frees it.
-bool decode_and_free(const Octets &message);
+bool decode_cms_and_free(const Octets &message);
+bool decode_pkcs7_and_free(const Octets &message);
