@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "../tools/issuer_index.hpp"
 #include "support/chain_builder.hpp"
 #include "support/x509_records.hpp"
 #include "trust/sip_hash.hpp"
@@ -75,6 +76,7 @@ int first_that_fits(const std::vector<Candidate> &pool, const AuthorityKeyId &wa
     return -1;
 }
 
+/// The library's index, and that of the command, which serves many targets.
 TEST(IssuerIndex, FindsWhatAScanFinds) {
     // Few different values, so that pools have duplicates and identifiers that begin alike.
     const char *const keys[] = {nullptr, "", "01", "0102", "010203", "02", "0201", "0203040506070809"};
@@ -92,13 +94,17 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
     for (const unsigned size : {0U, 1U, 20U, 255U, 256U, 257U}) {
         for (unsigned round = 0; round < 8; ++round) {
             std::vector<Candidate> candidates;
+            std::vector<X509_CERT *> certificates;
             const Certificates pool(new_X509_CERTIFICATES());
             for (unsigned i = 0; i < size; ++i) {
                 const bool is_odd_one = random() % (round + 1) == 0;
                 candidates.push_back(is_odd_one ? Candidate{any_of(names), any_of(serials), any_of(keys)}
                                                 : Candidate{"Z", "7E" + std::to_string(10 + i % 90), "FE"});
-                push_STACK_value(pool.get(), make_candidate(candidates.back(), i).release());
+                certificates.push_back(make_candidate(candidates.back(), i).release());
+                push_STACK_value(pool.get(), certificates.back());
             }
+            tool::IssuerIndex index;
+            index.build(certificates);
             if (round == 1) push_STACK_value(pool.get(), new_X509_CERT());
             if (round == 2) push_STACK_value(pool.get(), nullptr);
             for (unsigned i = 0; i < 20; ++i) {
@@ -111,10 +117,12 @@ TEST(IssuerIndex, FindsWhatAScanFinds) {
                 target.is_signed = false;
                 const Certificates path(new_X509_CERTIFICATES());
                 X509_CERTIFICATES *list = path.get();
+                const Cert cert = target.make();
                 const std::uint32_t status =
-                    build_certPath_ex(pool.get(), anchors.get(), target.make().get(), &list, &kDefaults);
+                    build_certPath_ex(pool.get(), anchors.get(), cert.get(), &list, &kDefaults);
                 const int expected = first_that_fits(candidates, wanted);
                 ASSERT_EQ(status, expected < 0 ? 0x53050047U : 0U);
+                ASSERT_EQ(index.issuer_of(cert.get()), static_cast<std::size_t>(expected));
                 ++(expected < 0 ? missed : found);
                 if (expected < 0) continue;
                 ASSERT_EQ(get_X509_version(get_X509_CERTIFICATES_child(list, 1)),

@@ -1,5 +1,6 @@
 #include "whole_name.hpp"
 
+#include <algorithm>
 #include <vector>
 
 #include "element.hpp"
@@ -33,19 +34,18 @@ std::string pair_text(Octets pair) {
 // RDNSequence ::= SEQUENCE OF RelativeDistinguishedName
 // RelativeDistinguishedName ::= SET SIZE (1..MAX) OF AttributeTypeAndValue
 std::string whole_name(Octets name) {
-    bool several = false;
+    const std::vector<Octets> rdns = children_of(name);
+    if (std::ranges::none_of(rdns, [](Octets rdn) { return children_of(rdn).size() > 1; })) return "";
     std::vector<std::string> entries;
-    for (const Octets rdn : children_of(name)) {
+    for (const Octets rdn : rdns) {
         std::string entry;
         for (const Octets pair : children_of(rdn)) {
             const std::string text = pair_text(pair);
             if (text.empty()) return "";
-            several = several || !entry.empty();
             entry += (entry.empty() ? "" : "+") + text;
         }
         entries.push_back(entry);
     }
-    if (!several) return "";
     std::string all;
     for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
         all += (all.empty() ? "" : ",") + *entry;
