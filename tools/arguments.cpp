@@ -15,7 +15,9 @@ void add_json(CLI::App *command, bool &json) {
 }
 
 void add_password_file(CLI::App *command, std::string &path) {
-    command->add_option("--password-file", path, "File whose first line is the password of an encrypted key")
+    command
+        ->add_option("--password-file", path,
+                     "File whose first line is the password of an encrypted key; by default it is typed")
         ->type_name("FILE");
 }
 

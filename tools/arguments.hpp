@@ -21,6 +21,7 @@ struct CommandLine {
     VerifyMessageOptions verify_message;
     EncryptOptions encrypt;
     DecryptOptions decrypt;
+    ShowMessageOptions show_message;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 

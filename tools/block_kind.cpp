@@ -16,11 +16,13 @@ struct Shape {
 };
 
 /// Certificate, CertificationRequest and CertificateList are alike outside. SubjectPublicKeyInfo (RFC 5280),
-/// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208).
+/// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208),
+/// ContentInfo (RFC 2315).
 constexpr Shape kOuterShapes[] = {
     {"303003", true, Kind::kCertificate}, {"3003", true, Kind::kPublicKeyInfo},
     {"0202", true, Kind::kRsaPublic},     {"020202020202020202", false, Kind::kRsaPrivate},
     {"023004", false, Kind::kPkcs8},      {"3004", true, Kind::kEncryptedPkcs8},
+    {"06A0", true, Kind::kMessage},
 };
 
 /// TBSCertificate with a version and without, TBSCertList without a version and with one, and
@@ -41,6 +43,7 @@ constexpr const char *kNames[] = {"a certificate",
                                   "an RSA private key",
                                   "a PKCS #8 private key",
                                   "an encrypted PKCS #8 private key",
+                                  "a PKCS #7 message",
                                   ""};
 
 struct Label {
@@ -49,11 +52,18 @@ struct Label {
 };
 
 constexpr Label kLabels[] = {
-    {"CERTIFICATE", Kind::kCertificate},     {"X509 CERTIFICATE", Kind::kCertificate},
-    {"CERTIFICATE REQUEST", Kind::kRequest}, {"NEW CERTIFICATE REQUEST", Kind::kRequest},
-    {"X509 CRL", Kind::kRevocationList},     {"PUBLIC KEY", Kind::kPublicKeyInfo},
-    {"RSA PUBLIC KEY", Kind::kRsaPublic},    {"RSA PRIVATE KEY", Kind::kRsaPrivate},
-    {"PRIVATE KEY", Kind::kPkcs8},           {"ENCRYPTED PRIVATE KEY", Kind::kEncryptedPkcs8},
+    {"CERTIFICATE", Kind::kCertificate},
+    {"X509 CERTIFICATE", Kind::kCertificate},
+    {"CERTIFICATE REQUEST", Kind::kRequest},
+    {"NEW CERTIFICATE REQUEST", Kind::kRequest},
+    {"X509 CRL", Kind::kRevocationList},
+    {"PUBLIC KEY", Kind::kPublicKeyInfo},
+    {"RSA PUBLIC KEY", Kind::kRsaPublic},
+    {"RSA PRIVATE KEY", Kind::kRsaPrivate},
+    {"PRIVATE KEY", Kind::kPkcs8},
+    {"ENCRYPTED PRIVATE KEY", Kind::kEncryptedPkcs8},
+    {"PKCS7", Kind::kMessage},
+    {"CMS", Kind::kMessage},
 };
 
 std::string tags_in(const ASN1_UNIT *node) {

@@ -30,7 +30,7 @@ Json describe_bare_key(const Block &block, Kind kind) {
     return describe_rsa_key(unit.get());
 }
 
-Json describe_encrypted_key(const Block &block, std::optional<std::string_view> password) {
+Json describe_encrypted_key(const Block &block, Password &password) {
     Json json = describe_rsa_key(decrypt_key(block, password).get());
     json["encrypted"] = true;
     return json;
@@ -41,6 +41,9 @@ std::string not_shown(const Block &block, Kind kind) {
     const std::string subject = block.source + ": " + block_name(block);
     if (kind == Kind::kOther) {
         return subject + " is neither a certificate nor an RSA key; try \"tlxpki asn1\"";
+    }
+    if (kind == Kind::kMessage) {
+        return subject + " is " + kind_name(kind) + "; \"tlxpki message show\" shows it";
     }
     const bool is_key = kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8;
     return subject + " is " + kind_name(kind) +
@@ -62,7 +65,7 @@ Json describe_contents(const Block &block, Kind kind) {
     }
 }
 
-Json describe_block(const Block &block, std::optional<std::string_view> password) {
+Json describe_block(const Block &block, Password &password) {
     if (block.is_encrypted) return describe_encrypted_key(block, password);
     expect_one_element(block);
     const Kind kind = kind_of(block);
@@ -146,7 +149,7 @@ class Shower {
     int status_ = kGood;
 };
 
-void show_file(const std::string &path, std::optional<std::string_view> password, Shower &shower) {
+void show_file(const std::string &path, Password &password, Shower &shower) {
     std::optional<Input> input;
     const Json unreadable = described(path, "", [&input, &path] {
         input.emplace(path);
@@ -161,10 +164,10 @@ void show_file(const std::string &path, std::optional<std::string_view> password
 }  // namespace
 
 int run_show(const ShowOptions &options) {
-    const Password password(options.password_file);
+    Password password(options.password_file);
     Shower shower(options.json);
     for (const std::string &path : options.files) {
-        show_file(path, password.text(), shower);
+        show_file(path, password, shower);
     }
     return shower.finish();
 }

@@ -1,10 +1,15 @@
 // tlxpki message sign.
+#include <iostream>
+
 #include "choice.hpp"
 #include "commands.hpp"
+#include "describe_message.hpp"
 #include "input.hpp"
 #include "message.hpp"
+#include "output.hpp"
 #include "private_key.hpp"
 #include "status.hpp"
+#include "terminal.hpp"
 
 namespace tool {
 
@@ -36,7 +41,7 @@ void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert) {
 void add_signers(P7_CONTENT_INFO *message, const SignOptions &options) {
     const auto digest = static_cast<int32_t>(value_of(kDigests, options.digest));
     const uint32_t scheme = value_of(kSchemes, options.scheme);
-    const Password password(options.password_file);
+    Password password(options.password_file);
     for (std::size_t i = 0; i < options.certs.size(); ++i) {
         const LoadedCertificate signer = std::move(load_certificates(options.certs[i]).front());
         const X509_CERT *cert = signer.cert.get();
@@ -52,6 +57,16 @@ void add_signers(P7_CONTENT_INFO *message, const SignOptions &options) {
     }
 }
 
+void sign_content(P7_CONTENT_INFO *message, const SignOptions &options) {
+    const Waiting waiting("Signing");
+    const Buffer content = read_octets(options.content);
+    const uint32_t status = sign_PKCS7_withAttributes(message, content.octets().data(),
+                                                      static_cast<int32_t>(content.octets().size()),
+                                                      options.detached ? 1 : 0, nullptr);
+    if (status != 0) throw Failure("the content cannot be signed: " + exact_status_sentence(status));
+    write_message(options.output, message, options.der);
+}
+
 }  // namespace
 
 std::vector<std::string> digest_names() {
@@ -63,8 +78,12 @@ std::vector<std::string> signature_schemes() {
 }
 
 int run_sign(const SignOptions &options) {
+    expect_room_for_json(options.json, options.output);
     if (options.certs.size() != options.keys.size()) {
         throw Failure("each --cert takes a --key, in the same order");
+    }
+    if (options.scheme == "pss" && options.digest == "has160") {
+        throw Failure("RSASSA-PSS takes no HAS-160: choose another --digest or --scheme");
     }
     const Message message = new_message(TLX_OID_PKCS7_SIGNED_DATA);
     add_signers(message.get(), options);
@@ -73,12 +92,10 @@ int run_sign(const SignOptions &options) {
             add_certificate(message.get(), loaded.cert.get());
         }
     }
-    const Buffer content = read_octets(options.content);
-    const uint32_t status = sign_PKCS7_withAttributes(message.get(), content.octets().data(),
-                                                      static_cast<int32_t>(content.octets().size()),
-                                                      options.detached ? 1 : 0, nullptr);
-    if (status != 0) throw Failure("the content cannot be signed: " + status_sentence(status));
-    write_message(options.output, message.get(), options.der);
+    sign_content(message.get(), options);
+    if (options.json) {
+        print_json(std::cout, message_document(source_of(options.content), message.get(), options.output));
+    }
     return kGood;
 }
 

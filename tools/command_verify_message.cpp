@@ -1,6 +1,7 @@
 // tlxpki message verify: checks every signer, and prints what was found of each.
 #include <array>
 #include <iostream>
+#include <optional>
 
 #include "commands.hpp"
 #include "describe_message.hpp"
@@ -91,7 +92,7 @@ Findings verify(const VerifyMessageOptions &options, const P7_CONTENT_INFO *mess
     findings.status = verify_PKCS7_Signers(message, content.data(), static_cast<uint32_t>(content.size()),
                                            trust.pool.get(), trust.anchors.get(), time.get(), &reports);
     findings.reports.reset(reports);
-    expect_checkable(options.message, message, findings.status);
+    expect_checkable(source_of(options.message), message, findings.status);
     if (findings.status == 0 && trust.anchors == nullptr) findings.status = kUnproven;
     return findings;
 }
@@ -126,14 +127,6 @@ const char *state_of(Mark mark) {
     return kStates[static_cast<std::size_t>(mark)];
 }
 
-/// A status with what it says of a signature, which is more than the meaning of its reason.
-Json meaning_of(uint32_t status) {
-    Json json = status_json(status);
-    if (json.contains("detail")) json["reason"] = json["detail"];
-    json.erase("detail");
-    return json;
-}
-
 Json describe_report(const P7_SIGNER_INFO *signer, const P7_SIGNER_REPORT &report) {
     Json json = Json::object();
     if (report.certificate != nullptr) json["subject"] = name_text(get_X509_subject(report.certificate));
@@ -141,7 +134,7 @@ Json describe_report(const P7_SIGNER_INFO *signer, const P7_SIGNER_REPORT &repor
     for (const Check &check : kChecks) {
         const Mark mark = mark_of(report, check);
         Json &described = json["checks"][check.name] = {{"state", state_of(mark)}};
-        if (mark == Mark::kFailed) described["status"] = meaning_of(report.*check.status);
+        if (mark == Mark::kFailed) described["status"] = exact_status_json(report.*check.status);
     }
     return json;
 }
@@ -166,9 +159,9 @@ const char *hint_for(uint32_t status) {
 
 Json describe_findings(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message,
                        const Findings &findings) {
-    Json json = {{"source", options.message},
+    Json json = {{"source", source_of(options.message)},
                  {"valid", findings.is_proven()},
-                 {"status", meaning_of(findings.status)},
+                 {"status", exact_status_json(findings.status)},
                  {"signers", Json::array()}};
     const std::string hint = hint_for(findings.status);
     if (!hint.empty()) json["status"]["hint"] = hint;
@@ -191,16 +184,13 @@ void print_signer(std::ostream &out, Json signer, const P7_SIGNER_REPORT &report
         << (report.certificate == nullptr ? "Signer without a certificate"
                                           : printable(shown_name(get_X509_subject(report.certificate))))
         << '\n';
-    const Json checks = signer["checks"];
     signer.erase("subject");
     signer.erase("checks");
     print_text(out, signer, 4);
     for (const Check &check : kChecks) {
-        out << "    " << mark_text(mark_of(report, check)) << ' ' << check.name;
-        const Json status = checks[check.name].value("status", Json());
-        if (status.is_object()) {
-            out << ": " << status["code"].get<std::string>() << ", " << status["reason"].get<std::string>();
-        }
+        const Mark mark = mark_of(report, check);
+        out << "    " << mark_text(mark) << ' ' << check.name;
+        if (mark == Mark::kFailed) out << ": " << exact_status_sentence(report.*check.status);
         out << '\n';
     }
     out << '\n';
@@ -230,17 +220,19 @@ void write_content(const std::string &path, const P7_CONTENT_INFO *message, Octe
 
 int run_verify_message(const VerifyMessageOptions &options) {
     const bool to_output = options.output == "-";
-    if (to_output && options.json) throw Failure("--json and the content both go to standard output");
+    expect_room_for_json(options.json, options.output);
     std::vector<std::string> warnings;
     const Trust trust = load_trust(options, warnings);
     Warner().tell(warnings);
+    std::optional<Waiting> waiting("Verifying");
     const Message message = read_message(options.message);
-    expect_signatures(options.message, message.get());
+    expect_signatures(source_of(options.message), message.get());
     const Buffer content = options.content.empty() ? Buffer() : read_octets(options.content);
     const Findings findings = verify(options, message.get(), trust, content.octets());
     if (findings.is_proven() && !options.output.empty()) {
         write_content(options.output, message.get(), content.octets());
     }
+    waiting.reset();
     const Json document = describe_findings(options, message.get(), findings);
     if (options.json) {
         print_json(std::cout, document);

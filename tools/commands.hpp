@@ -47,6 +47,7 @@ struct SignOptions {
     std::string output = "-";
     bool detached = false;
     bool der = false;
+    bool json = false;
 };
 
 struct VerifyMessageOptions {
@@ -66,6 +67,7 @@ struct EncryptOptions {
     std::string content;
     std::string output = "-";
     bool der = false;
+    bool json = false;
 };
 
 struct DecryptOptions {
@@ -74,6 +76,12 @@ struct DecryptOptions {
     std::string password_file;
     std::string message;
     std::string output = "-";
+    bool json = false;
+};
+
+struct ShowMessageOptions {
+    std::string message;
+    bool json = false;
 };
 
 /// What options of messages take.
@@ -91,5 +99,6 @@ int run_sign(const SignOptions &options);
 int run_verify_message(const VerifyMessageOptions &options);
 int run_encrypt(const EncryptOptions &options);
 int run_decrypt(const DecryptOptions &options);
+int run_show_message(const ShowMessageOptions &options);
 
 }  // namespace tool

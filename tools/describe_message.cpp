@@ -212,6 +212,13 @@ Json describe_signer(const P7_SIGNER_INFO *signer) {
     return json;
 }
 
+Json message_document(const std::string &source, const P7_CONTENT_INFO *message, const std::string &output) {
+    Json json = {{"source", source}};
+    if (!output.empty()) json["output"] = output;
+    json.update(describe_message(message));
+    return json;
+}
+
 const P7_SIGNER_INFOS *signers_of(const P7_CONTENT_INFO *message) {
     if (message->content.any == nullptr) return nullptr;
     switch (type_of(message)) {
@@ -225,7 +232,7 @@ const P7_SIGNER_INFOS *signers_of(const P7_CONTENT_INFO *message) {
 }
 
 Json describe_message(const P7_CONTENT_INFO *message) {
-    Json json = {{"kind", type_name(message->contentType)}, {"type", oid_json(message->contentType)}};
+    Json json = {{"kind", type_name(message->contentType)}};
     if (message->content.any == nullptr) {
         json["octets"] = nullptr;
         return json;

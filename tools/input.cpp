@@ -36,11 +36,6 @@ std::filesystem::path file_path(const std::string &path) {
     return {std::u8string(path.begin(), path.end())};
 }
 
-/// A file in messages.
-std::string source_of(const std::string &path) {
-    return path == "-" ? "standard input" : path;
-}
-
 /// The system's reason why a file could not be read.
 std::string reason_unreadable(const std::string &path, int error) {
     std::error_code ignored;
@@ -166,6 +161,10 @@ std::string why_not_decoded(const Block &block, uint32_t status) {
 }
 
 }  // namespace
+
+std::string source_of(const std::string &path) {
+    return path == "-" ? "standard input" : path;
+}
 
 Buffer Buffer::of_size(std::size_t size) {
     auto *octets = static_cast<uint8_t *>(tlx_malloc(size, __FILE__, __LINE__));

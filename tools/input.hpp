@@ -42,6 +42,9 @@ class Buffer {
     std::size_t size_ = 0;
 };
 
+/// A file in what people read.
+[[nodiscard]] std::string source_of(const std::string &path);
+
 /// The octets of a file as they are, or of standard input for "-"; there may be none. Throws Failure when it
 /// cannot be read.
 [[nodiscard]] Buffer read_octets(const std::string &path);

@@ -1,6 +1,8 @@
 // tlxpki: certificates, keys and certification paths on the command line.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
+#include <span>
 
 #include "arguments.hpp"
 #include "failure.hpp"
@@ -87,14 +89,27 @@ void add_status(CLI::App &app, CommandLine &line) {
     runs(command, line, run_status, line.status);
 }
 
+/// Throws Failure when the argument that chooses a command names none.
+void expect_command(CLI::App &app, std::span<const std::string> arguments, const std::string &name) {
+    const std::vector<CLI::App *> commands = app.get_subcommands({});
+    if (commands.empty() || arguments.empty() || arguments[0].starts_with('-')) return;
+    const auto chosen = std::ranges::find_if(
+        commands, [&arguments](const CLI::App *command) { return command->check_name(arguments[0]); });
+    if (chosen == commands.end()) {
+        throw Failure("\"" + arguments[0] + "\" is no command; see " + name + " --help");
+    }
+    expect_command(**chosen, arguments.subspan(1), name + " " + arguments[0]);
+}
+
 /// The fault in the arguments, and the help that explains them.
 std::string usage_problem(const CLI::App &app, const CLI::ParseError &error) {
     std::string help = "tlxpki ";
-    for (const CLI::App *parent = &app; !parent->get_subcommands().empty();) {
-        parent = parent->get_subcommands().front();
-        help += parent->get_name() + " ";
+    const CLI::App *command = &app;
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().front();
+        help += command->get_name() + " ";
     }
-    const bool no_command = app.get_subcommands().empty() && error.get_name() == "RequiredError";
+    const bool no_command = !command->get_subcommands({}).empty() && error.get_name() == "RequiredError";
     return (no_command ? "a command is required" : std::string(error.what())) + "; see " + help + "--help";
 }
 
@@ -115,10 +130,7 @@ int run(const std::vector<std::string> &arguments) {
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }
-    const auto is_first = [&arguments](const CLI::App *command) { return command->check_name(arguments[0]); };
-    if (!arguments.empty() && !arguments[0].starts_with('-') && app.get_subcommands(is_first).empty()) {
-        throw Failure("\"" + arguments[0] + "\" is no command; see tlxpki --help");
-    }
+    expect_command(app, arguments, "tlxpki");
     try {
         // CLI11 consumes arguments from the back.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

@@ -27,6 +27,7 @@ void add_operand(CLI::App *command, const char *name, std::string &path, const c
 template <typename Options>
 void add_made_message(CLI::App *command, Options &options, const char *content_help) {
     command->add_flag("--der", options.der, "Write DER instead of PEM");
+    add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the message goes; by default standard output");
     add_operand(command, "CONTENT", options.content, content_help);
 }
@@ -102,20 +103,32 @@ void add_decrypt(CLI::App *message, CommandLine &line) {
     add_file(command, "--cert", options.cert, "Certificate of the recipient")->required();
     add_file(command, "--key", options.key, "Private key of the recipient")->required();
     add_password_file(command, options.password_file);
+    add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the content goes; by default standard output");
     add_operand(command, "MESSAGE", options.message, "The message");
     runs(command, line, run_decrypt, options);
 }
 
+void add_show_message(CLI::App *message, CommandLine &line) {
+    ShowMessageOptions &options = line.show_message;
+    CLI::App *command = message->add_subcommand("show", "Show what a message consists of, in words");
+    command->footer("Nothing is verified or decrypted.");
+    add_json(command, options.json);
+    add_operand(command, "MESSAGE", options.message, "The message");
+    runs(command, line, run_show_message, options);
+}
+
 }  // namespace
 
 void add_message(CLI::App &app, CommandLine &line) {
-    CLI::App *message = app.add_subcommand("message", "Sign, verify, encrypt and decrypt PKCS #7 messages");
+    CLI::App *message =
+        app.add_subcommand("message", "Sign, verify, encrypt, decrypt and show PKCS #7 messages");
     message->require_subcommand(1);
     add_sign(message, line);
     add_verify_message(message, line);
     add_encrypt(message, line);
     add_decrypt(message, line);
+    add_show_message(message, line);
 }
 
 }  // namespace tool

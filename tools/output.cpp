@@ -24,4 +24,10 @@ void write_octets(const std::string &path, Octets octets) {
     throw Failure(path + ": cannot be written" + reason);
 }
 
+void expect_room_for_json(bool json, const std::string &output) {
+    if (json && output == "-") {
+        throw Failure("--json needs another --output than standard output, which it takes itself");
+    }
+}
+
 }  // namespace tool

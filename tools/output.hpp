@@ -11,4 +11,7 @@ namespace tool {
 /// Failure.
 void write_octets(const std::string &path, Octets octets);
 
+/// Throws Failure when JSON and what a command writes would both go to standard output.
+void expect_room_for_json(bool json, const std::string &output);
+
 }  // namespace tool

@@ -1,6 +1,7 @@
 #include "private_key.hpp"
 
 #include "block_kind.hpp"
+#include "hidden_line.hpp"
 #include "record.hpp"
 
 namespace tool {
@@ -45,24 +46,31 @@ Password::Password(const std::string &path) {
     if (path.empty()) return;
     file_.emplace(path);
     expect_contents(file_->blocks().front());
-    text_ = first_line(*file_);
 }
 
-RsaKey decrypt_key(const Block &block, std::optional<std::string_view> password) {
+std::string_view Password::of_key(const std::string &source) {
+    constexpr std::size_t kLongest = 4096;  // as a terminal's lines are
+    if (file_) {
+        const std::string_view line = first_line(*file_);
+        if (!line.empty()) return line;
+        throw Failure(source + ": the key is encrypted, and the first line of the password file is empty");
+    }
+    typed_ = Buffer::of_size(kLongest);
+    const std::span<char> room(reinterpret_cast<char *>(typed_.data()), kLongest);
+    const auto size = read_hidden_line("Password of " + printable(source) + ": ", room);
+    if (!size) throw Failure(source + ": the key is encrypted; give its password with --password-file");
+    if (*size == 0) throw Failure(source + ": the key is encrypted, and no password was typed");
+    return {room.data(), *size};
+}
+
+RsaKey decrypt_key(const Block &block, Password &password) {
     if (block.label != "RSA PRIVATE KEY") {
         throw Failure(block.source + ": an encrypted " + block.label + " cannot be read");
     }
-    if (!password) {
-        throw Failure(block.source + ": the key is encrypted; give its password with --password-file");
-    }
-    if (password->empty()) {
-        throw Failure(block.source +
-                      ": the key is encrypted, and the first line of the password file is empty");
-    }
+    const std::string_view text = password.of_key(block.source);
     auto unit = made<RsaKey>(new_RSA_UNIT());
-    const uint32_t status =
-        readPKCS1_from_Binary(unit.get(), password->data(), static_cast<int32_t>(password->size()),
-                              block.text.data(), static_cast<int32_t>(block.text.size()));
+    const uint32_t status = readPKCS1_from_Binary(unit.get(), text.data(), static_cast<int32_t>(text.size()),
+                                                  block.text.data(), static_cast<int32_t>(block.text.size()));
     if (status != 0) throw Failure(block.source + ": " + why_not_decrypted(block, status));
     return unit;
 }
@@ -75,11 +83,11 @@ RsaKey decode_private_key(const Block &block) {
     return unit;
 }
 
-Key load_private_key(const std::string &path, const Password &password) {
+Key load_private_key(const std::string &path, Password &password) {
     const Input input(path);
     std::string reason = "holds no private key in PKCS #1 form (\"RSA PRIVATE KEY\")";
     for (const Block &block : input.blocks()) {
-        if (block.is_encrypted) return private_key(decrypt_key(block, password.text()));
+        if (block.is_encrypted) return private_key(decrypt_key(block, password));
         if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
         const Kind kind = kind_of(block);
         if (kind == Kind::kRsaPrivate) {

@@ -9,26 +9,28 @@
 
 namespace tool {
 
-/// The first line of a file, for which the file has to live; none without a file.
+/// The password of encrypted keys: the first line of a file, or without a file what is typed on the terminal.
 class Password {
   public:
     /// Throws Failure when the file cannot be read.
     explicit Password(const std::string &path);
-    [[nodiscard]] std::optional<std::string_view> text() const { return text_; }
+
+    /// That of the key of a source, until the next call. Throws Failure when there is none.
+    [[nodiscard]] std::string_view of_key(const std::string &source);
 
   private:
     std::optional<Input> file_;
-    std::optional<std::string_view> text_;
+    Buffer typed_;
 };
 
 /// Decrypts an RSA key file that is encrypted as PEM, with "Proc-Type" and "DEK-Info" before the Base64.
 /// Throws Failure.
-[[nodiscard]] RsaKey decrypt_key(const Block &block, std::optional<std::string_view> password);
+[[nodiscard]] RsaKey decrypt_key(const Block &block, Password &password);
 
 /// The RSA key of a block that is not encrypted. Throws Failure.
 [[nodiscard]] RsaKey decode_private_key(const Block &block);
 
 /// The private key of a file. Throws Failure when it holds none in a form that can be read.
-[[nodiscard]] Key load_private_key(const std::string &path, const Password &password);
+[[nodiscard]] Key load_private_key(const std::string &path, Password &password);
 
 }  // namespace tool

@@ -30,4 +30,15 @@ std::string status_sentence(uint32_t status) {
     return code_text(status) + " (" + operation + meaning.reason + ")";
 }
 
+Json exact_status_json(uint32_t status) {
+    Json json = status_json(status);
+    if (json.contains("detail")) json["reason"] = json["detail"];
+    json.erase("detail");
+    return json;
+}
+
+std::string exact_status_sentence(uint32_t status) {
+    return code_text(status) + ", " + exact_status_json(status)["reason"].get<std::string>();
+}
+
 }  // namespace tool

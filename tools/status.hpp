@@ -24,4 +24,10 @@ struct StatusMeaning {
 /// The code with its meaning in brackets.
 [[nodiscard]] std::string status_sentence(uint32_t status);
 
+/// status_json() with the detail in place of the reason, where there is one.
+[[nodiscard]] Json exact_status_json(uint32_t status);
+
+/// The code and this reason: "0x4B300054, the signature of a signer does not verify".
+[[nodiscard]] std::string exact_status_sentence(uint32_t status);
+
 }  // namespace tool

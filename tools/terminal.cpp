@@ -1,5 +1,6 @@
 #include "terminal.hpp"
 
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 
@@ -47,6 +48,30 @@ void Progress::show(std::size_t done) const {
 
 void Progress::clear() const {
     if (shown_) std::cerr << "\r\033[K" << std::flush;
+}
+
+Waiting::Waiting(std::string what) : what_(std::move(what)) {
+    if (is_terminal(Stream::kError)) counter_ = std::thread(&Waiting::count, this);
+}
+
+Waiting::~Waiting() {
+    if (!counter_.joinable()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        over_ = true;
+    }
+    changed_.notify_one();
+    counter_.join();
+}
+
+void Waiting::count() {
+    std::unique_lock lock(mutex_);
+    const auto is_over = [this] { return over_; };
+    int seconds = 0;
+    while (!changed_.wait_for(lock, std::chrono::seconds(1), is_over)) {
+        std::cerr << '\r' << what_ << ", " << ++seconds << " s" << std::flush;
+    }
+    if (seconds > 0) std::cerr << "\r\033[K" << std::flush;
 }
 
 void Warner::tell(const std::vector<std::string> &warnings) {

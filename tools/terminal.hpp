@@ -1,9 +1,12 @@
 // What people see beside the output of a command: marks in colour, progress and warnings.
 #pragma once
 
+#include <condition_variable>
 #include <cstddef>
+#include <mutex>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace tool {
@@ -32,6 +35,24 @@ class Progress {
     static constexpr std::size_t kWidth = 40;
     std::size_t total_;
     bool shown_;
+};
+
+/// Says on standard error when that is a terminal, once a second, for how long something has gone on.
+class Waiting {
+  public:
+    explicit Waiting(std::string what);
+    ~Waiting();
+    Waiting(const Waiting &) = delete;
+    Waiting &operator=(const Waiting &) = delete;
+
+  private:
+    void count();
+
+    std::string what_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool over_ = false;
+    std::thread counter_;  ///< none without a terminal
 };
 
 /// Prints warnings on standard error after the output so far, each warning once.

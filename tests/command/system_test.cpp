@@ -76,6 +76,27 @@ TEST_F(CommandSystem, ColoursAndTheBarAreForTerminals) {
     const std::string two = "TERM=xterm" + on_terminal(one + " flipped.pem; echo status $?");
     EXPECT_TRUE(has(two, "[####################                    ] 1/2"));
     EXPECT_TRUE(has(two, "status 1"));
+    const std::string slow =
+        "(sleep 2; cat root.pem) | " TLX_COMMAND " message encrypt --to user.pem -o sealed -";
+    EXPECT_TRUE(has("script -qc '" + slow + "' /dev/null", "\rEncrypting, 1 s"));
+    EXPECT_FALSE(has(slow, "Encrypting"));
+}
+
+TEST_F(CommandSystem, PasswordsAreTypedUnseen) {
+    (void)folder_.run("openssl rsa -in rsa-0.pem -traditional -des3 -passout pass:secret -out des3.pem");
+    struct Row {
+        const char *typed;
+        const char *printed;
+    };
+    for (const Row &row : {Row{"secret\\n", "RSA private key"}, Row{"wrong\\n", "is the password right?"},
+                           Row{"\\n", "no password was typed"}, Row{"sec\\003", "no password was typed"}}) {
+        const std::string shown = folder_.run("(until grep -qs Password log; do sleep 0.1; done; printf '" +
+                                              std::string(row.typed) +
+                                              "') | script -qfc '" TLX_COMMAND " show des3.pem' log; rm log");
+        EXPECT_NE(shown.find("Password of des3.pem: "), std::string::npos) << shown;
+        EXPECT_NE(shown.find(row.printed), std::string::npos) << shown;
+        EXPECT_EQ(shown.find("secret"), std::string::npos) << shown;
+    }
 }
 
 TEST_F(CommandSystem, CompletionCompletes) {
@@ -125,16 +146,15 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
     const std::string common = between(page, ".SH OPTIONS", ".SH EXIT STATUS");
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
-    for (const std::string command : {"verify", "show", "asn1", "oid", "status", "message sign",
-                                      "message verify", "message encrypt", "message decrypt"}) {
+    for (const std::string command :
+         {"verify", "show", "asn1", "oid", "status", "message sign", "message verify", "message encrypt",
+          "message decrypt", "message show"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
         EXPECT_GE(options.size(), 2U) << command;
         Words in_page = options_in(between(page, ".SS " + command, ".S") + common);
         in_page.erase("--version");
-        const bool prints_json = !command.starts_with("message") || command == "message verify";
-        if (!prints_json) in_page.erase("--json");
         EXPECT_EQ(in_page, options) << command;
         const bool looks_up = command == "oid" || command == "status";
         const std::string name =
