@@ -167,6 +167,9 @@ ASN1_UNIT *Encoder::to_node() noexcept {
     if (!node) return nullptr;
     node->value = buffer_.release();
     place_contents(*node, element);
+    // A secret leaves nothing behind its new end.
+    const std::size_t size = element.contents.size();
+    std::memset(node->value + size, 0, element.whole.size() - size);
     return node.release();
 }
 
