@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <string>
 
 #include "peer_bench_message.hpp"
 
@@ -24,33 +25,36 @@ struct Free {
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
-Owned<X509_CERT> read_certificate(const char *path) {
+Owned<X509_CERT> read_certificate(const std::string &name) {
     void *read = nullptr;
-    readDER_from_File(&read, TLX_DECODER(Seq_to_X509_CERT), path);
+    readDER_from_File(&read, TLX_DECODER(Seq_to_X509_CERT), (TLX_TEST_DATA "/chain/" + name).c_str());
     return Owned<X509_CERT>(static_cast<X509_CERT *>(read));
 }
 
-/// A certificate of the test data and its issuer, both with the same new key.
+/// The chain of the test data, all with the same new key.
 struct Signer {
     Owned<RSA_UNIT> unit{new_RSA_UNIT()};
     Owned<ASYMMETRIC_KEY> key{new_ASYMMETRIC_KEY()};
-    Owned<X509_CERT> cert = read_certificate(TLX_TEST_DATA "/chain/user.der");
+    Owned<X509_CERT> cert = read_certificate("user.der");
     X509_CERTIFICATES *const pool = new_X509_CERTIFICATES();  // this and the anchors stay
     TRUST_ANCHORS *const anchors = new_TRUST_ANCHORS();
     Owned<ASN1_TIME> time{X509_TIME_to_ASN1_TIME(get_X509_notBefore(cert.get()))};
 
     Signer() {
-        const Owned<X509_CERT> issuer = read_certificate(TLX_TEST_DATA "/chain/middle.der");
+        const Owned<X509_CERT> middle = read_certificate("middle.der");
+        const Owned<X509_CERT> root = read_certificate("root.der");
         gen_RSA_UNIT(unit.get(), 2048, 65537);
         set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get());
         const Owned<X509_PUBKEY> open(new_X509_PUBKEY());
         set_X509_PUBKEY_rsa(open.get(), unit.get());
-        set_X509_pub_key(cert.get(), open.get());
-        gen_SIG_X509_Cert(cert.get(), key.get());
-        set_X509_pub_key(issuer.get(), open.get());
-        const Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(issuer.get()));
+        for (X509_CERT *each : {cert.get(), middle.get(), root.get()}) {
+            set_X509_pub_key(each, open.get());
+            gen_SIG_X509_Cert(each, key.get());
+        }
+        const Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(root.get()));
         add_TRUST_ANCHORS(anchors, anchor.get());
-        add_X509_CERTIFICATES(pool, issuer.get());
+        add_X509_CERTIFICATES(pool, middle.get());
+        add_X509_CERTIFICATES(pool, root.get());
     }
     static const Signer &instance() {
         static const Signer made;
