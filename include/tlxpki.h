@@ -23,6 +23,7 @@
 #include <tlxpki/pem.h>
 #include <tlxpki/pkcs1.h>
 #include <tlxpki/pkcs12.h>
+#include <tlxpki/pkcs12_file.h>
 #include <tlxpki/pkcs12_types.h>
 #include <tlxpki/pkcs1_param.h>
 #include <tlxpki/pkcs5.h>

@@ -2,10 +2,10 @@
 
 #include <tlxcrypto/hmac.h>
 #include <tlxcrypto/random.h>
-#include <tlxpki/convert.h>
 #include <tlxpki/objects.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "der/list_items.hpp"
 #include "keys/pkcs12_derivation.hpp"
@@ -15,7 +15,6 @@ using namespace tlx;
 
 namespace {
 
-constexpr u32 kMostIterations = 10'000'000;
 constexpr u32 kDefaultSaltLength = 8;
 
 struct MacDigest {
@@ -30,7 +29,14 @@ constexpr MacDigest kMacDigests[] = {
     {"2.16.840.1.101.3.4.2.3", TLX_DIGEST_SHA512, true},
     {"1.2.410.200004.1.2", TLX_DIGEST_HAS160, true},
     {"2.16.840.1.101.3.4.2.4", TLX_DIGEST_SHA224, false},
+    {"2.16.840.1.101.3.4.2.5", TLX_DIGEST_SHA512_224, false},
+    {"2.16.840.1.101.3.4.2.6", TLX_DIGEST_SHA512_256, false},
+    {"2.16.840.1.101.3.4.2.7", TLX_DIGEST_SHA3_224, false},
+    {"2.16.840.1.101.3.4.2.8", TLX_DIGEST_SHA3_256, false},
+    {"2.16.840.1.101.3.4.2.9", TLX_DIGEST_SHA3_384, false},
+    {"2.16.840.1.101.3.4.2.10", TLX_DIGEST_SHA3_512, false},
     {"1.2.840.113549.2.5", TLX_DIGEST_MD5, false},
+    {"1.2.840.113549.2.4", TLX_DIGEST_MD4, false},
 };
 
 /// 0 for an unknown digest.
@@ -55,7 +61,7 @@ struct Code {
 };
 
 /// HMAC under a derived key as long as the digest, over the octets of the content.
-MacOutcome compute_mac(const P12_PFX &pfx, Bytes password, Code &code) noexcept {
+MacOutcome compute_mac(const P12_PFX &pfx, Bytes password, WorkBudget &budget, Code &code) noexcept {
     if (pfx.macData == nullptr) return MacOutcome::missing;
     const P12_MAC_DATA &data = *pfx.macData;
     const u32 digest_id = digest_of(data);
@@ -65,7 +71,7 @@ MacOutcome compute_mac(const P12_PFX &pfx, Bytes password, Code &code) noexcept 
         return MacOutcome::unsupported;
     }
     const u32 iterations = data.iterations == nullptr ? 1 : get_BIGINT_word(data.iterations);
-    if (iterations > kMostIterations) return MacOutcome::too_much_work;
+    if (!budget.take(iterations)) return MacOutcome::too_much_work;
     const Bytes content = octets_of(pfx.authSafe->content.data);
     u8 key[TLX_DIGEST_MAX_LENGTH];
     const Pkcs12Derivation derivation = {digest_id, password, octets_of(data.macSalt), iterations};
@@ -79,20 +85,18 @@ MacOutcome compute_mac(const P12_PFX &pfx, Bytes password, Code &code) noexcept 
 /// An 8-bit password as gen_PKCS12_key_ASC() widens it.
 class WidenedPassword {
   public:
-    WidenedPassword(const char *password, u32 length) noexcept : absent_(password == nullptr || length == 0) {
-        if (!absent_) size_ = ascTouni(password, length, &units_);
-    }
-    ~WidenedPassword() { wipe_and_free(units_, size_); }
-    WidenedPassword(const WidenedPassword &) = delete;
-    WidenedPassword &operator=(const WidenedPassword &) = delete;
+    WidenedPassword(const char *password, u32 length) noexcept
+        : absent_(password == nullptr || length == 0),
+          units_({reinterpret_cast<const u8 *>(password), absent_ ? 0 : length},
+                 PasswordUnits::From::octets) {}
 
-    [[nodiscard]] bool ok() const noexcept { return absent_ || size_ != 0; }
-    [[nodiscard]] Bytes bytes() const noexcept { return {units_, size_}; }
+    /// False when memory ran out.
+    explicit operator bool() const noexcept { return static_cast<bool>(units_); }
+    [[nodiscard]] Bytes bytes() const noexcept { return absent_ ? Bytes() : units_.bytes(); }
 
   private:
     bool absent_;
-    u8 *units_ = nullptr;
-    u32 size_ = 0;
+    PasswordUnits units_;
 };
 
 /// Frees a salt of the caller's.
@@ -105,23 +109,19 @@ bool store_salt(P12_MAC_DATA &data, OwnedSalt given, u32 length) noexcept {
         salt.reset(static_cast<u8 *>(TLX_ALLOCATE(size)));
         if (salt == nullptr || RAND_BYTES(salt.get(), size) != 0) return false;
     }
-    free_ASN1_STRING(data.macSalt);
     data.macSalt = new_string(TLX_TAG_OCTET_STRING, {salt.get(), size});
     return data.macSalt != nullptr;
 }
 
 bool store_iterations(P12_MAC_DATA &data, u32 iterations) noexcept {
-    if (iterations < 2) return true;
     data.iterations = new_BIGINT();
-    return data.iterations != nullptr && set_BIGINT_word(data.iterations, stored_iterations(iterations)) == 0;
+    return data.iterations != nullptr && set_BIGINT_word(data.iterations, iterations) == 0;
 }
 
 bool store_digest(P12_MAC_DATA &data, u32 digest_id) noexcept {
     const auto *const found =
         std::ranges::find(kMacDigests, digest_id == 0 ? TLX_DIGEST_SHA1 : digest_id, &MacDigest::digest_id);
     if (found == std::end(kMacDigests) || !found->written) return false;
-    free_OBJECT_IDENTIFIER(data.digestAlgorithm);
-    free_ASN1_UNIT(data.digestParameters);
     Encoder null;
     null.null();
     data.digestAlgorithm = text_to_OBJECT_IDENTIFIER(found->dotted.data());
@@ -129,15 +129,36 @@ bool store_digest(P12_MAC_DATA &data, u32 digest_id) noexcept {
     return data.digestAlgorithm != nullptr && data.digestParameters != nullptr;
 }
 
+/// As many octets remain as the number can be divided by 16 until it is at most 16.
+u32 stored_iterations(u32 iterations) noexcept {
+    u32 octets = 0;
+    for (u32 rest = iterations; rest > 16; rest /= 16) {
+        ++octets;
+    }
+    return octets < sizeof iterations ? iterations & ((1U << 8 * octets) - 1) : iterations;
+}
+
 /// Fills MAC data that has neither salt nor count, or leaves it as it was.
-bool store_parameters(P12_PFX &pfx, OwnedSalt salt, u32 salt_len, u32 iterations, u32 digest_id) noexcept {
+bool store_parameters(P12_PFX &pfx, OwnedSalt salt, u32 salt_len, std::optional<u32> iterations,
+                      u32 digest_id) noexcept {
     Owned<P12_MAC_DATA> made(new_P12_MAC_DATA());
-    if (!made || !store_iterations(*made, iterations) || !store_salt(*made, std::move(salt), salt_len) ||
-        !store_digest(*made, digest_id)) {
+    if (!made || (iterations && !store_iterations(*made, *iterations)) ||
+        !store_salt(*made, std::move(salt), salt_len) || !store_digest(*made, digest_id)) {
         return false;
     }
     free_P12_MAC_DATA(pfx.macData);
     pfx.macData = made.release();
+    return true;
+}
+
+bool store_code(P12_PFX &pfx, Bytes password) noexcept {
+    WorkBudget budget;
+    Code code;
+    if (compute_mac(pfx, password, budget, code) != MacOutcome::good) return false;
+    OCTET_STRING *const mac = new_string(TLX_TAG_OCTET_STRING, {code.octets, code.length});
+    if (mac == nullptr) return false;
+    free_OCTET_STRING(pfx.macData->mac);
+    pfx.macData->mac = mac;
     return true;
 }
 
@@ -147,42 +168,38 @@ bool has_parameters(const P12_PFX &pfx) noexcept {
 
 }  // namespace
 
-// As many octets remain as the number can be divided by 16 until it is at most 16.
-u32 tlx::stored_iterations(u32 iterations) noexcept {
-    u32 octets = 0;
-    for (u32 rest = iterations; rest > 16; rest /= 16) {
-        ++octets;
-    }
-    return octets < sizeof iterations ? iterations & ((1U << 8 * octets) - 1) : iterations;
-}
-
-MacOutcome tlx::check_mac(const P12_PFX &pfx, Bytes password) noexcept {
+MacOutcome tlx::check_mac(const P12_PFX &pfx, Bytes password, WorkBudget &budget) noexcept {
     Code code;
-    const MacOutcome outcome = compute_mac(pfx, password, code);
+    const MacOutcome outcome = compute_mac(pfx, password, budget, code);
     if (outcome != MacOutcome::good) return outcome;
     return code.is(octets_of(pfx.macData->mac)) ? MacOutcome::good : MacOutcome::differs;
+}
+
+bool tlx::makes_codes(u32 digest_id) noexcept {
+    const auto *const found = std::ranges::find(kMacDigests, digest_id, &MacDigest::digest_id);
+    return found != std::end(kMacDigests) && found->written;
+}
+
+bool tlx::make_mac(P12_PFX &pfx, Bytes password, u32 iterations, u32 digest_id) noexcept {
+    return store_parameters(pfx, nullptr, 0, iterations, digest_id) && store_code(pfx, password);
 }
 
 uint32_t set_PKCS12_mac(P12_PFX *pfx, const char *password, uint32_t password_len, uint8_t *salt,
                         uint32_t salt_len, uint32_t iterations, uint32_t digest_id) {
     if (pfx == nullptr) return 0x4D10000D;
-    if (!has_parameters(*pfx) && !store_parameters(*pfx, OwnedSalt(salt), salt_len, iterations, digest_id)) {
+    const auto stored = iterations < 2 ? std::nullopt : std::optional(stored_iterations(iterations));
+    if (!has_parameters(*pfx) && !store_parameters(*pfx, OwnedSalt(salt), salt_len, stored, digest_id)) {
         return 0x4D10000D;
     }
     const WidenedPassword widened(password, password_len);
-    Code code;
-    if (!widened.ok() || compute_mac(*pfx, widened.bytes(), code) != MacOutcome::good) return 0x4D10000E;
-    OCTET_STRING *const mac = new_string(TLX_TAG_OCTET_STRING, {code.octets, code.length});
-    if (mac == nullptr) return 0x4D10000E;
-    free_OCTET_STRING(pfx->macData->mac);
-    pfx->macData->mac = mac;
-    return 0;
+    return widened && store_code(*pfx, widened.bytes()) ? 0 : 0x4D10000E;
 }
 
 uint32_t verify_PKCS12_mac(const P12_PFX *pfx, const char *password, uint32_t password_len) {
     const WidenedPassword widened(password, password_len);
-    if (pfx == nullptr || !widened.ok()) return 1;
-    switch (check_mac(*pfx, widened.bytes())) {
+    if (pfx == nullptr || !widened) return 1;
+    WorkBudget budget;
+    switch (check_mac(*pfx, widened.bytes(), budget)) {
         case MacOutcome::good:
             return 0;
         case MacOutcome::differs:

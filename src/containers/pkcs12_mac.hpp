@@ -2,6 +2,7 @@
 #pragma once
 
 #include "containers/pkcs12_records.hpp"
+#include "keys/pbe.hpp"
 
 namespace tlx {
 
@@ -15,9 +16,13 @@ enum class MacOutcome : u8 {
 };
 
 /// Compares the code of a file with that of a 16-bit password.
-[[nodiscard]] MacOutcome check_mac(const P12_PFX &pfx, Bytes password) noexcept;
+[[nodiscard]] MacOutcome check_mac(const P12_PFX &pfx, Bytes password, WorkBudget &budget) noexcept;
 
-/// Where set_PKCS12_mac() stores an iteration count, in MAC data of this library's own making.
-[[nodiscard]] u32 stored_iterations(u32 iterations) noexcept;
+/// Whether codes are made with a digest.
+[[nodiscard]] bool makes_codes(u32 digest_id) noexcept;
+
+/// Gives a file a code under a 16-bit password, with a random salt and exactly so many iterations. False when
+/// memory runs out and when random octets cannot be had.
+[[nodiscard]] bool make_mac(P12_PFX &pfx, Bytes password, u32 iterations, u32 digest_id) noexcept;
 
 }  // namespace tlx

@@ -5,6 +5,11 @@
 
 namespace tlx {
 
+/// Fills everything but iterations and salt from names as seal_PKCS8() takes them. False for an unknown name
+/// and for a cipher that is not available.
+[[nodiscard]] bool choose_pbe(const char *scheme, const char *cipher, const char *prf,
+                              PbeChoice &choice) noexcept;
+
 enum class SealOutcome : u8 {
     done,
     not_encoded,  ///< the key cannot be encoded, or memory ran out meanwhile

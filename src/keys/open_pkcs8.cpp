@@ -25,19 +25,6 @@ std::string_view name_or(const char *name, std::string_view otherwise) noexcept 
     return name == nullptr ? otherwise : std::string_view(name);
 }
 
-bool choose(const char *scheme, const char *cipher, const char *prf, PbeChoice &choice) noexcept {
-    const PbeAlgorithm *algorithm = find_name(pbe_algorithms(), name_or(scheme, "pbes2"));
-    if (algorithm == nullptr) return false;
-    choice.algorithm = *algorithm;
-    choice.iv = KisaIv::in_circulation;
-    if (algorithm->family != PbeFamily::pbes2) return true;
-    const ContentCipher *known = find_content_cipher(name_or(cipher, "aes-256-cbc"));
-    choice.prf = find_name(prfs(), name_or(prf, "sha256"));
-    if (known == nullptr || choice.prf == nullptr) return false;
-    choice.cipher = *known;
-    return get_KeyLength(known->cipher_id) != 0;
-}
-
 /// Whether the octets are one SEQUENCE, which a wrong password hardly ever gives.
 bool is_sequence(Bytes octets) noexcept {
     Element element;
@@ -93,6 +80,19 @@ const char *name_at(std::span<const Row> rows, u32 index) noexcept {
 
 }  // namespace
 
+bool tlx::choose_pbe(const char *scheme, const char *cipher, const char *prf, PbeChoice &choice) noexcept {
+    const PbeAlgorithm *algorithm = find_name(pbe_algorithms(), name_or(scheme, "pbes2"));
+    if (algorithm == nullptr) return false;
+    choice.algorithm = *algorithm;
+    choice.iv = KisaIv::in_circulation;
+    if (algorithm->family != PbeFamily::pbes2) return true;
+    const ContentCipher *known = find_content_cipher(name_or(cipher, "aes-256-cbc"));
+    choice.prf = find_name(prfs(), name_or(prf, "sha256"));
+    if (known == nullptr || choice.prf == nullptr) return false;
+    choice.cipher = *known;
+    return get_KeyLength(known->cipher_id) != 0;
+}
+
 const char *get_PKCS8_scheme_name(uint32_t index) {
     return name_at(pbe_algorithms(), index);
 }
@@ -106,7 +106,7 @@ uint32_t seal_PKCS8(const P8_PRIV_KEY_INFO *info, const char *scheme, const char
                     P8_ENCRYPTED_KEY **out) {
     if (info == nullptr || password == nullptr || out == nullptr) return 0x4A400049;
     PbeChoice choice = {};
-    if (!choose(scheme, cipher, prf, choice)) return 0x4A400048;
+    if (!choose_pbe(scheme, cipher, prf, choice)) return 0x4A400048;
     if (iterations > kMostIterations) return 0x4A400047;
     choice.iterations = iterations == 0 ? kIterations : iterations;
     const Bytes text(reinterpret_cast<const u8 *>(password), password_len);
