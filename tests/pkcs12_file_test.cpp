@@ -1,15 +1,18 @@
 // PKCS #12 files: theirs read by us, ours by them, our own with every setting, and what is broken in them.
 #include <tlxpki.h>
 
+#include <algorithm>
 #include <map>
 #include <sstream>
 
 #include "support/allocation.hpp"
 #include "support/command.hpp"
+#include "support/crypto_values.hpp"
 #include "support/der_text.hpp"
 #include "support/null_arguments.hpp"
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
+#include "support/x509_records.hpp"
 
 namespace tlx_test {
 namespace {
@@ -18,7 +21,8 @@ using Pfx = Held<free_P12_PFX>;
 using Entries = Held<free_P12_ENTRIES>;
 using Pkcs12Files = LeakFreeTest;
 
-/// Keys, certificates and a revocation list of openssl, made once and for all tests. "text" is a text.
+/// Keys, certificates and a revocation list of openssl, made once and for all tests. "check" is a script that
+/// compares what openssl finds in our file.
 class Samples {
   public:
     static const Samples &instance() {
@@ -34,7 +38,11 @@ class Samples {
 
   private:
     Samples() {
-        folder_.write("text", "A text.\n");
+        folder_.write("check",
+                      "openssl pkcs12 -in ours.p12 -passin \"pass:$1\" -nodes $2 > all.pem && "
+                      "openssl x509 -in all.pem -outform DER | cmp - rsa.der && "
+                      "openssl pkcs8 -topk8 -nocrypt -in all.pem -outform DER | cmp - rsa.p8 && "
+                      "grep -q localKeyID all.pem && grep -q 'friendlyName: CA' all.pem\n");
         folder_.run(
             "openssl req -x509 -newkey rsa:2048 -nodes -keyout ca.key -out ca.pem -subj /CN=CA -days 2 && "
             "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -keyout ec.key -out ec.pem "
@@ -157,8 +165,8 @@ Entries sample_entries() {
     return entries;
 }
 
-std::uint32_t make(const Settings &settings, const Password &password, Pfx &pfx) {
-    static const Entries entries = sample_entries();
+std::uint32_t make(const Settings &settings, const Password &password, Pfx &pfx,
+                   const Entries &entries = sample_entries()) {
     P12_PFX *made = nullptr;
     const std::uint32_t status =
         make_PKCS12(entries.get(), &settings.made, password.data(), password.size(), &made);
@@ -200,11 +208,14 @@ std::string round_trip(const Row &row) {
     return status == 0 ? opened(read_pfx(encoded(pfx.get())).get(), row[4], row[5]) : status_text(status);
 }
 
+/// Data that holds an encoding.
+std::string data_of(const std::string &encoding) {
+    return "30{06:2A864886F70D010701 A0{04:" + digits_of(der(encoding)) + "}}";
+}
+
 /// A file without a code around the parts of an AuthenticatedSafe.
 std::string by_hand(const std::string &parts) {
-    const Octets safe = der("30{" + parts + "}");
-    const Octets file =
-        der("30{02:03 30{06:2A864886F70D010701 A0{04:" + hex_of(safe.data(), safe.size()) + "}}}");
+    const Octets file = der("30{02:03 " + data_of("30{" + parts + "}") + "}");
     return {file.begin(), file.end()};
 }
 
@@ -214,11 +225,129 @@ std::string parts(const Row &row) {
 }
 // bags | bags in one part in the open | password | what is read
 std::string bags(const Row &row) {
-    const Octets contents = der("30{" + row[1] + "}");
-    return opened(
-        read_pfx(by_hand("30{06:2A864886F70D010701 A0{04:" + hex_of(contents.data(), contents.size()) + "}}"))
-            .get(),
-        row[2], "");
+    return opened(read_pfx(by_hand(data_of("30{" + row[1] + "}"))).get(), row[2], "");
+}
+
+/// An encoding in indefinite lengths, with octet strings in segments.
+void append_ber(const std::string &der, std::size_t &at, std::string &out) {
+    const std::size_t start = at;
+    const auto octet = [&](std::size_t i) { return static_cast<std::uint8_t>(der.at(i)); };
+    std::size_t length = octet(start + 1);
+    at += 2;
+    if (length > 0x80) {
+        const std::size_t end = at + length - 0x80;
+        for (length = 0; at < end; ++at)
+            length = length << 8 | octet(at);
+    }
+    const std::size_t end = at + length;
+    const bool is_long = octet(start) == 4 && length > 20;
+    if (!is_long && (octet(start) & 0x20) == 0) {
+        at = end;
+        out += der.substr(start, end - start);
+        return;
+    }
+    out += is_long ? "\x24\x80" : der.substr(start, 1) + '\x80';
+    while (!is_long && at < end)
+        append_ber(der, at, out);
+    for (; at < end; at += std::min<std::size_t>(100, end - at)) {
+        const std::size_t size = std::min<std::size_t>(100, end - at);
+        out += std::string("\x04") + static_cast<char>(size) + der.substr(at, size);
+    }
+    out += std::string(2, '\0');
+}
+
+std::string ber_of(const std::string &der) {
+    std::string out;
+    std::size_t at = 0;
+    append_ber(der, at, out);
+    return out;
+}
+
+const char *const kShort = "key=pbe-sha1-3des safe=pbe-sha1-rc4-128";
+
+TEST_F(Pkcs12Files, OfBer) {
+    Pfx pfx;
+    ASSERT_EQ(make(Settings(std::string(kShort) + " mac=none"), Password("secret"), pfx), 0U);
+    const std::string expected = opened(pfx.get(), "secret", "");
+    const std::string safe = ber_of(octets(pfx->authSafe->content.data));
+    set_ASN1_STRING_value(pfx->authSafe->content.data, TLX_TAG_OCTET_STRING, safe.data(),
+                          static_cast<std::uint32_t>(safe.size()));
+    ASSERT_EQ(set_PKCS12_mac(pfx.get(), "secret", 6, nullptr, 0, 2, TLX_DIGEST_SHA256), 0U);
+    EXPECT_EQ(opened(read_pfx(ber_of(encoded(pfx.get()))).get(), "secret", ""), expected);
+}
+
+// What neither the code covers nor the decoder needs: the version, and parameters of the digest.
+TEST_F(Pkcs12Files, AreRefusedWhenAltered) {
+    Pfx pfx;
+    ASSERT_EQ(make(Settings(kShort), Password("secret"), pfx), 0U);
+    const std::string file = encoded(pfx.get());
+    const std::string expected = opened(pfx.get(), "secret", "");
+    unsigned unnoticed = 0;
+    for (std::size_t at = 0; at < file.size(); at += at < 60 || at + 120 > file.size() ? 1U : 37U) {
+        std::string altered = file;
+        altered[at] = static_cast<char>(altered[at] ^ 0x41);
+        const std::string read = opened(read_pfx(altered).get(), "secret", "");
+        if (read == expected) ++unnoticed;
+        EXPECT_TRUE(read == expected || read.size() == 8) << at << ' ' << read;
+        EXPECT_EQ(opened(read_pfx(file.substr(0, at)).get(), "secret", ""), "4D300049") << at;
+    }
+    EXPECT_LE(unnoticed, 4U);
+}
+
+TEST_F(Pkcs12Files, MayRunOutOfMemory) {
+    const Entries entries = sample_entries();
+    for (const char *settings : {kShort, "key=none safe=pbes2"}) {
+        sweep_failing_allocations([&] {
+            Pfx pfx;
+            const std::uint32_t status = make(Settings(settings), Password("secret"), pfx, entries);
+            if (status == 0x4D32003C || status == 0x4D320103) return false;
+            EXPECT_EQ(status, 0U);
+            return true;
+        });
+        Pfx pfx;
+        ASSERT_EQ(make(Settings(settings), Password("secret"), pfx), 0U);
+        const std::string expected = opened(pfx.get(), "secret", "");
+        sweep_failing_allocations([&] {
+            const std::string read = opened(pfx.get(), "secret", "");
+            if (read == expected) return true;
+            const bool unread = read.find("unread 4D31") != read.npos;
+            EXPECT_TRUE(unread || read == "4D30003C" || read == "4D300104") << read;
+            return false;
+        });
+    }
+    expect_making_may_fail(new_P12_ENTRY, free_P12_ENTRY);
+}
+
+TEST_F(Pkcs12Files, WantWhatTheyNeed) {
+    Pfx pfx;
+    ASSERT_EQ(make(Settings(kShort), Password("secret"), pfx), 0U);
+    P12_ENTRIES *out = nullptr;
+    P12_PFX *made = nullptr;
+    expect_refuses_null(0x4D300049, open_PKCS12, pfx.get(), "secret", 6, nullptr, 0, &out);
+    EXPECT_EQ(open_PKCS12(pfx.get(), nullptr, 1, nullptr, 0, &out), 0x4D300049U);
+    const Entries entries(new_P12_ENTRIES());
+    expect_refuses_null(0x4D320049, make_PKCS12, entries.get(), nullptr, "secret", 6, &made);
+    const std::uint8_t octet = 0x30;
+    const struct {
+        std::uint32_t kind;
+        std::int32_t owner;
+        const char *scheme;
+        const char *name;
+        std::uint32_t status;
+    } refused[] = {{TLX_P12_UNREAD, -1, nullptr, nullptr, 0x4D32002B},
+                   {TLX_P12_SECRET, -1, nullptr, nullptr, 0x4D32002B},
+                   {TLX_P12_CERTIFICATE, 0, nullptr, nullptr, 0x4D32002B},
+                   {TLX_P12_CERTIFICATE, 1, nullptr, nullptr, 0x4D32002B},
+                   {TLX_P12_PRIVATE_KEY, -1, "none", nullptr, 0x4D320103},
+                   {TLX_P12_CERTIFICATE, -1, nullptr, "\xFF", 0x4D320103}};
+    for (const auto &[kind, owner, scheme, name, status] : refused) {
+        clean_P12_ENTRIES(entries.get());
+        EXPECT_EQ(add_PKCS12_entry(entries.get(), kind, nullptr, &octet, 1, name, owner), 0U);
+        P12_SETTINGS settings = {};
+        settings.keyScheme = scheme;
+        settings.iterations = 1;
+        EXPECT_EQ(make_PKCS12(entries.get(), &settings, "secret", 6, &made), status) << kind << ' ' << owner;
+    }
 }
 
 TEST_F(Pkcs12Files, Rows) {

@@ -86,8 +86,8 @@ TLXPKI_API uint32_t add_PKCS12_entry(P12_ENTRIES *entries, uint32_t kind, const 
  * @param mac_password checks the code of a file that has a password of its own for it; otherwise null
  * @param out          receives a new list. What cannot be read is an entry TLX_P12_UNREAD with one of these
  * statuses: 0x4D310012 a wrong password or an altered ciphertext; 0x4D31002B parameters or a ciphertext that
- * are broken; 0x4D310047 too much work; 0x4D310048 a scheme, a content or a bag that is unknown or not
- * available; 0x4D310104 a bag or its contents cannot be decoded, or memory ran out
+ * are broken, or memory ran out; 0x4D310047 too much work; 0x4D310048 a scheme, a content or a bag that is
+ * unknown or not available; 0x4D310104 a bag or its contents cannot be decoded, or memory ran out
  * @return 0; 0x4D300049 a null file or out, or a null password with a length; 0x4D300012 the code differs: a
  * wrong password or an altered file; 0x4D300047 the code takes more work than is done for a file; 0x4D300048
  * the file is signed instead, or the digest of the code is unknown; 0x4D300104 the content is missing or is

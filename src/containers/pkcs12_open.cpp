@@ -1,8 +1,6 @@
 // Opening PKCS #12 files.
-#include <tlxpki/convert.h>
-
-#include <algorithm>
-
+#include "asn1/string_text.hpp"
+#include "asn1/utf8.hpp"
 #include "containers/pkcs12_entries.hpp"
 #include "containers/pkcs12_mac.hpp"
 #include "containers/pkcs12_password.hpp"
@@ -60,6 +58,38 @@ const ASN1_STRING *attribute_value(const P12_SAFE_BAG &bag, std::string_view typ
     return static_cast<const ASN1_STRING *>(get_X509_ATTRIBUTE_data(attribute, 0));
 }
 
+u32 unit_at(Bytes units, std::size_t at) noexcept {
+    return at + 2 <= units.size() ? u32{units[at]} << 8 | units[at + 1] : 0;
+}
+
+/// Appends big-endian UTF-16 as UTF-8. False for part of a unit, and for a surrogate without its other half.
+bool append_utf16(Buffer &out, Bytes units) noexcept {
+    for (std::size_t at = 0; at < units.size(); at += 2) {
+        u32 code_point = unit_at(units, at);
+        if (units.size() - at < 2 || (code_point >= 0xDC00 && code_point < 0xE000)) return false;
+        if (code_point >= 0xD800 && code_point < 0xDC00) {
+            at += 2;
+            const u32 low = unit_at(units, at);
+            if (low < 0xDC00 || low >= 0xE000) return false;
+            code_point = 0x10000 + ((code_point - 0xD800) << 10 | (low - 0xDC00));
+        }
+        append_utf8(out, code_point);
+    }
+    return true;
+}
+
+/// A name in UTF-8; nothing for a value that is no text. False when memory runs out.
+bool read_name(const ASN1_STRING *value, UTF8_STRING *&name) noexcept {
+    if (value == nullptr) return true;
+    Buffer text;
+    const Bytes octets = octets_of(value);
+    const bool read = value->type == TLX_TAG_BMP_STRING ? append_utf16(text, octets)
+                                                        : append_text(text, value->type, octets);
+    if (!read) return true;
+    if (text.ok()) name = new_string(TLX_TAG_UTF8_STRING, text.bytes());
+    return name != nullptr;
+}
+
 /// Reads what a file holds. Functions return 0, or a status that ends the reading.
 class Reader {
   public:
@@ -86,13 +116,15 @@ class Reader {
     }
 
   private:
-    static bool decode(Bytes octets, OwnedSafeContents &contents) noexcept {
-        Element element;
+    static bool decode(const Element &element, OwnedSafeContents &contents) noexcept {
         P12_SAFE_CONTENTS *list = nullptr;
-        if (!read_element(octets, element) || element.tag != kSequence) return false;
-        const bool decoded = SafeContents::decode(element, &list) == 0;
+        const bool decoded = element.tag == kSequence && SafeContents::decode(element, &list) == 0;
         contents.reset(list);
         return decoded;
+    }
+    static bool decode(Bytes octets, OwnedSafeContents &contents) noexcept {
+        Element element;
+        return read_element(octets, element) && decode(element, contents);
     }
 
     u32 read_plain(Bytes octets, const OBJECT_IDENTIFIER *type) noexcept {
@@ -112,7 +144,7 @@ class Reader {
         Element value;
         if (!view_node(bag.bagValue, value)) return add_unread(0x4D310104, bag.bagId, &bag);
         const std::string_view type = text_of(bag.bagId);
-        if (type == kKeyBag) return add(TLX_P12_PRIVATE_KEY, value.whole, bag);
+        if (type == kKeyBag) return read_key(value, bag);
         if (type == kShroudedKeyBag) return read_shrouded_key(value, bag);
         if (type == kCertBag) {
             return read_typed(value, bag, TLX_P12_CERTIFICATE, kX509Certificate, &P12_CERT_BAG::certId,
@@ -124,8 +156,16 @@ class Reader {
         if (type == kSecretBag) return read_secret(value, bag);
         if (type != kSafeContentsBag || depth >= kDeepestBag) return add_unread(0x4D310048, bag.bagId, &bag);
         OwnedSafeContents contents;
-        if (!decode(value.whole, contents)) return add_unread(0x4D310104, bag.bagId, &bag);
+        if (!decode(value, contents)) return add_unread(0x4D310104, bag.bagId, &bag);
         return read_bags(*contents, depth + 1);
+    }
+
+    u32 read_key(const Element &value, const P12_SAFE_BAG &bag) noexcept {
+        constexpr std::size_t kHeader = 8;
+        SecretEncoder key;
+        key.buffer().reserve(value.length_octets.size() + value.contents.size() + kHeader);
+        key.node(bag.bagValue);
+        return key.ok() ? add(TLX_P12_PRIVATE_KEY, key.bytes(), bag) : 0x4D30003C;
     }
 
     u32 read_shrouded_key(const Element &value, const P12_SAFE_BAG &bag) noexcept {
@@ -213,7 +253,7 @@ class Reader {
     /// Gives the last entry the attributes of its bag.
     u32 name_last(const P12_SAFE_BAG &bag) noexcept {
         auto &entry = *static_cast<P12_ENTRY *>(entries_.values[entries_.count - 1]);
-        entry.friendlyName = ASN1_STRING_to_UTF8_STRING(attribute_value(bag, kFriendlyName));
+        if (!read_name(attribute_value(bag, kFriendlyName), entry.friendlyName)) return 0x4D30003C;
         const ASN1_STRING *id = attribute_value(bag, kLocalKeyId);
         if (id == nullptr) return 0;
         entry.localKeyId = dup_ASN1_STRING(id);
