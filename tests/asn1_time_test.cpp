@@ -140,6 +140,9 @@ TEST_F(TimeTest, Rows) {
     EXPECT_EQ(check_ASN1_TIME_date(nullptr), 0x4104002BU);
     EXPECT_EQ(add_ASN1_TIME_days(nullptr, 1), 0x4105002BU);
     const ASN1_TIME epoch = time_of("0 0 0 1 0 70");
+    ASN1_TIME cleaned = epoch;
+    clean_ASN1_TIME(&cleaned);
+    EXPECT_EQ(cleaned.day, 0);
     EXPECT_EQ(cmp_ASN1_TIME(nullptr, &epoch), -1);
     const std::string good = "2024-02-29,12:34:56";
     for (std::size_t i = 0; i < good.size(); ++i) {

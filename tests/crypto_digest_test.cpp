@@ -155,6 +155,7 @@ std::string run_on_units(const Row &row) {
         {"hmac-init", [&](N n) { return init_HMAC(hmac.get(), n[0], out.data(), n[1]); }},
         {"hmac-init-null", [&](N n) { return init_HMAC(hmac.get(), n[0], nullptr, n[1]); }},
         {"hmac-update", [&](N n) { return update_HMAC(hmac.get(), out.data(), n[0]); }},
+        {"hmac-update-none", [&](N n) { return update_HMAC(nullptr, out.data(), n[0]); }},
         {"hmac-reset", [&](N) { return reset_HMAC(hmac.get()); }},
         {"hmac-final", [&](N) { return final_HMAC(hmac.get(), out.data(), &len); }},
     };

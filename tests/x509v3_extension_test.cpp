@@ -251,6 +251,8 @@ TEST(ExtensionMembers, OfRecordsThatAreMade) {
                                    TLX_GENERAL_NAME_DNS_NAME, "a.b", -1);
     expect_made<free_GENERAL_NAME>("86:61", GENERAL_NAME_to_Seq, create_GENERAL_NAME, TLX_GENERAL_NAME_URI,
                                    "ab", 1);
+    expect_made<free_GENERAL_NAME>("86:", GENERAL_NAME_to_Seq, create_GENERAL_NAME, TLX_GENERAL_NAME_URI,
+                                   "ab", 0);
     expect_made<free_GENERAL_NAME>("87:7F000001", GENERAL_NAME_to_Seq, create_GENERAL_NAME,
                                    TLX_GENERAL_NAME_IP_ADDRESS, "\x7F\0\0\1", 4);
     expect_made<free_GENERAL_NAME>("88:2A03", GENERAL_NAME_to_Seq, create_GENERAL_NAME,
