@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <tlxpki/asn1_io.h>
 #include <tlxpki/pem.h>
+#include <tlxpki/pkcs12.h>
+#include <tlxpki/pkcs12_file.h>
 #include <tlxpki/pkcs5.h>
 #include <tlxpki/x509_sign.h>
 
@@ -144,6 +146,41 @@ TEST_F(Secrets, LeaveNoTraceOfEncryptedKeys) {
         });
         free_PKCS8(container);
     }
+}
+
+TEST_F(Secrets, LeaveNoTraceOfPkcs12Files) {
+    std::vector<std::string> secrets = of_rsa();
+    secrets.emplace_back(kPassword);
+    std::string units;
+    for (const char c : std::string_view(kPassword))
+        units += std::string("\0", 1) + c;
+    secrets.push_back(units);
+    expect_no_trace(secrets, [&] {
+        P8_PRIV_KEY_INFO *info = nullptr;
+        std::uint8_t *octets = nullptr;
+        ASSERT_EQ(gen_P8_PRIV_KEY_INFO(signing_key(0), &info), 0U);
+        const std::uint32_t size = writeDER_to_Binary(info, TLX_ENCODER(P8_PRIV_KEY_INFO_to_Seq), &octets);
+        const Held<free_P12_ENTRIES> entries(new_P12_ENTRIES());
+        EXPECT_EQ(add_PKCS12_entry(entries.get(), TLX_P12_PRIVATE_KEY, nullptr, octets, size, "name", -1),
+                  0U);
+        for (const char *scheme : {"pbes2", "pbe-sha1-3des", "pbe-sha1-rc4-128"}) {
+            P12_SETTINGS settings = {};
+            settings.keyScheme = scheme;
+            settings.iterations = 1;
+            P12_PFX *pfx = nullptr;
+            P12_ENTRIES *opened = nullptr;
+            EXPECT_EQ(make_PKCS12(entries.get(), &settings, kPassword, kPasswordLength, &pfx), 0U);
+            EXPECT_EQ(open_PKCS12(pfx, kPassword, kPasswordLength, nullptr, 0, &opened), 0U) << scheme;
+            EXPECT_EQ(open_PKCS12(pfx, "wrong", 5, nullptr, 0, &opened), 0x4D300012U);
+            EXPECT_EQ(verify_PKCS12_mac(pfx, kPassword, kPasswordLength), 0U);
+            free_P12_ENTRIES(dup_P12_ENTRIES(opened));
+            free_P12_ENTRIES(opened);
+            free_P12_PFX(pfx);
+        }
+        tlx_wipe(octets, size);
+        tlx_free(octets);
+        free_P8_PRIV_KEY_INFO(info);
+    });
 }
 
 TEST_F(Secrets, LeaveNoTraceOfRecords) {

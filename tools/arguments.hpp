@@ -22,6 +22,7 @@ struct CommandLine {
     EncryptOptions encrypt;
     DecryptOptions decrypt;
     ShowMessageOptions show_message;
+    Pkcs12Options pkcs12;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -41,5 +42,8 @@ void add_password_file(CLI::App *command, std::string &path);
 
 /// tlxpki message and what stands below it.
 void add_message(CLI::App &app, CommandLine &line);
+
+/// tlxpki pkcs12 and what stands below it.
+void add_pkcs12(CLI::App &app, CommandLine &line);
 
 }  // namespace tool

@@ -84,6 +84,14 @@ struct ShowMessageOptions {
     bool json = false;
 };
 
+struct Pkcs12Options {
+    std::string file;
+    std::string password_file;
+    std::string mac_password_file;
+    std::string folder;  ///< empty for none
+    bool json = false;
+};
+
 /// What options of messages take.
 [[nodiscard]] std::vector<std::string> digest_names();
 [[nodiscard]] std::vector<std::string> signature_schemes();
@@ -100,5 +108,6 @@ int run_verify_message(const VerifyMessageOptions &options);
 int run_encrypt(const EncryptOptions &options);
 int run_decrypt(const DecryptOptions &options);
 int run_show_message(const ShowMessageOptions &options);
+int run_pkcs12_open(const Pkcs12Options &options);
 
 }  // namespace tool

@@ -127,6 +127,7 @@ int run(const std::vector<std::string> &arguments) {
     add_oid(app, line);
     add_status(app, line);
     add_message(app, line);
+    add_pkcs12(app, line);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }
