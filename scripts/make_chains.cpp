@@ -1,5 +1,6 @@
 // Writes the certificate chains in tests/data/chains: a root, licensed CAs and users in the style of Korean
-// practice, with RSA and KCDSA keys that are thrown away afterwards. Result by scripts/make-chains.
+// practice, with RSA and KCDSA keys that are thrown away afterwards, but for one of KCDSA that guards
+// nothing. Result by scripts/make-chains.
 #include <tlxpki.h>
 
 #include <cstdio>
@@ -269,6 +270,16 @@ void write(const std::filesystem::path &folder, const char *file, const X509_CER
     if (size == 0xFFFFFFFF) throw std::runtime_error(std::string("cannot write ") + file);
 }
 
+void write_key(const std::filesystem::path &folder, const char *file, const ASYMMETRIC_KEY *key) {
+    P8_PRIV_KEY_INFO *info = nullptr;
+    must(gen_P8_PRIV_KEY_INFO(key, &info));
+    const Owned<P8_PRIV_KEY_INFO, free_P8_PRIV_KEY_INFO> owner(info);
+    const std::string path = (folder / file).string();
+    if (TLX_WRITE_PEM_FILE(P8_PRIV_KEY_INFO, info, "PRIVATE KEY", path.c_str()) == 0xFFFFFFFF) {
+        throw std::runtime_error(std::string("cannot write ") + file);
+    }
+}
+
 Attribute utf8(const char *type, const char *value) {
     return {type, TLX_TAG_UTF8_STRING, value};
 }
@@ -328,6 +339,11 @@ void make_chains(const std::filesystem::path &folder) {
     Party kim = user({"CN", TLX_TAG_BMP_STRING, "김철수(KIM CHUL SOO)0001040200005678"}, new_kcdsa_key());
     certify(kcdsa_ca, kim, {0x30000001, false, {{kBankPolicy, "이 인증서는 시험용 인증서입니다"}}, "김철수"});
     write(folder, "kcdsa-user.pem", kim.cert.get());
+
+    Party signer = user(utf8("CN", "KCDSA signer"), new_kcdsa_key());
+    certify(signer, signer, {4, false, {}, ""});
+    write(folder, "kcdsa-signer.pem", signer.cert.get());
+    write_key(folder, "kcdsa-signer.key", signer.key.get());
 }
 
 }  // namespace

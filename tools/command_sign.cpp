@@ -21,14 +21,23 @@ constexpr Choice kDigests[] = {{"sha256", TLX_OID_SHA256}, {"sha384", TLX_OID_SH
 
 constexpr Choice kSchemes[] = {{"pkcs1", TLX_P7_RSA_PKCS1}, {"pss", TLX_P7_RSA_PSS}};
 
+const BIGINT *modulus_of(const ASYMMETRIC_KEY *key) {
+    return get_RSA_UNIT_number(static_cast<const RSA_UNIT *>(key->key), TLX_RSA_N);
+}
+
+/// Whether a private key of KCDSA gives the public key y.
+bool gives_public_key(const ASYMMETRIC_KEY *key, const BIGINT *y) {
+    const auto unit = made<Owned<KCDSA, free_KCDSA>>(dup_KCDSA(static_cast<const KCDSA *>(key->key)));
+    return compute_KCDSA_public(unit.get()) == 0 &&
+           cmp_BIGINT(get_KCDSA_number(unit.get(), TLX_KCDSA_Y), y) == 0;
+}
+
 /// Whether a private key is that of a certificate.
 bool belongs_to(const ASYMMETRIC_KEY *key, const X509_CERT *cert) {
     const ASYMMETRIC_KEY *certified = get_X509_PUBKEY_key(get_X509_SPKI(cert));
-    const auto modulus = [](const ASYMMETRIC_KEY *of) {
-        return get_RSA_UNIT_number(static_cast<const RSA_UNIT *>(of->key), TLX_RSA_N);
-    };
-    return certified != nullptr && certified->kind == key->kind &&
-           cmp_BIGINT(modulus(key), modulus(certified)) == 0;
+    if (certified == nullptr || certified->kind != key->kind) return false;
+    if (key->kind == TLX_KEY_RSA) return cmp_BIGINT(modulus_of(key), modulus_of(certified)) == 0;
+    return gives_public_key(key, get_KCDSA_number(static_cast<const KCDSA *>(certified->key), TLX_KCDSA_Y));
 }
 
 /// Adds a certificate to those of a message unless it is there.

@@ -8,6 +8,8 @@ namespace tool {
 
 namespace {
 
+using KeyInfo = Owned<P8_PRIV_KEY_INFO, free_P8_PRIV_KEY_INFO>;
+
 /// The first line of a file. The input owns and wipes it.
 std::string_view first_line(const Input &file) {
     const Octets octets = file.blocks().front().octets;
@@ -38,6 +40,24 @@ Key private_key(const RsaKey &unit) {
     Key key = made<Key>(new_ASYMMETRIC_KEY());
     must(set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get()));
     return key;
+}
+
+KeyInfo open_key(const Block &block, Password &password) {
+    const Owned<PKCS8, free_PKCS8> container(decode_record(block, Seq_to_P8_ENCRYPTED_KEY));
+    const std::string_view text = password.of_key(block.source);
+    P8_PRIV_KEY_INFO *info = nullptr;
+    const uint32_t status =
+        open_PKCS8(container.get(), text.data(), static_cast<uint32_t>(text.size()), &info);
+    if (status == 0) return KeyInfo(info);
+    throw Failure(block.source +
+                  ": the key cannot be decrypted (is the password right?): " + exact_status_sentence(status));
+}
+
+/// Takes the key out of a PrivateKeyInfo.
+Key key_in(const Block &block, P8_PRIV_KEY_INFO &info) {
+    Key key(std::exchange(info.privateKey, nullptr));
+    if (key != nullptr && (key->kind == TLX_KEY_RSA || key->kind == TLX_KEY_KCDSA)) return key;
+    throw Failure(block.source + ": the key is neither one of RSA nor of KCDSA");
 }
 
 }  // namespace
@@ -85,18 +105,18 @@ RsaKey decode_private_key(const Block &block) {
 
 Key load_private_key(const std::string &path, Password &password) {
     const Input input(path);
-    std::string reason = "holds no private key in PKCS #1 form (\"RSA PRIVATE KEY\")";
     for (const Block &block : input.blocks()) {
         if (block.is_encrypted) return private_key(decrypt_key(block, password));
-        if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
+        expect_contents(block);
         const Kind kind = kind_of(block);
-        if (kind == Kind::kRsaPrivate) {
-            expect_one_element(block);
-            return private_key(decode_private_key(block));
-        }
-        if (kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8) reason += "; it holds " + kind_name(kind);
+        if (kind != Kind::kRsaPrivate && kind != Kind::kPkcs8 && kind != Kind::kEncryptedPkcs8) continue;
+        expect_one_element(block);
+        if (kind == Kind::kRsaPrivate) return private_key(decode_private_key(block));
+        const KeyInfo info = kind == Kind::kPkcs8 ? KeyInfo(decode_record(block, Seq_to_P8_PRIV_KEY_INFO))
+                                                  : open_key(block, password);
+        return key_in(block, *info);
     }
-    throw Failure(path + ": " + reason);
+    throw Failure(source_of(path) + ": holds no private key of PKCS #1 or PKCS #8");
 }
 
 }  // namespace tool
