@@ -23,6 +23,8 @@ struct CommandLine {
     DecryptOptions decrypt;
     ShowMessageOptions show_message;
     Pkcs12Options pkcs12;
+    KeyOptions key;
+    IdentityOptions identity;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -39,6 +41,10 @@ void add_repeated(CLI::App *command, const char *name, std::vector<std::string> 
 void add_json(CLI::App *command, bool &json);
 
 void add_password_file(CLI::App *command, std::string &path);
+
+/// tlxpki key and tlxpki identity, and what stands below them.
+void add_key(CLI::App &app, CommandLine &line);
+void add_identity(CLI::App &app, CommandLine &line);
 
 /// tlxpki message and what stands below it.
 void add_message(CLI::App &app, CommandLine &line);

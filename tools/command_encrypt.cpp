@@ -4,9 +4,9 @@
 #include "choice.hpp"
 #include "commands.hpp"
 #include "describe_message.hpp"
+#include "key_file.hpp"
 #include "message.hpp"
 #include "output.hpp"
-#include "private_key.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
 
@@ -93,7 +93,7 @@ int run_decrypt(const DecryptOptions &options) {
     expect_room_for_json(options.json, options.output);
     const std::vector<LoadedCertificate> certificates = load_certificates(options.cert);
     Password password(options.password_file);
-    const Key key = load_private_key(options.key, password);
+    const Key key = load_private_key(options.key, password, KeyUse::kDecrypt);
     std::size_t size = 0;
     const uint32_t status = open_content(options, certificates.front().cert.get(), key.get(), size);
     const bool decrypted = status == 0;

@@ -1,4 +1,4 @@
-// tlxpki show: describes certificates and RSA keys.
+// tlxpki show: describes certificates and keys.
 #include <iostream>
 #include <optional>
 
@@ -7,7 +7,7 @@
 #include "describe.hpp"
 #include "failure.hpp"
 #include "input.hpp"
-#include "private_key.hpp"
+#include "key_file.hpp"
 #include "record.hpp"
 
 namespace tool {
@@ -40,18 +40,22 @@ Json describe_encrypted_key(const Block &block, Password &password) {
 std::string not_shown(const Block &block, Kind kind) {
     const std::string subject = block.source + ": " + block_name(block);
     if (kind == Kind::kOther) {
-        return subject + " is neither a certificate nor an RSA key; try \"tlxpki asn1\"";
+        return subject + " is neither a certificate nor a key; try \"tlxpki asn1\"";
     }
     if (kind == Kind::kMessage) {
         return subject + " is " + kind_name(kind) + "; \"tlxpki message show\" shows it";
     }
-    const bool is_key = kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8;
     return subject + " is " + kind_name(kind) +
-           (is_key ? "; show reads private keys in PKCS #1 form only (\"RSA PRIVATE KEY\")"
-                   : "; show reads certificates and RSA keys only, \"tlxpki asn1\" any element");
+           "; show reads certificates and keys only, \"tlxpki asn1\" any element";
 }
 
-Json describe_contents(const Block &block, Kind kind) {
+Json describe_private_key(const Block &block, Password &password) {
+    Json json = {{"kind", "private key"}};
+    json.update(describe_key_file(read_key(block, password)));
+    return json;
+}
+
+Json describe_contents(const Block &block, Kind kind, Password &password) {
     switch (kind) {
         case Kind::kCertificate:
             return describe_certificate(decode_certificate(block).get(), block.octets);
@@ -60,6 +64,9 @@ Json describe_contents(const Block &block, Kind kind) {
         case Kind::kRsaPublic:
         case Kind::kRsaPrivate:
             return describe_bare_key(block, kind);
+        case Kind::kPkcs8:
+        case Kind::kEncryptedPkcs8:
+            return describe_private_key(block, password);
         default:
             throw Failure(not_shown(block, kind));
     }
@@ -69,7 +76,7 @@ Json describe_block(const Block &block, Password &password) {
     if (block.is_encrypted) return describe_encrypted_key(block, password);
     expect_one_element(block);
     const Kind kind = kind_of(block);
-    Json json = describe_contents(block, kind);
+    Json json = describe_contents(block, kind, password);
     if (is_wrong_label(block.label, kind)) {
         json["notes"].push_back("this is " + kind_name(kind) + ", although its label is " + block.label);
     }

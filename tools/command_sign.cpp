@@ -5,9 +5,9 @@
 #include "commands.hpp"
 #include "describe_message.hpp"
 #include "input.hpp"
+#include "key_file.hpp"
 #include "message.hpp"
 #include "output.hpp"
-#include "private_key.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
 

@@ -92,6 +92,32 @@ struct Pkcs12Options {
     bool json = false;
 };
 
+/// Of the commands below tlxpki key.
+struct KeyOptions {
+    std::string input;
+    std::string password_file;
+    std::string new_password_file;
+    std::string to = "pkcs8";
+    std::string scheme = "pbes2";
+    std::string type;
+    uint32_t bits = 0;  ///< 0 for the default
+    std::string output;
+    bool der = false;
+    bool force = false;
+    bool json = false;
+};
+
+struct IdentityOptions {
+    std::string cert;
+    std::string key;
+    std::string password_file;
+    std::string number_file;
+    bool json = false;
+};
+
+/// What --scheme of keys takes.
+[[nodiscard]] std::vector<std::string> key_schemes();
+
 /// What options of messages take.
 [[nodiscard]] std::vector<std::string> digest_names();
 [[nodiscard]] std::vector<std::string> signature_schemes();
@@ -109,5 +135,10 @@ int run_encrypt(const EncryptOptions &options);
 int run_decrypt(const DecryptOptions &options);
 int run_show_message(const ShowMessageOptions &options);
 int run_pkcs12_open(const Pkcs12Options &options);
+int run_key_show(const KeyOptions &options);
+int run_key_convert(const KeyOptions &options);
+int run_key_password(const KeyOptions &options);
+int run_key_make(const KeyOptions &options);
+int run_identity_check(const IdentityOptions &options);
 
 }  // namespace tool

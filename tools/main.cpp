@@ -128,6 +128,8 @@ int run(const std::vector<std::string> &arguments) {
     add_status(app, line);
     add_message(app, line);
     add_pkcs12(app, line);
+    add_key(app, line);
+    add_identity(app, line);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }

@@ -10,6 +10,8 @@ namespace tool {
 /// Writes a file, or standard output for "-". A file that cannot be written whole is removed again. Throws
 /// Failure.
 void write_octets(const std::string &path, Octets octets);
+/// The same of a secret: the file is its owner's alone.
+void write_private_octets(const std::string &path, Octets octets);
 
 /// Throws Failure when JSON and what a command writes would both go to standard output.
 void expect_room_for_json(bool json, const std::string &output);

@@ -1,21 +1,11 @@
 #include "private_key.hpp"
 
-#include "block_kind.hpp"
 #include "hidden_line.hpp"
 #include "record.hpp"
 
 namespace tool {
 
 namespace {
-
-using KeyInfo = Owned<P8_PRIV_KEY_INFO, free_P8_PRIV_KEY_INFO>;
-
-/// The first line of a file. The input owns and wipes it.
-std::string_view first_line(const Input &file) {
-    const Octets octets = file.blocks().front().octets;
-    const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
-    return text.substr(0, text.find_first_of("\r\n"));
-}
 
 /// The cipher of a line "DEK-Info: DES-EDE3-CBC,0123456789ABCDEF"; empty when there is none.
 std::string_view cipher_of(std::string_view block) {
@@ -36,31 +26,12 @@ std::string why_not_decrypted(const Block &block, uint32_t status) {
     return "the key cannot be decrypted (is the password right?): " + status_sentence(status);
 }
 
-Key private_key(const RsaKey &unit) {
-    Key key = made<Key>(new_ASYMMETRIC_KEY());
-    must(set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get()));
-    return key;
-}
-
-KeyInfo open_key(const Block &block, Password &password) {
-    const Owned<PKCS8, free_PKCS8> container(decode_record(block, Seq_to_P8_ENCRYPTED_KEY));
-    const std::string_view text = password.of_key(block.source);
-    P8_PRIV_KEY_INFO *info = nullptr;
-    const uint32_t status =
-        open_PKCS8(container.get(), text.data(), static_cast<uint32_t>(text.size()), &info);
-    if (status == 0) return KeyInfo(info);
-    throw Failure(block.source +
-                  ": the key cannot be decrypted (is the password right?): " + exact_status_sentence(status));
-}
-
-/// Takes the key out of a PrivateKeyInfo.
-Key key_in(const Block &block, P8_PRIV_KEY_INFO &info) {
-    Key key(std::exchange(info.privateKey, nullptr));
-    if (key != nullptr && (key->kind == TLX_KEY_RSA || key->kind == TLX_KEY_KCDSA)) return key;
-    throw Failure(block.source + ": the key is neither one of RSA nor of KCDSA");
-}
-
 }  // namespace
+
+std::string_view first_line(Octets octets) {
+    const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
+    return text.substr(0, text.find_first_of("\r\n"));
+}
 
 Password::Password(const std::string &path) {
     if (path.empty()) return;
@@ -68,19 +39,39 @@ Password::Password(const std::string &path) {
     expect_contents(file_->blocks().front());
 }
 
-std::string_view Password::of_key(const std::string &source) {
+std::optional<std::string_view> Password::type(const std::string &prompt, Buffer &room) {
     constexpr std::size_t kLongest = 4096;  // as a terminal's lines are
+    room = Buffer::of_size(kLongest);
+    const std::span<char> characters(reinterpret_cast<char *>(room.data()), kLongest);
+    const auto size = read_hidden_line(prompt, characters);
+    if (!size) return std::nullopt;
+    return std::string_view(characters.data(), *size);
+}
+
+std::string_view Password::of_key(const std::string &source) {
     if (file_) {
-        const std::string_view line = first_line(*file_);
+        const std::string_view line = first_line(file_->blocks().front().octets);
         if (!line.empty()) return line;
         throw Failure(source + ": the key is encrypted, and the first line of the password file is empty");
     }
-    typed_ = Buffer::of_size(kLongest);
-    const std::span<char> room(reinterpret_cast<char *>(typed_.data()), kLongest);
-    const auto size = read_hidden_line("Password of " + printable(source) + ": ", room);
-    if (!size) throw Failure(source + ": the key is encrypted; give its password with --password-file");
-    if (*size == 0) throw Failure(source + ": the key is encrypted, and no password was typed");
-    return {room.data(), *size};
+    const auto text = type("Password of " + printable(source) + ": ", typed_);
+    if (!text) throw Failure(source + ": the key is encrypted; give its password with --password-file");
+    if (text->empty()) throw Failure(source + ": the key is encrypted, and no password was typed");
+    return *text;
+}
+
+std::string_view Password::of_new_key() {
+    if (file_) {
+        const std::string_view line = first_line(file_->blocks().front().octets);
+        if (!line.empty()) return line;
+        throw Failure("the first line of the new password file is empty");
+    }
+    Buffer again;
+    const auto text = type("New password: ", typed_);
+    if (!text) throw Failure("give the password of the new key with --new-password-file, or --scheme none");
+    if (text->empty()) throw Failure("no new password was typed; --scheme none writes the key without one");
+    if (type("New password again: ", again) != text) throw Failure("the two passwords differ");
+    return *text;
 }
 
 RsaKey decrypt_key(const Block &block, Password &password) {
@@ -101,22 +92,6 @@ RsaKey decode_private_key(const Block &block) {
         decode_record(block, Seq_to_PKCS1_RSA_PRIVATE_KEY));
     must(get_RSA_UNIT_from_PKCS1_RSA_PRIVATE_KEY(unit.get(), key.get()));
     return unit;
-}
-
-Key load_private_key(const std::string &path, Password &password) {
-    const Input input(path);
-    for (const Block &block : input.blocks()) {
-        if (block.is_encrypted) return private_key(decrypt_key(block, password));
-        expect_contents(block);
-        const Kind kind = kind_of(block);
-        if (kind != Kind::kRsaPrivate && kind != Kind::kPkcs8 && kind != Kind::kEncryptedPkcs8) continue;
-        expect_one_element(block);
-        if (kind == Kind::kRsaPrivate) return private_key(decode_private_key(block));
-        const KeyInfo info = kind == Kind::kPkcs8 ? KeyInfo(decode_record(block, Seq_to_P8_PRIV_KEY_INFO))
-                                                  : open_key(block, password);
-        return key_in(block, *info);
-    }
-    throw Failure(source_of(path) + ": holds no private key of PKCS #1 or PKCS #8");
 }
 
 }  // namespace tool

@@ -9,6 +9,9 @@
 
 namespace tool {
 
+/// The text of octets before their first line end.
+[[nodiscard]] std::string_view first_line(Octets octets);
+
 /// The password of encrypted keys: the first line of a file, or without a file what is typed on the terminal.
 class Password {
   public:
@@ -17,8 +20,13 @@ class Password {
 
     /// That of the key of a source, until the next call. Throws Failure when there is none.
     [[nodiscard]] std::string_view of_key(const std::string &source);
+    /// That of a key to be written, which is typed twice, until the next call. Throws Failure when there is
+    /// none.
+    [[nodiscard]] std::string_view of_new_key();
 
   private:
+    [[nodiscard]] std::optional<std::string_view> type(const std::string &prompt, Buffer &room);
+
     std::optional<Input> file_;
     Buffer typed_;
 };
@@ -29,8 +37,5 @@ class Password {
 
 /// The RSA key of a block that is not encrypted. Throws Failure.
 [[nodiscard]] RsaKey decode_private_key(const Block &block);
-
-/// The private key of a file. Throws Failure when it holds none in a form that can be read.
-[[nodiscard]] Key load_private_key(const std::string &path, Password &password);
 
 }  // namespace tool

@@ -112,6 +112,8 @@ TEST_F(CommandSystem, CompletionCompletes) {
     EXPECT_EQ(completions("verify --at \"\"", 3), "\n");
     EXPECT_EQ(completions("oid uni", 2), "\n");
     EXPECT_EQ(completions("message d", 2), "decrypt\n");
+    EXPECT_EQ(completions("key convert --scheme s", 4), "seed seed-cbc\n");
+    EXPECT_EQ(completions("key convert --to \"\"", 4), "pkcs8 pkcs1\n");
     EXPECT_EQ(completions("message encrypt --cipher se", 4), "seed-cbc\n");
     EXPECT_EQ(completions("message sign --scheme p", 4), "pkcs1 pss\n");
     EXPECT_EQ(completions("message verify --c", 3), "--content\n");
@@ -148,7 +150,8 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
     for (const std::string command :
          {"verify", "show", "asn1", "oid", "status", "message sign", "message verify", "message encrypt",
-          "message decrypt", "message show", "pkcs12 open"}) {
+          "message decrypt", "message show", "pkcs12 open", "key show", "key convert", "key password",
+          "key make", "identity check"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));

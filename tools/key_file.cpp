@@ -1,0 +1,202 @@
+#include "key_file.hpp"
+
+#include <filesystem>
+
+#include "block_kind.hpp"
+#include "output.hpp"
+#include "record.hpp"
+
+namespace tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// By KeyUse.
+constexpr std::string_view kKeysOfFolder[] = {"signPri.key", "kmPri.key"};
+constexpr std::string_view kNone = "none";
+
+fs::path utf8(std::string_view path) {
+    return {std::u8string(path.begin(), path.end())};
+}
+
+std::string in_folder(const std::string &folder, std::string_view name) {
+    const std::u8string path = (utf8(folder) / utf8(name)).u8string();
+    return {path.begin(), path.end()};
+}
+
+bool is_folder(const std::string &path) {
+    std::error_code ignored;
+    return fs::is_directory(utf8(path), ignored);
+}
+
+bool exists(const std::string &path) {
+    std::error_code ignored;
+    return fs::exists(utf8(path), ignored);
+}
+
+KeyInfo info_of(const RsaKey &unit) {
+    const ASYMMETRIC_KEY key = {TLX_KEY_RSA, unit.get()};
+    P8_PRIV_KEY_INFO *info = nullptr;
+    must(gen_P8_PRIV_KEY_INFO(&key, &info));
+    return KeyInfo(info);
+}
+
+std::string why_not_opened(uint32_t status) {
+    constexpr uint32_t kWrongPassword = 0x4A410012;
+    return status == kWrongPassword
+               ? "the password is wrong, or the file was damaged: " + status_sentence(status)
+               : "the key cannot be decrypted: " + status_sentence(status);
+}
+
+void open_container(KeyFile &key, Password &password) {
+    const std::string_view text = password.of_key(key.source);
+    P8_PRIV_KEY_INFO *info = nullptr;
+    const uint32_t status =
+        open_PKCS8(key.container.get(), text.data(), static_cast<uint32_t>(text.size()), &info);
+    if (status != 0) throw Failure(key.source + ": " + why_not_opened(status));
+    key.info.reset(info);
+}
+
+/// The text of a key in PEM, or its DER. The buffer is wiped.
+Buffer encoded(const void *record, ASN1_ENCODER encoder, const char *label, bool is_der) {
+    uint8_t *der = nullptr;
+    const uint32_t size = writeDER_to_Binary(record, encoder, &der);
+    if (size == 0xFFFFFFFF) throw Failure("the key cannot be encoded");
+    Buffer octets(der, size);
+    if (is_der) return octets;
+    char *text = nullptr;
+    const uint32_t length =
+        encode_PEM(der, size, label, static_cast<uint32_t>(std::string_view(label).size()), &text, 1);
+    if (length == 0) throw std::bad_alloc();
+    return {reinterpret_cast<uint8_t *>(text), length};
+}
+
+const char *or_default(const std::string &name) {
+    return name.empty() ? nullptr : name.c_str();
+}
+
+Buffer sealed(const P8_PRIV_KEY_INFO *info, const KeyForm &form, Password &password) {
+    const std::string_view text = password.of_new_key();
+    PKCS8 *made = nullptr;
+    const uint32_t status =
+        seal_PKCS8(info, form.scheme.c_str(), or_default(form.cipher), or_default(form.prf), form.iterations,
+                   text.data(), static_cast<uint32_t>(text.size()), &made);
+    if (status != 0) throw Failure("the key cannot be encrypted: " + status_sentence(status));
+    const EncryptedKey container(made);
+    return encoded(made, TLX_ENCODER(P8_ENCRYPTED_KEY_to_Seq), "ENCRYPTED PRIVATE KEY", form.is_der);
+}
+
+Buffer in_pkcs1(const P8_PRIV_KEY_INFO *info, const KeyForm &form, Password &password) {
+    if (info->privateKey == nullptr || info->privateKey->kind != TLX_KEY_RSA) {
+        throw Failure("PKCS #1 holds RSA keys only");
+    }
+    const auto *unit = static_cast<const RSA_UNIT *>(info->privateKey->key);
+    const bool plain = form.scheme == kNone;
+    if (form.is_der) {
+        if (!plain) throw Failure("an encrypted key of PKCS #1 is PEM");
+        PKCS1_RSA_PRIVATE_KEY *numbers = nullptr;
+        must(set_RSA_UNIT_to_PKCS1_RSA_PRIVATE_KEY(unit, &numbers));
+        const Owned<PKCS1_RSA_PRIVATE_KEY, free_PKCS1_RSA_PRIVATE_KEY> key(numbers);
+        return encoded(numbers, TLX_ENCODER(PKCS1_RSA_PRIVATE_KEY_to_Seq), "", true);
+    }
+    const std::string_view secret = plain ? std::string_view() : password.of_new_key();
+    char *text = nullptr;
+    const uint32_t status = writePKCS1PrivateKey_to_Binary(unit, plain ? nullptr : secret.data(),
+                                                           static_cast<int32_t>(secret.size()), &text);
+    if (status != 0) throw Failure("the key cannot be encrypted: " + status_sentence(status));
+    return {reinterpret_cast<uint8_t *>(text), std::string_view(text).size()};
+}
+
+}  // namespace
+
+bool holds_private_key(const Block &block) {
+    if (block.is_encrypted) return true;
+    if (!block.unusable.empty()) return false;
+    const Kind kind = kind_of(block);
+    return kind == Kind::kRsaPrivate || kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8;
+}
+
+KeyFile read_key(const Block &block, Password &password) {
+    KeyFile key;
+    key.source = block.source;
+    key.is_der = block.label.empty();
+    key.is_encrypted_pem = block.is_encrypted;
+    if (block.is_encrypted) {
+        key.is_pkcs1 = true;
+        key.info = info_of(decrypt_key(block, password));
+        return key;
+    }
+    expect_one_element(block);
+    switch (kind_of(block)) {
+        case Kind::kRsaPrivate:
+            key.is_pkcs1 = true;
+            key.info = info_of(decode_private_key(block));
+            return key;
+        case Kind::kPkcs8:
+            key.info.reset(decode_record(block, Seq_to_P8_PRIV_KEY_INFO));
+            return key;
+        default:
+            key.container.reset(decode_record(block, Seq_to_P8_ENCRYPTED_KEY));
+            open_container(key, password);
+            return key;
+    }
+}
+
+KeyFile load_key(const std::string &path, Password &password, KeyUse use) {
+    const std::string_view name = kKeysOfFolder[static_cast<std::size_t>(use)];
+    const std::string file = is_folder(path) ? in_folder(path, name) : path;
+    const Input input(file);
+    for (const Block &block : input.blocks()) {
+        if (holds_private_key(block)) return read_key(block, password);
+        if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
+    }
+    throw Failure(file + ": holds no private key of PKCS #1 or PKCS #8");
+}
+
+Key load_private_key(const std::string &path, Password &password, KeyUse use) {
+    const KeyFile key = load_key(path, password, use);
+    if (key.info->privateKey == nullptr || key.info->privateKey->key == nullptr) {
+        throw Failure(key.source + ": the key is neither of RSA nor of KCDSA");
+    }
+    return made<Key>(dup_ASYMMETRIC_KEY(key.info->privateKey));
+}
+
+std::vector<KeyFile> load_keys(const std::string &path, Password &password) {
+    std::vector<KeyFile> keys;
+    if (!is_folder(path)) {
+        keys.push_back(load_key(path, password));
+        return keys;
+    }
+    for (const std::string_view name : kKeysOfFolder) {
+        if (exists(in_folder(path, name))) keys.push_back(load_key(in_folder(path, name), password));
+    }
+    if (keys.empty()) throw Failure(path + ": the folder has neither signPri.key nor kmPri.key");
+    return keys;
+}
+
+KeyForm form_of(const KeyFile &key) {
+    KeyForm form = {.is_pkcs1 = key.is_pkcs1, .is_der = key.is_der, .scheme = std::string(kNone)};
+    if (key.is_encrypted_pem) form.scheme = "des-ede3-cbc";
+    if (key.container == nullptr) return form;
+    PKCS8_SCHEME scheme = {};
+    const uint32_t status = get_PKCS8_scheme(key.container.get(), &scheme);
+    if (status != 0) throw Failure(key.source + ": " + status_sentence(status));
+    form.scheme = scheme.scheme;
+    form.cipher = scheme.cipher;
+    form.prf = scheme.prf;
+    form.iterations = scheme.iterations;
+    return form;
+}
+
+void write_key(const P8_PRIV_KEY_INFO *info, const KeyForm &form, Password &password, const std::string &path,
+               bool replaces) {
+    if (!replaces && exists(path)) throw Failure(path + ": exists; --force replaces it");
+    const Buffer octets = form.is_pkcs1          ? in_pkcs1(info, form, password)
+                          : form.scheme == kNone ? encoded(info, TLX_ENCODER(P8_PRIV_KEY_INFO_to_Seq),
+                                                           "PRIVATE KEY", form.is_der)
+                                                 : sealed(info, form, password);
+    write_private_octets(path, octets.octets());
+}
+
+}  // namespace tool
