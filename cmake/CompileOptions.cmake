@@ -40,7 +40,12 @@ if(NOT WIN32)
     target_link_options(tlx_library_options INTERFACE -Wl,-Bsymbolic-functions)
 endif()
 
-# For what spends its time in the libraries, which are optimised as users get them: half the time to compile it.
+# Places in the source are enough to know of programs: a third of their compilation time went into the rest.
+macro(tlx_use_few_symbols)
+    add_compile_options($<$<CONFIG:RelWithDebInfo>:-g1> $<$<BOOL:${TLX_SANITIZE}>:-g1>)
+endmacro()
+# Tests spend their time in the libraries, which are optimised as users get them.
 macro(tlx_compile_quickly)
-    add_compile_options($<$<CONFIG:RelWithDebInfo>:-O1> $<$<CONFIG:RelWithDebInfo>:-g1> $<$<BOOL:${TLX_SANITIZE}>:-g1>)
+    tlx_use_few_symbols()
+    add_compile_options($<$<CONFIG:RelWithDebInfo>:-O1>)
 endmacro()
