@@ -100,7 +100,7 @@ TLXPKI_API uint32_t open_PKCS12(const P12_PFX *pfx, const char *password, uint32
 /** How make_PKCS12() protects a file. All zeros is what a file should have today. */
 typedef struct P12_SETTINGS {
     const char *keyScheme;  /**< of private keys: a name of get_PKCS8_scheme_name(), "none" for no encryption;
-                               null  means "pbes2" */
+                               null means "pbes2" */
     const char *safeScheme; /**< the same of everything else */
     const char *cipher;     /**< of "pbes2", a name of get_PKCS7_cipher_name(); null means "aes-256-cbc" */
     const char *prf;        /**< of "pbes2", a name of get_PKCS8_prf_name(); null means "sha256" */
@@ -113,7 +113,8 @@ typedef struct P12_SETTINGS {
 
 /**
  * Makes a file. Private keys go into bags of their own; everything else is encrypted as one part. A key and
- * its certificates without a localKeyId receive the SHA-1 digest of the first of these certificates.
+ * its certificates without a localKeyId receive the SHA-1 digest of the first of these certificates. With the
+ * scheme "none" the file holds its keys in the open, and freeing it does not wipe them.
  * @param settings may be null
  * @param out      receives a new file
  * @return 0; 0x4D320049 null entries or out, or a null password with a length; 0x4D320048 an unknown name or
