@@ -42,7 +42,10 @@ endif()
 
 # Places in the source are enough to know of programs: a third of their compilation time went into the rest.
 macro(tlx_use_few_symbols)
-    add_compile_options($<$<CONFIG:RelWithDebInfo>:-g1> $<$<BOOL:${TLX_SANITIZE}>:-g1>)
+    add_compile_options($<$<CONFIG:RelWithDebInfo>:-g1>)
+    if(TLX_SANITIZE)
+        add_compile_options(-g1)
+    endif()
 endmacro()
 # Tests spend their time in the libraries, which are optimised as users get them.
 macro(tlx_compile_quickly)
