@@ -212,7 +212,8 @@ std::string seal(const Row &row) {
 std::string encrypt(const Row &row) {
     const Info info = key_named(row[1]);
     P8_ENCRYPTED_KEY *made = nullptr;
-    const auto *salt = octets_of("saltsaltsalt");
+    const std::string salt_text = "saltsaltsalt";
+    const auto *salt = octets_of(salt_text);
     const std::uint32_t status =
         row.count() == 2 ? encrypt_PKCS5(info.get(), &made, "password", 8, salt, 12, 1024, row.number(2))
                          : encrypt_PKCS5_ex(info.get(), &made, "password", 8, salt, 12, 1024, row.number(2),
