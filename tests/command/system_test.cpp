@@ -47,6 +47,17 @@ TEST_F(CommandSystem, FilesThatRefuseToBeRead) {
     EXPECT_EQ(run({"show", "root.pem"}).errors, "tlxpki: root.pem: cannot be read: Permission denied\n");
 }
 
+TEST_F(CommandSystem, KeysAreForTheirOwnerAlone) {
+    using std::filesystem::perms;
+    const Result converted = run({"key", "convert", "--scheme", "none", "-o", "key.pem", "rsa-0.pem"});
+    EXPECT_EQ(converted.status, 0) << converted;
+    folder_.run("openssl pkcs12 -export -inkey key.pem -nocerts -passout pass: -out key.p12; mkdir keys");
+    const Result opened = run({"pkcs12", "open", "-o", "keys", "key.p12"});
+    EXPECT_EQ(opened.status, 0) << opened;
+    for (const char *key : {"key.pem", "keys/key-1.key"})
+        EXPECT_EQ(std::filesystem::status(key).permissions(), perms::owner_read | perms::owner_write) << key;
+}
+
 TEST_F(CommandSystem, ReadsStandardInputAndStreams) {
     const std::string command = " " TLX_COMMAND " verify --anchor root.pem --pool ";
     EXPECT_NE(folder_.run("cat ca.pem |" + command + "- user.pem").find("user.pem: valid\n"),
