@@ -10,15 +10,26 @@ void add_repeated(CLI::App *command, const char *name, std::vector<std::string> 
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+CLI::Option *add_file(CLI::App *command, const char *name, std::string &path, const char *help) {
+    return command->add_option(name, path, help)->type_name("FILE");
+}
+
+CLI::Option *add_choice(CLI::App *command, const char *name, std::string &value,
+                        const std::vector<std::string> &names, const char *help) {
+    return command->add_option(name, value, help)->type_name("NAME")->check(CLI::IsMember(names));
+}
+
+void add_operand(CLI::App *command, const char *name, std::string &path, const char *help) {
+    command->add_option(name, path, help)->type_name("")->required();
+}
+
 void add_json(CLI::App *command, bool &json) {
     command->add_flag("--json", json, "Print JSON, for programs");
 }
 
 void add_password_file(CLI::App *command, std::string &path) {
-    command
-        ->add_option("--password-file", path,
-                     "File whose first line is the password of an encrypted key; by default it is typed")
-        ->type_name("FILE");
+    add_file(command, "--password-file", path,
+             "File whose first line is the password of an encrypted key; by default it is typed");
 }
 
 }  // namespace tool

@@ -38,6 +38,16 @@ void runs(CLI::App *command, CommandLine &line, int (*run)(const Options &), con
 void add_repeated(CLI::App *command, const char *name, std::vector<std::string> &values,
                   const char *value_name, const char *help);
 
+/// An option that takes one file.
+CLI::Option *add_file(CLI::App *command, const char *name, std::string &path, const char *help);
+
+/// An option that takes one name of a list.
+CLI::Option *add_choice(CLI::App *command, const char *name, std::string &value,
+                        const std::vector<std::string> &names, const char *help);
+
+/// The file that a command works on.
+void add_operand(CLI::App *command, const char *name, std::string &path, const char *help);
+
 void add_json(CLI::App *command, bool &json);
 
 void add_password_file(CLI::App *command, std::string &path);

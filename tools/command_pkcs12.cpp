@@ -1,7 +1,6 @@
 // tlxpki pkcs12 open: what a PKCS #12 file holds, as files.
 #include <tlxpki/pkcs12_file.h>
 
-#include <filesystem>
 #include <iostream>
 #include <optional>
 
@@ -10,6 +9,7 @@
 #include "failure.hpp"
 #include "hidden_line.hpp"
 #include "input.hpp"
+#include "private_key.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
 
@@ -29,11 +29,7 @@ class FilePassword {
     FilePassword() = default;
     /// The first line of a file.
     explicit FilePassword(const std::string &path)
-        : buffer_(read_octets(path)), size_(buffer_.octets().size()) {
-        const std::string_view text(reinterpret_cast<const char *>(buffer_.octets().data()), size_);
-        size_ = std::min(size_, text.find_first_of("\r\n"));
-        given_ = true;
-    }
+        : buffer_(read_octets(path)), size_(first_line(buffer_.octets()).size()), given_(true) {}
     /// What is typed on the terminal. False when there is none.
     [[nodiscard]] bool type(const std::string &source) {
         constexpr std::size_t kLongest = 4096;
@@ -136,10 +132,7 @@ Buffer contents_of(const P12_ENTRY &entry) {
 std::string write_entry(const P12_ENTRY &entry, uint32_t number, const std::string &folder) {
     const KindNames &names = names_of(entry);
     const std::string path = folder + "/" + names.file + "-" + std::to_string(number) + names.extension;
-    std::error_code ignored;
-    if (std::filesystem::exists(std::filesystem::path(std::u8string(path.begin(), path.end())), ignored)) {
-        throw Failure(path + ": exists");
-    }
+    if (exists(path)) throw Failure(path + ": exists");
     const Buffer contents = contents_of(entry);
     if (binary_to_private_File(path.c_str(), contents.octets().data(),
                                static_cast<uint32_t>(contents.octets().size())) != 0) {

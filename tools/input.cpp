@@ -32,10 +32,6 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-std::filesystem::path file_path(const std::string &path) {
-    return {std::u8string(path.begin(), path.end())};
-}
-
 /// The system's reason why a file could not be read.
 std::string reason_unreadable(const std::string &path, int error) {
     std::error_code ignored;
@@ -161,6 +157,15 @@ std::string why_not_decoded(const Block &block, uint32_t status) {
 }
 
 }  // namespace
+
+std::filesystem::path file_path(std::string_view path) {
+    return {std::u8string(path.begin(), path.end())};
+}
+
+bool exists(const std::string &path) {
+    std::error_code ignored;
+    return std::filesystem::exists(file_path(path), ignored);
+}
 
 std::string source_of(const std::string &path) {
     return path == "-" ? "standard input" : path;

@@ -1,6 +1,7 @@
 // Files with DER or PEM blocks (RFC 7468).
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -41,6 +42,10 @@ class Buffer {
     uint8_t *octets_ = nullptr;
     std::size_t size_ = 0;
 };
+
+/// A path of the command line, which is UTF-8 on every system.
+[[nodiscard]] std::filesystem::path file_path(std::string_view path);
+[[nodiscard]] bool exists(const std::string &path);
 
 /// A file in what people read.
 [[nodiscard]] std::string source_of(const std::string &path);

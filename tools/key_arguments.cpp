@@ -5,13 +5,9 @@ namespace tool {
 
 namespace {
 
-CLI::Option *add_file(CLI::App *command, const char *name, std::string &path, const char *help) {
-    return command->add_option(name, path, help)->type_name("FILE");
-}
-
 void add_input(CLI::App *command, KeyOptions &options, const char *name, const char *help) {
     add_password_file(command, options.password_file);
-    command->add_option(name, options.input, help)->type_name("")->required();
+    add_operand(command, name, options.input, help);
 }
 
 void add_output(CLI::App *command, KeyOptions &options) {
@@ -23,9 +19,8 @@ void add_output(CLI::App *command, KeyOptions &options) {
 }
 
 void add_form(CLI::App *command, KeyOptions &options) {
-    command->add_option("--scheme", options.scheme, "How the key is encrypted (default pbes2)")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(key_schemes()));
+    add_choice(command, "--scheme", options.scheme, key_schemes(),
+               "How the key is encrypted (default pbes2)");
     command->add_flag("--der", options.der, "Write DER instead of PEM");
 }
 
@@ -45,9 +40,7 @@ void add_key(CLI::App &app, CommandLine &line) {
     CLI::App *convert = key->add_subcommand("convert", "Write a private key in another form");
     convert->footer(
         "Example: tlxpki key convert --password-file old --scheme seed --new-password-file new -o OUT IN");
-    convert->add_option("--to", options.to, "pkcs8 (the default) or pkcs1")
-        ->type_name("NAME")
-        ->check(CLI::IsMember({"pkcs8", "pkcs1"}));
+    add_choice(convert, "--to", options.to, {"pkcs8", "pkcs1"}, "pkcs8 (the default) or pkcs1");
     add_form(convert, options);
     add_output(convert, options);
     add_input(convert, options, "FILE", "A key file, or a folder, whose signPri.key counts");
@@ -60,10 +53,7 @@ void add_key(CLI::App &app, CommandLine &line) {
     runs(password, line, run_key_password, options);
 
     CLI::App *make = key->add_subcommand("make", "Make a private key");
-    make->add_option("--type", options.type, "rsa or kcdsa")
-        ->type_name("NAME")
-        ->required()
-        ->check(CLI::IsMember({"rsa", "kcdsa"}));
+    add_choice(make, "--type", options.type, {"rsa", "kcdsa"}, "rsa or kcdsa")->required();
     make->add_option("--bits", options.bits, "Its size (default 3072, of KCDSA 2048)")
         ->type_name("N")
         ->check(CLI::Range(1024, 8192).description(""));

@@ -16,23 +16,14 @@ namespace fs = std::filesystem;
 constexpr std::string_view kKeysOfFolder[] = {"signPri.key", "kmPri.key"};
 constexpr std::string_view kNone = "none";
 
-fs::path utf8(std::string_view path) {
-    return {std::u8string(path.begin(), path.end())};
-}
-
 std::string in_folder(const std::string &folder, std::string_view name) {
-    const std::u8string path = (utf8(folder) / utf8(name)).u8string();
+    const std::u8string path = (file_path(folder) / file_path(name)).u8string();
     return {path.begin(), path.end()};
 }
 
 bool is_folder(const std::string &path) {
     std::error_code ignored;
-    return fs::is_directory(utf8(path), ignored);
-}
-
-bool exists(const std::string &path) {
-    std::error_code ignored;
-    return fs::exists(utf8(path), ignored);
+    return fs::is_directory(file_path(path), ignored);
 }
 
 KeyInfo info_of(const RsaKey &unit) {

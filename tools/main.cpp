@@ -67,7 +67,7 @@ void add_asn1(CLI::App &app, CommandLine &line) {
         "A broken element ends the tree; the exit status is 2 then.");
     command->add_flag("--full", line.asn1.full, "Show long values whole");
     add_json(command, line.asn1.json);
-    command->add_option("FILE", line.asn1.file, "The file")->type_name("")->required();
+    add_operand(command, "FILE", line.asn1.file, "The file");
     runs(command, line, run_asn1, line.asn1);
 }
 

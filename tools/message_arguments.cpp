@@ -7,22 +7,6 @@ namespace {
 
 constexpr char kFile[] = "FILE";
 
-/// An option that takes one file.
-CLI::Option *add_file(CLI::App *command, const char *name, std::string &path, const char *help) {
-    return command->add_option(name, path, help)->type_name(kFile);
-}
-
-/// An option that takes one name of a list.
-void add_choice(CLI::App *command, const char *name, std::string &value,
-                const std::vector<std::string> &names, const char *help) {
-    command->add_option(name, value, help)->type_name("NAME")->check(CLI::IsMember(names));
-}
-
-/// The file that a command works on.
-void add_operand(CLI::App *command, const char *name, std::string &path, const char *help) {
-    command->add_option(name, path, help)->type_name("")->required();
-}
-
 /// The options of commands that make a message of a file.
 template <typename Options>
 void add_made_message(CLI::App *command, Options &options, const char *content_help) {

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "failure.hpp"
+#include "input.hpp"
 
 namespace tool {
 
@@ -20,7 +21,7 @@ void write_by(decltype(binary_to_File) write, const std::string &path, Octets oc
     errno = 0;
     if (write(path.c_str(), octets.data(), static_cast<uint32_t>(octets.size())) == 0) return;
     const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
-    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    const std::filesystem::path file = file_path(path);
     std::error_code ignored;
     if (std::filesystem::is_regular_file(file, ignored)) std::filesystem::remove(file, ignored);
     throw Failure(path + ": cannot be written" + reason);

@@ -16,14 +16,12 @@ void add_pkcs12(CLI::App &app, CommandLine &line) {
         "replaced.\n\n"
         "Example: tlxpki pkcs12 open --password-file secret -o keys user.p12");
     add_password_file(command, options.password_file);
-    command
-        ->add_option("--mac-password-file", options.mac_password_file,
-                     "The same of a password that the code of the file has for itself")
-        ->type_name("FILE");
+    add_file(command, "--mac-password-file", options.mac_password_file,
+             "The same of a password that the code of the file has for itself");
     command->add_option("-o,--output", options.folder, "An existing folder to write everything into")
         ->type_name("FOLDER");
     add_json(command, options.json);
-    command->add_option("FILE", options.file, "The file")->type_name("")->required();
+    add_operand(command, "FILE", options.file, "The file");
     runs(command, line, run_pkcs12_open, options);
 }
 
