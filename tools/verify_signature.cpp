@@ -39,7 +39,8 @@ Explanation explain_signature(const X509_CERT *cert, const X509_PUBKEY *key) {
     if (check_X509_received(cert) != 0) {
         return {
             "the certificate is not encoded as the library writes it, so that its signature counts as wrong",
-            std::string(kChanged) + ", or it is not DER; \"tlxpki asn1\" shows its elements"};
+            std::string(kChanged) +
+                ", it is no DER, or an RDN has several attributes; \"tlxpki asn1\" shows its elements"};
     }
     if (algorithm != inner) {
         return {"the signed part names the algorithm " + inner + ", but the certificate " + algorithm,
