@@ -1,5 +1,5 @@
-// What the operating system knows about time zones, beyond the C and C++ standard libraries. The only file of
-// this library that may ask it.
+// What the operating system knows about time zones, beyond the C and C++ standard libraries. Beside
+// keys/platform_module.cpp the only file of this library that asks it.
 #pragma once
 
 #include <tlxpki/types.h>

@@ -6,7 +6,7 @@ trap 'rm -rf "$work"' EXIT
 status=0
 
 declarations() {  # C compiler, include dir; lists what the headers of each library declare in $work/<library>.declared
-    echo '#include <tlxpki.h>' >"$work/all.c"
+    printf '#include <%s>\n' tlxpki.h tlxpki/pkcs11.h >"$work/all.c"
     "$1" -std=c99 -I"$2" -fsyntax-only -aux-info "$work/prototypes" "$work/all.c"
     local library
     for library in tlxcrypto tlxpki; do

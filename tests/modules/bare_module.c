@@ -1,0 +1,15 @@
+/* A PKCS #11 module as some vendors make them: it exports the one function that gives the others. */
+#include <tlxpki/pkcs11.h>
+
+#ifdef _WIN32
+__declspec(dllexport)
+#else
+__attribute__((visibility("default")))
+#endif
+    CK_RV C_GetFunctionList(CK_FUNCTION_LIST_PTR_PTR list) {
+    static CK_FUNCTION_LIST functions;
+    functions.version.major = CRYPTOKI_VERSION_MAJOR;
+    functions.version.minor = CRYPTOKI_VERSION_MINOR;
+    *list = &functions;
+    return CKR_OK;
+}
