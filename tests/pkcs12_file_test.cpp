@@ -193,7 +193,9 @@ std::string ours(const Row &row) {
     Pfx pfx;
     if (const std::uint32_t status = make(Settings(row[1]), Password(row[2]), pfx); status != 0)
         return status_text(status);
-    folder.write("ours.p12", encoded(pfx.get()));
+    const std::string octets = encoded(pfx.get());
+    EXPECT_EQ(octets.substr(4, 3), "\x02\x01\x03") << "the version";
+    folder.write("ours.p12", octets);
     return folder.succeeds(row[3]) ? "good" : "bad";
 }
 
