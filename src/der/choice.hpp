@@ -141,13 +141,14 @@ struct ChoiceRecord {
     [[nodiscard]] static bool matches(const Element &element, u8 tag) noexcept {
         return tag >= kContextSpecific ? element.number() == (tag & kTagNumberMask) : element.matches(tag);
     }
-    /// Calls use(kind) with the kind of the value. Values behind one pointer are all freed and copied alike,
-    /// those of an unknown word included.
+    /// Calls use(kind) with the kind of the value. Values behind one pointer are all freed and copied as the
+    /// first alternative says, whatever the word.
     template <typename Use>
     void with_value(const R &record, Use use) const noexcept {
-        const bool known = with_word(record.*word, [&](auto kind, u8 /*tag*/) { use(kind); });
         if constexpr (kIsPointer) {
-            if (!known) use(typename std::tuple_element_t<0, std::tuple<Alternatives...>>::kind{});
+            use(typename std::tuple_element_t<0, std::tuple<Alternatives...>>::kind{});
+        } else {
+            with_word(record.*word, [&](auto kind, u8 /*tag*/) { use(kind); });
         }
     }
     /// Calls use(kind, tag) for the alternative of a word; false when there is none.

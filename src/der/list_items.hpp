@@ -39,6 +39,23 @@ inline Owned<OBJECT_IDENTIFIER> oid_of_row(i32 row) noexcept {
     return Owned<OBJECT_IDENTIFIER>(index_to_OBJECT_IDENTIFIER(row));
 }
 
+/// Appends a value to a list, which is made when there is none. False when memory runs out; the list and its
+/// absence stay then.
+[[nodiscard]] inline bool append_value(STACK *&list, void *value) noexcept {
+    if (list != nullptr) return push_STACK_value(list, value) == 0;
+    Owned<STACK> made(new_STACK());
+    if (!made || push_STACK_value(made.get(), value) != 0) return false;
+    list = made.release();
+    return true;
+}
+/// Does so with a value that somebody owns, who gives it to the list on success.
+template <typename T, typename Deleter>
+[[nodiscard]] bool append_owned(STACK *&list, std::unique_ptr<T, Deleter> &value) noexcept {
+    if (!value || !append_value(list, value.get())) return false;
+    static_cast<void>(value.release());
+    return true;
+}
+
 /// Replaces an owned member by a copy of `value`. 0; 1 for null and when memory runs out (the member stays
 /// then).
 template <auto Dup, auto Free, typename T>

@@ -33,6 +33,14 @@ void SignatureAlgorithm::encode(Encoder &out, const OBJECT_IDENTIFIER *algorithm
     if (scheme == kRsa || scheme == kRsaPkcs1Signature) out.null();
 }
 
+Owned<X509_ALGO_IDENTIFIER> tlx::algorithm_with_null(u32 row) noexcept {
+    Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
+    if (!algorithm) return nullptr;
+    algorithm->algorithm = oid_of_row(static_cast<i32>(row)).release();
+    const bool made = algorithm->algorithm != nullptr && set_X509_ALGO_IDENTIFIER_null(algorithm.get()) == 0;
+    return made ? std::move(algorithm) : nullptr;
+}
+
 TLX_DEFINE_RECORD(X509_ALGO_IDENTIFIER, kAlgorithm)
 
 OBJECT_IDENTIFIER *get_X509_ALGO_IDENTIFIER_OID(const X509_ALGO_IDENTIFIER *algorithm) {

@@ -19,6 +19,10 @@ using AlgorithmSet = SetOf<Nested<X509_ALGO_IDENTIFIER>>;
 /// SET OF AlgorithmIdentifier inside another record; the statuses of X509_ALGO_IDENTIFIERS.
 using AlgorithmSetMember = PassingList<AlgorithmSet, codes::X509_ALGO_IDENTIFIERS>;
 
+/// An algorithm of the registry with NULL parameters; null for a row without an identifier and when memory
+/// runs out.
+[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> algorithm_with_null(u32 row) noexcept;
+
 /// An AlgorithmIdentifier whose members lie in the record around it.
 template <typename R>
 constexpr auto algorithm_members(OBJECT_IDENTIFIER *R::*algorithm, ASN1_UNIT *R::*parameters) noexcept {

@@ -4,6 +4,7 @@
 #include <tlxpki/pkcs7_encrypt.h>
 
 #include "asn1/oid_lookup.hpp"
+#include "der/list_items.hpp"
 #include "message/envelope.hpp"
 #include "message/key_scheme.hpp"
 #include "message/signed_members.hpp"

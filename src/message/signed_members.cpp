@@ -23,14 +23,6 @@ bool find_signed_members(const P7_CONTENT_INFO *info, SignedMembers &members) no
     return true;
 }
 
-bool append_value(STACK *&list, void *value) noexcept {
-    if (list != nullptr) return push_STACK_value(list, value) == 0;
-    Owned<STACK> made(new_STACK());
-    if (!made || push_STACK_value(made.get(), value) != 0) return false;
-    list = made.release();
-    return true;
-}
-
 bool ContentOctets::read(const P7_CONTENT_INFO *content) noexcept {
     if (content == nullptr || content->content.any == nullptr) return true;
     present_ = true;

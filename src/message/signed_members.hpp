@@ -17,10 +17,6 @@ struct SignedMembers {
 /// False for null, content of another type and content that is missing.
 [[nodiscard]] bool find_signed_members(const P7_CONTENT_INFO *info, SignedMembers &members) noexcept;
 
-/// Appends a value to a list, which is made when there is none. False when memory runs out; the list and its
-/// absence stay then.
-[[nodiscard]] bool append_value(STACK *&list, void *value) noexcept;
-
 /// The octets of content that are signed and digested (RFC 2315, section 9.3): those of data, and of other
 /// content the contents octets of its element, as received or as it is written.
 class ContentOctets {

@@ -2,10 +2,8 @@
 
 #include <tlxcrypto/digest.h>
 #include <tlxcrypto/rsa.h>
-#include <tlxpki/objects.h>
 
 #include "asn1/oid_lookup.hpp"
-#include "der/list_items.hpp"
 
 namespace tlx {
 namespace {
@@ -26,14 +24,6 @@ bool read_number(const Element &integer, u32 &number) noexcept {
 }
 
 }  // namespace
-
-Owned<X509_ALGO_IDENTIFIER> algorithm_with_null(u32 row) noexcept {
-    Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
-    if (!algorithm) return nullptr;
-    algorithm->algorithm = oid_of_row(static_cast<i32>(row)).release();
-    const bool made = algorithm->algorithm != nullptr && set_X509_ALGO_IDENTIFIER_null(algorithm.get()) == 0;
-    return made ? std::move(algorithm) : nullptr;
-}
 
 bool replace_algorithm(X509_ALGO_IDENTIFIER *&algorithm, u32 row) noexcept {
     auto made = algorithm_with_null(row);

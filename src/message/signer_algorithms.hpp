@@ -6,10 +6,6 @@
 
 namespace tlx {
 
-/// An algorithm of the registry with NULL parameters; null for a row without an identifier and when memory
-/// runs out.
-[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> algorithm_with_null(u32 row) noexcept;
-
 /// Replaces an algorithm by one of the registry with NULL parameters. False when memory runs out.
 [[nodiscard]] bool replace_algorithm(X509_ALGO_IDENTIFIER *&algorithm, u32 row) noexcept;
 

@@ -126,6 +126,8 @@ inline Departure departure_of(const RecordType &type) {
         {.type = "P8_PRIV_KEY_INFO", .decoding = 1},
         {.type = "PKCS8", .encoding = 0x46250103},
         {.type = "X509_CRL", .on_failure = unchanged},
+        {.type = "OCSP_CERT_STATUS", .on_failure = unchanged},
+        {.type = "OCSP_RESPONDER_ID", .on_failure = unchanged},
         {.type = "P7_ISSUER_AND_SERIAL_NUMBER", .passes_up = true},
         {.type = "P7_SIGNER_INFO", .writes_less = true, .passes_up = true},
         {.type = "P7_SIGNER_INFOS", .on_failure = unchanged, .writes_less = true, .passes_up = true},

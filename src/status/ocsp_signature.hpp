@@ -1,0 +1,57 @@
+// Signatures over requests and over response data.
+#pragma once
+
+#include <tlxpki/pkcs8.h>
+
+#include "status/ocsp_records.hpp"
+
+namespace tlx {
+
+/// What a caller answers when a signature cannot be made.
+struct SigningStatuses {
+    u32 unsupported;  ///< a key of another kind, or a digest that RSA keys do not sign with
+    u32 failed;       ///< the key cannot sign
+    u32 no_memory;
+};
+
+struct MadeSignature {
+    Owned<X509_ALGO_IDENTIFIER> algorithm;
+    Owned<BIT_STRING> value;
+};
+
+/// Signs octets with an RSA key and PKCS #1 v1.5, or with a KCDSA key and HAS-160 whatever the digest. 0 or
+/// one of the statuses.
+[[nodiscard]] u32 sign_octets(const P8_PRIV_KEY_INFO &key, u32 digest_id, Bytes octets, MadeSignature &made,
+                              const SigningStatuses &statuses) noexcept;
+
+enum class SignatureResult : u8 { good, bad, unsupported, no_memory };
+
+/// Verifies a signature of RSA with PKCS #1 v1.5, or of KCDSA. Another algorithm, and one that is not for the
+/// key, is not supported.
+[[nodiscard]] SignatureResult verify_octets(const X509_ALGO_IDENTIFIER *algorithm, const BIT_STRING *value,
+                                            Bytes octets, const X509_PUBKEY *key) noexcept;
+
+/// What a signature covers: the octets of a part as they were received, or as the part is written.
+class SignedOctets {
+  public:
+    /// False when memory runs out and when the part cannot be written.
+    template <typename Part>
+    [[nodiscard]] bool read(const Part &part) noexcept {
+        if (part.received == nullptr) {
+            Codec<Part>::encode(written_, &part);
+            octets_ = written_.bytes();
+            return written_.ok();
+        }
+        joined_.reset(join_received(part.received));
+        octets_ = {joined_.get(), received_size(part.received)};
+        return joined_ != nullptr;
+    }
+    [[nodiscard]] Bytes bytes() const noexcept { return octets_; }
+
+  private:
+    Encoder written_;
+    OwnedOctets<u8> joined_;
+    Bytes octets_;
+};
+
+}  // namespace tlx
