@@ -35,7 +35,7 @@ std::string expanded(std::string text) {
         {"NUMBER", "30{30{31{30{06:550403 0C:41}}} 02:05}"},
         {"SHA1", "30{06:2B0E03021A 05:}"},
         {"DIGEST", "30{06:2A864886F70D010904 31{04:AB}}"},
-        {"CRL", "30{30{02:01} 30{06:2A03} 03:00AA}"},
+        {"CRL", "30{30{30{06:2A03} 30{} 17:3235303130323033303430355A} 30{06:2A03} 03:00AA}"},
         {"CERT", certificate}};
     for (const auto &[word, meaning] : words) {
         for (std::size_t at = 0; (at = text.find(word)) != text.npos;)

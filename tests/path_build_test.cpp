@@ -6,9 +6,9 @@
 #include <random>
 
 #include "../tools/issuer_index.hpp"
+#include "der/sip_hash.hpp"
 #include "support/chain_builder.hpp"
 #include "support/x509_records.hpp"
-#include "trust/sip_hash.hpp"
 
 namespace tlx_test {
 namespace {

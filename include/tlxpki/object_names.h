@@ -118,6 +118,12 @@ enum {
     TLX_OID_SUBJECT_INFO_ACCESS = 398,     /**< 1.3.6.1.5.5.7.1.11 */
     TLX_OID_OCSP_NO_CHECK = 369,           /**< 1.3.6.1.5.5.7.48.1.5 */
 
+    /* Extensions of revocation lists and of their entries; also TLX_OID_CRL_NUMBER and TLX_OID_CRL_REASON. */
+    TLX_OID_INVALIDITY_DATE = 142,            /**< 2.5.29.24 */
+    TLX_OID_DELTA_CRL_INDICATOR = 140,        /**< 2.5.29.27 */
+    TLX_OID_ISSUING_DISTRIBUTION_POINT = 770, /**< 2.5.29.28 */
+    TLX_OID_CERTIFICATE_ISSUER = 771,         /**< 2.5.29.29 */
+
     /* What stands in extensions: a policy, its qualifiers, access methods and key purposes. */
     TLX_OID_ANY_POLICY = 746,            /**< 2.5.29.32.0 */
     TLX_OID_QUALIFIER_CPS = 164,         /**< 1.3.6.1.5.5.7.2.1 */

@@ -7,7 +7,7 @@
 
 #include "der/encoder.hpp"
 #include "der/owned.hpp"
-#include "trust/sip_hash.hpp"
+#include "der/sip_hash.hpp"
 
 namespace tlx {
 

@@ -3,8 +3,9 @@
 
 #include <tlxpki/x509_crl.h>
 
-#include "der/record.hpp"
+#include "x509/certificate_records.hpp"
 
+TLX_DECLARE_CODEC(X509_REVOKED);
 TLX_DECLARE_CODEC(X509_CRL);
 
 namespace tlx {
@@ -12,5 +13,19 @@ namespace tlx {
 using Crls = List<Nested<X509_CRL>>;
 /// SET OF CertificateList; the statuses of X509_CRLS.
 using CrlSet = PassingList<SetOf<Nested<X509_CRL>>, codes::X509_CRLS>;
+
+/// A Time, which no other element stands for.
+struct TimeChoice : Choice<X509_TIME> {
+    static u32 decode(const Element &element, X509_TIME **out) noexcept {
+        const bool is_time = element.tag == TLX_TAG_UTC_TIME || element.tag == TLX_TAG_GENERALIZED_TIME;
+        return is_time ? Choice::decode(element, out) : kFieldFailed;
+    }
+};
+
+/// Writes the to-be-signed part from the members.
+void encode_crl_tbs(Encoder &out, const X509_CRL &crl) noexcept;
+
+/// What was received is not the list any more.
+void forget_received(X509_CRL &crl) noexcept;
 
 }  // namespace tlx
