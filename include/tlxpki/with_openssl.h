@@ -48,6 +48,7 @@
 #define X509_EXTENSIONS TLX_X509_EXTENSIONS
 #define X509_NAME TLX_X509_NAME
 #define X509_PUBKEY TLX_X509_PUBKEY
+#define X509_REVOKED TLX_X509_REVOKED
 
 #include <tlxpki.h>
 
@@ -76,5 +77,6 @@
 #undef X509_EXTENSIONS
 #undef X509_NAME
 #undef X509_PUBKEY
+#undef X509_REVOKED
 
 #endif
