@@ -1,11 +1,15 @@
-// Signatures beside bare libcrypto with a ready key, context and digest: RSA-2048 with SHA-256, and KCDSA
-// 1024/160 with HAS-160 beside DSA of the same size.
+// Signatures beside bare libcrypto with a ready key, context and digest: RSA-2048 with SHA-256, KCDSA
+// 1024/160 with HAS-160 beside DSA of the same size, ECDSA with SHA-256; and Ed25519, which takes the message
+// itself.
 #include <benchmark/benchmark.h>
 #include <openssl/core_names.h>
 #include <openssl/dsa.h>
+#include <openssl/ecdsa.h>
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
 #include <tlxcrypto/digest.h>
+#include <tlxcrypto/ecdsa.h>
+#include <tlxcrypto/eddsa.h>
 #include <tlxcrypto/kcdsa.h>
 #include <tlxcrypto/rsa.h>
 
@@ -26,6 +30,10 @@ struct Free {
     void operator()(BIGNUM *p) const { BN_free(p); }
     void operator()(RSA_UNIT *p) const { free_RSA_UNIT(p); }
     void operator()(KCDSA *p) const { free_KCDSA(p); }
+    void operator()(ECDSA_KEY *p) const { free_ECDSA_KEY(p); }
+    void operator()(EDDSA_KEY *p) const { free_EDDSA_KEY(p); }
+    void operator()(ECDSA_SIG *p) const { ECDSA_SIG_free(p); }
+    void operator()(EVP_MD_CTX *p) const { EVP_MD_CTX_free(p); }
     void operator()(BIGINT *p) const { free_BIGINT(p); }
 };
 template <typename T>
@@ -238,5 +246,103 @@ void dsa_sign_libcrypto(benchmark::State &state) {
         check(state, dsa_peer().sign());
 }
 BENCHMARK(dsa_sign_libcrypto);
+
+// A key on a curve, and its signature of kData by libcrypto.
+struct CurveCase {
+    std::uint32_t curve;
+    Peer peer;
+    Octets point;
+    Octets r;
+    Octets s;
+
+    CurveCase(std::uint32_t id, const char *name) : curve(id) {
+        peer.key.reset(EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", name));
+        peer.prepare(EVP_sha256());
+        EVP_Digest(kData.data(), kData.size(), peer.digest.data(), nullptr, EVP_sha256(), nullptr);
+        peer.sign();
+        std::size_t size = 0;
+        point.resize(133);
+        EVP_PKEY_get_octet_string_param(peer.key.get(), OSSL_PKEY_PARAM_PUB_KEY, point.data(), point.size(),
+                                        &size);
+        point.resize(size);
+        const std::uint8_t *der = peer.signature.data();
+        const Owned<ECDSA_SIG> numbers(d2i_ECDSA_SIG(nullptr, &der, static_cast<long>(peer.length)));
+        r.resize((id + 7) / 8);
+        s.resize(r.size());
+        BN_bn2binpad(ECDSA_SIG_get0_r(numbers.get()), r.data(), static_cast<int>(r.size()));
+        BN_bn2binpad(ECDSA_SIG_get0_s(numbers.get()), s.data(), static_cast<int>(s.size()));
+    }
+    [[nodiscard]] Owned<ECDSA_KEY> make_key() const {
+        return Owned<ECDSA_KEY>(
+            binary_to_ECDSA_KEY(curve, point.data(), static_cast<std::uint32_t>(point.size())));
+    }
+    bool verify(const ECDSA_KEY *key) const {
+        const auto size = static_cast<std::uint32_t>(r.size());
+        return verify_ECDSA(key, TLX_DIGEST_SHA256, kData.data(), data_length(), r.data(), size, s.data(),
+                            size) == 0;
+    }
+};
+
+CurveCase &curve_case(const benchmark::State &state) {
+    static CurveCase cases[] = {
+        {TLX_CURVE_P256, "P-256"}, {TLX_CURVE_P384, "P-384"}, {TLX_CURVE_P521, "P-521"}};
+    return cases[state.range(0)];
+}
+
+void ecdsa_verify(benchmark::State &state) {
+    const CurveCase &known = curve_case(state);
+    const Owned<ECDSA_KEY> key = known.make_key();
+    for (auto _ : state)
+        check(state, known.verify(key.get()));
+}
+BENCHMARK(ecdsa_verify)->DenseRange(0, 2);
+
+void ecdsa_verify_under_new_key(benchmark::State &state) {
+    const CurveCase &known = curve_case(state);
+    for (auto _ : state)
+        check(state, known.verify(known.make_key().get()));
+}
+BENCHMARK(ecdsa_verify_under_new_key)->DenseRange(0, 2);
+
+void ecdsa_verify_libcrypto(benchmark::State &state) {
+    CurveCase &known = curve_case(state);
+    for (auto _ : state)
+        check(state, known.peer.verify());
+}
+BENCHMARK(ecdsa_verify_libcrypto)->DenseRange(0, 2);
+
+struct EdwardsCase {
+    Owned<EVP_PKEY> peer{EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519")};
+    Owned<EDDSA_KEY> key;
+    std::uint8_t signature[64] = {};
+
+    EdwardsCase() {
+        std::uint8_t point[32];
+        std::size_t size = sizeof point;
+        EVP_PKEY_get_raw_public_key(peer.get(), point, &size);
+        key.reset(binary_to_EDDSA_KEY(TLX_CURVE_ED25519, point, sizeof point));
+        const Owned<EVP_MD_CTX> context(EVP_MD_CTX_new());
+        EVP_DigestSignInit(context.get(), nullptr, nullptr, nullptr, peer.get());
+        size = sizeof signature;
+        EVP_DigestSign(context.get(), signature, &size, kData.data(), kData.size());
+    }
+};
+
+void ed25519_verify(benchmark::State &state) {
+    const EdwardsCase known;
+    for (auto _ : state)
+        check(state, verify_EDDSA(known.key.get(), kData.data(), data_length(), known.signature, 64) == 0);
+}
+BENCHMARK(ed25519_verify);
+
+void ed25519_verify_libcrypto(benchmark::State &state) {
+    const EdwardsCase known;
+    for (auto _ : state) {
+        const Owned<EVP_MD_CTX> context(EVP_MD_CTX_new());
+        EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, known.peer.get());
+        check(state, EVP_DigestVerify(context.get(), known.signature, 64, kData.data(), kData.size()) == 1);
+    }
+}
+BENCHMARK(ed25519_verify_libcrypto);
 
 }  // namespace

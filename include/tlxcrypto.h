@@ -8,7 +8,10 @@
 #include <tlxcrypto/cipher.h>
 #include <tlxcrypto/curve.h>
 #include <tlxcrypto/digest.h>
+#include <tlxcrypto/dsa.h>
 #include <tlxcrypto/ec.h>
+#include <tlxcrypto/ecdsa.h>
+#include <tlxcrypto/eddsa.h>
 #include <tlxcrypto/file.h>
 #include <tlxcrypto/hmac.h>
 #include <tlxcrypto/kcdsa.h>

@@ -102,7 +102,13 @@ const std::map<std::uint32_t, std::string> kPeerNames = {{0, ""},
                                                          {TLX_DIGEST_SHA224, "SHA224"},
                                                          {TLX_DIGEST_SHA256, "SHA256"},
                                                          {TLX_DIGEST_SHA384, "SHA384"},
-                                                         {TLX_DIGEST_SHA512, "SHA512"}};
+                                                         {TLX_DIGEST_SHA512, "SHA512"},
+                                                         {TLX_DIGEST_SHA512_224, "SHA512-224"},
+                                                         {TLX_DIGEST_SHA512_256, "SHA512-256"},
+                                                         {TLX_DIGEST_SHA3_224, "SHA3-224"},
+                                                         {TLX_DIGEST_SHA3_256, "SHA3-256"},
+                                                         {TLX_DIGEST_SHA3_384, "SHA3-384"},
+                                                         {TLX_DIGEST_SHA3_512, "SHA3-512"}};
 
 peer::RsaScheme scheme_of(const Numbers &n) {
     return {kPeerNames.at(n[0]), kPeerNames.at(n[1]), static_cast<int>(n[2])};

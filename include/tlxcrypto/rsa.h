@@ -108,7 +108,7 @@ TLXCRYPTO_API uint32_t get_RSA_length(const RSA_UNIT *unit);
 TLXCRYPTO_API uint32_t get_RSA_UNIT_builds(const RSA_UNIT *unit);
 
 /** Begins a signature (direction 1) or a verification (0) and drops one that is under way.
- * @param digest_id digest of the message: MD5, SHA-1, SHA-2 or, but for PSS, HAS-160
+ * @param digest_id digest of the message: MD5, SHA-1, SHA-2, SHA-3 or, but for PSS, HAS-160
  * @param mode TLX_RSA_MODE_ */
 TLXCRYPTO_API uint32_t init_RSASSA(RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, uint32_t direction);
 /** Adds octets to the message. */

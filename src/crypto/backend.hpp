@@ -28,6 +28,7 @@ const EVP_MD *backend_digest(u32 digest_id) noexcept;
 void release_backend() noexcept;
 void release_ciphers() noexcept;
 void release_rc4() noexcept;
+void release_curves() noexcept;
 #endif
 
 /// Removes what libcrypto adds to the thread's error queue in this scope: the queue belongs to the host
@@ -79,6 +80,13 @@ auto find_fetched(Entry (&entries)[N], u32 id) noexcept -> decltype(entries[0].g
     }
     return nullptr;
 }
+
+struct FreeKey {
+    void operator()(EVP_PKEY *key) const noexcept { EVP_PKEY_free(key); }
+    void operator()(EVP_PKEY_CTX *context) const noexcept { EVP_PKEY_CTX_free(context); }
+};
+using Key = std::unique_ptr<EVP_PKEY, FreeKey>;
+using KeyContext = std::unique_ptr<EVP_PKEY_CTX, FreeKey>;
 
 struct FreeCipherContext {
     void operator()(EVP_CIPHER_CTX *context) const noexcept { EVP_CIPHER_CTX_free(context); }

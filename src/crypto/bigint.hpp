@@ -31,6 +31,22 @@ using OwnedBigint = std::unique_ptr<BIGINT, FreeBignum>;
 
 /// Scratch numbers for libcrypto's functions, in the library context; null on failure.
 BignumContext new_bignum_context() noexcept;
+/// The same for numbers that are no secrets, which need not be wiped.
+BignumContext new_public_bignum_context() noexcept;
+/// The temporary numbers of a scope, taken from (and given back to) a context of libcrypto.
+class Temporaries {
+  public:
+    explicit Temporaries(BN_CTX *context) noexcept : context_(context) { BN_CTX_start(context_); }
+    ~Temporaries() { BN_CTX_end(context_); }
+    Temporaries(const Temporaries &) = delete;
+    Temporaries &operator=(const Temporaries &) = delete;
+    /// A zero; null when memory runs out, and on all calls after that.
+    BIGNUM *next() noexcept { return BN_CTX_get(context_); }
+
+  private:
+    BN_CTX *context_;
+};
+
 /// A new BIGNUM of the same value (BN_free or BN_clear_free it); null on failure.
 BIGNUM *to_bignum(const BIGINT *number) noexcept;
 /// Stores the value. False on a negative number or allocation failure (number is unchanged then).

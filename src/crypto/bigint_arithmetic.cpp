@@ -55,6 +55,10 @@ BignumContext new_bignum_context() noexcept {
     return BignumContext(backend() == nullptr ? nullptr : BN_CTX_secure_new_ex(backend()));
 }
 
+BignumContext new_public_bignum_context() noexcept {
+    return BignumContext(backend() == nullptr ? nullptr : BN_CTX_new_ex(backend()));
+}
+
 BIGNUM *to_bignum(const BIGINT *number) noexcept {
     if (number == nullptr || number->used > INT_MAX / kLimbOctets) return nullptr;
     const auto *octets = reinterpret_cast<const u8 *>(number->limbs);

@@ -19,6 +19,7 @@ bool attach() noexcept {
 void detach() noexcept {
     release_ciphers();
     release_rc4();
+    release_curves();
     release_backend();
     OPENSSL_cleanup();
     close_thread_pointer();

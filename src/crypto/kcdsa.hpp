@@ -91,18 +91,4 @@ int is_root_of_one(const BIGNUM *number, const KcdsaKey &key, BN_CTX *context) n
 /// result = g^exponent mod p for a secret exponent below q, in constant time. g^q is 1.
 bool raise_g(BIGNUM *result, const BIGNUM *exponent, const KcdsaKey &key, BN_CTX *context) noexcept;
 
-/// The temporary numbers of a scope, taken from (and given back to) a context of libcrypto.
-class Temporaries {
-  public:
-    explicit Temporaries(BN_CTX *context) noexcept : context_(context) { BN_CTX_start(context_); }
-    ~Temporaries() { BN_CTX_end(context_); }
-    Temporaries(const Temporaries &) = delete;
-    Temporaries &operator=(const Temporaries &) = delete;
-    /// A zero; null when memory runs out, and on all calls after that.
-    BIGNUM *next() noexcept { return BN_CTX_get(context_); }
-
-  private:
-    BN_CTX *context_;
-};
-
 }  // namespace tlx

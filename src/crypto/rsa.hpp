@@ -13,13 +13,6 @@
 
 namespace tlx {
 
-struct FreeKey {
-    void operator()(EVP_PKEY *key) const noexcept { EVP_PKEY_free(key); }
-    void operator()(EVP_PKEY_CTX *context) const noexcept { EVP_PKEY_CTX_free(context); }
-};
-using Key = std::unique_ptr<EVP_PKEY, FreeKey>;
-using KeyContext = std::unique_ptr<EVP_PKEY_CTX, FreeKey>;
-
 using RsaNumbers = KeyNumbers<TLX_RSA_NUMBER_COUNT>;
 
 inline constexpr u32 kMostRsaBits = 16384;

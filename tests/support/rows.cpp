@@ -28,10 +28,20 @@ std::string without_escapes(const std::string &text) {
 }
 
 std::uint32_t number_of(const std::string &text) {
-    static const std::map<std::string, std::uint32_t> digests = {
-        {"MD5", TLX_DIGEST_MD5},       {"SHA1", TLX_DIGEST_SHA1},     {"SHA224", TLX_DIGEST_SHA224},
-        {"SHA256", TLX_DIGEST_SHA256}, {"SHA384", TLX_DIGEST_SHA384}, {"SHA512", TLX_DIGEST_SHA512},
-        {"HAS160", TLX_DIGEST_HAS160}, {"MDC2", TLX_DIGEST_MDC2}};
+    static const std::map<std::string, std::uint32_t> digests = {{"MD5", TLX_DIGEST_MD5},
+                                                                 {"SHA1", TLX_DIGEST_SHA1},
+                                                                 {"SHA224", TLX_DIGEST_SHA224},
+                                                                 {"SHA256", TLX_DIGEST_SHA256},
+                                                                 {"SHA384", TLX_DIGEST_SHA384},
+                                                                 {"SHA512", TLX_DIGEST_SHA512},
+                                                                 {"HAS160", TLX_DIGEST_HAS160},
+                                                                 {"MDC2", TLX_DIGEST_MDC2},
+                                                                 {"SHA3_224", TLX_DIGEST_SHA3_224},
+                                                                 {"SHA3_256", TLX_DIGEST_SHA3_256},
+                                                                 {"SHA3_384", TLX_DIGEST_SHA3_384},
+                                                                 {"SHA3_512", TLX_DIGEST_SHA3_512},
+                                                                 {"SHA512_224", TLX_DIGEST_SHA512_224},
+                                                                 {"SHA512_256", TLX_DIGEST_SHA512_256}};
     const auto digest = digests.find(text);
     if (digest != digests.end()) return digest->second;
     const auto size = static_cast<std::uint32_t>(text.size());
