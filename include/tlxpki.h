@@ -20,6 +20,7 @@
 #include <tlxpki/kisa_identity.h>
 #include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>
+#include <tlxpki/ocsp.h>
 #include <tlxpki/ocsp_respond.h>
 #include <tlxpki/ocsp_types.h>
 #include <tlxpki/pem.h>

@@ -21,16 +21,6 @@ Cert certificate(std::uint32_t key, std::uint32_t kind) {
     return spec.make();
 }
 
-/// The private key of a number; 8 is one of a curve.
-Held<free_P8_PRIV_KEY_INFO> private_key(std::uint32_t number) {
-    if (number == kNone) return nullptr;
-    Held<free_P8_PRIV_KEY_INFO> info(new_P8_PRIV_KEY_INFO());
-    if (number < 8) {
-        EXPECT_EQ(set_PRIV_KEY_KeyParams(info.get(), signing_key(number)), 0U);
-    }
-    return info;
-}
-
 class Script {
   public:
     Script() {
@@ -70,7 +60,7 @@ class Script {
     }
     std::uint32_t sign(const Numbers &n) {
         const Cert cert = certificate(n[0] < 8 ? n[0] : 0, n[2]);
-        const auto key = private_key(n[0]);
+        const auto key = n[0] == kNone ? nullptr : private_key(n[0]);
         auto *data = data_.get();
         const std::uint32_t status = with_address(basic_, [&](BASIC_OCSP_RESPONSE **basic) {
             return n[1] == 0 ? generate_BASIC_OCSP_RESPONSE(basic, data, cert.get(), key.get())

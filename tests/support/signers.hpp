@@ -1,6 +1,8 @@
 // Keys and certificates of signers.
 #pragma once
 
+#include <tlxpki/pkcs8.h>
+
 #include "support/chain_builder.hpp"
 
 namespace tlx_test {
@@ -11,6 +13,13 @@ inline CertSpec signer_spec(unsigned key) {
     spec.key = key;
     spec.serial = "1" + std::to_string(key);
     return spec;
+}
+
+/// The private key of signing_key() by number as a record; one without a key for any other number.
+inline Held<free_P8_PRIV_KEY_INFO> private_key(unsigned number) {
+    Held<free_P8_PRIV_KEY_INFO> info(new_P8_PRIV_KEY_INFO());
+    if (number <= kKcdsaKey) set_PRIV_KEY_KeyParams(info.get(), signing_key(number));
+    return info;
 }
 
 /// Makes the keys of signing_key(), which are never freed, before a test counts live blocks.
