@@ -20,6 +20,7 @@
 #include <tlxcrypto/random.h>
 #include <tlxcrypto/rc4.h>
 #include <tlxcrypto/rsa.h>
+#include <tlxcrypto/rsa_external.h>
 #include <tlxcrypto/stack.h>
 
 #endif

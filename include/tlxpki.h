@@ -16,6 +16,7 @@
 #include <tlxpki/cpv.h>
 #include <tlxpki/curve.h>
 #include <tlxpki/encoded_block.h>
+#include <tlxpki/external_signature.h>
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
 #include <tlxpki/object_names.h>

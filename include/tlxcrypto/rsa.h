@@ -96,7 +96,7 @@ TLXCRYPTO_API uint32_t set_RSA_UNIT_PSS(RSA_UNIT *unit, uint32_t mgf_digest_id, 
  * @param e public exponent, odd and at least 3, usually 65537 */
 TLXCRYPTO_API uint32_t gen_RSA_UNIT(RSA_UNIT *unit, uint32_t bits, uint32_t e);
 
-/** Returns TLX_RSA_PRIVATE or TLX_RSA_PUBLIC. */
+/** Returns TLX_RSA_PRIVATE, TLX_RSA_PUBLIC or, of <tlxcrypto/rsa_external.h>, TLX_RSA_EXTERNAL. */
 TLXCRYPTO_API uint32_t get_RSA_UNIT_kind(const RSA_UNIT *unit);
 /** Returns one of the numbers, which stays the unit's; null when the unit does not have it. */
 TLXCRYPTO_API const BIGINT *get_RSA_UNIT_number(const RSA_UNIT *unit, TLX_RSA_NUMBER which);

@@ -234,7 +234,8 @@ TLXPKI_API uint32_t seal_PKCS7(P7_CONTENT_INFO *info, const char *cipher_name, c
  * @return 0; 0x4B410049 a null argument other than cert, or missing content; 0x4B410048 other content, a key
  * that is not RSA, or an algorithm or parameters that are unknown or broken; 0x4B410047 the certificate of no
  * recipient, or none to be found; 0x4B410012 key and message do not belong together, or the message was
- * damaged, or memory ran out while they were computed with; 0x4B41003A memory ran out otherwise
+ * damaged, or memory ran out while they were computed with; 0x4B41003A memory ran out otherwise; the status
+ * of a key that cannot be read (<tlxcrypto/rsa_external.h>)
  */
 TLXPKI_API uint32_t open_PKCS7(const P7_CONTENT_INFO *info, const X509_CERT *cert,
                                const ASYMMETRIC_KEY *private_key, uint8_t **content, uint32_t *len);

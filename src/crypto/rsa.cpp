@@ -18,9 +18,10 @@ OwnedCache make_cache() noexcept {
     return OwnedCache(memory == nullptr ? nullptr : new (memory) RsaCache);
 }
 
-OwnedCache share(const OwnedCache &cache) noexcept {
-    if (cache != nullptr) cache->references.fetch_add(1, std::memory_order_relaxed);
-    return OwnedCache(cache.get());
+template <typename Owner>
+Owner share(const Owner &owner) noexcept {
+    if (owner != nullptr) owner->references.fetch_add(1, std::memory_order_relaxed);
+    return Owner(owner.get());
 }
 
 // Replaces the numbers, and what was computed from the old ones by what was computed from these. False when
@@ -30,6 +31,7 @@ bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers, 
     if (!unit.numbers.set_all(numbers)) return false;
     unit.kind = kind;
     unit.cache = std::move(cache);
+    unit.external = nullptr;
     unit.signature = RsaTask::none;
     unit.encryption = RsaTask::none;
     unit.oaep = {};
@@ -38,6 +40,12 @@ bool set_numbers(RSA_UNIT &unit, u32 kind, const RsaNumbers::Pointers &numbers, 
 }
 
 }  // namespace
+
+void tlx::ReleaseExternal::operator()(RsaExternal *external) const noexcept {
+    if (external->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (external->functions.free_context != nullptr) external->functions.free_context(external->context);
+    tlx_free(external);
+}
 
 void tlx::ReleaseCache::operator()(RsaCache *cache) const noexcept {
     if (cache->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
@@ -76,6 +84,7 @@ RSA_UNIT *dup_RSA_UNIT(const RSA_UNIT *unit) {
         free_RSA_UNIT(copy);
         return nullptr;
     }
+    copy->external = share(unit->external);
     copy->pss_mgf_digest_id = unit->pss_mgf_digest_id;
     copy->pss_salt_length = unit->pss_salt_length;
     return copy;
@@ -108,6 +117,19 @@ uint32_t set_RSA_UNIT_private(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e, 
     const bool any = p != nullptr || q != nullptr || dp != nullptr || dq != nullptr || qinv != nullptr;
     if (any && !all) return 1;
     return set_numbers(*unit, TLX_RSA_PRIVATE, {n, e, d, p, q, dp, dq, qinv}, make_cache()) ? 0 : 1;
+}
+
+uint32_t set_RSA_UNIT_external(RSA_UNIT *unit, const BIGINT *n, const BIGINT *e,
+                               const RSA_EXTERNAL_FUNCTIONS *functions, void *context) {
+    if (unit == nullptr || n == nullptr || e == nullptr || functions == nullptr) return 1;
+    void *memory = TLX_ALLOCATE(sizeof(RsaExternal));
+    if (memory == nullptr) return 1;
+    if (!set_numbers(*unit, TLX_RSA_EXTERNAL, {n, e}, make_cache())) {
+        tlx_free(memory);
+        return 1;
+    }
+    unit->external.reset(new (memory) RsaExternal{*functions, context});
+    return 0;
 }
 
 uint32_t set_RSA_UNIT_PSS(RSA_UNIT *unit, uint32_t mgf_digest_id, uint32_t salt_len) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <openssl/evp.h>
-#include <tlxcrypto/rsa.h>
+#include <tlxcrypto/rsa_external.h>
 
 #include <atomic>
 #include <memory>
@@ -32,6 +32,17 @@ struct ReleaseCache {
 };
 using OwnedCache = std::unique_ptr<RsaCache, ReleaseCache>;
 
+/// The functions of a key that cannot be read. Copies of a unit share them, and the last frees the context.
+struct RsaExternal {
+    RSA_EXTERNAL_FUNCTIONS functions;
+    void *context;
+    std::atomic<u32> references = 1;
+};
+struct ReleaseExternal {
+    void operator()(RsaExternal *external) const noexcept;
+};
+using OwnedExternal = std::unique_ptr<RsaExternal, ReleaseExternal>;
+
 struct FreeLabel {
     void operator()(u8 *label) const noexcept { tlx_free(label); }
 };
@@ -54,7 +65,8 @@ struct RSA_UNIT {
     tlx::RsaNumbers numbers;
     tlx::u32 pss_mgf_digest_id = TLX_DIGEST_SHA1;
     tlx::u32 pss_salt_length = TLX_RSA_PSS_DEFAULT_SALT_LENGTH;
-    tlx::OwnedCache cache;  ///< there when the unit has numbers
+    tlx::OwnedCache cache;        ///< there when the unit has numbers
+    tlx::OwnedExternal external;  ///< there when the kind is TLX_RSA_EXTERNAL
 
     tlx::RsaTask signature = tlx::RsaTask::none;
     tlx::u32 signature_mode = 0;
@@ -79,6 +91,16 @@ u32 verify_pkcs1(const RSA_UNIT &unit, Bytes digest_info, Bytes signature) noexc
 
 /// Verifies a PSS signature under the unit's PSS settings. Statuses likewise.
 u32 verify_pss(const RSA_UNIT &unit, u32 digest_id, Bytes hash, Bytes signature) noexcept;
+
+/// Fills in what is to be signed: the hash, and for PKCS #1 v1.5 its DigestInfo.
+void prepare_signature(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash,
+                       RSA_SIGNATURE_INPUT &input) noexcept;
+
+/// Have the functions of an external unit sign and decrypt. The signature has get_RSA_length() octets, and so
+/// has the room for the message. 0, a status of the functions, 1, or TLX_RSA_BAD_KEY for results of another
+/// length than they may have.
+u32 sign_externally(const RSA_UNIT &unit, const RSA_SIGNATURE_INPUT &input, u8 *signature) noexcept;
+u32 decrypt_externally(const RSA_UNIT &unit, u32 mode, Bytes ciphertext, u8 *message, u32 *length) noexcept;
 
 /// Stores the backend's key of the unit, which stays in its cache. 0, TLX_RSA_BAD_KEY or 1.
 u32 get_backend_key(const RSA_UNIT &unit, EVP_PKEY **key) noexcept;

@@ -74,6 +74,47 @@ u32 decrypt_raw(const RSA_UNIT &unit, Bytes in, u8 *encoded) noexcept {
     return decrypted && length == in.size() ? 0 : 1;
 }
 
+// Decrypts with libcrypto as init_RSAES prepared the unit. A ciphertext is as long as the room.
+u32 decrypt_padded(const RSA_UNIT &unit, Bytes in, u8 *message, u32 *length) noexcept {
+    const ErrorScope errors;
+    KeyContext context;
+    if (const u32 status = make_context(unit, context); status != 0) return status;
+    std::size_t size = *length;
+    if (in.size() != size || EVP_PKEY_decrypt(context.get(), message, &size, in.data(), in.size()) != 1) {
+        return 1;
+    }
+    *length = static_cast<u32>(size);
+    return 0;
+}
+
+// Puts the key of an encoded message that is as it should be in place of a random one.
+void take_key(u8 *key, const u8 *message, u32 key_len, u8 good) noexcept {
+    for (u32 i = 0; i < key_len; ++i)
+        key[i] = static_cast<u8>((message[i] & good) | (key[i] & ~good));
+}
+
+u32 decrypt_key(const RSA_UNIT &unit, Bytes in, u8 *encoded, u8 *key, u32 key_len) noexcept {
+    u32 status = decrypt_raw(unit, in, encoded);
+    if (status == 0) status = RAND_BYTES(key, key_len);
+    if (status == 0)
+        take_key(key, encoded + (in.size() - key_len), key_len,
+                 key_padding_mask({encoded, in.size()}, key_len));
+    return status;
+}
+
+// An external key has checked the padding itself, and answers 1 when it is wrong.
+u32 decrypt_key_externally(const RSA_UNIT &unit, Bytes in, u8 *message, u8 *key, u32 key_len) noexcept {
+    if (RAND_BYTES(key, key_len) != 0) return 1;
+    u32 length = 0;
+    const u32 status = decrypt_externally(unit, TLX_RSAES_MODE_PKCS1, in, message, &length);
+    if (status > 1) {
+        tlx_wipe(key, key_len);
+        return status;
+    }
+    take_key(key, message, key_len, status == 0 && length == key_len ? 0xFF : 0);
+    return 0;
+}
+
 }  // namespace
 
 extern "C" {
@@ -96,7 +137,7 @@ uint32_t init_RSAES_OAEP(RSA_UNIT *unit, uint32_t direction, uint32_t digest_id,
     unit->encryption = RsaTask::none;
     if (direction > 1 || label_len > kMostLabel || (label == nullptr && label_len != 0)) return 1;
     if (backend_digest(digest_id) == nullptr || backend_digest(mgf_digest_id) == nullptr) return 1;
-    if (direction == 1 && unit->kind != TLX_RSA_PRIVATE) return 1;
+    if (direction == 1 && unit->kind == TLX_RSA_PUBLIC) return 1;
     OaepSettings oaep{digest_id, mgf_digest_id, nullptr, label_len};
     if (label_len != 0) {
         oaep.label.reset(static_cast<u8 *>(TLX_ALLOCATE(label_len)));
@@ -130,42 +171,33 @@ uint32_t decrypt_RSAES(const RSA_UNIT *unit, uint8_t *out, uint32_t *out_len, co
     const u32 room = *out_len;
     *out_len = 0;
     if (unit == nullptr || unit->encryption != RsaTask::decrypt || out == nullptr || in == nullptr) return 1;
-    const ErrorScope errors;
-    KeyContext context;
-    if (const u32 status = make_context(*unit, context); status != 0) return status;
     const u32 size = get_RSA_length(unit);
     // libcrypto wants room for a whole modulus.
-    auto *message = static_cast<u8 *>(TLX_ALLOCATE(size));
+    auto *message = static_cast<u8 *>(TLX_ALLOCATE(std::size_t{size} + 1));
     if (message == nullptr) return 1;
-    std::size_t length = size;
-    const bool decrypted = in_len == size &&
-                           EVP_PKEY_decrypt(context.get(), message, &length, in, in_len) == 1 &&
-                           length <= room;
-    if (decrypted) {
+    u32 length = size;
+    u32 status = unit->external != nullptr
+                     ? decrypt_externally(*unit, unit->encryption_mode, {in, in_len}, message, &length)
+                     : decrypt_padded(*unit, {in, in_len}, message, &length);
+    if (status == 0 && length > room) status = 1;
+    if (status == 0) {
         std::memcpy(out, message, length);
-        *out_len = static_cast<u32>(length);
+        *out_len = length;
     }
-    tlx_wipe(message, size);
-    tlx_free(message);
-    return decrypted ? 0 : 1;
+    wipe_and_free(message, size);
+    return status;
 }
 
 uint32_t decrypt_RSAES_key(const RSA_UNIT *unit, uint8_t *key, uint32_t key_len, const uint8_t *in,
                            uint32_t in_len) {
-    if (unit == nullptr || unit->kind != TLX_RSA_PRIVATE || key == nullptr || in == nullptr) return 1;
+    if (unit == nullptr || unit->kind == TLX_RSA_PUBLIC || key == nullptr || in == nullptr) return 1;
     const u32 size = get_RSA_length(unit);
     if (in_len != size || size < kLeastPadding || key_len > size - kLeastPadding) return 1;
     const ErrorScope errors;
     auto *encoded = static_cast<u8 *>(TLX_ALLOCATE(size));
     if (encoded == nullptr) return 1;
-    u32 status = decrypt_raw(*unit, {in, in_len}, encoded);
-    if (status == 0) status = RAND_BYTES(key, key_len);
-    if (status == 0) {
-        const u8 good = key_padding_mask({encoded, size}, key_len);
-        const u8 *message = encoded + (size - key_len);
-        for (u32 i = 0; i < key_len; ++i)
-            key[i] = static_cast<u8>((message[i] & good) | (key[i] & ~good));
-    }
+    const auto decrypt = unit->external != nullptr ? decrypt_key_externally : decrypt_key;
+    const u32 status = decrypt(*unit, {in, in_len}, encoded, key, key_len);
     wipe_and_free(encoded, size);
     return status;
 }

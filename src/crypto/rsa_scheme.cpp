@@ -87,7 +87,7 @@ class DigestInfo {
         length_ += bytes.size();
     }
 
-    u8 octets_[2 + 2 + 2 + 9 + 2 + 2 + TLX_DIGEST_MAX_LENGTH];
+    u8 octets_[TLX_RSA_DIGEST_INFO_MAX_LENGTH];
     std::size_t length_ = 0;
 };
 
@@ -130,16 +130,22 @@ u32 verify_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, Bytes
     return verify_pkcs1(unit, DigestInfo(digest_id, hash).bytes(), signature);
 }
 
+// 0, TLX_RSA_BAD_KEY, 1 or the status of an external function.
+u32 make_signature(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, u8 *sig) noexcept {
+    RSA_SIGNATURE_INPUT input;
+    prepare_signature(unit, digest_id, mode, hash, input);
+    if (unit.external != nullptr) return sign_externally(unit, input, sig);
+    EVP_PKEY *key = nullptr;
+    if (const u32 status = get_backend_key(unit, &key); status != 0) return status;
+    const Bytes octets = mode == TLX_RSA_MODE_PSS ? hash : Bytes(input.digest_info, input.digest_info_length);
+    return sign_octets(unit, key, digest_id, mode, octets, sig) ? 0 : 1;
+}
+
 // A signature that does not verify, made with numbers that do not belong together or in a fault of the
 // machine, could give the private key away, so the caller never receives it.
 u32 sign_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, u8 *sig, u32 *sig_len) noexcept {
     const ErrorScope errors;
-    EVP_PKEY *key = nullptr;
-    if (const u32 status = get_backend_key(unit, &key); status != 0) return status;
-    const bool made = mode == TLX_RSA_MODE_PSS
-                          ? sign_octets(unit, key, digest_id, mode, hash, sig)
-                          : sign_octets(unit, key, digest_id, mode, DigestInfo(digest_id, hash).bytes(), sig);
-    if (!made) return 1;
+    if (const u32 status = make_signature(unit, digest_id, mode, hash, sig); status != 0) return status;
     const u32 length = get_RSA_length(&unit);
     if (const u32 status = verify_hash(unit, digest_id, mode, hash, {sig, length}); status != 0) {
         tlx_wipe(sig, length);
@@ -151,13 +157,42 @@ u32 sign_hash(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash, u8 *sig
 
 }  // namespace
 
+void tlx::prepare_signature(const RSA_UNIT &unit, u32 digest_id, u32 mode, Bytes hash,
+                            RSA_SIGNATURE_INPUT &input) noexcept {
+    input = {};
+    input.digest_id = digest_id;
+    input.digest_length = static_cast<u32>(hash.size());
+    std::memcpy(input.digest, hash.data(), hash.size());
+    if (mode == TLX_RSA_MODE_PSS) {
+        input.mode = TLX_RSA_MODE_PSS;
+        input.mgf_digest_id = unit.pss_mgf_digest_id;
+        input.salt_length = unit.pss_salt_length;
+        return;
+    }
+    input.mode = TLX_RSA_MODE_PKCS1;
+    const DigestInfo info(digest_id, hash);
+    input.digest_info_length = static_cast<u32>(info.bytes().size());
+    std::memcpy(input.digest_info, info.bytes().data(), info.bytes().size());
+}
+
 extern "C" {
+
+uint32_t get_RSA_SIGNATURE_INPUT(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data,
+                                 uint32_t len, RSA_SIGNATURE_INPUT *input) {
+    if (input == nullptr || !is_available(digest_id, mode)) return 1;
+    u8 hash[TLX_DIGEST_MAX_LENGTH];
+    u32 hash_len = 0;
+    if (Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;
+    const RSA_UNIT defaults;
+    prepare_signature(unit == nullptr ? defaults : *unit, digest_id, mode, {hash, hash_len}, *input);
+    return 0;
+}
 
 uint32_t init_RSASSA(RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, uint32_t direction) {
     if (unit == nullptr) return 1;
     unit->signature = RsaTask::none;
     if (direction > 1 || !is_available(digest_id, mode)) return 1;
-    if (direction == 1 && unit->kind != TLX_RSA_PRIVATE) return 1;
+    if (direction == 1 && unit->kind == TLX_RSA_PUBLIC) return 1;
     if (init_Digest(&unit->digest, digest_id) != 0) return 1;
     unit->signature = direction == 1 ? RsaTask::sign : RsaTask::verify;
     unit->signature_mode = mode;
@@ -194,7 +229,7 @@ uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const
                   uint8_t *sig, uint32_t *sig_len) {
     if (sig_len == nullptr) return 1;
     *sig_len = 0;
-    if (unit == nullptr || unit->kind != TLX_RSA_PRIVATE || sig == nullptr) return 1;
+    if (unit == nullptr || unit->kind == TLX_RSA_PUBLIC || sig == nullptr) return 1;
     u8 hash[TLX_DIGEST_MAX_LENGTH];
     u32 hash_len = 0;
     if (!is_available(digest_id, mode) || Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;

@@ -12,6 +12,7 @@ struct SignerAlgorithms {
     explicit SignerAlgorithms(const P7_SIGNER_INFO &signer) noexcept;
     /// The padding mode of RSA.
     [[nodiscard]] u32 padding_mode() const noexcept { return cipher_id & 0xFF; }
+    [[nodiscard]] bool is_rsa() const noexcept { return cipher_id >> 24 == 0x20 && digest_id != 0; }
 
     u32 digest_id;
     u32 cipher_id;

@@ -35,6 +35,11 @@ u32 begin_content(const Envelope &envelope, const ContentCipher &cipher, const C
     return 0;
 }
 
+/// The status of a key that does not decrypt: that of a key elsewhere goes up, which may lack its PIN.
+u32 not_decrypted(u32 status) noexcept {
+    return status > TLX_RSA_BAD_KEY ? status : 0x4B410012;
+}
+
 /// The content key of a recipient. Wrong padding of PKCS #1 v1.5 gives a random key, so that the content
 /// fails to decrypt as with any wrong key; OAEP needs no such care.
 u32 open_key(const P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, u8 *key, u32 key_len) noexcept {
@@ -46,14 +51,16 @@ u32 open_key(const P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, u8 *key, 
     const u32 prepared = prepare_unit(own.get(), recipient.keyEncryptionAlgorithm, scheme, 1);
     if (prepared != 0) return prepared == kUnknownScheme ? 0x4B410048 : 0x4B41003A;
     if (!is_oaep(scheme.mode)) {
-        return decrypt_RSAES_key(own.get(), key, key_len, sealed.data(), size) == 0 ? 0 : 0x4B410012;
+        const u32 status = decrypt_RSAES_key(own.get(), key, key_len, sealed.data(), size);
+        return status == 0 ? 0 : not_decrypted(status);
     }
     u8 opened[sizeof ContentKey::key];
     u32 len = sizeof opened;
-    const bool good = decrypt_RSAES(own.get(), opened, &len, sealed.data(), size) == 0 && len == key_len;
+    const u32 status = decrypt_RSAES(own.get(), opened, &len, sealed.data(), size);
+    const bool good = status == 0 && len == key_len;
     if (good) std::memcpy(key, opened, key_len);
     tlx_wipe(opened, sizeof opened);
-    return good ? 0 : 0x4B410012;
+    return good ? 0 : not_decrypted(status);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Signatures that other programs verify: with the attributes of RFC 2315, section 9.2, in DER order.
 #include <tlxcrypto/rsa.h>
+#include <tlxpki/external_signature.h>
 #include <tlxpki/objects.h>
 #include <tlxpki/pkcs7_sign.h>
 #include <tlxpki/time.h>
@@ -64,15 +65,13 @@ bool put_all(P7_SIGNER_INFO &signer, std::initializer_list<SignedAttribute> adde
 
 /// Makes a signer of the scheme PSS use its digest in MGF1 too and a salt as long as the digest, and say so.
 bool put_pss_parameters(P7_SIGNER_INFO &signer, u32 digest_id) noexcept {
-    if (algorithm_row(signer.digestEncryptionAlgorithm) != oid::kRsassaPss || signer.key == nullptr ||
-        signer.key->kind != TLX_KEY_RSA) {
-        return true;
-    }
+    const bool is_rsa = signer.key == nullptr || signer.key->kind == TLX_KEY_RSA;
+    if (algorithm_row(signer.digestEncryptionAlgorithm) != oid::kRsassaPss || !is_rsa) return true;
     ASN1_UNIT *parameters = make_pss_parameters(digest_id);
     if (parameters == nullptr) return false;
     free_ASN1_UNIT(std::exchange(signer.digestEncryptionAlgorithm->parameters, parameters));
-    return set_RSA_UNIT_PSS(static_cast<RSA_UNIT *>(signer.key->key), digest_id,
-                            get_DigestLength(digest_id)) == 0;
+    return signer.key == nullptr ||
+           set_RSA_UNIT_PSS(rsa_unit(signer.key), digest_id, get_DigestLength(digest_id)) == 0;
 }
 
 /// What all signers share.
@@ -116,7 +115,51 @@ u32 find_content(P7_SIGNED_DATA &data, const u8 *octets, i32 length, bool detach
     return place_content(data, octets, length, detached);
 }
 
+/// Finds the signers of a message that attributes can be signed in.
+u32 find_attribute_signers(const P7_CONTENT_INFO *info, SignedMembers &members) noexcept {
+    if (info == nullptr) return 0x4B1C0049;
+    if (!find_signed_members(info, members) || members.signedData == nullptr) return 0x4B310048;
+    return members.version == nullptr || is_BIGINT_zero(members.version) != 0 ? 0x4B310048 : 0;
+}
+
+bool waits(const P7_SIGNER_INFO *signer) noexcept {
+    return signer != nullptr && signer->encryptedDigest == nullptr && signer->key == nullptr;
+}
+
+/// Gives a signer what final_PKCS7_Sign() gives one before it signs.
+u32 prepare_without_key(P7_SIGNER_INFO &signer, const BIGINT *version, Shared &shared) noexcept {
+    const SignerAlgorithms algorithms(signer);
+    if (algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 0x4B31002B;
+    Owned<BIGINT> copy(dup_BIGINT(version));
+    if (!copy) return 0x4B31003C;
+    if (const u32 status = prepare(signer, shared); status != 0) return status;
+    free_BIGINT(std::exchange(signer.version, copy.release()));
+    return 0;
+}
+
 }  // namespace
+
+uint32_t prepare_PKCS7_Signatures(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length,
+                                  uint32_t detached, const ASN1_TIME *time) {
+    SignedMembers members;
+    if (const u32 status = find_attribute_signers(info, members); status != 0) return status;
+    P7_SIGNED_DATA &signed_data = *members.signedData;
+    ContentOctets content;
+    u32 status = find_content(signed_data, data, length, detached != 0, content);
+    if (status != 0) return status;
+    signed_data.detached = detached;
+    Shared shared{ContentDigests(content.bytes()), signed_data.contentInfo->contentType, signing_time(time)};
+    if (!shared.time) return 0x4B31003C;
+    u32 prepared = 0;
+    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
+        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
+        if (!waits(signer)) continue;
+        if (status = prepare_without_key(*signer, members.version, shared); status != 0) return status;
+        ++prepared;
+    }
+    if (prepared == 0) return 0x4B310047;
+    return detached != 0 ? remove_PKCS7_Content(info) : 0;
+}
 
 uint32_t sign_PKCS7_withAttributes(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length,
                                    uint32_t detached, const ASN1_TIME *time) {

@@ -14,6 +14,8 @@ struct SignatureScheme {
 
     /// The padding mode of RSA: the low octet, which is 0, PKCS #1 v1.5 again, for RSA-SHA1-2 and its kin.
     [[nodiscard]] u32 padding_mode() const noexcept { return cipher_id & 0xFF; }
+    /// Whether it is RSA with a digest.
+    [[nodiscard]] bool is_rsa() const noexcept { return cipher_id >> 24 == 0x20 && digest_id != 0; }
     /// KCDSA1 names no digest: HAS-160, the one KCDSA was published with.
     [[nodiscard]] u32 kcdsa_digest() const noexcept { return digest_id != 0 ? digest_id : TLX_DIGEST_HAS160; }
 
