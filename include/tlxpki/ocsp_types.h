@@ -5,7 +5,8 @@
  * The signed parts, OCSP_TBS_REQUEST and OCSP_RESPONSE_DATA, keep the octets that they were decoded from. A
  * signature is verified over these. The functions of <tlxpki/ocsp.h> and <tlxpki/ocsp_respond.h> drop them
  * when they change a record; a change that a caller makes to a member does not, and is not part of what a
- * signature proves.
+ * signature proves. The certificates beside a signature are written as they were received as long as their
+ * octets are kept (get_X509_received()).
  */
 #ifndef TLXPKI_OCSP_TYPES_H
 #define TLXPKI_OCSP_TYPES_H

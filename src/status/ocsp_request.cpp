@@ -138,8 +138,8 @@ uint32_t verify_OCSP_REQUEST(const OCSP_REQUEST *request, const X509_CERT *signe
     if (signer == nullptr) return 0x502D0047;
     SignedOctets octets;
     if (!octets.read(*request->tbsRequest)) return 0x502D003C;
-    switch (verify_octets(signature->signatureAlgorithm, signature->signature, octets.bytes(),
-                          get_X509_SPKI(signer))) {
+    switch (verify_octets(get_X509_ALGO_IDENTIFIER_OID(signature->signatureAlgorithm), signature->signature,
+                          octets.bytes(), get_X509_SPKI(signer))) {
         case SignatureResult::good:
             return 0;
         case SignatureResult::unsupported:

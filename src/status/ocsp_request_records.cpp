@@ -36,9 +36,9 @@ constexpr auto kTbsRequest = record<Tbs>(
 //     signatureAlgorithm AlgorithmIdentifier, signature BIT STRING,
 //     certs [0] EXPLICIT SEQUENCE OF Certificate OPTIONAL }
 using Signature = OCSP_SIGNATURE;
-constexpr auto kSignature =
-    record<Signature>(between(2, 3), field<Nested<X509_ALGO_IDENTIFIER>>(&Signature::signatureAlgorithm),
-                      field<Bits>(&Signature::signature), explicitly<Certificates>(0, &Signature::certs));
+constexpr auto kSignature = record<Signature>(
+    between(2, 3), field<Nested<X509_ALGO_IDENTIFIER>>(&Signature::signatureAlgorithm),
+    field<Bits>(&Signature::signature), explicitly<WholeCertificates>(0, &Signature::certs));
 
 // OCSPRequest ::= SEQUENCE {
 //     tbsRequest TBSRequest, optionalSignature [0] EXPLICIT Signature OPTIONAL }

@@ -69,7 +69,7 @@ using Basic = BASIC_OCSP_RESPONSE;
 constexpr auto kBasicResponse =
     record<Basic>(between(3, 4), field<Nested<Data>>(&Basic::tbsResponseData),
                   field<Nested<X509_ALGO_IDENTIFIER>>(&Basic::signatureAlgorithm),
-                  field<Bits>(&Basic::signature), explicitly<Certificates>(0, &Basic::certs));
+                  field<Bits>(&Basic::signature), explicitly<WholeCertificates>(0, &Basic::certs));
 
 // ResponseBytes ::= SEQUENCE { responseType OBJECT IDENTIFIER, response OCTET STRING }
 constexpr auto kResponseBytes =

@@ -97,10 +97,10 @@ SignatureResult verify_kcdsa(const SignatureScheme &scheme, const KCDSA *unit, B
 
 }  // namespace
 
-SignatureResult verify_octets(const X509_ALGO_IDENTIFIER *algorithm, const BIT_STRING *value, Bytes octets,
+SignatureResult verify_octets(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value, Bytes octets,
                               const X509_PUBKEY *key) noexcept {
     const ASYMMETRIC_KEY *holder = get_X509_PUBKEY_key(key);
-    const SignatureScheme scheme(get_X509_ALGO_IDENTIFIER_OID(algorithm));
+    const SignatureScheme scheme(algorithm);
     if (holder == nullptr) return SignatureResult::unsupported;
     if (octets_of(value).empty() || value->extra != 0) return SignatureResult::bad;
     if (holder->kind == TLX_KEY_RSA) {

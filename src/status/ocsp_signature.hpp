@@ -28,7 +28,7 @@ enum class SignatureResult : u8 { good, bad, unsupported, no_memory };
 
 /// Verifies a signature of RSA with PKCS #1 v1.5, or of KCDSA. Another algorithm, and one that is not for the
 /// key, is not supported.
-[[nodiscard]] SignatureResult verify_octets(const X509_ALGO_IDENTIFIER *algorithm, const BIT_STRING *value,
+[[nodiscard]] SignatureResult verify_octets(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value,
                                             Bytes octets, const X509_PUBKEY *key) noexcept;
 
 /// What a signature covers: the octets of a part as they were received, or as the part is written.
