@@ -67,8 +67,10 @@ bool has_known_form(const ECDSA_KEY &key) noexcept {
 
 /// libcrypto reports a point off the curve also when memory runs out, so that only the second report counts.
 bool decode_point(const ECDSA_KEY &key, const EC_GROUP *group, EC_POINT *point, BN_CTX *context) noexcept {
-    return EC_POINT_oct2point(group, point, key.octets, key.length, context) == 1 ||
-           EC_POINT_oct2point(group, point, key.octets, key.length, context) == 1;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (EC_POINT_oct2point(group, point, key.octets, key.length, context) == 1) return true;
+    }
+    return false;
 }
 
 /// Stores the key's point, decoded by whichever thread came first. 0, kBadKey or 1.
@@ -123,8 +125,8 @@ u32 verify_hash(const ECDSA_KEY &key, Bytes hash, Bytes r, Bytes s) noexcept {
 extern "C" {
 
 ECDSA_KEY *binary_to_ECDSA_KEY(uint32_t curve, const uint8_t *point, uint32_t point_len) {
-    if (!is_known(curve) || point == nullptr || point_len == 0 || point_len > kMostPointOctets)
-        return nullptr;
+    if (!is_known(curve) || point == nullptr) return nullptr;
+    if (point_len == 0 || point_len > kMostPointOctets) return nullptr;
     void *memory = TLX_ALLOCATE(sizeof(ECDSA_KEY));
     if (memory == nullptr) return nullptr;
     auto *key = new (memory) ECDSA_KEY;
