@@ -119,8 +119,8 @@ uint32_t sign_OCSP_REQUEST(OCSP_REQUEST *request, const X509_CERT *signer, const
     Codec<OCSP_TBS_REQUEST>::encode(der, request->tbsRequest);
     if (!der.ok()) return 0x50040103;
     MadeSignature made;
-    constexpr SigningStatuses kStatuses = {0x502C002B, 0x502C001C, 0x502C003C};
-    if (const u32 status = sign_octets(*key, digestId, der.bytes(), made, kStatuses); status != 0) {
+    constexpr ResponderStatuses kStatuses = {0x502C002B, 0x502C001C, 0x502C003C};
+    if (const u32 status = sign_with(*key, digestId, der.bytes(), made, kStatuses); status != 0) {
         return status;
     }
     signature->signatureAlgorithm = made.algorithm.release();
@@ -136,10 +136,10 @@ uint32_t verify_OCSP_REQUEST(const OCSP_REQUEST *request, const X509_CERT *signe
     if (signature == nullptr) return 0x502D002B;
     if (signer == nullptr) signer = item_at<X509_CERT>(signature->certs, 0);
     if (signer == nullptr) return 0x502D0047;
-    SignedOctets octets;
+    SignedPart octets;
     if (!octets.read(*request->tbsRequest)) return 0x502D003C;
-    switch (verify_octets(get_X509_ALGO_IDENTIFIER_OID(signature->signatureAlgorithm), signature->signature,
-                          octets.bytes(), get_X509_SPKI(signer))) {
+    switch (verify_with(get_X509_ALGO_IDENTIFIER_OID(signature->signatureAlgorithm), signature->signature,
+                        octets.bytes(), get_X509_SPKI(signer))) {
         case SignatureResult::good:
             return 0;
         case SignatureResult::unsupported:

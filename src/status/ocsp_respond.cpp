@@ -101,8 +101,8 @@ u32 sign_data(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data, const X509_
     Codec<OCSP_RESPONSE_DATA>::encode(der, data);
     if (!der.ok()) return 0x50140103;
     MadeSignature made;
-    constexpr SigningStatuses kStatuses = {0x5018002B, 0x5018001C, 0x5018003C};
-    if (const u32 status = sign_octets(key, digest_id, der.bytes(), made, kStatuses); status != 0) {
+    constexpr ResponderStatuses kStatuses = {0x5018002B, 0x5018001C, 0x5018003C};
+    if (const u32 status = sign_with(key, digest_id, der.bytes(), made, kStatuses); status != 0) {
         return status;
     }
     Owned<X509_CERT> copy(dup_X509_CERT(responder));

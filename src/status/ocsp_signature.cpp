@@ -1,13 +1,10 @@
 #include "status/ocsp_signature.hpp"
 
-#include <tlxcrypto/kcdsa.h>
-#include <tlxcrypto/rsa.h>
-
 #include <algorithm>
 
 #include "asn1/oid_lookup.hpp"
+#include "x509/octet_signature.hpp"
 #include "x509/signature_scheme.hpp"
-#include "x509/signature_value.hpp"
 
 namespace tlx {
 namespace {
@@ -31,97 +28,45 @@ u32 algorithm_row(const ASYMMETRIC_KEY *key, u32 digest_id) noexcept {
     return found == std::end(kRsaAlgorithms) ? 0 : found->row;
 }
 
-u32 sign_rsa(const RSA_UNIT *unit, u32 digest_id, Bytes octets, Owned<BIT_STRING> &value,
-             const SigningStatuses &statuses) noexcept {
-    const OwnedOctets<u8> room(static_cast<u8 *>(TLX_ALLOCATE(std::size_t{get_RSA_length(unit)} + 1)));
-    if (!room) return statuses.no_memory;
-    u32 length = 0;
-    if (sign_RSA(unit, digest_id, TLX_RSA_MODE_PKCS1, octets.data(), static_cast<u32>(octets.size()),
-                 room.get(), &length) != 0) {
-        return statuses.failed;
-    }
-    value.reset(new_string(TLX_TAG_BIT_STRING, {room.get(), length}));
-    return value ? 0 : statuses.no_memory;
-}
-
-u32 sign_kcdsa(const KCDSA *unit, Bytes octets, Owned<BIT_STRING> &value,
-               const SigningStatuses &statuses) noexcept {
-    u8 r[TLX_KCDSA_MAX_LENGTH];
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    u32 r_length = 0;
-    u32 s_length = 0;
-    if (sign_KCDSA_data(unit, TLX_DIGEST_HAS160, octets.data(), static_cast<u32>(octets.size()), r, &r_length,
-                        s, &s_length) != 0) {
-        return statuses.failed;
-    }
-    const Owned<BIGINT> s_number(binary_to_BIGINT(s, s_length));
-    Encoder encoding;
-    encode_kcdsa_signature(encoding, {r, r_length}, s_number.get());
-    if (encoding.ok()) value.reset(new_string(TLX_TAG_BIT_STRING, encoding.bytes()));
-    return value ? 0 : statuses.no_memory;
-}
-
-constexpr u32 kRsaPkcs1Signature = 0x20000001;
-constexpr u32 kKcdsaFamily = 0x40;
-
-/// Of what a key answers; 1 is a failure that no signature causes.
-SignatureResult result_of(u32 status) noexcept {
-    if (status == 1) return SignatureResult::no_memory;
-    return status == 0 ? SignatureResult::good : SignatureResult::bad;
-}
-
-SignatureResult verify_rsa(const SignatureScheme &scheme, const RSA_UNIT *unit, Bytes octets,
-                           Bytes value) noexcept {
-    if (scheme.cipher_id != kRsaPkcs1Signature || get_DigestLength(scheme.digest_id) == 0) {
-        return SignatureResult::unsupported;
-    }
-    return result_of(verify_RSA(unit, scheme.digest_id, TLX_RSA_MODE_PKCS1, octets.data(),
-                                static_cast<u32>(octets.size()), value.data(),
-                                static_cast<u32>(value.size())));
-}
-
-SignatureResult verify_kcdsa(const SignatureScheme &scheme, const KCDSA *unit, Bytes octets,
-                             Bytes value) noexcept {
-    if (scheme.cipher_id >> 24 != kKcdsaFamily) return SignatureResult::unsupported;
-    Element element;
-    KcdsaSignature signature;
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    if (!read_element(value, element) || element.tag != kSequence ||
-        !read_kcdsa_signature(element, signature) || BIGINT_to_binary(signature.s.get(), s, sizeof s) != 0) {
-        return SignatureResult::bad;
-    }
-    return result_of(verify_KCDSA_data(unit, scheme.kcdsa_digest(), octets.data(),
-                                       static_cast<u32>(octets.size()), signature.r.data(),
-                                       static_cast<u32>(signature.r.size()), s, sizeof s));
+/// Whether an algorithm is one of the key's, and known.
+bool fits(const SignatureScheme &scheme, u32 kind) noexcept {
+    constexpr u32 kRsaPkcs1 = 0x20000001;
+    constexpr u32 kKcdsaFamily = 0x40;
+    if (kind == TLX_KEY_KCDSA) return scheme.cipher_id >> 24 == kKcdsaFamily;
+    return kind == TLX_KEY_RSA && scheme.cipher_id == kRsaPkcs1 && get_DigestLength(scheme.digest_id) != 0;
 }
 
 }  // namespace
 
-SignatureResult verify_octets(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value, Bytes octets,
-                              const X509_PUBKEY *key) noexcept {
+SignatureResult verify_with(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value, Bytes octets,
+                            const X509_PUBKEY *key) noexcept {
+    constexpr u32 kUnreadable = 0xFFFFFFFF;
     const ASYMMETRIC_KEY *holder = get_X509_PUBKEY_key(key);
-    const SignatureScheme scheme(algorithm);
-    if (holder == nullptr) return SignatureResult::unsupported;
+    if (holder == nullptr || holder->key == nullptr) return SignatureResult::unsupported;
     if (octets_of(value).empty() || value->extra != 0) return SignatureResult::bad;
-    if (holder->kind == TLX_KEY_RSA) {
-        return verify_rsa(scheme, static_cast<const RSA_UNIT *>(holder->key), octets, octets_of(value));
+    if (!fits(SignatureScheme(algorithm), holder->kind)) return SignatureResult::unsupported;
+    switch (verify_octets({octets, algorithm, value, false}, *holder, {kUnreadable, kUnreadable})) {
+        case 0:
+            return SignatureResult::good;
+        case 1:  // a failure of the key that no signature causes
+            return SignatureResult::no_memory;
+        default:
+            return SignatureResult::bad;
     }
-    if (holder->kind == TLX_KEY_KCDSA) {
-        return verify_kcdsa(scheme, static_cast<const KCDSA *>(holder->key), octets, octets_of(value));
-    }
-    return SignatureResult::unsupported;
 }
 
-u32 sign_octets(const P8_PRIV_KEY_INFO &key, u32 digest_id, Bytes octets, MadeSignature &made,
-                const SigningStatuses &statuses) noexcept {
+u32 sign_with(const P8_PRIV_KEY_INFO &key, u32 digest_id, Bytes octets, MadeSignature &made,
+              const ResponderStatuses &statuses) noexcept {
     const u32 row = algorithm_row(key.privateKey, digest_id);
     if (row == 0) return statuses.unsupported;
     made.algorithm = algorithm_with_null(row);
     if (!made.algorithm) return statuses.no_memory;
-    const void *unit = key.privateKey->key;
-    return key.privateKey->kind == TLX_KEY_RSA
-               ? sign_rsa(static_cast<const RSA_UNIT *>(unit), digest_id, octets, made.value, statuses)
-               : sign_kcdsa(static_cast<const KCDSA *>(unit), octets, made.value, statuses);
+    BIT_STRING *value = nullptr;
+    const u32 status = sign_octets(octets, made.algorithm->algorithm, *key.privateKey,
+                                   {statuses.unsupported, statuses.no_memory}, &value);
+    made.value.reset(value);
+    if (status == 0 || status == statuses.no_memory) return status;
+    return statuses.failed;
 }
 
 }  // namespace tlx

@@ -8,7 +8,7 @@
 namespace tlx {
 
 /// What a caller answers when a signature cannot be made.
-struct SigningStatuses {
+struct ResponderStatuses {
     u32 unsupported;  ///< a key of another kind, or a digest that RSA keys do not sign with
     u32 failed;       ///< the key cannot sign
     u32 no_memory;
@@ -21,18 +21,18 @@ struct MadeSignature {
 
 /// Signs octets with an RSA key and PKCS #1 v1.5, or with a KCDSA key and HAS-160 whatever the digest. 0 or
 /// one of the statuses.
-[[nodiscard]] u32 sign_octets(const P8_PRIV_KEY_INFO &key, u32 digest_id, Bytes octets, MadeSignature &made,
-                              const SigningStatuses &statuses) noexcept;
+[[nodiscard]] u32 sign_with(const P8_PRIV_KEY_INFO &key, u32 digest_id, Bytes octets, MadeSignature &made,
+                            const ResponderStatuses &statuses) noexcept;
 
 enum class SignatureResult : u8 { good, bad, unsupported, no_memory };
 
 /// Verifies a signature of RSA with PKCS #1 v1.5, or of KCDSA. Another algorithm, and one that is not for the
 /// key, is not supported.
-[[nodiscard]] SignatureResult verify_octets(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value,
-                                            Bytes octets, const X509_PUBKEY *key) noexcept;
+[[nodiscard]] SignatureResult verify_with(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value,
+                                          Bytes octets, const X509_PUBKEY *key) noexcept;
 
 /// What a signature covers: the octets of a part as they were received, or as the part is written.
-class SignedOctets {
+class SignedPart {
   public:
     /// False when memory runs out and when the part cannot be written.
     template <typename Part>

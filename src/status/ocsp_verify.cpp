@@ -65,7 +65,7 @@ bool is_issued(const X509_CERT *cert, const X509_CERT *issuer) noexcept {
     if (text_of(get_X509_signature(cert)) != text_of(get_X509_sig_alg(cert))) return false;
     if (!read_element({received.get(), received_size(cert->received)}, whole)) return false;
     return Cursor(whole).next(TLX_TAG_SEQUENCE, signed_part) &&
-           verify_octets(get_X509_sig_alg(cert), get_X509_sig_value(cert), signed_part.whole, key) ==
+           verify_with(get_X509_sig_alg(cert), get_X509_sig_value(cert), signed_part.whole, key) ==
                SignatureResult::good;
 }
 
@@ -78,8 +78,8 @@ u32 check_delegate(const X509_CERT *cert, const X509_CERT *issuer, const ASN1_TI
 }
 
 u32 check_signature(const BASIC_OCSP_RESPONSE &basic, Bytes octets, const X509_CERT *signer) noexcept {
-    switch (verify_octets(get_X509_ALGO_IDENTIFIER_OID(basic.signatureAlgorithm), basic.signature, octets,
-                          get_X509_SPKI(signer))) {
+    switch (verify_with(get_X509_ALGO_IDENTIFIER_OID(basic.signatureAlgorithm), basic.signature, octets,
+                        get_X509_SPKI(signer))) {
         case SignatureResult::good:
             return 0;
         case SignatureResult::unsupported:
@@ -177,7 +177,7 @@ u32 verify_responder(const BASIC_OCSP_RESPONSE &basic, const X509_CERT *issuer,
         basic.signature == nullptr) {
         return 0x501B0049;
     }
-    SignedOctets octets;
+    SignedPart octets;
     if (!octets.read(*data)) return 0x501B003C;
     ResponderSearch search(basic, octets.bytes(), issuer, time);
     search.look_at(issuer);

@@ -88,15 +88,8 @@ uint32_t gen_SIG_X509_CRL(X509_CRL *crl, const ASYMMETRIC_KEY *private_key) {
     Owned<OBJECT_IDENTIFIER> algorithm(dup_OBJECT_IDENTIFIER(crl->signature));
     if (!algorithm) return 0x4807003B;
     BIT_STRING *signature = nullptr;
-    u32 status = 0x48070048;
-    if (private_key->kind == TLX_KEY_RSA) {
-        const auto *key = static_cast<const RSA_UNIT *>(private_key->key);
-        status = sign_octets(tbs.bytes(), crl->signature, key, kStatuses, &signature);
-    } else if (private_key->kind == TLX_KEY_KCDSA) {
-        const auto *key = static_cast<const KCDSA *>(private_key->key);
-        status = sign_octets(tbs.bytes(), crl->signature, key, kStatuses, &signature);
-    }
-    if (status != 0) return status;
+    const u32 status = sign_octets(tbs.bytes(), crl->signature, *private_key, kStatuses, &signature);
+    if (status != 0) return status == kOtherKey ? 0x48070048 : status;
     free_OBJECT_IDENTIFIER(crl->signatureAlgorithm);
     crl->signatureAlgorithm = algorithm.release();
     free_BIT_STRING(crl->signatureValue);
@@ -115,11 +108,8 @@ uint32_t verify_SIG_X509_CRL(const X509_CRL *crl, const X509_PUBKEY *issuer_key)
     const bool altered = (signature != nullptr && signature->extra != 0) ||
                          text_of(crl->signatureAlgorithm) != text_of(crl->signature);
     const SignedOctets what = {octets, crl->signatureAlgorithm, signature, altered};
-    const ASYMMETRIC_KEY &key = *issuer_key->key;
-    if (key.kind == TLX_KEY_RSA)
-        return verify_octets(what, static_cast<const RSA_UNIT *>(key.key), kStatuses);
-    if (key.kind == TLX_KEY_KCDSA) return verify_octets(what, static_cast<const KCDSA *>(key.key), kStatuses);
-    return 0x48080048;
+    const u32 status = verify_octets(what, *issuer_key->key, kStatuses);
+    return status == kOtherKey ? 0x48080048 : status;
 }
 
 uint32_t verify_X509_CRL_validity(const X509_CRL *crl, const ASN1_TIME *time) {

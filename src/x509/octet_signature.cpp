@@ -1,16 +1,12 @@
 #include "x509/octet_signature.hpp"
 
+#include "der/memory.hpp"
+#include "der/values.hpp"
 #include "x509/signature_scheme.hpp"
 #include "x509/signature_value.hpp"
 
-#include "der/memory.hpp"
-#include "der/values.hpp"
-
 namespace tlx {
 namespace {
-
-/// What certificates take for s: q of 160 bits, as KCDSA had when certificates took it up.
-constexpr u32 kMostSOctets = 20;
 
 u32 size_of(Bytes octets) noexcept {
     return static_cast<u32>(octets.size());
@@ -61,6 +57,19 @@ u32 sign_octets(Bytes octets, const OBJECT_IDENTIFIER *algorithm, const KCDSA *k
     return give(value.ok() ? new_string(TLX_TAG_BIT_STRING, value.bytes()) : nullptr, statuses, signature);
 }
 
+u32 sign_octets(Bytes octets, const OBJECT_IDENTIFIER *algorithm, const ASYMMETRIC_KEY &key,
+                const SigningStatuses &statuses, BIT_STRING **signature) noexcept {
+    switch (key.kind) {
+        case TLX_KEY_RSA:
+            return sign_octets(octets, algorithm, static_cast<const RSA_UNIT *>(key.key), statuses,
+                               signature);
+        case TLX_KEY_KCDSA:
+            return sign_octets(octets, algorithm, static_cast<const KCDSA *>(key.key), statuses, signature);
+        default:
+            return kOtherKey;
+    }
+}
+
 u32 verify_octets(const SignedOctets &what, const RSA_UNIT *key, const VerifyingStatuses &statuses) noexcept {
     const SignatureScheme scheme(what.algorithm);
     if (scheme.digest_id == 0 || scheme.cipher_id == 0) return statuses.unknown_algorithm;
@@ -74,14 +83,26 @@ u32 verify_octets(const SignedOctets &what, const KCDSA *key, const VerifyingSta
     const SignatureScheme scheme(what.algorithm);
     if (scheme.cipher_id == 0) return statuses.unknown_algorithm;
     KcdsaSignature signature;
-    u8 s[kMostSOctets];
+    u8 s[TLX_KCDSA_MAX_LENGTH];
     if (!read_signature(what.signature, signature) ||
-        BIGINT_to_binary(signature.s.get(), s, kMostSOctets) != 0) {
+        BIGINT_to_binary(signature.s.get(), s, what.most_s) != 0) {
         return statuses.unreadable;
     }
     if (what.altered) return TLX_KCDSA_BAD_SIGNATURE;
     return verify_KCDSA_data(key, scheme.kcdsa_digest(), what.octets.data(), size_of(what.octets),
-                             signature.r.data(), size_of(signature.r), s, kMostSOctets);
+                             signature.r.data(), size_of(signature.r), s, what.most_s);
+}
+
+u32 verify_octets(const SignedOctets &what, const ASYMMETRIC_KEY &key,
+                  const VerifyingStatuses &statuses) noexcept {
+    switch (key.kind) {
+        case TLX_KEY_RSA:
+            return verify_octets(what, static_cast<const RSA_UNIT *>(key.key), statuses);
+        case TLX_KEY_KCDSA:
+            return verify_octets(what, static_cast<const KCDSA *>(key.key), statuses);
+        default:
+            return kOtherKey;
+    }
 }
 
 }  // namespace tlx

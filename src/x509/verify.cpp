@@ -25,7 +25,9 @@ class Rewritten {
         return 0;
     }
     [[nodiscard]] SignedOctets octets(const X509_CERT &cert) const noexcept {
-        return {signed_part_, cert.signatureAlgorithm, cert.signatureValue, altered_};
+        // q of 160 bits, as KCDSA had when certificates took it up.
+        constexpr u32 kMostSOctets = 20;
+        return {signed_part_, cert.signatureAlgorithm, cert.signatureValue, altered_, kMostSOctets};
     }
 
   private:
