@@ -52,13 +52,18 @@ bool is_cheap(const P7_CONTENT_INFO *info) {
     return is_cheap(contents.get());
 }
 
+bool is_cheap(const P12_MAC_DATA &data) {
+    P5_PBE_PARAM *pbmac1 = nullptr;
+    Seq_to_P5_PBE_PARAM(data.digestParameters, &pbmac1);
+    const Held<free_P5_PBE_PARAM> param(pbmac1);
+    return (data.iterations == nullptr || get_BIGINT_word(data.iterations) <= kMostIterations) &&
+           (param == nullptr || get_BIGINT_word(param->iterationCount) <= kMostIterations);
+}
+
 bool is_cheap(const P12_PFX *pfx) {
     const bool is_data = index_from_OBJECT_IDENTIFIER(pfx->authSafe->contentType) == TLX_OID_PKCS7_DATA;
     if (!is_data || pfx->authSafe->content.any == nullptr) return true;
-    if (pfx->macData != nullptr && pfx->macData->iterations != nullptr &&
-        get_BIGINT_word(pfx->macData->iterations) > kMostIterations) {
-        return false;
-    }
+    if (pfx->macData != nullptr && !is_cheap(*pfx->macData)) return false;
     const Held<free_P12_AUTHENTICATED_SAFE> parts(
         inside<Seq_to_P12_AUTHENTICATED_SAFE, P12_AUTHENTICATED_SAFE>(pfx->authSafe->content.data));
     bool cheap = true;

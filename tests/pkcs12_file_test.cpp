@@ -59,7 +59,15 @@ class Samples {
                         ".der && openssl pkcs8 -topk8 -nocrypt -in " + name + ".key -outform DER -out " +
                         name + ".p8");
         }
-        for (const std::string name : {"ca.der", "ec.der", "rsa.der", "ca.p8", "ec.p8", "rsa.p8", "crl.der"})
+        folder_.run(
+            "openssl ec -in ec.key -no_public | openssl pkcs8 -topk8 -nocrypt -outform DER -out bare.p8 && "
+            "openssl ec -in ec.key -conv_form compressed | "
+            "openssl pkcs8 -topk8 -nocrypt -outform DER -out short.p8 && "
+            "openssl asn1parse -in " TLX_TEST_DATA
+            "/chains/kcdsa-signer.key -noout -out kcdsa.p8 && "
+            "openssl x509 -in " TLX_TEST_DATA "/chains/kcdsa-signer.pem -outform DER -out kcdsa.der");
+        for (const std::string name : {"ca.der", "ec.der", "rsa.der", "ca.p8", "ec.p8", "rsa.p8", "crl.der",
+                                       "bare.p8", "short.p8", "kcdsa.p8", "kcdsa.der"})
             names_[folder_.read(name)] = name;
     }
     CommandFolder folder_;
@@ -208,6 +216,22 @@ std::string round_trip(const Row &row) {
     if (status == 0 && !row[3].empty())
         status = set_PKCS12_mac(pfx.get(), mac.data(), mac.size(), nullptr, 0, 2, TLX_DIGEST_SHA1);
     return status == 0 ? opened(read_pfx(encoded(pfx.get())).get(), row[4], row[5]) : status_text(status);
+}
+
+// owners | keys and certificates that share no id | what is read
+std::string owners(const Row &row) {
+    const Entries entries(new_P12_ENTRIES());
+    std::istringstream names(row[1]);
+    for (std::string name; names >> name;) {
+        const std::string value = Samples::instance().folder().read(name);
+        const std::uint32_t kind = name.ends_with(".p8") ? TLX_P12_PRIVATE_KEY : TLX_P12_CERTIFICATE;
+        EXPECT_EQ(add_PKCS12_entry(entries.get(), kind, nullptr, octets_of(value),
+                                   static_cast<std::uint32_t>(value.size()), nullptr, -1),
+                  0U);
+    }
+    Pfx pfx;
+    const std::uint32_t status = make(Settings("safe=none key=none"), Password("secret"), pfx, entries);
+    return status == 0 ? opened(pfx.get(), "secret", "") : status_text(status);
 }
 
 /// Data that holds an encoding.
@@ -364,7 +388,8 @@ TEST_F(Pkcs12Files, AreOpenedByOtherPrograms) {
 
 TEST_F(Pkcs12Files, Rows) {
     Samples::instance();
-    expect_rows("pkcs12_file.txt", {{"round", {round_trip}}, {"parts", {parts}}, {"bags", {bags}}});
+    expect_rows("pkcs12_file.txt",
+                {{"round", {round_trip}}, {"parts", {parts}}, {"bags", {bags}}, {"owners", {owners}}});
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 /** @file
  * PKCS #12 (RFC 7292): the derivation of keys from passwords (appendix B), and the code that protects a whole
- * file (section 4).
+ * file (section 4; PBMAC1 of RFC 9579 is read).
  *
  * - Passwords: a 16-bit password is the big-endian units of its characters with two zero octets after them
  * (RFC 7292, appendix B.1), as ascTouni() makes it. An 8-bit password is octets, which ascTouni() widens.
@@ -46,7 +46,7 @@ TLXPKI_API uint32_t gen_PKCS12_key_ASC(const char *password, uint32_t password_l
 /**
  * Computes the message authentication code of a file and stores it in the MAC data, which is made when it is
  * missing. MAC data that has a salt or an iteration count keeps salt, count and digest, and only gets a new
- * code.
+ * code; so do the parameters of PBMAC1.
  * @param pfx          a file whose authSafe is data
  * @param password     an 8-bit password as for gen_PKCS12_key_ASC()
  * @param salt         salt_len octets, or null for random ones. Where MAC data gets its parameters here, the
@@ -64,9 +64,10 @@ TLXPKI_API uint32_t set_PKCS12_mac(P12_PFX *pfx, const char *password, uint32_t 
                                    uint32_t salt_len, uint32_t iterations, uint32_t digest_id);
 /**
  * Compares the stored code of a file with the one of a password.
- * @param password an 8-bit password as for gen_PKCS12_key_ASC()
+ * @param password an 8-bit password as for gen_PKCS12_key_ASC(); PBMAC1 takes its octets as they are
  * @return 0 when they agree; 0xFFFFFFFF when they differ; 1 for a null file, one without MAC data and one
- * whose code cannot be computed: authSafe is not data, the digest is unknown, there are more than 10,000,000
+ * whose code cannot be computed: authSafe is not data, the digest is unknown, the parameters of PBMAC1 name
+ * an unknown function or a key of fewer than 20 octets or more than 64, there are more than 10,000,000
  * iterations, or memory ran out
  */
 TLXPKI_API uint32_t verify_PKCS12_mac(const P12_PFX *pfx, const char *password, uint32_t password_len);

@@ -30,7 +30,8 @@ typedef struct P12_ENTRY {
     uint32_t status; /**< of TLX_P12_UNREAD why, as open_PKCS12() says; otherwise 0 */
     OBJECT_IDENTIFIER
     *type;               /**< of a secret its type; of TLX_P12_UNREAD what is unknown or does not open: the
-                            scheme of encryption, the type of the bag or of the content; otherwise null */
+                            scheme of encryption, what is unknown in PBES2 (the cipher, the derivation or its
+                            function), the type of the bag or of the content; otherwise null */
     OCTET_STRING *value; /**< null for TLX_P12_UNREAD */
     UTF8_STRING *friendlyName; /**< or null */
     OCTET_STRING *localKeyId;  /**< or null */
@@ -80,7 +81,8 @@ TLXPKI_API uint32_t add_PKCS12_entry(P12_ENTRIES *entries, uint32_t kind, const 
  * file without a code is read without a check, so that a wrong password shows in entries alone.
  *
  * A certificate belongs to the private key with the same localKeyId; without one, to the RSA key with its
- * modulus.
+ * modulus, the KCDSA key that gives its y, which counts as 100,000 iterations, or the elliptic key that says
+ * its public point.
  *
  * @param password     decrypts, and checks the code when mac_password is null
  * @param mac_password checks the code of a file that has a password of its own for it; otherwise null
@@ -90,7 +92,7 @@ TLXPKI_API uint32_t add_PKCS12_entry(P12_ENTRIES *entries, uint32_t kind, const 
  * unknown or not available; 0x4D310104 a bag or its contents cannot be decoded, or memory ran out
  * @return 0; 0x4D300049 a null file or out, or a null password with a length; 0x4D300012 the code differs: a
  * wrong password or an altered file; 0x4D300047 the code takes more work than is done for a file; 0x4D300048
- * the file is signed instead, or the digest of the code is unknown; 0x4D300104 the content is missing or is
+ * the file is signed instead, or the code is made in an unknown way; 0x4D300104 the content is missing or is
  * no AuthenticatedSafe; 0x4D30003C memory ran out. A file may take 20,000,000 iterations, a derivation
  * 10,000,000
  */

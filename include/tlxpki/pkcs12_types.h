@@ -14,9 +14,9 @@ TLX_BEGIN_DECLS
 
 /** MacData. */
 typedef struct P12_MAC_DATA {
-    OBJECT_IDENTIFIER *digestAlgorithm;
-    ASN1_UNIT *digestParameters; /**< the element of the digest's parameters, or null */
-    OCTET_STRING *mac;           /**< the code */
+    OBJECT_IDENTIFIER *digestAlgorithm; /**< a digest, or PBMAC1 (RFC 9579) */
+    ASN1_UNIT *digestParameters;        /**< the element of the digest's parameters, or null */
+    OCTET_STRING *mac;                  /**< the code */
     OCTET_STRING *macSalt;
     BIGINT *iterations; /**< null stands for 1 */
 } P12_MAC_DATA;

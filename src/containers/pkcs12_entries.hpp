@@ -4,6 +4,7 @@
 #include <tlxpki/pkcs12_file.h>
 
 #include "containers/pkcs12_records.hpp"
+#include "keys/pbe.hpp"
 
 TLX_OWNS(P12_ENTRY);
 
@@ -23,6 +24,6 @@ inline constexpr std::string_view kFriendlyName = "1.2.840.113549.1.9.20";
 inline constexpr std::string_view kLocalKeyId = "1.2.840.113549.1.9.21";
 
 /// Says of each certificate which private key it belongs to. False when memory runs out.
-[[nodiscard]] bool find_owners(P12_ENTRIES &entries) noexcept;
+[[nodiscard]] bool find_owners(P12_ENTRIES &entries, WorkBudget &budget) noexcept;
 
 }  // namespace tlx

@@ -1,6 +1,7 @@
 #include "containers/pkcs12_mac.hpp"
 
 #include <tlxcrypto/hmac.h>
+#include <tlxcrypto/kdf.h>
 #include <tlxcrypto/random.h>
 #include <tlxpki/objects.h>
 
@@ -60,41 +61,100 @@ struct Code {
     }
 };
 
-/// HMAC under a derived key as long as the digest, over the octets of the content.
-MacOutcome compute_mac(const P12_PFX &pfx, Bytes password, WorkBudget &budget, Code &code) noexcept {
-    if (pfx.macData == nullptr) return MacOutcome::missing;
-    const P12_MAC_DATA &data = *pfx.macData;
-    const u32 digest_id = digest_of(data);
-    const u32 length = get_DigestLength(digest_id);
-    if (content_type(pfx.authSafe) != oid::kPkcs7Data || pfx.authSafe->content.any == nullptr ||
-        length == 0) {
-        return MacOutcome::unsupported;
-    }
+/// The key of an HMAC, wiped at the end.
+struct MacKey {
+    u32 digest_id = 0;
+    u32 length = 0;
+    u8 octets[TLX_DIGEST_MAX_LENGTH] = {};
+
+    MacKey() noexcept = default;
+    ~MacKey() { tlx_wipe(octets, sizeof octets); }
+    MacKey(const MacKey &) = delete;
+    MacKey &operator=(const MacKey &) = delete;
+};
+
+/// A key as long as the digest, derived in the manner of PKCS #12 (RFC 7292, appendix B).
+MacOutcome derive_key(const P12_MAC_DATA &data, Bytes password, WorkBudget &budget, MacKey &key) noexcept {
+    key.digest_id = digest_of(data);
+    key.length = get_DigestLength(key.digest_id);
+    if (key.length == 0) return MacOutcome::unsupported;
     const u32 iterations = data.iterations == nullptr ? 1 : get_BIGINT_word(data.iterations);
     if (!budget.take(iterations)) return MacOutcome::too_much_work;
-    const Bytes content = octets_of(pfx.authSafe->content.data);
-    u8 key[TLX_DIGEST_MAX_LENGTH];
-    const Pkcs12Derivation derivation = {digest_id, password, octets_of(data.macSalt), iterations};
-    const bool done = derivation.derive(TLX_PKCS12_MAC, {key, length}) &&
-                      compute_HMAC(digest_id, key, length, content.data(), static_cast<u32>(content.size()),
-                                   code.octets, &code.length) == 0;
-    tlx_wipe(key, sizeof key);
+    const Pkcs12Derivation derivation = {key.digest_id, password, octets_of(data.macSalt), iterations};
+    const bool done = derivation.derive(TLX_PKCS12_MAC, {key.octets, key.length});
     return done ? MacOutcome::good : MacOutcome::no_memory;
+}
+
+constexpr std::string_view kPbmac1 = "1.2.840.113549.1.5.14";
+/// A key of fewer octets, which RFC 9579 forbids, would let others guess the code.
+constexpr u32 kShortestPbmac1Key = 20;
+
+// PBMAC1-params ::= SEQUENCE {  -- RFC 8018, appendix A.5
+//     keyDerivationFunc  AlgorithmIdentifier,
+//     messageAuthScheme  AlgorithmIdentifier }
+/// A key of PBKDF2, whose salt and count are in the parameters instead of the MAC data (RFC 9579). These have
+/// the form of PBES2's.
+MacOutcome derive_pbmac1_key(const P12_MAC_DATA &data, Bytes password, WorkBudget &budget,
+                             MacKey &key) noexcept {
+    P5_PBE_PARAM *read = nullptr;
+    static_cast<void>(Seq_to_P5_PBE_PARAM(data.digestParameters, &read));
+    const Owned<P5_PBE_PARAM> param(read);
+    if (!param || param->encryptionScheme == nullptr || param->keyLength == nullptr) {
+        return MacOutcome::unsupported;
+    }
+    const Prf *function = find_prf(param->prf);
+    const Prf *code = find_prf(param->encryptionScheme);
+    const u32 iterations = get_BIGINT_word(param->iterationCount);
+    key.length = get_BIGINT_word(param->keyLength);
+    if (function == nullptr || code == nullptr || iterations == 0 || key.length < kShortestPbmac1Key ||
+        key.length > sizeof key.octets || get_DigestLength(function->digest_id) == 0) {
+        return MacOutcome::unsupported;
+    }
+    key.digest_id = code->digest_id;
+    const u32 block = get_DigestLength(function->digest_id);
+    if (!budget.take(u64{iterations} * ((key.length + block - 1) / block))) return MacOutcome::too_much_work;
+    const Bytes salt = octets_of(param->salt);
+    const u32 failed =
+        compute_PBKDF2(function->digest_id, password.data(), static_cast<u32>(password.size()), salt.data(),
+                       static_cast<u32>(salt.size()), iterations, key.octets, key.length);
+    return failed == 0 ? MacOutcome::good : MacOutcome::no_memory;
+}
+
+/// HMAC under a derived key over the octets of the content.
+MacOutcome compute_mac(const P12_PFX &pfx, const PbePassword &password, WorkBudget &budget,
+                       Code &code) noexcept {
+    if (pfx.macData == nullptr) return MacOutcome::missing;
+    const P12_MAC_DATA &data = *pfx.macData;
+    if (content_type(pfx.authSafe) != oid::kPkcs7Data || pfx.authSafe->content.any == nullptr) {
+        return MacOutcome::unsupported;
+    }
+    MacKey key;
+    const MacOutcome outcome = text_of(data.digestAlgorithm) == kPbmac1
+                                   ? derive_pbmac1_key(data, password.text, budget, key)
+                                   : derive_key(data, password.units, budget, key);
+    if (outcome != MacOutcome::good) return outcome;
+    const Bytes content = octets_of(pfx.authSafe->content.data);
+    const u32 failed = compute_HMAC(key.digest_id, key.octets, key.length, content.data(),
+                                    static_cast<u32>(content.size()), code.octets, &code.length);
+    return failed == 0 ? MacOutcome::good : MacOutcome::no_memory;
 }
 
 /// An 8-bit password as gen_PKCS12_key_ASC() widens it.
 class WidenedPassword {
   public:
     WidenedPassword(const char *password, u32 length) noexcept
-        : absent_(password == nullptr || length == 0),
-          units_({reinterpret_cast<const u8 *>(password), absent_ ? 0 : length},
-                 PasswordUnits::From::octets) {}
+        : text_(reinterpret_cast<const u8 *>(password), password == nullptr ? 0 : length),
+          absent_(text_.empty()),
+          units_(text_, PasswordUnits::From::octets) {}
 
     /// False when memory ran out.
     explicit operator bool() const noexcept { return static_cast<bool>(units_); }
-    [[nodiscard]] Bytes bytes() const noexcept { return absent_ ? Bytes() : units_.bytes(); }
+    [[nodiscard]] PbePassword password() const noexcept {
+        return {text_, absent_ ? Bytes() : units_.bytes()};
+    }
 
   private:
+    Bytes text_;
     bool absent_;
     PasswordUnits units_;
 };
@@ -151,7 +211,7 @@ bool store_parameters(P12_PFX &pfx, OwnedSalt salt, u32 salt_len, std::optional<
     return true;
 }
 
-bool store_code(P12_PFX &pfx, Bytes password) noexcept {
+bool store_code(P12_PFX &pfx, const PbePassword &password) noexcept {
     WorkBudget budget;
     Code code;
     if (compute_mac(pfx, password, budget, code) != MacOutcome::good) return false;
@@ -168,7 +228,7 @@ bool has_parameters(const P12_PFX &pfx) noexcept {
 
 }  // namespace
 
-MacOutcome tlx::check_mac(const P12_PFX &pfx, Bytes password, WorkBudget &budget) noexcept {
+MacOutcome tlx::check_mac(const P12_PFX &pfx, const PbePassword &password, WorkBudget &budget) noexcept {
     Code code;
     const MacOutcome outcome = compute_mac(pfx, password, budget, code);
     if (outcome != MacOutcome::good) return outcome;
@@ -180,7 +240,7 @@ bool tlx::makes_codes(u32 digest_id) noexcept {
     return found != std::end(kMacDigests) && found->written;
 }
 
-bool tlx::make_mac(P12_PFX &pfx, Bytes password, u32 iterations, u32 digest_id) noexcept {
+bool tlx::make_mac(P12_PFX &pfx, const PbePassword &password, u32 iterations, u32 digest_id) noexcept {
     return store_parameters(pfx, nullptr, 0, iterations, digest_id) && store_code(pfx, password);
 }
 
@@ -192,14 +252,14 @@ uint32_t set_PKCS12_mac(P12_PFX *pfx, const char *password, uint32_t password_le
         return 0x4D10000D;
     }
     const WidenedPassword widened(password, password_len);
-    return widened && store_code(*pfx, widened.bytes()) ? 0 : 0x4D10000E;
+    return widened && store_code(*pfx, widened.password()) ? 0 : 0x4D10000E;
 }
 
 uint32_t verify_PKCS12_mac(const P12_PFX *pfx, const char *password, uint32_t password_len) {
     const WidenedPassword widened(password, password_len);
     if (pfx == nullptr || !widened) return 1;
     WorkBudget budget;
-    switch (check_mac(*pfx, widened.bytes(), budget)) {
+    switch (check_mac(*pfx, widened.password(), budget)) {
         case MacOutcome::good:
             return 0;
         case MacOutcome::differs:

@@ -10,19 +10,21 @@ enum class MacOutcome : u8 {
     good,
     differs,
     missing,      ///< there is no MAC data
-    unsupported,  ///< the content is not data, or the digest is unknown or not available
+    unsupported,  ///< the content is not data, or the code is made in a way that is unknown or not available
     too_much_work,
     no_memory,
 };
 
-/// Compares the code of a file with that of a 16-bit password.
-[[nodiscard]] MacOutcome check_mac(const P12_PFX &pfx, Bytes password, WorkBudget &budget) noexcept;
+/// Compares the code of a file with that of a password.
+[[nodiscard]] MacOutcome check_mac(const P12_PFX &pfx, const PbePassword &password,
+                                   WorkBudget &budget) noexcept;
 
 /// Whether codes are made with a digest.
 [[nodiscard]] bool makes_codes(u32 digest_id) noexcept;
 
-/// Gives a file a code under a 16-bit password, with a random salt and exactly so many iterations. False when
+/// Gives a file a code under a password, with a random salt and exactly so many iterations. False when
 /// memory runs out and when random octets cannot be had.
-[[nodiscard]] bool make_mac(P12_PFX &pfx, Bytes password, u32 iterations, u32 digest_id) noexcept;
+[[nodiscard]] bool make_mac(P12_PFX &pfx, const PbePassword &password, u32 iterations,
+                            u32 digest_id) noexcept;
 
 }  // namespace tlx

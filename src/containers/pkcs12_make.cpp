@@ -294,7 +294,7 @@ u32 make_file(P12_ENTRIES &entries, const Protection &protection, const PbePassw
     pfx.authSafe = data_of(encoder.bytes()).release();
     if (pfx.authSafe == nullptr) return 0x4D32003C;
     if (protection.mac_digest == TLX_P12_NO_MAC) return 0;
-    return make_mac(pfx, password.units, protection.iterations, protection.mac_digest) ? 0 : 0x4D32003C;
+    return make_mac(pfx, password, protection.iterations, protection.mac_digest) ? 0 : 0x4D32003C;
 }
 
 }  // namespace

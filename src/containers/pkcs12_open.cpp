@@ -111,7 +111,7 @@ class Reader {
         const u32 status =
             decrypt(encrypted.contentEncryptionAlgorithm, octets_of(encrypted.encryptedContent),
                     [&](Bytes plain) { return decode(plain, contents); });
-        if (status != 0) return add_unread(status, encrypted.contentEncryptionAlgorithm->algorithm);
+        if (status != 0) return add_unopened(status, encrypted.contentEncryptionAlgorithm);
         return read_bags(*contents, 0);
     }
 
@@ -180,7 +180,7 @@ class Reader {
                 if (found) added = add(TLX_P12_PRIVATE_KEY, key, bag);
                 return found;
             });
-        return status == 0 ? added : add_unread(status, get_OID_PKCS8(record), &bag);
+        return status == 0 ? added : add_unopened(status, record->encryptionAlgorithm, &bag);
     }
 
     /// A certificate or a revocation list in the octets of a bag of its own.
@@ -250,6 +250,16 @@ class Reader {
         return bag == nullptr ? 0 : name_last(*bag);
     }
 
+    /// The same of what an algorithm did not decrypt.
+    u32 add_unopened(u32 status, const X509_ALGO_IDENTIFIER *algorithm,
+                     const P12_SAFE_BAG *bag = nullptr) noexcept {
+        if (status != 0x4D310048 || algorithm == nullptr) {
+            return add_unread(status, get_X509_ALGO_IDENTIFIER_OID(algorithm), bag);
+        }
+        const Owned<OBJECT_IDENTIFIER> unsupported = find_unsupported(*algorithm);
+        return unsupported ? add_unread(status, unsupported.get(), bag) : 0x4D30003C;
+    }
+
     /// Gives the last entry the attributes of its bag.
     u32 name_last(const P12_SAFE_BAG &bag) noexcept {
         auto &entry = *static_cast<P12_ENTRY *>(entries_.values[entries_.count - 1]);
@@ -269,7 +279,7 @@ class Reader {
 u32 check_code(const P12_PFX &pfx, PasswordForms &forms, WorkBudget &budget) noexcept {
     MacOutcome outcome = MacOutcome::differs;
     for (std::size_t i = 0; i < forms.count() && outcome == MacOutcome::differs; ++i) {
-        outcome = check_mac(pfx, forms.at(i).units, budget);
+        outcome = check_mac(pfx, forms.at(i), budget);
         if (outcome == MacOutcome::good) forms.prefer(i);
     }
     switch (outcome) {
@@ -321,7 +331,7 @@ uint32_t open_PKCS12(const P12_PFX *pfx, const char *password, uint32_t password
     Reader reader(forms, budget, *entries);
     status = read_parts(*pfx, reader);
     if (status != 0) return status;
-    if (!find_owners(*entries)) return 0x4D30003C;
+    if (!find_owners(*entries, budget)) return 0x4D30003C;
     *out = entries.release();
     return 0;
 }

@@ -17,17 +17,17 @@ constexpr u32 kSaltLength = 8;
 using OwnedRc4 = std::unique_ptr<RC4_UNIT, FreeWith<free_RC4_UNIT>>;
 
 /// The schemes of PKCS #12 with RC4, which has neither IV nor padding.
-PbeOutcome run_rc4(const PbeInput &input, u32 key_len, u32 digest_id, CipherText text) noexcept {
+PbeOutcome run_rc4(const PbeInput &input, u32 key_len, u32 digest_id, CipherJob job) noexcept {
     constexpr u32 kMostKey = 16;
     u8 key[kMostKey];
     const Pkcs12Derivation derivation = {digest_id, input.password, input.salt, input.iterations};
     const OwnedRc4 unit(new_RC4_UNIT());
-    const auto size = static_cast<u32>(text.in.size());
+    const auto size = static_cast<u32>(job.in.size());
     const bool done = unit != nullptr && derivation.derive(TLX_PKCS12_KEY, {key, key_len}) &&
                       init_RC4(unit.get(), key, key_len) == 0 &&
-                      update_RC4(unit.get(), text.out, text.in.data(), size) == 0;
+                      update_RC4(unit.get(), job.out, job.in.data(), size) == 0;
     tlx_wipe(key, sizeof key);
-    text.out_len = done ? size : 0;
+    job.out_len = done ? size : 0;
     return done ? PbeOutcome::done : PbeOutcome::no_memory;
 }
 
@@ -49,26 +49,26 @@ OBJECT_IDENTIFIER *make_identifier(std::string_view dotted) noexcept {
 
 /// Runs any scheme but PBES2.
 PbeOutcome run_scheme(const PbeAlgorithm &algorithm, const PbePassword &password, PbeInput input, KisaIv iv,
-                      CipherText text) noexcept {
+                      CipherJob job) noexcept {
     switch (algorithm.family) {
         case PbeFamily::kisa:
-            return run_kisa(input, algorithm.cipher_id, algorithm.digest_id, KisaIv::hashed, text);
+            return run_kisa(input, algorithm.cipher_id, algorithm.digest_id, KisaIv::hashed, job);
         case PbeFamily::seed_cbc:
-            return run_kisa(input, algorithm.cipher_id, algorithm.digest_id, iv, text);
+            return run_kisa(input, algorithm.cipher_id, algorithm.digest_id, iv, job);
         case PbeFamily::pbes1:
-            return run_pbes1(input, algorithm.cipher_id, algorithm.digest_id, text);
+            return run_pbes1(input, algorithm.cipher_id, algorithm.digest_id, job);
         case PbeFamily::gpki: {
             const PasswordUnits units(password.text, PasswordUnits::From::octets);
             input.password = units.bytes();
             if (!units) return PbeOutcome::no_memory;
-            return run_pkcs12(input, algorithm.cipher_id, algorithm.digest_id, text);
+            return run_pkcs12(input, algorithm.cipher_id, algorithm.digest_id, job);
         }
         case PbeFamily::pkcs12:
             input.password = password.units;
-            return run_pkcs12(input, algorithm.cipher_id, algorithm.digest_id, text);
+            return run_pkcs12(input, algorithm.cipher_id, algorithm.digest_id, job);
         case PbeFamily::pkcs12_rc4:
             input.password = password.units;
-            return run_rc4(input, algorithm.cipher_id, algorithm.digest_id, text);
+            return run_rc4(input, algorithm.cipher_id, algorithm.digest_id, job);
         default:
             return PbeOutcome::unsupported;
     }
@@ -80,7 +80,7 @@ u32 derivations_of(PbeFamily family) noexcept {
 }
 
 PbeOutcome decrypt_by(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param, const PbePassword &password,
-                      CipherText text, WorkBudget &budget) noexcept {
+                      CipherJob job, WorkBudget &budget) noexcept {
     const u32 iterations = get_BIGINT_word(param.iterationCount);
     const bool is_pbes2 = algorithm.family == PbeFamily::pbes2;
     if (iterations == 0 || is_pbes2 != (param.encryptionScheme != nullptr)) return PbeOutcome::broken;
@@ -88,8 +88,8 @@ PbeOutcome decrypt_by(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param, 
         if (!budget.take(iterations)) return PbeOutcome::too_much_work;
     }
     const PbeInput input = {password.text, octets_of(param.salt), iterations};
-    return is_pbes2 ? decrypt_pbkdf2(param, input, text)
-                    : run_scheme(algorithm, password, input, KisaIv::constant, text);
+    return is_pbes2 ? decrypt_pbkdf2(param, input, job)
+                    : run_scheme(algorithm, password, input, KisaIv::constant, job);
 }
 
 // ---- Writing ----
@@ -133,12 +133,11 @@ Owned<ASN1_STRING> tlx::encrypt_pbe(const PbeChoice &choice, const PbePassword &
     SecretBytes out(in.size() + TLX_CIPHER_MAX_BLOCK_LENGTH);
     if (!out) return nullptr;
     u32 len = 0;
-    const CipherText text = {Direction::encrypt, in, out.data(), len};
+    const CipherJob job = {Direction::encrypt, in, out.data(), len};
     const PbeInput input = {password.text, salt, choice.iterations};
-    const PbeOutcome outcome =
-        choice.algorithm.family == PbeFamily::pbes2
-            ? run_pbes2(input, choice.cipher.cipher_id, choice.prf->digest_id, iv, text)
-            : run_scheme(choice.algorithm, password, input, choice.iv, text);
+    const PbeOutcome outcome = choice.algorithm.family == PbeFamily::pbes2
+                                   ? run_pbes2(input, choice.cipher.cipher_id, choice.prf->digest_id, iv, job)
+                                   : run_scheme(choice.algorithm, password, input, choice.iv, job);
     if (outcome != PbeOutcome::done || !write_algorithm(choice, salt, iv, algorithm)) return nullptr;
     return Owned<ASN1_STRING>(new_string(TLX_TAG_OCTET_STRING, {out.data(), len}));
 }

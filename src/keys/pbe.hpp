@@ -77,8 +77,8 @@ struct Prf {
     u32 digest_id;
 };
 [[nodiscard]] std::span<const Prf> prfs() noexcept;
-/// Null for an unknown identifier.
-[[nodiscard]] const Prf *find_prf(std::string_view dotted) noexcept;
+/// HMAC with SHA-1 without an algorithm; null for an unknown one.
+[[nodiscard]] const Prf *find_prf(const X509_ALGO_IDENTIFIER *algorithm) noexcept;
 
 /// What to encrypt by.
 struct PbeChoice {
@@ -103,5 +103,8 @@ struct PbeChoice {
 [[nodiscard]] PbeOutcome decrypt_pbe(const PbeAlgorithm &algorithm, const P5_PBE_PARAM &param,
                                      const PbePassword &password, Bytes in, u8 *out, u32 &out_len,
                                      WorkBudget &budget) noexcept;
+/// What makes a scheme unsupported: its own identifier, or of PBES2 that of the derivation, its function or
+/// else the cipher. Null when memory runs out.
+[[nodiscard]] Owned<OBJECT_IDENTIFIER> find_unsupported(const X509_ALGO_IDENTIFIER &algorithm) noexcept;
 
 }  // namespace tlx

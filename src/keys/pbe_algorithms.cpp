@@ -69,7 +69,8 @@ std::span<const Prf> tlx::prfs() noexcept {
     return kPrfs;
 }
 
-const Prf *tlx::find_prf(std::string_view dotted) noexcept {
-    const auto *const found = std::ranges::find(kPrfs, dotted, &Prf::dotted);
+const Prf *tlx::find_prf(const X509_ALGO_IDENTIFIER *algorithm) noexcept {
+    if (algorithm == nullptr) return kPrfs;
+    const auto *const found = std::ranges::find(kPrfs, text_of(algorithm->algorithm), &Prf::dotted);
     return found == std::end(kPrfs) ? nullptr : found;
 }

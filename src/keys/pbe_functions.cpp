@@ -36,11 +36,11 @@ struct Derived {
     Derived &operator=(const Derived &) = delete;
 };
 
-PbeOutcome run_cipher(u32 cipher_id, const u8 *key, const u8 *iv, CipherText text) noexcept {
-    const u32 status = BlockCipher(cipher_id, static_cast<u32>(text.direction), key, iv, text.out,
-                                   &text.out_len, text.in.data(), static_cast<u32>(text.in.size()));
+PbeOutcome run_cipher(u32 cipher_id, const u8 *key, const u8 *iv, CipherJob job) noexcept {
+    const u32 status = BlockCipher(cipher_id, static_cast<u32>(job.direction), key, iv, job.out, &job.out_len,
+                                   job.in.data(), static_cast<u32>(job.in.size()));
     if (status == TLX_CIPHER_BAD_PADDING) {
-        const bool whole = !text.in.empty() && text.in.size() % get_BlockLength(cipher_id) == 0;
+        const bool whole = !job.in.empty() && job.in.size() % get_BlockLength(cipher_id) == 0;
         return whole ? PbeOutcome::wrong_password : PbeOutcome::bad_length;
     }
     return status == 0 ? PbeOutcome::done : PbeOutcome::no_memory;
@@ -71,17 +71,17 @@ bool tlx::derive_pbkdf1(const PbeInput &input, u32 digest_id, std::span<u8> out)
     return derived;
 }
 
-PbeOutcome tlx::run_pbes1(const PbeInput &input, u32 cipher_id, u32 digest_id, CipherText text) noexcept {
+PbeOutcome tlx::run_pbes1(const PbeInput &input, u32 cipher_id, u32 digest_id, CipherJob job) noexcept {
     constexpr u32 kHalf = 8;
     if (get_KeyLength(cipher_id) != kHalf || get_IVLength(cipher_id) != kHalf) return PbeOutcome::unsupported;
     if (get_DigestLength(digest_id) < 2 * kHalf) return PbeOutcome::unsupported;
     Derived derived;
     if (!derive_pbkdf1(input, digest_id, {derived.octets, 2 * kHalf})) return PbeOutcome::no_memory;
-    return run_cipher(cipher_id, derived.octets, derived.octets + kHalf, text);
+    return run_cipher(cipher_id, derived.octets, derived.octets + kHalf, job);
 }
 
 PbeOutcome tlx::run_pbes2(const PbeInput &input, u32 cipher_id, u32 prf_digest_id, const u8 *iv,
-                          CipherText text) noexcept {
+                          CipherJob job) noexcept {
     const u32 key_len = get_KeyLength(cipher_id);
     if (key_len == 0 || get_DigestLength(prf_digest_id) == 0) return PbeOutcome::unsupported;
     PbeKey derived;
@@ -90,11 +90,11 @@ PbeOutcome tlx::run_pbes2(const PbeInput &input, u32 cipher_id, u32 prf_digest_i
                        key_len) != 0) {
         return PbeOutcome::no_memory;
     }
-    return run_cipher(cipher_id, derived.key, iv, text);
+    return run_cipher(cipher_id, derived.key, iv, job);
 }
 
 PbeOutcome tlx::run_scrypt(const ScryptInput &input, u64 most_memory, u32 cipher_id, const u8 *iv,
-                           CipherText text) noexcept {
+                           CipherJob job) noexcept {
     const u32 key_len = get_KeyLength(cipher_id);
     if (key_len == 0) return PbeOutcome::unsupported;
     PbeKey derived;
@@ -103,11 +103,11 @@ PbeOutcome tlx::run_scrypt(const ScryptInput &input, u64 most_memory, u32 cipher
                        input.parallelization, most_memory, derived.key, key_len) != 0) {
         return PbeOutcome::no_memory;
     }
-    return run_cipher(cipher_id, derived.key, iv, text);
+    return run_cipher(cipher_id, derived.key, iv, job);
 }
 
 PbeOutcome tlx::run_kisa(const PbeInput &input, u32 cipher_id, u32 digest_id, KisaIv iv,
-                         CipherText text) noexcept {
+                         CipherJob job) noexcept {
     constexpr u32 kDerivedLength = 20;
     static constexpr u8 kConstant[] = "5820463917582046";
     static constexpr u8 kInCirculation[] = "0123456789012345";
@@ -121,15 +121,15 @@ PbeOutcome tlx::run_kisa(const PbeInput &input, u32 cipher_id, u32 digest_id, Ki
     Derived hashed;
     if (!derive_pbkdf1(input, digest_id, {derived.octets, kDerivedLength})) return PbeOutcome::no_memory;
     if (iv != KisaIv::hashed) {
-        return run_cipher(cipher, derived.octets, iv == KisaIv::constant ? kConstant : kInCirculation, text);
+        return run_cipher(cipher, derived.octets, iv == KisaIv::constant ? kConstant : kInCirculation, job);
     }
     if (!hash(digest_id, {derived.octets + block, kDerivedLength - block}, hashed.octets)) {
         return PbeOutcome::no_memory;
     }
-    return run_cipher(cipher, derived.octets, hashed.octets, text);
+    return run_cipher(cipher, derived.octets, hashed.octets, job);
 }
 
-PbeOutcome tlx::run_pkcs12(const PbeInput &input, u32 cipher_id, u32 digest_id, CipherText text) noexcept {
+PbeOutcome tlx::run_pkcs12(const PbeInput &input, u32 cipher_id, u32 digest_id, CipherJob job) noexcept {
     const u32 key_len = get_KeyLength(cipher_id);
     const u32 iv_len = get_IVLength(cipher_id);
     if (key_len == 0 || get_DigestLength(digest_id) == 0) return PbeOutcome::unsupported;
@@ -139,5 +139,5 @@ PbeOutcome tlx::run_pkcs12(const PbeInput &input, u32 cipher_id, u32 digest_id, 
         !derivation.derive(TLX_PKCS12_IV, {derived.iv, iv_len})) {
         return PbeOutcome::no_memory;
     }
-    return run_cipher(cipher_id, derived.key, derived.iv, text);
+    return run_cipher(cipher_id, derived.key, derived.iv, job);
 }

@@ -20,8 +20,8 @@ struct PbeInput {
     u32 iterations;  ///< at least 1
 };
 
-/// A text to encrypt or decrypt. The output has room for the input, and for one block more when encrypting.
-struct CipherText {
+/// Octets to encrypt or decrypt. The output has room for the input, and for one block more when encrypting.
+struct CipherJob {
     Direction direction;
     Bytes in;
     u8 *out;
@@ -51,10 +51,10 @@ enum class PbeOutcome : u8 {
 
 /// PBES1 (RFC 8018, section 6.1): the key is octets 0 to 7 of PBKDF1, the IV octets 8 to 15.
 [[nodiscard]] PbeOutcome run_pbes1(const PbeInput &input, u32 cipher_id, u32 digest_id,
-                                   CipherText text) noexcept;
+                                   CipherJob job) noexcept;
 /// PBES2 (RFC 8018, section 6.2) with PBKDF2. `iv` has the length that the cipher wants.
 [[nodiscard]] PbeOutcome run_pbes2(const PbeInput &input, u32 cipher_id, u32 prf_digest_id, const u8 *iv,
-                                   CipherText text) noexcept;
+                                   CipherJob job) noexcept;
 /// What scrypt derives a key from. `cost` is a power of 2 above 1, the other numbers are at least 1.
 struct ScryptInput {
     Bytes password;
@@ -65,12 +65,12 @@ struct ScryptInput {
 };
 /// PBES2 with scrypt (RFC 7914) within so many octets of memory.
 [[nodiscard]] PbeOutcome run_scrypt(const ScryptInput &input, u64 most_memory, u32 cipher_id, const u8 *iv,
-                                    CipherText text) noexcept;
+                                    CipherJob job) noexcept;
 /// The forms of KISA: the key is the first octets of PBKDF1, a block long.
 [[nodiscard]] PbeOutcome run_kisa(const PbeInput &input, u32 cipher_id, u32 digest_id, KisaIv iv,
-                                  CipherText text) noexcept;
+                                  CipherJob job) noexcept;
 /// Key and IV derived in the manner of PKCS #12 (RFC 7292, appendix B); the password is 16-bit units.
 [[nodiscard]] PbeOutcome run_pkcs12(const PbeInput &input, u32 cipher_id, u32 digest_id,
-                                    CipherText text) noexcept;
+                                    CipherJob job) noexcept;
 
 }  // namespace tlx

@@ -39,7 +39,7 @@ struct Arguments {
     u32 cipher_id;
 };
 
-/// Checks the arguments, then encrypts or decrypts by `run (input, text)`.
+/// Checks the arguments, then encrypts or decrypts by `run (input, job)`.
 template <typename Run>
 u32 run_checked(const Arguments &given, const Answers &answers, Run run) noexcept {
     if (given.out == nullptr || given.out_len == nullptr || given.password == nullptr ||
@@ -53,7 +53,7 @@ u32 run_checked(const Arguments &given, const Answers &answers, Run run) noexcep
     const PbeInput input = {{reinterpret_cast<const u8 *>(given.password), given.password_len},
                             {given.salt, given.salt_len},
                             given.iterations};
-    switch (run(input, CipherText{given.direction, {given.in, given.in_len}, given.out, *given.out_len})) {
+    switch (run(input, CipherJob{given.direction, {given.in, given.in_len}, given.out, *given.out_len})) {
         case PbeOutcome::done:
             return 0;
         case PbeOutcome::wrong_password:
@@ -67,8 +67,8 @@ u32 run_checked(const Arguments &given, const Answers &answers, Run run) noexcep
 }
 
 u32 run_pbes1_checked(const Arguments &given, const Answers &answers, u32 digest_id) noexcept {
-    return run_checked(given, answers, [&](const PbeInput &input, CipherText text) {
-        return run_pbes1(input, given.cipher_id, digest_id, text);
+    return run_checked(given, answers, [&](const PbeInput &input, CipherJob job) {
+        return run_pbes1(input, given.cipher_id, digest_id, job);
     });
 }
 
@@ -77,19 +77,19 @@ constexpr u32 digest_or_sha1(u32 digest_id) noexcept {
 }
 
 u32 run_kisa_checked(const Arguments &given, u32 digest_id, u32 iv_mode) noexcept {
-    return run_checked(given, kKisa, [&](const PbeInput &input, CipherText text) {
+    return run_checked(given, kKisa, [&](const PbeInput &input, CipherJob job) {
         if (iv_mode > 1) return PbeOutcome::unsupported;
         const KisaIv iv = iv_mode == 1 ? KisaIv::hashed : KisaIv::constant;
-        return run_kisa(input, given.cipher_id, digest_id, iv, text);
+        return run_kisa(input, given.cipher_id, digest_id, iv, job);
     });
 }
 
 u32 run_gpki_checked(const Arguments &given, u32 digest_id) noexcept {
-    return run_checked(given, kGpki, [&](PbeInput input, CipherText text) {
+    return run_checked(given, kGpki, [&](PbeInput input, CipherJob job) {
         const PasswordUnits units(input.password, PasswordUnits::From::octets);
         if (!units) return PbeOutcome::no_memory;
         input.password = units.bytes();
-        return run_pkcs12(input, given.cipher_id, digest_id, text);
+        return run_pkcs12(input, given.cipher_id, digest_id, job);
     });
 }
 
@@ -137,12 +137,12 @@ uint32_t encrypt_PBES2(uint8_t *out, uint32_t *out_len, const char *password, ui
     if (iv == nullptr || iv_len == nullptr) return 0x4A100049;
     const Arguments given = {Direction::encrypt, out,        out_len, password, password_len, salt,
                              salt_len,           iterations, in,      in_len,   cipher_id};
-    return run_checked(given, kEncryptPbes2, [&](const PbeInput &input, CipherText text) {
+    return run_checked(given, kEncryptPbes2, [&](const PbeInput &input, CipherJob job) {
         const u32 length = get_IVLength(cipher_id);
         if (*iv_len != 0 && *iv_len != length) return PbeOutcome::unsupported;
         if (*iv_len == 0 && RAND_BYTES(iv, length) != 0) return PbeOutcome::no_memory;
         *iv_len = length;
-        return run_pbes2(input, cipher_id, digest_or_sha1(digest_id), iv, text);
+        return run_pbes2(input, cipher_id, digest_or_sha1(digest_id), iv, job);
     });
 }
 
@@ -152,8 +152,8 @@ uint32_t decrypt_PBES2(uint8_t *out, uint32_t *out_len, const char *password, ui
     if (iv == nullptr) return 0x4A110049;
     const Arguments given = {Direction::decrypt, out,        out_len, password, password_len, salt,
                              salt_len,           iterations, in,      in_len,   cipher_id};
-    return run_checked(given, kDecryptPbes2, [&](const PbeInput &input, CipherText text) {
-        return run_pbes2(input, cipher_id, digest_or_sha1(digest_id), iv, text);
+    return run_checked(given, kDecryptPbes2, [&](const PbeInput &input, CipherJob job) {
+        return run_pbes2(input, cipher_id, digest_or_sha1(digest_id), iv, job);
     });
 }
 

@@ -8,6 +8,15 @@ using namespace tlx;
 
 namespace {
 
+constexpr std::string_view kScrypt = "1.3.6.1.4.1.11591.4.11";
+
+/// The identifier of an AlgorithmIdentifier; null when there is none.
+Owned<OBJECT_IDENTIFIER> identifier_of(const Element &algorithm) noexcept {
+    Element identifier;
+    if (!Cursor(algorithm).next(TLX_TAG_OBJECT_IDENTIFIER, identifier)) return nullptr;
+    return Owned<OBJECT_IDENTIFIER>(decode_oid(identifier.contents));
+}
+
 /// What the parameters of PBES2 say of its cipher. `iv` stays the algorithm's.
 bool read_cipher(const X509_ALGO_IDENTIFIER *algorithm, u32 &cipher_id, const u8 *&iv) noexcept {
     if (read_content_algorithm(algorithm, cipher_id, iv)) return true;
@@ -55,7 +64,7 @@ constexpr auto kScryptParam = record<ScryptParam>(
     field<Nested<X509_ALGO_IDENTIFIER>>(&ScryptParam::scheme));
 
 /// At most 256 MB of memory, and as many passes over it as an iteration count allows.
-PbeOutcome derive_and_run(const ScryptParam &param, Bytes password, CipherText text,
+PbeOutcome derive_and_run(const ScryptParam &param, Bytes password, CipherJob job,
                           WorkBudget &budget) noexcept {
     constexpr u64 kMostMemory = u64{256} << 20;
     constexpr u64 kMostBlocks = kMostMemory / 128;
@@ -74,25 +83,24 @@ PbeOutcome derive_and_run(const ScryptParam &param, Bytes password, CipherText t
     }
     const ScryptInput input = {password, octets_of(param.salt), cost, static_cast<u32>(block_size),
                                static_cast<u32>(lanes)};
-    return run_scrypt(input, 2 * kMostMemory, cipher_id, iv, text);
+    return run_scrypt(input, 2 * kMostMemory, cipher_id, iv, job);
 }
 
 }  // namespace
 
-PbeOutcome tlx::decrypt_pbkdf2(const P5_PBE_PARAM &param, const PbeInput &input, CipherText text) noexcept {
+PbeOutcome tlx::decrypt_pbkdf2(const P5_PBE_PARAM &param, const PbeInput &input, CipherJob job) noexcept {
     u32 cipher_id = 0;
     const u8 *iv = nullptr;
-    const Prf *prf = param.prf == nullptr ? prfs().data() : find_prf(text_of(param.prf->algorithm));
+    const Prf *prf = find_prf(param.prf);
     if (prf == nullptr || !read_cipher(param.encryptionScheme, cipher_id, iv) ||
         !fits_key_length(param.keyLength, cipher_id)) {
         return PbeOutcome::unsupported;
     }
-    return run_pbes2(input, cipher_id, prf->digest_id, iv, text);
+    return run_pbes2(input, cipher_id, prf->digest_id, iv, job);
 }
 
-PbeOutcome tlx::decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes password, CipherText text,
+PbeOutcome tlx::decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes password, CipherJob job,
                                WorkBudget &budget) noexcept {
-    constexpr std::string_view kScrypt = "1.3.6.1.4.1.11591.4.11";
     Element element;
     ScryptParam param = {};
     ScryptParam *out = &param;
@@ -100,7 +108,27 @@ PbeOutcome tlx::decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes pass
                       read_record(kScryptParam, element, &out) == 0;
     const bool other = param.function != nullptr && text_of(param.function) != kScrypt;
     PbeOutcome outcome = other ? PbeOutcome::unsupported : PbeOutcome::broken;
-    if (read && !other) outcome = derive_and_run(param, password, text, budget);
+    if (read && !other) outcome = derive_and_run(param, password, job, budget);
     clean_record(kScryptParam, &param);
     return outcome;
+}
+
+Owned<OBJECT_IDENTIFIER> tlx::find_unsupported(const X509_ALGO_IDENTIFIER &algorithm) noexcept {
+    Element parameters;
+    Element derivation;
+    Element cipher;
+    const PbeAlgorithm *known = find_pbe_algorithm(text_of(algorithm.algorithm));
+    if (known == nullptr || known->family != PbeFamily::pbes2 ||
+        !view_node(algorithm.parameters, parameters)) {
+        return Owned<OBJECT_IDENTIFIER>(dup_OBJECT_IDENTIFIER(algorithm.algorithm));
+    }
+    Cursor members(parameters);
+    const bool read = members.next(TLX_TAG_SEQUENCE, derivation) && members.next(TLX_TAG_SEQUENCE, cipher);
+    if (!read) return Owned<OBJECT_IDENTIFIER>(dup_OBJECT_IDENTIFIER(algorithm.algorithm));
+    const Owned<P5_PBE_PARAM> param(get_P5_PBE_PARAM_from_X509_ALGO_IDENTIFIER(&algorithm));
+    if (param && find_prf(param->prf) == nullptr) {
+        return Owned<OBJECT_IDENTIFIER>(dup_OBJECT_IDENTIFIER(param->prf->algorithm));
+    }
+    Owned<OBJECT_IDENTIFIER> function = identifier_of(derivation);
+    return !param && text_of(function.get()) != kScrypt ? std::move(function) : identifier_of(cipher);
 }

@@ -7,11 +7,11 @@ namespace tlx {
 
 /// Decrypts with a key of PBKDF2.
 [[nodiscard]] PbeOutcome decrypt_pbkdf2(const P5_PBE_PARAM &param, const PbeInput &input,
-                                        CipherText text) noexcept;
+                                        CipherJob job) noexcept;
 
 /// Decrypts with a key of scrypt (RFC 7914), whose parameters the algorithm identifier holds. Another
 /// derivation is unsupported.
-[[nodiscard]] PbeOutcome decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes password,
-                                        CipherText text, WorkBudget &budget) noexcept;
+[[nodiscard]] PbeOutcome decrypt_scrypt(const X509_ALGO_IDENTIFIER &algorithm, Bytes password, CipherJob job,
+                                        WorkBudget &budget) noexcept;
 
 }  // namespace tlx

@@ -19,7 +19,7 @@ const char *cipher_name(const X509_ALGO_IDENTIFIER *algorithm) noexcept {
 }
 
 const char *prf_name(const X509_ALGO_IDENTIFIER *algorithm) noexcept {
-    const Prf *prf = algorithm == nullptr ? prfs().data() : find_prf(text_of(algorithm->algorithm));
+    const Prf *prf = find_prf(algorithm);
     return prf == nullptr ? "" : prf->name.data();
 }
 
