@@ -32,4 +32,12 @@ void add_password_file(CLI::App *command, std::string &path) {
              "File whose first line is the password of an encrypted key; by default it is typed");
 }
 
+void add_new_file(CLI::App *command, std::string &new_password_file, bool &force, std::string &output,
+                  const char *help) {
+    add_file(command, "--new-password-file", new_password_file,
+             "File whose first line is the password to encrypt with");
+    command->add_flag("--force", force, "Replace a file that exists");
+    add_file(command, "-o,--output", output, help)->required();
+}
+
 }  // namespace tool

@@ -23,6 +23,7 @@ struct CommandLine {
     DecryptOptions decrypt;
     ShowMessageOptions show_message;
     Pkcs12Options pkcs12;
+    Pkcs12MakeOptions pkcs12_make;
     KeyOptions key;
     IdentityOptions identity;
     std::function<int()> run;  ///< the command that was given, with its options
@@ -51,6 +52,10 @@ void add_operand(CLI::App *command, const char *name, std::string &path, const c
 void add_json(CLI::App *command, bool &json);
 
 void add_password_file(CLI::App *command, std::string &path);
+
+/// Options of commands that write a file with a private key: --new-password-file, --force and --output.
+void add_new_file(CLI::App *command, std::string &new_password_file, bool &force, std::string &output,
+                  const char *help);
 
 /// tlxpki key and tlxpki identity, and what stands below them.
 void add_key(CLI::App &app, CommandLine &line);

@@ -16,12 +16,13 @@ struct Shape {
 };
 
 /// Certificate, CertificationRequest and CertificateList are alike outside. SubjectPublicKeyInfo (RFC 5280),
-/// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208),
-/// ContentInfo (RFC 2315).
+/// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208), PFX with
+/// and without MacData (RFC 7292), ContentInfo (RFC 2315).
 constexpr Shape kOuterShapes[] = {
     {"303003", true, Kind::kCertificate}, {"3003", true, Kind::kPublicKeyInfo},
     {"0202", true, Kind::kRsaPublic},     {"020202020202020202", false, Kind::kRsaPrivate},
     {"023004", false, Kind::kPkcs8},      {"3004", true, Kind::kEncryptedPkcs8},
+    {"023030", true, Kind::kPkcs12},      {"0230", true, Kind::kPkcs12},
     {"06A0", true, Kind::kMessage},
 };
 
@@ -43,6 +44,7 @@ constexpr const char *kNames[] = {"a certificate",
                                   "an RSA private key",
                                   "a PKCS #8 private key",
                                   "an encrypted PKCS #8 private key",
+                                  "a PKCS #12 file",
                                   "a PKCS #7 message",
                                   ""};
 

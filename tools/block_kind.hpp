@@ -14,6 +14,7 @@ enum class Kind {
     kRsaPrivate,
     kPkcs8,
     kEncryptedPkcs8,
+    kPkcs12,
     kMessage,
     kOther
 };

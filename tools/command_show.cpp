@@ -45,6 +45,9 @@ std::string not_shown(const Block &block, Kind kind) {
     if (kind == Kind::kMessage) {
         return subject + " is " + kind_name(kind) + "; \"tlxpki message show\" shows it";
     }
+    if (kind == Kind::kPkcs12) {
+        return subject + " is " + kind_name(kind) + "; \"tlxpki pkcs12 show\" shows it";
+    }
     return subject + " is " + kind_name(kind) +
            "; show reads certificates and keys only, \"tlxpki asn1\" any element";
 }

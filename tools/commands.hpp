@@ -89,6 +89,20 @@ struct Pkcs12Options {
     std::string password_file;
     std::string mac_password_file;
     std::string folder;  ///< empty for none
+    bool force = false;
+    bool json = false;
+};
+
+struct Pkcs12MakeOptions {
+    std::string key;
+    std::string cert;
+    std::vector<std::string> chain;
+    std::string name;  ///< empty for none
+    std::string password_file;
+    std::string new_password_file;
+    std::string scheme = "pbes2";
+    std::string output;
+    bool force = false;
     bool json = false;
 };
 
@@ -135,6 +149,8 @@ int run_encrypt(const EncryptOptions &options);
 int run_decrypt(const DecryptOptions &options);
 int run_show_message(const ShowMessageOptions &options);
 int run_pkcs12_open(const Pkcs12Options &options);
+int run_pkcs12_show(const Pkcs12Options &options);
+int run_pkcs12_make(const Pkcs12MakeOptions &options);
 int run_key_show(const KeyOptions &options);
 int run_key_convert(const KeyOptions &options);
 int run_key_password(const KeyOptions &options);

@@ -48,6 +48,10 @@ Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*c
 /// The parameters of an RSASSA-PSS signature (RFC 4055, section 3.1), given their element.
 [[nodiscard]] Json describe_pss(Octets parameters);
 
+/// How an algorithm of password-based encryption encrypts: the scheme and, of PBES2, the cipher, the function
+/// and the iterations, by name.
+[[nodiscard]] Json describe_encryption(const X509_ALGO_IDENTIFIER *algorithm);
+
 /// A certificate, with digests of the octets it was read from.
 [[nodiscard]] Json describe_certificate(const X509_CERT *cert, Octets der);
 

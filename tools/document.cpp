@@ -167,6 +167,14 @@ std::string oid_line(const Json &oid) {
     return oid.contains("name") ? oid.at("name").get<std::string>() + " (" + dotted + ")" : dotted;
 }
 
+std::string values_line(const Json &object) {
+    std::string line;
+    for (const auto &[key, value] : object.items()) {
+        line += (line.empty() ? "" : ", ") + line_of(value);
+    }
+    return line;
+}
+
 std::string number_hex(const BIGINT *number) {
     const Text digits(BIGINT_to_hex(number));
     return digits == nullptr ? "(none)" : "0x" + std::string(digits.get());

@@ -30,6 +30,9 @@ void print_dump(std::ostream &out, const std::string &digits, std::size_t indent
 /// An object of oid_json() on one line: "CN (2.5.4.3)".
 [[nodiscard]] std::string oid_line(const Json &oid);
 
+/// The values of an object on one line, with commas between them.
+[[nodiscard]] std::string values_line(const Json &object);
+
 /// A number as "0x" and hexadecimal digits.
 [[nodiscard]] std::string number_hex(const BIGINT *number);
 

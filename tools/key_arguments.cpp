@@ -12,10 +12,7 @@ void add_input(CLI::App *command, KeyOptions &options, const char *name, const c
 
 void add_output(CLI::App *command, KeyOptions &options) {
     add_json(command, options.json);
-    add_file(command, "--new-password-file", options.new_password_file,
-             "File whose first line is the password to encrypt with");
-    command->add_flag("--force", options.force, "Replace a file that exists");
-    add_file(command, "-o,--output", options.output, "Where the key goes")->required();
+    add_new_file(command, options.new_password_file, options.force, options.output, "Where the key goes");
 }
 
 void add_form(CLI::App *command, KeyOptions &options) {

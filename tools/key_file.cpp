@@ -3,7 +3,9 @@
 #include <filesystem>
 
 #include "block_kind.hpp"
+#include "describe.hpp"
 #include "output.hpp"
+#include "pkcs12_file.hpp"
 #include "record.hpp"
 
 namespace tool {
@@ -33,11 +35,13 @@ KeyInfo info_of(const RsaKey &unit) {
     return KeyInfo(info);
 }
 
-std::string why_not_opened(uint32_t status) {
+std::string why_not_opened(uint32_t status, const PKCS8 *container) {
     constexpr uint32_t kWrongPassword = 0x4A410012;
-    return status == kWrongPassword
-               ? "the password is wrong, or the file was damaged: " + status_sentence(status)
-               : "the key cannot be decrypted: " + status_sentence(status);
+    if (status == kWrongPassword) {
+        return "the password is wrong, or the file was damaged: " + status_sentence(status);
+    }
+    return "the key cannot be decrypted: " + status_sentence(status) + " (" +
+           values_line(describe_encryption(container->encryptionAlgorithm)) + ")";
 }
 
 void open_container(KeyFile &key, Password &password) {
@@ -45,7 +49,7 @@ void open_container(KeyFile &key, Password &password) {
     P8_PRIV_KEY_INFO *info = nullptr;
     const uint32_t status =
         open_PKCS8(key.container.get(), text.data(), static_cast<uint32_t>(text.size()), &info);
-    if (status != 0) throw Failure(key.source + ": " + why_not_opened(status));
+    if (status != 0) throw Failure(key.source + ": " + why_not_opened(status, key.container.get()));
     key.info.reset(info);
 }
 
@@ -99,7 +103,36 @@ Buffer in_pkcs1(const P8_PRIV_KEY_INFO *info, const KeyForm &form, Password &pas
     return {reinterpret_cast<uint8_t *>(text), std::string_view(text).size()};
 }
 
-}  // namespace
+/// The private keys of a block that is a file of PKCS #12.
+std::vector<KeyFile> read_pkcs12(const Block &block, Password &password) {
+    const Pfx pfx = decode_pfx(block.octets, block.source);
+    Entries entries;
+    if (open_pfx(pfx.get(), block.source, password, Password(""), entries) != 0) {
+        throw Failure(block.source + ": the password is wrong, or the file was damaged");
+    }
+    std::vector<KeyFile> keys;
+    for (uint32_t i = 0; i < get_P12_ENTRIES_count(entries.get()); ++i) {
+        const P12_ENTRY &entry = entry_at(entries, i);
+        if (entry.kind != TLX_P12_PRIVATE_KEY) continue;
+        const Octets octets = octets_of(entry.value);
+        void *info = nullptr;
+        const uint32_t status = readDER_from_Buffer(&info, TLX_DECODER(Seq_to_P8_PRIV_KEY_INFO),
+                                                    octets.data(), static_cast<uint32_t>(octets.size()));
+        if (status != 0)
+            throw Failure(block.source + ": a key cannot be decoded: " + status_sentence(status));
+        KeyFile key;
+        key.info.reset(static_cast<P8_PRIV_KEY_INFO *>(info));
+        key.source = block.source;
+        key.is_pkcs12 = true;
+        keys.push_back(std::move(key));
+    }
+    if (keys.empty()) throw Failure(block.source + ": holds no private key that can be read");
+    return keys;
+}
+
+bool is_pkcs12(const Block &block) {
+    return !block.is_encrypted && block.unusable.empty() && kind_of(block) == Kind::kPkcs12;
+}
 
 bool holds_private_key(const Block &block) {
     if (block.is_encrypted) return true;
@@ -107,6 +140,23 @@ bool holds_private_key(const Block &block) {
     const Kind kind = kind_of(block);
     return kind == Kind::kRsaPrivate || kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8;
 }
+
+/// The key of the first block that holds one, or all of a file of PKCS #12.
+std::vector<KeyFile> read_keys(const std::string &file, Password &password) {
+    const Input input(file);
+    for (const Block &block : input.blocks()) {
+        if (is_pkcs12(block)) return read_pkcs12(block, password);
+        if (holds_private_key(block)) {
+            std::vector<KeyFile> keys;
+            keys.push_back(read_key(block, password));
+            return keys;
+        }
+        if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
+    }
+    throw Failure(file + ": holds no private key of PKCS #1, PKCS #8 or PKCS #12");
+}
+
+}  // namespace
 
 KeyFile read_key(const Block &block, Password &password) {
     KeyFile key;
@@ -136,13 +186,7 @@ KeyFile read_key(const Block &block, Password &password) {
 
 KeyFile load_key(const std::string &path, Password &password, KeyUse use) {
     const std::string_view name = kKeysOfFolder[static_cast<std::size_t>(use)];
-    const std::string file = is_folder(path) ? in_folder(path, name) : path;
-    const Input input(file);
-    for (const Block &block : input.blocks()) {
-        if (holds_private_key(block)) return read_key(block, password);
-        if (!block.unusable.empty()) throw Failure(block.source + ": " + block.unusable);
-    }
-    throw Failure(file + ": holds no private key of PKCS #1 or PKCS #8");
+    return std::move(read_keys(is_folder(path) ? in_folder(path, name) : path, password).front());
 }
 
 Key load_private_key(const std::string &path, Password &password, KeyUse use) {
@@ -154,11 +198,8 @@ Key load_private_key(const std::string &path, Password &password, KeyUse use) {
 }
 
 std::vector<KeyFile> load_keys(const std::string &path, Password &password) {
+    if (!is_folder(path)) return read_keys(path, password);
     std::vector<KeyFile> keys;
-    if (!is_folder(path)) {
-        keys.push_back(load_key(path, password));
-        return keys;
-    }
     for (const std::string_view name : kKeysOfFolder) {
         if (exists(in_folder(path, name))) keys.push_back(load_key(in_folder(path, name), password));
     }
@@ -167,6 +208,7 @@ std::vector<KeyFile> load_keys(const std::string &path, Password &password) {
 }
 
 KeyForm form_of(const KeyFile &key) {
+    if (key.is_pkcs12) throw Failure(key.source + ": is a PKCS #12 file; see tlxpki pkcs12 make");
     KeyForm form = {.is_pkcs1 = key.is_pkcs1, .is_der = key.is_der, .scheme = std::string(kNone)};
     if (key.is_encrypted_pem) form.scheme = "des-ede3-cbc";
     if (key.container == nullptr) return form;

@@ -1,4 +1,4 @@
-// Private keys as files hold them, in PKCS #1 and PKCS #8.
+// Private keys as files hold them, in PKCS #1, PKCS #8 and PKCS #12.
 #pragma once
 
 #include "document.hpp"
@@ -14,25 +14,23 @@ struct KeyFile {
     KeyInfo info;
     std::string source;
     bool is_pkcs1 = false;
+    bool is_pkcs12 = false;
     bool is_der = false;
     EncryptedKey container;         ///< of PKCS #8; null when the key is not encrypted
     bool is_encrypted_pem = false;  ///< of PKCS #1
 };
 
-/// Whether a block holds a private key.
-[[nodiscard]] bool holds_private_key(const Block &block);
-
 /// The key of a block that holds one. Throws Failure.
 [[nodiscard]] KeyFile read_key(const Block &block, Password &password);
 
-/// The key of a file, or of one file of a folder as Korean programs keep it. Throws Failure.
+/// The first key of a file, or of one file of a folder as Korean programs keep it. Throws Failure.
 enum class KeyUse { kSign, kDecrypt };
 [[nodiscard]] KeyFile load_key(const std::string &path, Password &password, KeyUse use = KeyUse::kSign);
 
 /// The same of a key to compute with. Throws Failure also for a key of another kind than RSA and KCDSA.
 [[nodiscard]] Key load_private_key(const std::string &path, Password &password, KeyUse use = KeyUse::kSign);
 
-/// The keys of a folder, or the one of a file.
+/// The keys of a folder or of a file of PKCS #12, or the first one of another file.
 [[nodiscard]] std::vector<KeyFile> load_keys(const std::string &path, Password &password);
 
 /// How a key is written.
@@ -49,7 +47,7 @@ struct KeyForm {
 /// A key without its secret numbers, and how its file holds it.
 [[nodiscard]] Json describe_key_file(const KeyFile &key);
 
-/// What a key's own file says.
+/// What a key's own file says. Throws Failure when no file of that form is written.
 [[nodiscard]] KeyForm form_of(const KeyFile &key);
 
 /// Writes a key to a file that is its owner's alone. Throws Failure, also for a file that exists unless

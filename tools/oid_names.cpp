@@ -10,7 +10,8 @@ namespace tool {
 
 namespace {
 
-/// RFC 5480, RFC 5758, RFC 8410, RFC 8692, FIPS 202, ETSI EN 319 412-1, RFC 6960.
+/// RFC 5480, RFC 5639, RFC 5758, RFC 8410, RFC 8692, FIPS 202, ETSI EN 319 412-1, RFC 6960; of password-based
+/// encryption RFC 8018, RFC 7914, RFC 7292, RFC 4357, RFC 9215, RFC 5084.
 constexpr OidName kNames[] = {
     {"organizationIdentifier", "organizationIdentifier", "2.5.4.97"},
     {"X25519", "X25519", "1.3.101.110"},
@@ -36,6 +37,30 @@ constexpr OidName kNames[] = {
     {"RSA-SHA3-256", "sha3-256WithRSAEncryption", "2.16.840.1.101.3.4.3.14"},
     {"RSA-SHA3-384", "sha3-384WithRSAEncryption", "2.16.840.1.101.3.4.3.15"},
     {"RSA-SHA3-512", "sha3-512WithRSAEncryption", "2.16.840.1.101.3.4.3.16"},
+    {"brainpoolP256r1", "brainpoolP256r1", "1.3.36.3.3.2.8.1.1.7"},
+    {"brainpoolP384r1", "brainpoolP384r1", "1.3.36.3.3.2.8.1.1.11"},
+    {"brainpoolP512r1", "brainpoolP512r1", "1.3.36.3.3.2.8.1.1.13"},
+    {"PBMAC1", "PBMAC1", "1.2.840.113549.1.5.14"},
+    {"scrypt", "scrypt", "1.3.6.1.4.1.11591.4.11"},
+    {"hmacWithSHA224", "hmacWithSHA224", "1.2.840.113549.2.8"},
+    {"hmacWithSHA256", "hmacWithSHA256", "1.2.840.113549.2.9"},
+    {"hmacWithSHA384", "hmacWithSHA384", "1.2.840.113549.2.10"},
+    {"hmacWithSHA512", "hmacWithSHA512", "1.2.840.113549.2.11"},
+    {"hmacWithSHA512-224", "hmacWithSHA512-224", "1.2.840.113549.2.12"},
+    {"hmacWithSHA512-256", "hmacWithSHA512-256", "1.2.840.113549.2.13"},
+    {"RC5-CBC-PAD", "rc5-cbc-pad", "1.2.840.113549.3.9"},
+    {"AES-128-GCM", "aes-128-gcm", "2.16.840.1.101.3.4.1.6"},
+    {"AES-192-GCM", "aes-192-gcm", "2.16.840.1.101.3.4.1.26"},
+    {"AES-256-GCM", "aes-256-gcm", "2.16.840.1.101.3.4.1.46"},
+    {"GOST-94", "GOST R 34.11-94", "1.2.643.2.2.9"},
+    {"HMAC-GOST-94", "HMAC of GOST R 34.11-94", "1.2.643.2.2.10"},
+    {"GOST-89", "GOST 28147-89", "1.2.643.2.2.21"},
+    {"GOST-2012-256", "GOST R 34.11-2012, 256 bits", "1.2.643.7.1.1.2.2"},
+    {"GOST-2012-512", "GOST R 34.11-2012, 512 bits", "1.2.643.7.1.1.2.3"},
+    {"HMAC-GOST-2012-256", "HMAC of GOST R 34.11-2012, 256 bits", "1.2.643.7.1.1.4.1"},
+    {"HMAC-GOST-2012-512", "HMAC of GOST R 34.11-2012, 512 bits", "1.2.643.7.1.1.4.2"},
+    {"Magma-CTR-ACPKM", "magma-ctr-acpkm", "1.2.643.7.1.1.5.1.1"},
+    {"Kuznyechik-CTR-ACPKM", "kuznyechik-ctr-acpkm", "1.2.643.7.1.1.5.2.1"},
 };
 
 std::string lower(std::string text) {

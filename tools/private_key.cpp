@@ -1,6 +1,5 @@
 #include "private_key.hpp"
 
-#include "hidden_line.hpp"
 #include "record.hpp"
 
 namespace tool {
@@ -27,52 +26,6 @@ std::string why_not_decrypted(const Block &block, uint32_t status) {
 }
 
 }  // namespace
-
-std::string_view first_line(Octets octets) {
-    const std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
-    return text.substr(0, text.find_first_of("\r\n"));
-}
-
-Password::Password(const std::string &path) {
-    if (path.empty()) return;
-    file_.emplace(path);
-    expect_contents(file_->blocks().front());
-}
-
-std::optional<std::string_view> Password::type(const std::string &prompt, Buffer &room) {
-    constexpr std::size_t kLongest = 4096;  // as a terminal's lines are
-    room = Buffer::of_size(kLongest);
-    const std::span<char> characters(reinterpret_cast<char *>(room.data()), kLongest);
-    const auto size = read_hidden_line(prompt, characters);
-    if (!size) return std::nullopt;
-    return std::string_view(characters.data(), *size);
-}
-
-std::string_view Password::of_key(const std::string &source) {
-    if (file_) {
-        const std::string_view line = first_line(file_->blocks().front().octets);
-        if (!line.empty()) return line;
-        throw Failure(source + ": the key is encrypted, and the first line of the password file is empty");
-    }
-    const auto text = type("Password of " + printable(source) + ": ", typed_);
-    if (!text) throw Failure(source + ": the key is encrypted; give its password with --password-file");
-    if (text->empty()) throw Failure(source + ": the key is encrypted, and no password was typed");
-    return *text;
-}
-
-std::string_view Password::of_new_key() {
-    if (file_) {
-        const std::string_view line = first_line(file_->blocks().front().octets);
-        if (!line.empty()) return line;
-        throw Failure("the first line of the new password file is empty");
-    }
-    Buffer again;
-    const auto text = type("New password: ", typed_);
-    if (!text) throw Failure("give the password of the new key with --new-password-file, or --scheme none");
-    if (text->empty()) throw Failure("no new password was typed; --scheme none writes the key without one");
-    if (type("New password again: ", again) != text) throw Failure("the two passwords differ");
-    return *text;
-}
 
 RsaKey decrypt_key(const Block &block, Password &password) {
     if (block.label != "RSA PRIVATE KEY") {

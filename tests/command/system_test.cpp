@@ -51,10 +51,15 @@ TEST_F(CommandSystem, KeysAreForTheirOwnerAlone) {
     using std::filesystem::perms;
     const Result converted = run({"key", "convert", "--scheme", "none", "-o", "key.pem", "rsa-0.pem"});
     EXPECT_EQ(converted.status, 0) << converted;
-    folder_.run("openssl pkcs12 -export -inkey key.pem -nocerts -passout pass: -out key.p12; mkdir keys");
+    folder_.run(
+        "openssl pkcs12 -export -inkey key.pem -nocerts -passout pass: -out key.p12; mkdir keys; "
+        "openssl req -x509 -key key.pem -subj /CN=a -out own.pem");
     const Result opened = run({"pkcs12", "open", "-o", "keys", "key.p12"});
     EXPECT_EQ(opened.status, 0) << opened;
-    for (const char *key : {"key.pem", "keys/key-1.key"})
+    const Result made = run(
+        {"pkcs12", "make", "--key", "key.pem", "--cert", "own.pem", "--scheme", "none", "-o", "made.p12"});
+    EXPECT_EQ(made.status, 0) << made;
+    for (const char *key : {"key.pem", "keys/key-1.key", "made.p12"})
         EXPECT_EQ(std::filesystem::status(key).permissions(), perms::owner_read | perms::owner_write) << key;
 }
 
@@ -161,8 +166,8 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
     for (const std::string command :
          {"verify", "show", "asn1", "oid", "status", "message sign", "message verify", "message encrypt",
-          "message decrypt", "message show", "pkcs12 open", "key show", "key convert", "key password",
-          "key make", "identity check"}) {
+          "message decrypt", "message show", "pkcs12 open", "pkcs12 show", "pkcs12 make", "key show",
+          "key convert", "key password", "key make", "identity check"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
