@@ -1,4 +1,4 @@
-// PKCS #12 beside libcrypto: the derivation of keys.
+// PKCS #12 beside libcrypto: the derivation of keys, and whole files.
 #include <benchmark/benchmark.h>
 #include <tlxpki.h>
 
@@ -36,5 +36,48 @@ void derive_libcrypto(benchmark::State &state, const char *digest, std::size_t l
 }
 BENCHMARK_CAPTURE(derive_libcrypto, sha1, "SHA1", 20);
 BENCHMARK_CAPTURE(derive_libcrypto, sha256, "SHA256", 32);
+
+constexpr char kPassword[] = "secret";
+constexpr std::uint32_t kPasswordLength = sizeof kPassword - 1;
+
+/// A file whose key and certificate are derived for with so many iterations, and its code.
+Octets file_of(const benchmark::State &state, const char *scheme) {
+    return peer_file(scheme, kPassword, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+}
+
+/// From the octets of a file to its entries.
+void open_file(benchmark::State &state, const char *scheme) {
+    const Octets file = file_of(state, scheme);
+    for (auto _ : state) {
+        P12_PFX *pfx = nullptr;
+        P12_ENTRIES *entries = nullptr;
+        TLX_READ_DER(P12_PFX, &pfx, file.data(), static_cast<std::uint32_t>(file.size()));
+        check(state, open_PKCS12(pfx, kPassword, kPasswordLength, nullptr, 0, &entries) == 0 &&
+                         get_P12_ENTRIES_count(entries) == 2 &&
+                         get_P12_ENTRIES_child(entries, 0)->owner == 1);
+        free_P12_ENTRIES(entries);
+        free_P12_PFX(pfx);
+    }
+}
+
+void open_file_libcrypto(benchmark::State &state, const char *scheme) {
+    const Octets file = file_of(state, scheme);
+    for (auto _ : state)
+        check(state, peer_open_file(file, kPassword));
+}
+
+// PBKDF2 decides, then the derivation of PKCS #12.
+BENCHMARK_CAPTURE(open_file_libcrypto, pbes2, "AES-256-CBC")
+    ->Args({100000, 1})
+    ->Args({2048, 2048})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open_file, pbes2, "AES-256-CBC")
+    ->Args({100000, 1})
+    ->Args({2048, 2048})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open_file_libcrypto, pkcs12, "PBE-SHA1-3DES")
+    ->Args({100000, 100000})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open_file, pkcs12, "PBE-SHA1-3DES")->Args({100000, 100000})->Unit(benchmark::kMillisecond);
 
 }  // namespace
