@@ -37,9 +37,12 @@
 #include <tlxpki/pkcs7_types.h>
 #include <tlxpki/pkcs8.h>
 #include <tlxpki/print.h>
+#include <tlxpki/signed_trust_list.h>
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>
 #include <tlxpki/time.h>
+#include <tlxpki/token_list.h>
+#include <tlxpki/trust_list.h>
 #include <tlxpki/typed.h>
 #include <tlxpki/types.h>
 #include <tlxpki/version.h>

@@ -310,12 +310,17 @@ TEST(ExtensionMembers, AreFoundInLists) {
     EXPECT_EQ(encoded(GENERAL_NAME_to_Seq, first), "470C0103");
     first->choice = TLX_GENERAL_NAME_DNS_NAME;
 
-    const Held<free_OBJECT_IDENTIFIERS> list(
-        decoded(Seq_to_OBJECT_IDENTIFIERS, "30{06:2A01 06:2A03 06:2A03}"));
-    const std::pair<const char *, std::int32_t> places[] = {{"1.2.1", 0}, {"1.2.3", 1}, {"1.2.30", -1}};
+    const Held<free_OBJECT_IDENTIFIERS> list(decoded(Seq_to_OBJECT_IDENTIFIERS, "30{06:2A01 06:2A03}"));
+    EXPECT_EQ(add_OBJECT_IDENTIFIERS(list.get(), oid_of("1.2.3").get()), 0U);
+    EXPECT_EQ(add_OBJECT_IDENTIFIERS(list.get(), oid_of("1.2.4").get()), 0U);
+    const std::pair<const char *, std::int32_t> places[] = {
+        {"1.2.1", 0}, {"1.2.3", 1}, {"1.2.4", 3}, {"1.2.30", -1}};
     for (const auto &[dotted, place] : places)
-        EXPECT_EQ(get_OBJECT_IDENTIFIERS_index(list.get(), oid_of(dotted).get()), place) << dotted;
-    expect_refuses_null(-1, get_OBJECT_IDENTIFIERS_index, list.get(), oid_of("1.2.3").get());
+        EXPECT_EQ(get_OBJECT_IDENTIFIERS_index_by_OBJECT_IDENTIFIER(list.get(), oid_of(dotted).get()), place)
+            << dotted;
+    expect_refuses_null(-1, get_OBJECT_IDENTIFIERS_index_by_OBJECT_IDENTIFIER, list.get(),
+                        oid_of("1.2.3").get());
+    expect_refuses_null(1, add_OBJECT_IDENTIFIERS, list.get(), oid_of("1.2.3").get());
 
     KISA_IDENTIFY_DATA *out = nullptr;
     expect_refuses_null(0x473D0049, get_KISA_IDENTIFY_DATA_from_GENERAL_NAMES, names.get(), &out);

@@ -82,11 +82,6 @@ Json describe_attribute(const X509_ATTRIBUTE *attribute) {
     return json;
 }
 
-Json describe_attributes(const X509_ATTRIBUTES *attributes) {
-    return describe_items(attributes, get_X509_ATTRIBUTES_count, get_X509_ATTRIBUTES_child,
-                          describe_attribute);
-}
-
 Json describe_whole_signer(const P7_SIGNER_INFO *signer) {
     Json json = {{"version", number_text(signer->version)}};
     json.update(describe_signer(signer));
@@ -203,6 +198,11 @@ Json signing_time_of(const X509_ATTRIBUTES *attributes) {
 
 }  // namespace
 
+Json describe_attributes(const X509_ATTRIBUTES *attributes) {
+    return describe_items(attributes, get_X509_ATTRIBUTES_count, get_X509_ATTRIBUTES_child,
+                          describe_attribute);
+}
+
 Json describe_signer(const P7_SIGNER_INFO *signer) {
     Json json = Json::object();
     add_certificate_name(json, signer->issuerAndSerialNumber);
@@ -256,10 +256,8 @@ Json describe_message(const P7_CONTENT_INFO *message) {
         case TLX_OID_PKCS7_ENCRYPTED_DATA:
             describe_contents(json, *message->content.encryptedData);
             break;
-        default: {
-            Owned<uint8_t, tlx_free> owner;
-            json["octets"] = encoded(message->content.trustList, owner).size();
-        }
+        default:
+            json.update(describe_trust_list(message->content.trustList));
     }
     return json;
 }

@@ -12,7 +12,7 @@
  * | 24 pkcs7-signedAndEnvelopedData | signedAndEnvelopedData   | 1                                   |
  * | 25 pkcs7-digestData       | digestedData                   | 0                                   |
  * | 26 pkcs7-encryptedData    | encryptedData                  | 0                                   |
- * | 837 kisa-ctl              | trustList, as it was received  |                                     |
+ * | 837 kisa-ctl              | trustList                      |                                     |
  *
  * Decoding:
  * - It reads BER as other programs write it: indefinite lengths, and octet strings in segments, also in

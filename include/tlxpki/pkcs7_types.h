@@ -8,6 +8,7 @@
 #define TLXPKI_PKCS7_TYPES_H
 
 #include <tlxcrypto/cipher.h>
+#include <tlxpki/trust_list.h>
 #include <tlxpki/x509_crl.h>
 #include <tlxpki/x509_types.h>
 
@@ -73,8 +74,8 @@ typedef struct P7_CONTENT_INFO {
         struct P7_SIGNED_AND_ENVELOPED_DATA *signedAndEnvelopedData;
         struct P7_DIGESTED_DATA *digestedData;
         struct P7_ENCRYPTED_DATA *encryptedData;
-        ASN1_UNIT *trustList; /**< of the type "kisa-ctl": the complete element */
-    } content;                /**< by contentType */
+        CERT_TRUST_LIST *trustList; /**< of the type "kisa-ctl" */
+    } content;                      /**< by contentType */
     ASN1_UNIT *received; /**< in content that was decoded as signed or digested and is not data: the element
                             of content as received, never written, whose contents octets are what was
                             digested; null otherwise and when content was replaced by a function of this

@@ -34,6 +34,7 @@ TLX_BEGIN_DECLS
 #define TLX_STATUS_REASON(status) ((status)&0xFFFFU)
 
 /* Module groups. */
+#define TLX_GROUP_TOKEN_LIST 0x30U        /**< KISA's list of hardware tokens */
 #define TLX_GROUP_SHARED 0x40U            /**< routines shared by the X.509 and object identifier modules */
 #define TLX_GROUP_VALUES 0x41U            /**< ASN1_STRING and ASN1_TIME */
 #define TLX_GROUP_BER 0x42U               /**< BER layer: node building, typed encoders */

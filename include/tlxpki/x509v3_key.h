@@ -124,11 +124,16 @@ TLXPKI_API uint32_t add_OBJECT_IDENTIFIERS_child(OBJECT_IDENTIFIERS *list, const
 TLXPKI_API OBJECT_IDENTIFIER *remove_OBJECT_IDENTIFIERS_child(OBJECT_IDENTIFIERS *list, int32_t index);
 /** @} */
 
+/** Appends a copy of an identifier. Returns 0; 1 for a null argument and when memory runs out (the list is
+ * unchanged then). */
+TLXPKI_API uint32_t add_OBJECT_IDENTIFIERS(OBJECT_IDENTIFIERS *list, const OBJECT_IDENTIFIER *oid);
 /** Returns the zero-based index of the first item equal to oid; -1 when there is none and for a null
  * argument. */
-TLXPKI_API int32_t get_OBJECT_IDENTIFIERS_index(const OBJECT_IDENTIFIERS *list, const OBJECT_IDENTIFIER *oid);
+TLXPKI_API int32_t get_OBJECT_IDENTIFIERS_index_by_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIERS *list,
+                                                                     const OBJECT_IDENTIFIER *oid);
 
-/** ExtKeyUsageSyntax: the object identifiers of purposes. get_OBJECT_IDENTIFIERS_index() finds one. */
+/** ExtKeyUsageSyntax: the object identifiers of purposes.
+ * get_OBJECT_IDENTIFIERS_index_by_OBJECT_IDENTIFIER() finds one. */
 typedef OBJECT_IDENTIFIERS EXTENDED_KEY_USAGE;
 
 /**

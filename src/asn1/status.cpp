@@ -21,6 +21,7 @@ struct Named {
 constexpr const char *kUnknown = "unknown";
 
 constexpr Named kModules[] = {
+    {TLX_GROUP_TOKEN_LIST, "KISA list of hardware tokens"},
     {TLX_GROUP_SHARED, "shared by X.509 and object identifiers"},
     {TLX_GROUP_VALUES, "ASN.1 strings and times"},
     {TLX_GROUP_BER, "BER encoding"},
@@ -89,6 +90,11 @@ constexpr Named kX509Reasons[] = {
 constexpr Named kPkcs12Reasons[] = {
     {0x000D, "the parameters of the code cannot be set"},
     {TLX_REASON_BAD_SIGNATURE_VALUE, "the code cannot be computed or stored"},
+};
+constexpr Named kTokenListReasons[] = {
+    {0x0010, "the signed part is missing"},
+    {0x0011, "the signature is missing"},
+    {0x0029, "the key is not RSA"},
 };
 constexpr Named kPemReasons[] = {
     {TLX_REASON_ENCRYPTED, "the contents are encrypted"},
@@ -189,6 +195,7 @@ const char *reason_of(u32 status) noexcept {
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PATH_VALIDATION) special = find(kPathReasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_X509) special = find(kX509Reasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PKCS12) special = find(kPkcs12Reasons, reason);
+    if (TLX_STATUS_GROUP(status) == TLX_GROUP_TOKEN_LIST) special = find(kTokenListReasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PEM) special = find(kPemReasons, reason);
     const char *text = special != nullptr ? special : find(kReasons, reason);
     return text != nullptr ? text : kUnknown;

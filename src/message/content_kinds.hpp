@@ -3,13 +3,9 @@
 
 #include "asn1/oid_lookup.hpp"
 #include "message/message_records.hpp"
+#include "x509/trust_list_records.hpp"
 
 namespace tlx {
-
-/// A certificate trust list, as it was received.
-struct TrustList : Node {
-    static constexpr u8 tag = kSequence;
-};
 
 /// Calls use(kind) with the value kind of the content of a type. False for a type that has none.
 template <typename Use>
@@ -34,7 +30,7 @@ bool with_content_kind(u32 type, Use use) noexcept {
             use(Passing<P7_ENCRYPTED_DATA>{});
             return true;
         case oid::kKisaCtl:
-            use(TrustList{});
+            use(Passing<CERT_TRUST_LIST>{});
             return true;
         default:
             return false;

@@ -84,7 +84,7 @@ uint32_t set_PKCS7_Type(P7_CONTENT_INFO *info, int32_t type_index) {
 uint32_t set_P7_version(P7_CONTENT_INFO *info, uint32_t version) {
     bool set = false;
     const u32 type = content_type(info);
-    if (type == 0 || info->content.any == nullptr) return 1;
+    if (!is_pkcs7(type) || info->content.any == nullptr) return 1;
     with_content_kind(type, [&](auto kind) {
         using Content = typename decltype(kind)::type;
         if constexpr (requires(Content content) { content.version; }) {

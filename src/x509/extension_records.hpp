@@ -30,6 +30,9 @@ namespace tlx {
 // GeneralNames ::= SEQUENCE SIZE (1..MAX) OF GeneralName
 using GeneralNames = OneOrMore<Choice<GENERAL_NAME>>;
 
+// OBJECT_IDENTIFIERS ::= SEQUENCE OF OBJECT IDENTIFIER
+using ObjectIdentifiers = List<Oid>;
+
 /// A text of any universal string type, which the record keeps.
 struct Text : Verbatim {
     static u32 decode(const Element &element, type **out) noexcept {

@@ -33,8 +33,6 @@ constexpr auto kAuthorityKeyId = record<AUTHORITY_KEYID>(
 // SubjectKeyIdentifier ::= OCTET STRING
 // KeyUsage ::= BIT STRING { digitalSignature (0), ..., decipherOnly (8) }
 
-// OBJECT_IDENTIFIERS ::= SEQUENCE OF OBJECT IDENTIFIER
-using ObjectIdentifiers = List<Oid>;
 // ExtKeyUsageSyntax ::= SEQUENCE SIZE (1..MAX) OF KeyPurposeId
 using ExtendedKeyUsage = OneOrMore<Oid>;
 
@@ -125,7 +123,12 @@ BIT_STRING *named_bits_to_BIT_STRING(uint32_t bits) {
     return string;
 }
 
-int32_t get_OBJECT_IDENTIFIERS_index(const OBJECT_IDENTIFIERS *list, const OBJECT_IDENTIFIER *wanted) {
+uint32_t add_OBJECT_IDENTIFIERS(OBJECT_IDENTIFIERS *list, const OBJECT_IDENTIFIER *oid) {
+    return add_OBJECT_IDENTIFIERS_child(list, oid, -1);
+}
+
+int32_t get_OBJECT_IDENTIFIERS_index_by_OBJECT_IDENTIFIER(const OBJECT_IDENTIFIERS *list,
+                                                          const OBJECT_IDENTIFIER *wanted) {
     if (wanted == nullptr) return -1;
     for (u32 i = 0; i < get_STACK_count(list); ++i) {
         const auto *each = static_cast<const OBJECT_IDENTIFIER *>(get_STACK_value(list, i));
