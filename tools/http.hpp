@@ -1,0 +1,38 @@
+// Requests over HTTP and HTTPS: with libcurl, on Windows with WinHTTP, or with nothing (TLX_HTTP=OFF).
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+struct HttpRequest {
+    std::string url;           ///< begins with http:// or https://
+    std::string content_type;  ///< of the body; empty asks with GET, any other with POST
+    std::string body;
+    std::chrono::seconds connect_limit{10};
+    std::chrono::seconds limit{30};  ///< from the beginning to the last octet
+    std::size_t most_octets = std::size_t{16} << 20;
+};
+
+struct HttpAnswer {
+    int status = 0;            ///< 200 when the server did what was asked
+    std::string content_type;  ///< as the server wrote it; "" for none
+    std::string body;
+};
+
+/// Asks a server, or the proxy that the system's settings name. Redirections are followed, but never from
+/// https to another scheme. Throws Failure when there is no whole answer within the limits; an answer with
+/// any status is one.
+[[nodiscard]] HttpAnswer ask_http(const HttpRequest &request);
+
+/// What the implementations share. has_scheme() ignores the case of letters; the others throw Failure.
+[[nodiscard]] bool has_scheme(const std::string &url, std::string_view scheme);
+void expect_http(const HttpRequest &request);
+[[noreturn]] void fail_too_slow(const HttpRequest &request);
+[[noreturn]] void fail_too_long(const HttpRequest &request);
+[[noreturn]] void fail_without_answer(const HttpRequest &request, const std::string &why);
+
+}  // namespace tool
