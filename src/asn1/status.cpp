@@ -2,6 +2,7 @@
 #include <tlxcrypto/cipher.h>
 #include <tlxcrypto/kcdsa.h>
 #include <tlxcrypto/rsa.h>
+#include <tlxpki/cryptoki_values.h>
 #include <tlxpki/status.h>
 
 #include <algorithm>
@@ -98,6 +99,58 @@ constexpr Named kTokenListReasons[] = {
 };
 constexpr Named kPemReasons[] = {
     {TLX_REASON_ENCRYPTED, "the contents are encrypted"},
+};
+
+/// What the functions of a PKCS #11 module return.
+constexpr u32 kModuleFunctions = 0x4920;
+constexpr Named kModuleResults[] = {
+    {CKR_HOST_MEMORY, "the module ran out of memory (CKR_HOST_MEMORY)"},
+    {CKR_SLOT_ID_INVALID, "there is no such slot (CKR_SLOT_ID_INVALID)"},
+    {CKR_GENERAL_ERROR, "the module failed without a reason (CKR_GENERAL_ERROR)"},
+    {CKR_FUNCTION_FAILED, "the function failed (CKR_FUNCTION_FAILED)"},
+    {CKR_ARGUMENTS_BAD, "the module refuses an argument (CKR_ARGUMENTS_BAD)"},
+    {CKR_CANT_LOCK, "the module does not serve programs with threads (CKR_CANT_LOCK)"},
+    {CKR_ATTRIBUTE_SENSITIVE, "an attribute is secret (CKR_ATTRIBUTE_SENSITIVE)"},
+    {CKR_ATTRIBUTE_TYPE_INVALID, "an object lacks an attribute (CKR_ATTRIBUTE_TYPE_INVALID)"},
+    {CKR_ATTRIBUTE_VALUE_INVALID, "the module refuses an attribute (CKR_ATTRIBUTE_VALUE_INVALID)"},
+    {CKR_DATA_INVALID, "the token refuses the data (CKR_DATA_INVALID)"},
+    {CKR_DATA_LEN_RANGE, "the data are too long or too short (CKR_DATA_LEN_RANGE)"},
+    {CKR_DEVICE_ERROR, "the token or its slot failed (CKR_DEVICE_ERROR)"},
+    {CKR_DEVICE_MEMORY, "the token ran out of memory (CKR_DEVICE_MEMORY)"},
+    {CKR_DEVICE_REMOVED, "the token was taken out (CKR_DEVICE_REMOVED)"},
+    {CKR_FUNCTION_CANCELED, "the operation was cancelled (CKR_FUNCTION_CANCELED)"},
+    {CKR_FUNCTION_NOT_SUPPORTED, "the module lacks the function (CKR_FUNCTION_NOT_SUPPORTED)"},
+    {CKR_KEY_HANDLE_INVALID, "the key is gone, or hidden since logging out (CKR_KEY_HANDLE_INVALID)"},
+    {CKR_KEY_SIZE_RANGE, "the token does not compute with keys of this size (CKR_KEY_SIZE_RANGE)"},
+    {CKR_KEY_TYPE_INCONSISTENT, "the key is of another kind than the algorithm (CKR_KEY_TYPE_INCONSISTENT)"},
+    {CKR_KEY_FUNCTION_NOT_PERMITTED, "the key may not be used for this (CKR_KEY_FUNCTION_NOT_PERMITTED)"},
+    {CKR_MECHANISM_INVALID, "the token lacks the algorithm (CKR_MECHANISM_INVALID)"},
+    {CKR_MECHANISM_PARAM_INVALID,
+     "the token lacks the algorithm with these parameters (CKR_MECHANISM_PARAM_INVALID)"},
+    {CKR_OBJECT_HANDLE_INVALID,
+     "the object is gone, or hidden since logging out (CKR_OBJECT_HANDLE_INVALID)"},
+    {CKR_OPERATION_ACTIVE, "another operation is under way in the session (CKR_OPERATION_ACTIVE)"},
+    {CKR_OPERATION_NOT_INITIALIZED,
+     "no operation is under way in the session (CKR_OPERATION_NOT_INITIALIZED)"},
+    {CKR_PIN_INCORRECT, "the PIN is wrong (CKR_PIN_INCORRECT)"},
+    {CKR_PIN_INVALID, "the PIN has characters that the token refuses (CKR_PIN_INVALID)"},
+    {CKR_PIN_LEN_RANGE, "the PIN is too long or too short (CKR_PIN_LEN_RANGE)"},
+    {CKR_PIN_EXPIRED, "the PIN has expired (CKR_PIN_EXPIRED)"},
+    {CKR_PIN_LOCKED, "the PIN is locked (CKR_PIN_LOCKED)"},
+    {CKR_SESSION_CLOSED, "the session was closed (CKR_SESSION_CLOSED)"},
+    {CKR_SESSION_COUNT, "the token has no more sessions (CKR_SESSION_COUNT)"},
+    {CKR_SESSION_HANDLE_INVALID, "the session is gone (CKR_SESSION_HANDLE_INVALID)"},
+    {CKR_SESSION_READ_ONLY, "the session is for reading (CKR_SESSION_READ_ONLY)"},
+    {CKR_TOKEN_NOT_PRESENT, "there is no token in the slot (CKR_TOKEN_NOT_PRESENT)"},
+    {CKR_TOKEN_NOT_RECOGNIZED, "the module does not know the token (CKR_TOKEN_NOT_RECOGNIZED)"},
+    {CKR_USER_ALREADY_LOGGED_IN, "the user has logged in already (CKR_USER_ALREADY_LOGGED_IN)"},
+    {CKR_USER_NOT_LOGGED_IN, "the user has not logged in (CKR_USER_NOT_LOGGED_IN)"},
+    {CKR_USER_PIN_NOT_INITIALIZED, "the token has no PIN yet (CKR_USER_PIN_NOT_INITIALIZED)"},
+    {CKR_USER_ANOTHER_ALREADY_LOGGED_IN, "another user has logged in (CKR_USER_ANOTHER_ALREADY_LOGGED_IN)"},
+    {CKR_BUFFER_TOO_SMALL, "the result is longer than it should be (CKR_BUFFER_TOO_SMALL)"},
+    {CKR_CRYPTOKI_NOT_INITIALIZED, "the module is not initialised (CKR_CRYPTOKI_NOT_INITIALIZED)"},
+    {CKR_FUNCTION_REJECTED, "the user refused (CKR_FUNCTION_REJECTED)"},
+    {0xFFFF, "a result of the vendor's own"},
 };
 
 /// A value without a module, what it stands for, and when operations return it.
@@ -197,6 +250,10 @@ const char *reason_of(u32 status) noexcept {
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PKCS12) special = find(kPkcs12Reasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_TOKEN_LIST) special = find(kTokenListReasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PEM) special = find(kPemReasons, reason);
+    if (function_of(status) == kModuleFunctions) {
+        special = find(kModuleResults, reason);
+        if (special == nullptr) special = "another result of the module, as the last digits say";
+    }
     const char *text = special != nullptr ? special : find(kReasons, reason);
     return text != nullptr ? text : kUnknown;
 }

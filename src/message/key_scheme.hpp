@@ -6,8 +6,6 @@
 #include "message/message_records.hpp"
 #include "message/rsa_parameters.hpp"
 
-TLX_OWNS(RSA_UNIT);
-
 namespace tlx {
 
 /// What a keyEncryptionAlgorithm says.
