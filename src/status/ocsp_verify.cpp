@@ -45,7 +45,7 @@ bool may_sign_responses(const X509_CERT *cert) noexcept {
                                                          TLX_DECODER(Seq_to_EXTENDED_KEY_USAGE), &read));
     const std::unique_ptr<STACK, FreeWith<free_EXTENDED_KEY_USAGE>> usage(static_cast<STACK *>(read));
     const auto purpose = oid_of_row(oid::kOcspSigning);
-    if (get_OBJECT_IDENTIFIERS_index(usage.get(), purpose.get()) < 0) return false;
+    if (get_OBJECT_IDENTIFIERS_index_by_OBJECT_IDENTIFIER(usage.get(), purpose.get()) < 0) return false;
 
     const X509_EXTENSION *key_usage = find_extension(cert, extension_id::kKeyUsage);
     Bytes bits;  // the unused-bits octet, then the bits
