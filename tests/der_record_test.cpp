@@ -27,7 +27,7 @@ struct Sample {
 using namespace tlx;
 
 constexpr auto kAnswer =
-    choice(&Answer::word, &Answer::value, alternative<Null>(7, 0), alternative<tlx::Octets>(8, 1));
+    choice(&Answer::word, &Answer::value, alternative<tlx::Octets>(8, 1), alternative<Null>(7, 0));
 constexpr auto kSample = record<Sample>(
     at_least(2), number(&Sample::number).or_else(5), enumerated(&Sample::kind).as(3),
     default_false(&Sample::flag), field<Secret<Joined>>(&Sample::secret), embedded(&Sample::answer, kAnswer),

@@ -4,14 +4,19 @@
 
 #include <algorithm>
 
-#include "support/chain_builder.hpp"
 #include "support/command.hpp"
+#include "support/signers.hpp"
 #include "support/threads.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
 namespace tlx_test {
 namespace {
+
+class RevocationLists : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { make_signing_keys(); }
+};
 
 using Crl = Held<free_X509_CRL>;
 using Revoked = Held<free_X509_REVOKED>;
@@ -188,7 +193,7 @@ std::string altered(const Row &row) {
     return crl == nullptr ? "none" : status_text(verify_SIG_X509_CRL(crl.get(), get_X509_SPKI(root.get())));
 }
 
-TEST(RevocationLists, Rows) {
+TEST_F(RevocationLists, Rows) {
     // What the keys keep of their first use is no leak.
     for (const unsigned key : {0U, 1U, kKcdsaKey}) {
         CertSpec spec = valid_chain(1)[0];
@@ -203,7 +208,7 @@ TEST(RevocationLists, Rows) {
                                  {"altered", {altered}}});
 }
 
-TEST(RevocationLists, ComeBackAsTheyWereUntilTheyChange) {
+TEST_F(RevocationLists, ComeBackAsTheyWereUntilTheyChange) {
     const LeakCheck leaks;
     const Octets octets = encoding_of(unsigned_list("+05:1 +06 number=09"));
     const Crl crl = decoded_list(octets);
@@ -229,7 +234,7 @@ TEST(RevocationLists, ComeBackAsTheyWereUntilTheyChange) {
     EXPECT_EQ(get_X509_CRL_count(copy.get()), 2U);
 }
 
-TEST(RevocationLists, RefuseMissingArguments) {
+TEST_F(RevocationLists, RefuseMissingArguments) {
     const LeakCheck leaks;
     const Crl crl = list_of("+05 number=09");
     const Crl delta = list_of("number=0A delta=09");
@@ -262,7 +267,7 @@ TEST(RevocationLists, RefuseMissingArguments) {
     EXPECT_EQ(gen_SIG_X509_CRL(Crl(new_X509_CRL()).get(), signing_key(0)), 0x48070049U);
 }
 
-TEST(RevocationLists, AllocationsMayFail) {
+TEST_F(RevocationLists, AllocationsMayFail) {
     const Crl indirect = unsigned_list("+05 +06@Other +06@Root number=01 idp=30{84:FF}");
     const Octets octets = encoding_of(indirect);
     const Name other = name_of("Other");
@@ -290,7 +295,7 @@ TEST(RevocationLists, AllocationsMayFail) {
 }
 
 /// Two of the threads' searches may both begin to make the index.
-TEST(RevocationLists, AreSearchedByThreadsAtOnce) {
+TEST_F(RevocationLists, AreSearchedByThreadsAtOnce) {
     const LeakCheck leaks;
     for (int times = 0; times < 20; ++times) {
         const Crl crl = list_of("+01 +02 +03 +04 +05:1 +06 +07 +08 +09");
@@ -303,7 +308,7 @@ TEST(RevocationLists, AreSearchedByThreadsAtOnce) {
 }
 
 /// A table that compared all equal ones would take minutes.
-TEST(RevocationLists, WithEqualSerialNumbersAreSearchedAsFast) {
+TEST_F(RevocationLists, WithEqualSerialNumbersAreSearchedAsFast) {
     const Revoked entry = entry_of("05");
     const Crl crl = unsigned_list("");
     for (int i = 0; i < 200000; ++i)
@@ -312,7 +317,7 @@ TEST(RevocationLists, WithEqualSerialNumbersAreSearchedAsFast) {
     EXPECT_EQ(find_X509_CRL_revoked(crl.get(), nullptr, number_of("06").get(), nullptr), 0x480B0047U);
 }
 
-TEST(RevocationLists, OfOpensslAreReadAndOursByOpensslAndCerttool) {
+TEST_F(RevocationLists, OfOpensslAreReadAndOursByOpensslAndCerttool) {
     const CommandFolder folder;
     folder.run(
         "openssl req -x509 -newkey rsa:2048 -nodes -keyout ca.key -out ca.pem -subj /C=KR/CN=CA -days 2 && "

@@ -146,7 +146,10 @@ struct ChoiceRecord {
     template <typename Use>
     void with_value(const R &record, Use use) const noexcept {
         if constexpr (kIsPointer) {
-            use(typename std::tuple_element_t<0, std::tuple<Alternatives...>>::kind{});
+            using First = typename std::tuple_element_t<0, std::tuple<Alternatives...>>::kind;
+            static_assert(
+                requires { typename First::type; }, "an alternative with a value comes first");
+            use(First{});
         } else {
             with_word(record.*word, [&](auto kind, u8 /*tag*/) { use(kind); });
         }
