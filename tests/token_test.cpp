@@ -118,7 +118,7 @@ class Script {
         session_.reset(made);
         return status;
     }
-    std::uint32_t find(const TOKEN_QUERY &query) {
+    std::uint32_t find(const TOKEN_OBJECT_QUERY &query) {
         TOKEN_OBJECTS *made = nullptr;
         const std::uint32_t status = find_TOKEN_OBJECTS(session_.get(), &query, &made);
         EXPECT_EQ(made == nullptr, status != 0);
@@ -358,7 +358,7 @@ class SoftHsm : public testing::Test {
     [[nodiscard]] static std::uint32_t log_in(const Session &session, const std::string &pin = "1234") {
         return login_TOKEN(session.get(), pin.data(), static_cast<std::uint32_t>(pin.size()));
     }
-    [[nodiscard]] static Objects find(const Session &session, const TOKEN_QUERY &query) {
+    [[nodiscard]] static Objects find(const Session &session, const TOKEN_OBJECT_QUERY &query) {
         TOKEN_OBJECTS *objects = nullptr;
         EXPECT_EQ(find_TOKEN_OBJECTS(session.get(), &query, &objects), 0U);
         return Objects(objects);
@@ -381,7 +381,7 @@ class SoftHsm : public testing::Test {
 TEST_F(SoftHsm, FindsObjectsForThoseWhoLogIn) {
     const Session other = open();
     EXPECT_EQ(log_in(session_, "4321"), 0x492000A0U);
-    const TOKEN_QUERY all_keys = {TLX_TOKEN_PRIVATE_KEY, nullptr, nullptr, 0, nullptr};
+    const TOKEN_OBJECT_QUERY all_keys = {TLX_TOKEN_PRIVATE_KEY, nullptr, nullptr, 0, nullptr};
     EXPECT_EQ(get_TOKEN_OBJECTS_count(find(session_, all_keys).get()), 0U);
     ASSERT_EQ(log_in(session_), 0U);
     EXPECT_EQ(log_in(other), 0x49200100U);

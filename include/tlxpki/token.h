@@ -53,13 +53,13 @@ typedef struct TOKEN_INFO {
 enum { TLX_TOKEN_CERTIFICATE = 1, TLX_TOKEN_PRIVATE_KEY = 2, TLX_TOKEN_PUBLIC_KEY = 3 };
 
 /** What to look for. Members that are null or 0 say nothing. */
-typedef struct TOKEN_QUERY {
+typedef struct TOKEN_OBJECT_QUERY {
     uint32_t kind;            /**< TLX_TOKEN_; 0 for all three */
     const char *label;        /**< CKA_LABEL */
     const uint8_t *id;        /**< CKA_ID, which a certificate and its keys share */
     uint32_t idLength;        /**< octets */
     const X509_NAME *subject; /**< CKA_SUBJECT, which not every module keeps for keys */
-} TOKEN_QUERY;
+} TOKEN_OBJECT_QUERY;
 
 /** An object of a token. Its list owns it. */
 typedef struct TOKEN_OBJECT {
@@ -127,7 +127,8 @@ TLXPKI_API uint32_t logout_TOKEN(TOKEN_SESSION *session);
  * finds more than 10000 objects, or gives a label or an identifier of more than 65536 octets; 0x491C003C when
  * memory runs out and for a name that cannot be encoded; 0x4920.... by the module
  */
-TLXPKI_API uint32_t find_TOKEN_OBJECTS(TOKEN_SESSION *session, const TOKEN_QUERY *query, TOKEN_OBJECTS **out);
+TLXPKI_API uint32_t find_TOKEN_OBJECTS(TOKEN_SESSION *session, const TOKEN_OBJECT_QUERY *query,
+                                       TOKEN_OBJECTS **out);
 /** Frees a list. Ignores null. */
 TLXPKI_API void free_TOKEN_OBJECTS(TOKEN_OBJECTS *objects);
 /** The number of objects; 0 for null. */

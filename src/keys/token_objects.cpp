@@ -103,7 +103,7 @@ CK_OBJECT_CLASS class_of(u32 kind) noexcept {
 class Template {
   public:
     /// False when the name cannot be encoded.
-    [[nodiscard]] bool fill(const TOKEN_QUERY *query) noexcept {
+    [[nodiscard]] bool fill(const TOKEN_OBJECT_QUERY *query) noexcept {
         if (query == nullptr) return true;
         if (query->label != nullptr) add(CKA_LABEL, query->label, std::strlen(query->label));
         if (query->id != nullptr) add(CKA_ID, query->id, query->idLength);
@@ -178,7 +178,7 @@ u32 add_kind(const TOKEN_SESSION &session, u32 kind, Template &wanted, TOKEN_OBJ
 
 }  // namespace
 
-uint32_t find_TOKEN_OBJECTS(TOKEN_SESSION *session, const TOKEN_QUERY *query, TOKEN_OBJECTS **out) {
+uint32_t find_TOKEN_OBJECTS(TOKEN_SESSION *session, const TOKEN_OBJECT_QUERY *query, TOKEN_OBJECTS **out) {
     if (session == nullptr || out == nullptr) return 0x491C0049;
     const u32 only = query == nullptr ? 0 : query->kind;
     if (only > TLX_TOKEN_PUBLIC_KEY) return 0x491C0048;
