@@ -14,6 +14,9 @@ constexpr std::string_view kFriendlyName = "1.2.840.113549.1.9.20";
 constexpr std::string_view kPbmac1 = "1.2.840.113549.1.5.14";
 constexpr std::string_view kLocalKeyId = "1.2.840.113549.1.9.21";
 
+/// Bags in bags that lie deeper are not shown.
+constexpr unsigned kDeepestBag = 16;
+
 /// By the last number of their identifiers, from 1 on.
 enum BagKind { kShroudedKey = 2, kCertificate = 3, kBags = 6 };
 constexpr const char *kBagNames[] = {
@@ -73,9 +76,9 @@ void add_pbmac1(Json &json, const ASN1_UNIT *parameters) {
     json["iterations"] = number_text(param->iterationCount);
 }
 
-Json describe_bags(const P12_SAFE_CONTENTS *bags);
+Json describe_bags(const P12_SAFE_CONTENTS *bags, unsigned depth = 0);
 
-Json describe_bag(const P12_SAFE_BAG *bag) {
+Json describe_bag(const P12_SAFE_BAG *bag, unsigned depth) {
     const int kind = kind_of(bag);
     Json json = {{"kind", kind == 0 ? oid_line(oid_json(bag->bagId)) : kBagNames[kind - 1]}};
     if (kind == kShroudedKey) {
@@ -87,15 +90,19 @@ Json describe_bag(const P12_SAFE_BAG *bag) {
         if (cert) add_subject(json, octets_of(cert->certValue));
     }
     add_attributes(json, bag->bagAttributes);
-    if (kind == kBags) {
+    if (kind == kBags && depth < kDeepestBag) {
         const auto bags = record_of<free_P12_SAFE_CONTENTS>(bag, Seq_to_P12_SAFE_CONTENTS);
-        if (bags) json["bags"] = describe_bags(bags.get());
+        if (bags) json["bags"] = describe_bags(bags.get(), depth + 1);
     }
     return json;
 }
 
-Json describe_bags(const P12_SAFE_CONTENTS *bags) {
-    return describe_items(bags, get_P12_SAFE_CONTENTS_count, get_P12_SAFE_CONTENTS_child, describe_bag);
+Json describe_bags(const P12_SAFE_CONTENTS *bags, unsigned depth) {
+    Json described = Json::array();
+    for (uint32_t i = 0; i < get_P12_SAFE_CONTENTS_count(bags); ++i) {
+        described.push_back(describe_bag(get_P12_SAFE_CONTENTS_child(bags, static_cast<int32_t>(i)), depth));
+    }
+    return described;
 }
 
 Json describe_part(const P7_CONTENT_INFO *part) {
@@ -109,7 +116,11 @@ Json describe_part(const P7_CONTENT_INFO *part) {
     if (type_of(part) == TLX_OID_PKCS7_DATA) {
         const auto bags =
             record_in<free_P12_SAFE_CONTENTS>(octets_of(part->content.data), Seq_to_P12_SAFE_CONTENTS);
-        json["bags"] = bags ? describe_bags(bags.get()) : Json("cannot be decoded");
+        if (bags) {
+            json["bags"] = describe_bags(bags.get());
+        } else {
+            json["error"] = "cannot be decoded";
+        }
     }
     return json;
 }

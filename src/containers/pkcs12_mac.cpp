@@ -6,7 +6,6 @@
 #include <tlxpki/objects.h>
 
 #include <algorithm>
-#include <optional>
 
 #include "der/list_items.hpp"
 #include "keys/pkcs12_derivation.hpp"
@@ -198,11 +197,12 @@ u32 stored_iterations(u32 iterations) noexcept {
     return octets < sizeof iterations ? iterations & ((1U << 8 * octets) - 1) : iterations;
 }
 
-/// Fills MAC data that has neither salt nor count, or leaves it as it was.
-bool store_parameters(P12_PFX &pfx, OwnedSalt salt, u32 salt_len, std::optional<u32> iterations,
+/// Fills MAC data that has neither salt nor count, or leaves it as it was. Without iterations there is no
+/// count.
+bool store_parameters(P12_PFX &pfx, OwnedSalt salt, u32 salt_len, const u32 *iterations,
                       u32 digest_id) noexcept {
     Owned<P12_MAC_DATA> made(new_P12_MAC_DATA());
-    if (!made || (iterations && !store_iterations(*made, *iterations)) ||
+    if (!made || (iterations != nullptr && !store_iterations(*made, *iterations)) ||
         !store_salt(*made, std::move(salt), salt_len) || !store_digest(*made, digest_id)) {
         return false;
     }
@@ -241,14 +241,15 @@ bool tlx::makes_codes(u32 digest_id) noexcept {
 }
 
 bool tlx::make_mac(P12_PFX &pfx, const PbePassword &password, u32 iterations, u32 digest_id) noexcept {
-    return store_parameters(pfx, nullptr, 0, iterations, digest_id) && store_code(pfx, password);
+    return store_parameters(pfx, nullptr, 0, &iterations, digest_id) && store_code(pfx, password);
 }
 
 uint32_t set_PKCS12_mac(P12_PFX *pfx, const char *password, uint32_t password_len, uint8_t *salt,
                         uint32_t salt_len, uint32_t iterations, uint32_t digest_id) {
     if (pfx == nullptr) return 0x4D10000D;
-    const auto stored = iterations < 2 ? std::nullopt : std::optional(stored_iterations(iterations));
-    if (!has_parameters(*pfx) && !store_parameters(*pfx, OwnedSalt(salt), salt_len, stored, digest_id)) {
+    const u32 stored = stored_iterations(iterations);
+    const u32 *const count = iterations < 2 ? nullptr : &stored;
+    if (!has_parameters(*pfx) && !store_parameters(*pfx, OwnedSalt(salt), salt_len, count, digest_id)) {
         return 0x4D10000D;
     }
     const WidenedPassword widened(password, password_len);
