@@ -258,9 +258,11 @@ TLXPKI_API uint32_t find_X509_CRL_revoked_by_X509_CERT(const X509_CRL *crl, cons
 /**
  * Checks that a list would name a certificate if that were revoked: by its issuer (indirect lists are for any
  * issuer) and by the issuingDistributionPoint, which may restrict the list to user or CA certificates, to
- * some reasons, or to a distribution point that the certificate has to name in its crlDistributionPoints.
+ * some reasons, or to a distribution point that the certificate has to name in its crlDistributionPoints. A
+ * delta list names only what changed.
  * @return 0; 0x480E0049 for a null argument; 0x480E0106 when it is for another issuer; 0x480E0048 when it is
- * restricted to others; 0x480E0104 when an extension cannot be read, and when memory runs out
+ * restricted to others, and for a delta list; 0x480E0104 when an extension cannot be read, and when memory
+ * runs out
  */
 TLXPKI_API uint32_t check_X509_CRL_scope(const X509_CRL *crl, const X509_CERT *cert);
 

@@ -124,7 +124,8 @@ uint32_t check_X509_CRL_scope(const X509_CRL *crl, const X509_CERT *cert) {
     const bool is_indirect = restriction && restriction->indirectCRL != 0;
     const auto names_it = [&](const DIST_POINT &point) { return names_crl_issuer(point, crl->issuer); };
     if (!is_own && !(is_indirect && has_point(points.get(), names_it))) return 0x480E0106;
-    return restriction && leaves_out(*restriction, is_ca, points.get()) ? 0x480E0048 : 0;
+    const bool is_restricted = restriction && leaves_out(*restriction, is_ca, points.get());
+    return is_restricted || is_delta(*crl) ? 0x480E0048 : 0;
 }
 
 uint32_t check_X509_CRL_delta(const X509_CRL *crl, const X509_CRL *delta) {
