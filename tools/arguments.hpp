@@ -26,6 +26,9 @@ struct CommandLine {
     Pkcs12MakeOptions pkcs12_make;
     KeyOptions key;
     IdentityOptions identity;
+    ShowCrlOptions crl_show;
+    CheckCrlOptions crl_check;
+    MakeCrlOptions crl_make;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -66,5 +69,8 @@ void add_message(CLI::App &app, CommandLine &line);
 
 /// tlxpki pkcs12 and what stands below it.
 void add_pkcs12(CLI::App &app, CommandLine &line);
+
+/// tlxpki crl and what stands below it.
+void add_crl(CLI::App &app, CommandLine &line);
 
 }  // namespace tool

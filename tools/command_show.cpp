@@ -1,4 +1,4 @@
-// tlxpki show: describes certificates and keys.
+// tlxpki show: describes certificates, keys and revocation lists.
 #include <iostream>
 #include <optional>
 
@@ -9,6 +9,7 @@
 #include "input.hpp"
 #include "key_file.hpp"
 #include "record.hpp"
+#include "revocation.hpp"
 
 namespace tool {
 
@@ -49,7 +50,7 @@ std::string not_shown(const Block &block, Kind kind) {
         return subject + " is " + kind_name(kind) + "; \"tlxpki pkcs12 show\" shows it";
     }
     return subject + " is " + kind_name(kind) +
-           "; show reads certificates and keys only, \"tlxpki asn1\" any element";
+           "; show reads certificates, keys and revocation lists only, \"tlxpki asn1\" any element";
 }
 
 Json describe_private_key(const Block &block, Password &password) {
@@ -62,6 +63,8 @@ Json describe_contents(const Block &block, Kind kind, Password &password) {
     switch (kind) {
         case Kind::kCertificate:
             return describe_certificate(decode_certificate(block).get(), block.octets);
+        case Kind::kRevocationList:
+            return describe_crl(decode_crl(block).get(), kShownEntries);
         case Kind::kPublicKeyInfo:
             return describe_public_key_info(block);
         case Kind::kRsaPublic:
@@ -107,26 +110,24 @@ void print_extension(std::ostream &out, const Json &extension) {
     if (extension.contains("hex")) print_dump(out, extension["hex"].get<std::string>(), 6);
 }
 
-void print_object(std::ostream &out, Json object) {
-    const std::string source = printable(object["source"].get<std::string>());
-    if (object.contains("error")) {
-        out << source << ": not shown\n";
-        return;
+/// Entries of a revocation list, a line each.
+void print_entries(std::ostream &out, const Json &entries, uint32_t count) {
+    if (!entries.empty()) out << "  Entries\n";
+    for (const Json &entry : entries) {
+        out << "    " << entry["serial"].get<std::string>();
+        for (const char *key : {"revocation_date", "reason"}) {
+            if (entry.contains(key)) out << "  " << printable(entry[key].get<std::string>());
+        }
+        out << '\n';
+        if (entry.contains("invalidity_date")) {
+            print_text(out, {{"invalidity_date", entry["invalidity_date"]}}, 6);
+        }
+        if (entry.contains("certificate_issuer")) {
+            print_text(out, {{"certificate_issuer", entry["certificate_issuer"]}}, 6);
+        }
     }
-    out << source << ": " << object["kind"].get<std::string>() << '\n';
-    const Json extensions = object.value("extensions", Json::array());
-    const Json last = {{"digests", object.value("digests", Json())},
-                       {"notes", object.value("notes", Json())}};
-    for (const char *key : {"source", "label", "kind", "extensions", "digests", "notes"}) {
-        object.erase(key);
-    }
-    print_text(out, object, 2);
-    if (!extensions.empty()) out << "  Extensions\n";
-    for (const Json &extension : extensions) {
-        print_extension(out, extension);
-    }
-    for (const auto &[key, value] : last.items()) {
-        if (!value.is_null()) print_text(out, {{key, value}}, 2);
+    if (count > entries.size()) {
+        out << "    and " << count - entries.size() << " more; \"tlxpki crl show --entries\" shows them\n";
     }
 }
 
@@ -172,6 +173,31 @@ void show_file(const std::string &path, Password &password, Shower &shower) {
 }
 
 }  // namespace
+
+void print_object(std::ostream &out, Json object) {
+    const std::string source = printable(object["source"].get<std::string>());
+    if (object.contains("error")) {
+        out << source << ": not shown\n";
+        return;
+    }
+    out << source << ": " << object["kind"].get<std::string>() << '\n';
+    const Json extensions = object.value("extensions", Json::array());
+    const Json last = {{"digests", object.value("digests", Json())},
+                       {"notes", object.value("notes", Json())}};
+    const Json entries = object.value("entries", Json::array());
+    for (const char *key : {"source", "label", "kind", "extensions", "entries", "digests", "notes"}) {
+        object.erase(key);
+    }
+    print_text(out, object, 2);
+    if (!extensions.empty()) out << "  Extensions\n";
+    for (const Json &extension : extensions) {
+        print_extension(out, extension);
+    }
+    print_entries(out, entries, object.value("entry_count", uint32_t{0}));
+    for (const auto &[key, value] : last.items()) {
+        if (!value.is_null()) print_text(out, {{key, value}}, 2);
+    }
+}
 
 int run_show(const ShowOptions &options) {
     Password password(options.password_file);

@@ -121,6 +121,39 @@ struct KeyOptions {
     bool json = false;
 };
 
+/// How many entries of a revocation list are shown unless more are asked for.
+constexpr uint32_t kShownEntries = 20;
+
+struct ShowCrlOptions {
+    std::string file;
+    uint32_t most_entries = kShownEntries;
+    bool json = false;
+};
+
+struct CheckCrlOptions {
+    std::string issuer;
+    std::string crl;
+    std::string delta;  ///< empty for none
+    std::string time;
+    std::vector<std::string> certs;
+    bool json = false;
+};
+
+struct MakeCrlOptions {
+    std::string issuer;
+    std::string key;
+    std::string password_file;
+    std::string from;  ///< empty for none
+    std::vector<std::string> revoke;
+    std::string revoke_file;  ///< empty for none
+    uint32_t number = 0;      ///< 0 when not given
+    uint32_t days = 30;
+    std::string digest;  ///< empty for the default
+    std::string output = "-";
+    bool der = false;
+    bool json = false;
+};
+
 struct IdentityOptions {
     std::string cert;
     std::string key;
@@ -155,6 +188,9 @@ int run_key_show(const KeyOptions &options);
 int run_key_convert(const KeyOptions &options);
 int run_key_password(const KeyOptions &options);
 int run_key_make(const KeyOptions &options);
+int run_crl_show(const ShowCrlOptions &options);
+int run_crl_check(const CheckCrlOptions &options);
+int run_crl_make(const MakeCrlOptions &options);
 int run_identity_check(const IdentityOptions &options);
 
 }  // namespace tool

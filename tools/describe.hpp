@@ -55,4 +55,7 @@ Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*c
 /// A certificate, with digests of the octets it was read from.
 [[nodiscard]] Json describe_certificate(const X509_CERT *cert, Octets der);
 
+/// Prints what "tlxpki show" describes: members, then extensions, entries, digests and notes.
+void print_object(std::ostream &out, Json object);
+
 }  // namespace tool

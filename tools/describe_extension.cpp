@@ -182,6 +182,8 @@ constexpr KnownExtension kKnownExtensions[] = {
     {"2.5.29.17", DECODED(GENERAL_NAMES, describe_general_names)},
     {"2.5.29.18", DECODED(GENERAL_NAMES, describe_general_names)},
     {"2.5.29.19", DECODED(BASIC_CONSTRAINTS, describe_basic_constraints)},
+    {"2.5.29.20", decoded<BIGINT, Seq_to_number, free_BIGINT, describe_number>},
+    {"2.5.29.27", decoded<BIGINT, Seq_to_number, free_BIGINT, describe_number>},
     {"2.5.29.28", DECODED(issuing_DIST_POINT, describe_issuing_point)},
     {"2.5.29.30", DECODED(NAME_CONSTRAINTS, describe_name_constraints)},
     {"2.5.29.31", DECODED(CRL_DIST_POINTS, describe_points)},

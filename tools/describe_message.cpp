@@ -2,6 +2,7 @@
 
 #include "describe.hpp"
 #include "message.hpp"
+#include "revocation.hpp"
 
 namespace tool {
 
@@ -113,11 +114,7 @@ Json describe_certificate_briefly(const X509_CERT *cert) {
 }
 
 Json describe_revocation_list(const X509_CRL *crl) {
-    ASN1_UNIT *node = nullptr;
-    (void)X509_CRL_to_Seq(crl, &node);
-    const Node node_owner(node);
-    Owned<uint8_t, tlx_free> owner;
-    return {{"octets", encoded(node, owner).size()}};
+    return describe_crl(crl, 0);
 }
 
 /// Sets the parts that signed data and signed-and-enveloped data share.

@@ -51,7 +51,7 @@ void add_verify(CLI::App &app, CommandLine &line) {
 }
 
 void add_show(CLI::App &app, CommandLine &line) {
-    CLI::App *command = app.add_subcommand("show", "Show certificates and RSA keys in words");
+    CLI::App *command = app.add_subcommand("show", "Show certificates, RSA keys and revocation lists in words");
     command->footer("The secret numbers of a private key are never shown.");
     add_password_file(command, line.show.password_file);
     add_json(command, line.show.json);
@@ -130,6 +130,7 @@ int run(const std::vector<std::string> &arguments) {
     add_pkcs12(app, line);
     add_key(app, line);
     add_identity(app, line);
+    add_crl(app, line);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }

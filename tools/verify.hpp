@@ -106,8 +106,10 @@ struct Explanation {
 /// unknown critical extensions.
 [[nodiscard]] std::vector<std::string> path_warnings(const X509_CERTIFICATES *path);
 
-/// The value of --at, in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null for "". Throws Failure for
-/// other texts.
+/// A time in UTC: YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339. Null for other texts.
+[[nodiscard]] Time parse_time(const std::string &text);
+
+/// The value of --at. Null for "". Throws Failure for a text that is no time.
 [[nodiscard]] Time time_of_option(const std::string &text);
 
 /// The certificates to trust in files and folders, with warnings about those that were passed over and those

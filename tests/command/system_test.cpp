@@ -128,6 +128,7 @@ TEST_F(CommandSystem, CompletionCompletes) {
     EXPECT_EQ(completions("verify --at \"\"", 3), "\n");
     EXPECT_EQ(completions("oid uni", 2), "\n");
     EXPECT_EQ(completions("message d", 2), "decrypt\n");
+    EXPECT_EQ(completions("crl make --rev", 3), "--revoke --revoke-file\n");
     EXPECT_EQ(completions("key convert --scheme s", 4), "seed seed-cbc\n");
     EXPECT_EQ(completions("key convert --to \"\"", 4), "pkcs8 pkcs1\n");
     EXPECT_EQ(completions("message encrypt --cipher se", 4), "seed-cbc\n");

@@ -1,0 +1,31 @@
+// Revocation lists of files.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "document.hpp"
+#include "input.hpp"
+
+namespace tool {
+
+using Crl = Owned<X509_CRL, free_X509_CRL>;
+using Revoked = Owned<X509_REVOKED, free_X509_REVOKED>;
+
+/// Decodes a block that holds a revocation list and nothing else. Throws Failure.
+[[nodiscard]] Crl decode_crl(const Block &block);
+/// The first list of a file. Throws Failure.
+[[nodiscard]] Crl load_crl(const std::string &path);
+
+/// The name of a reason (RFC 5280, section 5.3.1); its number when it has none.
+[[nodiscard]] std::string reason_name(uint32_t reason);
+/// The reason of a name. Throws Failure for another text.
+[[nodiscard]] uint32_t reason_of(const std::string &name);
+
+/// When and why a certificate was revoked.
+void add_revocation(Json &json, const X509_REVOKED *revoked);
+
+/// A list with the first of its entries, at most so many.
+[[nodiscard]] Json describe_crl(const X509_CRL *crl, uint32_t most_entries);
+
+}  // namespace tool
