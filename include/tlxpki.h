@@ -46,6 +46,7 @@
 #include <tlxpki/trust_list.h>
 #include <tlxpki/typed.h>
 #include <tlxpki/types.h>
+#include <tlxpki/verify.h>
 #include <tlxpki/version.h>
 #include <tlxpki/x509.h>
 #include <tlxpki/x509_algorithm.h>

@@ -1,6 +1,7 @@
 /** @file
  * Certification paths: building them from a pool of certificates up to a trust anchor, and validating them in
- * the manner of RFC 5280, section 6. The contract of all records is in x509_types.h.
+ * the manner of RFC 5280, section 6. The contract of all records is in x509_types.h. New programs use
+ * verify.h, which follows the standard.
  *
  * A path is a list of certificates. The first is the target (the end entity), and the last is the self-issued
  * certificate of the trust anchor. Validation checks signatures, validity periods, name chaining, the

@@ -56,6 +56,7 @@ TLX_BEGIN_DECLS
 #define TLX_GROUP_CMS 0x52U               /**< CMS */
 #define TLX_GROUP_PATH_VALIDATION 0x53U   /**< validation of certification paths */
 #define TLX_GROUP_CTL 0x54U               /**< certificate trust lists */
+#define TLX_GROUP_VERIFICATION 0x55U      /**< verification of certificates by RFC 5280 */
 
 /* Reasons. Values that are not listed occur in single modules and are documented there. */
 

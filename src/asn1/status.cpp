@@ -44,6 +44,7 @@ constexpr Named kModules[] = {
     {TLX_GROUP_CMS, "CMS"},
     {TLX_GROUP_PATH_VALIDATION, "certification paths"},
     {TLX_GROUP_CTL, "certificate trust lists"},
+    {TLX_GROUP_VERIFICATION, "verification of certificates"},
 };
 
 constexpr Named kReasons[] = {
@@ -215,6 +216,13 @@ constexpr Row kRecordRows[] = {
 #undef LIST
 };
 
+/// The rules of verification, where a finding has no row of its own.
+constexpr Row kRuleRows[] = {
+#define RULE(name, status, section, text) {status, "verify_CERTIFICATE", text},
+#include "verify/rules.inc"
+#undef RULE
+};
+
 constexpr Named kSharedFunctions[] = {
 #define STATUS(status, operation, sentence)
 #define SHARED(function, operations) {function, operations},
@@ -238,13 +246,19 @@ template <typename Part>
 const Row *find_row(u32 value, Part part) noexcept {
     const auto is_wanted = [&](const Row &row) { return part(row.status) == value; };
     if (const Row *row = std::ranges::find_if(kRows, is_wanted); row != std::end(kRows)) return row;
-    const Row *row = std::ranges::find_if(kRecordRows, is_wanted);
-    return row == std::end(kRecordRows) ? nullptr : row;
+    if (const Row *row = std::ranges::find_if(kRecordRows, is_wanted); row != std::end(kRecordRows))
+        return row;
+    const Row *row = std::ranges::find_if(kRuleRows, is_wanted);
+    return row == std::end(kRuleRows) ? nullptr : row;
 }
 
 const char *reason_of(u32 status) noexcept {
     const u32 reason = TLX_STATUS_REASON(status);
     const char *special = nullptr;
+    if (TLX_STATUS_GROUP(status) == TLX_GROUP_VERIFICATION) {
+        const Row *rule = std::ranges::find(kRuleRows, status, &Row::status);
+        if (rule != std::end(kRuleRows)) return rule->sentence;
+    }
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PATH_VALIDATION) special = find(kPathReasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_X509) special = find(kX509Reasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PKCS12) special = find(kPkcs12Reasons, reason);

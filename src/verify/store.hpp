@@ -1,0 +1,97 @@
+// What verification starts from: anchors and intermediates, which are made once and then serve all threads.
+#pragma once
+
+#include "verify/array.hpp"
+#include "verify/name_match.hpp"
+#include "verify/public_key.hpp"
+
+namespace tlx {
+
+/// A certificate, or an anchor that is a name and a key alone.
+struct StoreEntry {
+    OwnedOctets<u8> octets;
+    CertificateView view;  ///< of an anchor without certificate only the subject and the key
+    PublicKey key;
+    Rule key_rule = Rule::kNone;  ///< why there is no key
+    bool is_anchor = false;
+    bool has_certificate = true;
+
+    u64 name_hash = 0;
+    StoreEntry *next_of_name = nullptr;
+    StoreEntry *next_of_key = nullptr;
+};
+
+/// Finds entries by a hash; entries of one hash are a chain. It grows with what is added.
+class EntryIndex {
+  public:
+    using Link = StoreEntry *StoreEntry::*;
+
+    explicit EntryIndex(Link link) noexcept : link_(link) {}
+    /// False when memory runs out.
+    [[nodiscard]] bool add(u64 hash, StoreEntry *entry) noexcept;
+    /// The first entry of the chain; null when there is none.
+    [[nodiscard]] const StoreEntry *find(u64 hash) const noexcept;
+
+  private:
+    struct Slot {
+        u64 hash;
+        StoreEntry *first;
+    };
+    [[nodiscard]] Slot &slot_of(u64 hash) const noexcept;
+    [[nodiscard]] bool grow() noexcept;
+
+    Link link_;
+    OwnedOctets<Slot> slots_;
+    std::size_t size_ = 0;  ///< of the table, a power of 2
+    std::size_t used_ = 0;
+};
+
+/// Nothing changes a store while a verification uses it.
+class Store {
+  public:
+    Store() noexcept = default;
+    ~Store();
+    Store(const Store &) = delete;
+    Store &operator=(const Store &) = delete;
+
+    /// Draws the key of the hashes. False when there are no random octets.
+    [[nodiscard]] bool start() noexcept;
+
+    /// Copies and adds a certificate: kNone, a rule of read_certificate() or make_key(), or kNoMemory. One
+    /// that cannot be used is not added. Equal certificates are added once.
+    [[nodiscard]] Rule add(Bytes certificate, bool is_anchor, u32 accepted) noexcept;
+    /// Adds an anchor that is a Name and a SubjectPublicKeyInfo, in DER.
+    [[nodiscard]] Rule add_anchor(Bytes name, Bytes key_info) noexcept;
+
+    [[nodiscard]] u32 size() const noexcept { return entries_.size(); }
+    [[nodiscard]] u64 hash_of_name(Bytes name) const noexcept;
+    /// The entries whose subject has this hash. Their names may differ.
+    [[nodiscard]] const StoreEntry *find_name(u64 name_hash) const noexcept {
+        return by_name_.find(name_hash);
+    }
+    /// The entries with a subject of this hash and a key identifier.
+    [[nodiscard]] const StoreEntry *find_key(u64 name_hash, Bytes key_identifier) const noexcept;
+
+  private:
+    [[nodiscard]] Rule keep(StoreEntry *entry) noexcept;
+    [[nodiscard]] bool has(const StoreEntry &entry) const noexcept;
+    [[nodiscard]] u64 hash_of_key(u64 name_hash, Bytes key_identifier) const noexcept;
+
+    SipHash::Key hash_key_ = {};
+    Array<StoreEntry *> entries_;
+    EntryIndex by_name_{&StoreEntry::next_of_name};
+    EntryIndex by_key_{&StoreEntry::next_of_key};
+};
+
+struct FreeEntry {
+    void operator()(StoreEntry *entry) const noexcept {
+        entry->~StoreEntry();
+        tlx_free(entry);
+    }
+};
+using OwnedEntry = std::unique_ptr<StoreEntry, FreeEntry>;
+
+/// Null when memory runs out.
+[[nodiscard]] OwnedEntry make_entry() noexcept;
+
+}  // namespace tlx

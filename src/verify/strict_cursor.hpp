@@ -1,0 +1,96 @@
+// Reading of DER alone (X.690, section 10): identifiers as they have to be, definite lengths in the fewest
+// octets.
+#pragma once
+
+#include "der/element.hpp"
+
+namespace tlx {
+
+/// Identifier octets.
+namespace id {
+constexpr u8 kBoolean = 0x01;
+constexpr u8 kInteger = 0x02;
+constexpr u8 kBitString = 0x03;
+constexpr u8 kOctetString = 0x04;
+constexpr u8 kNull = 0x05;
+constexpr u8 kOid = 0x06;
+constexpr u8 kUtcTime = 0x17;
+constexpr u8 kGeneralizedTime = 0x18;
+constexpr u8 kSequence = 0x30;
+constexpr u8 kSet = 0x31;
+/// [n] of a primitive and of a constructed type.
+constexpr u8 context(u8 n) noexcept {
+    return kContextSpecific | n;
+}
+constexpr u8 context_constructed(u8 n) noexcept {
+    return kContextSpecific | kConstructed | n;
+}
+}  // namespace id
+
+/// Walks the elements of a container once, front to back.
+class StrictCursor {
+  public:
+    StrictCursor() noexcept : cursor_(Bytes()) {}
+    explicit StrictCursor(Bytes contents) noexcept : cursor_(contents) {}
+
+    [[nodiscard]] bool at_end() const noexcept { return cursor_.at_end(); }
+    [[nodiscard]] bool is_next(u8 identifier) const noexcept {
+        return !cursor_.at_end() && cursor_.peek_tag() == identifier;
+    }
+    /// Takes the next element, whatever its identifier of one octet. False, also at the end, when there is
+    /// none in DER.
+    [[nodiscard]] bool any(Element &element) noexcept {
+        return cursor_.next(element) && !element.indefinite &&
+               element.length_octets.size() == length_size(element.contents.size()) &&
+               element.number() != kTagNumberMask;
+    }
+    /// Takes the next element, which has to have this identifier.
+    [[nodiscard]] bool next(u8 identifier, Element &element) noexcept {
+        return is_next(identifier) && any(element);
+    }
+    [[nodiscard]] bool next(u8 identifier, Bytes &contents) noexcept {
+        Element element;
+        if (!next(identifier, element)) return false;
+        contents = element.contents;
+        return true;
+    }
+    /// Enters the next element, which has to have this identifier.
+    [[nodiscard]] bool enter(u8 identifier, StrictCursor &inner) noexcept {
+        Bytes contents;
+        if (!next(identifier, contents)) return false;
+        inner = StrictCursor(contents);
+        return true;
+    }
+
+  private:
+    static std::size_t length_size(std::size_t length) noexcept {
+        if (length < kIndefiniteLength) return 1;
+        std::size_t octets = 2;
+        while ((length >>= 8) != 0) {
+            ++octets;
+        }
+        return octets;
+    }
+
+    Cursor cursor_;
+};
+
+/// Opens the one element that the octets are. False for another identifier, and when octets follow it.
+[[nodiscard]] inline bool open_whole(Bytes octets, u8 identifier, StrictCursor &inner) noexcept {
+    StrictCursor outer(octets);
+    return outer.enter(identifier, inner) && outer.at_end();
+}
+
+/// Whether the contents are those of an object identifier (X.690, 8.19).
+[[nodiscard]] bool is_oid(Bytes contents) noexcept;
+/// Whether the contents are an INTEGER in the fewest octets.
+[[nodiscard]] bool is_integer(Bytes contents) noexcept;
+/// Reads an INTEGER that counts something. One of more than 31 bits becomes 0x7FFFFFFF. False for a negative
+/// one.
+[[nodiscard]] bool read_count(Bytes contents, u32 &value) noexcept;
+/// Whether the contents are those of a BIT STRING of whole octets, which are stored.
+[[nodiscard]] bool read_octet_bits(Bytes contents, Bytes &octets) noexcept;
+
+[[nodiscard]] bool same(Bytes a, Bytes b) noexcept;
+
+}  // namespace tlx

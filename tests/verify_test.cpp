@@ -1,0 +1,265 @@
+// Verification by RFC 5280: a row for each rule, searches among many candidates, budgets, threads.
+
+#include "support/allocation.hpp"
+#include "support/chain_builder.hpp"
+#include "support/null_arguments.hpp"
+#include "support/rows.hpp"
+#include "support/threads.hpp"
+#include "support/x509_files.hpp"
+
+namespace tlx_test {
+namespace {
+
+using Store = Held<free_VERIFY_STORE>;
+using Result = Held<free_VERIFY_RESULT>;
+
+std::uint32_t size_of(const Octets &octets) {
+    return static_cast<std::uint32_t>(octets.size());
+}
+
+void add(VERIFY_STORE *store, const CertSpec &spec, bool is_anchor = false) {
+    const Octets octets = encode_certificate(spec.make().get());
+    const auto add_to = is_anchor ? add_VERIFY_STORE_anchor : add_VERIFY_STORE_certificate;
+    EXPECT_EQ(add_to(store, octets.data(), size_of(octets), 0), 0U) << spec.subject;
+}
+
+/// The anchor is the last certificate, the target the first.
+Store store_of(const Chain &chain) {
+    Store store(new_VERIFY_STORE());
+    for (std::size_t i = 1; i < chain.size(); ++i)
+        add(store.get(), chain[i], i + 1 == chain.size());
+    if (chain.size() == 1) add(store.get(), chain[0], true);
+    return store;
+}
+
+/// "valid", or the findings from the first, each with its place in the path, where the target is 0.
+std::string text_of(const VERIFY_RESULT *result) {
+    std::string text;
+    const std::uint32_t count = get_VERIFY_RESULT_path_count(result);
+    VERIFY_FINDING finding;
+    for (std::uint32_t i = 0; get_VERIFY_RESULT_finding(result, i, &finding) == 0; ++i)
+        text += (text.empty() ? "" : ", ") + std::string(finding.rule) + " at " +
+                std::to_string(count - 1 - finding.certificate);
+    if (text.empty()) text = "valid";
+    for (std::uint32_t i = 0; get_VERIFY_RESULT_warning(result, i, &finding) == 0; ++i)
+        text += ", warning " + std::string(finding.rule) + " at " +
+                std::to_string(count - 1 - finding.certificate);
+    return text;
+}
+
+/// Settings from the values of an edited chain. RSA keys of 1024 bits are strong enough.
+struct ChosenSettings {
+    VERIFY_SETTINGS settings = {};
+    Octets address;
+    Policies policies;
+
+    explicit ChosenSettings(const EditedChain &edited) {
+        const auto &values = edited.values;
+        const auto number = [&values](const char *name) {
+            return values.contains(name) ? static_cast<std::uint32_t>(std::stoul(values.at(name))) : 0U;
+        };
+        settings.time = edited.time.get();
+        settings.profile = values.contains("profile") ? number("profile") : TLX_PROFILE_KOREAN_LEGACY;
+        settings.least_rsa_bits = number("bits");
+        settings.accepted_faults = number("accepted");
+        settings.anchor_rules = number("anchor-rules");
+        settings.explicit_policy = number("require-policy");
+        settings.inhibit_mapping = number("no-mapping");
+        settings.inhibit_any_policy = number("no-any-policy");
+        settings.purpose = number("purpose");
+        if (values.contains("host")) settings.host = values.at("host").c_str();
+        if (values.contains("mailbox")) settings.mailbox = values.at("mailbox").c_str();
+        if (values.contains("user-policies")) policies = policy_list(values.at("user-policies"));
+        settings.policies = policies.get();
+        if (values.contains("address")) {
+            address = hex(values.at("address"));
+            settings.address = address.data();
+            settings.address_len = size_of(address);
+        }
+        settings.budget = {number("signatures"), number("candidates"), number("length"), number("nodes"),
+                           number("comparisons")};
+    }
+};
+
+std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY_SETTINGS &settings) {
+    VERIFY_RESULT *made = nullptr;
+    const std::uint32_t status =
+        verify_CERTIFICATE(store, nullptr, target.data(), size_of(target), &settings, &made);
+    const Result result(made);
+    VERIFY_FINDING first;
+    if (made == nullptr) return status_text(status);
+    EXPECT_EQ(status, get_VERIFY_RESULT_finding(made, 0, &first) == 0 ? first.status : 0U);
+    return text_of(made);
+}
+
+std::string verify_row(const Row &row) {
+    const EditedChain edited(row.number(1), row[2]);
+    const Store store = store_of(edited.chain);
+    return verify(store.get(), encode_certificate(edited.chain[0].make().get()),
+                  ChosenSettings(edited).settings);
+}
+
+void make_keys() {
+    for (unsigned key = 0; key <= kKcdsaKey; ++key) {
+        CertSpec spec;
+        spec.key = spec.signer = key;
+        EXPECT_NE(spec.make(), nullptr);
+    }
+}
+
+TEST(Verify, Rows) {
+    make_keys();
+    expect_rows("verify.txt", {{"verify", {verify_row}}});
+}
+
+std::string digits_of_number(std::uint32_t number) {
+    const std::uint8_t octets[] = {static_cast<std::uint8_t>(number >> 24),
+                                   static_cast<std::uint8_t>(number >> 16),
+                                   static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)};
+    std::string text = hex_of(octets, sizeof octets);
+    std::erase(text, ' ');
+    return text;
+}
+
+/// A chain of which every CA has this many certificates, all with its key but of other serial numbers.
+Chain widen(const Chain &chain, unsigned count) {
+    Chain all;
+    for (std::size_t i = 1; i + 1 < chain.size(); ++i) {
+        for (unsigned n = 0; n < count; ++n) {
+            CertSpec twin = chain[i];
+            twin.serial = digits_of_number(0x7F000000 + n);
+            all.push_back(twin);
+        }
+    }
+    return all;
+}
+
+class VerifySearch : public LeakFreeTest {
+  protected:
+    static void SetUpTestSuite() { make_keys(); }
+
+    const Chain chain_ = valid_chain(4);
+    const Store store_ = store_of(chain_);
+    const Octets target_ = encode_certificate(chain_[0].make().get());
+    const VERIFY_SETTINGS settings_ = {
+        nullptr, TLX_PROFILE_KOREAN_LEGACY, 0, 0, 0, nullptr, 0, 0, 0, 0, nullptr, nullptr, 0, nullptr, {}};
+};
+
+TEST_F(VerifySearch, FindsTheGoodOneAmongTwins) {
+    // An expired twin, one of another key, one that is no CA: all with the name and the key identifier.
+    CertSpec expired = chain_[1], other = chain_[1], user = chain_[1];
+    expired.until = "2021-01-01,00:00:00";
+    other.key = 3;
+    user.with("basicConstraints", "30{}");
+    for (const CertSpec &twin : {expired, other, user})
+        add(store_.get(), twin);
+    EXPECT_EQ(verify(store_.get(), target_, settings_), "valid");
+}
+
+TEST_F(VerifySearch, TakesIntermediatesButNoAnchorsFromThePool) {
+    const Store anchors(new_VERIFY_STORE());
+    add(anchors.get(), chain_[3], true);
+    VERIFY_RESULT *result = nullptr;
+    EXPECT_EQ(verify_CERTIFICATE(anchors.get(), store_.get(), target_.data(), size_of(target_), &settings_,
+                                 &result),
+              0U);
+    EXPECT_EQ(get_VERIFY_RESULT_path_count(result), 4U);
+    EXPECT_EQ(get_VERIFY_RESULT_paths(result), 1U);
+    EXPECT_EQ(get_VERIFY_RESULT_candidates(result), 3U);
+    std::uint32_t size = 0;
+    const std::uint8_t *octets = get_VERIFY_RESULT_certificate(result, 3, &size);
+    EXPECT_EQ(Octets(octets, octets + size), target_);
+    EXPECT_EQ(get_VERIFY_RESULT_certificate(result, 4, &size), nullptr);
+    free_VERIFY_RESULT(result);
+    const Store empty(new_VERIFY_STORE());
+    result = nullptr;
+    EXPECT_EQ(
+        verify_CERTIFICATE(empty.get(), store_.get(), target_.data(), size_of(target_), &settings_, &result),
+        0x55030047U);
+    EXPECT_EQ(text_of(result), "NoIssuer at 2") << "the root is no anchor";
+    free_VERIFY_RESULT(result);
+}
+
+TEST_F(VerifySearch, EndsMazesAtTheirBudgets) {
+    // Forty certificates for each CA, below an anchor that has expired: 1600 paths, all of them bad.
+    Chain chain = chain_;
+    chain[3].until = "2021-01-01,00:00:00";
+    const Store maze = store_of(chain);
+    for (const CertSpec &twin : widen(chain, 40))
+        add(maze.get(), twin);
+    VERIFY_RESULT *result = nullptr;
+    VERIFY_SETTINGS settings = settings_;
+    settings.budget.candidates = 50;
+    EXPECT_EQ(verify_CERTIFICATE(maze.get(), nullptr, target_.data(), size_of(target_), &settings, &result),
+              0x462D0113U);
+    EXPECT_EQ(get_VERIFY_RESULT_candidates(result), 50U);
+    free_VERIFY_RESULT(result);
+    settings.budget.candidates = 0;
+    settings.budget.signatures = 20;
+    settings.anchor_rules = TLX_ANCHOR_RULES_CONSTRAINTS;
+    EXPECT_EQ(verify(maze.get(), target_, settings), "valid") << "the first path will do";
+}
+
+TEST_F(VerifySearch, OneStoreServesManyThreads) {
+    const auto work = [this] {
+        for (int i = 0; i < 20; ++i)
+            if (verify_CERTIFICATE(store_.get(), nullptr, target_.data(), size_of(target_), &settings_,
+                                   nullptr) != 0)
+                return false;
+        return true;
+    };
+    EXPECT_EQ(successes_on_threads(4, work), 4U);
+}
+
+TEST_F(VerifySearch, EveryAllocationMayFail) {
+    const Octets root = encode_certificate(chain_[3].make().get());
+    const Octets ca = encode_certificate(chain_[2].make().get());
+    const Octets user = encode_certificate(chain_[1].make().get());
+    const unsigned failures = sweep_failing_allocations([&] {
+        const Store store(new_VERIFY_STORE());
+        VERIFY_RESULT *made = nullptr;
+        const bool done =
+            store != nullptr && add_VERIFY_STORE_anchor(store.get(), root.data(), size_of(root), 0) == 0 &&
+            add_VERIFY_STORE_certificate(store.get(), ca.data(), size_of(ca), 0) == 0 &&
+            verify_CERTIFICATE(store.get(), nullptr, user.data(), size_of(user), &settings_, &made) == 0;
+        EXPECT_EQ(made != nullptr, done);
+        free_VERIFY_RESULT(made);
+        return done;
+    });
+    EXPECT_GT(failures, 20U);
+}
+
+TEST_F(VerifySearch, AnAnchorMayBeANameAndAKey) {
+    const Cert root = chain_[3].make();
+    const Octets name = encoding_of(get_X509_subject(root.get()), TLX_ENCODER(X509_NAME_to_Seq));
+    const Octets key = encoding_of(get_X509_SPKI(root.get()), TLX_ENCODER(X509_PUBKEY_to_Seq));
+    const Store store(new_VERIFY_STORE());
+    EXPECT_EQ(add_VERIFY_STORE_anchor_key(store.get(), name.data(), size_of(name), key.data(), size_of(key)),
+              0U);
+    EXPECT_EQ(add_VERIFY_STORE_anchor_key(store.get(), key.data(), size_of(key), key.data(), size_of(key)),
+              0x55010206U);
+    EXPECT_EQ(
+        add_VERIFY_STORE_anchor_key(store.get(), name.data(), size_of(name), name.data(), size_of(name)),
+        0x55010208U);
+    add(store.get(), chain_[2]);
+    add(store.get(), chain_[2]);
+    EXPECT_EQ(get_VERIFY_STORE_count(store.get()), 2U) << "the same certificate twice counts once";
+    const Octets target = encode_certificate(chain_[1].make().get());
+    EXPECT_EQ(verify(store.get(), target, settings_), "valid");
+}
+
+TEST_F(VerifySearch, RefusesMissingArguments) {
+    const std::uint8_t *octets = target_.data();
+    expect_refuses_null(0x55070049U, add_VERIFY_STORE_anchor, store_.get(), octets, 1U, 0U);
+    expect_refuses_null(0x55080049U, add_VERIFY_STORE_anchor_key, store_.get(), octets, 1U, octets, 1U);
+    expect_refuses_null(0x55090049U, add_VERIFY_STORE_certificate, store_.get(), octets, 1U, 0U);
+    EXPECT_EQ(verify_CERTIFICATE(nullptr, nullptr, octets, 1, nullptr, nullptr), 0x550A0049U);
+    EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, nullptr, 1, nullptr, nullptr), 0x550A0049U);
+    EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, octets, 1, nullptr, nullptr), 0x5501004FU);
+    VERIFY_SETTINGS wrong = {};
+    wrong.purpose = 9;
+    EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, octets, 1, &wrong, nullptr), 0x550A0048U);
+}
+
+}  // namespace
+}  // namespace tlx_test
