@@ -51,7 +51,8 @@ void add_verify(CLI::App &app, CommandLine &line) {
 }
 
 void add_show(CLI::App &app, CommandLine &line) {
-    CLI::App *command = app.add_subcommand("show", "Show certificates, RSA keys and revocation lists in words");
+    CLI::App *command =
+        app.add_subcommand("show", "Show certificates, RSA keys and revocation lists in words");
     command->footer("The secret numbers of a private key are never shown.");
     add_password_file(command, line.show.password_file);
     add_json(command, line.show.json);
