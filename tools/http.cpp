@@ -3,11 +3,15 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string_view>
 
 #include "failure.hpp"
 
 namespace tool {
 
+namespace {
+
+/// Whether the URL begins with a scheme, in any case, and "://".
 bool has_scheme(const std::string &url, std::string_view scheme) {
     const std::size_t end = url.find("://");
     if (end != scheme.size()) return false;
@@ -15,6 +19,8 @@ bool has_scheme(const std::string &url, std::string_view scheme) {
         return wanted == std::tolower(static_cast<unsigned char>(given));
     });
 }
+
+}  // namespace
 
 void expect_http(const HttpRequest &request) {
     if (has_scheme(request.url, "http") || has_scheme(request.url, "https")) return;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
-#include <string_view>
 
 namespace tool {
 
@@ -23,13 +22,11 @@ struct HttpAnswer {
     std::string body;
 };
 
-/// Asks a server, or the proxy that the system's settings name. Redirections are followed, but never from
-/// https to another scheme. Throws Failure when there is no whole answer within the limits; an answer with
-/// any status is one.
+/// Asks a server, or the proxy that the system's settings name. An answer with any status is one, and no
+/// redirection is followed. Throws Failure when there is no whole answer within the limits.
 [[nodiscard]] HttpAnswer ask_http(const HttpRequest &request);
 
-/// What the implementations share. has_scheme() ignores the case of letters; the others throw Failure.
-[[nodiscard]] bool has_scheme(const std::string &url, std::string_view scheme);
+/// What the implementations share. They throw Failure.
 void expect_http(const HttpRequest &request);
 [[noreturn]] void fail_too_slow(const HttpRequest &request);
 [[noreturn]] void fail_too_long(const HttpRequest &request);

@@ -11,8 +11,6 @@ namespace tool {
 
 namespace {
 
-constexpr long kMostRedirections = 5;
-
 struct Library {
     Library() {
         if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) throw std::bad_alloc();
@@ -60,12 +58,7 @@ void set(const Handle &handle, CURLoption option, Value value) {
 }
 
 void set_limits(const Handle &handle, const HttpRequest &request) {
-    const char *schemes = has_scheme(request.url, "https") ? "https" : "http,https";
-    set(handle, CURLOPT_PROTOCOLS_STR, schemes);
-    set(handle, CURLOPT_REDIR_PROTOCOLS_STR, schemes);
-    set(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    set(handle, CURLOPT_MAXREDIRS, kMostRedirections);
-    set(handle, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
+    set(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     set(handle, CURLOPT_NOSIGNAL, 1L);
     set(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(request.connect_limit.count()));
     set(handle, CURLOPT_TIMEOUT, static_cast<long>(request.limit.count()));

@@ -30,6 +30,8 @@ std::string reason_of(DWORD error) {
             return "there is no host of this name";
         case ERROR_WINHTTP_CANNOT_CONNECT:
             return "the host does not take the connection";
+        case ERROR_WINHTTP_INVALID_SERVER_RESPONSE:
+            return "what the host sends is not HTTP";
         case ERROR_WINHTTP_CONNECTION_ERROR:
             return "the connection broke off";
         case ERROR_WINHTTP_SECURE_FAILURE:
@@ -47,11 +49,13 @@ class Exchange {
 
     [[nodiscard]] HttpAnswer run() {
         open();
+        follow_nothing();
         send();
         HttpAnswer answer;
         answer.status = status();
         answer.content_type = content_type();
         answer.body = body();
+        expect_whole(answer.body);
         return answer;
     }
 
@@ -77,6 +81,9 @@ class Exchange {
         const int connecting =
             std::min(rest, static_cast<int>(std::chrono::milliseconds(request_.connect_limit).count()));
         expect(WinHttpSetTimeouts(handle_.get(), connecting, connecting, rest, rest) != 0);
+        auto waiting = static_cast<DWORD>(rest);
+        expect(WinHttpSetOption(handle_.get(), WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, &waiting,
+                                sizeof waiting) != 0);
     }
 
     [[nodiscard]] static std::wstring wide(const std::string &utf8) {
@@ -108,6 +115,12 @@ class Exchange {
         expect(handle_ != nullptr);
     }
 
+    void follow_nothing() const {
+        DWORD features = WINHTTP_DISABLE_REDIRECTS;
+        expect(WinHttpSetOption(handle_.get(), WINHTTP_OPTION_DISABLE_FEATURE, &features, sizeof features) !=
+               0);
+    }
+
     void send() {
         const std::wstring header =
             request_.content_type.empty() ? L"" : L"Content-Type: " + wide(request_.content_type);
@@ -121,12 +134,25 @@ class Exchange {
         expect(WinHttpReceiveResponse(handle_.get(), nullptr) != 0);
     }
 
+    /// The number in a header. False when there is none.
+    [[nodiscard]] bool number_of(DWORD header, DWORD &number) const {
+        DWORD size = sizeof number;
+        return WinHttpQueryHeaders(handle_.get(), header | WINHTTP_QUERY_FLAG_NUMBER, nullptr, &number, &size,
+                                   nullptr) != 0;
+    }
+
     [[nodiscard]] int status() const {
         DWORD status = 0;
-        DWORD size = sizeof status;
-        expect(WinHttpQueryHeaders(handle_.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
-                                   nullptr, &status, &size, nullptr) != 0);
+        expect(number_of(WINHTTP_QUERY_STATUS_CODE, status));
         return static_cast<int>(status);
+    }
+
+    /// A connection that breaks off looks like the end of the body.
+    void expect_whole(const std::string &body) const {
+        DWORD length = 0;
+        if (number_of(WINHTTP_QUERY_CONTENT_LENGTH, length) && body.size() < length) {
+            fail_without_answer(request_, reason_of(ERROR_WINHTTP_CONNECTION_ERROR));
+        }
     }
 
     [[nodiscard]] std::string content_type() const {
