@@ -54,6 +54,21 @@ void verify_as_received(P7_CONTENT_INFO *message, std::uint8_t choices) {
                  content != nullptr ? static_cast<std::int32_t>(kContentLength) : -1);
 }
 
+/// What an authority's list names is taken as a whole or not at all.
+void import_list(const P7_CONTENT_INFO *message) {
+    const Identity &ours = identity();
+    const Held<free_TRUST_ANCHORS> anchors(new_TRUST_ANCHORS());
+    const Held<free_X509_CERTIFICATES> pool(new_X509_CERTIFICATES());
+    const std::uint32_t status =
+        add_TRUST_ANCHORS_from_CTL_of_authority(anchors.get(), message, ours.pool.get(), ours.time.get());
+    require((status == 0) == (get_TRUST_ANCHORS_count(anchors.get()) > 0));
+    const bool taken =
+        add_CERTIFICATES_from_CTL_of_authority(pool.get(), message, ours.pool.get(), ours.time.get()) == 0;
+    require(taken == (status == 0));
+    require(get_X509_CERTIFICATES_count(pool.get()) == get_TRUST_ANCHORS_count(anchors.get()));
+    add_CERTIFICATES_from_CTL(pool.get(), message);
+}
+
 /// The signer of ours is the last one, and verifies whatever the message says besides.
 void sign_and_verify(P7_CONTENT_INFO *message, std::uint8_t choices) {
     const Identity &ours = identity();
@@ -67,6 +82,7 @@ void sign_and_verify(P7_CONTENT_INFO *message, std::uint8_t choices) {
     const std::string octets = fuzz::octets_of(fuzz::Node(node).get());
     const Message read = read_message(reinterpret_cast<const std::uint8_t *>(octets.data()), octets.size());
     if (read == nullptr) return;
+    import_list(read.get());
     Reports reports;
     verify(read.get(), 0, apart ? kContent : nullptr, reports);
     const auto count = static_cast<std::int32_t>(get_P7_SIGNER_REPORTS_count(reports.get()));
@@ -110,6 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const Message message = read_message(data + 1, size - 1);
     if (message == nullptr) return 0;
     verify_as_received(message.get(), choices);
+    import_list(message.get());
     open(message.get(), false);
     for (const std::uint32_t mode : {0U, 8U})
         decrypt(message.get(), mode);

@@ -29,6 +29,7 @@ struct CommandLine {
     ShowCrlOptions crl_show;
     CheckCrlOptions crl_check;
     MakeCrlOptions crl_make;
+    TrustListOptions trust_list;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -72,5 +73,8 @@ void add_pkcs12(CLI::App &app, CommandLine &line);
 
 /// tlxpki crl and what stands below it.
 void add_crl(CLI::App &app, CommandLine &line);
+
+/// tlxpki trustlist and what stands below it.
+void add_trust_list(CLI::App &app, CommandLine &line);
 
 }  // namespace tool

@@ -17,13 +17,17 @@ struct Shape {
 
 /// Certificate, CertificationRequest and CertificateList are alike outside. SubjectPublicKeyInfo (RFC 5280),
 /// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208), PFX with
-/// and without MacData (RFC 7292), ContentInfo (RFC 2315).
+/// and without MacData (RFC 7292), ContentInfo (RFC 2315), KISA's list of tokens,
+/// CertificateTrustList with a version and without.
 constexpr Shape kOuterShapes[] = {
-    {"303003", true, Kind::kCertificate}, {"3003", true, Kind::kPublicKeyInfo},
-    {"0202", true, Kind::kRsaPublic},     {"020202020202020202", false, Kind::kRsaPrivate},
-    {"023004", false, Kind::kPkcs8},      {"3004", true, Kind::kEncryptedPkcs8},
-    {"023030", true, Kind::kPkcs12},      {"0230", true, Kind::kPkcs12},
-    {"06A0", true, Kind::kMessage},
+    {"303003", true, Kind::kCertificate},  {"3003", true, Kind::kPublicKeyInfo},
+    {"0202", true, Kind::kRsaPublic},      {"020202020202020202", false, Kind::kRsaPrivate},
+    {"023004", false, Kind::kPkcs8},       {"3004", true, Kind::kEncryptedPkcs8},
+    {"023030", true, Kind::kPkcs12},       {"0230", true, Kind::kPkcs12},
+    {"06A0", true, Kind::kMessage},        {"30303003", true, Kind::kTokenList},
+    {"30303004", true, Kind::kTokenList},  {"300217", false, Kind::kTrustList},
+    {"300218", false, Kind::kTrustList},   {"A0300217", false, Kind::kTrustList},
+    {"A0300218", false, Kind::kTrustList},
 };
 
 /// TBSCertificate with a version and without, TBSCertList without a version and with one, and
@@ -46,6 +50,8 @@ constexpr const char *kNames[] = {"a certificate",
                                   "an encrypted PKCS #8 private key",
                                   "a PKCS #12 file",
                                   "a PKCS #7 message",
+                                  "a certificate trust list",
+                                  "a list of hardware tokens",
                                   ""};
 
 struct Label {

@@ -16,6 +16,8 @@ enum class Kind {
     kEncryptedPkcs8,
     kPkcs12,
     kMessage,
+    kTrustList,
+    kTokenList,
     kOther
 };
 

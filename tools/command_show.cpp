@@ -37,6 +37,21 @@ Json describe_encrypted_key(const Block &block, Password &password) {
     return json;
 }
 
+Json describe_trust_list_block(const Block &block) {
+    const Owned<CERT_TRUST_LIST, free_CERT_TRUST_LIST> list(decode_record(block, Seq_to_CERT_TRUST_LIST));
+    Json json = {{"kind", "certificate trust list"}};
+    json.update(describe_trust_list(list.get()));
+    return json;
+}
+
+Json describe_token_list_block(const Block &block) {
+    const Owned<KISA_HSM_SIGNATURE_VALUE, free_KISA_HSM_SIGNATURE_VALUE> list(
+        decode_record(block, Seq_to_KISA_HSM_SIGNATURE_VALUE));
+    Json json = {{"kind", "list of hardware tokens"}};
+    json.update(describe_token_list(list.get()));
+    return json;
+}
+
 /// Why show has no words for a kind.
 std::string not_shown(const Block &block, Kind kind) {
     const std::string subject = block.source + ": " + block_name(block);
@@ -73,6 +88,10 @@ Json describe_contents(const Block &block, Kind kind, Password &password) {
         case Kind::kPkcs8:
         case Kind::kEncryptedPkcs8:
             return describe_private_key(block, password);
+        case Kind::kTrustList:
+            return describe_trust_list_block(block);
+        case Kind::kTokenList:
+            return describe_token_list_block(block);
         default:
             throw Failure(not_shown(block, kind));
     }

@@ -40,7 +40,8 @@ bool belongs_to(const ASYMMETRIC_KEY *key, const X509_CERT *cert) {
     return gives_public_key(key, get_KCDSA_number(static_cast<const KCDSA *>(certified->key), TLX_KCDSA_Y));
 }
 
-/// Adds a certificate to those of a message unless it is there.
+}  // namespace
+
 void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert) {
     const X509_CERTIFICATES *certificates = message->content.signedData->certificates;
     if (get_X509_CERTS_index_by_X509_CERT(certificates, cert) >= 0) return;
@@ -65,6 +66,8 @@ void add_signers(P7_CONTENT_INFO *message, const SignOptions &options) {
         }
     }
 }
+
+namespace {
 
 void sign_content(P7_CONTENT_INFO *message, const SignOptions &options) {
     const Waiting waiting("Signing");

@@ -162,6 +162,20 @@ struct IdentityOptions {
     bool json = false;
 };
 
+/// Of the commands below tlxpki trustlist.
+struct TrustListOptions {
+    std::string file;
+    std::vector<std::string> authorities;
+    std::string time;
+    std::string output;
+    std::vector<std::string> certificates;
+    SignOptions signer;
+    uint32_t number = 1;
+    uint32_t days = 365;
+    bool unverified = false;
+    bool json = false;
+};
+
 /// What --scheme of keys takes.
 [[nodiscard]] std::vector<std::string> key_schemes();
 
@@ -192,5 +206,8 @@ int run_crl_show(const ShowCrlOptions &options);
 int run_crl_check(const CheckCrlOptions &options);
 int run_crl_make(const MakeCrlOptions &options);
 int run_identity_check(const IdentityOptions &options);
+int run_trust_list_show(const TrustListOptions &options);
+int run_trust_list_import(const TrustListOptions &options);
+int run_trust_list_make(const TrustListOptions &options);
 
 }  // namespace tool

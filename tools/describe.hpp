@@ -34,6 +34,10 @@ Json describe_bits(const BIT_STRING *bits, const char *const (&names)[N]) {
     return set;
 }
 
+[[nodiscard]] Json describe_trust_list(const CERT_TRUST_LIST *list);
+/// KISA's list of hardware tokens.
+[[nodiscard]] Json describe_token_list(const KISA_HSM_SIGNATURE_VALUE *list);
+
 /// The description of each item of a list.
 template <typename List, typename Item>
 Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*child)(const List *, int32_t),

@@ -1,4 +1,4 @@
-// Describes PKCS #7 messages and the trust lists in them.
+// Describes PKCS #7 messages.
 #pragma once
 
 #include "document.hpp"
@@ -18,8 +18,6 @@ namespace tool {
 
 /// Attributes with their values.
 [[nodiscard]] Json describe_attributes(const X509_ATTRIBUTES *attributes);
-
-[[nodiscard]] Json describe_trust_list(const CERT_TRUST_LIST *list);
 
 /// The signers of signed data or signed-and-enveloped data; null of others.
 [[nodiscard]] const P7_SIGNER_INFOS *signers_of(const P7_CONTENT_INFO *message);

@@ -77,9 +77,9 @@ typedef struct P7_CONTENT_INFO {
         CERT_TRUST_LIST *trustList; /**< of the type "kisa-ctl" */
     } content;                      /**< by contentType */
     ASN1_UNIT *received; /**< in content that was decoded as signed or digested and is not data: the element
-                            of content as received, never written, whose contents octets are what was
-                            digested; null otherwise and when content was replaced by a function of this
-                            library */
+                            of content as received, whose contents octets are what was digested; null
+                            otherwise and when content was replaced by a function of this library. It is
+                            written in place of a trust list, and never of other content */
 } P7_CONTENT_INFO;
 
 /** SignedData. */

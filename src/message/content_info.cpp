@@ -47,10 +47,12 @@ struct TypedContent {
     static void write(Encoder &out, const P7_CONTENT_INFO &info) noexcept {
         out.oid(info.contentType);
         if (info.content.any == nullptr) return;
-        const bool known = with_content_kind(content_type(&info), [&](auto kind) {
-            const auto wrapper = out.nest(context(0));
-            kind.encode(out, content_as(info, kind), kind.tag);
-        });
+        const u32 type = content_type(&info);
+        const auto wrapper = out.nest(context(0));
+        // Lists in circulation are not all in DER, and their signatures have to go on verifying.
+        if (type == oid::kKisaCtl && info.received != nullptr) return out.node(info.received);
+        const bool known =
+            with_content_kind(type, [&](auto kind) { kind.encode(out, content_as(info, kind), kind.tag); });
         if (!known) out.fail();
     }
 

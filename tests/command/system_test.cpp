@@ -166,9 +166,12 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     const std::string common = between(page, ".SH OPTIONS", ".SH EXIT STATUS");
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
     for (const std::string command :
-         {"verify", "show", "asn1", "oid", "status", "message sign", "message verify", "message encrypt",
-          "message decrypt", "message show", "pkcs12 open", "pkcs12 show", "pkcs12 make", "key show",
-          "key convert", "key password", "key make", "identity check"}) {
+         {"verify",          "show",           "asn1",           "oid",
+          "status",          "message sign",   "message verify", "message encrypt",
+          "message decrypt", "message show",   "pkcs12 open",    "pkcs12 show",
+          "pkcs12 make",     "key show",       "key convert",    "key password",
+          "key make",        "identity check", "trustlist show", "trustlist import",
+          "trustlist make"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
