@@ -30,6 +30,7 @@ struct CommandLine {
     CheckCrlOptions crl_check;
     MakeCrlOptions crl_make;
     TrustListOptions trust_list;
+    TokenOptions token;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -56,6 +57,7 @@ void add_operand(CLI::App *command, const char *name, std::string &path, const c
 void add_json(CLI::App *command, bool &json);
 
 void add_password_file(CLI::App *command, std::string &path);
+void add_pin_file(CLI::App *command, std::string &path);
 
 /// Options of commands that write a file with a private key: --new-password-file, --force and --output.
 void add_new_file(CLI::App *command, std::string &new_password_file, bool &force, std::string &output,
@@ -67,6 +69,9 @@ void add_identity(CLI::App &app, CommandLine &line);
 
 /// tlxpki message and what stands below it.
 void add_message(CLI::App &app, CommandLine &line);
+
+/// tlxpki token and what stands below it.
+void add_token(CLI::App &app, CommandLine &line);
 
 /// tlxpki pkcs12 and what stands below it.
 void add_pkcs12(CLI::App &app, CommandLine &line);

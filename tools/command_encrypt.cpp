@@ -9,6 +9,7 @@
 #include "output.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
+#include "token.hpp"
 
 namespace tool {
 
@@ -91,11 +92,12 @@ int run_encrypt(const EncryptOptions &options) {
 
 int run_decrypt(const DecryptOptions &options) {
     expect_room_for_json(options.json, options.output);
-    const std::vector<LoadedCertificate> certificates = load_certificates(options.cert);
+    Tokens tokens(options.pin_file);
+    const LoadedCertificate loaded = load_certificate(options.cert, tokens);
     Password password(options.password_file);
-    const Key key = load_private_key(options.key, password, KeyUse::kDecrypt);
+    const Key key = load_private_key(options.key, password, tokens, KeyUse::kDecrypt);
     std::size_t size = 0;
-    const uint32_t status = open_content(options, certificates.front().cert.get(), key.get(), size);
+    const uint32_t status = open_content(options, loaded.cert.get(), key.get(), size);
     const bool decrypted = status == 0;
     const std::string source = source_of(options.message);
     if (!decrypted) {

@@ -10,6 +10,7 @@
 #include "output.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
+#include "token.hpp"
 
 namespace tool {
 
@@ -48,14 +49,14 @@ void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert) {
     must(add_PKCS7_Certificate(message, cert));
 }
 
-void add_signers(P7_CONTENT_INFO *message, const SignOptions &options) {
+void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &tokens) {
     const auto digest = static_cast<int32_t>(value_of(kDigests, options.digest));
     const uint32_t scheme = value_of(kSchemes, options.scheme);
     Password password(options.password_file);
     for (std::size_t i = 0; i < options.certs.size(); ++i) {
-        const LoadedCertificate signer = std::move(load_certificates(options.certs[i]).front());
+        const LoadedCertificate signer = load_certificate(options.certs[i], tokens);
         const X509_CERT *cert = signer.cert.get();
-        const Key key = load_private_key(options.keys[i], password);
+        const Key key = load_private_key(options.keys[i], password, tokens, KeyUse::kSign);
         if (!belongs_to(key.get(), cert)) {
             throw Failure(options.keys[i] + ": is not the key of " + signer.source);
         }
@@ -97,8 +98,9 @@ int run_sign(const SignOptions &options) {
     if (options.scheme == "pss" && options.digest == "has160") {
         throw Failure("RSASSA-PSS takes no HAS-160: choose another --digest or --scheme");
     }
+    Tokens tokens(options.pin_file);
     const Message message = new_message(TLX_OID_PKCS7_SIGNED_DATA);
-    add_signers(message.get(), options);
+    add_signers(message.get(), options, tokens);
     for (const std::string &path : options.chain) {
         for (const LoadedCertificate &loaded : load_certificates(path)) {
             add_certificate(message.get(), loaded.cert.get());

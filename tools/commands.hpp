@@ -41,6 +41,7 @@ struct SignOptions {
     std::vector<std::string> keys;  ///< of the certificates, in their order
     std::vector<std::string> chain;
     std::string password_file;
+    std::string pin_file;
     std::string digest = "sha256";
     std::string scheme = "pkcs1";
     std::string content;
@@ -74,6 +75,7 @@ struct DecryptOptions {
     std::string cert;
     std::string key;
     std::string password_file;
+    std::string pin_file;
     std::string message;
     std::string output = "-";
     bool json = false;
@@ -176,6 +178,16 @@ struct TrustListOptions {
     bool json = false;
 };
 
+/// Of the commands below tlxpki token.
+struct TokenOptions {
+    std::string name;  ///< a module, or a URI
+    std::string pin_file;
+    std::string output = "-";
+    bool login = false;
+    bool der = false;
+    bool json = false;
+};
+
 /// What --scheme of keys takes.
 [[nodiscard]] std::vector<std::string> key_schemes();
 
@@ -205,6 +217,9 @@ int run_key_make(const KeyOptions &options);
 int run_crl_show(const ShowCrlOptions &options);
 int run_crl_check(const CheckCrlOptions &options);
 int run_crl_make(const MakeCrlOptions &options);
+int run_token_slots(const TokenOptions &options);
+int run_token_objects(const TokenOptions &options);
+int run_token_certificate(const TokenOptions &options);
 int run_identity_check(const IdentityOptions &options);
 int run_trust_list_show(const TrustListOptions &options);
 int run_trust_list_import(const TrustListOptions &options);

@@ -132,6 +132,7 @@ int run(const std::vector<std::string> &arguments) {
     add_key(app, line);
     add_identity(app, line);
     add_crl(app, line);
+    add_token(app, line);
     add_trust_list(app, line);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");

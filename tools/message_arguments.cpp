@@ -20,7 +20,8 @@ void add_sign(CLI::App *message, CommandLine &line) {
     SignOptions &options = line.sign;
     CLI::App *command = message->add_subcommand("sign", "Sign a file");
     command->footer(
-        "Give --cert and --key once for each signer, the keys in the order of the certificates.\n\n"
+        "Give --cert and --key once for each signer, the keys in the order of the certificates. Either may\n"
+        "be the URI of a token (pkcs11:...?module-path=...).\n\n"
         "Example: tlxpki message sign --cert user.pem --key user.key --chain ca.pem -o signed.p7 content");
     add_repeated(command, "--cert", options.certs, kFile,
                  "Certificate of a signer, the first of the file; it goes along in the message");
@@ -35,6 +36,7 @@ void add_sign(CLI::App *message, CommandLine &line) {
     add_choice(command, "--scheme", options.scheme, signature_schemes(),
                "How an RSA key signs it (default pkcs1)");
     add_password_file(command, options.password_file);
+    add_pin_file(command, options.pin_file);
     add_made_message(command, options, "The file to sign");
     runs(command, line, run_sign, options);
 }
@@ -82,11 +84,12 @@ void add_decrypt(CLI::App *message, CommandLine &line) {
     CLI::App *command = message->add_subcommand("decrypt", "Decrypt a message");
     command->footer(
         "Nothing shows whether a message was changed on its way: decryption is no proof of where it comes "
-        "from.\n\n"
+        "from. --cert and --key may be URIs of a token (pkcs11:...?module-path=...).\n\n"
         "Example: tlxpki message decrypt --cert user.pem --key user.key -o content sealed.p7");
     add_file(command, "--cert", options.cert, "Certificate of the recipient")->required();
     add_file(command, "--key", options.key, "Private key of the recipient")->required();
     add_password_file(command, options.password_file);
+    add_pin_file(command, options.pin_file);
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the content goes; by default standard output");
     add_operand(command, "MESSAGE", options.message, "The message");

@@ -115,6 +115,61 @@ TEST_F(CommandSystem, PasswordsAreTypedUnseen) {
     }
 }
 
+/// A key and certificate on a token of SoftHSM, which no file of the command's holds.
+TEST_F(CommandSystem, SignsAndDecryptsWithTokens) {
+    const std::string configuration = "directories.tokendir = " + folder_.path("tokens") + "\n";
+    folder_.write("softhsm2.conf", configuration);
+    folder_.write("pin", "1234\n");
+    folder_.write("wrong", "4321\n");
+    folder_.write("content", "to sign");
+    ASSERT_EQ(setenv("SOFTHSM2_CONF", folder_.path("softhsm2.conf").c_str(), 1), 0);
+    folder_.run(
+        "mkdir tokens && softhsm2-util --init-token --free --label 'my token' --pin 1234 --so-pin 123456 &&"
+        "openssl req -x509 -newkey rsa:2048 -nodes -days 2 -keyout key.pem -out cert.pem -subj /CN=Token &&"
+        "openssl x509 -in cert.pem -outform DER -out cert.der && "
+        "softhsm2-util --import key.pem --token 'my token' --label 'the key' --id AB0C --pin 1234 &&"
+        "pkcs11-tool --module " TLX_SOFTHSM
+        " --token-label 'my token' --login --pin 1234"
+        " --write-object cert.der --type cert --id AB0C --label 'the key' && rm key.pem");
+    const std::string query = "?module-path=" TLX_SOFTHSM;
+    const std::string uri = "pkcs11:token=my%20token;id=%AB%0c" + query;
+    struct Row {
+        std::vector<std::string> arguments;
+        int status;
+        const char *printed;
+    };
+    const Row rows[] = {
+        {{"token", "slots", TLX_SOFTHSM}, 0, "pkcs11:token=my%20token;serial="},
+        {{"token", "objects", "pkcs11:token=my%20token" + query}, 0, "2 objects"},
+        {{"token", "objects", "--pin-file", "pin", uri}, 0, "id=%AB%0C;object=the%20key;type=private?"},
+        {{"token", "objects", "--pin-file", "wrong", uri}, 2, "0x492000A0, the PIN is wrong"},
+        {{"token", "objects", "pkcs11:token=none" + query}, 2, "there is no such token"},
+        {{"token", "certificate", "-o", "read.pem", uri}, 0, ""},
+        {{"token", "certificate", "pkcs11:object=none" + query}, 2, "the token has no such certificate"},
+        {{"message", "sign", "--pin-file", "pin", "--cert", uri, "--key", uri, "--scheme", "pss", "-o",
+          "signed", "content"},
+         0,
+         ""},
+        {{"message", "sign", "--pin-file", "pin", "--cert", "user.pem", "--key", uri, "content"},
+         2,
+         "is not the key of user.pem"},
+        {{"message", "sign", "--cert", uri, "--key", uri, "content"},
+         2,
+         "give the PIN of the token with --pin-file"},
+        {{"message", "verify", "--anchor", "cert.pem", "signed"}, 0, "valid"},
+        {{"message", "encrypt", "--to", "cert.pem", "-o", "sealed", "content"}, 0, ""},
+        {{"message", "decrypt", "--pin-file", "pin", "--cert", "cert.pem", "--key", uri, "sealed"},
+         0,
+         "to sign"},
+    };
+    for (const Row &row : rows) {
+        const Result result = run(row.arguments);
+        EXPECT_EQ(result.status, row.status) << row.arguments[1] << result;
+        EXPECT_NE((result.output + result.errors).find(row.printed), std::string::npos) << result;
+    }
+    folder_.run("cmp read.pem cert.pem && openssl cms -verify -in signed -inform PEM -CAfile cert.pem");
+}
+
 TEST_F(CommandSystem, CompletionCompletes) {
     folder_.write("unique.file", "");
     const auto completions = [this](const std::string &words, int current) {
@@ -123,6 +178,7 @@ TEST_F(CommandSystem, CompletionCompletes) {
                            "; _tlxpki; echo \"${COMPREPLY[*]}\"'");
     };
     EXPECT_EQ(completions("s", 1), "show status\n");
+    EXPECT_EQ(completions("token o", 2), "objects\n");
     EXPECT_EQ(completions("verify --p", 2), "--pool --policy\n");
     EXPECT_EQ(completions("verify --anchor uni", 3), "unique.file\n");
     EXPECT_EQ(completions("verify --at \"\"", 3), "\n");
@@ -171,7 +227,7 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
           "message decrypt", "message show",   "pkcs12 open",    "pkcs12 show",
           "pkcs12 make",     "key show",       "key convert",    "key password",
           "key make",        "identity check", "trustlist show", "trustlist import",
-          "trustlist make"}) {
+          "trustlist make",  "token slots",    "token objects",  "token certificate"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
