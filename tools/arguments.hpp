@@ -31,6 +31,9 @@ struct CommandLine {
     MakeCrlOptions crl_make;
     TrustListOptions trust_list;
     TokenOptions token;
+    OcspRequestOptions ocsp_request;
+    OcspRespondOptions ocsp_respond;
+    OcspCheckOptions ocsp_check;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -72,6 +75,9 @@ void add_message(CLI::App &app, CommandLine &line);
 
 /// tlxpki token and what stands below it.
 void add_token(CLI::App &app, CommandLine &line);
+
+/// tlxpki ocsp and what stands below it.
+void add_ocsp(CLI::App &app, CommandLine &line);
 
 /// tlxpki pkcs12 and what stands below it.
 void add_pkcs12(CLI::App &app, CommandLine &line);

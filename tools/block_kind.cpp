@@ -18,7 +18,7 @@ struct Shape {
 /// Certificate, CertificationRequest and CertificateList are alike outside. SubjectPublicKeyInfo (RFC 5280),
 /// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208), PFX with
 /// and without MacData (RFC 7292), ContentInfo (RFC 2315), KISA's list of tokens,
-/// CertificateTrustList with a version and without.
+/// CertificateTrustList with a version and without, OCSPRequest and OCSPResponse (RFC 6960).
 constexpr Shape kOuterShapes[] = {
     {"303003", true, Kind::kCertificate},  {"3003", true, Kind::kPublicKeyInfo},
     {"0202", true, Kind::kRsaPublic},      {"020202020202020202", false, Kind::kRsaPrivate},
@@ -27,7 +27,9 @@ constexpr Shape kOuterShapes[] = {
     {"06A0", true, Kind::kMessage},        {"30303003", true, Kind::kTokenList},
     {"30303004", true, Kind::kTokenList},  {"300217", false, Kind::kTrustList},
     {"300218", false, Kind::kTrustList},   {"A0300217", false, Kind::kTrustList},
-    {"A0300218", false, Kind::kTrustList},
+    {"A0300218", false, Kind::kTrustList}, {"30", true, Kind::kOcspRequest},
+    {"30A0", true, Kind::kOcspRequest},    {"0A", true, Kind::kOcspResponse},
+    {"0AA0", true, Kind::kOcspResponse},
 };
 
 /// TBSCertificate with a version and without, TBSCertList without a version and with one, and
@@ -52,6 +54,8 @@ constexpr const char *kNames[] = {"a certificate",
                                   "a PKCS #7 message",
                                   "a certificate trust list",
                                   "a list of hardware tokens",
+                                  "an OCSP request",
+                                  "an OCSP response",
                                   ""};
 
 struct Label {
@@ -72,6 +76,8 @@ constexpr Label kLabels[] = {
     {"ENCRYPTED PRIVATE KEY", Kind::kEncryptedPkcs8},
     {"PKCS7", Kind::kMessage},
     {"CMS", Kind::kMessage},
+    {"OCSP REQUEST", Kind::kOcspRequest},
+    {"OCSP RESPONSE", Kind::kOcspResponse},
 };
 
 std::string tags_in(const ASN1_UNIT *node) {

@@ -18,6 +18,8 @@ enum class Kind {
     kMessage,
     kTrustList,
     kTokenList,
+    kOcspRequest,
+    kOcspResponse,
     kOther
 };
 

@@ -8,6 +8,7 @@
 #include "failure.hpp"
 #include "input.hpp"
 #include "key_file.hpp"
+#include "ocsp.hpp"
 #include "record.hpp"
 #include "revocation.hpp"
 
@@ -92,6 +93,10 @@ Json describe_contents(const Block &block, Kind kind, Password &password) {
             return describe_trust_list_block(block);
         case Kind::kTokenList:
             return describe_token_list_block(block);
+        case Kind::kOcspRequest:
+            return describe_ocsp_request(decode_ocsp_request(block).get());
+        case Kind::kOcspResponse:
+            return describe_ocsp_response(decode_ocsp_response(block).get());
         default:
             throw Failure(not_shown(block, kind));
     }

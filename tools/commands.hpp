@@ -188,6 +188,44 @@ struct TokenOptions {
     bool json = false;
 };
 
+struct OcspRequestOptions {
+    std::string issuer;
+    std::vector<std::string> certs;
+    std::string digest = "sha1";
+    std::string signer;  ///< empty for a request that is not signed
+    std::string key;     ///< of the signer
+    std::string password_file;
+    std::string output = "-";
+    bool nonce = false;
+    bool json = false;
+};
+
+struct OcspRespondOptions {
+    std::string issuer;
+    std::string responder;
+    std::string key;
+    std::string password_file;
+    std::string table;  ///< this or the list
+    std::string crl;
+    std::string digest = "sha256";
+    std::string request;
+    std::string output = "-";
+    uint32_t days = 0;  ///< until the next answer; 0 announces none
+    bool by_key = false;
+    bool json = false;
+};
+
+struct OcspCheckOptions {
+    std::string issuer;
+    std::string response;  ///< empty to ask a responder
+    std::string request;   ///< what the response answers; empty for none
+    std::string url;       ///< of the responder; empty for the one that the certificate names
+    std::string cert;
+    std::string time;
+    bool require_nonce = false;
+    bool json = false;
+};
+
 /// What --scheme of keys takes.
 [[nodiscard]] std::vector<std::string> key_schemes();
 
@@ -220,6 +258,9 @@ int run_crl_make(const MakeCrlOptions &options);
 int run_token_slots(const TokenOptions &options);
 int run_token_objects(const TokenOptions &options);
 int run_token_certificate(const TokenOptions &options);
+int run_ocsp_request(const OcspRequestOptions &options);
+int run_ocsp_respond(const OcspRespondOptions &options);
+int run_ocsp_check(const OcspCheckOptions &options);
 int run_identity_check(const IdentityOptions &options);
 int run_trust_list_show(const TrustListOptions &options);
 int run_trust_list_import(const TrustListOptions &options);

@@ -56,6 +56,9 @@ Json describe_items(const List *list, uint32_t (*count)(const List *), Item *(*c
 /// and the iterations, by name.
 [[nodiscard]] Json describe_encryption(const X509_ALGO_IDENTIFIER *algorithm);
 
+/// A certificate in few words, as one of several.
+[[nodiscard]] Json describe_certificate_briefly(const X509_CERT *cert);
+
 /// A certificate, with digests of the octets it was read from.
 [[nodiscard]] Json describe_certificate(const X509_CERT *cert, Octets der);
 

@@ -113,6 +113,15 @@ Json describe_policies(const CERTIFICATE_POLICIES *policies) {
                           describe_policy);
 }
 
+Json describe_certificate_briefly(const X509_CERT *cert) {
+    return {{"subject", name_text(get_X509_subject(cert))},
+            {"issuer", name_text(get_X509_issuer(cert))},
+            {"serial", number_hex(get_X509_serial(cert))},
+            {"not_before", time_text(get_X509_notBefore(cert))},
+            {"not_after", time_text(get_X509_notAfter(cert))},
+            {"public_key", key_line(get_X509_SPKI(cert))}};
+}
+
 Json describe_certificate(const X509_CERT *cert, Octets der) {
     Json json = {{"kind", "certificate"}, {"version", get_X509_version(cert) + 1}};
     add_serial(json, cert, der);

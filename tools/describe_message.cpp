@@ -104,15 +104,6 @@ Json describe_recipient(const P7_RECIPIENT_INFO *recipient) {
     return json;
 }
 
-Json describe_certificate_briefly(const X509_CERT *cert) {
-    return {{"subject", name_text(get_X509_subject(cert))},
-            {"issuer", name_text(get_X509_issuer(cert))},
-            {"serial", number_hex(get_X509_serial(cert))},
-            {"not_before", time_text(get_X509_notBefore(cert))},
-            {"not_after", time_text(get_X509_notAfter(cert))},
-            {"public_key", key_line(get_X509_SPKI(cert))}};
-}
-
 Json describe_revocation_list(const X509_CRL *crl) {
     return describe_crl(crl, 0);
 }

@@ -227,7 +227,9 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
           "message decrypt", "message show",   "pkcs12 open",    "pkcs12 show",
           "pkcs12 make",     "key show",       "key convert",    "key password",
           "key make",        "identity check", "trustlist show", "trustlist import",
-          "trustlist make",  "token slots",    "token objects",  "token certificate"}) {
+          "trustlist make",  "token slots",    "token objects",  "token certificate",
+          "ocsp request",    "ocsp respond",   "ocsp show",      "ocsp check",
+          "crl show",        "crl check",      "crl make"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
