@@ -5,6 +5,7 @@
 
 #include "commands.hpp"
 #include "document.hpp"
+#include "failure.hpp"
 #include "output.hpp"
 #include "status.hpp"
 #include "token.hpp"
