@@ -5,10 +5,11 @@
 
 #include "choice.hpp"
 #include "commands.hpp"
-#include "key_file.hpp"
 #include "output.hpp"
 #include "revocation.hpp"
+#include "status.hpp"
 #include "terminal.hpp"
+#include "token.hpp"
 #include "verify.hpp"
 
 namespace tool {
@@ -193,8 +194,9 @@ void write_crl(const std::string &path, const X509_CRL *crl, bool as_der) {
 int run_crl_make(const MakeCrlOptions &options) {
     expect_room_for_json(options.json, options.output);
     Password password(options.password_file);
-    const Certificate issuer = std::move(load_certificates(options.issuer).front().cert);
-    const Key key = load_private_key(options.key, password);
+    Tokens tokens(options.pin_file);
+    const Certificate issuer = load_certificate(options.issuer, tokens).cert;
+    const Key key = load_private_key(options.key, password, tokens, KeyUse::kSign);
     const Crl crl = begin_list(options, issuer.get());
     {
         const Waiting waiting("Revoking");
@@ -210,8 +212,10 @@ int run_crl_make(const MakeCrlOptions &options) {
     set_authority_key(crl.get(), issuer.get());
     must(set_X509_CRL_number(crl.get(), TLX_OID_CRL_NUMBER, number_for(options, crl.get()).get()));
     set_algorithm(crl.get(), key.get(), options.digest);
-    if (gen_SIG_X509_CRL(crl.get(), key.get()) != 0 ||
-        verify_SIG_X509_CRL(crl.get(), get_X509_SPKI(issuer.get())) != 0) {
+    const uint32_t status = gen_SIG_X509_CRL(crl.get(), key.get());
+    if (status > TLX_RSA_BAD_KEY)
+        throw Failure("the list cannot be signed: " + exact_status_sentence(status));
+    if (status != 0 || verify_SIG_X509_CRL(crl.get(), get_X509_SPKI(issuer.get())) != 0) {
         throw Failure(options.key + ": is not the key of " + options.issuer);
     }
     write_crl(options.output, crl.get(), options.der);

@@ -145,6 +145,7 @@ struct MakeCrlOptions {
     std::string issuer;
     std::string key;
     std::string password_file;
+    std::string pin_file;
     std::string from;  ///< empty for none
     std::vector<std::string> revoke;
     std::string revoke_file;  ///< empty for none

@@ -44,7 +44,8 @@ void add_crl_make(CLI::App *crl, CommandLine &line) {
     command->footer(
         "SERIAL is hexadecimal. REASON is unspecified, keyCompromise, cACompromise, affiliationChanged,\n"
         "superseded, cessationOfOperation, certificateHold, privilegeWithdrawn or aACompromise. TIME is as\n"
-        "for verify, by default now.\n\n"
+        "for verify, by default now. --issuer and --key may be URIs of a token "
+        "(pkcs11:...?module-path=...).\n\n"
         "Example: tlxpki crl make --issuer ca.pem --key ca.key --from old.crl --revoke 1F,superseded -o "
         "new.crl");
     add_file(command, "--issuer", options.issuer, "Certificate of the issuer")->required();
@@ -63,6 +64,7 @@ void add_crl_make(CLI::App *crl, CommandLine &line) {
                {"sha256", "sha384", "sha512", "sha224", "sha1", "has160"},
                "The digest of the signature (default sha256; for KCDSA has160)");
     add_password_file(command, options.password_file);
+    add_pin_file(command, options.pin_file);
     command->add_flag("--der", options.der, "Write DER instead of PEM");
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the list goes; by default standard output");

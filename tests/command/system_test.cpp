@@ -157,6 +157,9 @@ TEST_F(CommandSystem, SignsAndDecryptsWithTokens) {
          2,
          "give the PIN of the token with --pin-file"},
         {{"message", "verify", "--anchor", "cert.pem", "signed"}, 0, "valid"},
+        {{"crl", "make", "--pin-file", "pin", "--issuer", uri, "--key", uri, "--revoke", "1F", "-o", "list"},
+         0,
+         ""},
         {{"message", "encrypt", "--to", "cert.pem", "-o", "sealed", "content"}, 0, ""},
         {{"message", "decrypt", "--pin-file", "pin", "--cert", "cert.pem", "--key", uri, "sealed"},
          0,
@@ -167,7 +170,9 @@ TEST_F(CommandSystem, SignsAndDecryptsWithTokens) {
         EXPECT_EQ(result.status, row.status) << row.arguments[1] << result;
         EXPECT_NE((result.output + result.errors).find(row.printed), std::string::npos) << result;
     }
-    folder_.run("cmp read.pem cert.pem && openssl cms -verify -in signed -inform PEM -CAfile cert.pem");
+    folder_.run(
+        "cmp read.pem cert.pem && openssl cms -verify -in signed -inform PEM -CAfile cert.pem &&"
+        "openssl crl -in list -CAfile cert.pem -noout");
 }
 
 TEST_F(CommandSystem, CompletionCompletes) {
