@@ -11,6 +11,7 @@
 #include "record.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
+#include "token.hpp"
 #include "verify.hpp"
 
 namespace tool {
@@ -238,6 +239,7 @@ int run_trust_list_import(const TrustListOptions &options) {
 
 int run_trust_list_make(const TrustListOptions &options) {
     expect_room_for_json(options.json, options.output);
+    Tokens tokens(options.signer.pin_file);
     const Message message = new_message(TLX_OID_PKCS7_SIGNED_DATA);
     const TrustList list = start_list(options);
     for (const std::string &path : options.certificates) {
@@ -248,7 +250,7 @@ int run_trust_list_make(const TrustListOptions &options) {
     }
     const auto content = made<Message>(gen_PKCS7_from_CERT_TRUST_LIST(list.get()));
     must(set_PKCS7_Content(message.get(), content.get()));
-    add_signers(message.get(), options.signer);
+    add_signers(message.get(), options.signer, tokens);
     const uint32_t status = sign_PKCS7_withAttributes(message.get(), nullptr, 0, 0, nullptr);
     if (status != 0) throw Failure("the list cannot be signed: " + exact_status_sentence(status));
     write_message(options.output, message.get(), options.signer.der);

@@ -22,8 +22,9 @@ void write_message(const std::string &path, const P7_CONTENT_INFO *message, bool
 void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert);
 
 struct SignOptions;
-/// Adds signers with their certificates. Throws Failure.
-void add_signers(P7_CONTENT_INFO *message, const SignOptions &options);
+class Tokens;
+/// Adds signers with their certificates. The tokens outlive the message. Throws Failure.
+void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &tokens);
 
 /// The content type of a message, a row of the registry.
 [[nodiscard]] int32_t type_of(const P7_CONTENT_INFO *message);
