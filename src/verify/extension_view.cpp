@@ -69,8 +69,9 @@ Rule read_extension(StrictCursor &in, u32 accepted, RawExtension &extension) noe
     }
     extension.critical = false;
     if (members.is_next(id::kBoolean)) {
-        if (const Rule rule = read_boolean(members, accepted, extension.critical); rule != Rule::kNone)
+        if (const Rule rule = read_boolean(members, accepted, extension.critical); rule != Rule::kNone) {
             return rule;
+        }
         if (!extension.critical && (accepted & kAcceptCriticalFalse) == 0) return Rule::kCriticalFalse;
     }
     const bool complete = members.next(id::kOctetString, extension.value) && members.at_end();
@@ -103,8 +104,9 @@ Rule read_authority_key(Bytes value, u32 /*accepted*/, CertificateView &view) no
 Rule read_key_usage(Bytes value, u32 accepted, CertificateView &view) noexcept {
     StrictCursor in(value);
     Bytes bits;
-    if (!in.next(id::kBitString, bits) || !in.at_end() || bits.size() < 2 || bits[0] > 7)
+    if (!in.next(id::kBitString, bits) || !in.at_end() || bits.size() < 2 || bits[0] > 7) {
         return Rule::kBadKeyUsage;
+    }
     const u8 last = bits.back();
     if ((last & ((1U << bits[0]) - 1)) != 0) return Rule::kBadKeyUsage;
     const bool ends_in_one = (last >> bits[0] & 1U) != 0;
@@ -228,8 +230,9 @@ Rule read_extensions(Bytes contents, u32 accepted, CertificateView &view) noexce
         if (count == kMostExtensions) return Rule::kManyExtensions;
         RawExtension extension;
         if (const Rule rule = read_extension(list, accepted, extension); rule != Rule::kNone) return rule;
-        if (const Rule rule = keep_extension(extension, accepted, unknown, view); rule != Rule::kNone)
+        if (const Rule rule = keep_extension(extension, accepted, unknown, view); rule != Rule::kNone) {
             return rule;
+        }
     }
     return Rule::kNone;
 }

@@ -131,8 +131,9 @@ Bytes host_of_uri(Bytes uri) noexcept {
     const auto is_end = [](u8 octet) noexcept { return octet == '/' || octet == '?' || octet == '#'; };
     const auto end = std::find_if(authority.begin(), authority.end(), is_end);
     authority = {authority.begin(), end};
-    if (const std::size_t at = last_of(authority, '@'); at != authority.size())
+    if (const std::size_t at = last_of(authority, '@'); at != authority.size()) {
         authority = authority.subspan(at + 1);
+    }
     const Bytes host = authority.first(first_of(authority, ':'));
     const auto is_address_octet = [](u8 octet) noexcept {
         return octet == '.' || (octet >= '0' && octet <= '9');

@@ -6,8 +6,9 @@ Rule Links::verify_with(const StoreEntry &certificate, const PublicKey &key) noe
     if (left_ == 0) return Rule::kSignatureBudget;
     SignatureAlgorithm algorithm;
     const CertificateView &view = certificate.view;
-    if (const Rule rule = read_signature_algorithm(view.algorithm, algorithm); rule != Rule::kNone)
+    if (const Rule rule = read_signature_algorithm(view.algorithm, algorithm); rule != Rule::kNone) {
         return rule;
+    }
     --left_;
     return verify_signature(key, algorithm, view.signed_part, view.signature);
 }

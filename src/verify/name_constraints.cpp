@@ -35,8 +35,9 @@ bool is_prefix_mask(Bytes mask) noexcept {
 // RFC 5280 has no minimum but 0, and no maximum.
 bool next_subtree(StrictCursor &in, GeneralNameView &base) noexcept {
     StrictCursor members;
-    if (!in.enter(id::kSequence, members) || !next_general_name(members, kAddressAndMaskLength, base))
+    if (!in.enter(id::kSequence, members) || !next_general_name(members, kAddressAndMaskLength, base)) {
         return false;
+    }
     if (base.form == NameForm::ip && !is_prefix_mask(base.value.subspan(base.value.size() / 2))) return false;
     return members.at_end();
 }
@@ -76,8 +77,9 @@ class Constraints {
         const Found excluded = search(subtrees_.excluded, name, Side::excluded);
         if (permitted == Found::too_many || excluded == Found::too_many) return Rule::kNameBudget;
         const bool is_constrained = permitted != Found::no_base || excluded != Found::no_base;
-        if (!is_comparable(name.form))
+        if (!is_comparable(name.form)) {
             return is_constrained && critical_ ? Rule::kNameFormUnknown : Rule::kNone;
+        }
         if (excluded == Found::within) return Rule::kNameExcluded;
         return permitted == Found::outside ? Rule::kNameNotPermitted : Rule::kNone;
     }
@@ -138,8 +140,9 @@ Rule check_alternative_names(const CertificateView &certificate) noexcept {
     const ExtensionView &extension = certificate.extensions[kSubjectAltName];
     if (!extension.present) return Rule::kNone;
     StrictCursor names;
-    if (!open_whole(extension.value, id::kSequence, names) || names.at_end())
+    if (!open_whole(extension.value, id::kSequence, names) || names.at_end()) {
         return Rule::kBadAlternativeNames;
+    }
     GeneralNameView name;
     while (!names.at_end()) {
         if (!next_general_name(names, kAddressLength, name)) return Rule::kBadAlternativeNames;

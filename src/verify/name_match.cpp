@@ -134,8 +134,9 @@ bool is_name_within(Bytes name, Bytes base) noexcept {
     while (!bases.at_end()) {
         Bytes a;
         Bytes b;
-        if (!bases.next(id::kSet, b) || !names.next(id::kSet, a) || !are_equal_relative_names(a, b))
+        if (!bases.next(id::kSet, b) || !names.next(id::kSet, a) || !are_equal_relative_names(a, b)) {
             return false;
+        }
     }
     return true;
 }

@@ -163,8 +163,9 @@ Rule PolicyGraph::add_policies(const CertificateView &certificate, bool any_poli
     }
     const u32 inherited = level.nodes.size();
     for (const Bytes policy : policies) {
-        if (!had_any || same(policy, kAnyPolicy) || find_node(level.nodes, inherited, policy) != nullptr)
+        if (!had_any || same(policy, kAnyPolicy) || find_node(level.nodes, inherited, policy) != nullptr) {
             continue;
+        }
         if (!level.nodes.append({policy})) return Rule::kNoMemory;
     }
     sort_nodes(level);

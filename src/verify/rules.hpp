@@ -8,7 +8,7 @@ namespace tlx {
 /// A rule is its status. 0 stands for none.
 enum class Rule : u32 {
     kNone = 0,
-#define RULE(name, status, section, text) name = status,
+#define RULE(name, status, section, text) name = (status),
 #include "verify/rules.inc"
 #undef RULE
 };

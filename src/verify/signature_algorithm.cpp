@@ -96,8 +96,9 @@ bool read_digest(StrictCursor &in, u32 &digest_id) noexcept {
 /// MGF1, 1.2.840.113549.1.1.8, with its digest.
 bool read_mask(StrictCursor &in, u32 &digest_id) noexcept {
     AlgorithmView view;
-    if (!read_algorithm(in, view) || !is_oid_of(view.oid, "\x2A\x86\x48\x86\xF7\x0D\x01\x01\x08"))
+    if (!read_algorithm(in, view) || !is_oid_of(view.oid, "\x2A\x86\x48\x86\xF7\x0D\x01\x01\x08")) {
         return false;
+    }
     StrictCursor parameters(view.parameters);
     return read_digest(parameters, digest_id) && parameters.at_end();
 }

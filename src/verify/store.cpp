@@ -111,8 +111,9 @@ Rule Store::add(Bytes certificate, bool is_anchor, u32 accepted) noexcept {
     const Bytes octets(entry->octets.get(), certificate.size());
     CertificateView &view = entry->view;
     if (const Rule rule = read_certificate(octets, accepted, view); rule != Rule::kNone) return rule;
-    if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone)
+    if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone) {
         return rule;
+    }
     return keep(entry.release());
 }
 
@@ -139,8 +140,9 @@ Rule Store::add_anchor(Bytes name, Bytes key_info) noexcept {
         !members.next(id::kBitString, bits) || !members.at_end() || !read_octet_bits(bits, view.key)) {
         return Rule::kBadPublicKey;
     }
-    if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone)
+    if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone) {
         return rule;
+    }
     return keep(entry.release());
 }
 

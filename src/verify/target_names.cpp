@@ -90,8 +90,9 @@ void judge_target_names(const Path &path, const Settings &settings, Verdict &ver
         const auto matches = [&](Bytes name) noexcept { return matches_host(name, settings.host); };
         const bool right = is_host_name(settings.host);
         if (!right) verdict.note(last, Rule::kBadHost);
-        if (right && !has_name(target, NameForm::dns, matches, has_form))
+        if (right && !has_name(target, NameForm::dns, matches, has_form)) {
             verdict.note(last, Rule::kOtherHost);
+        }
     }
     if (!settings.address.empty()) {
         const auto matches = [&](Bytes address) noexcept { return same(address, settings.address); };

@@ -90,8 +90,9 @@ void Validation::judge_anchor() noexcept {
     if (last_ == 0) return;
     const CertificateView &anchor = view(0);
     if (anchor.extensions[kBasicConstraints].present && !anchor.is_ca) note(0, Rule::kNotCa);
-    if (anchor.extensions[kKeyUsage].present && (anchor.key_usage & kKeyCertSign) == 0)
+    if (anchor.extensions[kKeyUsage].present && (anchor.key_usage & kKeyCertSign) == 0) {
         note(0, Rule::kNoCertSign);
+    }
     note(0, check_name_constraints(anchor));
     limit_counters(0);
 }
@@ -159,8 +160,9 @@ void Validation::take_key(u32 place) noexcept {
     PublicKey key;
     const CertificateView &certificate = view(place);
     Rule rule = make_key(certificate.key_algorithm, certificate.key, key);
-    if (rule == Rule::kNone)
+    if (rule == Rule::kNone) {
         rule = inherit_parameters(has_inherited_ ? inherited_ : path_[place - 1]->key, key);
+    }
     note(place, rule);
     inherited_ = std::move(key);
     has_inherited_ = true;
