@@ -1,8 +1,10 @@
 // tlxpki pkcs12 open and show: what a PKCS #12 file holds, as files, and what it consists of.
+#include <filesystem>
 #include <iostream>
 
 #include "commands.hpp"
 #include "failure.hpp"
+#include "input.hpp"
 #include "output.hpp"
 #include "pkcs12_file.hpp"
 #include "status.hpp"
@@ -35,6 +37,16 @@ Buffer contents_of(const P12_ENTRY &entry, std::string_view label) {
                                      static_cast<uint32_t>(label.size()), &pem, 1);
     if (pem == nullptr) throw Failure("an entry without contents cannot be written");
     return {reinterpret_cast<uint8_t *>(pem), size};
+}
+
+/// Makes a folder that is its owner's alone unless there is one.
+void make_folder(const std::string &path) {
+    namespace fs = std::filesystem;
+    std::error_code failed;
+    if (fs::create_directory(file_path(path), failed)) {
+        fs::permissions(file_path(path), fs::perms::owner_all, failed);
+    }
+    if (failed) throw Failure(path + ": cannot be made: " + failed.message());
 }
 
 /// Writes an entry to a file of the folder that is its owner's alone. Returns its path.
@@ -88,6 +100,7 @@ int run_pkcs12_open(const Pkcs12Options &options) {
         return kNotValid;
     }
     Json document = {{"source", source}, {"code", describe_code(pfx.get())}};
+    if (!options.folder.empty()) make_folder(options.folder);
     const bool whole = add_entries(document, entries, options);
     if (options.json) {
         print_json(std::cout, document);
