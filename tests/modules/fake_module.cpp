@@ -89,7 +89,7 @@ CK_RV find_init(CK_SESSION_HANDLE, CK_ATTRIBUTE_PTR attributes, CK_ULONG count) 
             const auto has = object.find(wanted.type);
             return has != object.end() && has->second == octets(wanted.pValue, wanted.ulValueLen);
         });
-        if (fits) g_found.push_back(i + 1);
+        if (fits) g_found.push_back(static_cast<CK_OBJECT_HANDLE>(i + 1));
     }
     return note("C_FindObjectsInit");
 }
