@@ -2,6 +2,8 @@
 // makes of it beside the bare verification. RSA-2048 and SHA-256.
 #include <benchmark/benchmark.h>
 #include <tlxpki.h>
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
 
 #include <memory>
 #include <string>

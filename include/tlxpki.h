@@ -21,9 +21,11 @@
 #include <tlxpki/kisa_identity.h>
 #include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>
+#ifndef _WIN32 /* where <wincrypt.h> has a type OCSP_CERT_ID of its own: see <tlxpki/ocsp_types.h> */
 #include <tlxpki/ocsp.h>
 #include <tlxpki/ocsp_respond.h>
 #include <tlxpki/ocsp_types.h>
+#endif
 #include <tlxpki/pem.h>
 #include <tlxpki/pkcs1.h>
 #include <tlxpki/pkcs12.h>

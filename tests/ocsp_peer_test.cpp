@@ -1,6 +1,8 @@
 // OCSP with the openssl and ocsptool programs: their answers to our requests, and ours to theirs.
 #include <gtest/gtest.h>
 #include <tlxpki.h>
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
 
 #include "support/command.hpp"
 #include "support/held.hpp"

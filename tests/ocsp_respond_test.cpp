@@ -1,5 +1,7 @@
 // The steps of a responder, with rows as scripts.
 #include <gtest/gtest.h>
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
 
 #include "support/rows.hpp"
 #include "support/signers.hpp"

@@ -1,5 +1,7 @@
 // Requests, the verification of responses and the answers in them, with rows as scripts.
 #include <gtest/gtest.h>
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
 
 #include "support/rows.hpp"
 #include "support/signers.hpp"

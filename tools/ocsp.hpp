@@ -1,6 +1,9 @@
 // OCSP requests and responses of files.
 #pragma once
 
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
+
 #include <map>
 #include <string>
 

@@ -7,12 +7,22 @@
  * when they change a record; a change that a caller makes to a member does not, and is not part of what a
  * signature proves. The certificates beside a signature are written as they were received as long as their
  * octets are kept (get_X509_received()).
+ *
+ * On Windows <tlxpki.h> leaves this header out, because <wincrypt.h> has a type OCSP_CERT_ID of its own.
+ * Where <windows.h> was included before, ours takes its name.
  */
+/* Before the guard, because <windows.h> may have defined its macros since. */
+#include <tlxpki/wincrypt.h>
+
 #ifndef TLXPKI_OCSP_TYPES_H
 #define TLXPKI_OCSP_TYPES_H
 
 #include <tlxpki/general_name.h>
 #include <tlxpki/x509_types.h>
+
+#ifdef __WINCRYPT_H__
+#define OCSP_CERT_ID TLX_OCSP_CERT_ID
+#endif
 
 TLX_BEGIN_DECLS
 

@@ -19,6 +19,8 @@
 
 /* <wincrypt.h> has macros of some of the names, which OpenSSL takes away as well. */
 #ifdef _WIN32
+#undef OCSP_REQUEST
+#undef OCSP_RESPONSE
 #undef X509_EXTENSIONS
 #undef X509_NAME
 #endif
@@ -54,6 +56,8 @@
 #define X509_REVOKED TLX_X509_REVOKED
 
 #include <tlxpki.h>
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
 
 #undef ACCESS_DESCRIPTION
 #undef ASN1_STRING

@@ -28,9 +28,12 @@ done
 
 # All of them before and after the real ones, and in between.
 uses='X509_NAME *name; X509_CERT *cert; X509_EXTENSIONS *extensions;'
+ocsp='OCSP_REQUEST *request; OCSP_RESPONSE *response; OCSP_CERT_ID *id;'
 for lean in -DNOTHING -DWIN32_LEAN_AND_MEAN; do
     printf '#include <windows.h>\n#include <wincrypt.h>\n#include <tlxpki.h>\n%s\n' "$uses" |
         compile "$cc" -std=c99 -x c $lean
+    printf '#include <windows.h>\n#include <tlxpki.h>\n#include <tlxpki/ocsp_respond.h>\n%s\n' "$ocsp" |
+        compile "$cxx" -std=c++11 -x c++ $lean
     printf '#include <tlxpki.h>\n#include <winsock2.h>\n#include <windows.h>\n#include <tlxpki.h>\n%s\n' "$uses" |
         compile "$cxx" -std=c++11 -x c++ $lean
     printf '#include <tlxpki.h>\n#include <windows.h>\n#include <tlxpki/wincrypt.h>\n%s\n' "$uses" |

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <tlxpki.h>
+#include <tlxpki/ocsp.h>
+#include <tlxpki/ocsp_respond.h>
 
 #include <cstdint>
 #include <string_view>

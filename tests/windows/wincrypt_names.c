@@ -3,16 +3,19 @@
 
 #include <wincrypt.h>
 
-static const LPCSTR kTheirs[] = {X509_CERT, X509_NAME, X509_EXTENSIONS};
+static const LPCSTR kTheirs[] = {X509_CERT, X509_NAME, X509_EXTENSIONS, OCSP_REQUEST, OCSP_RESPONSE};
 
 #include <stdio.h>
 #include <tlxpki.h>
+#include <tlxpki/ocsp.h>
 
-static const LPCSTR kOurs[] = {TLX_WINCRYPT_X509_CERT, TLX_WINCRYPT_X509_NAME, TLX_WINCRYPT_X509_EXTENSIONS};
+static const LPCSTR kOurs[] = {TLX_WINCRYPT_X509_CERT, TLX_WINCRYPT_X509_NAME, TLX_WINCRYPT_X509_EXTENSIONS,
+                               TLX_WINCRYPT_OCSP_REQUEST, TLX_WINCRYPT_OCSP_RESPONSE};
 
 int main(void) {
     X509_NAME *name = new_X509_NAME();
-    int good = name != NULL;
+    OCSP_CERT_ID *id = new_OCSP_CERT_ID();
+    int good = name != NULL && id != NULL;
     size_t i;
     for (i = 0; i < sizeof kOurs / sizeof kOurs[0]; ++i) {
         if (kOurs[i] == kTheirs[i]) continue;
@@ -20,5 +23,6 @@ int main(void) {
         good = 0;
     }
     free_X509_NAME(name);
+    free_OCSP_CERT_ID(id);
     return good ? 0 : 1;
 }
