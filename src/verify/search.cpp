@@ -11,6 +11,11 @@ constexpr u32 kMostIssuers = 256;
 struct Candidate {
     const StoreEntry *entry;
     u32 distance;  ///< the smaller, the more promising
+    u32 place;     ///< among those found, which decides between equals
+
+    [[nodiscard]] bool operator<(const Candidate &other) const noexcept {
+        return distance != other.distance ? distance < other.distance : place < other.place;
+    }
 };
 
 class Search {
@@ -114,7 +119,7 @@ void Search::offer(const Store &store, const StoreEntry &entry, Array<Candidate>
     if (std::any_of(candidates.begin(), candidates.end(), is_entry)) return;
     const auto is_holder = [&entry](const StoreEntry *each) noexcept { return is_same_holder(*each, entry); };
     if (std::any_of(path_.begin(), path_.end(), is_holder)) return;
-    if (!candidates.append({&entry, distance(entry)})) fail(Rule::kNoMemory);
+    if (!candidates.append({&entry, distance(entry), candidates.size()})) fail(Rule::kNoMemory);
 }
 
 void Search::gather(const Store &store, Array<Candidate> &candidates) noexcept {
@@ -137,8 +142,7 @@ bool Search::extend() noexcept {
     Array<Candidate> candidates;
     gather(store_, candidates);
     if (pool_ != nullptr) gather(*pool_, candidates);
-    std::stable_sort(candidates.begin(), candidates.end(),
-                     [](const Candidate &a, const Candidate &b) noexcept { return a.distance < b.distance; });
+    std::sort(candidates.begin(), candidates.end());
     Rule refused = Rule::kNone;
     for (const Candidate &candidate : candidates) {
         if (end_ == Rule::kNone && try_issuer(*candidate.entry, refused)) return true;
