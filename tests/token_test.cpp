@@ -283,8 +283,12 @@ TEST(Token, AllocationsMayFail) {
     set_variable("TLX_FAKE_TOKEN", address);
     token.functions.version.major = 2;
     token.objects = objects_of_token();
-    const Statuses no_memory = {0x4917003C, 0x4918003C, 0x4919003C, 0x491C003C,
-                                0x491D003C, 0x491E003C, 0x491E0047};
+    const Statuses no_memory = {
+        0x4917003C, 0x4918003C, 0x4919003C, 0x491C003C, 0x491D003C, 0x491E003C, 0x491E0047,
+#ifdef _WIN32
+        0x49170047,  // there is no room for the path in UTF-16
+#endif
+    };
     sweep_failing_allocations([&] {
         TOKEN_MODULE *module = nullptr;
         TOKEN_SESSION *session = nullptr;

@@ -89,7 +89,7 @@ Json describe_file(const std::string &path) {
 enum : uint32_t { kNoListMemory = 0x5410003C, kNoImportMemory = 0x5412003C, kNoSignerMemory = 0x4B30003C };
 
 Certificates load_authorities(const TrustListOptions &options) {
-    Certificates authorities = made<Certificates>(new_X509_CERTIFICATES());
+    auto authorities = made<Certificates>(new_X509_CERTIFICATES());
     for (const std::string &path : options.authorities) {
         for (const LoadedCertificate &loaded : load_certificates(path)) {
             must(add_X509_CERTIFICATES(authorities.get(), loaded.cert.get()));
@@ -183,7 +183,7 @@ void add_subject(CERT_TRUST_LIST *list, const X509_CERT *cert) {
 /// A list without subjects, from now on.
 TrustList start_list(const TrustListOptions &options) {
     constexpr int32_t kSubjectUsage = 838;
-    TrustList list = made<TrustList>(new_CERT_TRUST_LIST());
+    auto list = made<TrustList>(new_CERT_TRUST_LIST());
     const auto usage = made<Oid>(index_to_OBJECT_IDENTIFIER(kSubjectUsage));
     const auto digest = made<Oid>(index_to_OBJECT_IDENTIFIER(TLX_OID_SHA256));
     list->subjectUsage = made<Oids>(new_OBJECT_IDENTIFIERS()).release();

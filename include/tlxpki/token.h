@@ -75,8 +75,8 @@ typedef struct TOKEN_OBJECT {
  * does not finalise it then.
  * @param path as _load_pkcs11_module() takes it
  * @return 0; 0x49170049 for a null argument; 0x49170047 for a file that cannot be loaded or does not export
- * C_GetFunctionList; 0x49170048 for a module of a version other than 2 and 3; 0x4917003C when memory runs
- * out; 0x4920.... by the module
+ * C_GetFunctionList, and on Windows for want of memory for its path; 0x49170048 for a module of a version
+ * other than 2 and 3; 0x4917003C when memory runs out; 0x4920.... by the module
  */
 TLXPKI_API uint32_t open_TOKEN_MODULE(const char *path, TOKEN_MODULE **out);
 /** Finalises and unloads a module, when its last session is closed. Ignores null. */
