@@ -16,7 +16,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 /// Takes the next certificate; empty at the end.
 Bytes next_certificate(Bytes &rest) {
-    if (rest.size() < 2) return {};
+    if (rest.size() < 2) return rest = {};
     const std::size_t length = std::min<std::size_t>(std::size_t{rest[0]} << 8 | rest[1], rest.size() - 2);
     const Bytes certificate = rest.subspan(2, length);
     rest = rest.subspan(2 + length);
