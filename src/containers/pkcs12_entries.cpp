@@ -34,7 +34,7 @@ P12_ENTRY *dup_P12_ENTRY(const P12_ENTRY *entry) {
 }
 
 P12_ENTRY *new_P12_ENTRY(void) {
-    P12_ENTRY *const entry = TLX_NEW(P12_ENTRY);
+    auto *const entry = TLX_NEW(P12_ENTRY);
     if (entry != nullptr) entry->owner = -1;
     return entry;
 }

@@ -98,8 +98,9 @@ bool share_ids(P12_ENTRIES &entries) noexcept {
         bool done = true;
         for (u32 i = 0; i < entries.count && done; ++i) {
             P12_ENTRY *cert = entry_at(entries, static_cast<i32>(i));
-            if (cert->kind == TLX_P12_CERTIFICATE && cert->owner >= 0)
+            if (cert->kind == TLX_P12_CERTIFICATE && cert->owner >= 0) {
                 done = use(*cert, *entry_at(entries, cert->owner));
+            }
         }
         return done;
     };
@@ -289,8 +290,9 @@ u32 make_file(P12_ENTRIES &entries, const Protection &protection, const PbePassw
     Encoder encoder;
     AuthenticatedSafe::encode(encoder, safe.get());
     pfx.version = new_BIGINT();
-    if (!encoder.ok() || pfx.version == nullptr || set_BIGINT_word(pfx.version, kVersion) != 0)
+    if (!encoder.ok() || pfx.version == nullptr || set_BIGINT_word(pfx.version, kVersion) != 0) {
         return 0x4D32003C;
+    }
     pfx.authSafe = data_of(encoder.bytes()).release();
     if (pfx.authSafe == nullptr) return 0x4D32003C;
     if (protection.mac_digest == TLX_P12_NO_MAC) return 0;

@@ -198,8 +198,9 @@ class Reader {
 
     u32 read_secret(const Element &value, const P12_SAFE_BAG &bag) noexcept {
         P12_SECRET_BAG *record = nullptr;
-        if (Codec<P12_SECRET_BAG>::decode(value, &record) != 0)
+        if (Codec<P12_SECRET_BAG>::decode(value, &record) != 0) {
             return add_unread(0x4D310104, bag.bagId, &bag);
+        }
         const Owned<P12_SECRET_BAG> secret(record);
         constexpr std::size_t kHeader = 8;
         SecretEncoder element;

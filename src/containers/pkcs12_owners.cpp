@@ -115,7 +115,7 @@ struct Known {
     Mark mark;
     i32 index;
 
-    auto operator<=>(const Known &) const noexcept = default;
+    auto operator<=>(const Known &) const noexcept = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// Gives each certificate without an owner the first private key with the same mark. False when memory runs

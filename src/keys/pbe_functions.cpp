@@ -76,7 +76,9 @@ PbeOutcome tlx::run_pbes1(const PbeInput &input, u32 cipher_id, u32 digest_id, C
     if (get_KeyLength(cipher_id) != kHalf || get_IVLength(cipher_id) != kHalf) return PbeOutcome::unsupported;
     if (get_DigestLength(digest_id) < 2 * kHalf) return PbeOutcome::unsupported;
     Derived derived;
-    if (!derive_pbkdf1(input, digest_id, {derived.octets, 2 * kHalf})) return PbeOutcome::no_memory;
+    if (!derive_pbkdf1(input, digest_id, {derived.octets, std::size_t{2} * kHalf})) {
+        return PbeOutcome::no_memory;
+    }
     return run_cipher(cipher_id, derived.octets, derived.octets + kHalf, job);
 }
 

@@ -71,8 +71,9 @@ PbeOutcome derive_and_run(const ScryptParam &param, Bytes password, CipherJob jo
     const u64 cost = get_BIGINT_word(param.cost);
     const u64 block_size = get_BIGINT_word(param.block_size);
     const u64 lanes = get_BIGINT_word(param.parallelization);
-    if (cost > kMostBlocks || block_size > kMostBlocks || lanes > kMostBlocks)
+    if (cost > kMostBlocks || block_size > kMostBlocks || lanes > kMostBlocks) {
         return PbeOutcome::too_much_work;
+    }
     if (cost < 2 || !std::has_single_bit(cost) || block_size == 0 || lanes == 0) return PbeOutcome::broken;
     if ((cost + lanes) * block_size > kMostBlocks) return PbeOutcome::too_much_work;
     if (!budget.take(2 * cost * block_size * lanes)) return PbeOutcome::too_much_work;

@@ -49,8 +49,9 @@ template <std::size_t Size, std::size_t Room>
 void copy_text(const CK_UTF8CHAR (&padded)[Size], char (&text)[Room]) noexcept {
     static_assert(Room == Size + 1);
     std::size_t length = Size;
-    while (length > 0 && (padded[length - 1] == ' ' || padded[length - 1] == 0))
+    while (length > 0 && (padded[length - 1] == ' ' || padded[length - 1] == 0)) {
         --length;
+    }
     std::memcpy(text, padded, length);
     text[length] = 0;
 }

@@ -87,7 +87,7 @@ using namespace tlx;
 namespace {
 
 constexpr std::size_t kMostTextOctets = 65536;
-constexpr std::size_t kMostCertificateOctets = 1024 * 1024;
+constexpr std::size_t kMostCertificateOctets = std::size_t{1024} * 1024;
 
 u32 find_status(CK_RV result) noexcept {
     if (result == AttributeValue::kTooLong) return 0x491C001C;
