@@ -5,21 +5,14 @@
 #include <tlxpki/ocsp.h>
 #include <tlxpki/ocsp_respond.h>
 
-#include <memory>
 #include <string>
+
+#include "../tools/owned.hpp"
 
 namespace {
 
-template <auto Free>
-struct Releaser {
-    template <typename T>
-    void operator()(T *object) const {
-        Free(object);
-    }
-};
-template <typename T, auto Free>
-using Owned = std::unique_ptr<T, Releaser<Free>>;
-using Certificate = Owned<X509_CERT, free_X509_CERT>;
+using tool::Certificate;
+using tool::Owned;
 using Response = Owned<OCSP_RESPONSE, free_OCSP_RESPONSE>;
 
 Certificate read_certificate(const std::string &name) {

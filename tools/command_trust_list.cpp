@@ -203,16 +203,7 @@ TrustList start_list(const TrustListOptions &options) {
 }  // namespace
 
 int run_trust_list_show(const TrustListOptions &options) {
-    Json document = describe_file(options.file);
-    if (options.json) {
-        print_json(std::cout, document);
-        return kGood;
-    }
-    std::cout << printable(document["source"].get<std::string>()) << ": "
-              << document["kind"].get<std::string>() << '\n';
-    document.erase("source");
-    document.erase("kind");
-    print_text(std::cout, document, 2);
+    print_document(describe_file(options.file), options.json);
     return kGood;
 }
 

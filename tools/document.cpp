@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <iostream>
 #include <map>
 
 namespace tool {
@@ -132,6 +133,15 @@ void print_text(std::ostream &out, const Json &object, std::size_t indent) {
     for (const auto &[key, value] : object.items()) {
         print_member(out, key, value, indent, width + 2);
     }
+}
+
+void print_document(Json document, bool as_json) {
+    if (as_json) return print_json(std::cout, document);
+    std::cout << printable(document["source"].get<std::string>()) << ": "
+              << document["kind"].get<std::string>() << '\n';
+    document.erase("source");
+    document.erase("kind");
+    print_text(std::cout, document, 2);
 }
 
 void print_dump(std::ostream &out, const std::string &digits, std::size_t indent) {

@@ -18,6 +18,10 @@ void print_json(std::ostream &out, const Json &document);
 /// key"), an object {"oid", "name"} becomes one value, and the value of a key "hex" a dump with offsets.
 void print_text(std::ostream &out, const Json &object, std::size_t indent);
 
+/// Prints a document with a source and a kind to standard output: as JSON, or its source and kind on a line
+/// and the rest below.
+void print_document(Json document, bool as_json);
+
 /// Prints any value as print_text() does, each line at the given column.
 void print_value(std::ostream &out, const Json &value, std::size_t indent);
 

@@ -5,7 +5,7 @@
  * What the functions of an authority check, and the plain ones do not:
  *
  * - Who signed. Anybody can sign a list with a certificate of his own and put it into the set: the plain
- * functions accept that. The certificates of the signers are in the set, too, and become anchors with the
+ * functions accept that. The set also holds the certificates of the signers, which become anchors with the
  * others.
  * - What was signed. The signature covers the list and not the set, to which anybody can add certificates.
  * The plain functions take the whole set. The functions of an authority take the certificates whose digests

@@ -2,7 +2,6 @@
 
 #include "verify/general_names.hpp"
 #include "verify/name_match.hpp"
-#include "verify/oid.hpp"
 
 namespace tlx {
 namespace {
@@ -106,21 +105,14 @@ class Constraints {
     u32 &budget_;
 };
 
-// emailAddress, 1.2.840.113549.1.9.1, in the subject counts when there is no rfc822Name.
+// emailAddress in the subject counts when there is no rfc822Name.
 Rule check_subject_addresses(Constraints &constraints, Bytes subject) noexcept {
-    StrictCursor names(subject);
-    Bytes relative_name;
-    while (!names.at_end() && names.next(id::kSet, relative_name)) {
-        StrictCursor attributes(relative_name);
-        while (!attributes.at_end()) {
-            AttributeView attribute;
-            next_attribute(attributes, attribute);
-            if (!is_oid_of(attribute.type, "\x2A\x86\x48\x86\xF7\x0D\x01\x09\x01")) continue;
-            const Rule rule = constraints.check({NameForm::rfc822, attribute.value.contents});
-            if (rule != Rule::kNone) return rule;
-        }
-    }
-    return Rule::kNone;
+    Rule rule = Rule::kNone;
+    static_cast<void>(has_address(subject, [&](Bytes address) noexcept {
+        rule = constraints.check({NameForm::rfc822, address});
+        return rule != Rule::kNone;
+    }));
+    return rule;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "der/sip_hash.hpp"
+#include "verify/oid.hpp"
 #include "verify/strict_cursor.hpp"
 
 namespace tlx {
@@ -33,5 +34,24 @@ struct AttributeView {
 };
 /// Takes the next attribute of a relative name that is_name() has read.
 void next_attribute(StrictCursor &relative_name, AttributeView &attribute) noexcept;
+
+/// Whether a condition holds for one of the addresses in a name: emailAddress, 1.2.840.113549.1.9.1.
+template <typename Condition>
+[[nodiscard]] bool has_address(Bytes name, Condition condition) noexcept {
+    StrictCursor names(name);
+    Bytes relative_name;
+    while (!names.at_end() && names.next(id::kSet, relative_name)) {
+        StrictCursor attributes(relative_name);
+        while (!attributes.at_end()) {
+            AttributeView attribute;
+            next_attribute(attributes, attribute);
+            if (is_oid_of(attribute.type, "\x2A\x86\x48\x86\xF7\x0D\x01\x09\x01") &&
+                condition(attribute.value.contents)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
 
 }  // namespace tlx

@@ -3,7 +3,6 @@
 
 #include "verify/general_names.hpp"
 #include "verify/name_match.hpp"
-#include "verify/oid.hpp"
 #include "verify/purpose.hpp"
 
 namespace tlx {
@@ -62,22 +61,9 @@ bool has_name(const CertificateView &certificate, NameForm form, Condition condi
     return found;
 }
 
-/// emailAddress, 1.2.840.113549.1.9.1, of the subject.
+/// In an emailAddress of the subject.
 bool has_subject_mailbox(Bytes subject, Bytes mailbox) noexcept {
-    StrictCursor names(subject);
-    Bytes relative_name;
-    while (!names.at_end() && names.next(id::kSet, relative_name)) {
-        StrictCursor attributes(relative_name);
-        while (!attributes.at_end()) {
-            AttributeView attribute;
-            next_attribute(attributes, attribute);
-            if (is_oid_of(attribute.type, "\x2A\x86\x48\x86\xF7\x0D\x01\x09\x01") &&
-                is_same_mailbox(attribute.value.contents, mailbox)) {
-                return true;
-            }
-        }
-    }
-    return false;
+    return has_address(subject, [&](Bytes address) noexcept { return is_same_mailbox(address, mailbox); });
 }
 
 }  // namespace
