@@ -3,9 +3,9 @@
  * section 6.1, strict unless the settings say otherwise. It judges the octets that were received; nothing is
  * decoded to records.
  *
- * A store holds trust anchors and intermediates. It is made once and then serves all threads. One call
- * verifies one certificate and tells every finding with its certificate, section and status. Revocation is
- * not consulted.
+ * A store holds trust anchors, intermediates, revocation lists and OCSP responses. It is made once and then
+ * serves all threads. One call verifies one certificate and tells every finding with its certificate, section
+ * and status.
  *
  * What it decides where standards leave a choice:
  * - Input is DER. Refused are, among others, trailing octets, duplicate extensions, a critical FALSE that is
@@ -23,6 +23,19 @@
  * subject without rfc822Name. A name of another form is refused when a critical extension constrains that
  * form. A minimum other than 0 and a maximum are refused. Common names are no host names.
  * - That an extension ought to be critical is not enforced. An absent key usage lets a CA sign.
+ *
+ * How it learns of revocation (section 6.3, RFC 6960):
+ * - Lists and responses come from the store, the pool and the fetch callback. Complete, indirect and delta
+ * lists count, with their distribution points and reasons. Serial numbers are compared as octets.
+ * - A list is signed by an issuer in the path or by one whose own path ends at the same anchor, with cRLSign
+ * where it has a key usage. A response is signed by the issuer of the certificate or by one that it issued
+ * directly for OCSP signing, whose certificate came with the response or is in the store or the pool under
+ * the responder's name. The responder's own revocation is looked up in the lists, unless its certificate has
+ * id-pkix-ocsp-nocheck; without any list it counts.
+ * - All that there is counts: one valid "revoked" beats every "good". A list or response that is stale, of a
+ * wrong signer, not for the certificate or with an unknown critical extension says nothing.
+ * - A list without nextUpdate says nothing. A response without it holds for a day, or for the time that the
+ * settings give.
  *
  * - Ownership: functions copy what they are given. A store stays the caller's and may be freed once no
  * verification uses it; results do not refer to it.
@@ -61,6 +74,31 @@ TLX_BEGIN_DECLS
         */
 #define TLX_PURPOSE_KEY_MANAGEMENT 8U /**< keyEncipherment or keyAgreement */
 
+/* Which certificates below the anchor need an answer that they are not revoked. A revoked one is a finding in
+ * every mode but off. */
+#define TLX_REVOCATION_DEFAULT 0U /**< present with any list, response or callback; else off */
+#define TLX_REVOCATION_OFF 1U     /**< nothing is looked up */
+#define TLX_REVOCATION_PRESENT 2U /**< none */
+#define TLX_REVOCATION_TARGET 3U  /**< the target */
+#define TLX_REVOCATION_PATH 4U    /**< all */
+
+/* What is known of a certificate. */
+#define TLX_REVOCATION_NOT_CHECKED 0U  /**< an anchor, or revocation is off */
+#define TLX_REVOCATION_GOOD 1U         /**< not revoked */
+#define TLX_REVOCATION_REVOKED 2U      /**< also on hold */
+#define TLX_REVOCATION_UNDETERMINED 3U /**< nothing that counts answers */
+#define TLX_REVOCATION_EXEMPT 4U       /**< an OCSP responder with id-pkix-ocsp-nocheck */
+
+/* Where an answer comes from. */
+#define TLX_REVOCATION_SOURCE_NONE 0U
+#define TLX_REVOCATION_SOURCE_CRL 1U
+#define TLX_REVOCATION_SOURCE_OCSP 2U
+
+/* What a callback is asked for. */
+#define TLX_FETCH_ISSUERS 1U /**< certificates of issuers */
+#define TLX_FETCH_CRL 2U     /**< revocation lists */
+#define TLX_FETCH_OCSP 3U    /**< an OCSP response */
+
 /* Faults of real certificates that may be let pass; bits. */
 #define TLX_ACCEPT_CRITICAL_FALSE 1U  /**< critical FALSE is written out */
 #define TLX_ACCEPT_BOOLEAN 2U         /**< TRUE is another octet than FF */
@@ -74,7 +112,29 @@ typedef struct VERIFY_BUDGET {
     uint32_t path_length;      /**< certificates of a path; 64 */
     uint32_t policy_nodes;     /**< policies of a path, over all its certificates; 10000 */
     uint32_t name_comparisons; /**< names compared with constraints; 250000 */
+    uint32_t fetches;          /**< calls of the fetch callback; 16 */
 } VERIFY_BUDGET;
+
+/** Anchors, intermediates, revocation lists and OCSP responses. */
+typedef struct VERIFY_STORE VERIFY_STORE;
+
+/** What is missing, for a callback. All members are the verification's. */
+typedef struct VERIFY_REQUEST {
+    uint32_t kind;              /**< TLX_FETCH_ */
+    const uint8_t *certificate; /**< the certificate concerned, in DER */
+    uint32_t certificate_len;
+    const uint8_t *issuer; /**< its issuer; null for TLX_FETCH_ISSUERS and for an anchor that is a name */
+    uint32_t issuer_len;
+    const char *const *urls; /**< those that the certificate names for it, at least one */
+    uint32_t url_count;
+} VERIFY_REQUEST;
+
+/** Fetches what is missing and adds it to a store with the add_ functions; anchors there do not count. It is
+ * called in the thread of the verification, once for each kind and certificate.
+ * @param context what the settings name
+ * @param fetched belongs to the verification
+ * @return 0; any other value ends the asking, not the verification */
+typedef uint32_t (*VERIFY_FETCH)(void *context, const VERIFY_REQUEST *request, VERIFY_STORE *fetched);
 
 /** What a verification starts from. A record of zeros has the defaults. All members stay the caller's. */
 typedef struct VERIFY_SETTINGS {
@@ -93,10 +153,11 @@ typedef struct VERIFY_SETTINGS {
     uint32_t address_len;               /**< 4 or 16 */
     const char *mailbox;                /**< mail address that it has to have; null for none */
     VERIFY_BUDGET budget;
+    uint32_t revocation;   /**< TLX_REVOCATION_DEFAULT to TLX_REVOCATION_PATH */
+    uint32_t response_age; /**< seconds that a response without nextUpdate holds; 0 for 86400 */
+    VERIFY_FETCH fetch;    /**< null for none */
+    void *fetch_context;
 } VERIFY_SETTINGS;
-
-/** Anchors and intermediates. */
-typedef struct VERIFY_STORE VERIFY_STORE;
 
 /** Makes an empty store, freed with free_VERIFY_STORE(). */
 TLXPKI_API VERIFY_STORE *new_VERIFY_STORE(void);
@@ -118,6 +179,13 @@ TLXPKI_API uint32_t add_VERIFY_STORE_anchor_key(VERIFY_STORE *store, const uint8
 /** Adds an intermediate. Statuses as of add_VERIFY_STORE_anchor(), with 0x55090049 for a null argument. */
 TLXPKI_API uint32_t add_VERIFY_STORE_certificate(VERIFY_STORE *store, const uint8_t *certificate,
                                                  uint32_t len, uint32_t accepted_faults);
+/** Adds a revocation list in DER, with all its entries indexed. What is copied is not read again.
+ * @return 0; 0x550B0049 for a null argument; 0x5501004F, 0x55010201 or 0x55060301 for what is no list */
+TLXPKI_API uint32_t add_VERIFY_STORE_crl(VERIFY_STORE *store, const uint8_t *crl, uint32_t len);
+/** Adds an OCSPResponse or a BasicOCSPResponse in DER.
+ * @return 0; 0x550C0049 for a null argument; 0x55060302 for what is no response; 0x55060303 for one without
+ * an answer, such as tryLater */
+TLXPKI_API uint32_t add_VERIFY_STORE_ocsp(VERIFY_STORE *store, const uint8_t *response, uint32_t len);
 /** Returns how many anchors and intermediates a store has. */
 TLXPKI_API uint32_t get_VERIFY_STORE_count(const VERIFY_STORE *store);
 
@@ -171,6 +239,21 @@ TLXPKI_API uint32_t get_VERIFY_RESULT_path_count(const VERIFY_RESULT *result);
  * Null also for an anchor that is a name and a key, with a length of 0. */
 TLXPKI_API const uint8_t *get_VERIFY_RESULT_certificate(const VERIFY_RESULT *result, uint32_t index,
                                                         uint32_t *len);
+
+/** What is known of the revocation of one certificate. */
+typedef struct VERIFY_REVOCATION {
+    uint32_t state;   /**< TLX_REVOCATION_NOT_CHECKED to TLX_REVOCATION_EXEMPT */
+    uint32_t source;  /**< TLX_REVOCATION_SOURCE_ */
+    uint32_t reason;  /**< of a revoked one, TLX_CRL_REASON_ */
+    ASN1_TIME time;   /**< of a revoked one, in UTC */
+    uint32_t status;  /**< of an undetermined one, why: the status of a rule; else 0 */
+    const char *text; /**< the sentence for it; null for 0 */
+} VERIFY_REVOCATION;
+
+/** Stores what is known of the certificate at a place of the path. Returns 0; 1 for a null argument and an
+ * index out of range. */
+TLXPKI_API uint32_t get_VERIFY_RESULT_revocation(const VERIFY_RESULT *result, uint32_t index,
+                                                 VERIFY_REVOCATION *revocation);
 
 /** Returns how many policies the user-constrained set has. */
 TLXPKI_API uint32_t get_VERIFY_RESULT_policy_count(const VERIFY_RESULT *result);

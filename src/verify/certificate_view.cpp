@@ -1,8 +1,8 @@
 #include "verify/certificate_view.hpp"
 
-#include "asn1/asn1_time_calendar.hpp"
 #include "verify/extension_view.hpp"
 #include "verify/name_match.hpp"
+#include "verify/strict_time.hpp"
 
 namespace tlx {
 namespace {
@@ -22,44 +22,6 @@ Rule read_version(StrictCursor &in, CertificateView &view) noexcept {
     if (!read_count(number, value) || value < 1 || value > 2) return Rule::kBadVersion;
     view.version = value + 1;
     return Rule::kNone;
-}
-
-bool read_digits(Bytes text, std::size_t at, std::size_t count, i32 &value) noexcept {
-    value = 0;
-    for (std::size_t i = at; i < at + count; ++i) {
-        if (text[i] < '0' || text[i] > '9') return false;
-        value = 10 * value + (text[i] - '0');
-    }
-    return true;
-}
-
-// Time ::= CHOICE { utcTime UTCTime, generalTime GeneralizedTime }
-// YYMMDDHHMMSSZ and YYYYMMDDHHMMSSZ
-bool read_time(StrictCursor &in, std::int64_t &seconds) noexcept {
-    Element element;
-    if (!in.any(element)) return false;
-    const bool is_short = element.tag == id::kUtcTime;
-    if (!is_short && element.tag != id::kGeneralizedTime) return false;
-    const Bytes text = element.contents;
-    const std::size_t year_digits = is_short ? 2 : 4;
-    if (text.size() != year_digits + 11 || text.back() != 'Z') return false;
-    ASN1_TIME time = {};
-    i32 *const rest[] = {&time.month, &time.day, &time.hour, &time.minute, &time.second};
-    if (!read_digits(text, 0, year_digits, time.year)) return false;
-    for (std::size_t i = 0; i < 5; ++i) {
-        if (!read_digits(text, year_digits + 2 * i, 2, *rest[i])) return false;
-    }
-    time.month -= 1;
-    if (!is_short) {
-        time.year -= 1900;
-    } else if (time.year < 50) {
-        time.year += 100;
-    }
-    const bool exists = time.month >= 0 && time.month < 12 && time.day >= 1 &&
-                        time.day <= days_of_month(time) && time.hour < 24 && time.minute < 60 &&
-                        time.second < 60;
-    if (exists) seconds = calendar_seconds(time);
-    return exists;
 }
 
 // Validity ::= SEQUENCE { notBefore Time, notAfter Time }
@@ -128,8 +90,7 @@ Rule read_first_members(StrictCursor &in, u32 accepted, CertificateView &view,
 //   AlgorithmIdentifier, issuer Name, validity Validity, subject Name, subjectPublicKeyInfo
 //   SubjectPublicKeyInfo, issuerUniqueID [1] IMPLICIT UniqueIdentifier OPTIONAL, subjectUniqueID [2] IMPLICIT
 //   UniqueIdentifier OPTIONAL, extensions [3] EXPLICIT Extensions OPTIONAL }
-Rule read_signed_part(Bytes contents, u32 accepted, CertificateView &view) noexcept {
-    StrictCursor in(contents);
+Rule read_signed_part(StrictCursor in, u32 accepted, CertificateView &view) noexcept {
     AlgorithmView algorithm;
     if (const Rule rule = read_first_members(in, accepted, view, algorithm); rule != Rule::kNone) return rule;
     if (const Rule rule = read_one_name(in, view.subject); rule != Rule::kNone) return rule;
@@ -156,24 +117,30 @@ bool read_algorithm(StrictCursor &in, AlgorithmView &algorithm) noexcept {
     return true;
 }
 
-// Certificate ::= SEQUENCE {
-//   tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signatureValue BIT STRING }
-Rule read_certificate(Bytes octets, u32 accepted, CertificateView &view) noexcept {
-    view = {};
+Rule read_signed(Bytes octets, SignedView &view, StrictCursor &signed_members) noexcept {
     StrictCursor outer(octets);
+    StrictCursor members;
     Element element;
     if (!outer.next(id::kSequence, element)) return Rule::kBrokenDer;
     if (!outer.at_end()) return Rule::kTrailingOctets;
-    view.whole = element.whole;
-    StrictCursor members(element.contents);
+    members = StrictCursor(element.contents);
     Bytes bits;
     if (!members.next(id::kSequence, element) || !read_algorithm(members, view.algorithm) ||
         !members.next(id::kBitString, bits) || !members.at_end()) {
         return Rule::kBadMember;
     }
     view.signed_part = element.whole;
-    if (!read_octet_bits(bits, view.signature)) return Rule::kBadSignature;
-    return read_signed_part(element.contents, accepted, view);
+    signed_members = StrictCursor(element.contents);
+    return read_octet_bits(bits, view.signature) ? Rule::kNone : Rule::kBadSignature;
+}
+
+// Certificate ::= SIGNED{TBSCertificate}
+Rule read_certificate(Bytes octets, u32 accepted, CertificateView &view) noexcept {
+    view = {};
+    StrictCursor members;
+    if (const Rule rule = read_signed(octets, view, members); rule != Rule::kNone) return rule;
+    view.whole = octets;
+    return read_signed_part(members, accepted, view);
 }
 
 }  // namespace tlx

@@ -56,12 +56,15 @@ enum KeyUsageBit : u32 {
 
 constexpr u32 kUnlimited = UINT32_MAX;
 
-struct CertificateView {
-    Bytes whole;
+/// What is signed, and its signature.
+struct SignedView {
     Bytes signed_part;
     AlgorithmView algorithm;
     Bytes signature;
+};
 
+struct CertificateView : SignedView {
+    Bytes whole;
     u32 version = 1;
     Bytes serial;
     Bytes issuer;  ///< the contents of a Name, and the subject likewise
@@ -99,6 +102,11 @@ enum AcceptedFault : u32 {
 /// A negative, zero or long serial number, GeneralizedTime before 2050, empty basic constraints and cA FALSE
 /// written out are read as they are.
 [[nodiscard]] Rule read_certificate(Bytes octets, u32 accepted, CertificateView &view) noexcept;
+
+// SIGNED{Type} ::= SEQUENCE { Type, algorithm AlgorithmIdentifier, signature BIT STRING }
+/// Reads the frame of a certificate or a revocation list, and enters the signed part: kNone, kBrokenDer,
+/// kTrailingOctets, kBadMember or kBadSignature.
+[[nodiscard]] Rule read_signed(Bytes octets, SignedView &view, StrictCursor &signed_members) noexcept;
 
 /// AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters ANY OPTIONAL }
 [[nodiscard]] bool read_algorithm(StrictCursor &in, AlgorithmView &algorithm) noexcept;

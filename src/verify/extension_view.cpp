@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "verify/raw_extension.hpp"
+
 namespace tlx {
 namespace {
 
@@ -45,59 +47,14 @@ KnownExtension find_extension(Bytes oid) noexcept {
     return kKnownExtensions;
 }
 
-// DER writes TRUE as FF.
-Rule read_boolean(StrictCursor &in, u32 accepted, bool &value) noexcept {
-    Bytes octet;
-    if (!in.next(id::kBoolean, octet) || octet.size() != 1) return Rule::kBadBoolean;
-    value = octet[0] != 0;
-    const bool right = octet[0] == 0 || octet[0] == 0xFF || (accepted & kAcceptBoolean) != 0;
-    return right ? Rule::kNone : Rule::kBadBoolean;
-}
-
-struct RawExtension {
-    Bytes oid;
-    bool critical = false;
-    Bytes value;
-};
-
-// Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
-Rule read_extension(StrictCursor &in, u32 accepted, RawExtension &extension) noexcept {
-    StrictCursor members;
-    if (!in.enter(id::kSequence, members) || !members.next(id::kOid, extension.oid) ||
-        !is_oid(extension.oid)) {
-        return Rule::kBadExtension;
-    }
-    extension.critical = false;
-    if (members.is_next(id::kBoolean)) {
-        if (const Rule rule = read_boolean(members, accepted, extension.critical); rule != Rule::kNone) {
-            return rule;
-        }
-        if (!extension.critical && (accepted & kAcceptCriticalFalse) == 0) return Rule::kCriticalFalse;
-    }
-    const bool complete = members.next(id::kOctetString, extension.value) && members.at_end();
-    return complete ? Rule::kNone : Rule::kBadExtension;
-}
-
 // KeyIdentifier ::= OCTET STRING
 Rule read_subject_key(Bytes value, u32 /*accepted*/, CertificateView &view) noexcept {
     StrictCursor in(value);
     return in.next(id::kOctetString, view.subject_key) && in.at_end() ? Rule::kNone : Rule::kBadKeyIdentifier;
 }
 
-// AuthorityKeyIdentifier ::= SEQUENCE {
-//   keyIdentifier [0] IMPLICIT KeyIdentifier OPTIONAL, authorityCertIssuer [1] IMPLICIT GeneralNames
-//   OPTIONAL, authorityCertSerialNumber [2] IMPLICIT CertificateSerialNumber OPTIONAL }
 Rule read_authority_key(Bytes value, u32 /*accepted*/, CertificateView &view) noexcept {
-    StrictCursor members;
-    Bytes ignored;
-    if (!open_whole(value, id::kSequence, members)) return Rule::kBadKeyIdentifier;
-    if (members.is_next(id::context(0)) && !members.next(id::context(0), view.authority_key)) {
-        return Rule::kBadKeyIdentifier;
-    }
-    for (const u8 identifier : {id::context_constructed(1), id::context(2)}) {
-        if (members.is_next(identifier) && !members.next(identifier, ignored)) return Rule::kBadKeyIdentifier;
-    }
-    return members.at_end() ? Rule::kNone : Rule::kBadKeyIdentifier;
+    return read_authority_key_identifier(value, view.authority_key) ? Rule::kNone : Rule::kBadKeyIdentifier;
 }
 
 // KeyUsage ::= BIT STRING, of named bits, at least one of which is set

@@ -1,4 +1,4 @@
-// Signatures between certificates, each verified once in a verification.
+// Signatures of certificates, lists and responses, each verified once in a verification.
 #pragma once
 
 #include "verify/settings.hpp"
@@ -10,15 +10,15 @@ class Links {
   public:
     explicit Links(u32 budget) noexcept : left_(budget) {}
 
-    /// Verifies a certificate's signature with the issuer's key: kNone, a rule of signatures, or
-    /// kSignatureBudget.
-    [[nodiscard]] Rule verify(const StoreEntry &certificate, const StoreEntry &issuer) noexcept;
+    /// Verifies what is signed with an issuer's key: kNone, a rule of signatures, or kSignatureBudget. It has
+    /// to stay where it is as long as this object.
+    [[nodiscard]] Rule verify(const SignedView &what, const StoreEntry &issuer) noexcept;
     /// The same with a key that stands for the issuer's, because that has inherited its parameters.
-    [[nodiscard]] Rule verify_with(const StoreEntry &certificate, const PublicKey &key) noexcept;
+    [[nodiscard]] Rule verify_with(const SignedView &what, const PublicKey &key) noexcept;
 
   private:
     struct Known {
-        const StoreEntry *certificate;
+        const SignedView *what;
         const StoreEntry *issuer;
         Rule rule;
     };

@@ -26,6 +26,11 @@ constexpr u32 kMostAttributes = 16;
 [[nodiscard]] bool is_name_within(Bytes name, Bytes base) noexcept;
 /// Adds a name to a hash; equal names are added alike.
 void hash_name(SipHash &hash, const SipHash::Key &key, Bytes name) noexcept;
+[[nodiscard]] inline u64 hash_of_name(const SipHash::Key &key, Bytes name) noexcept {
+    SipHash hash(key);
+    hash_name(hash, key, name);
+    return hash.value();
+}
 
 /// One attribute of a name.
 struct AttributeView {

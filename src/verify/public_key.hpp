@@ -51,6 +51,9 @@ struct PublicKey {
 /// Checks the numbers of other keys as far as that is cheap: kNone, kBrokenKey or kNoMemory.
 [[nodiscard]] Rule check_key(const PublicKey &key) noexcept;
 
+/// Reads the identifier of a digest, with NULL or no parameters. False for one that is not known.
+[[nodiscard]] bool read_digest(const AlgorithmView &view, u32 &digest_id) noexcept;
+
 /// Reads an element with the parameters of RSASSA-PSS. False for any other.
 [[nodiscard]] bool read_pss_parameters(Bytes element, SignatureAlgorithm &algorithm) noexcept;
 

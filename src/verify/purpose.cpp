@@ -80,7 +80,20 @@ bool is_for(const CertificateView &target, const PurposeRule &rule) noexcept {
     }
 }
 
+bool has_key_usage(const CertificateView &target, const PurposeRule &rule) noexcept {
+    return !target.extensions[kKeyUsage].present || (target.key_usage & rule.key_usage) != 0;
+}
+
 }  // namespace
+
+bool may_sign_responses(const CertificateView &certificate) noexcept {
+    for (const PurposeRule &rule : kPurposes) {
+        if (rule.purpose == Purpose::ocsp_signing) {
+            return is_for(certificate, rule) && has_key_usage(certificate, rule);
+        }
+    }
+    return false;
+}
 
 void judge_purpose(const Path &path, const Settings &settings, Verdict &verdict) noexcept {
     for (const PurposeRule &rule : kPurposes) {
@@ -93,9 +106,7 @@ void judge_purpose(const Path &path, const Settings &settings, Verdict &verdict)
         }
         const CertificateView &target = path[last]->view;
         if (!is_for(target, rule)) verdict.note(last, Rule::kNotForPurpose);
-        if (target.extensions[kKeyUsage].present && (target.key_usage & rule.key_usage) == 0) {
-            verdict.note(last, Rule::kKeyUsageForPurpose);
-        }
+        if (!has_key_usage(target, rule)) verdict.note(last, Rule::kKeyUsageForPurpose);
     }
 }
 

@@ -12,4 +12,7 @@ void judge_purpose(const Path &path, const Settings &settings, Verdict &verdict)
 /// Judges whether the target has the host name, IP address and mail address of the settings.
 void judge_target_names(const Path &path, const Settings &settings, Verdict &verdict) noexcept;
 
+/// Whether the usages of a certificate let it sign OCSP responses (RFC 6960, section 4.2.2.2).
+[[nodiscard]] bool may_sign_responses(const CertificateView &certificate) noexcept;
+
 }  // namespace tlx

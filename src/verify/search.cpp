@@ -20,44 +20,40 @@ struct Candidate {
 
 class Search {
   public:
-    Search(const StoreEntry &target, const Store &store, const Store *pool, const Settings &settings,
+    Search(const StoreEntry &target, const StoreEntry *anchor, const Settings &settings, Session &session,
            SearchResult &result) noexcept
-        : target_(target),
-          store_(store),
-          pool_(pool),
-          settings_(settings),
-          result_(result),
-          links_(settings.budget.signatures) {}
+        : target_(target), anchor_(anchor), settings_(settings), session_(session), result_(result) {}
 
     void run() noexcept {
-        const bool found =
-            path_.append(&target_) ? (equals_anchor() ? try_path() : extend()) : fail(Rule::kNoMemory);
+        const bool found = path_.append(&target_) ? (equals_anchor() ? try_path() : extend())
+                                                  : session_.fail(Rule::kNoMemory);
         if (!found) report_end();
     }
 
   private:
     /// Whether an anchor has the target's name and key.
     bool equals_anchor() const noexcept {
-        for (const StoreEntry *each = store_.find_name(store_.hash_of_name(target_.view.subject));
-             each != nullptr; each = each->next_of_name) {
-            if (each->is_anchor && is_same_holder(*each, target_)) return true;
+        const Store &store = session_.store();
+        const StoreEntry *each = store.find_name(store.hash_of_name(target_.view.subject));
+        for (; each != nullptr; each = each->next_of_name) {
+            if (counts_as_anchor(store, *each) && is_same_holder(*each, target_)) return true;
         }
         return false;
+    }
+    /// Only the main store has anchors that count, and only one of them when the path has to end there.
+    bool counts_as_anchor(const Store &store, const StoreEntry &entry) const noexcept {
+        return entry.is_anchor && &store == &session_.store() &&
+               (anchor_ == nullptr || is_same_holder(entry, *anchor_));
     }
     static bool is_same_holder(const StoreEntry &a, const StoreEntry &b) noexcept {
         return same(a.view.key_info, b.view.key_info) && are_equal_names(a.view.subject, b.view.subject);
     }
 
-    /// Ends the search, without a valid path.
-    bool fail(Rule rule) noexcept {
-        if (end_ == Rule::kNone) end_ = rule;
-        if (rule == Rule::kNoMemory) result_.verdict.out_of_memory = true;
-        return false;
-    }
     void report_end() noexcept;
     void remember_end(Rule rule) noexcept;
 
     bool extend() noexcept;
+    bool try_issuers(Array<Candidate> &candidates, Rule &refused) noexcept;
     bool try_issuer(const StoreEntry &issuer, Rule &refused) noexcept;
     bool try_path() noexcept;
     void gather(const Store &store, Array<Candidate> &candidates) noexcept;
@@ -65,14 +61,12 @@ class Search {
     u32 distance(const StoreEntry &entry) const noexcept;
 
     const StoreEntry &target_;
-    const Store &store_;
-    const Store *pool_;
+    const StoreEntry *anchor_;  ///< null for any
     const Settings &settings_;
+    Session &session_;
     SearchResult &result_;
-    Links links_;
-    Path path_;               ///< target first
-    Rule end_ = Rule::kNone;  ///< why the search ended early
-    Path longest_;            ///< that reached no anchor, target first
+    Path path_;     ///< target first
+    Path longest_;  ///< that reached no anchor, target first
     Rule longest_rule_ = Rule::kNone;
 };
 
@@ -82,11 +76,11 @@ void Search::report_end() noexcept {
     if (result_.paths == 0) {
         result_.path.shrink(0);
         for (u32 i = longest_.size(); i-- > 0;) {
-            if (!result_.path.append(longest_[i])) fail(Rule::kNoMemory);
+            if (!result_.path.append(longest_[i])) session_.fail(Rule::kNoMemory);
         }
         verdict.note(0, longest_rule_);
     }
-    verdict.note(0, end_);
+    verdict.note(0, session_.end());
 }
 
 void Search::remember_end(Rule rule) noexcept {
@@ -94,7 +88,7 @@ void Search::remember_end(Rule rule) noexcept {
     longest_rule_ = rule;
     longest_.shrink(0);
     for (const StoreEntry *entry : path_) {
-        if (!longest_.append(entry)) fail(Rule::kNoMemory);
+        if (!longest_.append(entry)) session_.fail(Rule::kNoMemory);
     }
 }
 
@@ -110,16 +104,15 @@ u32 Search::distance(const StoreEntry &entry) const noexcept {
     return 4 * key_distance + (valid ? 0U : 2U) + (entry.is_anchor ? 0U : 1U);
 }
 
-/// Adds an entry of a store, unless it is no issuer for the path. Only the first store has anchors that
-/// count.
+/// Adds an entry of a store, unless it is no issuer for the path.
 void Search::offer(const Store &store, const StoreEntry &entry, Array<Candidate> &candidates) noexcept {
-    if (candidates.size() >= kMostIssuers || (entry.is_anchor && &store != &store_)) return;
+    if (candidates.size() >= kMostIssuers || (entry.is_anchor && !counts_as_anchor(store, entry))) return;
     if (!are_equal_names(entry.view.subject, path_.back()->view.issuer)) return;
     const auto is_entry = [&entry](const Candidate &each) noexcept { return each.entry == &entry; };
     if (std::any_of(candidates.begin(), candidates.end(), is_entry)) return;
     const auto is_holder = [&entry](const StoreEntry *each) noexcept { return is_same_holder(*each, entry); };
     if (std::any_of(path_.begin(), path_.end(), is_holder)) return;
-    if (!candidates.append({&entry, distance(entry), candidates.size()})) fail(Rule::kNoMemory);
+    if (!candidates.append({&entry, distance(entry), candidates.size()})) session_.fail(Rule::kNoMemory);
 }
 
 void Search::gather(const Store &store, Array<Candidate> &candidates) noexcept {
@@ -137,17 +130,28 @@ void Search::gather(const Store &store, Array<Candidate> &candidates) noexcept {
     }
 }
 
-/// Tries the issuers of the path's last certificate. True when a valid path came of one.
+/// Tries issuers in the order of their promise. True when a valid path came of one.
+bool Search::try_issuers(Array<Candidate> &candidates, Rule &refused) noexcept {
+    std::sort(candidates.begin(), candidates.end());
+    for (const Candidate &candidate : candidates) {
+        if (try_issuer(*candidate.entry, refused)) return true;
+        if (session_.end() != Rule::kNone) return false;
+    }
+    return false;
+}
+
+/// Tries the issuers of the path's last certificate, and then those that are fetched for it.
 bool Search::extend() noexcept {
     Array<Candidate> candidates;
-    gather(store_, candidates);
-    if (pool_ != nullptr) gather(*pool_, candidates);
-    std::sort(candidates.begin(), candidates.end());
     Rule refused = Rule::kNone;
-    for (const Candidate &candidate : candidates) {
-        if (end_ == Rule::kNone && try_issuer(*candidate.entry, refused)) return true;
-    }
+    session_.each_store([&](const Store &store) noexcept { gather(store, candidates); });
+    if (try_issuers(candidates, refused)) return true;
     const CertificateView &view = path_.back()->view;
+    if (session_.end() == Rule::kNone && session_.fetcher.ask(TLX_FETCH_ISSUERS, view, nullptr)) {
+        candidates.shrink(0);
+        gather(*session_.fetcher.store(), candidates);
+        if (try_issuers(candidates, refused)) return true;
+    }
     const Rule no_candidate = are_equal_names(view.issuer, view.subject) ? Rule::kNoAnchor : Rule::kNoIssuer;
     remember_end(refused != Rule::kNone ? refused : no_candidate);
     return false;
@@ -155,17 +159,16 @@ bool Search::extend() noexcept {
 
 /// Tries one issuer. A link whose signature does not verify leads nowhere; the first reason is stored.
 bool Search::try_issuer(const StoreEntry &issuer, Rule &refused) noexcept {
-    if (result_.candidates == settings_.budget.candidates) return fail(Rule::kCandidateBudget);
-    ++result_.candidates;
+    if (!session_.take_candidate()) return false;
     const bool is_postponed = inherits_parameters(issuer);
-    Rule rule = is_postponed ? Rule::kNone : links_.verify(*path_.back(), issuer);
-    if (rule == Rule::kSignatureBudget || rule == Rule::kNoMemory) return fail(rule);
+    Rule rule = is_postponed ? Rule::kNone : session_.links.verify(path_.back()->view, issuer);
+    if (rule == Rule::kSignatureBudget || rule == Rule::kNoMemory) return session_.fail(rule);
     if (path_.size() >= settings_.budget.path_length) rule = Rule::kLengthBudget;
     if (rule != Rule::kNone) {
         if (refused == Rule::kNone) refused = rule;
         return false;
     }
-    if (!path_.append(&issuer)) return fail(Rule::kNoMemory);
+    if (!path_.append(&issuer)) return session_.fail(Rule::kNoMemory);
     const bool found = issuer.is_anchor ? try_path() : extend();
     path_.shrink(path_.size() - 1);
     return found;
@@ -175,25 +178,27 @@ bool Search::try_issuer(const StoreEntry &issuer, Rule &refused) noexcept {
 bool Search::try_path() noexcept {
     Path path;
     for (u32 i = path_.size(); i-- > 0;) {
-        if (!path.append(path_[i])) return fail(Rule::kNoMemory);
+        if (!path.append(path_[i])) return session_.fail(Rule::kNoMemory);
     }
     Verdict verdict;
-    validate_path(path, settings_, links_, verdict);
+    validate_path(path, settings_, session_, verdict);
     const bool valid = verdict.findings.empty() && !verdict.out_of_memory;
-    if (verdict.out_of_memory) fail(Rule::kNoMemory);
+    if (verdict.out_of_memory) session_.fail(Rule::kNoMemory);
     if (++result_.paths > 1 && !valid) return false;
     result_.path.swap(path);
     result_.verdict.findings.swap(verdict.findings);
     result_.verdict.warnings.swap(verdict.warnings);
     result_.verdict.policies.swap(verdict.policies);
+    result_.verdict.states.swap(verdict.states);
     return valid;
 }
 
 }  // namespace
 
-void search_path(const StoreEntry &target, const Store &store, const Store *pool, const Settings &settings,
-                 SearchResult &result) noexcept {
-    Search(target, store, pool, settings, result).run();
+void search_path(const StoreEntry &target, const StoreEntry *anchor, const Settings &settings,
+                 Session &session, SearchResult &result) noexcept {
+    Search(target, anchor, settings, session, result).run();
+    if (session.end() == Rule::kNoMemory) result.verdict.out_of_memory = true;
 }
 
 }  // namespace tlx

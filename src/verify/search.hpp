@@ -10,14 +10,13 @@ namespace tlx {
 struct SearchResult {
     Path path;  ///< anchor first; without a complete path only the target
     Verdict verdict;
-    u32 candidates = 0;  ///< certificates tried as issuers
-    u32 paths = 0;       ///< complete paths validated
+    u32 paths = 0;  ///< complete paths validated
 };
 
-/// Tries all paths from a target to the anchors of the stores, in the order of their promise, until one is
-/// valid.
-/// @param pool more certificates, such as a message has; may be null
-void search_path(const StoreEntry &target, const Store &store, const Store *pool, const Settings &settings,
-                 SearchResult &result) noexcept;
+/// Tries all paths from a target to the anchors of the main store, in the order of their promise, until one
+/// is valid.
+/// @param anchor the only one that a path may end at; null for any
+void search_path(const StoreEntry &target, const StoreEntry *anchor, const Settings &settings,
+                 Session &session, SearchResult &result) noexcept;
 
 }  // namespace tlx

@@ -1,6 +1,8 @@
 // What a verification starts from besides its store, with the budgets.
 #pragma once
 
+#include <tlxpki/verify.h>
+
 #include <cstdint>
 
 #include "verify/certificate_view.hpp"
@@ -25,6 +27,9 @@ enum class Purpose : u8 {
 /// What counts of an anchor's certificate besides its name and key.
 enum AnchorRule : u32 { kAnchorValidity = 1, kAnchorConstraints = 2 };
 
+/// Which certificates need an answer that they are not revoked.
+enum class RevocationMode : u8 { off, present, target, path };
+
 /// How much one verification may do. Each figure is far above what real paths need.
 struct Budget {
     u32 signatures = 100;           ///< as Go's crypto/x509 after CVE-2018-16875
@@ -32,6 +37,7 @@ struct Budget {
     u32 path_length = 64;           ///< certificates of a path; the longest of PKITS has 8
     u32 policy_nodes = 10000;       ///< a path of 20 certificates with 500 policies each
     u32 name_comparisons = 250000;  ///< as Go's crypto/x509
+    u32 fetches = 16;               ///< what a path of five certificates needs, three times
 };
 
 struct Settings {
@@ -49,6 +55,10 @@ struct Settings {
     Bytes address;  ///< of 4 or 16 octets
     Bytes mailbox;
     Budget budget;
+    RevocationMode revocation = RevocationMode::off;
+    std::int64_t response_age = 0;  ///< seconds that a response without nextUpdate holds
+    VERIFY_FETCH fetch = nullptr;
+    void *fetch_context = nullptr;
 };
 
 }  // namespace tlx

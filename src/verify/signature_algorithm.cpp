@@ -84,13 +84,7 @@ constexpr KnownDigest kDigests[] = {
 
 bool read_digest(StrictCursor &in, u32 &digest_id) noexcept {
     AlgorithmView view;
-    if (!read_algorithm(in, view) || (view.has_parameters && !has_null_parameters(view))) return false;
-    for (const KnownDigest &known : kDigests) {
-        if (!is_oid_of(view.oid, known.oid)) continue;
-        digest_id = known.digest_id;
-        return true;
-    }
-    return false;
+    return read_algorithm(in, view) && tlx::read_digest(view, digest_id);
 }
 
 /// MGF1, 1.2.840.113549.1.1.8, with its digest.
@@ -126,6 +120,16 @@ bool has_right_parameters(const AlgorithmView &view, Parameters parameters,
 }
 
 }  // namespace
+
+bool read_digest(const AlgorithmView &view, u32 &digest_id) noexcept {
+    if (view.has_parameters && !has_null_parameters(view)) return false;
+    for (const KnownDigest &known : kDigests) {
+        if (!is_oid_of(view.oid, known.oid)) continue;
+        digest_id = known.digest_id;
+        return true;
+    }
+    return false;
+}
 
 // RSASSA-PSS-params ::= SEQUENCE {
 //   hashAlgorithm [0] HashAlgorithm DEFAULT sha1, maskGenAlgorithm [1] MaskGenAlgorithm DEFAULT mgf1SHA1,

@@ -3,65 +3,19 @@
 #include <tlxcrypto/random.h>
 
 #include <algorithm>
-#include <new>
 
 namespace tlx {
 
-OwnedEntry make_entry() noexcept {
-    void *memory = TLX_ALLOCATE(sizeof(StoreEntry));
-    return OwnedEntry(memory == nullptr ? nullptr : new (memory) StoreEntry);
-}
-
-EntryIndex::Slot &EntryIndex::slot_of(u64 hash) const noexcept {
-    std::size_t i = hash & (size_ - 1);
-    while (slots_.get()[i].first != nullptr && slots_.get()[i].hash != hash) {
-        i = (i + 1) & (size_ - 1);
-    }
-    return slots_.get()[i];
-}
-
-bool EntryIndex::grow() noexcept {
-    constexpr std::size_t kFirst = 64;
-    const std::size_t old_size = size_;
-    const std::size_t wanted = old_size == 0 ? kFirst : 2 * old_size;
-    OwnedOctets<Slot> old(static_cast<Slot *>(TLX_ALLOCATE_ZEROED(wanted, sizeof(Slot))));
-    if (!old) return false;
-    std::swap(slots_, old);
-    size_ = wanted;
-    for (std::size_t i = 0; i < old_size; ++i) {
-        const Slot &slot = old.get()[i];
-        if (slot.first != nullptr) slot_of(slot.hash) = slot;
-    }
-    return true;
-}
-
-bool EntryIndex::add(u64 hash, StoreEntry *entry) noexcept {
-    if (2 * used_ >= size_ && !grow()) return false;
-    Slot &slot = slot_of(hash);
-    if (slot.first == nullptr) ++used_;
-    entry->*link_ = slot.first;
-    slot = {hash, entry};
-    return true;
-}
-
-const StoreEntry *EntryIndex::find(u64 hash) const noexcept {
-    return size_ == 0 ? nullptr : slot_of(hash).first;
-}
-
 Store::~Store() {
     for (StoreEntry *entry : entries_) {
-        FreeEntry{}(entry);
+        Destroy<StoreEntry>{}(entry);
     }
 }
 
 bool Store::start() noexcept {
-    return RAND_BYTES(reinterpret_cast<u8 *>(&hash_key_), sizeof hash_key_) == 0;
-}
-
-u64 Store::hash_of_name(Bytes name) const noexcept {
-    SipHash hash(hash_key_);
-    hash_name(hash, hash_key_, name);
-    return hash.value();
+    if (RAND_BYTES(reinterpret_cast<u8 *>(&hash_key_), sizeof hash_key_) != 0) return false;
+    status_.start(hash_key_);
+    return true;
 }
 
 u64 Store::hash_of_key(u64 name_hash, Bytes key_identifier) const noexcept {
@@ -90,7 +44,7 @@ bool Store::has(const StoreEntry &entry) const noexcept {
 }
 
 Rule Store::keep(StoreEntry *entry) noexcept {
-    OwnedEntry owned(entry);
+    OwnedObject<StoreEntry> owned(entry);
     entry->name_hash = hash_of_name(entry->view.subject);
     if (entry->has_certificate && has(*entry)) return Rule::kNone;
     if (!entries_.append(entry)) return Rule::kNoMemory;
@@ -103,7 +57,7 @@ Rule Store::keep(StoreEntry *entry) noexcept {
 }
 
 Rule Store::add(Bytes certificate, bool is_anchor, u32 accepted) noexcept {
-    OwnedEntry entry = make_entry();
+    OwnedObject<StoreEntry> entry = make_object<StoreEntry>();
     if (!entry) return Rule::kNoMemory;
     entry->octets.reset(copy_terminated(certificate));
     if (!entry->octets) return Rule::kNoMemory;
@@ -119,7 +73,7 @@ Rule Store::add(Bytes certificate, bool is_anchor, u32 accepted) noexcept {
 
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
 Rule Store::add_anchor(Bytes name, Bytes key_info) noexcept {
-    OwnedEntry entry = make_entry();
+    OwnedObject<StoreEntry> entry = make_object<StoreEntry>();
     if (!entry) return Rule::kNoMemory;
     entry->octets.reset(static_cast<u8 *>(TLX_ALLOCATE(name.size() + key_info.size() + 1)));
     if (!entry->octets) return Rule::kNoMemory;

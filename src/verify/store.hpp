@@ -1,9 +1,9 @@
-// What verification starts from: anchors and intermediates, which are made once and then serve all threads.
+// What verification starts from: anchors, intermediates, revocation lists and OCSP responses, which are made
+// once and then serve all threads.
 #pragma once
 
-#include "verify/array.hpp"
 #include "verify/name_match.hpp"
-#include "verify/public_key.hpp"
+#include "verify/status_store.hpp"
 
 namespace tlx {
 
@@ -19,31 +19,6 @@ struct StoreEntry {
     u64 name_hash = 0;
     StoreEntry *next_of_name = nullptr;
     StoreEntry *next_of_key = nullptr;
-};
-
-/// Finds entries by a hash; entries of one hash are a chain. It grows with what is added.
-class EntryIndex {
-  public:
-    using Link = StoreEntry *StoreEntry::*;
-
-    explicit EntryIndex(Link link) noexcept : link_(link) {}
-    /// False when memory runs out.
-    [[nodiscard]] bool add(u64 hash, StoreEntry *entry) noexcept;
-    /// The first entry of the chain; null when there is none.
-    [[nodiscard]] const StoreEntry *find(u64 hash) const noexcept;
-
-  private:
-    struct Slot {
-        u64 hash;
-        StoreEntry *first;
-    };
-    [[nodiscard]] Slot &slot_of(u64 hash) const noexcept;
-    [[nodiscard]] bool grow() noexcept;
-
-    Link link_;
-    OwnedOctets<Slot> slots_;
-    std::size_t size_ = 0;  ///< of the table, a power of 2
-    std::size_t used_ = 0;
 };
 
 /// Nothing changes a store while a verification uses it.
@@ -64,7 +39,7 @@ class Store {
     [[nodiscard]] Rule add_anchor(Bytes name, Bytes key_info) noexcept;
 
     [[nodiscard]] u32 size() const noexcept { return entries_.size(); }
-    [[nodiscard]] u64 hash_of_name(Bytes name) const noexcept;
+    [[nodiscard]] u64 hash_of_name(Bytes name) const noexcept { return tlx::hash_of_name(hash_key_, name); }
     /// The entries whose subject has this hash. Their names may differ.
     [[nodiscard]] const StoreEntry *find_name(u64 name_hash) const noexcept {
         return by_name_.find(name_hash);
@@ -72,26 +47,19 @@ class Store {
     /// The entries with a subject of this hash and a key identifier.
     [[nodiscard]] const StoreEntry *find_key(u64 name_hash, Bytes key_identifier) const noexcept;
 
+    [[nodiscard]] StatusStore &status() noexcept { return status_; }
+    [[nodiscard]] const StatusStore &status() const noexcept { return status_; }
+
   private:
     [[nodiscard]] Rule keep(StoreEntry *entry) noexcept;
     [[nodiscard]] bool has(const StoreEntry &entry) const noexcept;
     [[nodiscard]] u64 hash_of_key(u64 name_hash, Bytes key_identifier) const noexcept;
 
     SipHash::Key hash_key_ = {};
+    StatusStore status_;
     Array<StoreEntry *> entries_;
-    EntryIndex by_name_{&StoreEntry::next_of_name};
-    EntryIndex by_key_{&StoreEntry::next_of_key};
+    ChainIndex<StoreEntry> by_name_{&StoreEntry::next_of_name};
+    ChainIndex<StoreEntry> by_key_{&StoreEntry::next_of_key};
 };
-
-struct FreeEntry {
-    void operator()(StoreEntry *entry) const noexcept {
-        entry->~StoreEntry();
-        tlx_free(entry);
-    }
-};
-using OwnedEntry = std::unique_ptr<StoreEntry, FreeEntry>;
-
-/// Null when memory runs out.
-[[nodiscard]] OwnedEntry make_entry() noexcept;
 
 }  // namespace tlx

@@ -34,6 +34,8 @@ class StrictCursor {
     explicit StrictCursor(Bytes contents) noexcept : cursor_(contents) {}
 
     [[nodiscard]] bool at_end() const noexcept { return cursor_.at_end(); }
+    /// How many octets are left.
+    [[nodiscard]] std::size_t size() const noexcept { return cursor_.rest().size(); }
     [[nodiscard]] bool is_next(u8 identifier) const noexcept {
         return !cursor_.at_end() && cursor_.peek_tag() == identifier;
     }

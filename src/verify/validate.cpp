@@ -4,6 +4,7 @@
 
 #include "verify/name_constraints.hpp"
 #include "verify/purpose.hpp"
+#include "verify/revocation.hpp"
 #include "verify/strength.hpp"
 
 namespace tlx {
@@ -11,10 +12,10 @@ namespace {
 
 class Validation {
   public:
-    Validation(const Path &path, const Settings &settings, Links &links, Verdict &verdict) noexcept
+    Validation(const Path &path, const Settings &settings, Session &session, Verdict &verdict) noexcept
         : path_(path),
           settings_(settings),
-          links_(links),
+          session_(session),
           verdict_(verdict),
           last_(path.size() - 1),
           graph_(settings.budget.policy_nodes),
@@ -44,6 +45,7 @@ class Validation {
 
     void process(u32 place) noexcept;
     void judge_signature(u32 place) noexcept;
+    void judge_revocation(u32 place) noexcept;
     void judge_names(u32 place) noexcept;
     void judge_policies(u32 place) noexcept;
 
@@ -58,7 +60,7 @@ class Validation {
 
     const Path &path_;
     const Settings &settings_;
-    Links &links_;
+    Session &session_;
     Verdict &verdict_;
     const u32 last_;  ///< place of the target, and the number of certificates below the anchor
 
@@ -83,6 +85,7 @@ void Validation::initialise() noexcept {
 // The anchor's certificate, as far as the settings let it count (RFC 5937). Its signature is never verified.
 void Validation::judge_anchor() noexcept {
     judge_key(0);
+    if (!verdict_.states.append({})) verdict_.out_of_memory = true;
     if (!path_[0]->has_certificate) return;
     if ((settings_.anchor_rules & kAnchorValidity) != 0) judge_time(0);
     if ((settings_.anchor_rules & kAnchorConstraints) == 0) return;
@@ -107,6 +110,7 @@ void Validation::process(u32 place) noexcept {
     judge_key(place);
     judge_signature(place);
     judge_time(place);
+    judge_revocation(place);
     if (view(place).issuer.empty()) note(place, Rule::kEmptyIssuer);
     judge_names(place);
     judge_policies(place);
@@ -118,8 +122,19 @@ void Validation::process(u32 place) noexcept {
 // (a)(1)
 void Validation::judge_signature(u32 place) noexcept {
     note(place, check_digest(view(place).algorithm, settings_));
-    note(place, has_inherited_ ? links_.verify_with(*path_[place], inherited_)
-                               : links_.verify(*path_[place], *path_[place - 1]));
+    note(place, has_inherited_ ? session_.links.verify_with(view(place), inherited_)
+                               : session_.links.verify(view(place), *path_[place - 1]));
+}
+
+// (a)(3)
+void Validation::judge_revocation(u32 place) noexcept {
+    const PublicKey &issuer_key = has_inherited_ ? inherited_ : path_[place - 1]->key;
+    const RevocationState state = find_revocation(path_, place, issuer_key, settings_, session_);
+    if (!verdict_.states.append(state)) verdict_.out_of_memory = true;
+    const bool is_required = settings_.revocation == RevocationMode::path ||
+                             (settings_.revocation == RevocationMode::target && place == last_);
+    if (state.state == TLX_REVOCATION_REVOKED) note(place, Rule::kRevoked);
+    if (state.state == TLX_REVOCATION_UNDETERMINED && is_required) note(place, state.why);
 }
 
 // (b) and (c)
@@ -216,8 +231,8 @@ void Validation::wrap_up() noexcept {
 
 }  // namespace
 
-void validate_path(const Path &path, const Settings &settings, Links &links, Verdict &verdict) noexcept {
-    Validation(path, settings, links, verdict).run();
+void validate_path(const Path &path, const Settings &settings, Session &session, Verdict &verdict) noexcept {
+    Validation(path, settings, session, verdict).run();
     judge_purpose(path, settings, verdict);
     judge_target_names(path, settings, verdict);
 }

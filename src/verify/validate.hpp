@@ -1,8 +1,8 @@
 // Validation of one path (RFC 5280, section 6.1), one function a step, in the standard's order.
 #pragma once
 
-#include "verify/links.hpp"
 #include "verify/policy_graph.hpp"
+#include "verify/session.hpp"
 
 namespace tlx {
 
@@ -14,11 +14,21 @@ struct Finding {
     Rule rule;
 };
 
+/// What is known of a certificate's revocation.
+struct RevocationState {
+    u32 state = TLX_REVOCATION_NOT_CHECKED;
+    u32 source = TLX_REVOCATION_SOURCE_NONE;
+    u32 reason = 0;
+    std::int64_t time = 0;
+    Rule why = Rule::kNone;  ///< of an undetermined one
+};
+
 /// What a validation found: the path is valid when nothing.
 struct Verdict {
     Array<Finding> findings;
     Array<Finding> warnings;
-    Array<Bytes> policies;  ///< in the anchor's domain, those that the user accepts
+    Array<Bytes> policies;          ///< in the anchor's domain, those that the user accepts
+    Array<RevocationState> states;  ///< of the certificates of the path, as far as they were judged
     bool out_of_memory = false;
 
     /// Adds a finding; ignores kNone and one that was found just before.
@@ -31,6 +41,6 @@ struct Verdict {
 };
 
 /// Validates a path whose names chain. It goes on after a finding, so that all are found.
-void validate_path(const Path &path, const Settings &settings, Links &links, Verdict &verdict) noexcept;
+void validate_path(const Path &path, const Settings &settings, Session &session, Verdict &verdict) noexcept;
 
 }  // namespace tlx

@@ -1,6 +1,5 @@
 // One verification: settings in, findings out.
 #include <ctime>
-#include <new>
 #include <string_view>
 
 #include "asn1/asn1_time_calendar.hpp"
@@ -34,7 +33,8 @@ void set_budget(Budget &budget, const VERIFY_BUDGET &wanted) noexcept {
                                              {&budget.candidates, wanted.candidates},
                                              {&budget.path_length, wanted.path_length},
                                              {&budget.policy_nodes, wanted.policy_nodes},
-                                             {&budget.name_comparisons, wanted.name_comparisons}};
+                                             {&budget.name_comparisons, wanted.name_comparisons},
+                                             {&budget.fetches, wanted.fetches}};
     for (const auto &[member, value] : members) {
         if (value != 0) *member = value;
     }
@@ -43,7 +43,7 @@ void set_budget(Budget &budget, const VERIFY_BUDGET &wanted) noexcept {
 bool are_in_range(const VERIFY_SETTINGS &settings) noexcept {
     const bool has_address = settings.address != nullptr;
     return settings.profile <= TLX_PROFILE_ANY && settings.anchor_rules <= TLX_ANCHOR_RULES_CONSTRAINTS &&
-           settings.purpose <= TLX_PURPOSE_KEY_MANAGEMENT &&
+           settings.purpose <= TLX_PURPOSE_KEY_MANAGEMENT && settings.revocation <= TLX_REVOCATION_PATH &&
            (!has_address || settings.address_len == 4 || settings.address_len == 16);
 }
 
@@ -68,16 +68,28 @@ bool read_settings(const VERIFY_SETTINGS &from, Encoder &policies, Settings &to)
     if (from.address != nullptr) to.address = {from.address, from.address_len};
     to.mailbox = text_of(from.mailbox);
     set_budget(to.budget, from.budget);
+    constexpr u32 kDay = 86400;
+    to.response_age = from.response_age != 0 ? from.response_age : kDay;
+    to.fetch = from.fetch;
+    to.fetch_context = from.fetch_context;
     return policies.ok();
 }
 
-void judge(StoreEntry &target, Bytes octets, const VERIFY_STORE &store, const VERIFY_STORE *pool,
-           const Settings &settings, SearchResult &found) noexcept {
+RevocationMode mode_of(u32 choice, const Settings &settings, const Store &store, const Store *pool) noexcept {
+    constexpr RevocationMode kModes[] = {RevocationMode::off, RevocationMode::off, RevocationMode::present,
+                                         RevocationMode::target, RevocationMode::path};
+    const bool has_status = settings.fetch != nullptr || store.status().size() != 0 ||
+                            (pool != nullptr && pool->status().size() != 0);
+    return choice == TLX_REVOCATION_DEFAULT && has_status ? RevocationMode::present : kModes[choice];
+}
+
+void judge(StoreEntry &target, Bytes octets, const Settings &settings, Session &session,
+           SearchResult &found) noexcept {
     CertificateView &view = target.view;
     Rule rule = read_certificate(octets, settings.accepted, view);
     if (rule == Rule::kNone) rule = make_key(view.key_algorithm, view.key, target.key);
     if (rule == Rule::kNone) {
-        search_path(target, store.store, pool == nullptr ? nullptr : &pool->store, settings, found);
+        search_path(target, nullptr, settings, session, found);
         return;
     }
     view.whole = octets;
@@ -88,7 +100,7 @@ void judge(StoreEntry &target, Bytes octets, const VERIFY_STORE &store, const VE
 bool keep_found(SearchResult &found, VERIFY_RESULT &result) noexcept {
     result.findings.swap(found.verdict.findings);
     result.warnings.swap(found.verdict.warnings);
-    result.candidates = found.candidates;
+    result.states.swap(found.verdict.states);
     result.paths = found.paths;
     for (const StoreEntry *entry : found.path) {
         if (!result.keep(result.certificates, entry->view.whole)) return false;
@@ -112,16 +124,18 @@ uint32_t verify_CERTIFICATE(const VERIFY_STORE *store, const VERIFY_STORE *pool,
     if (!read_settings(settings == nullptr ? kDefaults : *settings, policies, wanted)) {
         return policies.out_of_memory() ? static_cast<u32>(Rule::kNoMemory) : 0x550A0048;
     }
+    const Store *more = pool == nullptr ? nullptr : &pool->store;
+    wanted.revocation = mode_of(settings == nullptr ? 0 : settings->revocation, wanted, store->store, more);
     StoreEntry target;
     SearchResult found;
-    judge(target, {certificate, len}, *store, pool, wanted, found);
+    Session session(store->store, more, wanted);
+    judge(target, {certificate, len}, wanted, session, found);
     if (found.verdict.out_of_memory) return static_cast<u32>(Rule::kNoMemory);
     const u32 status = found.verdict.findings.empty() ? 0 : static_cast<u32>(found.verdict.findings[0].rule);
     if (result == nullptr) return status;
-    void *memory = TLX_ALLOCATE(sizeof(VERIFY_RESULT));
-    if (memory == nullptr) return static_cast<u32>(Rule::kNoMemory);
-    std::unique_ptr<VERIFY_RESULT, Destroy<VERIFY_RESULT>> made(new (memory) VERIFY_RESULT);
-    if (!keep_found(found, *made)) return static_cast<u32>(Rule::kNoMemory);
+    OwnedObject<VERIFY_RESULT> made = make_object<VERIFY_RESULT>();
+    if (!made || !keep_found(found, *made)) return static_cast<u32>(Rule::kNoMemory);
+    made->candidates = session.candidates();
     *result = made.release();
     return status;
 }

@@ -1,5 +1,8 @@
 #include "verify/verify_result.hpp"
 
+#include <algorithm>
+
+#include "asn1/asn1_time_calendar.hpp"
 #include "der/values.hpp"
 
 using namespace tlx;
@@ -20,15 +23,19 @@ constexpr RuleText kRuleTexts[] = {
 #undef RULE
 };
 
+/// Null for kNone.
+const RuleText *text_of(Rule rule) noexcept {
+    const auto *found = std::ranges::find(kRuleTexts, rule, &RuleText::rule);
+    return found == std::end(kRuleTexts) ? nullptr : found;
+}
+
 u32 get_finding(const Array<Finding> &findings, u32 index, VERIFY_FINDING *out) noexcept {
     if (out == nullptr || index >= findings.size()) return 1;
     const Finding &finding = findings[index];
-    for (const RuleText &each : kRuleTexts) {
-        if (each.rule != finding.rule) continue;
-        *out = {finding.certificate, static_cast<u32>(finding.rule), each.name + 1, each.section, each.text};
-        return 0;
-    }
-    return 1;
+    const RuleText *text = text_of(finding.rule);
+    if (text == nullptr) return 1;
+    *out = {finding.certificate, static_cast<u32>(finding.rule), text->name + 1, text->section, text->text};
+    return 0;
 }
 
 }  // namespace
@@ -66,6 +73,20 @@ const uint8_t *get_VERIFY_RESULT_certificate(const VERIFY_RESULT *result, uint32
     const Bytes octets = result->bytes_of(result->certificates[index]);
     *len = static_cast<u32>(octets.size());
     return octets.empty() ? nullptr : octets.data();
+}
+
+uint32_t get_VERIFY_RESULT_revocation(const VERIFY_RESULT *result, uint32_t index,
+                                      VERIFY_REVOCATION *revocation) {
+    if (revocation == nullptr || index >= get_VERIFY_RESULT_path_count(result)) return 1;
+    const RevocationState state = index < result->states.size() ? result->states[index] : RevocationState();
+    const RuleText *text = text_of(state.why);
+    *revocation = {state.state,
+                   state.source,
+                   state.reason,
+                   calendar_time(state.time),
+                   static_cast<u32>(state.why),
+                   text == nullptr ? nullptr : text->text};
+    return 0;
 }
 
 uint32_t get_VERIFY_RESULT_policy_count(const VERIFY_RESULT *result) {

@@ -4,6 +4,7 @@
 #include <tlxpki/verify.h>
 
 #include "der/buffer.hpp"
+#include "verify/object.hpp"
 #include "verify/search.hpp"
 
 struct VERIFY_STORE {
@@ -19,6 +20,7 @@ struct VERIFY_RESULT {
 
     tlx::Array<tlx::Finding> findings;
     tlx::Array<tlx::Finding> warnings;
+    tlx::Array<tlx::RevocationState> states;
     tlx::Array<Range> certificates;
     tlx::Array<Range> policies;
     tlx::Buffer octets;
@@ -35,16 +37,3 @@ struct VERIFY_RESULT {
         return octets.bytes().subspan(range.start, range.size);
     }
 };
-
-namespace tlx {
-
-template <typename T>
-struct Destroy {
-    void operator()(T *object) const noexcept {
-        if (object == nullptr) return;
-        object->~T();
-        tlx_free(object);
-    }
-};
-
-}  // namespace tlx

@@ -1,6 +1,4 @@
 // Stores of anchors and intermediates.
-#include <new>
-
 #include "verify/verify_result.hpp"
 
 using namespace tlx;
@@ -16,10 +14,8 @@ u32 add(VERIFY_STORE &store, Bytes certificate, bool is_anchor, u32 accepted) no
 extern "C" {
 
 VERIFY_STORE *new_VERIFY_STORE(void) {
-    void *memory = TLX_ALLOCATE(sizeof(VERIFY_STORE));
-    if (memory == nullptr) return nullptr;
-    std::unique_ptr<VERIFY_STORE, Destroy<VERIFY_STORE>> made(new (memory) VERIFY_STORE);
-    return made->store.start() ? made.release() : nullptr;
+    OwnedObject<VERIFY_STORE> made = make_object<VERIFY_STORE>();
+    return made && made->store.start() ? made.release() : nullptr;
 }
 
 void free_VERIFY_STORE(VERIFY_STORE *store) {
@@ -42,6 +38,16 @@ uint32_t add_VERIFY_STORE_certificate(VERIFY_STORE *store, const uint8_t *certif
                                       uint32_t accepted_faults) {
     if (store == nullptr || certificate == nullptr) return 0x55090049;
     return add(*store, {certificate, len}, false, accepted_faults);
+}
+
+uint32_t add_VERIFY_STORE_crl(VERIFY_STORE *store, const uint8_t *crl, uint32_t len) {
+    if (store == nullptr || crl == nullptr) return 0x550B0049;
+    return static_cast<u32>(store->store.status().add_list({crl, len}));
+}
+
+uint32_t add_VERIFY_STORE_ocsp(VERIFY_STORE *store, const uint8_t *response, uint32_t len) {
+    if (store == nullptr || response == nullptr) return 0x550C0049;
+    return static_cast<u32>(store->store.status().add_response({response, len}));
 }
 
 uint32_t get_VERIFY_STORE_count(const VERIFY_STORE *store) {

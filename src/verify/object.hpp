@@ -1,0 +1,30 @@
+// Objects over the tracking allocator.
+#pragma once
+
+#include <memory>
+#include <new>
+
+#include "der/memory.hpp"
+
+namespace tlx {
+
+template <typename T>
+struct Destroy {
+    void operator()(T *object) const noexcept {
+        if (object == nullptr) return;
+        object->~T();
+        tlx_free(object);
+    }
+};
+
+template <typename T>
+using OwnedObject = std::unique_ptr<T, Destroy<T>>;
+
+/// Null when memory runs out.
+template <typename T>
+[[nodiscard]] OwnedObject<T> make_object() noexcept {
+    void *memory = TLX_ALLOCATE(sizeof(T));
+    return OwnedObject<T>(memory == nullptr ? nullptr : new (memory) T);
+}
+
+}  // namespace tlx
