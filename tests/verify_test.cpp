@@ -1,5 +1,7 @@
 // Verification by RFC 5280: a row for each rule, searches among many candidates, budgets, threads.
 
+#include <algorithm>
+
 #include "support/allocation.hpp"
 #include "support/chain_builder.hpp"
 #include "support/null_arguments.hpp"
@@ -81,7 +83,9 @@ struct ChosenSettings {
     }
 };
 
-std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY_SETTINGS &settings) {
+template <typename Print>
+std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY_SETTINGS &settings,
+                   Print print) {
     VERIFY_RESULT *made = nullptr;
     const std::uint32_t status =
         verify_CERTIFICATE(store, nullptr, target.data(), size_of(target), &settings, &made);
@@ -89,14 +93,58 @@ std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY
     VERIFY_FINDING first;
     if (made == nullptr) return status_text(status);
     EXPECT_EQ(status, get_VERIFY_RESULT_finding(made, 0, &first) == 0 ? first.status : 0U);
-    return text_of(made);
+    return print(made);
 }
 
-std::string verify_row(const Row &row) {
+std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY_SETTINGS &settings) {
+    return verify(store, target, settings, text_of);
+}
+
+template <typename Print>
+std::string verify_edited(const Row &row, Print print) {
     const EditedChain edited(row.number(1), row[2]);
     const Store store = store_of(edited.chain);
     return verify(store.get(), encode_certificate(edited.chain[0].make().get()),
-                  ChosenSettings(edited).settings);
+                  ChosenSettings(edited).settings,
+                  [&](const VERIFY_RESULT *result) { return print(result, edited.chain); });
+}
+
+std::string verify_row(const Row &row) {
+    return verify_edited(row, [](const VERIFY_RESULT *result, const Chain &) { return text_of(result); });
+}
+
+/// The policies with their qualifiers.
+std::string policies_row(const Row &row) {
+    return verify_edited(row, [](const VERIFY_RESULT *result, const Chain &) {
+        std::string text;
+        OBJECT_IDENTIFIER *policy = nullptr;
+        std::uint32_t size = 0;
+        for (std::uint32_t i = 0; get_VERIFY_RESULT_policy(result, i, &policy) == 0; ++i) {
+            const std::uint8_t *qualifiers = get_VERIFY_RESULT_policy_qualifiers(result, i, &size);
+            text += (i == 0 ? "" : ", ") + octets(policy) + (size == 0 ? "" : " " + hex_of(qualifiers, size));
+        }
+        EXPECT_EQ(get_VERIFY_RESULT_policy_qualifiers(result, 99, &size), nullptr);
+        free_OBJECT_IDENTIFIER(policy);
+        return text;
+    });
+}
+
+/// Attempts as rule, place, and in parentheses which certificate of the chain is meant.
+std::string attempts_row(const Row &row) {
+    return verify_edited(row, [](const VERIFY_RESULT *result, const Chain &chain) {
+        std::string text;
+        VERIFY_ATTEMPT attempt;
+        for (std::uint32_t i = 0; get_VERIFY_RESULT_attempt(result, i, &attempt) == 0; ++i) {
+            const Octets tried(attempt.certificate, attempt.certificate + attempt.certificate_len);
+            const auto is_tried = [&](const CertSpec &each) {
+                return encode_certificate(each.make().get()) == tried;
+            };
+            const auto index = std::ranges::find_if(chain, is_tried) - chain.begin();
+            text += (i == 0 ? "" : ", ") + std::string(attempt.finding.rule) + " at " +
+                    std::to_string(attempt.finding.certificate) + " (" + std::to_string(index) + ")";
+        }
+        return text;
+    });
 }
 
 void make_keys() {
@@ -109,7 +157,8 @@ void make_keys() {
 
 TEST(Verify, Rows) {
     make_keys();
-    expect_rows("verify.txt", {{"verify", {verify_row}}});
+    expect_rows("verify.txt",
+                {{"verify", {verify_row}}, {"policies", {policies_row}}, {"attempts", {attempts_row}}});
 }
 
 std::string digits_of_number(std::uint32_t number) {
@@ -193,11 +242,32 @@ TEST_F(VerifySearch, EndsMazesAtTheirBudgets) {
     EXPECT_EQ(verify_CERTIFICATE(maze.get(), nullptr, target_.data(), size_of(target_), &settings, &result),
               0x462D0113U);
     EXPECT_EQ(get_VERIFY_RESULT_candidates(result), 50U);
+    EXPECT_EQ(get_VERIFY_RESULT_attempt_count(result), 1U) << "all by the one anchor";
     free_VERIFY_RESULT(result);
     settings.budget.candidates = 0;
     settings.budget.signatures = 20;
     settings.anchor_rules = TLX_ANCHOR_RULES_CONSTRAINTS;
     EXPECT_EQ(verify(maze.get(), target_, settings), "valid") << "the first path will do";
+}
+
+TEST_F(VerifySearch, KeepsTheFirstAttempts) {
+    // The good issuer was added first and comes last.
+    CertSpec other = chain_[1];
+    other.key = 3;
+    for (const CertSpec &twin : widen({chain_[0], other, chain_[3]}, 40))
+        add(store_.get(), twin);
+    VERIFY_RESULT *made = nullptr;
+    EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, target_.data(), size_of(target_), &settings_, &made),
+              0U);
+    const Result result(made);
+    VERIFY_ATTEMPT attempt;
+    EXPECT_EQ(get_VERIFY_RESULT_candidates(made), 43U);
+    EXPECT_EQ(get_VERIFY_RESULT_attempt_count(made), 32U);
+    EXPECT_EQ(get_VERIFY_RESULT_attempt(made, 31, &attempt), 0U);
+    EXPECT_EQ(attempt.finding.status, 0x53100054U);
+    EXPECT_EQ(get_VERIFY_RESULT_attempt(made, 32, &attempt), 1U);
+    EXPECT_EQ(attempt.certificate, nullptr);
+    expect_refuses_null(1U, get_VERIFY_RESULT_attempt, made, 0U, &attempt);
 }
 
 TEST_F(VerifySearch, OneStoreServesManyThreads) {

@@ -262,10 +262,33 @@ TLXPKI_API uint32_t get_VERIFY_RESULT_policy_count(const VERIFY_RESULT *result);
 TLXPKI_API uint32_t get_VERIFY_RESULT_policy(const VERIFY_RESULT *result, uint32_t index,
                                              OBJECT_IDENTIFIER **policy);
 
+/** Returns the qualifiers of a policy, a SEQUENCE OF PolicyQualifierInfo in DER (RFC 5280, section 4.2.1.4),
+ * which stay the result's, and stores their length. They are those of the certificate that the policy of the
+ * anchor's domain stands in, and of anyPolicy where it stands for the policy. Null for none, with a length of
+ * 0. */
+TLXPKI_API const uint8_t *get_VERIFY_RESULT_policy_qualifiers(const VERIFY_RESULT *result, uint32_t index,
+                                                              uint32_t *len);
+
 /** Returns how many certificates were tried as issuers. */
 TLXPKI_API uint32_t get_VERIFY_RESULT_candidates(const VERIFY_RESULT *result);
 /** Returns how many paths reached an anchor and were validated. */
 TLXPKI_API uint32_t get_VERIFY_RESULT_paths(const VERIFY_RESULT *result);
+
+/** What the search gave up. */
+typedef struct VERIFY_ATTEMPT {
+    const uint8_t *certificate; /**< in DER, the result's; null for an anchor that is a name and a key */
+    uint32_t certificate_len;
+    VERIFY_FINDING finding; /**< its certificate counts from the target, which is 0 */
+} VERIFY_ATTEMPT;
+
+/** Returns how many attempts are known: issuers that were refused, certificates without issuers, and complete
+ * paths that are not valid, each by its first finding. Those that get_VERIFY_RESULT_finding() tells are left
+ * out, and all after the first 32. */
+TLXPKI_API uint32_t get_VERIFY_RESULT_attempt_count(const VERIFY_RESULT *result);
+/** Stores an attempt, in the order of the search. Returns 0; 1 for a null argument and an index out of range.
+ */
+TLXPKI_API uint32_t get_VERIFY_RESULT_attempt(const VERIFY_RESULT *result, uint32_t index,
+                                              VERIFY_ATTEMPT *attempt);
 
 TLX_END_DECLS
 

@@ -10,8 +10,21 @@ namespace {
 bool comes_before(Bytes a, Bytes b) noexcept {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
 }
+bool policy_comes_before(const Policy &a, const Policy &b) noexcept {
+    return same(a.oid, b.oid) ? a.depth < b.depth : comes_before(a.oid, b.oid);
+}
+bool is_same_policy(const Policy &a, const Policy &b) noexcept {
+    return same(a.oid, b.oid);
+}
 bool node_comes_before(const PolicyNode &a, const PolicyNode &b) noexcept {
     return comes_before(a.policy, b.policy);
+}
+
+const Policy *find_policy(const Array<Policy> &policies, Bytes oid) noexcept {
+    const Policy *const found = std::lower_bound(
+        policies.begin(), policies.end(), oid,
+        [](const Policy &policy, Bytes each) noexcept { return comes_before(policy.oid, each); });
+    return found != policies.end() && same(found->oid, oid) ? found : nullptr;
 }
 
 PolicyNode *find_node(Array<PolicyNode> &nodes, u32 count, Bytes policy) noexcept {
@@ -36,24 +49,26 @@ void remove_nodes(PolicyLevel &level, Condition condition) noexcept {
 // PolicyInformation ::= SEQUENCE {
 //   policyIdentifier CertPolicyId, policyQualifiers SEQUENCE SIZE (1..MAX) OF PolicyQualifierInfo OPTIONAL }
 // Stores the policies in order. No policy may stand twice.
-Rule read_policies(Bytes value, Array<Bytes> &policies) noexcept {
+Rule read_policies(Bytes value, Array<Policy> &policies) noexcept {
     StrictCursor list;
     if (!open_whole(value, id::kSequence, list) || list.at_end()) return Rule::kBadPolicies;
     while (!list.at_end()) {
         StrictCursor members;
-        StrictCursor qualifiers;
-        Bytes policy;
-        if (!list.enter(id::kSequence, members) || !members.next(id::kOid, policy) || !is_oid(policy)) {
+        Element qualifiers;
+        Policy policy;
+        if (!list.enter(id::kSequence, members) || !members.next(id::kOid, policy.oid) ||
+            !is_oid(policy.oid)) {
             return Rule::kBadPolicies;
         }
-        if (!members.at_end() && (!members.enter(id::kSequence, qualifiers) || qualifiers.at_end())) {
+        if (!members.at_end() && (!members.next(id::kSequence, qualifiers) || qualifiers.contents.empty())) {
             return Rule::kBadPolicies;
         }
         if (!members.at_end()) return Rule::kBadPolicies;
+        policy.qualifiers = qualifiers.whole;
         if (!policies.append(policy)) return Rule::kNoMemory;
     }
-    std::sort(policies.begin(), policies.end(), comes_before);
-    const bool twice = std::adjacent_find(policies.begin(), policies.end(), same) != policies.end();
+    std::sort(policies.begin(), policies.end(), policy_comes_before);
+    const bool twice = std::adjacent_find(policies.begin(), policies.end(), is_same_policy) != policies.end();
     return twice ? Rule::kBadPolicies : Rule::kNone;
 }
 
@@ -92,7 +107,9 @@ bool descent_comes_before(const Descent &a, const Descent &b) noexcept {
 bool fill_level(const Array<Descent> &descents, PolicyLevel &level) noexcept {
     for (const Descent &descent : descents) {
         const bool begins = level.nodes.empty() || !same(level.nodes.back().policy, descent.policy);
-        if (begins && !level.nodes.append({descent.policy, level.parents.size()})) return false;
+        if (begins && !level.nodes.append({descent.policy, {}, level.parents.size()})) {
+            return false;
+        }
         PolicyNode &node = level.nodes.back();
         const bool known = node.parents > 0 && same(level.parents.back(), descent.parent);
         if (known) continue;
@@ -150,23 +167,29 @@ Rule PolicyGraph::add_policies(const CertificateView &certificate, bool any_poli
         level.has_any = false;
         return Rule::kNone;
     }
-    Array<Bytes> policies;
+    Array<Policy> policies;
     if (const Rule rule = read_policies(extension.value, policies); rule != Rule::kNone) return rule;
     if (!spend(policies.size())) return Rule::kPolicyBudget;
-    const auto is_listed = [&policies](Bytes policy) noexcept {
-        return std::binary_search(policies.begin(), policies.end(), policy, comes_before);
-    };
     const bool had_any = level.has_any;
-    if (!is_listed(kAnyPolicy) || !any_policy_counts) {
-        level.has_any = false;
-        remove_nodes(level, [&](const PolicyNode &node) noexcept { return !is_listed(node.policy); });
+    const Policy *any = any_policy_counts ? find_policy(policies, kAnyPolicy) : nullptr;
+    level.has_any &= any != nullptr;
+    if (any != nullptr) level.any_qualifiers = any->qualifiers;
+    const auto source_of = [&](const PolicyNode &node) noexcept {
+        const Policy *listed = find_policy(policies, node.policy);
+        return listed != nullptr ? listed : any;
+    };
+    remove_nodes(level, [&](const PolicyNode &node) noexcept { return source_of(node) == nullptr; });
+    for (PolicyNode &node : level.nodes) {
+        node.qualifiers = source_of(node)->qualifiers;
     }
     const u32 inherited = level.nodes.size();
-    for (const Bytes policy : policies) {
-        if (!had_any || same(policy, kAnyPolicy) || find_node(level.nodes, inherited, policy) != nullptr) {
+    for (const Policy &policy : policies) {
+        if (!had_any || same(policy.oid, kAnyPolicy) ||
+            find_node(level.nodes, inherited, policy.oid) != nullptr) {
             continue;
         }
-        if (!level.nodes.append({policy})) return Rule::kNoMemory;
+        if (!level.nodes.append({.policy = policy.oid, .qualifiers = policy.qualifiers}))
+            return Rule::kNoMemory;
     }
     sort_nodes(level);
     return Rule::kNone;
@@ -179,7 +202,9 @@ Rule PolicyGraph::map(PolicyLevel &level, Bytes mappings, bool may_map, Array<By
         PolicyNode *node = find_node(level.nodes, present, pairs[i]);
         if (node != nullptr) {
             node->mapped = true;
-        } else if (level.has_any && may_map && !level.nodes.append({.policy = pairs[i], .mapped = true})) {
+        } else if (level.has_any && may_map &&
+                   !level.nodes.append(
+                       {.policy = pairs[i], .qualifiers = level.any_qualifiers, .mapped = true})) {
             return Rule::kNoMemory;
         }
     }
@@ -218,7 +243,7 @@ Rule PolicyGraph::add_mappings(const CertificateView &certificate, bool may_map)
     return fill_level(descents, last()) ? Rule::kNone : Rule::kNoMemory;
 }
 
-Rule PolicyGraph::intersect(Bytes user_policies, Array<Bytes> &policies) noexcept {
+Rule PolicyGraph::intersect(Bytes user_policies, Array<Policy> &policies) noexcept {
     if (levels_.empty()) return Rule::kNoMemory;
     const bool takes_all = user_policies.empty() || has_policy(user_policies, kAnyPolicy);
     for (PolicyNode &node : last().nodes) {
@@ -230,7 +255,7 @@ Rule PolicyGraph::intersect(Bytes user_policies, Array<Bytes> &policies) noexcep
         for (const PolicyNode &node : level.nodes) {
             if (!node.reached) continue;
             if (node.parents == 0 && (takes_all || has_policy(user_policies, node.policy)) &&
-                !policies.append(node.policy)) {
+                !policies.append({node.policy, node.qualifiers, depth})) {
                 return Rule::kNoMemory;
             }
             for (u32 i = 0; i < node.parents; ++i) {
@@ -243,12 +268,14 @@ Rule PolicyGraph::intersect(Bytes user_policies, Array<Bytes> &policies) noexcep
     // anyPolicy at the end stands for each of the user's.
     StrictCursor users(takes_all ? Bytes() : user_policies);
     Bytes policy;
-    if (last().has_any && takes_all && !policies.append(kAnyPolicy)) return Rule::kNoMemory;
+    const Bytes qualifiers = last().any_qualifiers;
+    if (last().has_any && takes_all && !policies.append({kAnyPolicy, qualifiers})) return Rule::kNoMemory;
     while (last().has_any && !users.at_end() && users.next(id::kOid, policy)) {
-        if (!policies.append(policy)) return Rule::kNoMemory;
+        if (!policies.append({policy, qualifiers, levels_.size()})) return Rule::kNoMemory;
     }
-    std::sort(policies.begin(), policies.end(), comes_before);
-    policies.shrink(static_cast<u32>(std::unique(policies.begin(), policies.end(), same) - policies.begin()));
+    std::sort(policies.begin(), policies.end(), policy_comes_before);
+    const Policy *end = std::unique(policies.begin(), policies.end(), is_same_policy);
+    policies.shrink(static_cast<u32>(end - policies.begin()));
     return Rule::kNone;
 }
 

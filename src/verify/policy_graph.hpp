@@ -7,9 +7,17 @@
 
 namespace tlx {
 
+/// A policy as a certificate has it.
+struct Policy {
+    Bytes oid;
+    Bytes qualifiers;  ///< the whole SEQUENCE; empty when there is none
+    u32 depth = 0;     ///< of the certificate: how many are between it and the anchor
+};
+
 /// A policy at one depth.
 struct PolicyNode {
     Bytes policy;
+    Bytes qualifiers;
     u32 first_parent = 0;  ///< in the parents of the level: policies of the level above that it comes from
     u32 parents = 0;       ///< none: it comes from anyPolicy
     bool mapped = false;
@@ -21,6 +29,7 @@ struct PolicyLevel {
     Array<PolicyNode> nodes;
     Array<Bytes> parents;
     bool has_any = false;
+    Bytes any_qualifiers;
 };
 
 /// One certificate after the other, from below the anchor to the target.
@@ -40,8 +49,9 @@ class PolicyGraph {
     /// Whether no policy is left.
     [[nodiscard]] bool is_empty() const noexcept;
     /// RFC 5280, section 6.1.5 (g): stores the policies, in the anchor's domain, that are among the user's.
-    /// Without any of the user's, all policies are. kNone or kNoMemory.
-    [[nodiscard]] Rule intersect(Bytes user_policies, Array<Bytes> &policies) noexcept;
+    /// Without any of the user's, all policies are. The qualifiers are those of the certificate that is
+    /// nearest to the anchor. kNone or kNoMemory.
+    [[nodiscard]] Rule intersect(Bytes user_policies, Array<Policy> &policies) noexcept;
 
   private:
     [[nodiscard]] bool start() noexcept;

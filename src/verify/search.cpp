@@ -7,6 +7,8 @@ namespace {
 
 /// Issuers that one certificate is tried with, at most.
 constexpr u32 kMostIssuers = 256;
+/// Attempts that are kept, at most.
+constexpr u32 kMostAttempts = 32;
 
 struct Candidate {
     const StoreEntry *entry;
@@ -51,6 +53,9 @@ class Search {
 
     void report_end() noexcept;
     void remember_end(Rule rule) noexcept;
+    void forget_end() noexcept;
+    void give_up(const Attempt &attempt) noexcept;
+    void give_up_path(const Path &path, const Verdict &verdict) noexcept;
 
     bool extend() noexcept;
     bool try_issuers(Array<Candidate> &candidates, Rule &refused) noexcept;
@@ -79,6 +84,7 @@ void Search::report_end() noexcept {
             if (!result_.path.append(longest_[i])) session_.fail(Rule::kNoMemory);
         }
         verdict.note(0, longest_rule_);
+        forget_end();
     }
     verdict.note(0, session_.end());
 }
@@ -90,6 +96,28 @@ void Search::remember_end(Rule rule) noexcept {
     for (const StoreEntry *entry : path_) {
         if (!longest_.append(entry)) session_.fail(Rule::kNoMemory);
     }
+}
+
+void Search::give_up(const Attempt &attempt) noexcept {
+    Array<Attempt> &attempts = result_.attempts;
+    const bool known = std::find(attempts.begin(), attempts.end(), attempt) != attempts.end();
+    if (known || attempts.size() == kMostAttempts) return;
+    if (!attempts.append(attempt)) session_.fail(Rule::kNoMemory);
+}
+
+/// Drops the end that the verdict is about.
+void Search::forget_end() noexcept {
+    if (longest_.empty()) return;
+    Array<Attempt> &attempts = result_.attempts;
+    const Attempt end = {longest_.back(), longest_.size() - 1, longest_rule_};
+    attempts.shrink(static_cast<u32>(std::remove(attempts.begin(), attempts.end(), end) - attempts.begin()));
+}
+
+/// The first finding says why the path, anchor first, is not valid.
+void Search::give_up_path(const Path &path, const Verdict &verdict) noexcept {
+    if (verdict.findings.empty()) return;
+    const Finding &first = verdict.findings[0];
+    give_up({path[first.certificate], path.size() - 1 - first.certificate, first.rule});
 }
 
 // Key identifiers that agree come before missing ones, and those before ones that differ. Then come
@@ -146,13 +174,16 @@ bool Search::extend() noexcept {
     Rule refused = Rule::kNone;
     session_.each_store([&](const Store &store) noexcept { gather(store, candidates); });
     if (try_issuers(candidates, refused)) return true;
+    bool has_issuers = !candidates.empty();
     const CertificateView &view = path_.back()->view;
     if (session_.end() == Rule::kNone && session_.fetcher.ask(TLX_FETCH_ISSUERS, view, nullptr)) {
         candidates.shrink(0);
         gather(*session_.fetcher.store(), candidates);
+        has_issuers |= !candidates.empty();
         if (try_issuers(candidates, refused)) return true;
     }
     const Rule no_candidate = are_equal_names(view.issuer, view.subject) ? Rule::kNoAnchor : Rule::kNoIssuer;
+    if (!has_issuers) give_up({path_.back(), path_.size() - 1, no_candidate});
     remember_end(refused != Rule::kNone ? refused : no_candidate);
     return false;
 }
@@ -166,6 +197,7 @@ bool Search::try_issuer(const StoreEntry &issuer, Rule &refused) noexcept {
     if (path_.size() >= settings_.budget.path_length) rule = Rule::kLengthBudget;
     if (rule != Rule::kNone) {
         if (refused == Rule::kNone) refused = rule;
+        give_up({&issuer, path_.size(), rule});
         return false;
     }
     if (!path_.append(&issuer)) return session_.fail(Rule::kNoMemory);
@@ -184,7 +216,10 @@ bool Search::try_path() noexcept {
     validate_path(path, settings_, session_, verdict);
     const bool valid = verdict.findings.empty() && !verdict.out_of_memory;
     if (verdict.out_of_memory) session_.fail(Rule::kNoMemory);
-    if (++result_.paths > 1 && !valid) return false;
+    if (++result_.paths > 1) {
+        give_up_path(valid ? result_.path : path, valid ? result_.verdict : verdict);
+        if (!valid) return false;
+    }
     result_.path.swap(path);
     result_.verdict.findings.swap(verdict.findings);
     result_.verdict.warnings.swap(verdict.warnings);

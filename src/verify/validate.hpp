@@ -27,7 +27,7 @@ struct RevocationState {
 struct Verdict {
     Array<Finding> findings;
     Array<Finding> warnings;
-    Array<Bytes> policies;          ///< in the anchor's domain, those that the user accepts
+    Array<Policy> policies;         ///< in the anchor's domain, those that the user accepts
     Array<RevocationState> states;  ///< of the certificates of the path, as far as they were judged
     bool out_of_memory = false;
 

@@ -105,8 +105,16 @@ bool keep_found(SearchResult &found, VERIFY_RESULT &result) noexcept {
     for (const StoreEntry *entry : found.path) {
         if (!result.keep(result.certificates, entry->view.whole)) return false;
     }
-    for (const Bytes policy : found.verdict.policies) {
-        if (!result.keep(result.policies, policy)) return false;
+    for (const Policy &policy : found.verdict.policies) {
+        if (!result.keep(result.policies, policy.oid) || !result.keep(result.qualifiers, policy.qualifiers)) {
+            return false;
+        }
+    }
+    for (const Attempt &attempt : found.attempts) {
+        if (!result.keep(result.tried, attempt.certificate->view.whole) ||
+            !result.attempts.append({attempt.place, attempt.rule})) {
+            return false;
+        }
     }
     return true;
 }

@@ -38,6 +38,17 @@ u32 get_finding(const Array<Finding> &findings, u32 index, VERIFY_FINDING *out) 
     return 0;
 }
 
+/// Octets that a result keeps, with their length. Null for none.
+const u8 *get_octets(const VERIFY_RESULT *result, Array<VERIFY_RESULT::Range> VERIFY_RESULT::*ranges,
+                     u32 index, u32 *len) noexcept {
+    if (len == nullptr) return nullptr;
+    *len = 0;
+    if (result == nullptr || index >= (result->*ranges).size()) return nullptr;
+    const Bytes octets = result->bytes_of((result->*ranges)[index]);
+    *len = static_cast<u32>(octets.size());
+    return octets.empty() ? nullptr : octets.data();
+}
+
 }  // namespace
 
 extern "C" {
@@ -67,12 +78,7 @@ uint32_t get_VERIFY_RESULT_path_count(const VERIFY_RESULT *result) {
 }
 
 const uint8_t *get_VERIFY_RESULT_certificate(const VERIFY_RESULT *result, uint32_t index, uint32_t *len) {
-    if (len == nullptr) return nullptr;
-    *len = 0;
-    if (result == nullptr || index >= result->certificates.size()) return nullptr;
-    const Bytes octets = result->bytes_of(result->certificates[index]);
-    *len = static_cast<u32>(octets.size());
-    return octets.empty() ? nullptr : octets.data();
+    return get_octets(result, &VERIFY_RESULT::certificates, index, len);
 }
 
 uint32_t get_VERIFY_RESULT_revocation(const VERIFY_RESULT *result, uint32_t index,
@@ -101,12 +107,27 @@ uint32_t get_VERIFY_RESULT_policy(const VERIFY_RESULT *result, uint32_t index, O
     return 0;
 }
 
+const uint8_t *get_VERIFY_RESULT_policy_qualifiers(const VERIFY_RESULT *result, uint32_t index,
+                                                   uint32_t *len) {
+    return get_octets(result, &VERIFY_RESULT::qualifiers, index, len);
+}
+
 uint32_t get_VERIFY_RESULT_candidates(const VERIFY_RESULT *result) {
     return result == nullptr ? 0 : result->candidates;
 }
 
 uint32_t get_VERIFY_RESULT_paths(const VERIFY_RESULT *result) {
     return result == nullptr ? 0 : result->paths;
+}
+
+uint32_t get_VERIFY_RESULT_attempt_count(const VERIFY_RESULT *result) {
+    return result == nullptr ? 0 : result->attempts.size();
+}
+
+uint32_t get_VERIFY_RESULT_attempt(const VERIFY_RESULT *result, uint32_t index, VERIFY_ATTEMPT *attempt) {
+    if (result == nullptr || attempt == nullptr) return 1;
+    attempt->certificate = get_octets(result, &VERIFY_RESULT::tried, index, &attempt->certificate_len);
+    return get_finding(result->attempts, index, &attempt->finding);
 }
 
 }  // extern "C"

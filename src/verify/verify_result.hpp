@@ -23,6 +23,9 @@ struct VERIFY_RESULT {
     tlx::Array<tlx::RevocationState> states;
     tlx::Array<Range> certificates;
     tlx::Array<Range> policies;
+    tlx::Array<Range> qualifiers;  ///< one for each policy
+    tlx::Array<Range> tried;       ///< certificates, one for each attempt
+    tlx::Array<tlx::Finding> attempts;
     tlx::Buffer octets;
     tlx::u32 candidates = 0;
     tlx::u32 paths = 0;
