@@ -19,7 +19,6 @@ struct Free {
     void operator()(BIGINT *number) const { free_BIGINT(number); }
     void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
     void operator()(STACK *certificates) const { free_X509_CERTIFICATES(certificates); }
-    void operator()(VERIFY_STORE *store) const { free_VERIFY_STORE(store); }
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
@@ -182,50 +181,5 @@ void BM_BuildOverPool(benchmark::State &state) {
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_BuildOverPool)->Arg(0)->Arg(100)->Arg(10000)->Arg(100000);
-
-/// A store with the root and, if asked for, the other issuers of the chain.
-Owned<VERIFY_STORE> make_store(bool with_issuers) {
-    Owned<VERIFY_STORE> store(new_VERIFY_STORE());
-    const auto size = [](unsigned i) { return static_cast<std::uint32_t>(chain()[i].size()); };
-    add_VERIFY_STORE_anchor(store.get(), chain()[kLength - 1].data(), size(kLength - 1), 0);
-    for (unsigned i = 1; with_issuers && i + 1 < kLength; ++i)
-        add_VERIFY_STORE_certificate(store.get(), chain()[i].data(), size(i), 0);
-    return store;
-}
-
-bool verify_target(const VERIFY_STORE *store, const VERIFY_STORE *pool) {
-    return verify_CERTIFICATE(store, pool, chain()[0].data(), static_cast<std::uint32_t>(chain()[0].size()),
-                              nullptr, nullptr) == 0;
-}
-
-/// By verify.h, with the issuers in the store: two signatures with ready keys.
-void BM_VerifyWithStore(benchmark::State &state) {
-    const Owned<VERIFY_STORE> store = make_store(true);
-    for (auto _ : state)
-        require(state, verify_target(store.get(), nullptr));
-}
-BENCHMARK(BM_VerifyWithStore)->ThreadRange(1, 2)->UseRealTime();
-
-/// The same with an intermediate that is new each time.
-void BM_VerifyWithNewIntermediate(benchmark::State &state) {
-    const Owned<VERIFY_STORE> store = make_store(false);
-    for (auto _ : state) {
-        const Owned<VERIFY_STORE> pool(new_VERIFY_STORE());
-        add_VERIFY_STORE_certificate(pool.get(), chain()[1].data(),
-                                     static_cast<std::uint32_t>(chain()[1].size()), 0);
-        require(state, verify_target(store.get(), pool.get()));
-    }
-}
-BENCHMARK(BM_VerifyWithNewIntermediate);
-
-/// What verifying costs beside the signature and its search: a target that equals the anchor.
-void BM_VerifyAnchorItself(benchmark::State &state) {
-    const Owned<VERIFY_STORE> store = make_store(false);
-    const Octets &root = chain()[kLength - 1];
-    for (auto _ : state)
-        require(state, verify_CERTIFICATE(store.get(), nullptr, root.data(),
-                                          static_cast<std::uint32_t>(root.size()), nullptr, nullptr) == 0);
-}
-BENCHMARK(BM_VerifyAnchorItself);
 
 }  // namespace
