@@ -6,48 +6,13 @@
 #include "support/chain_builder.hpp"
 #include "support/null_arguments.hpp"
 #include "support/rows.hpp"
+#include "support/signers.hpp"
 #include "support/threads.hpp"
+#include "support/verify_support.hpp"
 #include "support/x509_files.hpp"
 
 namespace tlx_test {
 namespace {
-
-using Store = Held<free_VERIFY_STORE>;
-using Result = Held<free_VERIFY_RESULT>;
-
-std::uint32_t size_of(const Octets &octets) {
-    return static_cast<std::uint32_t>(octets.size());
-}
-
-void add(VERIFY_STORE *store, const CertSpec &spec, bool is_anchor = false) {
-    const Octets octets = encode_certificate(spec.make().get());
-    const auto add_to = is_anchor ? add_VERIFY_STORE_anchor : add_VERIFY_STORE_certificate;
-    EXPECT_EQ(add_to(store, octets.data(), size_of(octets), 0), 0U) << spec.subject;
-}
-
-/// The anchor is the last certificate, the target the first.
-Store store_of(const Chain &chain) {
-    Store store(new_VERIFY_STORE());
-    for (std::size_t i = 1; i < chain.size(); ++i)
-        add(store.get(), chain[i], i + 1 == chain.size());
-    if (chain.size() == 1) add(store.get(), chain[0], true);
-    return store;
-}
-
-/// "valid", or the findings from the first, each with its place in the path, where the target is 0.
-std::string text_of(const VERIFY_RESULT *result) {
-    std::string text;
-    const std::uint32_t count = get_VERIFY_RESULT_path_count(result);
-    VERIFY_FINDING finding;
-    for (std::uint32_t i = 0; get_VERIFY_RESULT_finding(result, i, &finding) == 0; ++i)
-        text += (text.empty() ? "" : ", ") + std::string(finding.rule) + " at " +
-                std::to_string(count - 1 - finding.certificate);
-    if (text.empty()) text = "valid";
-    for (std::uint32_t i = 0; get_VERIFY_RESULT_warning(result, i, &finding) == 0; ++i)
-        text += ", warning " + std::string(finding.rule) + " at " +
-                std::to_string(count - 1 - finding.certificate);
-    return text;
-}
 
 /// Settings from the values of an edited chain. RSA keys of 1024 bits are strong enough.
 struct ChosenSettings {
@@ -78,8 +43,12 @@ struct ChosenSettings {
             settings.address = address.data();
             settings.address_len = size_of(address);
         }
-        settings.budget = {number("signatures"), number("candidates"), number("length"), number("nodes"),
-                           number("comparisons")};
+        VERIFY_BUDGET &budget = settings.budget;
+        budget.signatures = number("signatures");
+        budget.candidates = number("candidates");
+        budget.path_length = number("length");
+        budget.policy_nodes = number("nodes");
+        budget.name_comparisons = number("comparisons");
     }
 };
 
@@ -97,7 +66,7 @@ std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY
 }
 
 std::string verify(const VERIFY_STORE *store, const Octets &target, const VERIFY_SETTINGS &settings) {
-    return verify(store, target, settings, text_of);
+    return verify(store, target, settings, [](const VERIFY_RESULT *result) { return text_of(result); });
 }
 
 template <typename Print>
@@ -147,16 +116,8 @@ std::string attempts_row(const Row &row) {
     });
 }
 
-void make_keys() {
-    for (unsigned key = 0; key <= kKcdsaKey; ++key) {
-        CertSpec spec;
-        spec.key = spec.signer = key;
-        EXPECT_NE(spec.make(), nullptr);
-    }
-}
-
 TEST(Verify, Rows) {
-    make_keys();
+    make_signing_keys();
     expect_rows("verify.txt",
                 {{"verify", {verify_row}}, {"policies", {policies_row}}, {"attempts", {attempts_row}}});
 }
@@ -183,15 +144,20 @@ Chain widen(const Chain &chain, unsigned count) {
     return all;
 }
 
+VERIFY_SETTINGS legacy_settings() {
+    VERIFY_SETTINGS settings = {};
+    settings.profile = TLX_PROFILE_KOREAN_LEGACY;
+    return settings;
+}
+
 class VerifySearch : public LeakFreeTest {
   protected:
-    static void SetUpTestSuite() { make_keys(); }
+    static void SetUpTestSuite() { make_signing_keys(); }
 
     const Chain chain_ = valid_chain(4);
     const Store store_ = store_of(chain_);
     const Octets target_ = encode_certificate(chain_[0].make().get());
-    const VERIFY_SETTINGS settings_ = {
-        nullptr, TLX_PROFILE_KOREAN_LEGACY, 0, 0, 0, nullptr, 0, 0, 0, 0, nullptr, nullptr, 0, nullptr, {}};
+    const VERIFY_SETTINGS settings_ = legacy_settings();
 };
 
 TEST_F(VerifySearch, FindsTheGoodOneAmongTwins) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "support/command.hpp"
+#include "support/crl_builder.hpp"
 #include "support/signers.hpp"
 #include "support/threads.hpp"
 #include "support/x509_files.hpp"
@@ -18,96 +19,9 @@ class RevocationLists : public testing::Test {
     static void SetUpTestSuite() { make_signing_keys(); }
 };
 
-using Crl = Held<free_X509_CRL>;
 using Revoked = Held<free_X509_REVOKED>;
 using Time = Held<free_ASN1_TIME>;
 using Name = Held<free_X509_NAME>;
-using Extension = Held<free_X509_EXTENSION>;
-
-Name name_of(const std::string &common_name) {
-    return Name(dup_X509_NAME(get_X509_subject(CertSpec{.subject = common_name, .issuer = {}}.make().get())));
-}
-
-Time time_of(const std::string &day) {
-    return Time(charToASN1_TIME((day + ",00:00:00").c_str()));
-}
-
-Held<free_X509_TIME> written(const std::string &day) {
-    Held<free_X509_TIME> time(new_X509_TIME());
-    EXPECT_EQ(set_X509_TIME(time.get(), time_of(day).get()), 0U) << day;
-    return time;
-}
-
-/// Adds an extension with elements in the notation of der_text.hpp.
-void extend(X509_EXTENSIONS *&extensions, const std::string &oid, const std::string &value, bool critical) {
-    if (extensions == nullptr) extensions = new_X509_EXTENSIONS();
-    const String id(text_to_OBJECT_IDENTIFIER(oid.c_str()));
-    const String data = string_of(TLX_TAG_OCTET_STRING, der(value));
-    const Extension made(create_X509_EXTENSION_by_OID(nullptr, id.get(), critical ? 0xFF : 0, data.get()));
-    EXPECT_EQ(add_X509_EXTENSION(extensions, made.get(), -1), 0U) << oid;
-}
-
-/// "05", "05:1" with a reason, "05@Name" with a certificateIssuer, "05@?" with one that is no name, "05!"
-/// with a critical extension that nobody knows.
-Revoked entry_of(const std::string &text) {
-    const std::size_t colon = text.find(':'), at = text.find('@');
-    const std::uint32_t reason =
-        colon < text.size() ? static_cast<std::uint32_t>(std::stoul(text.substr(colon + 1))) : 0;
-    const Number serial = number_of(text.substr(0, text.find_first_of(":@!")).c_str());
-    Revoked revoked(create_X509_REVOKED(serial.get(), time_of("2024-02-03").get(), reason));
-    if (text.ends_with('!')) extend(revoked->extensions, "1.2.3.4", "05:", true);
-    if (at == text.npos) return revoked;
-    const std::string issuer = text.substr(at + 1);
-    const Octets name = issuer == "?" ? der("86:41") : [&] {
-        const Held<free_GENERAL_NAME> general(create_GENERAL_NAME_directoryName(name_of(issuer).get()));
-        return encoding_of(general.get(), TLX_ENCODER(GENERAL_NAME_to_Seq));
-    }();
-    std::string digits = hex_of(name.data(), name.size());
-    std::erase(digits, ' ');
-    extend(revoked->extensions, "certificateIssuer", "30{=" + digits + "}", true);
-    return revoked;
-}
-
-/// A list by words: entries as "+05:1", and "issuer=", "key=", "from=", "until=", "number=", "delta=",
-/// "aki=", "idp=", "algorithm=", "unknown". "_" stands for a space.
-Crl unsigned_list(const std::string &text) {
-    std::map<std::string, std::string> values = {{"issuer", "Root"},
-                                                 {"key", "0"},
-                                                 {"from", "2024-01-01"},
-                                                 {"until", "2024-12-31"},
-                                                 {"algorithm", "RSA-SHA256"}};
-    Crl crl(new_X509_CRL());
-    for (std::string word : split(text, ' ')) {
-        std::ranges::replace(word, '_', ' ');
-        const std::size_t equals = std::min(word.find('='), word.size());
-        if (word[0] != '+') values[word.substr(0, equals)] = word.substr(std::min(equals + 1, word.size()));
-        if (word[0] == '+') {
-            EXPECT_EQ(add_X509_CRL_revoked(crl.get(), entry_of(word.substr(1)).get()), 0U) << word;
-        }
-    }
-    const auto number = [&](const char *name, std::int32_t index) {
-        if (!values.contains(name)) return;
-        EXPECT_EQ(set_X509_CRL_number(crl.get(), index, number_of(values[name].c_str()).get()), 0U);
-    };
-    number("number", TLX_OID_CRL_NUMBER);
-    number("delta", TLX_OID_DELTA_CRL_INDICATOR);
-    if (values.contains("aki"))
-        extend(crl->extensions, "authorityKeyIdentifier", "30{80:" + values["aki"] + "}", false);
-    if (values.contains("idp")) extend(crl->extensions, "issuingDistributionPoint", values["idp"], true);
-    if (values.contains("unknown")) extend(crl->extensions, "1.2.3.4", "05:", true);
-    const String algorithm(text_to_OBJECT_IDENTIFIER(values["algorithm"].c_str()));
-    EXPECT_EQ(set_X509_CRL_version(crl.get(), 1), 0U);
-    EXPECT_EQ(set_X509_CRL_signature(crl.get(), algorithm.get()), 0U);
-    EXPECT_EQ(set_X509_CRL_issuer(crl.get(), name_of(values["issuer"]).get()), 0U);
-    EXPECT_EQ(set_X509_CRL_thisUpdate(crl.get(), written(values["from"]).get()), 0U);
-    if (values["until"] != "none") {
-        EXPECT_EQ(set_X509_CRL_nextUpdate(crl.get(), written(values["until"]).get()), 0U);
-    }
-    EXPECT_EQ(gen_SIG_X509_CRL(crl.get(), signing_key(static_cast<unsigned>(std::stoul(values["key"])))), 0U)
-        << text;
-    return crl;
-}
-
 Octets encoding_of(const Crl &crl) {
     return tlx_test::encoding_of(crl.get(), TLX_ENCODER(X509_CRL_to_Seq));
 }
@@ -121,7 +35,7 @@ Crl decoded_list(const Octets &der) {
 
 /// The same list as others receive it; null for "-".
 Crl list_of(const std::string &text) {
-    return text == "-" ? nullptr : decoded_list(encoding_of(unsigned_list(text)));
+    return text == "-" ? nullptr : decoded_list(encoding_of(make_crl(text)));
 }
 
 /// "05", "05 reason 1"
@@ -146,7 +60,7 @@ std::string find(const Row &row) {
     const Name issuer = row[2] == "-" ? nullptr : name_of(row[2]);
     std::string result;
     // In a list as made and in the one that comes back, an index beforehand and after a change.
-    for (const Crl &crl : {unsigned_list(row[1]), list_of(row[1])}) {
+    for (const Crl &crl : {make_crl(row[1]), list_of(row[1])}) {
         for (int times = 0; times < 2; ++times) {
             result = found([&](X509_REVOKED **out) {
                 return find_X509_CRL_revoked(crl.get(), issuer.get(), serial.get(), out);
@@ -185,7 +99,7 @@ std::string rely(const Row &row) {
 
 /// The status of a list of which an octet is another, counted from the first octet or, below 0, from the end.
 std::string altered(const Row &row) {
-    Octets octets = encoding_of(unsigned_list(row[1]));
+    Octets octets = encoding_of(make_crl(row[1]));
     const int at = std::stoi(row[2]);
     octets[static_cast<std::size_t>(at < 0 ? static_cast<int>(octets.size()) + at : at)] ^= 1;
     const Crl crl = decoded_list(octets);
@@ -210,7 +124,7 @@ TEST_F(RevocationLists, Rows) {
 
 TEST_F(RevocationLists, ComeBackAsTheyWereUntilTheyChange) {
     const LeakCheck leaks;
-    const Octets octets = encoding_of(unsigned_list("+05:1 +06 number=09"));
+    const Octets octets = encoding_of(make_crl("+05:1 +06 number=09"));
     const Crl crl = decoded_list(octets);
     const Crl copy(dup_X509_CRL(crl.get()));
     EXPECT_EQ(find_X509_CRL_revoked(copy.get(), nullptr, number_of("06").get(), nullptr), 0U);
@@ -268,7 +182,7 @@ TEST_F(RevocationLists, RefuseMissingArguments) {
 }
 
 TEST_F(RevocationLists, AllocationsMayFail) {
-    const Crl indirect = unsigned_list("+05 +06@Other +06@Root number=01 idp=30{84:FF}");
+    const Crl indirect = make_crl("+05 +06@Other +06@Root number=01 idp=30{84:FF}");
     const Octets octets = encoding_of(indirect);
     const Name other = name_of("Other");
     const Number serial = number_of("06");
@@ -310,7 +224,7 @@ TEST_F(RevocationLists, AreSearchedByThreadsAtOnce) {
 /// A table that compared all equal ones would take minutes.
 TEST_F(RevocationLists, WithEqualSerialNumbersAreSearchedAsFast) {
     const Revoked entry = entry_of("05");
-    const Crl crl = unsigned_list("");
+    const Crl crl = make_crl("");
     for (int i = 0; i < 200000; ++i)
         ASSERT_EQ(add_X509_CRL_revoked(crl.get(), entry.get()), 0U);
     EXPECT_EQ(find_X509_CRL_revoked(crl.get(), nullptr, number_of("05").get(), nullptr), 0U);

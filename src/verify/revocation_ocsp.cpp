@@ -113,12 +113,13 @@ bool ResponseJudge::has_signer(const ResponseEntry &response) const noexcept {
     return found;
 }
 
-// KeyHash ::= OCTET STRING, the SHA-1 digest of the public key
+// KeyHash ::= OCTET STRING, the SHA-1 digest of the public key; some write the key identifier
 bool ResponseJudge::is_responder(const ResponseView &response, const StoreEntry &entry) const noexcept {
     if (!response.responder_name.empty()) {
         return are_equal_names(response.responder_name, entry.view.subject);
     }
-    return is_digest(TLX_DIGEST_SHA1, entry.view.key, response.responder_key);
+    return same(response.responder_key, entry.view.subject_key) ||
+           is_digest(TLX_DIGEST_SHA1, entry.view.key, response.responder_key);
 }
 
 bool ResponseJudge::signed_by_delegate(const ResponseView &response, const StoreEntry &entry) const noexcept {
