@@ -22,10 +22,14 @@ inline Held<free_P8_PRIV_KEY_INFO> private_key(unsigned number) {
     return info;
 }
 
-/// Makes the keys of signing_key(), which are never freed, before a test counts live blocks.
+/// Makes the keys of signing_key(), which are never freed, and what their first signatures compute, before a
+/// test counts live blocks.
 inline void make_signing_keys() {
-    for (unsigned key = 0; key <= kKcdsaKey; ++key)
-        (void)signer_spec(key).make();
+    for (unsigned key = 0; key <= kKcdsaKey; ++key) {
+        CertSpec spec = signer_spec(key);
+        spec.signer = key;
+        (void)spec.make();
+    }
 }
 
 }  // namespace tlx_test
