@@ -1,5 +1,6 @@
 // Keys that cannot be read, and signatures that come later.
 #include <gtest/gtest.h>
+#include <tlxpki/ocsp_respond.h>
 
 #include <algorithm>
 
@@ -169,6 +170,22 @@ std::string run_on_external(const Row &row) {
     return run_steps(row[1], steps);
 }
 
+Octets kcdsa_signature(const Octets &octets, std::uint32_t digest) {
+    std::uint8_t r[TLX_KCDSA_MAX_LENGTH];
+    std::uint8_t s[TLX_KCDSA_MAX_LENGTH];
+    std::uint32_t r_len = 0;
+    std::uint32_t s_len = 0;
+    const Kcdsa unit(dup_KCDSA(static_cast<const KCDSA *>(signing_key(kKcdsaKey)->key)));
+    EXPECT_EQ(sign_KCDSA_data(unit.get(), digest, octets.data(), static_cast<std::uint32_t>(octets.size()), r,
+                              &r_len, s, &s_len),
+              0U);
+    std::uint8_t *der = nullptr;
+    const std::uint32_t length = encode_KCDSASignatureValue(&der, r, static_cast<std::int32_t>(r_len), s,
+                                                            static_cast<std::int32_t>(s_len));
+    const tlx::OwnedOctets<std::uint8_t> owner(der);
+    return Octets(der, der + length);
+}
+
 /// A message with signers that have no key, and the steps that give them signatures.
 std::string sign_later(const Row &row) {
     const Info info(new_P7_CONTENT_INFO());
@@ -240,19 +257,7 @@ std::string sign_later(const Row &row) {
          [&](N n) {
              Octets octets;
              EXPECT_EQ(octets_of_signer(n[0], octets), 0U);
-             std::uint8_t r[TLX_KCDSA_MAX_LENGTH];
-             std::uint8_t s[TLX_KCDSA_MAX_LENGTH];
-             std::uint32_t r_len = 0;
-             std::uint32_t s_len = 0;
-             const Kcdsa unit(dup_KCDSA(static_cast<const KCDSA *>(signing_key(kKcdsaKey)->key)));
-             EXPECT_EQ(sign_KCDSA_data(unit.get(), TLX_DIGEST_SHA256, octets.data(),
-                                       static_cast<std::uint32_t>(octets.size()), r, &r_len, s, &s_len),
-                       0U);
-             std::uint8_t *der = nullptr;
-             const std::uint32_t length = encode_KCDSASignatureValue(
-                 &der, r, static_cast<std::int32_t>(r_len), s, static_cast<std::int32_t>(s_len));
-             signature.assign(der, der + length);
-             tlx_free(der);
+             signature = kcdsa_signature(octets, TLX_DIGEST_SHA256);
              return 0U;
          }},
         // The certificate of a key.
@@ -283,6 +288,16 @@ std::string sign_later(const Row &row) {
     return run_steps(row[1], steps);
 }
 
+/// What the key elsewhere makes of what it is handed, in so many octets.
+Octets signature_of(const RSA_SIGNATURE_INPUT &input, std::uint32_t size) {
+    Elsewhere key;
+    std::uint32_t length = 128;
+    Octets signature(128);
+    EXPECT_EQ(sign_elsewhere(&key, &input, signature.data(), &length), 0U);
+    signature.resize(size);
+    return signature;
+}
+
 /// A certificate of a signature algorithm, signed by the key of a number, put under that of another.
 std::string certify_later(const Row &row) {
     const Cert cert = signer_spec(0).make();
@@ -291,13 +306,9 @@ std::string certify_later(const Row &row) {
     EXPECT_EQ(set_X509_signature(cert.get(), algorithm.get()), 0U);
     const Octets before = encode_certificate(cert.get());
     RSA_SIGNATURE_INPUT input = {};
-    Octets signature(128);
     const std::uint32_t status = get_X509_CERT_input(cert.get(), &input);
     if (status != 0) return status_text(status);
-    Elsewhere key;
-    const Unit unit(new_RSA_UNIT());
-    std::uint32_t length = 128;
-    EXPECT_EQ(sign_elsewhere(&key, &input, signature.data(), &length), 0U);
+    const Octets signature = signature_of(input, row.number(2));
     const std::uint32_t put =
         set_X509_CERT_signature(cert.get(), get_X509_SPKI(issuer.get()), signature.data(), row.number(2));
     EXPECT_EQ(encode_certificate(cert.get()) == before, put != 0);
@@ -305,10 +316,67 @@ std::string certify_later(const Row &row) {
            status_text(verify_SIG_X509_CERT(cert.get(), get_X509_SPKI(issuer.get())));
 }
 
+Held<free_X509_CRL> unsigned_list(const std::string &algorithm) {
+    Held<free_X509_CRL> crl(new_X509_CRL());
+    const Held<free_OBJECT_IDENTIFIER> id(get_OBJECT_IDENTIFIER(algorithm.c_str(), 0));
+    const Cert issuer = signer_spec(0).make();
+    EXPECT_EQ(set_X509_CRL_signature(crl.get(), id.get()), 0U);
+    EXPECT_EQ(set_X509_CRL_issuer(crl.get(), get_X509_subject(issuer.get())), 0U);
+    EXPECT_EQ(set_X509_CRL_thisUpdate(crl.get(), get_X509_notBefore(issuer.get())), 0U);
+    return crl;
+}
+
+/// A list under an algorithm, signed by the key of a number, put under that of another.
+std::string list_later(const Row &row) {
+    const Held<free_X509_CRL> crl = unsigned_list(row[1]);
+    const Cert issuer = signer_spec(row.number(3)).make();
+    RSA_SIGNATURE_INPUT input = {};
+    std::uint8_t *tbs = nullptr;
+    std::uint32_t length = 0;
+    EXPECT_EQ(get_X509_CRL_octets(crl.get(), &tbs, &length), 0U);
+    const Octets octets(tbs, tbs + length);
+    tlx_free(tbs);
+    const std::uint32_t status = get_X509_CRL_input(crl.get(), &input);
+    const Octets signature =
+        status == 0 ? signature_of(input, row.number(2)) : kcdsa_signature(octets, TLX_DIGEST_HAS160);
+    const std::uint32_t put = set_X509_CRL_sig_value(crl.get(), get_X509_SPKI(issuer.get()), signature.data(),
+                                                     static_cast<std::uint32_t>(signature.size()));
+    EXPECT_EQ(get_X509_CRL_sig_value(crl.get()) == nullptr, put != 0);
+    EXPECT_EQ(verify_SIG_X509_CRL(crl.get(), get_X509_SPKI(issuer.get())) == 0, put == 0);
+    return status_text(status) + " " + status_text(put);
+}
+
+/// Response data under a digest, signed by the key of a number, with the certificate of another.
+std::string answer_later(const Row &row) {
+    const Cert responder = signer_spec(row.number(3)).make();
+    OCSP_RESPONSE_DATA *data = nullptr;
+    EXPECT_EQ(generate_OCSP_RESPONSE_DATA(&data, responder.get(), TLX_OCSP_BY_NAME, 0, nullptr, 0), 0U);
+    Held<free_OCSP_RESPONSE_DATA> owner(data);
+    RSA_SIGNATURE_INPUT input = {};
+    const std::uint32_t status = get_OCSP_RESPONSE_DATA_input(data, row.number(1), &input);
+    const Octets signature =
+        status == 0
+            ? signature_of(input, row.number(2))
+            : kcdsa_signature(encoding_of(data, TLX_ENCODER(OCSP_RESPONSE_DATA_to_Seq)), TLX_DIGEST_HAS160);
+    BASIC_OCSP_RESPONSE *basic = nullptr;
+    const std::uint32_t put =
+        set_BASIC_OCSP_RESPONSE_signature(&basic, data, responder.get(), row.number(1), signature.data(),
+                                          static_cast<std::uint32_t>(signature.size()));
+    const Held<free_BASIC_OCSP_RESPONSE> basic_owner(basic);
+    if (put != 0) return status_text(status) + " " + status_text(put);
+    EXPECT_EQ(owner.release(), basic->tbsResponseData);
+    return status_text(status) + " " +
+           std::to_string(index_from_OBJECT_IDENTIFIER(basic->signatureAlgorithm->algorithm)) + " " +
+           std::to_string(get_X509_CERTIFICATES_count(basic->certs));
+}
+
 TEST(ExternalKey, Steps) {
     make_signing_keys();
-    expect_rows("external_key.txt",
-                {{"key", {run_on_external}}, {"later", {sign_later}}, {"certificate", {certify_later}}});
+    expect_rows("external_key.txt", {{"key", {run_on_external}},
+                                     {"later", {sign_later}},
+                                     {"certificate", {certify_later}},
+                                     {"list", {list_later}},
+                                     {"answer", {answer_later}}});
 }
 
 /// Everything that signs and decrypts with a private key does so with one that cannot be read.
@@ -399,6 +467,56 @@ TEST(ExternalKey, AllocationsMayFail) {
         EXPECT_TRUE(status == 0x463B003B || status == 0x463B0054);
         return status == 0x463B0054;
     });
+}
+
+TEST(ExternalKey, ListsMayLackMemory) {
+    make_signing_keys();
+    const Cert cert = signer_spec(0).make();
+    const Held<free_X509_CRL> crl = unsigned_list("sha256WithRSAEncryption");
+    RSA_SIGNATURE_INPUT input = {};
+    std::uint8_t *octets = nullptr;
+    std::uint32_t length = 0;
+    sweep_statuses({0x4811003B, 0x4812003B, 0x48120048}, [&] {
+        const std::uint32_t status = get_X509_CRL_octets(crl.get(), &octets, &length);
+        tlx_free(std::exchange(octets, nullptr));
+        return status != 0 ? status : get_X509_CRL_input(crl.get(), &input);
+    });
+    const Octets signature = signature_of(input, 128);
+    const auto put = [&] {
+        return set_X509_CRL_sig_value(crl.get(), get_X509_SPKI(cert.get()), signature.data(), 128);
+    };
+    ASSERT_EQ(put(), 0U);
+    sweep_statuses({0x4813003B, 0x48130054}, put);
+    expect_refuses_null(0x48110049, get_X509_CRL_octets, crl.get(), &octets, &length);
+    expect_refuses_null(0x48120049, get_X509_CRL_input, crl.get(), &input);
+    expect_refuses_null(0x48130049, set_X509_CRL_sig_value, crl.get(), get_X509_SPKI(cert.get()),
+                        signature.data(), 128);
+    EXPECT_EQ(get_X509_CRL_octets(Held<free_X509_CRL>(new_X509_CRL()).get(), &octets, &length), 0x48110049U);
+}
+
+TEST(ExternalKey, AnswersMayLackMemory) {
+    make_signing_keys();
+    const Cert cert = signer_spec(0).make();
+    OCSP_RESPONSE_DATA *made = nullptr;
+    ASSERT_EQ(generate_OCSP_RESPONSE_DATA(&made, cert.get(), TLX_OCSP_BY_NAME, 0, nullptr, 0), 0U);
+    const Held<free_OCSP_RESPONSE_DATA> data(made);
+    RSA_SIGNATURE_INPUT input = {};
+    sweep_statuses({0x50140103, 0x502F003C},
+                   [&] { return get_OCSP_RESPONSE_DATA_input(made, TLX_DIGEST_SHA256, &input); });
+    const Octets signature = signature_of(input, 128);
+    BASIC_OCSP_RESPONSE *basic = nullptr;
+    sweep_statuses({0x50140103, 0x5030003C, 0x50300054}, [&] {
+        Held<free_OCSP_RESPONSE_DATA> copy(dup_OCSP_RESPONSE_DATA(made));
+        if (copy == nullptr) return 0x5030003CU;
+        const std::uint32_t status = set_BASIC_OCSP_RESPONSE_signature(
+            &basic, copy.get(), cert.get(), TLX_DIGEST_SHA256, signature.data(), 128);
+        if (status == 0) static_cast<void>(copy.release());
+        free_BASIC_OCSP_RESPONSE(std::exchange(basic, nullptr));
+        return status;
+    });
+    expect_refuses_null(0x502F0049, get_OCSP_RESPONSE_DATA_input, made, TLX_DIGEST_SHA256, &input);
+    expect_refuses_null(0x50300049, set_BASIC_OCSP_RESPONSE_signature, &basic, made, cert.get(),
+                        TLX_DIGEST_SHA256, signature.data(), 128);
 }
 
 }  // namespace

@@ -123,8 +123,17 @@ TEST(OcspPeer, AnswersOfOpenssl) {
     }
 }
 
-/// Answers what a request asks, as a responder does.
-Response respond(const OCSP_REQUEST *request) {
+/// What openssl signs of the data with the responder's key.
+Octets signed_by_openssl(const OCSP_RESPONSE_DATA *data) {
+    write_record("data.der", data, TLX_ENCODER(OCSP_RESPONSE_DATA_to_Seq));
+    const CommandFolder &folder = Authority::instance().folder();
+    folder.run("openssl dgst -sha256 -sign responder.key -out data.sig data.der");
+    const std::string signature = folder.read("data.sig");
+    return Octets(signature.begin(), signature.end());
+}
+
+/// Answers what a request asks, as a responder does; with the key at hand, or elsewhere.
+Response respond(const OCSP_REQUEST *request, bool elsewhere) {
     const Authority &authority = Authority::instance();
     const OwnedCert ca = authority.cert("ca"), bad = authority.cert("bad"),
                     responder = authority.cert("responder");
@@ -150,8 +159,16 @@ Response respond(const OCSP_REQUEST *request) {
     BASIC_OCSP_RESPONSE *basic = nullptr;
     OCSP_RESPONSE_BYTES *bytes = nullptr;
     OCSP_RESPONSE *response = nullptr;
-    EXPECT_EQ(generate_BASIC_OCSP_RESPONSE_ex(&basic, data, responder.get(), key.get(), TLX_DIGEST_SHA256),
-              0U);
+    if (elsewhere) {
+        const Octets signature = signed_by_openssl(data);
+        EXPECT_EQ(
+            set_BASIC_OCSP_RESPONSE_signature(&basic, data, responder.get(), TLX_DIGEST_SHA256,
+                                              signature.data(), static_cast<std::uint32_t>(signature.size())),
+            0U);
+    } else {
+        EXPECT_EQ(
+            generate_BASIC_OCSP_RESPONSE_ex(&basic, data, responder.get(), key.get(), TLX_DIGEST_SHA256), 0U);
+    }
     EXPECT_EQ(generate_OCSP_RESPONSE_BYTES(&bytes, basic), 0U);
     EXPECT_EQ(generate_OCSP_RESPONSE(&response, bytes, TLX_OCSP_SUCCESSFUL), 0U);
     free_BASIC_OCSP_RESPONSE(basic);
@@ -164,19 +181,21 @@ TEST(OcspPeer, OpensslTakesOurAnswers) {
     folder.run("openssl ocsp " + asked + "-reqout theirs.der");
     const Request request = read_record<free_OCSP_REQUEST>("theirs.der", Seq_to_OCSP_REQUEST);
     EXPECT_EQ(get_OCSP_REQUEST_nonce_length(request.get()), 18U) << "an OCTET STRING of 16 octets";
-    write_record("ours.der", respond(request.get()).get(), TLX_ENCODER(OCSP_RESPONSE_to_Seq));
-    const std::string said =
-        folder.run("openssl ocsp -no_nonce -reqin theirs.der -respin ours.der -CAfile ca.pem " + asked);
-    for (const char *line : {"Response verify OK", "good.pem: good", "bad.pem: revoked"})
-        EXPECT_NE(said.find(line), said.npos) << said;
-    EXPECT_EQ(said.find("once"), said.npos) << said;
+    for (const bool elsewhere : {false, true}) {
+        write_record("ours.der", respond(request.get(), elsewhere).get(), TLX_ENCODER(OCSP_RESPONSE_to_Seq));
+        const std::string said =
+            folder.run("openssl ocsp -no_nonce -reqin theirs.der -respin ours.der -CAfile ca.pem " + asked);
+        for (const char *line : {"Response verify OK", "good.pem: good", "bad.pem: revoked"})
+            EXPECT_NE(said.find(line), said.npos) << said;
+        EXPECT_EQ(said.find("once"), said.npos) << said;
+    }
 }
 
 TEST(OcspPeer, OcsptoolTakesOurAnswers) {
     const CommandFolder &folder = Authority::instance().folder();
     folder.run("ocsptool -q --load-issuer ca.pem --load-cert good.pem --outfile theirs2.der");
     const Request request = read_record<free_OCSP_REQUEST>("theirs2.der", Seq_to_OCSP_REQUEST);
-    write_record("ours2.der", respond(request.get()).get(), TLX_ENCODER(OCSP_RESPONSE_to_Seq));
+    write_record("ours2.der", respond(request.get(), false).get(), TLX_ENCODER(OCSP_RESPONSE_to_Seq));
     const std::string said = folder.run("ocsptool -e --load-trust ca.pem --load-response ours2.der");
     EXPECT_NE(said.find("Success"), said.npos) << said;
     const Request ours = request_for(Authority::instance().cert("good").get(),

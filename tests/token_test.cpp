@@ -9,6 +9,7 @@
 #include "support/command.hpp"
 #include "support/rows.hpp"
 #include "support/signers.hpp"
+#include "support/threads.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
@@ -75,6 +76,16 @@ std::vector<FakeToken::Object> objects_of_token() {
             careful, lost,      with_numbers(object_of(CKO_PUBLIC_KEY, "", {3}))};
 }
 
+/// Makes the module serve a token.
+void put_in_slot(FakeToken &token) {
+    char address[32];
+    std::snprintf(address, sizeof address, "%llx",
+                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(&token)));
+    set_variable("TLX_FAKE_TOKEN", address);
+    token.functions.version.major = 2;
+    token.objects = objects_of_token();
+}
+
 std::uint32_t ask_pin(void *context, char *pin, std::uint32_t *length) {
     const auto *text = static_cast<const std::string *>(context);
     EXPECT_EQ(*length, 256U);
@@ -93,14 +104,7 @@ constexpr const char *kFunctions[] = {"C_GetFunctionList",   "C_Initialize",    
 /// Steps with the token in memory.
 class Script {
   public:
-    Script() {
-        char address[32];
-        std::snprintf(address, sizeof address, "%llx",
-                      static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(&token_)));
-        set_variable("TLX_FAKE_TOKEN", address);
-        token_.functions.version.major = 2;
-        token_.objects = objects_of_token();
-    }
+    Script() { put_in_slot(token_); }
     std::string run(const std::string &text) { return run_steps(text, steps_); }
 
   private:
@@ -166,7 +170,7 @@ class Script {
     }
 
     FakeToken token_;
-    Module module_;
+    Module module_, again_;
     Session session_;
     Objects objects_;
     TokenKey key_;
@@ -196,6 +200,14 @@ class Script {
         {"longer", [this](N n) { return token_.output_beside = n[0], 0U; }},
         {"open", [this](N) { return open(); }},
         {"close", [this](N) { return module_.reset(), 0U; }},
+        {"open-again",
+         [this](N) {
+             TOKEN_MODULE *made = nullptr;
+             const std::uint32_t status = open_TOKEN_MODULE(TLX_FAKE_MODULE, &made);
+             again_.reset(made);
+             return status;
+         }},
+        {"close-again", [this](N) { return again_.reset(), 0U; }},
         {"list",
          [this](N) {
              TOKEN_INFO *tokens = nullptr;
@@ -277,12 +289,7 @@ TEST(Token, Steps) {
 TEST(Token, AllocationsMayFail) {
     make_signing_keys();
     FakeToken token;
-    char address[32];
-    std::snprintf(address, sizeof address, "%llx",
-                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(&token)));
-    set_variable("TLX_FAKE_TOKEN", address);
-    token.functions.version.major = 2;
-    token.objects = objects_of_token();
+    put_in_slot(token);
     const Statuses no_memory = {
         0x4917003C, 0x4918003C, 0x4919003C, 0x491C003C, 0x491D003C, 0x491E003C, 0x491E0047,
 #ifdef _WIN32
@@ -311,6 +318,24 @@ TEST(Token, AllocationsMayFail) {
     });
     EXPECT_EQ(std::ranges::count(token.calls, "C_OpenSession 7"),
               std::ranges::count(token.calls, "C_CloseSession 107"));
+}
+
+/// However threads take turns, a module is initialised as often as it is finalised.
+TEST(Token, ModulesAreOpenedByThreadsAtOnce) {
+    FakeToken token;
+    put_in_slot(token);
+    EXPECT_EQ(successes_on_threads(8,
+                                   [] {
+                                       bool good = true;
+                                       for (int i = 0; i < 50; ++i) {
+                                           TOKEN_MODULE *module = nullptr;
+                                           good = open_TOKEN_MODULE(TLX_FAKE_MODULE, &module) == 0 && good;
+                                           close_TOKEN_MODULE(module);
+                                       }
+                                       return good;
+                                   }),
+              8U);
+    EXPECT_EQ(std::ranges::count(token.calls, "C_Initialize"), std::ranges::count(token.calls, "C_Finalize"));
 }
 
 #ifndef _WIN32

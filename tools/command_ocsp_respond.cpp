@@ -4,11 +4,11 @@
 #include "choice.hpp"
 #include "commands.hpp"
 #include "failure.hpp"
-#include "key_file.hpp"
 #include "ocsp.hpp"
 #include "output.hpp"
 #include "revocation.hpp"
 #include "status.hpp"
+#include "token.hpp"
 
 namespace tool {
 
@@ -113,14 +113,17 @@ struct Updates {
 class Responder {
   public:
     explicit Responder(const OcspRespondOptions &options)
-        : issuer_(std::move(load_certificates(options.issuer).front().cert)),
-          cert_(std::move(load_certificates(options.responder).front().cert)),
+        : tokens_(options.pin_file),
+          issuer_(std::move(load_certificates(options.issuer).front().cert)),
+          cert_(load_certificate(options.responder, tokens_).cert),
+          key_(made<KeyInfo>(new_P8_PRIV_KEY_INFO())),
           statuses_(options, issuer_.get()),
           digest_(value_of(kDigests, options.digest)),
           days_(options.days),
           by_key_(options.by_key) {
         Password password(options.password_file);
-        key_ = std::move(load_key(options.key, password).info);
+        const Key key = load_private_key(options.key, password, tokens_, KeyUse::kSign);
+        must(set_PRIV_KEY_KeyParams(key_.get(), key.get()));
     }
 
     /// A response about every certificate that the request asks for; one of another CA is unknown.
@@ -175,6 +178,7 @@ class Responder {
         return OcspResponse(response);
     }
 
+    Tokens tokens_;
     Certificate issuer_;
     Certificate cert_;
     KeyInfo key_;

@@ -76,9 +76,12 @@ Json describe_object(Tokens &tokens, const TokenUri &uri, const TOKEN_OBJECT &ob
     return json;
 }
 
-void print_all(const TokenOptions &options, const std::string &source, const char *name, Json &&items) {
-    if (options.json) return print_json(std::cout, {{"source", source}, {name, std::move(items)}});
-    std::cout << printable(source) << ": " << items.size() << ' ' << name << '\n';
+/// Prints things of a name in the singular.
+void print_all(const TokenOptions &options, const std::string &source, const std::string &name,
+               Json &&items) {
+    if (options.json) return print_json(std::cout, {{"source", source}, {name + "s", std::move(items)}});
+    std::cout << printable(source) << ": " << items.size() << ' ' << name << (items.size() == 1 ? "" : "s")
+              << '\n';
     for (const Json &item : items) {
         print_text(std::cout, item, 2);
         std::cout << '\n';
@@ -108,7 +111,7 @@ int run_token_slots(const TokenOptions &options) {
     for (const TOKEN_INFO &token : tokens.list(options.name)) {
         items.push_back(describe_token(token, options.name));
     }
-    print_all(options, options.name, "tokens", std::move(items));
+    print_all(options, options.name, "token", std::move(items));
     return kGood;
 }
 
@@ -121,7 +124,7 @@ int run_token_objects(const TokenOptions &options) {
         items.push_back(
             describe_object(tokens, uri, *get_TOKEN_OBJECTS_child(objects.get(), static_cast<int32_t>(i))));
     }
-    print_all(options, uri.source, "objects", std::move(items));
+    print_all(options, uri.source, "object", std::move(items));
     return kGood;
 }
 

@@ -206,6 +206,7 @@ struct OcspRespondOptions {
     std::string responder;
     std::string key;
     std::string password_file;
+    std::string pin_file;
     std::string table;  ///< this or the list
     std::string crl;
     std::string digest = "sha256";

@@ -37,7 +37,8 @@ void add_ocsp_respond(CLI::App *ocsp, CommandLine &line) {
         "a\n"
         "comment. SERIAL is hexadecimal, REASON as in keyCompromise, TIME as for verify. Certificates that "
         "the\n"
-        "table lacks, and those of other CAs, are unknown. No signature of a request is checked.\n\n"
+        "table lacks, and those of other CAs, are unknown. No signature of a request is checked.\n"
+        "--responder and --key may be the URI of a token (pkcs11:...?module-path=...).\n\n"
         "Example: tlxpki ocsp respond --issuer ca.pem --responder ocsp.pem --key ocsp.key --crl list.crl \\\n"
         "             -o response.der request.der");
     add_file(command, "--issuer", options.issuer, "Certificate of the CA")->required();
@@ -57,6 +58,7 @@ void add_ocsp_respond(CLI::App *ocsp, CommandLine &line) {
     add_choice(command, "--digest", options.digest, {"sha256", "sha384", "sha512", "sha224", "sha1"},
                "The digest of an RSA signature (default sha256)");
     add_password_file(command, options.password_file);
+    add_pin_file(command, options.pin_file);
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the response goes; by default standard output");
     add_operand(command, "REQUEST", options.request, "The request");

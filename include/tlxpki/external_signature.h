@@ -1,10 +1,11 @@
 /** @file
  * Signatures that are made elsewhere and come later: on a phone, by a remote service, by a colleague.
  *
- * A message or a certificate is prepared, what is to be signed is handed out, and the signature is put back
- * when it has come. Between the two steps the caller keeps the record: a signer without a signature cannot be
- * written. A signature is verified before it is put back. A key that is at hand but cannot be read needs none
- * of this (<tlxcrypto/rsa_external.h>).
+ * A message, a certificate or a revocation list is prepared, what is to be signed is handed out, and the
+ * signature is put back when it has come; <tlxpki/ocsp_respond.h> does so for answers of OCSP. Between the
+ * two steps the caller keeps the record: a signer without a signature cannot be written. A signature is
+ * verified before it is put back. A key that is at hand but cannot be read needs none of this
+ * (<tlxcrypto/rsa_external.h>).
  *
  * Two forms of the same are handed out, and a signing service takes one of them: the octets that are to be
  * digested and signed, or their digest as RSA_SIGNATURE_INPUT, which has the DigestInfo too.
@@ -17,6 +18,7 @@
 
 #include <tlxcrypto/rsa_external.h>
 #include <tlxpki/pkcs7_types.h>
+#include <tlxpki/x509_crl.h>
 #include <tlxpki/x509_types.h>
 
 TLX_BEGIN_DECLS
@@ -89,6 +91,37 @@ TLXPKI_API uint32_t get_X509_CERT_input(const X509_CERT *cert, RSA_SIGNATURE_INP
  */
 TLXPKI_API uint32_t set_X509_CERT_signature(X509_CERT *cert, const X509_PUBKEY *issuer_key,
                                             const uint8_t *signature, uint32_t len);
+
+/* ---- Revocation lists ---- */
+
+/**
+ * Hands out the octets that the issuer of a list signs: its to-be-signed part.
+ * @param crl    needs what gen_SIG_X509_CRL() needs
+ * @param octets receives the octets, freed with tlx_free()
+ * @param len    receives their number
+ * @return 0; 0x48110049 for a null argument and a list without an algorithm; 0x48110103 when the list cannot
+ * be encoded; 0x4811003B when memory runs out
+ */
+TLXPKI_API uint32_t get_X509_CRL_octets(const X509_CRL *crl, uint8_t **octets, uint32_t *len);
+
+/**
+ * Hands out the digest that the issuer of a list signs with RSA.
+ * @param input receives the digest of the octets of get_X509_CRL_octets(), and how it is signed
+ * @return 0; 0x48120049 for a null argument and a list without an algorithm; 0x48120048 for an algorithm that
+ * is unknown or not RSA; 0x48120103 when the list cannot be encoded; 0x4812003B when memory runs out
+ */
+TLXPKI_API uint32_t get_X509_CRL_input(const X509_CRL *crl, RSA_SIGNATURE_INPUT *input);
+
+/**
+ * Puts its signature into a list. The outer signature algorithm becomes a copy of the inner one.
+ * @param issuer_key the key that the signature is verified with
+ * @param signature  the octets of an RSA signature, or the DER of a KCDSASignatureValue; copied
+ * @return 0; 0x48130049 for a null argument, a length of 0, a list without an algorithm and a key that was
+ * not decoded; 0x48130103 when the list cannot be encoded; 0x4813003B when memory runs out; 0x48130054 when
+ * the signature does not verify with the key
+ */
+TLXPKI_API uint32_t set_X509_CRL_sig_value(X509_CRL *crl, const X509_PUBKEY *issuer_key,
+                                           const uint8_t *signature, uint32_t len);
 
 TLX_END_DECLS
 

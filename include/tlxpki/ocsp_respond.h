@@ -17,6 +17,7 @@
 #define TLXPKI_OCSP_RESPOND_H
 
 #include <tlxcrypto/digest.h>
+#include <tlxcrypto/rsa_external.h>
 #include <tlxpki/ocsp_types.h>
 #include <tlxpki/pkcs8.h>
 
@@ -83,6 +84,34 @@ TLXPKI_API uint32_t generate_BASIC_OCSP_RESPONSE_ex(BASIC_OCSP_RESPONSE **basic,
 /** generate_BASIC_OCSP_RESPONSE_ex() with TLX_DIGEST_SHA1. */
 TLXPKI_API uint32_t generate_BASIC_OCSP_RESPONSE(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data,
                                                  const X509_CERT *responder, const P8_PRIV_KEY_INFO *key);
+
+/**
+ * Hands out the digest that a responder signs with RSA whose key is elsewhere: with a remote service, with a
+ * colleague. The octets that are digested are those of OCSP_RESPONSE_DATA_to_Seq(). A key that is at hand but
+ * cannot be read needs none of this (<tlxcrypto/rsa_external.h>).
+ * @param digestId as for generate_BASIC_OCSP_RESPONSE_ex()
+ * @param input    receives the digest, and how it is signed
+ * @return 0; 0x502F0049 for a null argument; 0x502F002B for another digest; a status of
+ * OCSP_RESPONSE_DATA_to_Seq(); 0x502F003C when memory runs out
+ */
+TLXPKI_API uint32_t get_OCSP_RESPONSE_DATA_input(const OCSP_RESPONSE_DATA *data, uint32_t digestId,
+                                                 RSA_SIGNATURE_INPUT *input);
+
+/**
+ * Puts the signature of a key elsewhere over the data, and does otherwise what
+ * generate_BASIC_OCSP_RESPONSE_ex() does.
+ * @param responder the responder's certificate, with whose key the signature is verified
+ * @param digestId  what the data were signed with; ignored for a KCDSA key
+ * @param signature the octets of an RSA signature, or the DER of a KCDSASignatureValue; copied
+ * @param len       its octets
+ * @return 0; 0x50300049 for a null argument and a length of 0; 0x5030002B for a key of another kind and
+ * another digest; a status of OCSP_RESPONSE_DATA_to_Seq(); 0x50300054 when the signature does not verify;
+ * 0x5030003C when memory runs out. On failure data that the response does not hold stay the caller's, and his
+ * response is unchanged
+ */
+TLXPKI_API uint32_t set_BASIC_OCSP_RESPONSE_signature(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data,
+                                                      const X509_CERT *responder, uint32_t digestId,
+                                                      const uint8_t *signature, uint32_t len);
 
 /**
  * Wraps a basic response.

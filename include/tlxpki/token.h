@@ -71,15 +71,17 @@ typedef struct TOKEN_OBJECT {
 } TOKEN_OBJECT;
 
 /**
- * Loads a module and initialises it. A program that has the module initialised already keeps it so: closing
- * does not finalise it then.
+ * Loads a module and initialises it. A module that is open is opened once more: it is the same handle, which
+ * is closed as often as it was opened. A program that has the module initialised by other means keeps it so:
+ * closing does not finalise it then.
  * @param path as _load_pkcs11_module() takes it
  * @return 0; 0x49170049 for a null argument; 0x49170047 for a file that cannot be loaded or does not export
  * C_GetFunctionList, and on Windows for want of memory for its path; 0x49170048 for a module of a version
  * other than 2 and 3; 0x4917003C when memory runs out; 0x4920.... by the module
  */
 TLXPKI_API uint32_t open_TOKEN_MODULE(const char *path, TOKEN_MODULE **out);
-/** Finalises and unloads a module, when its last session is closed. Ignores null. */
+/** Finalises and unloads a module, when it was closed as often as opened and its last session is closed.
+ * Ignores null. */
 TLXPKI_API void close_TOKEN_MODULE(TOKEN_MODULE *module);
 
 /**

@@ -4,6 +4,7 @@
 #include "crypto/wide_text.hpp"
 #else
 #include <dlfcn.h>
+#include <pthread.h>
 #endif
 
 namespace tlx {
@@ -26,6 +27,18 @@ void unload_module(void *module) noexcept {
     FreeLibrary(static_cast<HMODULE>(module));
 }
 
+namespace {
+constinit SRWLOCK g_lock = SRWLOCK_INIT;
+}
+
+ModulesLock::ModulesLock() noexcept {
+    AcquireSRWLockExclusive(&g_lock);
+}
+
+ModulesLock::~ModulesLock() {
+    ReleaseSRWLockExclusive(&g_lock);
+}
+
 #else
 
 void *load_module(const char *path) noexcept {
@@ -39,6 +52,18 @@ void *module_function(void *module, const char *name) noexcept {
 
 void unload_module(void *module) noexcept {
     dlclose(module);
+}
+
+namespace {
+constinit pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
+}
+
+ModulesLock::ModulesLock() noexcept {
+    static_cast<void>(pthread_mutex_lock(&g_lock));
+}
+
+ModulesLock::~ModulesLock() {
+    static_cast<void>(pthread_mutex_unlock(&g_lock));
 }
 
 #endif

@@ -1,4 +1,4 @@
-// The dynamic loader of the operating system. The only file of this library that may call it.
+// The dynamic loader of the operating system, and a lock. The only file of this library that may call them.
 #pragma once
 
 namespace tlx {
@@ -10,5 +10,14 @@ void *load_module(const char *path) noexcept;
 void *module_function(void *module, const char *name) noexcept;
 
 void unload_module(void *module) noexcept;
+
+/// Keeps all other threads from opening and closing modules, for as long as it lives.
+class ModulesLock {
+  public:
+    ModulesLock() noexcept;
+    ~ModulesLock();
+    ModulesLock(const ModulesLock &) = delete;
+    ModulesLock &operator=(const ModulesLock &) = delete;
+};
 
 }  // namespace tlx

@@ -11,9 +11,10 @@
 #include "der/memory.hpp"
 #include "der/types.hpp"
 
-/// A module. Its sessions count as users of it.
+/// A module. Whoever opened it and its sessions count as users of it.
 struct TOKEN_MODULE {
     void *library = nullptr;
+    TOKEN_MODULE *next = nullptr;  ///< of the open modules
     CK_FUNCTION_LIST_PTR functions = nullptr;
     bool finalizes = false;  ///< it was not initialised by somebody else
     std::atomic<tlx::u32> users = 1;

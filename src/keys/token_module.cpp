@@ -36,7 +36,48 @@ u32 initialize(TOKEN_MODULE &module) noexcept {
     return result == CKR_CRYPTOKI_ALREADY_INITIALIZED ? 0 : status_of(result);
 }
 
+/// The open modules, which ModulesLock guards. A library may be initialised and finalised once alone, however
+/// often it is opened.
+constinit TOKEN_MODULE *g_modules = nullptr;
+
+TOKEN_MODULE *find_open(const void *library) noexcept {
+    TOKEN_MODULE *module = g_modules;
+    while (module != nullptr && module->library != library) {
+        module = module->next;
+    }
+    return module;
+}
+
+/// Opens a library that is not open. On failure it stays the caller's.
+u32 open_library(void *library, TOKEN_MODULE *&out) noexcept {
+    void *memory = TLX_ALLOCATE(sizeof(TOKEN_MODULE));
+    if (memory == nullptr) return 0x4917003C;
+    auto *module = new (memory) TOKEN_MODULE;
+    module->library = library;
+    u32 status = find_functions(*module);
+    if (status == 0) status = initialize(*module);
+    if (status != 0) {
+        tlx_free(module);
+        return status;
+    }
+    module->next = std::exchange(g_modules, module);
+    out = module;
+    return 0;
+}
+
+/// Adds a user. Whoever had initialised the library may have finalised it meanwhile.
+u32 open_again(TOKEN_MODULE &module) noexcept {
+    const u32 status = module.finalizes ? 0 : initialize(module);
+    if (status == 0) module.users.fetch_add(1, std::memory_order_relaxed);
+    return status;
+}
+
 void free_module(TOKEN_MODULE *module) noexcept {
+    TOKEN_MODULE **link = &g_modules;
+    while (*link != module) {
+        link = &(*link)->next;
+    }
+    *link = module->next;
     if (module->finalizes) {
         static_cast<void>(call<&CK_FUNCTION_LIST::C_Finalize>(*module, static_cast<CK_VOID_PTR>(nullptr)));
     }
@@ -108,23 +149,22 @@ u32 find_slot(TOKEN_MODULE *module, const char *label, u64 &slot) noexcept {
 
 uint32_t open_TOKEN_MODULE(const char *path, TOKEN_MODULE **out) {
     if (path == nullptr || out == nullptr) return 0x49170049;
-    void *memory = TLX_ALLOCATE(sizeof(TOKEN_MODULE));
-    if (memory == nullptr) return 0x4917003C;
-    auto *module = new (memory) TOKEN_MODULE;
-    module->library = load_module(path);
-    u32 status = module->library == nullptr ? 0x49170047 : find_functions(*module);
-    if (status == 0) status = initialize(*module);
-    if (status == 0) {
-        *out = module;
-        return 0;
-    }
-    if (module->library != nullptr) unload_module(module->library);
-    tlx_free(module);
+    const ModulesLock lock;
+    void *library = load_module(path);
+    if (library == nullptr) return 0x49170047;
+    TOKEN_MODULE *module = find_open(library);
+    const bool is_open = module != nullptr;
+    const u32 status = is_open ? open_again(*module) : open_library(library, module);
+    // The system counts how often a library is loaded.
+    if (is_open || status != 0) unload_module(library);
+    if (status == 0) *out = module;
     return status;
 }
 
 void close_TOKEN_MODULE(TOKEN_MODULE *module) {
-    if (module != nullptr && module->users.fetch_sub(1, std::memory_order_acq_rel) == 1) free_module(module);
+    if (module == nullptr) return;
+    const ModulesLock lock;
+    if (module->users.fetch_sub(1, std::memory_order_acq_rel) == 1) free_module(module);
 }
 
 uint32_t list_TOKENS(TOKEN_MODULE *module, TOKEN_INFO **tokens, uint32_t *count) {

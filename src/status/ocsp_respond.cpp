@@ -92,11 +92,25 @@ Owned<OCSP_SINGLE_RESPONSE> make_single(const OCSP_CERT_ID *id, u32 status, cons
     return made ? std::move(single) : nullptr;
 }
 
-/// Signs the data and makes them the response's. On failure the response is unchanged.
+/// Makes the data and their signature the response's. False when memory runs out; the response is unchanged
+/// then.
+bool complete(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data, const X509_CERT *responder,
+              MadeSignature &made) noexcept {
+    OutRecord<BASIC_OCSP_RESPONSE> out(basic, new_BASIC_OCSP_RESPONSE);
+    Owned<X509_CERT> copy(dup_X509_CERT(responder));
+    if (!out || !append_owned(out->certs, copy)) return false;
+    if (out->tbsResponseData != data) free_OCSP_RESPONSE_DATA(out->tbsResponseData);
+    out->tbsResponseData = data;
+    forget_received(*data);
+    free_X509_ALGO_IDENTIFIER(std::exchange(out->signatureAlgorithm, made.algorithm.release()));
+    free_ASN1_STRING(std::exchange(out->signature, made.value.release()));
+    out.commit();
+    return true;
+}
+
+/// Signs the data. On failure the response is unchanged.
 u32 sign_data(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data, const X509_CERT *responder,
               const P8_PRIV_KEY_INFO &key, u32 digest_id) noexcept {
-    OutRecord<BASIC_OCSP_RESPONSE> out(basic, new_BASIC_OCSP_RESPONSE);
-    if (!out) return 0x5018003C;
     Encoder der;
     Codec<OCSP_RESPONSE_DATA>::encode(der, data);
     if (!der.ok()) return 0x50140103;
@@ -105,17 +119,29 @@ u32 sign_data(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data, const X509_
     if (const u32 status = sign_with(key, digest_id, der.bytes(), made, kStatuses); status != 0) {
         return status;
     }
-    Owned<X509_CERT> copy(dup_X509_CERT(responder));
-    if (!append_owned(out->certs, copy)) return 0x5018003C;
-    if (out->tbsResponseData != data) free_OCSP_RESPONSE_DATA(out->tbsResponseData);
-    out->tbsResponseData = data;
-    forget_received(*data);
-    free_X509_ALGO_IDENTIFIER(out->signatureAlgorithm);
-    out->signatureAlgorithm = made.algorithm.release();
-    free_ASN1_STRING(out->signature);
-    out->signature = made.value.release();
-    out.commit();
-    return 0;
+    return complete(basic, data, responder, made) ? 0 : 0x5018003C;
+}
+
+/// Takes a signature over the data, when it is one of the responder's key.
+u32 take_signature(const OCSP_RESPONSE_DATA *data, const X509_CERT *responder, u32 digest_id, Bytes octets,
+                   MadeSignature &made) noexcept {
+    const X509_PUBKEY *key = get_X509_SPKI(responder);
+    const u32 row = algorithm_row(get_X509_PUBKEY_key(key), digest_id);
+    if (row == 0) return 0x5030002B;
+    Encoder der;
+    Codec<OCSP_RESPONSE_DATA>::encode(der, data);
+    if (!der.ok()) return 0x50140103;
+    made.algorithm = algorithm_with_null(row);
+    made.value.reset(new_string(TLX_TAG_BIT_STRING, octets));
+    if (!made.algorithm || !made.value) return 0x5030003C;
+    switch (verify_with(made.algorithm->algorithm, made.value.get(), der.bytes(), key)) {
+        case SignatureResult::good:
+            return 0;
+        case SignatureResult::no_memory:
+            return 0x5030003C;
+        default:
+            return 0x50300054;
+    }
 }
 
 }  // namespace
@@ -178,6 +204,30 @@ uint32_t generate_BASIC_OCSP_RESPONSE_ex(BASIC_OCSP_RESPONSE **basic, OCSP_RESPO
 uint32_t generate_BASIC_OCSP_RESPONSE(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data,
                                       const X509_CERT *responder, const P8_PRIV_KEY_INFO *key) {
     return generate_BASIC_OCSP_RESPONSE_ex(basic, data, responder, key, TLX_DIGEST_SHA1);
+}
+
+uint32_t get_OCSP_RESPONSE_DATA_input(const OCSP_RESPONSE_DATA *data, uint32_t digestId,
+                                      RSA_SIGNATURE_INPUT *input) {
+    if (data == nullptr || input == nullptr) return 0x502F0049;
+    if (rsa_algorithm_row(digestId) == 0) return 0x502F002B;
+    Encoder der;
+    Codec<OCSP_RESPONSE_DATA>::encode(der, data);
+    if (!der.ok()) return 0x50140103;
+    const u32 status = get_RSA_SIGNATURE_INPUT(nullptr, digestId, TLX_RSA_MODE_PKCS1, der.bytes().data(),
+                                               static_cast<u32>(der.bytes().size()), input);
+    return status == 0 ? 0 : 0x502F003C;
+}
+
+uint32_t set_BASIC_OCSP_RESPONSE_signature(BASIC_OCSP_RESPONSE **basic, OCSP_RESPONSE_DATA *data,
+                                           const X509_CERT *responder, uint32_t digestId,
+                                           const uint8_t *signature, uint32_t len) {
+    if (basic == nullptr || data == nullptr || responder == nullptr || signature == nullptr || len == 0) {
+        return 0x50300049;
+    }
+    MadeSignature made;
+    const u32 status = take_signature(data, responder, digestId, {signature, len}, made);
+    if (status != 0) return status;
+    return complete(basic, data, responder, made) ? 0 : 0x5030003C;
 }
 
 uint32_t generate_OCSP_RESPONSE_BYTES(OCSP_RESPONSE_BYTES **bytes, const BASIC_OCSP_RESPONSE *basic) {

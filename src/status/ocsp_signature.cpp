@@ -19,15 +19,6 @@ constexpr RsaAlgorithm kRsaAlgorithms[] = {
     {TLX_DIGEST_SHA512, oid::kSha512WithRsa}, {TLX_DIGEST_MD5, oid::kMd5WithRsa},
 };
 
-/// The row of a key's signature algorithm; 0 when there is none.
-u32 algorithm_row(const ASYMMETRIC_KEY *key, u32 digest_id) noexcept {
-    if (key == nullptr || key->key == nullptr) return 0;
-    if (key->kind == TLX_KEY_KCDSA) return oid::kKcdsaWithHas160;
-    if (key->kind != TLX_KEY_RSA) return 0;
-    const auto *found = std::ranges::find(kRsaAlgorithms, digest_id, &RsaAlgorithm::digest_id);
-    return found == std::end(kRsaAlgorithms) ? 0 : found->row;
-}
-
 /// Whether an algorithm is one of the key's, and known.
 bool fits(const SignatureScheme &scheme, u32 kind) noexcept {
     constexpr u32 kRsaPkcs1 = 0x20000001;
@@ -37,6 +28,17 @@ bool fits(const SignatureScheme &scheme, u32 kind) noexcept {
 }
 
 }  // namespace
+
+u32 rsa_algorithm_row(u32 digest_id) noexcept {
+    const auto *found = std::ranges::find(kRsaAlgorithms, digest_id, &RsaAlgorithm::digest_id);
+    return found == std::end(kRsaAlgorithms) ? 0 : found->row;
+}
+
+u32 algorithm_row(const ASYMMETRIC_KEY *key, u32 digest_id) noexcept {
+    if (key == nullptr || key->key == nullptr) return 0;
+    if (key->kind == TLX_KEY_KCDSA) return oid::kKcdsaWithHas160;
+    return key->kind == TLX_KEY_RSA ? rsa_algorithm_row(digest_id) : 0;
+}
 
 SignatureResult verify_with(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value, Bytes octets,
                             const X509_PUBKEY *key) noexcept {

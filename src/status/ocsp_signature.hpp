@@ -19,6 +19,11 @@ struct MadeSignature {
     Owned<BIT_STRING> value;
 };
 
+/// The signature algorithm of an RSA key with PKCS #1 v1.5 and a digest; 0 when there is none.
+[[nodiscard]] u32 rsa_algorithm_row(u32 digest_id) noexcept;
+/// The signature algorithm of a key: for KCDSA it has HAS-160, whatever the digest. 0 when there is none.
+[[nodiscard]] u32 algorithm_row(const ASYMMETRIC_KEY *key, u32 digest_id) noexcept;
+
 /// Signs octets with an RSA key and PKCS #1 v1.5, or with a KCDSA key and HAS-160 whatever the digest. 0 or
 /// one of the statuses.
 [[nodiscard]] u32 sign_with(const P8_PRIV_KEY_INFO &key, u32 digest_id, Bytes octets, MadeSignature &made,

@@ -25,6 +25,9 @@ struct TimeChoice : Choice<X509_TIME> {
 /// Writes the to-be-signed part from the members.
 void encode_crl_tbs(Encoder &out, const X509_CRL &crl) noexcept;
 
+/// Gives the list a signature under the algorithm inside its to-be-signed part. False when memory runs out.
+[[nodiscard]] bool put_signature(X509_CRL &crl, Owned<BIT_STRING> signature) noexcept;
+
 /// What was received is not the list any more.
 void forget_received(X509_CRL &crl) noexcept;
 

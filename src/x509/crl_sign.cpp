@@ -76,6 +76,15 @@ bool find_signed_octets(const X509_CRL &crl, Encoder &written, Bytes &octets) no
 
 }  // namespace
 
+bool tlx::put_signature(X509_CRL &crl, Owned<BIT_STRING> signature) noexcept {
+    Owned<OBJECT_IDENTIFIER> algorithm(dup_OBJECT_IDENTIFIER(crl.signature));
+    if (!algorithm) return false;
+    free_OBJECT_IDENTIFIER(std::exchange(crl.signatureAlgorithm, algorithm.release()));
+    free_BIT_STRING(std::exchange(crl.signatureValue, signature.release()));
+    forget_received(crl);
+    return true;
+}
+
 uint32_t gen_SIG_X509_CRL(X509_CRL *crl, const ASYMMETRIC_KEY *private_key) {
     if (crl == nullptr || crl->signature == nullptr || private_key == nullptr ||
         private_key->key == nullptr) {
@@ -85,17 +94,10 @@ uint32_t gen_SIG_X509_CRL(X509_CRL *crl, const ASYMMETRIC_KEY *private_key) {
     Encoder tbs;
     encode_crl_tbs(tbs, *crl);
     if (!tbs.ok()) return tbs.out_of_memory() ? 0x4807003B : 0x48070103;
-    Owned<OBJECT_IDENTIFIER> algorithm(dup_OBJECT_IDENTIFIER(crl->signature));
-    if (!algorithm) return 0x4807003B;
     BIT_STRING *signature = nullptr;
     const u32 status = sign_octets(tbs.bytes(), crl->signature, *private_key, kStatuses, &signature);
     if (status != 0) return status == kOtherKey ? 0x48070048 : status;
-    free_OBJECT_IDENTIFIER(crl->signatureAlgorithm);
-    crl->signatureAlgorithm = algorithm.release();
-    free_BIT_STRING(crl->signatureValue);
-    crl->signatureValue = signature;
-    forget_received(*crl);
-    return 0;
+    return put_signature(*crl, Owned<BIT_STRING>(signature)) ? 0 : 0x4807003B;
 }
 
 uint32_t verify_SIG_X509_CRL(const X509_CRL *crl, const X509_PUBKEY *issuer_key) {
