@@ -21,6 +21,7 @@ struct Free {
     void operator()(STACK *name) const { free_X509_NAME(name); }
     void operator()(RSA_UNIT *unit) const { free_RSA_UNIT(unit); }
     void operator()(ASYMMETRIC_KEY *key) const { free_ASYMMETRIC_KEY(key); }
+    void operator()(VERIFY_STORE *store) const { free_VERIFY_STORE(store); }
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
@@ -47,6 +48,8 @@ Owned<X509_CRL> build(std::uint32_t count) {
     return crl;
 }
 
+constexpr char kKeyFile[] = TLX_TEST_DATA "/keys/rsa-0.pem";
+
 void sign(X509_CRL *crl) {
     const Owned<RSA_UNIT> unit(new_RSA_UNIT());
     const Owned<ASYMMETRIC_KEY> key(new_ASYMMETRIC_KEY());
@@ -54,7 +57,7 @@ void sign(X509_CRL *crl) {
     const Owned<STACK> name(new_X509_NAME());
     const Owned<X509_TIME> time(new_X509_TIME());
     const Owned<ASN1_TIME> calendar(charToASN1_TIME("2024-02-03,04:05:06"));
-    readPKCS1_from_File(unit.get(), nullptr, 0, TLX_TEST_DATA "/keys/rsa-0.pem");
+    readPKCS1_from_File(unit.get(), nullptr, 0, kKeyFile);
     set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get());
     set_X509_TIME(time.get(), calendar.get());
     add_X509_NAME_child_OID_index(name.get(), TLX_OID_COMMON_NAME, TLX_TAG_UTF8_STRING, "CA", -1, -1);
@@ -62,6 +65,8 @@ void sign(X509_CRL *crl) {
     set_X509_CRL_signature(crl, algorithm.get());
     set_X509_CRL_issuer(crl, name.get());
     set_X509_CRL_thisUpdate(crl, time.get());
+    set_X509_TIME(time.get(), Owned<ASN1_TIME>(charToASN1_TIME("2099-02-03,04:05:06")).get());
+    set_X509_CRL_nextUpdate(crl, time.get());
     gen_SIG_X509_CRL(crl, key.get());
 }
 
@@ -195,5 +200,40 @@ void BM_Build(benchmark::State &state) {
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_Build)->Apply(sizes);
+
+std::uint32_t size_of(const Octets &octets) {
+    return static_cast<std::uint32_t>(octets.size());
+}
+
+Owned<VERIFY_STORE> make_store(std::int64_t entries) {
+    Owned<VERIFY_STORE> store(new_VERIFY_STORE());
+    const Octets ca = peer_certificate(kKeyFile, true);
+    add_VERIFY_STORE_anchor(store.get(), ca.data(), size_of(ca), 0);
+    if (entries == 0) return store;
+    const Octets &list = list_of(entries);
+    add_VERIFY_STORE_crl(store.get(), list.data(), size_of(list));
+    return store;
+}
+
+/// Reading a list into a store of the verification by RFC 5280, with the index of its entries.
+void BM_AddToStore(benchmark::State &state) {
+    static_cast<void>(list_of(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(make_store(state.range(0)));
+}
+BENCHMARK(BM_AddToStore)->Apply(sizes);
+
+/// Verifying a certificate below the anchor without a list, and with lists of any size.
+void BM_Verify(benchmark::State &state) {
+    const Owned<VERIFY_STORE> store = make_store(state.range(0));
+    const Octets user = peer_certificate(kKeyFile, false);
+    VERIFY_SETTINGS settings = {};
+    settings.profile = TLX_PROFILE_ANY;
+    settings.revocation = state.range(0) == 0 ? TLX_REVOCATION_OFF : TLX_REVOCATION_PATH;
+    for (auto _ : state)
+        require(state, verify_CERTIFICATE(store.get(), nullptr, user.data(), size_of(user), &settings,
+                                          nullptr) == 0);
+}
+BENCHMARK(BM_Verify)->Arg(0)->Arg(1000)->Arg(100000)->Arg(1000000);
 
 }  // namespace

@@ -21,5 +21,8 @@ class PeerCrl {
     void *crl_;
 };
 
+/// A certificate of "CA" for itself or, with another serial number, for "User", by the key of a file.
+Octets peer_certificate(const char *key_file, bool is_ca);
+
 /// The octets that the C library has given out.
 std::size_t allocated_octets();

@@ -1,6 +1,7 @@
 // What revocation lists say of a certificate (RFC 5280, section 6.3.3).
 #include "verify/revocation.hpp"
 #include "verify/search.hpp"
+#include "verify/strength.hpp"
 #include "verify/strict_time.hpp"
 
 namespace tlx {
@@ -27,14 +28,14 @@ class ListJudge {
     void ask_list(const PointView &point, const ListEntry &list) noexcept;
     bool is_in_scope(const PointView &point, const CrlView &list) const noexcept;
     bool matches_point(const PointView &point, const CrlView &list) const noexcept;
-    Rule check_list(const CrlView &list, Signer &signer) const noexcept;
+    Rule check_list(const ListEntry &list, Signer &signer) const noexcept;
     const ListEntry *find_delta(const ListEntry &complete, const Signer &signer) const noexcept;
     bool fits(const CrlView &delta, const CrlView &complete) const noexcept;
     bool take_entry(const ListEntry &list) noexcept;
 
-    bool find_signer(const CrlView &list, Signer &signer) const noexcept;
-    bool find_signer_outside(const CrlView &list, bool with_key_identifier, Signer &signer) const noexcept;
-    bool signed_by(const CrlView &list, const StoreEntry &entry, const PublicKey &key) const noexcept;
+    bool find_signer(const ListEntry &list, Signer &signer) const noexcept;
+    bool find_signer_outside(const ListEntry &list, bool with_key_identifier, Signer &signer) const noexcept;
+    bool signed_by(const ListEntry &list, const StoreEntry &entry, const PublicKey &key) const noexcept;
     bool has_path(const StoreEntry &entry) const noexcept;
     bool search_signer(const StoreEntry &entry) const noexcept;
     bool is_in_path(const StoreEntry &entry) const noexcept;
@@ -80,7 +81,7 @@ void ListJudge::ask_issuer(const PointView &point, Bytes issuer) noexcept {
 void ListJudge::ask_list(const PointView &point, const ListEntry &list) noexcept {
     if (list.view.is_delta || !is_in_scope(point, list.view)) return;
     Signer signer;
-    if (const Rule rule = check_list(list.view, signer); rule != Rule::kNone) {
+    if (const Rule rule = check_list(list, signer); rule != Rule::kNone) {
         return answers_.take_fault(rule);
     }
     const ListEntry *delta = find_delta(list, signer);
@@ -116,12 +117,13 @@ bool ListJudge::matches_point(const PointView &point, const CrlView &list) const
 }
 
 // (a), (f) and (g)
-Rule ListJudge::check_list(const CrlView &list, Signer &signer) const noexcept {
+Rule ListJudge::check_list(const ListEntry &list, Signer &signer) const noexcept {
+    const CrlView &view = list.view;
     const std::int64_t now = question_.settings.time;
-    if (!list.has_next_update || !is_between(now, list.this_update, list.next_update)) {
+    if (!view.has_next_update || !is_between(now, view.this_update, view.next_update)) {
         return Rule::kStatusNotFresh;
     }
-    if (list.has_unknown_critical) return Rule::kStatusCritical;
+    if (view.has_unknown_critical) return Rule::kStatusCritical;
     return find_signer(list, signer) ? Rule::kNone : Rule::kStatusSigner;
 }
 
@@ -134,7 +136,7 @@ const ListEntry *ListJudge::find_delta(const ListEntry &complete, const Signer &
         for (; list != nullptr && question_.session.take_candidate(); list = list->next_of_issuer) {
             if (!fits(list->view, base)) continue;
             if (newest != nullptr && is_at_most(list->view.number, newest->view.number)) continue;
-            if (signed_by(list->view, *signer.entry, *signer.key)) newest = list;
+            if (signed_by(*list, *signer.entry, *signer.key)) newest = list;
         }
     });
     return newest;
@@ -150,42 +152,49 @@ bool ListJudge::fits(const CrlView &delta, const CrlView &complete) const noexce
            is_between(question_.settings.time, delta.this_update, delta.next_update);
 }
 
-bool ListJudge::signed_by(const CrlView &list, const StoreEntry &entry, const PublicKey &key) const noexcept {
+bool ListJudge::signed_by(const ListEntry &list, const StoreEntry &entry,
+                          const PublicKey &key) const noexcept {
     const CertificateView &view = entry.view;
     if (entry.has_certificate && view.extensions[kKeyUsage].present && (view.key_usage & kCrlSign) == 0) {
         return false;
     }
-    return is_signed_by(list, entry, key, question_);
+    // A key with inherited parameters is another one below another issuer.
+    const bool is_own_key = &key == &entry.key && !inherits_parameters(entry);
+    if (check_digest(list.view.algorithm, question_.settings) != Rule::kNone) return false;
+    if (is_own_key && list.signer.is(view.key_info)) return true;
+    const bool verifies = is_signed_by(list.view, entry, key, question_);
+    if (verifies && is_own_key) list.signer.remember(view.key_info);
+    return verifies;
 }
 
 /// Finds who signed a list: first among the issuers in the path, then elsewhere, those with the key
 /// identifier that the list names before others.
-bool ListJudge::find_signer(const CrlView &list, Signer &signer) const noexcept {
+bool ListJudge::find_signer(const ListEntry &list, Signer &signer) const noexcept {
     for (u32 place = question_.issuer_place + 1; place-- > 0;) {
         const StoreEntry &entry = *path_[place];
         const PublicKey &key = place == question_.issuer_place ? question_.issuer_key : entry.key;
-        if (!are_equal_names(entry.view.subject, list.issuer) || !signed_by(list, entry, key)) continue;
+        if (!are_equal_names(entry.view.subject, list.view.issuer) || !signed_by(list, entry, key)) continue;
         signer = {&entry, &key};
         return true;
     }
     return find_signer_outside(list, true, signer) || find_signer_outside(list, false, signer);
 }
 
-bool ListJudge::find_signer_outside(const CrlView &list, bool with_key_identifier,
+bool ListJudge::find_signer_outside(const ListEntry &list, bool with_key_identifier,
                                     Signer &signer) const noexcept {
     Session &session = question_.session;
     Array<const StoreEntry *> entries;
     session.each_store([&](const Store &store) noexcept {
-        const StoreEntry *entry = store.find_name(store.hash_of_name(list.issuer));
+        const StoreEntry *entry = store.find_name(store.hash_of_name(list.view.issuer));
         for (; entry != nullptr && session.take_candidate(); entry = entry->next_of_name) {
             const bool has_identifier =
-                !list.authority_key.empty() && same(entry->view.subject_key, list.authority_key);
+                !list.view.authority_key.empty() && same(entry->view.subject_key, list.view.authority_key);
             if (has_identifier != with_key_identifier) continue;
             if (!entries.append(entry)) session.fail(Rule::kNoMemory);
         }
     });
     for (const StoreEntry *entry : entries) {
-        if (is_in_path(*entry) || !are_equal_names(entry->view.subject, list.issuer)) continue;
+        if (is_in_path(*entry) || !are_equal_names(entry->view.subject, list.view.issuer)) continue;
         if (!signed_by(list, *entry, entry->key) || !has_path(*entry)) continue;
         signer = {entry, &entry->key};
         return true;
@@ -213,14 +222,14 @@ bool ListJudge::has_path(const StoreEntry &entry) const noexcept {
     Session &session = question_.session;
     if (is_being_searched(entry)) return true;
     if (session.signers.size() == kMostSigners) return false;
-    for (const KnownSigner &known : session.known_signers) {
+    for (const SearchedSigner &known : session.searched) {
         if (known.entry == &entry && known.anchor == path_[0]) return known.has_path;
     }
     if (!session.signers.append(&entry)) return session.fail(Rule::kNoMemory);
     const bool found = search_signer(entry);
     session.signers.shrink(session.signers.size() - 1);
     // Inside another search the answer may rest on that one's signer.
-    if (session.signers.empty() && !session.known_signers.append({&entry, path_[0], found})) {
+    if (session.signers.empty() && !session.searched.append({&entry, path_[0], found})) {
         return session.fail(Rule::kNoMemory);
     }
     return found;

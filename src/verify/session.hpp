@@ -7,7 +7,7 @@
 namespace tlx {
 
 /// What became of the search for the path of a list's signer.
-struct KnownSigner {
+struct SearchedSigner {
     const StoreEntry *entry;
     const StoreEntry *anchor;
     bool has_path;
@@ -26,7 +26,7 @@ class Session {
     Fetcher fetcher;
     /// Signers of lists whose own paths are being searched, the innermost last.
     Array<const StoreEntry *> signers;
-    Array<KnownSigner> known_signers;
+    Array<SearchedSigner> searched;
 
     /// The store whose anchors count.
     [[nodiscard]] const Store &store() const noexcept { return store_; }

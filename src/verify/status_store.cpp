@@ -49,6 +49,25 @@ Bytes copy_to(Entry *entry, Bytes octets) noexcept {
 
 }  // namespace
 
+KnownSigner::~KnownSigner() {
+    Destroy<Buffer>{}(const_cast<Buffer *>(key_info_.load()));
+}
+
+bool KnownSigner::is(Bytes key_info) const noexcept {
+    const Buffer *known = key_info_.load();
+    return known != nullptr && same(known->bytes(), key_info);
+}
+
+void KnownSigner::remember(Bytes key_info) const noexcept {
+    OwnedObject<Buffer> copy = make_object<Buffer>();
+    if (!copy) return;
+    copy->append(key_info);
+    const Buffer *expected = nullptr;
+    if (copy->ok() && key_info_.compare_exchange_strong(expected, copy.get())) {
+        static_cast<void>(copy.release());
+    }
+}
+
 ResponseEntry::~ResponseEntry() {
     for (StoreEntry *certificate : certificates) {
         Destroy<StoreEntry>{}(certificate);

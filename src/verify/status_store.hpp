@@ -1,6 +1,9 @@
 // Revocation lists and OCSP responses, which are read once and then serve all threads.
 #pragma once
 
+#include <atomic>
+
+#include "der/buffer.hpp"
 #include "verify/chain_index.hpp"
 #include "verify/object.hpp"
 #include "verify/ocsp_view.hpp"
@@ -11,8 +14,26 @@ namespace tlx {
 
 struct StoreEntry;
 
+/// A key that was found to have signed something. Several threads may ask and tell at once; the first one
+/// told is kept.
+class KnownSigner {
+  public:
+    KnownSigner() noexcept = default;
+    ~KnownSigner();
+    KnownSigner(const KnownSigner &) = delete;
+    KnownSigner &operator=(const KnownSigner &) = delete;
+
+    /// @param key_info a SubjectPublicKeyInfo
+    [[nodiscard]] bool is(Bytes key_info) const noexcept;
+    void remember(Bytes key_info) const noexcept;
+
+  private:
+    mutable std::atomic<const Buffer *> key_info_ = nullptr;
+};
+
 struct ListEntry {
     OwnedOctets<u8> octets;
+    KnownSigner signer;  ///< so that a long list is digested once
     CrlView view;
     RevokedEntries revoked;
     ListEntry *next_of_issuer = nullptr;
