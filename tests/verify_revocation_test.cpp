@@ -8,6 +8,7 @@
 #include "support/null_arguments.hpp"
 #include "support/rows.hpp"
 #include "support/signers.hpp"
+#include "support/threads.hpp"
 #include "support/verify_support.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
@@ -221,6 +222,19 @@ TEST_F(VerifyRevocation, EveryAllocationMayFail) {
     expect_refuses_null<std::uint32_t>(0x550B0049, add_VERIFY_STORE_crl, store.get(), list.data(), 1);
     expect_refuses_null<std::uint32_t>(0x550C0049, add_VERIFY_STORE_ocsp, store.get(), list.data(), 1);
     EXPECT_EQ(get_VERIFY_RESULT_revocation(nullptr, 0, &known), 1U);
+}
+
+TEST_F(VerifyRevocation, OneListServesManyThreads) {
+    const EditedChain edited(2, std::string("time=") + kNow + "; mode=4");
+    const Store store = store_of(edited.chain);
+    add_items(store.get(), edited.chain, "crl +05 & ocsp");
+    const Octets target = encode_certificate(edited.chain[0].make().get());
+    const VERIFY_SETTINGS settings = settings_of(edited);
+    const auto work = [&] {
+        return verify(store.get(), target, settings) == "valid (good ocsp, -)" &&
+               verify(store.get(), target, settings) == "valid (good ocsp, -)";
+    };
+    EXPECT_EQ(successes_on_threads(4, work), 4U);
 }
 
 TEST_F(VerifyRevocation, Rows) {

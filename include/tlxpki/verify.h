@@ -179,7 +179,8 @@ TLXPKI_API uint32_t add_VERIFY_STORE_anchor_key(VERIFY_STORE *store, const uint8
 /** Adds an intermediate. Statuses as of add_VERIFY_STORE_anchor(), with 0x55090049 for a null argument. */
 TLXPKI_API uint32_t add_VERIFY_STORE_certificate(VERIFY_STORE *store, const uint8_t *certificate,
                                                  uint32_t len, uint32_t accepted_faults);
-/** Adds a revocation list in DER, with all its entries indexed. What is copied is not read again.
+/** Adds a revocation list in DER, with all its entries indexed. Extensions with a critical FALSE that is
+ * written out, or another TRUE than FF, are let pass.
  * @return 0; 0x550B0049 for a null argument; 0x5501004F, 0x55010201 or 0x55060301 for what is no list */
 TLXPKI_API uint32_t add_VERIFY_STORE_crl(VERIFY_STORE *store, const uint8_t *crl, uint32_t len);
 /** Adds an OCSPResponse or a BasicOCSPResponse in DER.
