@@ -210,7 +210,8 @@ struct OcspRespondOptions {
     std::string table;  ///< this or the list
     std::string crl;
     std::string digest = "sha256";
-    std::string request;
+    std::string request;  ///< empty to serve
+    std::string listen;   ///< address and port; empty to answer one request
     std::string output = "-";
     uint32_t days = 0;  ///< until the next answer; 0 announces none
     bool by_key = false;

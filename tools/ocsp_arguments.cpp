@@ -38,7 +38,8 @@ void add_ocsp_respond(CLI::App *ocsp, CommandLine &line) {
         "comment. SERIAL is hexadecimal, REASON as in keyCompromise, TIME as for verify. Certificates that "
         "the\n"
         "table lacks, and those of other CAs, are unknown. No signature of a request is checked.\n"
-        "--responder and --key may be the URI of a token (pkcs11:...?module-path=...).\n\n"
+        "--responder and --key may be the URI of a token (pkcs11:...?module-path=...).\n"
+        "With --listen it answers over HTTP until SIGINT or SIGTERM comes, for tests and small uses.\n\n"
         "Example: tlxpki ocsp respond --issuer ca.pem --responder ocsp.pem --key ocsp.key --crl list.crl \\\n"
         "             -o response.der request.der");
     add_file(command, "--issuer", options.issuer, "Certificate of the CA")->required();
@@ -60,8 +61,15 @@ void add_ocsp_respond(CLI::App *ocsp, CommandLine &line) {
     add_password_file(command, options.password_file);
     add_pin_file(command, options.pin_file);
     add_json(command, options.json);
-    add_file(command, "-o,--output", options.output, "Where the response goes; by default standard output");
-    add_operand(command, "REQUEST", options.request, "The request");
+    CLI::Option *output = add_file(command, "-o,--output", options.output,
+                                   "Where the response goes; by default standard output");
+    CLI::Option *request = command->add_option("REQUEST", options.request, "The request")->type_name("");
+    command
+        ->add_option("--listen", options.listen,
+                     "Answer requests over HTTP at this address (127.0.0.1:8080, [::1]:8080); port 0 is any "
+                     "that is free")
+        ->type_name("ADDRESS:PORT")
+        ->excludes(output, request, command->get_option("--json"));
     runs(command, line, run_ocsp_respond, options);
 }
 
