@@ -192,6 +192,7 @@ TEST_F(VerifySearch, TakesIntermediatesButNoAnchorsFromThePool) {
         verify_CERTIFICATE(empty.get(), store_.get(), target_.data(), size_of(target_), &settings_, &result),
         0x55030047U);
     EXPECT_EQ(text_of(result), "NoIssuer at 2") << "the root is no anchor";
+    EXPECT_EQ(get_VERIFY_RESULT_paths(result), 0U);
     free_VERIFY_RESULT(result);
 }
 
@@ -202,18 +203,43 @@ TEST_F(VerifySearch, EndsMazesAtTheirBudgets) {
     const Store maze = store_of(chain);
     for (const CertSpec &twin : widen(chain, 40))
         add(maze.get(), twin);
-    VERIFY_RESULT *result = nullptr;
+    struct Limit {
+        std::uint32_t signatures, candidates, tried;
+        const char *found;
+    };
+    // Below 84 signatures each candidate takes a new one, and the last one finds the budget spent.
+    const Limit limits[] = {{20, 0, 21, "NotValidNow at 3, SignatureBudget at 3"},
+                            {40, 0, 41, "NotValidNow at 3, SignatureBudget at 3"},
+                            {80, 0, 81, "NotValidNow at 3, SignatureBudget at 3"},
+                            {0, 0, 117, "NotValidNow at 3, SignatureBudget at 3"},
+                            {0, 50, 50, "NotValidNow at 3, CandidateBudget at 3"},
+                            {5000, 1000, 1000, "NotValidNow at 3, CandidateBudget at 3"},
+                            {5000, 2000, 2000, "NotValidNow at 3, CandidateBudget at 3"}};
+    for (const Limit &limit : limits) {
+        VERIFY_SETTINGS settings = settings_;
+        settings.budget.signatures = limit.signatures;
+        settings.budget.candidates = limit.candidates;
+        const std::string found =
+            verify(maze.get(), target_, settings, [&limit](const VERIFY_RESULT *result) {
+                EXPECT_EQ(get_VERIFY_RESULT_candidates(result), limit.tried);
+                EXPECT_EQ(get_VERIFY_RESULT_attempt_count(result), 0U) << "all fail alike";
+                return text_of(result);
+            });
+        EXPECT_EQ(found, limit.found);
+    }
     VERIFY_SETTINGS settings = settings_;
-    settings.budget.candidates = 50;
-    EXPECT_EQ(verify_CERTIFICATE(maze.get(), nullptr, target_.data(), size_of(target_), &settings, &result),
-              0x462D0113U);
-    EXPECT_EQ(get_VERIFY_RESULT_candidates(result), 50U);
-    EXPECT_EQ(get_VERIFY_RESULT_attempt_count(result), 1U) << "all by the one anchor";
-    free_VERIFY_RESULT(result);
-    settings.budget.candidates = 0;
-    settings.budget.signatures = 20;
+    settings.budget.signatures = 3;
     settings.anchor_rules = TLX_ANCHOR_RULES_CONSTRAINTS;
     EXPECT_EQ(verify(maze.get(), target_, settings), "valid") << "the first path will do";
+}
+
+TEST_F(VerifySearch, ReadsAtMost128Extensions) {
+    CertSpec many = chain_[0];
+    while (many.extensions->size() < 128)
+        many.with("1.2.3." + std::to_string(many.extensions->size()), "05:");
+    EXPECT_EQ(verify(store_.get(), encode_certificate(many.make().get()), settings_), "valid");
+    many.with("1.2.4", "05:");
+    EXPECT_EQ(verify(store_.get(), encode_certificate(many.make().get()), settings_), "ManyExtensions at 0");
 }
 
 TEST_F(VerifySearch, KeepsTheFirstAttempts) {
@@ -292,6 +318,11 @@ TEST_F(VerifySearch, RefusesMissingArguments) {
     EXPECT_EQ(verify_CERTIFICATE(nullptr, nullptr, octets, 1, nullptr, nullptr), 0x550A0049U);
     EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, nullptr, 1, nullptr, nullptr), 0x550A0049U);
     EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, octets, 1, nullptr, nullptr), 0x5501004FU);
+    for (const auto count :
+         {get_VERIFY_RESULT_finding_count, get_VERIFY_RESULT_warning_count, get_VERIFY_RESULT_path_count,
+          get_VERIFY_RESULT_policy_count, get_VERIFY_RESULT_candidates, get_VERIFY_RESULT_paths,
+          get_VERIFY_RESULT_attempt_count})
+        EXPECT_EQ(count(nullptr), 0U);
     VERIFY_SETTINGS wrong = {};
     wrong.purpose = 9;
     EXPECT_EQ(verify_CERTIFICATE(store_.get(), nullptr, octets, 1, &wrong, nullptr), 0x550A0048U);

@@ -53,9 +53,8 @@ class Search {
 
     void report_end() noexcept;
     void remember_end(Rule rule) noexcept;
-    void forget_end() noexcept;
+    void forget_reported() noexcept;
     void give_up(const Attempt &attempt) noexcept;
-    void give_up_path(const Path &path, const Verdict &verdict) noexcept;
 
     bool extend() noexcept;
     bool try_issuers(Array<Candidate> &candidates, Rule &refused) noexcept;
@@ -84,8 +83,8 @@ void Search::report_end() noexcept {
             if (!result_.path.append(longest_[i])) session_.fail(Rule::kNoMemory);
         }
         verdict.note(0, longest_rule_);
-        forget_end();
     }
+    forget_reported();
     verdict.note(0, session_.end());
 }
 
@@ -105,19 +104,19 @@ void Search::give_up(const Attempt &attempt) noexcept {
     if (!attempts.append(attempt)) session_.fail(Rule::kNoMemory);
 }
 
-/// Drops the end that the verdict is about.
-void Search::forget_end() noexcept {
-    if (longest_.empty()) return;
-    Array<Attempt> &attempts = result_.attempts;
-    const Attempt end = {longest_.back(), longest_.size() - 1, longest_rule_};
-    attempts.shrink(static_cast<u32>(std::remove(attempts.begin(), attempts.end(), end) - attempts.begin()));
+/// The first finding says why a path, anchor first, is not valid.
+Attempt attempt_of(const Path &path, const Verdict &verdict) noexcept {
+    const Finding &first = verdict.findings[0];
+    return {path[first.certificate], path.size() - 1 - first.certificate, first.rule};
 }
 
-/// The first finding says why the path, anchor first, is not valid.
-void Search::give_up_path(const Path &path, const Verdict &verdict) noexcept {
-    if (verdict.findings.empty()) return;
-    const Finding &first = verdict.findings[0];
-    give_up({path[first.certificate], path.size() - 1 - first.certificate, first.rule});
+/// Drops what the verdict is about.
+void Search::forget_reported() noexcept {
+    if (result_.verdict.findings.empty() || session_.end() == Rule::kNoMemory) return;
+    Array<Attempt> &attempts = result_.attempts;
+    const Attempt reported = attempt_of(result_.path, result_.verdict);
+    const Attempt *end = std::remove(attempts.begin(), attempts.end(), reported);
+    attempts.shrink(static_cast<u32>(end - attempts.begin()));
 }
 
 // Key identifiers that agree come before missing ones, and those before ones that differ. Then come
@@ -184,7 +183,8 @@ bool Search::extend() noexcept {
     }
     const Rule no_candidate = are_equal_names(view.issuer, view.subject) ? Rule::kNoAnchor : Rule::kNoIssuer;
     if (!has_issuers) give_up({path_.back(), path_.size() - 1, no_candidate});
-    remember_end(refused != Rule::kNone ? refused : no_candidate);
+    if (refused == Rule::kNone) refused = session_.end() != Rule::kNone ? session_.end() : no_candidate;
+    remember_end(refused);
     return false;
 }
 
@@ -217,8 +217,9 @@ bool Search::try_path() noexcept {
     const bool valid = verdict.findings.empty() && !verdict.out_of_memory;
     if (verdict.out_of_memory) session_.fail(Rule::kNoMemory);
     if (++result_.paths > 1) {
-        give_up_path(valid ? result_.path : path, valid ? result_.verdict : verdict);
+        if (!verdict.findings.empty()) give_up(attempt_of(path, verdict));
         if (!valid) return false;
+        give_up(attempt_of(result_.path, result_.verdict));
     }
     result_.path.swap(path);
     result_.verdict.findings.swap(verdict.findings);

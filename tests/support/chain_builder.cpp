@@ -54,8 +54,10 @@ std::string digits_of(const auto &octets) {
     return digits;
 }
 
-/// The encodings of what a certificate is made of, in the notation of der_text.hpp.
+/// The encodings of what a certificate is made of, in the notation of der_text.hpp. A name without common
+/// name is empty.
 std::string name_text(const std::string &common_name) {
+    if (common_name.empty()) return "30{}";
     return "30{31{30{06:550406 13:4B52}} 31{30{06:550403 0C:" + digits_of(common_name) + "}}}";
 }
 
@@ -95,6 +97,8 @@ void edit(CertSpec &spec, const std::string &member, const std::string &value) {
         spec.*text->second = value;
     } else if (member == "key" || member == "signer") {
         (member == "key" ? spec.key : spec.signer) = static_cast<unsigned>(std::stoul(value));
+    } else if (member == "version") {
+        spec.version = static_cast<std::uint8_t>(std::stoul(value));
     } else if (member == "self-issued") {
         spec.issuer = spec.subject;
         spec.signer = spec.key;
