@@ -306,6 +306,9 @@ TEST_F(VerifySearch, AnAnchorMayBeANameAndAKey) {
     add(store.get(), chain_[2]);
     add(store.get(), chain_[2]);
     EXPECT_EQ(get_VERIFY_STORE_count(store.get()), 2U) << "the same certificate twice counts once";
+    add(store.get(), chain_[3], true);
+    add(store.get(), chain_[3]);
+    EXPECT_EQ(get_VERIFY_STORE_count(store.get()), 4U) << "but an anchor is not an intermediate";
     const Octets target = encode_certificate(chain_[1].make().get());
     EXPECT_EQ(verify(store.get(), target, settings_), "valid");
 }

@@ -29,30 +29,28 @@ const StoreEntry *Store::find_key(u64 name_hash, Bytes key_identifier) const noe
     return by_key_.find(hash_of_key(name_hash, key_identifier));
 }
 
-bool Store::has(const StoreEntry &entry) const noexcept {
-    const bool keyed = !entry.view.subject_key.empty();
-    const auto link = keyed ? &StoreEntry::next_of_key : &StoreEntry::next_of_name;
-    const StoreEntry *each =
-        keyed ? find_key(entry.name_hash, entry.view.subject_key) : find_name(entry.name_hash);
-    for (; each != nullptr; each = each->*link) {
-        if (each->has_certificate && each->is_anchor == entry.is_anchor &&
-            same(each->view.whole, entry.view.whole)) {
-            return true;
-        }
+bool Store::has(const StoreEntry &entry, u64 octets_hash) const noexcept {
+    for (const StoreEntry *each = by_octets_.find(octets_hash); each != nullptr;
+         each = each->next_of_octets) {
+        if (each->is_anchor == entry.is_anchor && same(each->view.whole, entry.view.whole)) return true;
     }
     return false;
 }
 
+// Many certificates may have the same name and key identifier, and their indexes then have long chains.
 Rule Store::keep(StoreEntry *entry) noexcept {
     OwnedObject<StoreEntry> owned(entry);
-    entry->name_hash = hash_of_name(entry->view.subject);
-    if (entry->has_certificate && has(*entry)) return Rule::kNone;
+    SipHash octets_hash(hash_key_);
+    octets_hash.add(entry->view.whole);
+    if (entry->has_certificate && has(*entry, octets_hash.value())) return Rule::kNone;
     if (!entries_.append(entry)) return Rule::kNoMemory;
     static_cast<void>(owned.release());
+    entry->name_hash = hash_of_name(entry->view.subject);
     const Bytes key_identifier = entry->view.subject_key;
     const bool indexed =
         by_name_.add(entry->name_hash, entry) &&
-        (key_identifier.empty() || by_key_.add(hash_of_key(entry->name_hash, key_identifier), entry));
+        (key_identifier.empty() || by_key_.add(hash_of_key(entry->name_hash, key_identifier), entry)) &&
+        (!entry->has_certificate || by_octets_.add(octets_hash.value(), entry));
     return indexed ? Rule::kNone : Rule::kNoMemory;
 }
 

@@ -19,6 +19,7 @@ struct StoreEntry {
     u64 name_hash = 0;
     StoreEntry *next_of_name = nullptr;
     StoreEntry *next_of_key = nullptr;
+    StoreEntry *next_of_octets = nullptr;
 };
 
 /// Nothing changes a store while a verification uses it.
@@ -52,7 +53,7 @@ class Store {
 
   private:
     [[nodiscard]] Rule keep(StoreEntry *entry) noexcept;
-    [[nodiscard]] bool has(const StoreEntry &entry) const noexcept;
+    [[nodiscard]] bool has(const StoreEntry &entry, u64 octets_hash) const noexcept;
     [[nodiscard]] u64 hash_of_key(u64 name_hash, Bytes key_identifier) const noexcept;
 
     SipHash::Key hash_key_ = {};
@@ -60,6 +61,7 @@ class Store {
     Array<StoreEntry *> entries_;
     ChainIndex<StoreEntry> by_name_{&StoreEntry::next_of_name};
     ChainIndex<StoreEntry> by_key_{&StoreEntry::next_of_key};
+    ChainIndex<StoreEntry> by_octets_{&StoreEntry::next_of_octets};
 };
 
 }  // namespace tlx
