@@ -66,6 +66,8 @@ void add_pin_file(CLI::App *command, std::string &path);
 void add_new_file(CLI::App *command, std::string &new_password_file, bool &force, std::string &output,
                   const char *help);
 
+void add_verify(CLI::App &app, CommandLine &line);
+
 /// tlxpki key and tlxpki identity, and what stands below them.
 void add_key(CLI::App &app, CommandLine &line);
 void add_identity(CLI::App &app, CommandLine &line);

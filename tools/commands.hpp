@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "strict_arguments.hpp"
+
 namespace tool {
 
 struct VerifyOptions {
@@ -13,7 +15,9 @@ struct VerifyOptions {
     std::vector<std::string> policies;
     std::vector<std::string> targets;
     std::string time;
-    int32_t max_length = 0;  ///< 0 when not given
+    std::string rules = kStrict;
+    StrictOptions strict;
+    int32_t max_length = 0;  ///< of the compatible rules, as the next; 0 when not given
     bool explicit_policy = true;
     bool json = false;
 };

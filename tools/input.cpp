@@ -108,13 +108,41 @@ std::string what_it_holds(const Input &input) {
     return text;
 }
 
-/// The certificates of a file, and why others of it cannot be decoded.
-std::vector<LoadedCertificate> certificates_of(const Input &input, std::vector<std::string> &failures) {
-    std::vector<LoadedCertificate> certificates;
+/// Throws Failure unless a block is one element that may be a certificate.
+void expect_certificate(const Block &block) {
+    expect_one_element(block);
+    if (block.octets[0] != TLX_TAG_SEQUENCE_OCTET) {
+        throw Failure(block.source + ": is no certificate: it is no SEQUENCE");
+    }
+    const Kind kind = kind_of(block);
+    if (kind != Kind::kCertificate && kind != Kind::kOther) {
+        throw Failure(block.source + ": is no certificate, but " + kind_name(kind));
+    }
+}
+
+void take(const Block &block, LoadedCertificate &loaded) {
+    loaded.cert = decode_certificate(block);
+}
+
+/// What has the outline of a certificate is one. Decoding says why other octets are none.
+void take(const Block &block, ReceivedCertificate &received) {
+    expect_certificate(block);
+    if (kind_of(block) == Kind::kOther) (void)decode_certificate(block);
+    received.octets = Buffer::copy_of(block.octets);
+}
+
+/// The certificates of a file, and why others of it cannot be taken.
+template <typename Taken>
+std::vector<Taken> certificates_of(const Input &input, std::vector<std::string> &failures) {
+    std::vector<Taken> certificates;
     for (const Block &block : input.blocks()) {
         if (block.unusable.empty() && !is_certificate_label(block.label)) continue;
         try {
-            certificates.push_back({decode_certificate(block), block.source, certificates.empty()});
+            Taken taken;
+            take(block, taken);
+            taken.source = block.source;
+            taken.is_first = certificates.empty();
+            certificates.push_back(std::move(taken));
         } catch (const Failure &failure) {
             failures.emplace_back(failure.what());
         }
@@ -123,9 +151,10 @@ std::vector<LoadedCertificate> certificates_of(const Input &input, std::vector<s
 }
 
 /// The same for a file that has to have some certificate, good or not.
-std::vector<LoadedCertificate> certificates_in(const std::string &path, std::vector<std::string> &failures) {
+template <typename Taken>
+std::vector<Taken> certificates_in(const std::string &path, std::vector<std::string> &failures) {
     const Input input(path);
-    std::vector<LoadedCertificate> certificates = certificates_of(input, failures);
+    std::vector<Taken> certificates = certificates_of<Taken>(input, failures);
     if (certificates.empty() && failures.empty()) {
         throw Failure(source_of(path) + ": holds no CERTIFICATE" + what_it_holds(input));
     }
@@ -156,6 +185,38 @@ std::string why_not_decoded(const Block &block, uint32_t status) {
            " has an arc above 32 bits: " + status_sentence(status);
 }
 
+template <typename Taken>
+std::vector<Taken> load(const std::string &path) {
+    std::vector<std::string> failures;
+    std::vector<Taken> certificates = certificates_in<Taken>(path, failures);
+    if (!failures.empty()) throw Failure(failures[0]);
+    return certificates;
+}
+
+template <typename Taken>
+std::vector<Taken> collect(const std::string &path, std::vector<std::string> &warnings) {
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(file_path(path), ignored)) {
+        std::vector<std::string> failures;
+        std::vector<Taken> certificates = certificates_in<Taken>(path, failures);
+        if (certificates.empty()) throw Failure(failures[0]);
+        warnings.insert(warnings.end(), failures.begin(), failures.end());
+        return certificates;
+    }
+    std::vector<Taken> certificates;
+    for (const std::string &file : files_in(path)) {
+        try {
+            for (Taken &taken : certificates_of<Taken>(Input(file), warnings)) {
+                certificates.push_back(std::move(taken));
+            }
+        } catch (const Failure &failure) {
+            warnings.emplace_back(failure.what());
+        }
+    }
+    if (certificates.empty()) throw Failure(path + ": is a folder without certificates");
+    return certificates;
+}
+
 }  // namespace
 
 std::filesystem::path file_path(std::string_view path) {
@@ -175,6 +236,12 @@ Buffer Buffer::of_size(std::size_t size) {
     auto *octets = static_cast<uint8_t *>(tlx_malloc(size, __FILE__, __LINE__));
     if (octets == nullptr) throw std::bad_alloc();
     return {octets, size};
+}
+
+Buffer Buffer::copy_of(Octets octets) {
+    Buffer copy = of_size(octets.size());
+    std::copy(octets.begin(), octets.end(), copy.octets_);
+    return copy;
 }
 
 Buffer Buffer::resized(std::size_t size) const {
@@ -241,14 +308,7 @@ bool is_certificate_label(const std::string &label) {
 }
 
 Certificate decode_certificate(const Block &block) {
-    expect_one_element(block);
-    if (block.octets[0] != TLX_TAG_SEQUENCE_OCTET) {
-        throw Failure(block.source + ": is no certificate: it is no SEQUENCE");
-    }
-    const Kind kind = kind_of(block);
-    if (kind != Kind::kCertificate && kind != Kind::kOther) {
-        throw Failure(block.source + ": is no certificate, but " + kind_name(kind));
-    }
+    expect_certificate(block);
     X509_CERT *cert = nullptr;
     const uint32_t status =
         readDER_from_Buffer(reinterpret_cast<void **>(&cert), TLX_DECODER(Seq_to_X509_CERT),
@@ -258,34 +318,21 @@ Certificate decode_certificate(const Block &block) {
 }
 
 std::vector<LoadedCertificate> load_certificates(const std::string &path) {
-    std::vector<std::string> failures;
-    std::vector<LoadedCertificate> certificates = certificates_in(path, failures);
-    if (!failures.empty()) throw Failure(failures[0]);
-    return certificates;
+    return load<LoadedCertificate>(path);
+}
+
+std::vector<ReceivedCertificate> load_received(const std::string &path) {
+    return load<ReceivedCertificate>(path);
 }
 
 std::vector<LoadedCertificate> collect_certificates(const std::string &path,
                                                     std::vector<std::string> &warnings) {
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(file_path(path), ignored)) {
-        std::vector<std::string> failures;
-        std::vector<LoadedCertificate> certificates = certificates_in(path, failures);
-        if (certificates.empty()) throw Failure(failures[0]);
-        warnings.insert(warnings.end(), failures.begin(), failures.end());
-        return certificates;
-    }
-    std::vector<LoadedCertificate> certificates;
-    for (const std::string &file : files_in(path)) {
-        try {
-            for (LoadedCertificate &loaded : certificates_of(Input(file), warnings)) {
-                certificates.push_back(std::move(loaded));
-            }
-        } catch (const Failure &failure) {
-            warnings.emplace_back(failure.what());
-        }
-    }
-    if (certificates.empty()) throw Failure(path + ": is a folder without certificates");
-    return certificates;
+    return collect<LoadedCertificate>(path, warnings);
+}
+
+std::vector<ReceivedCertificate> collect_received(const std::string &path,
+                                                  std::vector<std::string> &warnings) {
+    return collect<ReceivedCertificate>(path, warnings);
 }
 
 }  // namespace tool

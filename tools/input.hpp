@@ -32,6 +32,7 @@ class Buffer {
     }
 
     [[nodiscard]] static Buffer of_size(std::size_t size);
+    [[nodiscard]] static Buffer copy_of(Octets octets);
     /// A copy of another size. The octets that it adds are not set.
     [[nodiscard]] Buffer resized(std::size_t size) const;
 
@@ -82,6 +83,13 @@ struct LoadedCertificate {
     bool is_first = false;  ///< in its file
 };
 
+/// The octets of a certificate of a file, as they were received.
+struct ReceivedCertificate {
+    Buffer octets;
+    std::string source;
+    bool is_first = false;  ///< in its file
+};
+
 /// Whether the label of a block allows a certificate.
 [[nodiscard]] bool is_certificate_label(const std::string &label);
 
@@ -96,6 +104,11 @@ struct LoadedCertificate {
 /// a warning. Throws Failure when there is none.
 [[nodiscard]] std::vector<LoadedCertificate> collect_certificates(const std::string &path,
                                                                   std::vector<std::string> &warnings);
+
+/// The same two of certificates as received. What looks like a certificate may yet fail to decode.
+[[nodiscard]] std::vector<ReceivedCertificate> load_received(const std::string &path);
+[[nodiscard]] std::vector<ReceivedCertificate> collect_received(const std::string &path,
+                                                                std::vector<std::string> &warnings);
 
 /// Throws Failure when a block has no contents.
 void expect_contents(const Block &block);

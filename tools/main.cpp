@@ -17,39 +17,6 @@ constexpr char kExitStatuses[] =
     "Exit status: 0 good, 1 not valid or not found, 2 wrong usage or input that cannot be read.\n"
     "Input files are PEM (any number of blocks) or DER, \"-\" is standard input. See tlxpki(1).";
 
-void add_verify(CLI::App &app, CommandLine &line) {
-    CLI::App *command = app.add_subcommand(
-        "verify", "Build the path from each target certificate up to a trust anchor, and validate it");
-    command->footer(
-        "Give --anchor, --pool and --policy once for each value.\n"
-        "TIME is YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339 (2026-01-31T12:00:00+09:00), in UTC unless it "
-        "has\n"
-        "an offset.\n"
-        "Not checked: name constraints, policy mappings, inhibitAnyPolicy, revocation and purposes (extended "
-        "key\n"
-        "usage); warnings tell of constraints that a valid path holds, but that were not applied.\n\n"
-        "Example: tlxpki verify --anchor root.pem --pool ca.pem user.pem");
-    add_repeated(command, "--anchor", line.verify.anchors, "FILE",
-                 "Certificates to trust; they also join the pool");
-    command->get_option("--anchor")->required();
-    add_repeated(command, "--pool", line.verify.pool, "FILE", "Certificates to find issuers among");
-    add_repeated(command, "--policy", line.verify.policies, "OID",
-                 "An acceptable policy, by dotted text or name; by default every policy is");
-    command->add_flag("--no-explicit-policy{false}", line.verify.explicit_policy,
-                      "Accept paths without a valid policy; by default one is required");
-    command
-        ->add_option("--max-length", line.verify.max_length,
-                     "At most N + 1 certificates may stand below the anchor's (default 3)")
-        ->type_name("N")
-        ->check(CLI::Range(1, 1000).description(""));
-    command->add_option("--at", line.verify.time, "Validate at this time instead of now")->type_name("TIME");
-    add_json(command, line.verify.json);
-    command->add_option("TARGET", line.verify.targets, "Files with the certificates to verify")
-        ->type_name("")
-        ->required();
-    runs(command, line, run_verify, line.verify);
-}
-
 void add_show(CLI::App &app, CommandLine &line) {
     CLI::App *command =
         app.add_subcommand("show", "Show certificates, RSA keys and revocation lists in words");

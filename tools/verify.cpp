@@ -45,9 +45,18 @@ Verifier::Verifier(const VerifyOptions &options, const std::vector<LoadedCertifi
     if (options.max_length > 0) settings_.max_certificatePath_length = options.max_length;
     time_ = time_of_option(options.time);
     settings_.time = time_.get();
-    load_policies(options.policies);
+    policies_ = parse_policies(options.policies);
     trust(collect_anchors(options.anchors, warnings_));
     load_pool(options, targets);
+}
+
+Oids parse_policies(const std::vector<std::string> &texts) {
+    if (texts.empty()) return nullptr;
+    auto policies = made<Oids>(new_OBJECT_IDENTIFIERS());
+    for (const std::string &text : texts) {
+        must(add_OBJECT_IDENTIFIERS_child(policies.get(), parse_oid(text).get(), -1));
+    }
+    return policies;
 }
 
 std::vector<LoadedCertificate> collect_anchors(const std::vector<std::string> &paths,
@@ -88,14 +97,6 @@ void Verifier::load_pool(const VerifyOptions &options, const std::vector<LoadedC
     }
     put_lower_first(pool_);
     index_.build(pool_);
-}
-
-void Verifier::load_policies(const std::vector<std::string> &texts) {
-    if (texts.empty()) return;
-    policies_ = made<Oids>(new_OBJECT_IDENTIFIERS());
-    for (const std::string &text : texts) {
-        must(add_OBJECT_IDENTIFIERS_child(policies_.get(), parse_oid(text).get(), -1));
-    }
 }
 
 Verdict Verifier::verify(X509_CERT *target) const {

@@ -1,4 +1,4 @@
-// Builds and validates the paths of certificates.
+// Builds and validates the paths of certificates by the rules of validate_certpath().
 #pragma once
 
 #include <string>
@@ -9,6 +9,7 @@
 #include "input.hpp"
 #include "issuer_index.hpp"
 #include "owned.hpp"
+#include "target_report.hpp"
 #include "terminal.hpp"
 
 namespace tool {
@@ -66,7 +67,6 @@ class Verifier {
   private:
     void trust(std::vector<LoadedCertificate> anchors);
     void load_pool(const VerifyOptions &options, const std::vector<LoadedCertificate> &targets);
-    void load_policies(const std::vector<std::string> &texts);
     [[nodiscard]] Chain chain_of(X509_CERT *target) const;
     [[nodiscard]] X509_CERT *anchor_above(X509_CERT *cert) const;
     [[nodiscard]] bool leads_to(X509_CERT *cert, X509_CERT *issuer, TRUST_ANCHOR *anchor) const;
@@ -98,6 +98,9 @@ struct Explanation {
     std::string hint;
 };
 
+/// What the rules say of a target, with the tree of valid policies when it is valid.
+[[nodiscard]] TargetReport report_verdict(const LoadedCertificate &target, const Verdict &verdict);
+
 /// Why the signature of a certificate counts as wrong; empty when it was computed and is wrong.
 [[nodiscard]] Explanation explain_signature(const X509_CERT *cert, const X509_PUBKEY *key);
 
@@ -111,6 +114,9 @@ struct Explanation {
 
 /// The value of --at. Null for "". Throws Failure for a text that is no time.
 [[nodiscard]] Time time_of_option(const std::string &text);
+
+/// The values of --policy, by dotted text or registered name. Null for none. Throws Failure.
+[[nodiscard]] Oids parse_policies(const std::vector<std::string> &texts);
 
 /// The certificates to trust in files and folders, with warnings about those that were passed over and those
 /// that no path can end with. Throws Failure.

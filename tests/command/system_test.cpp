@@ -182,6 +182,16 @@ TEST_F(CommandSystem, SignsAndDecryptsWithTokens) {
         "openssl crl -in list -CAfile cert.pem -noout");
 }
 
+/// The first certificate of the bundle, whatever it is and whether it has expired.
+TEST_F(CommandSystem, TrustsWhatTheSystemTrusts) {
+    folder_.run("openssl x509 -in /etc/ssl/certs/ca-certificates.crt -out first.pem");
+    const Result trusted =
+        run({"verify", "--system-anchors", "--anchor-rules", "none", "--profile", "any", "first.pem"});
+    EXPECT_EQ(trusted.status, 0) << trusted;
+    const Result other = run({"verify", "--system-anchors", "--anchor", "other-root.pem", "root.pem"});
+    EXPECT_NE(other.output.find("0x53050116"), std::string::npos) << other;
+}
+
 TEST_F(CommandSystem, CompletionCompletes) {
     folder_.write("unique.file", "");
     const auto completions = [this](const std::string &words, int current) {
@@ -191,7 +201,8 @@ TEST_F(CommandSystem, CompletionCompletes) {
     };
     EXPECT_EQ(completions("s", 1), "show status\n");
     EXPECT_EQ(completions("token o", 2), "objects\n");
-    EXPECT_EQ(completions("verify --p", 2), "--pool --policy\n");
+    EXPECT_EQ(completions("verify --po", 2), "--pool --policy\n");
+    EXPECT_EQ(completions("verify --purpose tls", 3), "tls-server tls-client\n");
     EXPECT_EQ(completions("verify --anchor uni", 3), "unique.file\n");
     EXPECT_EQ(completions("verify --at \"\"", 3), "\n");
     EXPECT_EQ(completions("oid uni", 2), "\n");

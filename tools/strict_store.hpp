@@ -1,0 +1,35 @@
+// Anchors and intermediates for verification by RFC 5280.
+#pragma once
+
+#include <tlxpki/verify.h>
+
+#include <string>
+#include <vector>
+
+#include "input.hpp"
+#include "strict_arguments.hpp"
+
+namespace tool {
+
+/// A store that is filled from files and folders. What it cannot take becomes a warning.
+class StrictStore {
+  public:
+    /// Adds what --anchor, --pool and --system-anchors name. Throws Failure for what cannot be read.
+    StrictStore(const StrictOptions &options, const std::vector<std::string> &anchors,
+                const std::vector<std::string> &pool);
+
+    void add(const ReceivedCertificate &intermediate);
+
+    [[nodiscard]] const VERIFY_STORE *get() const { return store_.get(); }
+    [[nodiscard]] const std::vector<std::string> &warnings() const { return warnings_; }
+
+  private:
+    void add_anchor(const ReceivedCertificate &anchor);
+    void take(const ReceivedCertificate &certificate, uint32_t status);
+
+    Owned<VERIFY_STORE, free_VERIFY_STORE> store_;
+    uint32_t accepted_;
+    std::vector<std::string> warnings_;
+};
+
+}  // namespace tool
