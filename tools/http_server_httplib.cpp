@@ -59,16 +59,16 @@ Endpoint endpoint_of(const std::string &text) {
     return endpoint;
 }
 
-/// SIGINT and SIGTERM wait for this thread to take them, and its new threads never get them.
+/// SIGINT and SIGTERM wait for this thread to take them, and its new threads never get them. They go on waiting
+/// after the first one, because some send it twice and the process is about to end.
 class EndSignals {
   public:
     EndSignals() {
         sigemptyset(&set_);
         sigaddset(&set_, SIGINT);
         sigaddset(&set_, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &set_, &before_);
+        pthread_sigmask(SIG_BLOCK, &set_, nullptr);
     }
-    ~EndSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
     EndSignals(const EndSignals &) = delete;
     EndSignals &operator=(const EndSignals &) = delete;
 
@@ -80,7 +80,6 @@ class EndSignals {
 
   private:
     sigset_t set_{};
-    sigset_t before_{};
 };
 
 void give(httplib::Response &response, const HttpAnswer &answer) {
