@@ -33,20 +33,14 @@ uint32_t check(const OCSP_RESPONSE *response, const Question &question, bool wit
                                &answer);
 }
 
-std::string time_line(const ASN1_TIME &time) {
-    const auto text = made<String>(asn1TimeToGENERALIZED_TIME(&time, 2));
-    const X509_TIME written{1, text.get()};
-    return time_text(&written);
-}
-
 void add_answer(Json &json, const OCSP_ANSWER &answer) {
     json["state"] = certificate_status_name(answer.status);
     if (answer.status == TLX_OCSP_REVOKED) {
-        json["revocation_date"] = time_line(answer.revocationTime);
+        json["revocation_date"] = time_text(answer.revocationTime);
         json["reason"] = reason_name(answer.reason);
     }
-    json["this_update"] = time_line(answer.thisUpdate);
-    if (answer.nextUpdate.day != 0) json["next_update"] = time_line(answer.nextUpdate);
+    json["this_update"] = time_text(answer.thisUpdate);
+    if (answer.nextUpdate.day != 0) json["next_update"] = time_text(answer.nextUpdate);
 }
 
 /// Why an answer cannot be relied on.

@@ -49,11 +49,11 @@ Json meaning_of(uint32_t status, const Json &findings) {
 }
 
 TargetReport verify_strictly(const ReceivedCertificate &target, const StrictStore &store,
-                             const VERIFY_SETTINGS &settings) {
+                             StrictSettings &settings) {
     const Octets octets = target.octets.octets();
     VERIFY_RESULT *made = nullptr;
     const uint32_t status = verify_CERTIFICATE(store.get(), nullptr, octets.data(),
-                                               static_cast<uint32_t>(octets.size()), &settings, &made);
+                                               static_cast<uint32_t>(octets.size()), &settings.get(), &made);
     if (status == kNoMemory) throw std::bad_alloc();
     const VerifyResult result(made);
     Json description = describe_result(made);
@@ -61,16 +61,19 @@ TargetReport verify_strictly(const ReceivedCertificate &target, const StrictStor
                  {"subject", description["path"].back()["subject"]},
                  {"valid", status == 0},
                  {"status", meaning_of(status, description["findings"])}};
-    const std::string hint = result_hint(made, settings);
+    const std::string hint = result_hint(made, settings.get());
     if (!hint.empty()) json["hint"] = hint;
-    const std::vector<std::string> warnings = result_warnings(made, description);
+    std::vector<std::string> warnings = settings.take_warnings();
+    for (std::string &warning : result_warnings(made, description)) {
+        warnings.push_back(std::move(warning));
+    }
     if (!warnings.empty()) json["warnings"] = warnings;
     json.update(description);
     return {std::move(json), ""};
 }
 
 int verify_strictly(const VerifyOptions &options) {
-    const StrictSettings settings(options.strict, options.policies, options.time);
+    StrictSettings settings(options.strict, options.policies, options.time);
     const std::vector<ReceivedCertificate> targets = load_targets(options, load_received);
     StrictStore store(options.strict, options.anchors, options.pool);
     for (const ReceivedCertificate &target : targets) {
@@ -78,7 +81,7 @@ int verify_strictly(const VerifyOptions &options) {
     }
     Warner warner;
     warner.tell(store.warnings());
-    const auto verify = [&](std::size_t at) { return verify_strictly(targets[at], store, settings.get()); };
+    const auto verify = [&](std::size_t at) { return verify_strictly(targets[at], store, settings); };
     return report_targets(targets.size(), verify, options.json, warner);
 }
 

@@ -1,9 +1,11 @@
 // Requests over HTTP and HTTPS: with libcurl, on Windows with WinHTTP, or with nothing (TLX_HTTP=OFF).
+// Requests to directories over LDAP: with libcurl alone.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace tool {
 
@@ -25,6 +27,16 @@ struct HttpAnswer {
 /// Asks a server, or the proxy that the system's settings name. An answer with any status is one, and no
 /// redirection is followed. Throws Failure when there is no whole answer within the limits.
 [[nodiscard]] HttpAnswer ask_http(const HttpRequest &request);
+
+/// Whether the URL begins with ldap:// or ldaps://.
+[[nodiscard]] bool is_ldap(const std::string &url);
+
+/// The values in octets of the entries that an LDAP URL (RFC 4516) names, asked for anonymously. The type and
+/// the body of the request are ignored. Throws Failure when there is no whole answer within the limits.
+[[nodiscard]] std::vector<std::string> ask_ldap(const HttpRequest &request);
+
+/// The values in Base64 in what libcurl makes of entries: lines like "\tattribute:: MAA=". Others are text.
+[[nodiscard]] std::vector<std::string> values_of_entries(const std::string &text);
 
 /// What the implementations share. They throw Failure.
 void expect_http(const HttpRequest &request);

@@ -57,8 +57,8 @@ void set(const Handle &handle, CURLoption option, Value value) {
     if (curl_easy_setopt(handle.get(), option, value) != CURLE_OK) throw std::bad_alloc();
 }
 
-void set_limits(const Handle &handle, const HttpRequest &request) {
-    set(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+void set_limits(const Handle &handle, const HttpRequest &request, const char *protocols) {
+    set(handle, CURLOPT_PROTOCOLS_STR, protocols);
     set(handle, CURLOPT_NOSIGNAL, 1L);
     set(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(request.connect_limit.count()));
     set(handle, CURLOPT_TIMEOUT, static_cast<long>(request.limit.count()));
@@ -85,24 +85,42 @@ void expect_answer(const HttpRequest &request, const Body &body, CURLcode result
     if (result != CURLE_OK) fail_without_answer(request, curl_easy_strerror(result));
 }
 
+Handle new_handle() {
+    static const Library library;
+    Handle handle(curl_easy_init());
+    if (!handle) throw std::bad_alloc();
+    return handle;
+}
+
+Body perform(const Handle &handle, const HttpRequest &request, std::size_t most) {
+    Body body{.octets = {}, .most = most};
+    set(handle, CURLOPT_WRITEFUNCTION, take);
+    set(handle, CURLOPT_WRITEDATA, &body);
+    expect_answer(request, body, curl_easy_perform(handle.get()));
+    return body;
+}
+
 }  // namespace
 
 HttpAnswer ask_http(const HttpRequest &request) {
     expect_http(request);
-    static const Library library;
-    const Handle handle(curl_easy_init());
-    if (!handle) throw std::bad_alloc();
-    Body body{.octets = {}, .most = request.most_octets};
-    set_limits(handle, request);
+    const Handle handle = new_handle();
+    set_limits(handle, request, "http,https");
     const Headers headers = set_request(handle, request);
-    set(handle, CURLOPT_WRITEFUNCTION, take);
-    set(handle, CURLOPT_WRITEDATA, &body);
-    expect_answer(request, body, curl_easy_perform(handle.get()));
+    Body body = perform(handle, request, request.most_octets);
     long status = 0;
     const char *content_type = nullptr;
     curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
     curl_easy_getinfo(handle.get(), CURLINFO_CONTENT_TYPE, &content_type);
     return {static_cast<int>(status), content_type == nullptr ? "" : content_type, std::move(body.octets)};
+}
+
+std::vector<std::string> ask_ldap(const HttpRequest &request) {
+    const Handle handle = new_handle();
+    set_limits(handle, request, "ldap,ldaps");
+    set(handle, CURLOPT_URL, request.url.c_str());
+    // libcurl writes octets in Base64, four characters for three.
+    return values_of_entries(perform(handle, request, request.most_octets / 3 * 4).octets);
 }
 
 }  // namespace tool

@@ -8,4 +8,8 @@ HttpAnswer ask_http(const HttpRequest &request) {
     throw Failure(request.url + ": this tlxpki was built without HTTP");
 }
 
+std::vector<std::string> ask_ldap(const HttpRequest &request) {
+    throw Failure(request.url + ": is not fetched: this tlxpki has no LDAP");
+}
+
 }  // namespace tool

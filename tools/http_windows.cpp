@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 
+#include "failure.hpp"
 #include "http.hpp"
 
 namespace tool {
@@ -196,6 +197,10 @@ class Exchange {
 HttpAnswer ask_http(const HttpRequest &request) {
     expect_http(request);
     return Exchange(request).run();
+}
+
+std::vector<std::string> ask_ldap(const HttpRequest &request) {
+    throw Failure(request.url + ": is not fetched: this tlxpki has no LDAP");
 }
 
 }  // namespace tool

@@ -67,12 +67,10 @@ Buffer read_stream(const std::string &path) {
     }
 }
 
-ENCODED_BLOCKS *read_blocks(const std::string &path) {
-    const Buffer file = read_octets(path);
-    if (file.octets().empty()) throw Failure(source_of(path) + ": is empty");
+ENCODED_BLOCKS *read_blocks(Octets octets, const std::string &source) {
+    if (octets.empty()) throw Failure(source + ": is empty");
     ENCODED_BLOCKS *blocks = nullptr;
-    must(readENCODED_BLOCKS_from_Buffer(file.octets().data(), static_cast<uint32_t>(file.octets().size()),
-                                        &blocks));
+    must(readENCODED_BLOCKS_from_Buffer(octets.data(), static_cast<uint32_t>(octets.size()), &blocks));
     return blocks;
 }
 
@@ -266,13 +264,14 @@ Buffer read_octets(const std::string &path) {
     return {octets, size};
 }
 
-Input::Input(const std::string &path) : list_(read_blocks(path)) {
+Input::Input(const std::string &path) : Input(read_octets(path).octets(), source_of(path)) {}
+
+Input::Input(Octets octets, const std::string &source) : list_(read_blocks(octets, source)) {
     const uint32_t count = get_ENCODED_BLOCKS_count(list_.get());
     for (uint32_t i = 0; i < count; ++i) {
         const ENCODED_BLOCK &encoded = *get_ENCODED_BLOCKS_child(list_.get(), i);
         Block block;
-        block.source =
-            count == 1 ? source_of(path) : source_of(path) + ", PEM block " + std::to_string(i + 1);
+        block.source = count == 1 ? source : source + ", PEM block " + std::to_string(i + 1);
         block.unusable = reason_unusable(encoded);
         block.label = encoded.label;
         block.is_encrypted = encoded.status == kEncrypted;

@@ -69,6 +69,8 @@ class Input {
   public:
     /// Reads a file, or standard input for "-". Throws Failure when it cannot be read or is empty.
     explicit Input(const std::string &path);
+    /// Takes octets that came from elsewhere.
+    Input(Octets octets, const std::string &source);
     [[nodiscard]] const std::vector<Block> &blocks() const { return blocks_; }
 
   private:

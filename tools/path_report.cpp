@@ -32,7 +32,23 @@ void print_details(std::ostream &out, const Json &certificate, const std::string
         << start << "signature  " << text("signature_algorithm") << '\n';
 }
 
+/// Where it was looked up: "good, by a list", or why nothing answers.
+std::string revocation_line(const Json &revocation) {
+    std::string line = revocation["state"].get<std::string>();
+    if (revocation.contains("time")) {
+        line += " on " + revocation["time"].get<std::string>() + " (" +
+                revocation["reason"].get<std::string>() + ")";
+    }
+    const std::string source = revocation.value("source", "");
+    if (!source.empty()) line += source == "crl" ? ", by a list" : ", by OCSP";
+    return revocation.contains("text") ? line + ": " + revocation["text"].get<std::string>() : line;
+}
+
 }  // namespace
+
+bool is_revocation_known(const Json &certificate) {
+    return certificate.contains("revocation") && certificate["revocation"]["state"] != "not checked";
+}
 
 Json describe_path_certificate(const X509_CERT *cert, Mark mark) {
     const char *state = kStates[static_cast<std::size_t>(mark)];
@@ -63,6 +79,9 @@ void print_path(std::ostream &out, const Json &description) {
         out << branch(depth) << mark_text(mark_of(path[depth]["state"])) << ' '
             << printable(shown_subject(path[depth]["subject"])) << '\n';
         if (!path[depth]["subject"].is_null()) print_details(out, path[depth], start);
+        if (is_revocation_known(path[depth])) {
+            out << start << "revocation " << revocation_line(path[depth]["revocation"]) << '\n';
+        }
         for (const Json &finding : description.value("findings", Json::array())) {
             if (finding["certificate"] == depth)
                 out << start << "finding    " << finding_line(finding) << '\n';

@@ -14,6 +14,9 @@ namespace tool {
 /// A subject of a description, for people.
 [[nodiscard]] std::string shown_subject(const Json &subject);
 
+/// Whether the revocation of a certificate of a path was looked up.
+[[nodiscard]] bool is_revocation_known(const Json &certificate);
+
 /// A finding on one line: its sentence, and its section of RFC 5280.
 [[nodiscard]] std::string finding_line(const Json &finding);
 

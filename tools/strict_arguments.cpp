@@ -39,6 +39,13 @@ constexpr Choice kAnchorRules[] = {
     {"all", TLX_ANCHOR_RULES_DEFAULT},
 };
 
+constexpr Choice kRevocation[] = {
+    {"off", TLX_REVOCATION_OFF},
+    {"present", TLX_REVOCATION_PRESENT},
+    {"target", TLX_REVOCATION_TARGET},
+    {"path", TLX_REVOCATION_PATH},
+};
+
 constexpr Choice kFaults[] = {
     {"critical-false", TLX_ACCEPT_CRITICAL_FALSE},
     {"boolean", TLX_ACCEPT_BOOLEAN},
@@ -56,6 +63,7 @@ constexpr BudgetName kBudgets[] = {
     {"path-length", &VERIFY_BUDGET::path_length},
     {"policy-nodes", &VERIFY_BUDGET::policy_nodes},
     {"name-comparisons", &VERIFY_BUDGET::name_comparisons},
+    {"fetches", &VERIFY_BUDGET::fetches},
 };
 
 constexpr char kAnyPolicy[] = "2.5.29.32.0";
@@ -121,14 +129,25 @@ void add_strength_options(CLI::App *command, StrictOptions &options) {
                       "Also trust the certificates that the system trusts");
 }
 
+void add_revocation_options(CLI::App *command, StrictOptions &options) {
+    add_repeated(command, "--crl", options.lists, "FILE", "Revocation lists");
+    add_repeated(command, "--ocsp", options.responses, "FILE", "An OCSP response");
+    add_choice(
+        command, "--revocation", options.revocation, names_of(kRevocation),
+        "Which certificates need a list or response that they are not revoked (default present, or off "
+        "when there is none)");
+    command->add_flag("--fetch", options.fetch,
+                      "Fetch missing issuers, lists and responses from where certificates say");
+}
+
 void add_policy_options(CLI::App *command, StrictOptions &options) {
     command->add_flag("--explicit-policy", options.explicit_policy, "Require a policy for the whole path");
     command->add_flag("--inhibit-mapping", options.inhibit_mapping, "Let no CA map policies");
     command->add_flag("--inhibit-any-policy", options.inhibit_any_policy,
                       "Let anyPolicy stand for no policy");
     add_repeated(command, "--budget", options.budget, "NAME=N",
-                 "How much one verification may do: signatures, candidates, path-length, policy-nodes or "
-                 "name-comparisons");
+                 "How much one verification may do: signatures, candidates, path-length, policy-nodes, "
+                 "name-comparisons or fetches");
 }
 
 }  // namespace
@@ -146,6 +165,7 @@ void add_strict_options(CLI::App *command, StrictOptions &options) {
     const std::size_t before = command->get_options().size();
     add_name_options(command, options);
     add_strength_options(command, options);
+    add_revocation_options(command, options);
     add_policy_options(command, options);
     const std::vector<CLI::Option *> all = command->get_options({});
     for (std::size_t i = before; i < all.size(); ++i) {
@@ -171,7 +191,7 @@ uint32_t accepted_faults(const StrictOptions &options) {
 
 StrictSettings::StrictSettings(const StrictOptions &options, const std::vector<std::string> &policies,
                                const std::string &time)
-    : time_(time_of_option(time)) {
+    : time_(time_of_option(time)), fetcher_(accepted_faults(options)) {
     settings_.time = time_.get();
     settings_.profile = value_of(kProfiles, options.profile);
     settings_.least_rsa_bits = options.least_rsa_bits;
@@ -180,6 +200,8 @@ StrictSettings::StrictSettings(const StrictOptions &options, const std::vector<s
     for (const std::string &text : options.budget) {
         set_budget(text, settings_.budget);
     }
+    if (!options.revocation.empty()) settings_.revocation = value_of(kRevocation, options.revocation);
+    if (options.fetch) fetcher_.serve(settings_);
     set_names(options);
     set_policies(options, policies);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "fetch.hpp"
 #include "owned.hpp"
 
 namespace CLI {
@@ -26,6 +27,9 @@ struct StrictOptions {
     std::string mailbox;
     std::string profile = "current";
     std::string anchor_rules = "all";
+    std::string revocation;
+    std::vector<std::string> lists;
+    std::vector<std::string> responses;
     std::vector<std::string> accepted;
     std::vector<std::string> budget;  ///< NAME=N
     uint32_t least_rsa_bits = 0;
@@ -33,6 +37,7 @@ struct StrictOptions {
     bool inhibit_mapping = false;
     bool inhibit_any_policy = false;
     bool system_anchors = false;
+    bool fetch = false;
 };
 
 /// --rules. Options of one of them alone are in a group of their name.
@@ -54,7 +59,11 @@ class StrictSettings {
     /// settings.
     StrictSettings(const StrictOptions &options, const std::vector<std::string> &policies,
                    const std::string &time);
+    StrictSettings(const StrictSettings &) = delete;
+    StrictSettings &operator=(const StrictSettings &) = delete;
     [[nodiscard]] const VERIFY_SETTINGS &get() const { return settings_; }
+    /// What the last verifications could not fetch.
+    [[nodiscard]] std::vector<std::string> take_warnings() { return fetcher_.take_warnings(); }
 
   private:
     void set_names(const StrictOptions &options);
@@ -63,6 +72,7 @@ class StrictSettings {
     Time time_;
     Oids policies_;
     std::vector<uint8_t> address_;
+    Fetcher fetcher_;
     VERIFY_SETTINGS settings_{};
 };
 

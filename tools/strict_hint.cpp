@@ -21,6 +21,7 @@ constexpr Hint kHints[] = {
     {"BadBoolean", "--accept boolean lets it pass"},
     {"KeyUsageZeros", "--accept key-usage-zeros lets it pass"},
     {"BadSerial", "--accept serial lets a number pass that is not in the fewest octets"},
+    {"NoStatus", "give the issuer's list with --crl, a response with --ocsp, or --fetch"},
     {"SignatureBudget", "--budget signatures=N allows more"},
     {"CandidateBudget", "--budget candidates=N allows more"},
     {"LengthBudget", "--budget path-length=N allows more"},

@@ -13,12 +13,15 @@ namespace tool {
 
 using VerifyResult = Owned<VERIFY_RESULT, free_VERIFY_RESULT>;
 
-/// {"path", "policies", "findings", "candidates", "paths"}. A finding has "certificate", its index in the
-/// path, "rule", "section", "status" and "text".
+/// {"path", "policies", "findings", "candidates", "paths"}. A certificate of the path also has "revocation".
+/// A finding has "certificate", its index in the path, "rule", "section", "status" and "text".
 [[nodiscard]] Json describe_result(const VERIFY_RESULT *result);
 
 /// The warnings, each with the subject that it is about. The description is that of the result.
 [[nodiscard]] std::vector<std::string> result_warnings(const VERIFY_RESULT *result, const Json &description);
+
+/// A certificate in DER; null when it cannot be decoded.
+[[nodiscard]] Certificate decode_received(Octets octets);
 
 /// A certificate of the path; null when there is none or it cannot be decoded.
 [[nodiscard]] Certificate result_certificate(const VERIFY_RESULT *result, uint32_t index);

@@ -1,5 +1,6 @@
 #include "strict_store.hpp"
 
+#include "failure.hpp"
 #include "status.hpp"
 #include "system_anchors.hpp"
 
@@ -8,6 +9,19 @@ namespace tool {
 namespace {
 
 constexpr uint32_t kNoMemory = 0x5502003C;
+constexpr uint32_t kResponderRefuses = 0x55060303;
+
+/// The blocks of a file with this label, or its one element in DER. Throws Failure when there is none.
+std::vector<Block> blocks_labelled(const Input &input, const std::string &path, const std::string &label) {
+    std::vector<Block> blocks;
+    for (const Block &block : input.blocks()) {
+        if (!block.label.empty() && block.label != label) continue;
+        expect_contents(block);
+        blocks.push_back(block);
+    }
+    if (blocks.empty()) throw Failure(source_of(path) + ": holds no " + label);
+    return blocks;
+}
 
 uint32_t size_of(const ReceivedCertificate &certificate) {
     return static_cast<uint32_t>(certificate.octets.octets().size());
@@ -33,6 +47,12 @@ StrictStore::StrictStore(const StrictOptions &options, const std::vector<std::st
             add(intermediate);
         }
     }
+    for (const std::string &path : options.lists) {
+        add_lists(path);
+    }
+    for (const std::string &path : options.responses) {
+        add_responses(path);
+    }
 }
 
 void StrictStore::add(const ReceivedCertificate &intermediate) {
@@ -44,6 +64,31 @@ void StrictStore::add(const ReceivedCertificate &intermediate) {
 void StrictStore::add_anchor(const ReceivedCertificate &anchor) {
     const Octets octets = anchor.octets.octets();
     take(anchor, add_VERIFY_STORE_anchor(store_.get(), octets.data(), size_of(anchor), accepted_));
+}
+
+void StrictStore::add_lists(const std::string &path) {
+    const Input input(path);
+    for (const Block &block : blocks_labelled(input, path, "X509 CRL")) {
+        const auto size = static_cast<uint32_t>(block.octets.size());
+        const uint32_t status = add_VERIFY_STORE_crl(store_.get(), block.octets.data(), size);
+        if (status == kNoMemory) throw std::bad_alloc();
+        if (status == 0) continue;
+        throw Failure(block.source + ": is no revocation list: " + exact_status_sentence(status));
+    }
+}
+
+/// A responder may have answered that it could not.
+void StrictStore::add_responses(const std::string &path) {
+    const Input input(path);
+    for (const Block &block : blocks_labelled(input, path, "OCSP RESPONSE")) {
+        const auto size = static_cast<uint32_t>(block.octets.size());
+        const uint32_t status = add_VERIFY_STORE_ocsp(store_.get(), block.octets.data(), size);
+        if (status == kNoMemory) throw std::bad_alloc();
+        if (status == 0) continue;
+        const std::string problem = block.source + ": " + exact_status_sentence(status);
+        if (status != kResponderRefuses) throw Failure(problem);
+        warnings_.push_back(problem);
+    }
 }
 
 void StrictStore::take(const ReceivedCertificate &certificate, uint32_t status) {

@@ -14,7 +14,8 @@ namespace tool {
 /// A store that is filled from files and folders. What it cannot take becomes a warning.
 class StrictStore {
   public:
-    /// Adds what --anchor, --pool and --system-anchors name. Throws Failure for what cannot be read.
+    /// Adds what --anchor, --pool, --system-anchors, --crl and --ocsp name. Throws Failure for what cannot be
+    /// read.
     StrictStore(const StrictOptions &options, const std::vector<std::string> &anchors,
                 const std::vector<std::string> &pool);
 
@@ -25,6 +26,8 @@ class StrictStore {
 
   private:
     void add_anchor(const ReceivedCertificate &anchor);
+    void add_lists(const std::string &path);
+    void add_responses(const std::string &path);
     void take(const ReceivedCertificate &certificate, uint32_t status);
 
     Owned<VERIFY_STORE, free_VERIFY_STORE> store_;

@@ -1,5 +1,6 @@
 #include "target_report.hpp"
 
+#include <algorithm>
 #include <iostream>
 
 #include "failure.hpp"
@@ -42,12 +43,24 @@ void print_policies(std::ostream &out, const Json &policies) {
     if (policies.empty()) out << "  none\n";
 }
 
+/// Says so when revocation was looked up for no certificate below the anchor's.
+void print_unchecked(std::ostream &out, const Json &path) {
+    const bool is_strict =
+        std::all_of(path.begin(), path.end(), [](const Json &each) { return each.contains("revocation"); });
+    if (is_strict && path.size() > 1 && std::none_of(path.begin(), path.end(), is_revocation_known)) {
+        out << "\nRevocation\n  not checked\n";
+    }
+}
+
 void print_report(std::ostream &out, const TargetReport &report) {
     const Json &document = report.document;
     const bool valid = is_valid(document);
     if (!report.preamble.empty()) out << report.preamble << "\n\n";
     print_path(out, document);
-    if (valid) print_policies(out, document["policies"]);
+    if (valid) {
+        print_policies(out, document["policies"]);
+        print_unchecked(out, document["path"]);
+    }
     out << '\n'
         << printable(document["source"].get<std::string>()) << ": "
         << (valid ? coloured("valid", Colour::kGreen) : coloured("NOT VALID", Colour::kRed)) << '\n';

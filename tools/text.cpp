@@ -184,4 +184,8 @@ std::string time_text(const X509_TIME *time) {
     return rfc3339(*calendar, offset_of(time->time));
 }
 
+std::string time_text(const ASN1_TIME &time) {
+    return rfc3339(time, {});
+}
+
 }  // namespace tool

@@ -53,5 +53,6 @@ using Octets = std::span<const uint8_t>;
 
 /// A point in time by RFC 3339, in UTC: "2020-01-31T12:00:00Z"; or the text as it is when it is no time.
 [[nodiscard]] std::string time_text(const X509_TIME *time);
+[[nodiscard]] std::string time_text(const ASN1_TIME &time);
 
 }  // namespace tool

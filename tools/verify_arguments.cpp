@@ -26,7 +26,7 @@ void add_verify(CLI::App &app, CommandLine &line) {
     CLI::App *command = app.add_subcommand(
         "verify", "Find a path from each target certificate up to a trust anchor, and validate it");
     command->footer(
-        "Give --anchor, --pool, --policy, --accept and --budget once for each value.\n"
+        "Give --anchor, --pool, --policy, --crl, --ocsp, --accept and --budget once for each value.\n"
         "TIME is YYYY-MM-DD, YYYY-MM-DD,hh:mm:ss or RFC 3339 (2026-01-31T12:00:00+09:00), in UTC unless it "
         "has\n"
         "an offset.\n"
@@ -34,7 +34,7 @@ void add_verify(CLI::App &app, CommandLine &line) {
         "(extended\n"
         "key usage), and know RSA and KCDSA alone; warnings tell of constraints that a valid path holds, but "
         "that\n"
-        "were not applied. Neither checks revocation.\n\n"
+        "were not applied. They do not check revocation.\n\n"
         "Example: tlxpki verify --anchor root.pem --pool ca.pem --purpose sign user.pem");
     add_repeated(command, "--anchor", options.anchors, "FILE", "Certificates to trust");
     add_repeated(command, "--pool", options.pool, "FILE", "Certificates to find issuers among");

@@ -68,6 +68,15 @@ TEST(Http, GivesTheWholeAnswerOrOneSentence) {
     EXPECT_EQ(outcome(request), "URL: answers with more than 99 octets");
 }
 
+TEST(Http, ValuesOfEntriesAreThoseInBase64) {
+    using Values = std::vector<std::string>;
+    EXPECT_EQ(
+        tool::values_of_entries("DN: cn=x\n\tcn: x\n\n\tcACertificate;binary:: QUI=\n\n\tb:: QUJD\n\n\n"),
+        Values({"AB", "ABC"}));
+    EXPECT_EQ(tool::values_of_entries("b:: QUI=\n\tb:: Q=\n\tb: QUI=\n\tb:: QUI="), Values({"AB"}));
+    EXPECT_EQ(tool::values_of_entries(""), Values());
+}
+
 TEST(Http, SendsWhatItIsGiven) {
     const HttpServer server(answer);
     HttpRequest request;

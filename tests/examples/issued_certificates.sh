@@ -24,10 +24,9 @@ same "permissions of the keys" $'600\n600' "$(stat -c %a ca.key user.key)"
 same "no such folder" $'none/ca.pem: cannot be written\nexit status 1' \
     "$(run issue_certificates none/ca.pem ca.key user.pem user.key)"
 
-same "a good path" $'valid, 2 certificates\n[0] Valid Policy : 2.999.1\nexit status 0' \
-    "$(run verify_chain ca.pem ca.pem user.pem | grep -v -e depth -e 2.5.29.32.0)"
-same "another CA" $'not valid: 0x53100054, a signature does not verify with the issuer\'s key\nexit status 1' \
-    "$(run verify_chain other-ca.pem other-ca.pem user.pem)"
+same "a good path" $'valid, 2 certificates\npolicy 2.999.1\nexit status 0' "$(run verify_chain ca.pem ca.pem user.pem)"
+wrong=$'not valid: 0x53100054, certificate 0: the signature does not verify with the issuer\'s key (RFC 5280, 6.1.3 (a)(1))'
+same "another CA" "$wrong"$'\nexit status 1' "$(run verify_chain other-ca.pem other-ca.pem user.pem)"
 
 both=$': 0, success; altered: 2, the signature does not verify\n'
 same "signatures" "RSA PKCS #1 v1.5${both}RSA PSS${both}KCDSA${both}exit status 0" "$(run sign_and_verify user.pem user.key)"

@@ -14,7 +14,7 @@ declarations "$cc" "$include"
 declare -A needed=(
     [tlxcrypto.dll]="advapi32 bcrypt kernel32 msvcrt user32"
     [tlxpki.dll]="kernel32 msvcrt tlxcrypto"
-    [tlxpki.exe]="advapi32 kernel32 msvcrt shell32 tlxcrypto tlxpki winhttp"
+    [tlxpki.exe]="advapi32 crypt32 kernel32 msvcrt shell32 tlxcrypto tlxpki winhttp"
 )
 for file in "${!needed[@]}"; do
     [[ -f $dlls/$file ]] || { echo "$file is missing"; status=1; continue; }
