@@ -8,6 +8,7 @@ namespace tlx {
 
 /// Identifier octets.
 namespace id {
+constexpr u8 kEndOfContents = 0x00;
 constexpr u8 kBoolean = 0x01;
 constexpr u8 kInteger = 0x02;
 constexpr u8 kBitString = 0x03;
@@ -42,7 +43,7 @@ class StrictCursor {
     /// Takes the next element, whatever its identifier of one octet. False, also at the end, when there is
     /// none in DER.
     [[nodiscard]] bool any(Element &element) noexcept {
-        return cursor_.next(element) && !element.indefinite &&
+        return cursor_.next(element) && element.tag != id::kEndOfContents && !element.indefinite &&
                element.length_octets.size() == length_size(element.contents.size()) &&
                element.number() != kTagNumberMask;
     }
