@@ -30,9 +30,9 @@ using Reports = Held<free_P7_SIGNER_REPORTS>;
 std::uint32_t verify(const P7_CONTENT_INFO *message, std::uint8_t choices, const std::uint8_t *content,
                      Reports &reports) {
     P7_SIGNER_REPORTS *made = nullptr;
-    const std::uint32_t status = verify_PKCS7_Signers(
+    const std::uint32_t status = verify_PKCS7_Signers_ex(
         message, content, content != nullptr ? kContentLength : 0, identity().pool.get(),
-        (choices & with_anchor) != 0 ? identity().anchors.get() : nullptr, identity().time.get(), &made);
+        (choices & with_anchor) != 0 ? identity().store.get() : nullptr, &identity().settings, &made);
     reports.reset(made);
     std::uint32_t first = 0;
     const auto count = static_cast<std::int32_t>(get_P7_SIGNER_REPORTS_count(made));
@@ -60,10 +60,10 @@ void import_list(const P7_CONTENT_INFO *message) {
     const Held<free_TRUST_ANCHORS> anchors(new_TRUST_ANCHORS());
     const Held<free_X509_CERTIFICATES> pool(new_X509_CERTIFICATES());
     const std::uint32_t status =
-        add_TRUST_ANCHORS_from_CTL_of_authority(anchors.get(), message, ours.pool.get(), ours.time.get());
+        add_TRUST_ANCHORS_from_CTL_of_authority_ex(anchors.get(), message, ours.pool.get(), &ours.settings);
     require((status == 0) == (get_TRUST_ANCHORS_count(anchors.get()) > 0));
     const bool taken =
-        add_CERTIFICATES_from_CTL_of_authority(pool.get(), message, ours.pool.get(), ours.time.get()) == 0;
+        add_CERTIFICATES_from_CTL_of_authority_ex(pool.get(), message, ours.pool.get(), &ours.settings) == 0;
     require(taken == (status == 0));
     require(get_X509_CERTIFICATES_count(pool.get()) == get_TRUST_ANCHORS_count(anchors.get()));
     add_CERTIFICATES_from_CTL(pool.get(), message);

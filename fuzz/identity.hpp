@@ -26,8 +26,9 @@ struct Identity {
     Held<free_ASYMMETRIC_KEY> key{new_ASYMMETRIC_KEY()};
     Held<free_X509_CERT> cert;
     Held<free_X509_CERTIFICATES> pool{new_X509_CERTIFICATES()};
-    Held<free_TRUST_ANCHORS> anchors{new_TRUST_ANCHORS()};
+    Held<free_VERIFY_STORE> store{new_VERIFY_STORE()};
     Held<free_ASN1_TIME> time{charToASN1_TIME("2030-01-01,00:00:00")};
+    VERIFY_SETTINGS settings{};  ///< which take keys of any size
 
     Identity() {
         const Octets key_octets = hex(kKey);
@@ -44,8 +45,11 @@ struct Identity {
         require(get_RSA_UNIT_from_PKCS1_RSA_PRIVATE_KEY(unit.get(), numbers.get()) == 0);
         set_ASYMMETRIC_KEY(key.get(), TLX_KEY_RSA, unit.get());
         add_X509_CERTIFICATES(pool.get(), cert.get());
-        const Held<free_TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(cert.get()));
-        add_TRUST_ANCHORS(anchors.get(), anchor.get());
+        require(add_VERIFY_STORE_anchor(store.get(), cert_octets.data(),
+                                        static_cast<std::uint32_t>(cert_octets.size()), 0) == 0);
+        settings.time = time.get();
+        settings.profile = TLX_PROFILE_ANY;
+        settings.purpose = TLX_PURPOSE_SIGNING;
     }
 };
 

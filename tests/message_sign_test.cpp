@@ -1,8 +1,10 @@
 // Signing and verify_PKCS7(), step by step, with rows as scripts.
 #include <gtest/gtest.h>
 
+#include "support/crl_builder.hpp"
 #include "support/rows.hpp"
 #include "support/signers.hpp"
+#include "support/verify_support.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
@@ -98,18 +100,30 @@ class Script {
         return verify_PKCS7(info_.get(), cert, octets_or_null(length), length_of(length));
     }
 
-    /// The reliable verification: length, anchors (1 the root, 2 another), time (1 long ago), pool (1 the
-    /// CA).
+    /// The reliable verification: length, anchors (1 the root, 2 the CA, 3 another root), time (1 long ago),
+    /// pool (1 the CA).
     std::uint32_t check(const Numbers &n) {
         const Chain chain = valid_chain(3);
-        const Anchors anchors = anchors_of({n[1] == 2 ? chain[1] : chain[2]});
+        CertSpec other = chain[2];
+        other.key = other.signer = 3;
+        const Chain trusted = {n[1] == 3 ? other : n[1] == 2 ? chain[1] : chain[2]};
         const Certificates pool = make(n[3] == 1 ? Chain{chain[2], chain[1]} : Chain{chain[2]});
         const Held<free_ASN1_TIME> past(charToASN1_TIME("1999-01-01,00:00:00"));
-        return verify_PKCS7_Signers(info_.get(), octets_or_null(n[0]), n[0] == 999 ? 0 : n[0], pool.get(),
-                                    n[1] == 0 ? nullptr : anchors.get(), n[2] == 1 ? past.get() : nullptr,
-                                    &reports_);
+        const ASN1_TIME *time = n[2] == 1 ? past.get() : nullptr;
+        const std::uint32_t length = n[0] == 999 ? 0 : n[0];
+        if (rules_ == 0) {
+            const Store store = store_of(trusted);
+            const VERIFY_SETTINGS settings = legacy_settings(time);
+            return verify_PKCS7_Signers_ex(info_.get(), octets_or_null(n[0]), length, pool.get(),
+                                           n[1] == 0 ? nullptr : store.get(), &settings, &reports_);
+        }
+        const Anchors anchors = anchors_of(trusted);
+        const auto verify = rules_ == 1 ? verify_PKCS7_Signers : verify_PKCS7_Signers_by_CPV;
+        return verify(info_.get(), octets_or_null(n[0]), length, pool.get(),
+                      n[1] == 0 ? nullptr : anchors.get(), time, &reports_);
     }
-    /// A member of a report in the order of the header; 8 counts a certificate (1) and a time (2).
+    /// A member of a report in the order of the header; 8 counts a certificate (1) and a time (2), 9 the
+    /// certificates of the path.
     std::uint32_t report(const Numbers &n) {
         const auto *found = get_P7_SIGNER_REPORTS_child(reports_, static_cast<std::int32_t>(n[0]));
         if (found == nullptr) return 999;
@@ -123,7 +137,8 @@ class Script {
             of.pathStatus,
             of.digestAlgorithm,
             of.signatureAlgorithm,
-            (of.certificate != nullptr ? 1U : 0U) + (of.signingTime != nullptr ? 2U : 0U)};
+            (of.certificate != nullptr ? 1U : 0U) + (of.signingTime != nullptr ? 2U : 0U),
+            get_VERIFY_RESULT_path_count(of.path)};
         return members[n[1]];
     }
     std::uint32_t sign_with_attributes(const Numbers &n) {
@@ -154,7 +169,15 @@ class Script {
         return add_PKCS7_Certificate(info_.get(), spec.make().get());
     }
 
+    /// Adds a list of the CA that has the certificate of a key.
+    std::uint32_t revoke(const Numbers &n) {
+        Crl crl = make_crl("+1" + std::to_string(n[0]) +
+                           " issuer=CA_1 until=2090-01-01 key=" + std::to_string(valid_chain(3)[1].key));
+        return add_PKCS7_Crl(info_.get(), crl.release());
+    }
+
     P7_SIGNER_REPORTS *reports_ = nullptr;
+    std::uint32_t rules_ = 0;  ///< 0 strict with keys of 1024 bits, 1 strict, 2 compatible
     Info info_ = Info(new_P7_CONTENT_INFO());
     const Steps steps_ = {
         {"type",
@@ -263,6 +286,8 @@ class Script {
         {"signature-algorithm",
          [this](const Numbers &n) { return set_algorithm(signer(n[0])->digestEncryptionAlgorithm, n[1]); }},
         {"cert-as", [this](const Numbers &n) { return add_other(n); }},
+        {"revoke", [this](const Numbers &n) { return revoke(n); }},
+        {"rules", [this](const Numbers &n) { return rules_ = n[0], 0U; }},
         {"check", [this](const Numbers &n) { return check(n); }},
         {"report", [this](const Numbers &n) { return report(n); }},
         {"verify", [this](const Numbers &n) { return verify(nullptr, n[0]); }},
@@ -327,14 +352,22 @@ TEST(MessageSign, AllocationsMayFail) {
     const Chain chain = valid_chain(3);
     const Anchors anchors = anchors_of({chain[2]});
     const Certificates pool = make({chain[2], chain[1]});
-    sweep_failing_allocations([&] {
-        P7_SIGNER_REPORTS *reports = nullptr;
-        const std::uint32_t status =
-            verify_PKCS7_Signers(ready.get(), nullptr, 0, pool.get(), anchors.get(), nullptr, &reports);
-        EXPECT_TRUE(reports != nullptr || status == 0x4B30003C) << status_text(status);
-        free_P7_SIGNER_REPORTS(reports);
-        return status == 0;
-    });
+    const Store store = store_of({chain[2]});
+    const VERIFY_SETTINGS settings = legacy_settings(nullptr);
+    for (const std::uint32_t rules : {0U, 1U, 2U}) {
+        sweep_failing_allocations([&] {
+            P7_SIGNER_REPORTS *reports = nullptr;
+            const auto by_anchors = rules == 1 ? verify_PKCS7_Signers : verify_PKCS7_Signers_by_CPV;
+            const std::uint32_t status =
+                rules == 0
+                    ? verify_PKCS7_Signers_ex(ready.get(), nullptr, 0, pool.get(), store.get(), &settings,
+                                              &reports)
+                    : by_anchors(ready.get(), nullptr, 0, pool.get(), anchors.get(), nullptr, &reports);
+            EXPECT_TRUE(reports != nullptr || status == 0x4B30003C) << status_text(status);
+            free_P7_SIGNER_REPORTS(reports);
+            return status == (rules == 1 ? 0x55020206U : 0U);
+        });
+    }
     sweep_failing_allocations(
         [&] { return may_fail(ready, verify_PKCS7(ready.get(), nullptr, nullptr, 0)); });
 }

@@ -125,7 +125,8 @@ class Script {
         const Certificates authorities = list_of(n[0]);
         const char *const times[] = {"2025-01-01,00:00:00", "2035-01-01,00:00:00", "2019-12-31,23:59:59"};
         const Held<free_ASN1_TIME> time(charToASN1_TIME(times[n[1]]));
-        return use(authorities.get(), time.get());
+        const VERIFY_SETTINGS settings = legacy_settings(time.get());
+        return use(authorities.get(), &settings);
     }
 
     Info info_ = Info(new_P7_CONTENT_INFO());
@@ -159,20 +160,25 @@ class Script {
         {"pool", [this](const Numbers &) { return add_CERTIFICATES_from_CTL(pool_.get(), info_.get()); }},
         {"authority",
          [this](const Numbers &n) {
-             return with_authority(n, [this](const X509_CERTIFICATES *by, const ASN1_TIME *time) {
-                 return verify_CTL_of_authority(info_.get(), by, time, &reports_);
+             return with_authority(n, [this](const X509_CERTIFICATES *by, const VERIFY_SETTINGS *settings) {
+                 return verify_CTL_of_authority_ex(info_.get(), by, settings, &reports_);
              });
+         }},
+        {"authority-of-today",
+         [this](const Numbers &n) {
+             const Certificates by = list_of(n[0]);
+             return verify_CTL_of_authority(info_.get(), by.get(), nullptr, &reports_);
          }},
         {"authority-anchors",
          [this](const Numbers &n) {
-             return with_authority(n, [this](const X509_CERTIFICATES *by, const ASN1_TIME *time) {
-                 return add_TRUST_ANCHORS_from_CTL_of_authority(anchors_.get(), info_.get(), by, time);
+             return with_authority(n, [this](const X509_CERTIFICATES *by, const VERIFY_SETTINGS *settings) {
+                 return add_TRUST_ANCHORS_from_CTL_of_authority_ex(anchors_.get(), info_.get(), by, settings);
              });
          }},
         {"authority-pool",
          [this](const Numbers &n) {
-             return with_authority(n, [this](const X509_CERTIFICATES *by, const ASN1_TIME *time) {
-                 return add_CERTIFICATES_from_CTL_of_authority(pool_.get(), info_.get(), by, time);
+             return with_authority(n, [this](const X509_CERTIFICATES *by, const VERIFY_SETTINGS *settings) {
+                 return add_CERTIFICATES_from_CTL_of_authority_ex(pool_.get(), info_.get(), by, settings);
              });
          }},
         {"count",
@@ -235,14 +241,14 @@ TEST(TrustList, AllocationsMayFail) {
         const Certificates pool(new_X509_CERTIFICATES());
         return add_CERTIFICATES_from_CTL(pool.get(), info);
     });
-    // Without memory an issuer may look like none.
+    const VERIFY_SETTINGS settings = legacy_settings(nullptr);
     const Statuses any = {0x5410003C, 0x54100116, 0x54100113, 0x4B30003C, 0x5411003C, 0x5412003C,
                           0x4B300048, 0x4B30002B, 0x4B30005E, 0x4B300054, 0x462D0104, 0x462D003C};
     sweep_statuses(any, [&] {
         const Anchors anchors(new_TRUST_ANCHORS());
         if (anchors == nullptr) return 0x5411003CU;
         const std::uint32_t status =
-            add_TRUST_ANCHORS_from_CTL_of_authority(anchors.get(), info, authorities.get(), nullptr);
+            add_TRUST_ANCHORS_from_CTL_of_authority_ex(anchors.get(), info, authorities.get(), &settings);
         EXPECT_EQ(get_TRUST_ANCHORS_count(anchors.get()), status == 0 ? 2U : 0U);
         return status;
     });
@@ -250,7 +256,7 @@ TEST(TrustList, AllocationsMayFail) {
         const Certificates pool(new_X509_CERTIFICATES());
         if (pool == nullptr) return 0x5412003CU;
         const std::uint32_t status =
-            add_CERTIFICATES_from_CTL_of_authority(pool.get(), info, authorities.get(), nullptr);
+            add_CERTIFICATES_from_CTL_of_authority_ex(pool.get(), info, authorities.get(), &settings);
         EXPECT_EQ(get_X509_CERTIFICATES_count(pool.get()), status == 0 ? 2U : 0U);
         return status;
     });

@@ -89,8 +89,9 @@ Findings verify(const VerifyMessageOptions &options, const P7_CONTENT_INFO *mess
     const Time time = time_of_option(options.time);
     P7_SIGNER_REPORTS *reports = nullptr;
     Findings findings;
-    findings.status = verify_PKCS7_Signers(message, content.data(), static_cast<uint32_t>(content.size()),
-                                           trust.pool.get(), trust.anchors.get(), time.get(), &reports);
+    findings.status =
+        verify_PKCS7_Signers_by_CPV(message, content.data(), static_cast<uint32_t>(content.size()),
+                                    trust.pool.get(), trust.anchors.get(), time.get(), &reports);
     findings.reports.reset(reports);
     expect_checkable(source_of(options.message), message, findings.status);
     if (findings.status == 0 && trust.anchors == nullptr) findings.status = kUnproven;

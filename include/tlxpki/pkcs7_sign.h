@@ -30,6 +30,7 @@
 #include <tlxpki/cpv.h>
 #include <tlxpki/pkcs1_param.h>
 #include <tlxpki/pkcs7.h>
+#include <tlxpki/verify.h>
 
 TLX_BEGIN_DECLS
 
@@ -186,12 +187,15 @@ typedef struct P7_SIGNER_REPORT {
                                     not the      content's; 0x4B30005E messageDigest is not the digest of the content */
     uint32_t signatureStatus;    /**< 0x4B300054 the signature does not verify; with an algorithmStatus the
                                     same */
-    uint32_t pathStatus;         /**< a status of build_certPath() or validate_certpath(); 0x4B300116 without
-                                    anchors: nothing proves whose key it is */
+    uint32_t pathStatus;         /**< a status of verify_CERTIFICATE(), or of build_certPath() or
+                                    validate_certpath() by the compatible rules; 0x4B300116 without anchors:
+                                    nothing proves whose key it is */
     uint32_t digestAlgorithm;    /**< row of the registry; 0 for an unknown one */
     uint32_t signatureAlgorithm; /**< likewise */
     X509_CERT *certificate;      /**< the signer's, owned; null when there is none */
     ASN1_TIME *signingTime;      /**< what the signer says, owned; null when it says none */
+    VERIFY_RESULT *path;         /**< the path and all findings about it, owned; null without anchors and by
+                                    the compatible rules */
 } P7_SIGNER_REPORT;
 
 /** P7_SIGNER_REPORT entries in the order of the signers, freed with free_P7_SIGNER_REPORTS(). */
@@ -206,14 +210,17 @@ typedef STACK P7_SIGNER_REPORTS;
  * Attributes count as they were received, with the tag of a SET; when that does not verify, in DER order.
  * Certificates are looked for in the pool first. The time is linear in the number of signers.
  *
- * It does not consult revocation lists, refuses no digest for being weak, trusts no signing time, requires no
- * policies, and ignores unauthenticated attributes. What path validation leaves out is in <tlxpki/cpv.h>.
+ * Paths are verified by verify_CERTIFICATE() with the purpose TLX_PURPOSE_SIGNING and its other defaults:
+ * keys of RSA and KCDSA below 2048 bits and signatures with SHA-1 and HAS-160 are too weak for certificates.
+ * verify_PKCS7_Signers_ex() takes other settings. Revocation lists that the message carries count: who is on
+ * one is revoked. Of the signer's own signature no digest is refused for
+ * being weak. It trusts no signing time, and ignores unauthenticated attributes.
  *
  * @param info    signed data, or signed-and-enveloped data with the decrypted content
  * @param content the content of a detached message; null when the message has content
  * @param length  its octets, at most 0x7FFFFFFF
  * @param pool    further certificates, those of the anchors among them; may be null
- * @param anchors null checks no paths. The maximum path length is the process-wide one
+ * @param anchors null checks no paths
  * @param time    the point in time to verify at, in UTC; null for the present
  * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
  * null
@@ -225,6 +232,27 @@ typedef STACK P7_SIGNER_REPORTS;
 TLXPKI_API uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
                                          const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
                                          const ASN1_TIME *time, P7_SIGNER_REPORTS **reports);
+/**
+ * The same with a store and settings.
+ * @param pool     further certificates of signers and of issuers; may be null. Its certificates and those of
+ * the message count as they were received
+ * @param store    anchors and intermediates; null checks no paths
+ * @param settings null for those of verify_PKCS7_Signers() at the present time. Their time also is that of
+ * certificateStatus, and accepted_faults also counts for certificates of the pool and the message
+ * @return as verify_PKCS7_Signers() does
+ */
+TLXPKI_API uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *content,
+                                            uint32_t length, const X509_CERTIFICATES *pool,
+                                            const VERIFY_STORE *store, const VERIFY_SETTINGS *settings,
+                                            P7_SIGNER_REPORTS **reports);
+/**
+ * verify_PKCS7_Signers() with paths of build_certPath() and validate_certpath(), which <tlxpki/cpv.h> says
+ * what they leave out. No policies are required. The maximum path length is the process-wide one.
+ */
+TLXPKI_API uint32_t verify_PKCS7_Signers_by_CPV(const P7_CONTENT_INFO *info, const uint8_t *content,
+                                                uint32_t length, const X509_CERTIFICATES *pool,
+                                                const TRUST_ANCHORS *anchors, const ASN1_TIME *time,
+                                                P7_SIGNER_REPORTS **reports);
 /** Frees reports. Ignores null. */
 TLXPKI_API void free_P7_SIGNER_REPORTS(P7_SIGNER_REPORTS *reports);
 /** The number of reports; 0 for null. */

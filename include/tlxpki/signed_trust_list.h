@@ -48,10 +48,12 @@ TLXPKI_API uint32_t add_CERTIFICATES_from_CTL(X509_CERTIFICATES *pool, const P7_
 /* ---- Lists of an authority ---- */
 
 /**
- * Verifies that a list is one of an authority. verify_PKCS7_Signers() finds nothing wrong with any signer,
- * and the certificate of each is that of an authority, was issued by an authority directly, or has a path up
- * to one that is self-issued. Any certificate below an authority that may sign messages counts, unless its
- * extended key usage names other purposes than msCTLSign and anyExtendedKeyUsage.
+ * Verifies that a list is one of an authority. verify_PKCS7_Signers_ex() finds nothing wrong with any signer
+ * when the authorities, self-issued or not, are the anchors: the certificate of each is that of an authority
+ * or has a path up to one. Any certificate below an authority that may sign messages counts, unless its
+ * extended key usage names other purposes than msCTLSign and anyExtendedKeyUsage. The settings are those of
+ * verify_PKCS7_Signers(), which refuse keys below 2048 bits and certificates that are signed with SHA-1: for
+ * old lists there is verify_CTL_of_authority_ex().
  * @param authorities certificates that are trusted to sign lists, and CAs trusted to issue such certificates
  * @param time        the point in time, in UTC; null for the present
  * @param reports     receives a new list in place of *reports when signers were checked; may be null
@@ -59,10 +61,15 @@ TLXPKI_API uint32_t add_CERTIFICATES_from_CTL(X509_CERTIFICATES *pool, const P7_
  * 0x54100048 when the content is no trust list; 0x54100116 when a signer is neither an authority nor below
  * one; 0x54100118 when a signer below an authority may not sign lists; 0x54100113 when the time lies before
  * thisUpdate or after nextUpdate, or one of them cannot be read; 0x5410003C when memory runs out; otherwise a
- * status of verify_PKCS7_Signers()
+ * status of verify_PKCS7_Signers_ex()
  */
 TLXPKI_API uint32_t verify_CTL_of_authority(const P7_CONTENT_INFO *info, const X509_CERTIFICATES *authorities,
                                             const ASN1_TIME *time, P7_SIGNER_REPORTS **reports);
+/** The same with settings, as verify_PKCS7_Signers_ex() takes them. Its accepted_faults also counts for the
+ * authorities. */
+TLXPKI_API uint32_t verify_CTL_of_authority_ex(const P7_CONTENT_INFO *info,
+                                               const X509_CERTIFICATES *authorities,
+                                               const VERIFY_SETTINGS *settings, P7_SIGNER_REPORTS **reports);
 
 /**
  * Appends an anchor for each certificate of the set that the list names, in order, when
@@ -75,6 +82,11 @@ TLXPKI_API uint32_t add_TRUST_ANCHORS_from_CTL_of_authority(TRUST_ANCHORS *ancho
                                                             const P7_CONTENT_INFO *info,
                                                             const X509_CERTIFICATES *authorities,
                                                             const ASN1_TIME *time);
+/** The same with settings. */
+TLXPKI_API uint32_t add_TRUST_ANCHORS_from_CTL_of_authority_ex(TRUST_ANCHORS *anchors,
+                                                               const P7_CONTENT_INFO *info,
+                                                               const X509_CERTIFICATES *authorities,
+                                                               const VERIFY_SETTINGS *settings);
 
 /**
  * Appends a copy of each certificate of the set that the list names, in order, when verify_CTL_of_authority()
@@ -87,6 +99,11 @@ TLXPKI_API uint32_t add_CERTIFICATES_from_CTL_of_authority(X509_CERTIFICATES *po
                                                            const P7_CONTENT_INFO *info,
                                                            const X509_CERTIFICATES *authorities,
                                                            const ASN1_TIME *time);
+/** The same with settings. */
+TLXPKI_API uint32_t add_CERTIFICATES_from_CTL_of_authority_ex(X509_CERTIFICATES *pool,
+                                                              const P7_CONTENT_INFO *info,
+                                                              const X509_CERTIFICATES *authorities,
+                                                              const VERIFY_SETTINGS *settings);
 
 /* ---- Making ---- */
 

@@ -6,6 +6,7 @@
 
 #include "containers/signed_trust_list.hpp"
 #include "message/content_kinds.hpp"
+#include "message/strict_path.hpp"
 #include "trust/trust_records.hpp"
 
 using namespace tlx;
@@ -71,9 +72,10 @@ u32 collect_named(const P7_SIGNED_DATA &data, STACK *named, const ImportStatuses
 }
 
 /// Verifies an authority's list and copies the certificates that it names. 0 or a status.
-u32 take_named(const P7_CONTENT_INFO *info, const X509_CERTIFICATES *authorities, const ASN1_TIME *time,
-               const ImportStatuses &statuses, OwnedCertificates &copies) noexcept {
-    u32 status = verify_CTL_of_authority(info, authorities, time, nullptr);
+u32 take_named(const P7_CONTENT_INFO *info, const X509_CERTIFICATES *authorities,
+               const VERIFY_SETTINGS *settings, const ImportStatuses &statuses,
+               OwnedCertificates &copies) noexcept {
+    u32 status = verify_CTL_of_authority_ex(info, authorities, settings, nullptr);
     if (status != 0) return status;
     const Owned<STACK> named(new_STACK());
     if (!named) return statuses.no_memory;
@@ -100,10 +102,17 @@ bool move_values(List from, STACK *to) noexcept {
 uint32_t add_TRUST_ANCHORS_from_CTL_of_authority(TRUST_ANCHORS *anchors, const P7_CONTENT_INFO *info,
                                                  const X509_CERTIFICATES *authorities,
                                                  const ASN1_TIME *time) {
+    const VERIFY_SETTINGS settings = signing_settings(time);
+    return add_TRUST_ANCHORS_from_CTL_of_authority_ex(anchors, info, authorities, &settings);
+}
+
+uint32_t add_TRUST_ANCHORS_from_CTL_of_authority_ex(TRUST_ANCHORS *anchors, const P7_CONTENT_INFO *info,
+                                                    const X509_CERTIFICATES *authorities,
+                                                    const VERIFY_SETTINGS *settings) {
     constexpr ImportStatuses kStatuses = {0x54110047, 0x54110048, 0x5411003C};
     if (anchors == nullptr) return 0x54110049;
     OwnedCertificates certificates;
-    const u32 status = take_named(info, authorities, time, kStatuses, certificates);
+    const u32 status = take_named(info, authorities, settings, kStatuses, certificates);
     if (status != 0) return status;
     OwnedAnchors made(new_TRUST_ANCHORS());
     for (u32 i = 0; i < get_STACK_count(certificates.get()); ++i) {
@@ -116,10 +125,17 @@ uint32_t add_TRUST_ANCHORS_from_CTL_of_authority(TRUST_ANCHORS *anchors, const P
 
 uint32_t add_CERTIFICATES_from_CTL_of_authority(X509_CERTIFICATES *pool, const P7_CONTENT_INFO *info,
                                                 const X509_CERTIFICATES *authorities, const ASN1_TIME *time) {
+    const VERIFY_SETTINGS settings = signing_settings(time);
+    return add_CERTIFICATES_from_CTL_of_authority_ex(pool, info, authorities, &settings);
+}
+
+uint32_t add_CERTIFICATES_from_CTL_of_authority_ex(X509_CERTIFICATES *pool, const P7_CONTENT_INFO *info,
+                                                   const X509_CERTIFICATES *authorities,
+                                                   const VERIFY_SETTINGS *settings) {
     constexpr ImportStatuses kStatuses = {0x54120047, 0x54120048, 0x5412003C};
     if (pool == nullptr) return 0x54120049;
     OwnedCertificates certificates;
-    const u32 status = take_named(info, authorities, time, kStatuses, certificates);
+    const u32 status = take_named(info, authorities, settings, kStatuses, certificates);
     if (status != 0) return status;
     return move_values(std::move(certificates), pool) ? 0 : 0x5412003C;
 }

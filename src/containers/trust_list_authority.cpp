@@ -5,13 +5,13 @@
 
 #include "containers/signed_trust_list.hpp"
 #include "message/content_kinds.hpp"
+#include "message/strict_path.hpp"
 #include "trust/extension.hpp"
 
 using namespace tlx;
 
 namespace {
 
-using OwnedAnchors = std::unique_ptr<TRUST_ANCHORS, FreeWith<free_TRUST_ANCHORS>>;
 using OwnedReports = std::unique_ptr<P7_SIGNER_REPORTS, FreeWith<free_P7_SIGNER_REPORTS>>;
 using OwnedIdentifiers = std::unique_ptr<OBJECT_IDENTIFIERS, FreeWith<free_OBJECT_IDENTIFIERS>>;
 
@@ -19,31 +19,6 @@ using OwnedIdentifiers = std::unique_ptr<OBJECT_IDENTIFIERS, FreeWith<free_OBJEC
 const CERT_TRUST_LIST *list_in(const P7_SIGNED_DATA &data) noexcept {
     const P7_CONTENT_INFO *content = data.contentInfo;
     return content_type(content) == oid::kKisaCtl ? content->content.trustList : nullptr;
-}
-
-/// The authorities that a path may end at. Null when memory runs out.
-OwnedAnchors self_issued(const X509_CERTIFICATES *authorities) noexcept {
-    OwnedAnchors anchors(new_TRUST_ANCHORS());
-    for (u32 i = 0; anchors && i < get_STACK_count(authorities); ++i) {
-        const auto *cert = static_cast<const X509_CERT *>(authorities->values[i]);
-        if (is_selfSigned(cert) != 0) continue;
-        const Owned<TRUST_ANCHOR> anchor(create_TRUST_ANCHOR_from_X509_CERT(cert));
-        if (!anchor || add_TRUST_ANCHORS(anchors.get(), anchor.get()) != 0) anchors.reset();
-    }
-    return anchors;
-}
-
-bool is_ca(const X509_CERT *cert) noexcept {
-    Element element;
-    if (!read_extension(find_extension(cert, extension_id::kBasicConstraints), element)) return false;
-    const auto constraints = decode_record<BASIC_CONSTRAINTS>(element);
-    return constraints && constraints->cA != 0;
-}
-
-bool issued_directly(const X509_CERT *cert, const X509_CERT *authority, const ASN1_TIME *time) noexcept {
-    return cmp_X509_NAME(get_X509_issuer(cert), get_X509_subject(authority)) == 0 && is_ca(authority) &&
-           verify_X509_validity(authority, time) == 0 &&
-           verify_SIG_X509_CERT(cert, get_X509_SPKI(authority)) == 0;
 }
 
 /// RFC 5280, section 4.2.1.12: without the extension a key may be used for any purpose.
@@ -64,24 +39,24 @@ bool may_sign_lists(const X509_CERT *cert) noexcept {
 }
 
 /// Whether a signer with whom nothing else is wrong signs for an authority.
-u32 check_authority(const P7_SIGNER_REPORT &report, const X509_CERTIFICATES *authorities,
-                    const ASN1_TIME *time) noexcept {
-    bool is_below = report.pathStatus == 0;
+u32 check_authority(const P7_SIGNER_REPORT &report, const X509_CERTIFICATES *authorities) noexcept {
+    constexpr u32 kNoIssuer = 0x55030047;
+    constexpr u32 kNoAnchor = 0x53050116;
+    if (report.pathStatus == kNoIssuer || report.pathStatus == kNoAnchor) return 0x54100116;
+    if (report.pathStatus != 0) return report.pathStatus;
     for (u32 i = 0; i < get_STACK_count(authorities); ++i) {
-        const auto *authority = static_cast<const X509_CERT *>(authorities->values[i]);
-        if (cmp_X509_CERT(report.certificate, authority) == 0) return 0;
-        is_below = is_below || issued_directly(report.certificate, authority, time);
+        if (cmp_X509_CERT(report.certificate, static_cast<const X509_CERT *>(authorities->values[i])) == 0) {
+            return 0;
+        }
     }
-    if (!is_below) return 0x54100116;
     return may_sign_lists(report.certificate) ? 0 : 0x54100118;
 }
 
-u32 check_signers(const P7_SIGNER_REPORTS *reports, const X509_CERTIFICATES *authorities,
-                  const ASN1_TIME *time) noexcept {
+u32 check_signers(const P7_SIGNER_REPORTS *reports, const X509_CERTIFICATES *authorities) noexcept {
     for (u32 i = 0; i < get_STACK_count(reports); ++i) {
         const auto &report = *static_cast<const P7_SIGNER_REPORT *>(reports->values[i]);
         for (const u32 status : {report.certificateStatus, report.algorithmStatus, report.contentStatus,
-                                 report.signatureStatus, check_authority(report, authorities, time)}) {
+                                 report.signatureStatus, check_authority(report, authorities)}) {
             if (status != 0) return status;
         }
     }
@@ -103,20 +78,27 @@ u32 check_updates(const CERT_TRUST_LIST &list, const ASN1_TIME *time) noexcept {
 
 uint32_t verify_CTL_of_authority(const P7_CONTENT_INFO *info, const X509_CERTIFICATES *authorities,
                                  const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
+    const VERIFY_SETTINGS settings = signing_settings(time);
+    return verify_CTL_of_authority_ex(info, authorities, &settings, reports);
+}
+
+uint32_t verify_CTL_of_authority_ex(const P7_CONTENT_INFO *info, const X509_CERTIFICATES *authorities,
+                                    const VERIFY_SETTINGS *settings, P7_SIGNER_REPORTS **reports) {
     const P7_SIGNED_DATA *data = signed_data_of(info);
     if (data == nullptr || authorities == nullptr) return 0x54100049;
     const CERT_TRUST_LIST *list = list_in(*data);
     if (list == nullptr) return 0x54100048;
-    const OwnedAnchors anchors = self_issued(authorities);
-    if (!anchors) return 0x5410003C;
+    const VERIFY_SETTINGS wanted = settings != nullptr ? *settings : signing_settings(nullptr);
+    const Owned<VERIFY_STORE> store = store_of_certificates(authorities, wanted.accepted_faults);
+    if (!store) return 0x5410003C;
     P7_SIGNER_REPORTS *made = nullptr;
-    u32 status = verify_PKCS7_Signers(info, nullptr, 0, authorities, anchors.get(), time, &made);
+    u32 status = verify_PKCS7_Signers_ex(info, nullptr, 0, authorities, store.get(), &wanted, &made);
     OwnedReports checked(made);
     if (!checked) return status;
-    status = check_signers(checked.get(), authorities, time);
+    status = check_signers(checked.get(), authorities);
     if (reports != nullptr) {
         free_P7_SIGNER_REPORTS(*reports);
         *reports = checked.release();
     }
-    return status != 0 ? status : check_updates(*list, time);
+    return status != 0 ? status : check_updates(*list, wanted.time);
 }

@@ -174,6 +174,13 @@ const X509_CERT *find_certificate(const P7_SIGNER_INFO &signer, const SignerChec
     return checks.certificates.find({number->issuer, number->serialNumber}, failed);
 }
 
+/// Verifies the path. False when memory runs out.
+bool check_path(const X509_CERT &cert, const SignerChecks &checks, P7_SIGNER_REPORT &report) noexcept {
+    if (checks.strict != nullptr) return checks.strict->check(cert, report);
+    report.pathStatus = checks.compatible != nullptr ? checks.compatible->check(&cert) : 0x4B300116;
+    return true;
+}
+
 /// The checks that take the certificate. False when memory runs out.
 bool check_with(const X509_CERT *cert, const P7_SIGNER_INFO &signer, const SignerChecks &checks,
                 P7_SIGNER_REPORT &report) noexcept {
@@ -182,7 +189,7 @@ bool check_with(const X509_CERT *cert, const P7_SIGNER_INFO &signer, const Signe
     const auto key = copy_public_key(cert);
     report.certificate = dup_X509_CERT(cert);
     if (report.certificate == nullptr || (has_key && !key)) return false;
-    report.pathStatus = checks.paths != nullptr ? checks.paths->check(cert) : 0x4B300116;
+    if (!check_path(*cert, checks, report)) return false;
     report.algorithmStatus = check_algorithms(signer, algorithms, key.get());
     report.signatureStatus = report.algorithmStatus;
     return report.algorithmStatus != 0 ||
@@ -203,6 +210,6 @@ bool tlx::check_signer(const P7_SIGNER_INFO &signer, SignerChecks &checks,
     report.contentStatus = check_content(signer, SignerAlgorithms(signer).digest_id, checks);
     report.algorithmStatus = report.signatureStatus = report.pathStatus = report.certificateStatus;
     if (cert != nullptr && !check_with(cert, signer, checks, report)) return false;
-    report.status = first_failure(report, checks.paths != nullptr);
+    report.status = first_failure(report, checks.has_paths());
     return true;
 }

@@ -6,6 +6,7 @@
 #include "message/certificate_lookup.hpp"
 #include "message/content_digests.hpp"
 #include "message/signer_path.hpp"
+#include "message/strict_path.hpp"
 
 namespace tlx {
 
@@ -17,8 +18,11 @@ struct SignerChecks {
     ContentDigests digests;
     const OBJECT_IDENTIFIER *content_type = nullptr;
     CertificateLookup<IssuerAndSerialProperty> certificates;
-    const SignerPaths *paths = nullptr;  ///< null without anchors
+    const StrictPaths *strict = nullptr;      ///< null without a store
+    const SignerPaths *compatible = nullptr;  ///< null without anchors for the compatible rules
     const ASN1_TIME *time = nullptr;
+
+    [[nodiscard]] bool has_paths() const noexcept { return strict != nullptr || compatible != nullptr; }
 };
 
 /// Fills the report of a signer. False when memory runs out.

@@ -14,6 +14,7 @@ using OwnedReports = std::unique_ptr<P7_SIGNER_REPORTS, FreeWith<free_P7_SIGNER_
 
 void free_report(P7_SIGNER_REPORT *report) noexcept {
     if (report == nullptr) return;
+    free_VERIFY_RESULT(report->path);
     free_X509_CERT(report->certificate);
     free_ASN1_TIME(report->signingTime);
     tlx_free(report);
@@ -29,13 +30,12 @@ bool join(STACK *pool, const X509_CERTIFICATES *certificates) noexcept {
 }
 
 /// What was signed: the content of the message or that of the caller, of which there has to be one.
-u32 find_content(const SignedMembers &members, const u8 *octets, u32 length,
-                 ContentOctets &content) noexcept {
+u32 find_content(const SignedMembers &members, Bytes given, ContentOctets &content) noexcept {
     const bool in_message = members.signedData != nullptr;
     if (in_message && !content.read(members.signedData->contentInfo)) return 0x4B30003C;
-    if (content.present()) return octets == nullptr ? 0 : 0x4B30001C;
-    if (octets == nullptr) return 0x4B30003B;
-    content.use({octets, length});
+    if (content.present()) return given.data() == nullptr ? 0 : 0x4B30001C;
+    if (given.data() == nullptr) return 0x4B30003B;
+    content.use(given);
     return 0;
 }
 
@@ -62,36 +62,81 @@ bool check_all(const P7_SIGNER_INFOS *signers, SignerChecks &checks, STACK *repo
     return true;
 }
 
-}  // namespace
+/// What is verified. Paths are by RFC 5280 with a store, by the compatible rules with anchors, and unchecked
+/// without either.
+struct Verification {
+    const P7_CONTENT_INFO *info;
+    Bytes content;
+    const X509_CERTIFICATES *pool;
+    VERIFY_SETTINGS settings;
+    const VERIFY_STORE *store;
+    const TRUST_ANCHORS *compatible_anchors;
+};
 
-uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
-                              const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
-                              const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
+/// Verifies all signers. False when memory runs out.
+bool verify_all(const Verification &wanted, const SignedMembers &members, Bytes content, STACK *reports,
+                u32 &status) noexcept {
+    const ASN1_TIME *time = wanted.settings.time;
+    const Owned<STACK> all(new_STACK());
+    if (!all || !join(all.get(), wanted.pool) || !join(all.get(), *members.certificates)) return false;
+    SignerChecks checks(content);
+    StrictPaths strict;
+    SignerPaths compatible;
+    checks.content_type = content_type_of(*wanted.info, members);
+    checks.time = time;
+    if (wanted.store != nullptr) {
+        if (!strict.prepare(all.get(), *members.crls, wanted.store, wanted.settings)) return false;
+        checks.strict = &strict;
+    } else if (wanted.compatible_anchors != nullptr) {
+        if (!compatible.prepare(all.get(), wanted.compatible_anchors, time)) return false;
+        checks.compatible = &compatible;
+    }
+    return checks.certificates.build(all.get()) && check_all(*members.signerInfos, checks, reports, status);
+}
+
+u32 verify(Verification wanted, P7_SIGNER_REPORTS **reports) noexcept {
     SignedMembers members;
-    if (info == nullptr) return 0x4B300049;
-    if (!find_signed_members(info, members)) return 0x4B300048;
+    if (wanted.info == nullptr) return 0x4B300049;
+    if (!find_signed_members(wanted.info, members)) return 0x4B300048;
     if (get_STACK_count(*members.signerInfos) == 0) return 0x4B30002B;
     ContentOctets octets;
-    if (const u32 status = find_content(members, content, length, octets); status != 0) return status;
-
-    const OwnedTime now(time == nullptr ? getCurrentGMTime() : nullptr);
-    const Owned<STACK> all(new_STACK());
+    if (const u32 status = find_content(members, wanted.content, octets); status != 0) return status;
+    const OwnedTime now(wanted.settings.time == nullptr ? getCurrentGMTime() : nullptr);
+    if (wanted.settings.time == nullptr) wanted.settings.time = now.get();
     OwnedReports made(new_STACK());
-    SignerChecks checks(octets.bytes());
-    SignerPaths paths;
-    checks.content_type = content_type_of(*info, members);
-    checks.time = time != nullptr ? time : now.get();
-    if (anchors != nullptr) checks.paths = &paths;
-    const bool ready = checks.time != nullptr && all && made && join(all.get(), pool) &&
-                       join(all.get(), *members.certificates) && checks.certificates.build(all.get()) &&
-                       (anchors == nullptr || paths.prepare(all.get(), anchors, checks.time));
     u32 status = 0;
-    if (!ready || !check_all(*members.signerInfos, checks, made.get(), status)) return 0x4B30003C;
+    if (wanted.settings.time == nullptr || !made ||
+        !verify_all(wanted, members, octets.bytes(), made.get(), status)) {
+        return 0x4B30003C;
+    }
     if (reports != nullptr) {
         free_P7_SIGNER_REPORTS(*reports);
         *reports = made.release();
     }
     return status;
+}
+
+}  // namespace
+
+uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
+                              const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
+                              const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
+    const Owned<VERIFY_STORE> store(anchors != nullptr ? store_of_anchors(anchors) : nullptr);
+    if (anchors != nullptr && !store) return 0x4B30003C;
+    return verify({info, {content, length}, pool, signing_settings(time), store.get(), nullptr}, reports);
+}
+
+uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
+                                 const X509_CERTIFICATES *pool, const VERIFY_STORE *store,
+                                 const VERIFY_SETTINGS *settings, P7_SIGNER_REPORTS **reports) {
+    const VERIFY_SETTINGS wanted = settings != nullptr ? *settings : signing_settings(nullptr);
+    return verify({info, {content, length}, pool, wanted, store, nullptr}, reports);
+}
+
+uint32_t verify_PKCS7_Signers_by_CPV(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
+                                     const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
+                                     const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
+    return verify({info, {content, length}, pool, signing_settings(time), nullptr, anchors}, reports);
 }
 
 void free_P7_SIGNER_REPORTS(P7_SIGNER_REPORTS *reports) {

@@ -3,6 +3,7 @@
 #include <tlxpki/ocsp.h>
 
 #include "der/list_items.hpp"
+#include "der/received_octets.hpp"
 #include "status/ocsp_nonce.hpp"
 #include "status/ocsp_records.hpp"
 #include "status/ocsp_signature.hpp"
@@ -136,7 +137,7 @@ uint32_t verify_OCSP_REQUEST(const OCSP_REQUEST *request, const X509_CERT *signe
     if (signature == nullptr) return 0x502D002B;
     if (signer == nullptr) signer = item_at<X509_CERT>(signature->certs, 0);
     if (signer == nullptr) return 0x502D0047;
-    SignedPart octets;
+    RecordOctets octets;
     if (!octets.read(*request->tbsRequest)) return 0x502D003C;
     switch (verify_with(get_X509_ALGO_IDENTIFIER_OID(signature->signatureAlgorithm), signature->signature,
                         octets.bytes(), get_X509_SPKI(signer))) {

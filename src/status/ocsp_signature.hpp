@@ -36,27 +36,4 @@ enum class SignatureResult : u8 { good, bad, unsupported, no_memory };
 [[nodiscard]] SignatureResult verify_with(const OBJECT_IDENTIFIER *algorithm, const BIT_STRING *value,
                                           Bytes octets, const X509_PUBKEY *key) noexcept;
 
-/// What a signature covers: the octets of a part as they were received, or as the part is written.
-class SignedPart {
-  public:
-    /// False when memory runs out and when the part cannot be written.
-    template <typename Part>
-    [[nodiscard]] bool read(const Part &part) noexcept {
-        if (part.received == nullptr) {
-            Codec<Part>::encode(written_, &part);
-            octets_ = written_.bytes();
-            return written_.ok();
-        }
-        joined_.reset(join_received(part.received));
-        octets_ = {joined_.get(), received_size(part.received)};
-        return joined_ != nullptr;
-    }
-    [[nodiscard]] Bytes bytes() const noexcept { return octets_; }
-
-  private:
-    Encoder written_;
-    OwnedOctets<u8> joined_;
-    Bytes octets_;
-};
-
 }  // namespace tlx

@@ -10,6 +10,7 @@
 #include "asn1/asn1_time_text.hpp"
 #include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
+#include "der/received_octets.hpp"
 #include "status/ocsp_signature.hpp"
 #include "trust/extension.hpp"
 
@@ -177,7 +178,7 @@ u32 verify_responder(const BASIC_OCSP_RESPONSE &basic, const X509_CERT *issuer,
         basic.signature == nullptr) {
         return 0x501B0049;
     }
-    SignedPart octets;
+    RecordOctets octets;
     if (!octets.read(*data)) return 0x501B003C;
     ResponderSearch search(basic, octets.bytes(), issuer, time);
     search.look_at(issuer);

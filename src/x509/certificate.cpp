@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "der/list_items.hpp"
+#include "der/received_octets.hpp"
 #include "x509/certificate_records.hpp"
 
 using namespace tlx;
@@ -135,17 +136,12 @@ uint32_t X509_CERT_to_Seq(const X509_CERT *cert, ASN1_UNIT **out) {
 
 uint32_t X509_CERT_digest(const X509_CERT *cert, uint32_t digest_id, uint8_t *out) {
     if (cert == nullptr || out == nullptr) return 0xFFFFFFFF;
-    const OwnedOctets<u8> received(join_received(cert->received));
-    Bytes der(received.get(), received ? received_size(cert->received) : 0);
-    Encoder encoder;
-    if (cert->received == nullptr) {
-        Codec<X509_CERT>::encode(encoder, cert);
-        der = encoder.bytes();
-    }
+    RecordOctets der;
     u32 length = 0;
-    if (!encoder.ok() || der.empty()) return 0xFFFFFFFF;
-    if (Digest(digest_id, der.data(), static_cast<u32>(der.size()), out, &length) != 0) return 0xFFFFFFFF;
-    return length;
+    if (!der.read(*cert)) return 0xFFFFFFFF;
+    const Bytes octets = der.bytes();
+    const u32 status = Digest(digest_id, octets.data(), static_cast<u32>(octets.size()), out, &length);
+    return status == 0 ? length : 0xFFFFFFFF;
 }
 
 uint32_t get_X509_received(const X509_CERT *cert, uint8_t **out) {

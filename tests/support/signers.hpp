@@ -2,6 +2,7 @@
 #pragma once
 
 #include <tlxpki/pkcs8.h>
+#include <tlxpki/verify.h>
 
 #include "support/chain_builder.hpp"
 
@@ -20,6 +21,15 @@ inline Held<free_P8_PRIV_KEY_INFO> private_key(unsigned number) {
     Held<free_P8_PRIV_KEY_INFO> info(new_P8_PRIV_KEY_INFO());
     if (number <= kKcdsaKey) set_PRIV_KEY_KeyParams(info.get(), signing_key(number));
     return info;
+}
+
+/// Settings for signers with keys of 1024 bits.
+inline VERIFY_SETTINGS legacy_settings(const ASN1_TIME *time) {
+    VERIFY_SETTINGS settings = {};
+    settings.time = time;
+    settings.profile = TLX_PROFILE_KOREAN_LEGACY;
+    settings.purpose = TLX_PURPOSE_SIGNING;
+    return settings;
 }
 
 /// Makes the keys of signing_key(), which are never freed, and what their first signatures compute, before a
