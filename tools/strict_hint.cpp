@@ -61,13 +61,8 @@ std::string strength_hint(const VERIFY_SETTINGS &settings) {
 }  // namespace
 
 std::string result_hint(const VERIFY_RESULT *result, const VERIFY_SETTINGS &settings) {
-    VERIFY_FINDING finding, last;
-    const uint32_t count = get_VERIFY_RESULT_finding_count(result);
+    VERIFY_FINDING finding;
     if (get_VERIFY_RESULT_finding(result, 0, &finding) != 0) return "";
-    // A search that was cut short says so last.
-    if (get_VERIFY_RESULT_finding(result, count - 1, &last) == 0) {
-        if (std::string_view(last.rule).ends_with("Budget")) finding = last;
-    }
     const std::string_view rule = finding.rule;
     const Certificate cert = result_certificate(result, finding.certificate);
     if (rule == "NoIssuer") return issuer_hint(cert.get());
