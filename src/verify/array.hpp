@@ -43,7 +43,9 @@ class Array {
     bool grow() noexcept {
         constexpr u32 kFirst = 8;
         const u32 wanted = capacity_ == 0 ? kFirst : 2 * capacity_;
-        void *memory = TLX_REALLOCATE(values_.get(), std::size_t{wanted} * sizeof(T));
+        const std::size_t octets =
+            wanted * sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may be a pointer
+        void *memory = TLX_REALLOCATE(values_.get(), octets);
         if (memory == nullptr) return false;
         static_cast<void>(values_.release());
         values_.reset(static_cast<T *>(memory));

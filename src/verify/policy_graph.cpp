@@ -188,8 +188,9 @@ Rule PolicyGraph::add_policies(const CertificateView &certificate, bool any_poli
             find_node(level.nodes, inherited, policy.oid) != nullptr) {
             continue;
         }
-        if (!level.nodes.append({.policy = policy.oid, .qualifiers = policy.qualifiers}))
+        if (!level.nodes.append({.policy = policy.oid, .qualifiers = policy.qualifiers})) {
             return Rule::kNoMemory;
+        }
     }
     sort_nodes(level);
     return Rule::kNone;
