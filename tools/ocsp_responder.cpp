@@ -110,7 +110,8 @@ OcspResponder::OcspResponder(const OcspRespondOptions &options)
       statuses_(options, issuer_.get()),
       digest_(value_of(kDigests, options.digest)),
       days_(options.days),
-      by_key_(options.by_key) {
+      by_key_(options.by_key),
+      is_on_token_(is_token_uri(options.key)) {
     Password password(options.password_file);
     const Key key = load_private_key(options.key, password, tokens_, KeyUse::kSign);
     must(set_PRIV_KEY_KeyParams(key_.get(), key.get()));
@@ -148,7 +149,10 @@ OcspResponder::ResponseData OcspResponder::begin(const OCSP_REQUEST *request) co
 OcspResponder::BasicResponse OcspResponder::sign(ResponseData data) const {
     constexpr uint32_t kOtherKey = 0x501B0054;
     BASIC_OCSP_RESPONSE *basic = nullptr;
+    std::unique_lock<std::mutex> lock(token_use_, std::defer_lock);
+    if (is_on_token_) lock.lock();
     must_be_made(generate_BASIC_OCSP_RESPONSE_ex(&basic, data.get(), cert_.get(), key_.get(), digest_));
+    if (is_on_token_) lock.unlock();
     (void)data.release();
     BasicResponse owner(basic);
     const uint32_t status = verify_BASIC_OCSP_RESPONSE(basic, issuer_.get(), nullptr, nullptr);

@@ -1,6 +1,8 @@
 // A responder of OCSP.
 #pragma once
 
+#include <mutex>
+
 #include "commands.hpp"
 #include "ocsp.hpp"
 #include "revocation.hpp"
@@ -49,6 +51,8 @@ class OcspResponder {
     uint32_t digest_;
     uint32_t days_;
     bool by_key_;
+    bool is_on_token_;
+    mutable std::mutex token_use_;  ///< a token signs for one thread at a time
 };
 
 }  // namespace tool
