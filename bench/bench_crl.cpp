@@ -169,13 +169,12 @@ std::uint32_t wanted_at(std::uint32_t i, std::int64_t count) {
 
 void BM_Search(benchmark::State &state) {
     const Owned<X509_CRL> crl = decode(list_of(state.range(0)));
-    std::vector<Owned<BIGINT>> wanted;
-    for (std::uint32_t i = 0; i < kWanted; ++i)
-        wanted.push_back(number_of(wanted_at(i, state.range(0))));
+    const Owned<BIGINT> wanted = number_of(1);
     std::uint32_t i = 0;
-    (void)has(crl.get(), wanted[0].get());  // makes the index
+    (void)has(crl.get(), wanted.get());  // makes the index
     for (auto _ : state) {
-        require(state, has(crl.get(), wanted[i].get()) == (i % 2 == 0));
+        set_BIGINT_word(wanted.get(), wanted_at(i, state.range(0)));  // libcrypto's is also in the cache
+        require(state, has(crl.get(), wanted.get()) == (i % 2 == 0));
         i = (i + 1) % kWanted;
     }
 }

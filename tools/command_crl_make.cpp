@@ -18,7 +18,6 @@ namespace {
 
 using WrittenTime = Owned<X509_TIME, free_X509_TIME>;
 using Extension = Owned<X509_EXTENSION, free_X509_EXTENSION>;
-using Number = Owned<BIGINT, free_BIGINT>;
 
 /// Signature algorithms by the digest, for a key of RSA and one of KCDSA.
 constexpr Choice kRsaAlgorithms[] = {
@@ -33,8 +32,7 @@ class Revoker {
         X509_REVOKED *revoked = nullptr;
         for (uint32_t at = 0; next_X509_CRL_revoked(crl, &at, &revoked) == 0;) {
             known_.insert(number_hex(revoked->serialNumber));
-            is_indirect_ = is_indirect_ || get_X509_EXTENSION_index_by_OID_index(
-                                               revoked->extensions, TLX_OID_CERTIFICATE_ISSUER, -1) >= 0;
+            is_indirect_ = is_indirect_ || names_certificate_issuer(revoked);
         }
         free_X509_REVOKED(revoked);
     }
@@ -52,11 +50,11 @@ class Revoker {
     void take(const std::string &text) {
         const std::size_t first = std::min(text.find(','), text.size());
         const std::size_t second = std::min(text.find(',', first + 1), text.size());
-        const Number serial = serial_of(text.substr(0, first));
+        const Serial serial = serial_of(text.substr(0, first));
         const std::size_t begin = std::min(first + 1, second);
         const std::string reason = text.substr(begin, second - begin);
         const uint32_t code = reason_of(reason.empty() ? "unspecified" : reason);
-        if (code == TLX_CRL_REASON_REMOVE_FROM_CRL) throw Failure("removeFromCRL is for delta lists");
+        if (code == TLX_CRL_REASON_REMOVE_FROM_CRL) throw Failure("removeFromCRL is what --release writes");
         const ASN1_TIME *time = time_of(text.substr(std::min(second + 1, text.size())));
         if (is_indirect_) throw Failure("the list has entries of several issuers; others cannot be added");
         if (!known_.insert(number_hex(serial.get())).second) {
@@ -64,13 +62,6 @@ class Revoker {
         }
         const auto entry = made<Revoked>(create_X509_REVOKED(serial.get(), time, code));
         must(add_X509_CRL_revoked(crl_, entry.get()));
-    }
-
-    static Number serial_of(const std::string &text) {
-        const bool has_prefix = text.starts_with("0x") || text.starts_with("0X");
-        Number serial(hex_to_BIGINT(text.c_str() + (has_prefix ? 2 : 0)));
-        if (serial == nullptr) throw Failure("\"" + text + "\" is no serial number in hexadecimal");
-        return serial;
     }
 
     /// Many lines have the same time.
@@ -121,19 +112,39 @@ Crl begin_list(const MakeCrlOptions &options, const X509_CERT *issuer) {
     return crl;
 }
 
-/// The number that is asked for, or the one after the list's, or 1.
-Number number_for(const MakeCrlOptions &options, const X509_CRL *crl) {
-    if (options.number != 0) {
-        Number number = made<Number>(new_BIGINT());
-        must(set_BIGINT_word(number.get(), options.number));
-        return number;
-    }
-    BIGINT *last = nullptr;
-    const Number one = made<Number>(hex_to_BIGINT("1"));
+bool is_delta(const X509_CRL *crl) {
+    return get_X509_EXTENSION_index_by_OID_index(get_X509_CRL_extensions(crl), TLX_OID_DELTA_CRL_INDICATOR,
+                                                 -1) >= 0;
+}
+
+using Number = Owned<BIGINT, free_BIGINT>;
+
+Number number_of(uint32_t value) {
     Number number = made<Number>(new_BIGINT());
+    must(set_BIGINT_word(number.get(), value));
+    return number;
+}
+
+/// Makes a delta list of one that is new, or a delta list itself.
+void set_base(X509_CRL *crl, const MakeCrlOptions &options) {
+    if (options.delta == 0) return;
+    if (!options.from.empty() && !is_delta(crl)) {
+        throw Failure(source_of(options.from) + ": is a complete list, with which no delta list begins");
+    }
+    must(set_X509_CRL_number(crl, TLX_OID_DELTA_CRL_INDICATOR, number_of(options.delta).get()));
+}
+
+/// The number that is asked for, or the one after the list's, or after that of a delta list's base, or 1.
+Number number_for(const MakeCrlOptions &options, const X509_CRL *crl) {
+    if (options.number != 0 && options.number <= options.delta) {
+        throw Failure("--number: a delta list has a higher number than its base");
+    }
+    if (options.number != 0) return number_of(options.number);
+    BIGINT *last = nullptr;
     const bool is_first = decode_X509_CRL_number(crl, TLX_OID_CRL_NUMBER, &last) != 0;
-    const Number owner(last);
-    must(is_first ? copy_BIGINT(number.get(), one.get()) : add_BIGINT(number.get(), last, one.get()));
+    const Number before = is_first ? number_of(options.delta) : Number(last);
+    Number number = made<Number>(new_BIGINT());
+    must(add_BIGINT(number.get(), before.get(), number_of(1).get()));
     return number;
 }
 
@@ -197,9 +208,11 @@ int run_crl_make(const MakeCrlOptions &options) {
     Tokens tokens(options.pin_file);
     const Certificate issuer = load_certificate(options.issuer, tokens).cert;
     const Key key = load_private_key(options.key, password, tokens, KeyUse::kSign);
-    const Crl crl = begin_list(options, issuer.get());
+    Crl crl = begin_list(options, issuer.get());
+    set_base(crl.get(), options);
     {
         const Waiting waiting("Revoking");
+        if (!options.release.empty()) crl = release(crl.get(), options.release, is_delta(crl.get()));
         Revoker revoker(crl.get());
         for (const std::string &text : options.revoke) {
             revoker.revoke(text, "--revoke");

@@ -153,7 +153,9 @@ struct MakeCrlOptions {
     std::string from;  ///< empty for none
     std::vector<std::string> revoke;
     std::string revoke_file;  ///< empty for none
-    uint32_t number = 0;      ///< 0 when not given
+    std::vector<std::string> release;
+    uint32_t delta = 0;   ///< the number of the base; 0 when not given
+    uint32_t number = 0;  ///< likewise
     uint32_t days = 30;
     std::string digest;  ///< empty for the default
     std::string output = "-";

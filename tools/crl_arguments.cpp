@@ -53,8 +53,14 @@ void add_crl_make(CLI::App *crl, CommandLine &line) {
     add_file(command, "--from", options.from, "The last list, whose entries and extensions stay");
     add_repeated(command, "--revoke", options.revoke, "SERIAL[,REASON[,TIME]]", "A certificate to revoke");
     add_file(command, "--revoke-file", options.revoke_file, "File with a certificate to revoke in each line");
+    add_repeated(command, "--release", options.release, "SERIAL",
+                 "A certificate that is no longer on hold: a delta list says so, another leaves it out");
     command
-        ->add_option("--number", options.number, "Number of the list (default the last one's plus 1, or 1)")
+        ->add_option("--delta", options.delta, "Make a delta list: what changed since the list with number N")
+        ->type_name("N")
+        ->check(CLI::Range(1U, 0xFFFFFFFDU).description(""));
+    command
+        ->add_option("--number", options.number, "Number of the list (default the last one's plus 1, the base's plus 1, or 1)")
         ->type_name("N")
         ->check(CLI::Range(1U, 0xFFFFFFFEU).description(""));
     command->add_option("--days", options.days, "The next list comes within N days (default 30)")

@@ -18,13 +18,6 @@ std::string take_field(std::string_view &text) {
     return field;
 }
 
-std::string serial_of(const std::string &text) {
-    const bool has_prefix = text.starts_with("0x") || text.starts_with("0X");
-    const Owned<BIGINT, free_BIGINT> serial(hex_to_BIGINT(text.c_str() + (has_prefix ? 2 : 0)));
-    if (serial == nullptr) throw Failure("\"" + text + "\" is no serial number in hexadecimal");
-    return number_hex(serial.get());
-}
-
 /// A time as OCSP writes it; without a text the present.
 std::string time_of(const std::string &text) {
     const Time time = text.empty() ? made<Time>(getCurrentGMTime()) : parse_time(text);
@@ -52,7 +45,7 @@ TableEntry entry_of(std::string_view line) {
 }
 
 void add_line(StatusTable &table, std::string_view line) {
-    const std::string serial = serial_of(take_field(line));
+    const std::string serial = number_hex(serial_of(take_field(line)).get());
     if (!table.emplace(serial, entry_of(line)).second) throw Failure(serial + " is in the table already");
 }
 

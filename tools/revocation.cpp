@@ -68,6 +68,17 @@ Crl load_crl(const std::string &path) {
     return decode_crl(input.blocks().front());
 }
 
+Serial serial_of(const std::string &text) {
+    const bool has_prefix = text.starts_with("0x") || text.starts_with("0X");
+    Serial serial(hex_to_BIGINT(text.c_str() + (has_prefix ? 2 : 0)));
+    if (serial == nullptr) throw Failure("\"" + text + "\" is no serial number in hexadecimal");
+    return serial;
+}
+
+bool names_certificate_issuer(const X509_REVOKED *revoked) {
+    return get_X509_EXTENSION_index_by_OID_index(revoked->extensions, TLX_OID_CERTIFICATE_ISSUER, -1) >= 0;
+}
+
 std::string reason_name(uint32_t reason) {
     for (const Choice &known : kReasons) {
         if (known.value == reason) return known.name;

@@ -22,6 +22,18 @@ using Revoked = Owned<X509_REVOKED, free_X509_REVOKED>;
 /// The reason of a name. Throws Failure for another text.
 [[nodiscard]] uint32_t reason_of(const std::string &name);
 
+using Serial = Owned<BIGINT, free_BIGINT>;
+/// A serial number in hexadecimal, with or without "0x". Throws Failure.
+[[nodiscard]] Serial serial_of(const std::string &text);
+
+/// Whether an entry is of another issuer than the one before it.
+[[nodiscard]] bool names_certificate_issuer(const X509_REVOKED *revoked);
+
+/// A new list with the entries and extensions of another, but without those of certificates on hold that are
+/// released. A delta list says instead that they are revoked no more, and need not have had them. Throws
+/// Failure.
+[[nodiscard]] Crl release(const X509_CRL *crl, const std::vector<std::string> &serials, bool is_delta);
+
 /// When and why a certificate was revoked.
 void add_revocation(Json &json, const X509_REVOKED *revoked);
 
