@@ -60,7 +60,8 @@ void add_crl_make(CLI::App *crl, CommandLine &line) {
         ->type_name("N")
         ->check(CLI::Range(1U, 0xFFFFFFFDU).description(""));
     command
-        ->add_option("--number", options.number, "Number of the list (default the last one's plus 1, the base's plus 1, or 1)")
+        ->add_option("--number", options.number,
+                     "Number of the list (default the last one's plus 1, the base's plus 1, or 1)")
         ->type_name("N")
         ->check(CLI::Range(1U, 0xFFFFFFFEU).description(""));
     command->add_option("--days", options.days, "The next list comes within N days (default 30)")

@@ -31,7 +31,8 @@ std::set<std::string> copy_entries(X509_CRL *to, const X509_CRL *from, const Ser
     uint32_t status = 0;
     while ((status = next_X509_CRL_revoked(from, &at, &entry)) == 0) {
         const std::string serial = number_hex(entry->serialNumber);
-        if (names_certificate_issuer(entry)) throw Failure("--release: the list has entries of several issuers");
+        if (names_certificate_issuer(entry))
+            throw Failure("--release: the list has entries of several issuers");
         if (!left_out.contains(serial)) {
             must(add_X509_CRL_revoked(to, entry));
         } else if (get_X509_REVOKED_reason(entry) != TLX_CRL_REASON_CERTIFICATE_HOLD) {
@@ -53,7 +54,8 @@ Crl release(const X509_CRL *crl, const std::vector<std::string> &serials, bool i
     must(set_X509_CRL_extensions(list.get(), get_X509_CRL_extensions(crl)));
     const std::set<std::string> held = copy_entries(list.get(), crl, released);
     for (const auto &[digits, serial] : released) {
-        if (!is_delta && !held.contains(digits)) throw Failure("--release: " + digits + " is not on the list");
+        if (!is_delta && !held.contains(digits))
+            throw Failure("--release: " + digits + " is not on the list");
         if (!is_delta) continue;
         const auto entry =
             made<Revoked>(create_X509_REVOKED(serial.get(), now.get(), TLX_CRL_REASON_REMOVE_FROM_CRL));
