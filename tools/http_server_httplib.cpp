@@ -59,8 +59,8 @@ Endpoint endpoint_of(const std::string &text) {
     return endpoint;
 }
 
-/// SIGINT and SIGTERM wait for this thread to take them, and its new threads never get them. They go on waiting
-/// after the first one, because some send it twice and the process is about to end.
+/// SIGINT and SIGTERM wait for this thread to take them, and its new threads never get them. They go on
+/// waiting after the first one, because some send it twice and the process is about to end.
 class EndSignals {
   public:
     EndSignals() {
