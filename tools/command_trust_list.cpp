@@ -106,9 +106,9 @@ uint32_t import_list(const TrustListOptions &options, const P7_CONTENT_INFO *mes
         return 0;
     }
     const Certificates authorities = load_authorities(options);
-    const Time time = time_of_option(options.time);
+    const StrictSettings settings(options.strict, {}, options.time);
     const uint32_t status =
-        add_CERTIFICATES_from_CTL_of_authority(certificates, message, authorities.get(), time.get());
+        add_CERTIFICATES_from_CTL_of_authority_ex(certificates, message, authorities.get(), &settings.get());
     if (status == kNoListMemory || status == kNoImportMemory || status == kNoSignerMemory) {
         throw std::bad_alloc();
     }

@@ -9,15 +9,16 @@
 #include "input.hpp"
 #include "message.hpp"
 #include "output.hpp"
+#include "path_report.hpp"
+#include "signer_verifier.hpp"
 #include "status.hpp"
+#include "strict_report.hpp"
 #include "terminal.hpp"
 #include "verify.hpp"
 
 namespace tool {
 
 namespace {
-
-using Reports = Owned<P7_SIGNER_REPORTS, free_P7_SIGNER_REPORTS>;
 
 enum : uint32_t {
     kNoSigners = 0x4B30002B,
@@ -32,37 +33,10 @@ enum : uint32_t {
 
 /// What verification found.
 struct Findings {
-    uint32_t status = 0;  ///< kUnproven without anchors when the signatures hold
-    Reports reports;      ///< null when no signer was checked
+    uint32_t status = 0;    ///< kUnproven without anchors when the signatures hold
+    SignerReports reports;  ///< null when no signer was checked
     [[nodiscard]] bool is_proven() const { return status == 0; }
 };
-
-/// Certificates to find issuers among, and those to trust.
-struct Trust {
-    Certificates pool = made<Certificates>(new_X509_CERTIFICATES());
-    Anchors anchors;  ///< null for none
-
-    void add(const std::vector<LoadedCertificate> &certificates) const {
-        for (const LoadedCertificate &loaded : certificates) {
-            must(add_X509_CERTIFICATES(pool.get(), loaded.cert.get()));
-        }
-    }
-};
-
-Trust load_trust(const VerifyMessageOptions &options, std::vector<std::string> &warnings) {
-    Trust trust;
-    if (!options.anchors.empty()) trust.anchors = made<Anchors>(new_TRUST_ANCHORS());
-    const std::vector<LoadedCertificate> trusted = collect_anchors(options.anchors, warnings);
-    for (const LoadedCertificate &loaded : trusted) {
-        const auto anchor = made<Anchor>(create_TRUST_ANCHOR_from_X509_CERT(loaded.cert.get()));
-        must(add_TRUST_ANCHORS(trust.anchors.get(), anchor.get()));
-    }
-    trust.add(trusted);
-    for (const std::string &path : options.pool) {
-        trust.add(collect_certificates(path, warnings));
-    }
-    return trust;
-}
 
 void expect_signatures(const std::string &source, const P7_CONTENT_INFO *message) {
     const int32_t type = type_of(message);
@@ -84,17 +58,12 @@ void expect_checkable(const std::string &source, const P7_CONTENT_INFO *message,
     if (status == kNoMemory) throw std::bad_alloc();
 }
 
-Findings verify(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message, const Trust &trust,
-                Octets content) {
-    const Time time = time_of_option(options.time);
-    P7_SIGNER_REPORTS *reports = nullptr;
+Findings verify(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message, Octets content,
+                SignerVerifier &verifier) {
     Findings findings;
-    findings.status =
-        verify_PKCS7_Signers_by_CPV(message, content.data(), static_cast<uint32_t>(content.size()),
-                                    trust.pool.get(), trust.anchors.get(), time.get(), &reports);
-    findings.reports.reset(reports);
+    findings.status = verifier.verify(message, content, findings.reports);
     expect_checkable(source_of(options.message), message, findings.status);
-    if (findings.status == 0 && trust.anchors == nullptr) findings.status = kUnproven;
+    if (findings.status == 0 && !verifier.has_anchors()) findings.status = kUnproven;
     return findings;
 }
 
@@ -137,10 +106,12 @@ Json describe_report(const P7_SIGNER_INFO *signer, const P7_SIGNER_REPORT &repor
         Json &described = json["checks"][check.name] = {{"state", state_of(mark)}};
         if (mark == Mark::kFailed) described["status"] = exact_status_json(report.*check.status);
     }
+    if (report.path != nullptr) json.update(describe_result(report.path));
     return json;
 }
 
-const char *hint_for(uint32_t status) {
+/// A hint for a status that stands for the same whatever else was found.
+std::string hint_for(uint32_t status) {
     switch (status) {
         case kUnproven:
             return "--anchor FILE names the certificates to trust; a path has to lead from each signer's to "
@@ -158,13 +129,24 @@ const char *hint_for(uint32_t status) {
     }
 }
 
+/// A hint for the first signer that failed.
+std::string hint_for(const Findings &findings, const SignerVerifier &verifier) {
+    std::string hint = hint_for(findings.status);
+    for (int32_t i = 0; hint.empty(); ++i) {
+        const P7_SIGNER_REPORT *report = get_P7_SIGNER_REPORTS_child(findings.reports.get(), i);
+        if (report == nullptr) break;
+        if (report->status != 0 && report->status == report->pathStatus) hint = verifier.hint(report->path);
+    }
+    return hint;
+}
+
 Json describe_findings(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message,
-                       const Findings &findings) {
+                       const Findings &findings, const SignerVerifier &verifier) {
     Json json = {{"source", source_of(options.message)},
                  {"valid", findings.is_proven()},
                  {"status", exact_status_json(findings.status)},
                  {"signers", Json::array()}};
-    const std::string hint = hint_for(findings.status);
+    const std::string hint = hint_for(findings, verifier);
     if (!hint.empty()) json["status"]["hint"] = hint;
     for (uint32_t i = 0; i < get_P7_SIGNER_REPORTS_count(findings.reports.get()); ++i) {
         const auto at = static_cast<int32_t>(i);
@@ -172,6 +154,20 @@ Json describe_findings(const VerifyMessageOptions &options, const P7_CONTENT_INF
                                                   *get_P7_SIGNER_REPORTS_child(findings.reports.get(), at)));
     }
     return json;
+}
+
+std::vector<std::string> warnings_about(const Json &document, const Findings &findings,
+                                        SignerVerifier &verifier) {
+    std::vector<std::string> warnings = verifier.take_warnings();
+    int32_t place = 0;
+    for (const Json &signer : document["signers"]) {
+        const VERIFY_RESULT *path = get_P7_SIGNER_REPORTS_child(findings.reports.get(), place++)->path;
+        if (path == nullptr) continue;
+        for (std::string &warning : result_warnings(path, signer)) {
+            warnings.push_back(std::move(warning));
+        }
+    }
+    return warnings;
 }
 
 std::string verdict_text(const Findings &findings) {
@@ -185,14 +181,21 @@ void print_signer(std::ostream &out, Json signer, const P7_SIGNER_REPORT &report
         << (report.certificate == nullptr ? "Signer without a certificate"
                                           : printable(shown_name(get_X509_subject(report.certificate))))
         << '\n';
-    signer.erase("subject");
-    signer.erase("checks");
+    const Json path = signer.value("path", Json::array());
+    const Json findings = signer.value("findings", Json::array());
+    for (const char *key : {"subject", "checks", "path", "policies", "findings", "candidates", "paths"}) {
+        signer.erase(key);
+    }
     print_text(out, signer, 4);
     for (const Check &check : kChecks) {
         const Mark mark = mark_of(report, check);
         out << "    " << mark_text(mark) << ' ' << check.name;
         if (mark == Mark::kFailed) out << ": " << exact_status_sentence(report.*check.status);
         out << '\n';
+    }
+    for (const Json &finding : findings) {
+        const Json &subject = path[finding["certificate"].get<std::size_t>()]["subject"];
+        out << "        " << printable(shown_subject(subject)) << ": " << finding_line(finding) << '\n';
     }
     out << '\n';
 }
@@ -222,19 +225,20 @@ void write_content(const std::string &path, const P7_CONTENT_INFO *message, Octe
 int run_verify_message(const VerifyMessageOptions &options) {
     const bool to_output = options.output == "-";
     expect_room_for_json(options.json, options.output);
-    std::vector<std::string> warnings;
-    const Trust trust = load_trust(options, warnings);
-    Warner().tell(warnings);
+    SignerVerifier verifier(options);
+    Warner warner;
+    warner.tell(verifier.take_warnings());
     std::optional<Waiting> waiting("Verifying");
     const Message message = read_message(options.message);
     expect_signatures(source_of(options.message), message.get());
     const Buffer content = options.content.empty() ? Buffer() : read_octets(options.content);
-    const Findings findings = verify(options, message.get(), trust, content.octets());
+    const Findings findings = verify(options, message.get(), content.octets(), verifier);
     if (findings.is_proven() && !options.output.empty()) {
         write_content(options.output, message.get(), content.octets());
     }
     waiting.reset();
-    const Json document = describe_findings(options, message.get(), findings);
+    const Json document = describe_findings(options, message.get(), findings, verifier);
+    warner.tell(warnings_about(document, findings, verifier));
     if (options.json) {
         print_json(std::cout, document);
     } else {

@@ -59,6 +59,8 @@ struct VerifyMessageOptions {
     std::vector<std::string> anchors;
     std::vector<std::string> pool;
     std::string time;
+    std::string rules = kStrict;
+    StrictOptions strict;
     std::string content;  ///< of a detached message
     std::string output;   ///< empty for none
     std::string message;
@@ -176,6 +178,7 @@ struct TrustListOptions {
     std::string file;
     std::vector<std::string> authorities;
     std::string time;
+    StrictOptions strict;
     std::string output;
     std::vector<std::string> certificates;
     SignOptions signer;

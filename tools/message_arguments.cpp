@@ -47,7 +47,9 @@ void add_verify_message(CLI::App *message, CommandLine &line) {
     command->footer(
         "A message is valid when every signature holds and a path leads from every signer's certificate to\n"
         "one of --anchor. Without --anchor the signers stay unproven, and the exit status is 1.\n"
-        "Not checked: revocation, policies and purposes. Nothing proves the signing time.\n\n"
+        "Revocation counts with --crl, --ocsp and --fetch, and with lists in the message. Nothing proves "
+        "the\n"
+        "signing time. The compatible rules check neither revocation nor purposes.\n\n"
         "Example: tlxpki message verify --anchor root.pem --pool ca.pem -o content signed.p7");
     add_repeated(command, "--anchor", options.anchors, kFile,
                  "Certificates to trust; they also join the pool");
@@ -55,10 +57,15 @@ void add_verify_message(CLI::App *message, CommandLine &line) {
                  "Certificates to find signers and issuers among, beside those in the message");
     add_file(command, "--content", options.content, "The content of a detached message");
     command->add_option("--at", options.time, "Verify at this time instead of now")->type_name("TIME");
+    add_rules(command, options.rules);
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the content of a valid message goes");
+    add_signer_options(command, options.strict);
     add_operand(command, "MESSAGE", options.message, "The message");
-    runs(command, line, run_verify_message, options);
+    command->callback([command, &line, &options] {
+        expect_options_of_rules(*command, options.rules);
+        line.run = [&options] { return run_verify_message(options); };
+    });
 }
 
 void add_encrypt(CLI::App *message, CommandLine &line) {

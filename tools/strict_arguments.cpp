@@ -14,6 +14,7 @@ namespace tool {
 
 namespace {
 
+constexpr char kSigning[] = "sign";
 constexpr Choice kPurposes[] = {
     {"any", TLX_PURPOSE_ANY},
     {"tls-server", TLX_PURPOSE_TLS_SERVER},
@@ -22,7 +23,7 @@ constexpr Choice kPurposes[] = {
     {"code", TLX_PURPOSE_CODE},
     {"timestamp", TLX_PURPOSE_TIME_STAMPING},
     {"ocsp", TLX_PURPOSE_OCSP_SIGNING},
-    {"sign", TLX_PURPOSE_SIGNING},
+    {kSigning, TLX_PURPOSE_SIGNING},
     {"key-management", TLX_PURPOSE_KEY_MANAGEMENT},
 };
 
@@ -171,6 +172,25 @@ void add_strict_options(CLI::App *command, StrictOptions &options) {
     for (std::size_t i = before; i < all.size(); ++i) {
         all[i]->group(group_of_rules(kStrict));
     }
+}
+
+void add_signer_options(CLI::App *command, StrictOptions &options) {
+    const std::size_t before = command->get_options({}).size();
+    options.purpose = kSigning;
+    add_choice(command, "--purpose", options.purpose, names_of(kPurposes),
+               "What the certificates of signers have to be for (default sign)");
+    add_strength_options(command, options);
+    add_revocation_options(command, options);
+    const std::vector<CLI::Option *> all = command->get_options({});
+    for (std::size_t i = before; i < all.size(); ++i) {
+        all[i]->group(group_of_rules(kStrict));
+    }
+}
+
+void add_profile(CLI::App *command, StrictOptions &options) {
+    options.purpose = kSigning;
+    add_choice(command, "--profile", options.profile, names_of(kProfiles),
+               "Which keys and digests are strong enough (default current)");
 }
 
 void expect_options_of_rules(const CLI::App &command, const std::string &rules) {

@@ -44,6 +44,10 @@ struct StrictOptions {
 void add_rules(CLI::App *command, std::string &rules);
 /// All options of StrictOptions, in the group of the strict rules.
 void add_strict_options(CLI::App *command, StrictOptions &options);
+/// Those that signers of messages take, in the group of the strict rules. Their purpose is to sign.
+void add_signer_options(CLI::App *command, StrictOptions &options);
+/// --profile, for lists of certificates that somebody signed to be trusted. The purpose is to sign.
+void add_profile(CLI::App *command, StrictOptions &options);
 /// The heading in the help, and thereby the group, of the options that only some rules take.
 [[nodiscard]] std::string group_of_rules(const std::string &rules);
 /// Throws Failure when an option was given that belongs to the other rules.

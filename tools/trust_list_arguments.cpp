@@ -31,6 +31,7 @@ void add_import(CLI::App *lists, CommandLine &line) {
     command->add_option("--at", options.time, "Verify at this time instead of now")
         ->type_name("TIME")
         ->excludes("--unverified");
+    add_profile(command, options.strict);
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the certificates go, as PEM")->required();
     add_operand(command, "LIST", options.file, "The signed list");
