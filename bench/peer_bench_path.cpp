@@ -55,7 +55,7 @@ void add_extensions(X509 *cert, X509 *issuer, bool is_ca) {
 X509 *make_cert(EVP_PKEY *key, X509 *issuer, EVP_PKEY *issuer_key, unsigned depth, bool is_ca) {
     X509 *cert = X509_new();
     X509_set_version(cert, X509_VERSION_3);
-    ASN1_INTEGER_set(X509_get_serialNumber(cert), 1000000 + depth);
+    ASN1_INTEGER_set(X509_get_serialNumber(cert), 1000000L + static_cast<long>(depth));
     X509_gmtime_adj(X509_getm_notBefore(cert), -86400);
     X509_gmtime_adj(X509_getm_notAfter(cert), 86400);
     set_name(X509_get_subject_name(cert), depth);

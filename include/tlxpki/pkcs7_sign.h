@@ -213,8 +213,8 @@ typedef STACK P7_SIGNER_REPORTS;
  * Paths are verified by verify_CERTIFICATE() with the purpose TLX_PURPOSE_SIGNING and its other defaults:
  * keys of RSA and KCDSA below 2048 bits and signatures with SHA-1 and HAS-160 are too weak for certificates.
  * verify_PKCS7_Signers_ex() takes other settings. Revocation lists that the message carries count: who is on
- * one is revoked. Of the signer's own signature no digest is refused for
- * being weak. It trusts no signing time, and ignores unauthenticated attributes.
+ * one is revoked. No digest of the signer's own signature is refused for being weak. It trusts no signing
+ * time, and ignores unauthenticated attributes.
  *
  * @param info    signed data, or signed-and-enveloped data with the decrypted content
  * @param content the content of a detached message; null when the message has content

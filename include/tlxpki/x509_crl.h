@@ -204,7 +204,8 @@ TLXPKI_API uint32_t get_X509_CRL_count(const X509_CRL *crl);
 
 /**
  * Appends a copy of an entry. The time does not depend on the number of entries. Nobody else may use the list
- * meanwhile.
+ * meanwhile. In an indirect list an entry without certificateIssuer is of the same issuer as the entry before
+ * it, the first one of the list's own (RFC 5280, section 5.3.3).
  * @return 0; 1 for a null argument, an entry that cannot be encoded, and when memory runs out (the list is
  * unchanged then)
  */
