@@ -108,7 +108,7 @@ TLX_BEGIN_DECLS
 /** How much one verification may do; 0 for the default. Reaching one ends the search with a finding. */
 typedef struct VERIFY_BUDGET {
     uint32_t signatures;       /**< signatures verified; 100 */
-    uint32_t candidates;       /**< certificates tried as issuers; 20000 */
+    uint32_t candidates;       /**< issuers, revocation lists and answers that are tried; 20000 */
     uint32_t path_length;      /**< certificates of a path; 64 */
     uint32_t policy_nodes;     /**< policies of a path, over all its certificates; 10000 */
     uint32_t name_comparisons; /**< names compared with constraints; 250000 */
@@ -270,7 +270,7 @@ TLXPKI_API uint32_t get_VERIFY_RESULT_policy(const VERIFY_RESULT *result, uint32
 TLXPKI_API const uint8_t *get_VERIFY_RESULT_policy_qualifiers(const VERIFY_RESULT *result, uint32_t index,
                                                               uint32_t *len);
 
-/** Returns how many certificates were tried as issuers. */
+/** Returns how many issuers, revocation lists and answers were tried. */
 TLXPKI_API uint32_t get_VERIFY_RESULT_candidates(const VERIFY_RESULT *result);
 /** Returns how many paths reached an anchor and were validated. */
 TLXPKI_API uint32_t get_VERIFY_RESULT_paths(const VERIFY_RESULT *result);

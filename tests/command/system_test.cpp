@@ -212,7 +212,7 @@ TEST_F(CommandSystem, CompletionCompletes) {
     EXPECT_EQ(completions("key convert --to \"\"", 4), "pkcs8 pkcs1\n");
     EXPECT_EQ(completions("message encrypt --cipher se", 4), "seed-cbc\n");
     EXPECT_EQ(completions("message sign --scheme p", 4), "pkcs1 pss\n");
-    EXPECT_EQ(completions("message verify --c", 3), "--content\n");
+    EXPECT_EQ(completions("message verify --co", 3), "--content\n");
 }
 #endif
 
