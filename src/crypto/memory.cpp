@@ -7,9 +7,7 @@
 #include <cstring>
 
 #include "crypto/memory_debug.hpp"
-#ifdef _WIN32
 #include "crypto/platform.hpp"
-#endif
 
 #if defined(__SANITIZE_ADDRESS__)
 #define TLX_POISON 1
@@ -33,6 +31,8 @@ struct alignas(16) Header {
 static_assert(sizeof(Header) == 16);
 
 constexpr std::size_t kMostOctets = PTRDIFF_MAX - sizeof(Header);
+/// Blocks of this many octets ask for large pages.
+constexpr std::size_t kLargeBlock = std::size_t{4} << 20;
 
 // Live blocks and bytes as one thread saw them. A block freed on another thread than it was allocated on
 // leaves one cell too high and the other too low (below zero even); the sum over all cells is right.
@@ -127,6 +127,7 @@ void *issue(void *memory, std::size_t size, const char *file, int line) noexcept
     auto *header = static_cast<Header *>(memory);
     header->size = size;
     header->capacity = size;
+    if (size >= kLargeBlock) advise_large_pages(header, sizeof(Header) + size);
     count(1, static_cast<std::int64_t>(size));
     void *block = header + 1;
     close_block(header);

@@ -9,9 +9,11 @@
 #include "crypto/wide_text.hpp"
 #else
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <memory>
 #include <thread>
 #endif
 
@@ -64,6 +66,9 @@ std::FILE *make_private_file(const char *path) noexcept {
     return open_file(path, "wb");
 }
 
+// Windows gives large pages to programs with a privilege alone.
+void advise_large_pages(void * /*block*/, std::size_t /*size*/) noexcept {}
+
 #else
 
 void yield_thread() noexcept {
@@ -72,6 +77,16 @@ void yield_thread() noexcept {
 
 std::FILE *open_file(const char *path, const char *mode) noexcept {
     return std::fopen(path, mode);
+}
+
+// The pages that lie in the block as a whole. A system without them refuses, which is no failure.
+void advise_large_pages(void *block, std::size_t size) noexcept {
+#ifdef MADV_HUGEPAGE
+    constexpr std::size_t kPage = std::size_t{2} << 20;
+    void *first = block;
+    if (std::align(kPage, kPage, first, size) == nullptr) return;
+    static_cast<void>(madvise(first, size / kPage * kPage, MADV_HUGEPAGE));
+#endif
 }
 
 namespace {

@@ -2,6 +2,7 @@
 // it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -13,6 +14,9 @@ std::FILE *open_file(const char *path, const char *mode) noexcept;
 
 /// Opens a file to be written anew, its owner's alone as binary_to_private_File says; null on failure.
 std::FILE *make_private_file(const char *path) noexcept;
+
+/// Asks for large pages under a block of this many octets, so that looking up places all over it is faster.
+void advise_large_pages(void *block, std::size_t size) noexcept;
 
 /// Lets another thread run.
 void yield_thread() noexcept;
