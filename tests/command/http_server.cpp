@@ -74,6 +74,12 @@ HttpQuestion receive(Socket socket) {
     }
 }
 
+/// Says that the connection ends, so that no client sends its next request on it.
+std::string with_end(std::string answer) {
+    const std::size_t line = answer.find("\r\n");
+    return line == std::string::npos ? answer : answer.insert(line + 2, "Connection: close\r\n");
+}
+
 void give(Socket socket, const std::string &octets) {
     std::size_t sent = 0;
     while (sent < octets.size()) {
@@ -129,7 +135,7 @@ void HttpServer::serve() {
             held_.push_back(static_cast<std::uintptr_t>(connection));
             continue;
         }
-        give(connection, *answer);
+        give(connection, with_end(*answer));
         close_socket(connection);
     }
 }
