@@ -1,4 +1,6 @@
 // What revocation lists say of a certificate (RFC 5280, section 6.3.3).
+#include <algorithm>
+
 #include "verify/revocation.hpp"
 #include "verify/search.hpp"
 #include "verify/strength.hpp"
@@ -23,6 +25,17 @@ class ListJudge {
     void run() noexcept;
 
   private:
+    /// Calls a function with each list of an issuer.
+    template <typename Visit>
+    void each_list(Bytes issuer, Visit visit) const noexcept {
+        question_.session.each_store([&](const Store &store) noexcept {
+            const ListEntry *list = store.status().find_list(store.hash_of_name(issuer));
+            for (; list != nullptr && question_.session.take_candidate(); list = list->next_of_issuer) {
+                if (are_equal_names(list->view.issuer, issuer)) visit(*list);
+            }
+        });
+    }
+
     void ask_point(const PointView &point) noexcept;
     void ask_issuer(const PointView &point, Bytes issuer) noexcept;
     void ask_list(const PointView &point, const ListEntry &list) noexcept;
@@ -31,6 +44,7 @@ class ListJudge {
     Rule check_list(const ListEntry &list, Signer &signer) const noexcept;
     const ListEntry *find_delta(const ListEntry &complete, const Signer &signer) const noexcept;
     bool fits(const CrlView &delta, const CrlView &complete) const noexcept;
+    bool is_fresh(const CrlView &list) const noexcept;
     bool take_entry(const ListEntry &list) noexcept;
 
     bool find_signer(const ListEntry &list, Signer &signer) const noexcept;
@@ -69,12 +83,7 @@ void ListJudge::ask_point(const PointView &point) noexcept {
 }
 
 void ListJudge::ask_issuer(const PointView &point, Bytes issuer) noexcept {
-    question_.session.each_store([&](const Store &store) noexcept {
-        const ListEntry *list = store.status().find_list(store.hash_of_name(issuer));
-        for (; list != nullptr && question_.session.take_candidate(); list = list->next_of_issuer) {
-            if (are_equal_names(list->view.issuer, issuer)) ask_list(point, *list);
-        }
-    });
+    each_list(issuer, [&](const ListEntry &list) noexcept { ask_list(point, list); });
 }
 
 // (b) to (l)
@@ -119,10 +128,7 @@ bool ListJudge::matches_point(const PointView &point, const CrlView &list) const
 // (a), (f) and (g)
 Rule ListJudge::check_list(const ListEntry &list, Signer &signer) const noexcept {
     const CrlView &view = list.view;
-    const std::int64_t now = question_.settings.time;
-    if (!view.has_next_update || !is_between(now, view.this_update, view.next_update)) {
-        return Rule::kStatusNotFresh;
-    }
+    if (!is_fresh(view)) return Rule::kStatusNotFresh;
     if (view.has_unknown_critical) return Rule::kStatusCritical;
     return find_signer(list, signer) ? Rule::kNone : Rule::kStatusSigner;
 }
@@ -131,25 +137,24 @@ Rule ListJudge::check_list(const ListEntry &list, Signer &signer) const noexcept
 const ListEntry *ListJudge::find_delta(const ListEntry &complete, const Signer &signer) const noexcept {
     const ListEntry *newest = nullptr;
     const CrlView &base = complete.view;
-    question_.session.each_store([&](const Store &store) noexcept {
-        const ListEntry *list = store.status().find_list(store.hash_of_name(base.issuer));
-        for (; list != nullptr && question_.session.take_candidate(); list = list->next_of_issuer) {
-            if (!fits(list->view, base)) continue;
-            if (newest != nullptr && is_at_most(list->view.number, newest->view.number)) continue;
-            if (signed_by(*list, *signer.entry, *signer.key)) newest = list;
-        }
+    each_list(base.issuer, [&](const ListEntry &list) noexcept {
+        if (!fits(list.view, base)) return;
+        if (newest != nullptr && is_at_most(list.view.number, newest->view.number)) return;
+        if (signed_by(list, *signer.entry, *signer.key)) newest = &list;
     });
     return newest;
 }
 
 bool ListJudge::fits(const CrlView &delta, const CrlView &complete) const noexcept {
     return delta.is_delta && delta.has_number && complete.has_number &&
-           are_equal_names(delta.issuer, complete.issuer) &&
            same(delta.point_octets, complete.point_octets) &&
            same(delta.authority_key, complete.authority_key) &&
            is_at_most(delta.base_number, complete.number) && is_at_most(complete.number, delta.number) &&
-           !delta.has_unknown_critical && delta.has_next_update &&
-           is_between(question_.settings.time, delta.this_update, delta.next_update);
+           !delta.has_unknown_critical && is_fresh(delta);
+}
+
+bool ListJudge::is_fresh(const CrlView &list) const noexcept {
+    return list.has_next_update && is_between(question_.settings.time, list.this_update, list.next_update);
 }
 
 bool ListJudge::signed_by(const ListEntry &list, const StoreEntry &entry,
@@ -160,8 +165,9 @@ bool ListJudge::signed_by(const ListEntry &list, const StoreEntry &entry,
     }
     // A key with inherited parameters is another one below another issuer.
     const bool is_own_key = &key == &entry.key && !inherits_parameters(entry);
-    if (check_digest(list.view.algorithm, question_.settings) != Rule::kNone) return false;
-    if (is_own_key && list.signer.is(view.key_info)) return true;
+    if (is_own_key && list.signer.is(view.key_info)) {
+        return check_digest(list.view.algorithm, question_.settings) == Rule::kNone;
+    }
     const bool verifies = is_signed_by(list.view, entry, key, question_);
     if (verifies && is_own_key) list.signer.remember(view.key_info);
     return verifies;
@@ -203,17 +209,13 @@ bool ListJudge::find_signer_outside(const ListEntry &list, bool with_key_identif
 }
 
 bool ListJudge::is_in_path(const StoreEntry &entry) const noexcept {
-    for (u32 place = 0; place <= question_.issuer_place; ++place) {
-        if (path_[place] == &entry) return true;
-    }
-    return false;
+    const auto *end = path_.begin() + question_.issuer_place + 1;
+    return std::find(path_.begin(), end, &entry) != end;
 }
 
 bool ListJudge::is_being_searched(const StoreEntry &entry) const noexcept {
-    for (const StoreEntry *signer : question_.session.signers) {
-        if (signer == &entry) return true;
-    }
-    return false;
+    const auto &signers = question_.session.signers;
+    return std::find(signers.begin(), signers.end(), &entry) != signers.end();
 }
 
 /// Whether a signer has a path of its own to the same anchor. A list may tell of its own signer, so one whose
