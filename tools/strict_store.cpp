@@ -66,29 +66,31 @@ void StrictStore::add_anchor(const ReceivedCertificate &anchor) {
     take(anchor, add_VERIFY_STORE_anchor(store_.get(), octets.data(), size_of(anchor), accepted_));
 }
 
-void StrictStore::add_lists(const std::string &path) {
+template <typename Add, typename Refused>
+void StrictStore::add_blocks(const std::string &path, const char *label, Add add_to_store, Refused refused) {
     const Input input(path);
-    for (const Block &block : blocks_labelled(input, path, "X509 CRL")) {
+    for (const Block &block : blocks_labelled(input, path, label)) {
         const auto size = static_cast<uint32_t>(block.octets.size());
-        const uint32_t status = add_VERIFY_STORE_crl(store_.get(), block.octets.data(), size);
+        const uint32_t status = add_to_store(store_.get(), block.octets.data(), size);
         if (status == kNoMemory) throw std::bad_alloc();
-        if (status == 0) continue;
-        throw Failure(block.source + ": is no revocation list: " + exact_status_sentence(status));
+        if (status != 0) refused(status, block.source + ": ");
     }
+}
+
+void StrictStore::add_lists(const std::string &path) {
+    add_blocks(path, "X509 CRL", add_VERIFY_STORE_crl, [](uint32_t status, const std::string &source) {
+        throw Failure(source + "is no revocation list: " + exact_status_sentence(status));
+    });
 }
 
 /// A responder may have answered that it could not.
 void StrictStore::add_responses(const std::string &path) {
-    const Input input(path);
-    for (const Block &block : blocks_labelled(input, path, "OCSP RESPONSE")) {
-        const auto size = static_cast<uint32_t>(block.octets.size());
-        const uint32_t status = add_VERIFY_STORE_ocsp(store_.get(), block.octets.data(), size);
-        if (status == kNoMemory) throw std::bad_alloc();
-        if (status == 0) continue;
-        const std::string problem = block.source + ": " + exact_status_sentence(status);
-        if (status != kResponderRefuses) throw Failure(problem);
-        warnings_.push_back(problem);
-    }
+    add_blocks(path, "OCSP RESPONSE", add_VERIFY_STORE_ocsp,
+               [this](uint32_t status, const std::string &source) {
+                   const std::string problem = source + exact_status_sentence(status);
+                   if (status != kResponderRefuses) throw Failure(problem);
+                   warnings_.push_back(problem);
+               });
 }
 
 void StrictStore::take(const ReceivedCertificate &certificate, uint32_t status) {

@@ -26,6 +26,9 @@ class StrictStore {
 
   private:
     void add_anchor(const ReceivedCertificate &anchor);
+    /// Adds what a file has under a label; says what the store refuses.
+    template <typename Add, typename Refused>
+    void add_blocks(const std::string &path, const char *label, Add add_to_store, Refused refused);
     void add_lists(const std::string &path);
     void add_responses(const std::string &path);
     void take(const ReceivedCertificate &certificate, uint32_t status);

@@ -25,8 +25,11 @@ class SipHash {
         word_ = 0;
     }
     void add(Bytes octets) noexcept {
-        while (size_ % 8 == 0 && octets.size() >= 8) {
-            absorb(word_of(octets));
+        const unsigned shift = 8 * (size_ % 8);
+        while (octets.size() >= 8) {
+            const u64 word = word_of(octets);
+            absorb(word_ | word << shift);
+            word_ = shift == 0 ? 0 : word >> (64 - shift);
             size_ += 8;
             octets = octets.subspan(8);
         }

@@ -1,7 +1,6 @@
 #include "message/certificate_lookup.hpp"
 
-#include <tlxcrypto/random.h>
-
+#include "der/hash_key.hpp"
 #include "message/signer_path.hpp"
 
 namespace tlx {
@@ -21,7 +20,7 @@ void IssuerAndSerialProperty::encode(Encoder &out, Value value) noexcept {
 template <typename Property>
 bool CertificateLookup<Property>::build(const X509_CERTIFICATES *pool) noexcept {
     pool_ = pool;
-    return RAND_BYTES(reinterpret_cast<u8 *>(key_.words), sizeof key_.words) == 0 && index_.build(pool, key_);
+    return take_hash_key(key_) && index_.build(pool, key_);
 }
 
 template <typename Property>

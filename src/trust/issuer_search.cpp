@@ -1,8 +1,8 @@
 #include "trust/issuer_search.hpp"
 
-#include <tlxcrypto/random.h>
-
 #include <algorithm>
+
+#include "der/hash_key.hpp"
 
 namespace tlx {
 namespace {
@@ -123,12 +123,10 @@ Place IssuerSearch::look_up(PoolIndex<Property> &index, typename Property::Value
     return index.find(hash.value(), wanted);
 }
 
-/// Indexes the pool by hashes with a new key for every search.
+/// Indexes the pool by keyed hashes.
 template <typename Property>
 bool IssuerSearch::is_ready(PoolIndex<Property> &index) noexcept {
-    if (!has_hash_key_) {
-        has_hash_key_ = RAND_BYTES(reinterpret_cast<u8 *>(hash_key_.words), sizeof hash_key_.words) == 0;
-    }
+    if (!has_hash_key_) has_hash_key_ = take_hash_key(hash_key_);
     failed_ = failed_ || !has_hash_key_ || !index.build(pool_, hash_key_);
     return !failed_;
 }

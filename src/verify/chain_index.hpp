@@ -44,7 +44,7 @@ class ChainIndex {
     }
 
     [[nodiscard]] bool grow() noexcept {
-        constexpr std::size_t kFirst = 64;
+        constexpr std::size_t kFirst = 8;
         const std::size_t old_size = size_;
         const std::size_t wanted = old_size == 0 ? kFirst : 2 * old_size;
         OwnedOctets<Slot> old(static_cast<Slot *>(TLX_ALLOCATE_ZEROED(wanted, sizeof(Slot))));

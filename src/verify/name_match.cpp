@@ -95,9 +95,15 @@ u64 hash_of_attribute(const SipHash::Key &key, const AttributeView &attribute) n
     }
     hash.add(kind);
     FoldedText text(attribute.value.contents);
+    u8 folded[64];
+    u32 count = 0;
     for (int octet = text.next(); octet >= 0; octet = text.next()) {
-        hash.add(static_cast<u8>(octet));
+        folded[count++] = static_cast<u8>(octet);
+        if (count < sizeof folded) continue;
+        hash.add(folded);
+        count = 0;
     }
+    hash.add({folded, count});
     return hash.value();
 }
 

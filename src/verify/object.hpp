@@ -5,6 +5,7 @@
 #include <new>
 
 #include "der/memory.hpp"
+#include "der/owned.hpp"
 
 namespace tlx {
 
@@ -25,6 +26,12 @@ template <typename T>
 [[nodiscard]] OwnedObject<T> make_object() noexcept {
     void *memory = TLX_ALLOCATE(sizeof(T));
     return OwnedObject<T>(memory == nullptr ? nullptr : new (memory) T);
+}
+
+/// A copy of octets that an owner frees; empty when memory runs out.
+[[nodiscard]] inline Bytes copy_to(OwnedOctets<u8> &owner, Bytes octets) noexcept {
+    owner.reset(copy_terminated(octets));
+    return owner ? Bytes(owner.get(), octets.size()) : Bytes();
 }
 
 }  // namespace tlx

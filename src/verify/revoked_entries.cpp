@@ -48,18 +48,25 @@ Rule RevokedEntries::read(CrlView &list, const SipHash::Key &key) noexcept {
         if (!entry.issuer.empty() && !runs_.append({place, entry.issuer, hash_of_name(key_, entry.issuer)})) {
             return Rule::kNoMemory;
         }
-        index_.add(hash_of(runs_.back().hash, entry.serial), place);
+        const Run &run = runs_.back();
+        RevokedView earlier;
+        const auto is_same = [&](u32 other) noexcept {
+            return is_entry_of(other, run.issuer, entry.serial, earlier);
+        };
+        index_.add(hash_of(run.hash, entry.serial), place, is_same);
     }
     return Rule::kNone;
 }
 
+bool RevokedEntries::is_entry_of(u32 place, Bytes issuer, Bytes serial, RevokedView &entry) const noexcept {
+    StrictCursor in(octets_.subspan(place));
+    return next_revoked(in, entry) && same(entry.serial, serial) &&
+           are_equal_names(run_at(place).issuer, issuer);
+}
+
 bool RevokedEntries::find(Bytes issuer, Bytes serial, RevokedView &entry) const noexcept {
     const u64 hash = hash_of(hash_of_name(key_, issuer), serial);
-    return index_.find(hash, [&](u32 place) noexcept {
-        StrictCursor in(octets_.subspan(place));
-        return next_revoked(in, entry) && same(entry.serial, serial) &&
-               are_equal_names(run_at(place).issuer, issuer);
-    });
+    return index_.find(hash, [&](u32 place) noexcept { return is_entry_of(place, issuer, serial, entry); });
 }
 
 }  // namespace tlx

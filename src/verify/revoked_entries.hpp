@@ -1,10 +1,10 @@
 // The entries of a revocation list, found by issuer and serial number.
 #pragma once
 
+#include "der/place_index.hpp"
 #include "der/sip_hash.hpp"
 #include "verify/array.hpp"
 #include "verify/crl_view.hpp"
-#include "verify/place_index.hpp"
 
 namespace tlx {
 
@@ -27,6 +27,8 @@ class RevokedEntries {
 
     [[nodiscard]] u64 hash_of(u64 issuer_hash, Bytes serial) const noexcept;
     [[nodiscard]] const Run &run_at(u32 place) const noexcept;
+    /// Reads the entry at a place, and says whether it is the one of a certificate.
+    [[nodiscard]] bool is_entry_of(u32 place, Bytes issuer, Bytes serial, RevokedView &entry) const noexcept;
 
     SipHash::Key key_ = {};
     Bytes octets_;

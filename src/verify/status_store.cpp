@@ -39,14 +39,6 @@ Rule keep_certificates(ResponseEntry &response) noexcept {
     return Rule::kNone;
 }
 
-/// Copies octets to an entry and returns the copy; empty when memory runs out.
-template <typename Entry>
-Bytes copy_to(Entry *entry, Bytes octets) noexcept {
-    if (entry == nullptr) return {};
-    entry->octets.reset(copy_terminated(octets));
-    return entry->octets == nullptr ? Bytes() : Bytes(entry->octets.get(), octets.size());
-}
-
 }  // namespace
 
 KnownSigner::~KnownSigner() {
@@ -92,7 +84,8 @@ u64 StatusStore::hash_of_serial(Bytes serial) const noexcept {
 Rule StatusStore::add_list(Bytes octets) noexcept {
     if (octets.empty()) return Rule::kBrokenDer;
     OwnedObject<ListEntry> list = make_object<ListEntry>();
-    const Bytes copy = copy_to(list.get(), octets);
+    if (!list) return Rule::kNoMemory;
+    const Bytes copy = copy_to(list->octets, octets);
     if (copy.empty()) return Rule::kNoMemory;
     if (const Rule rule = read_crl(copy, list->view); rule != Rule::kNone) return rule;
     if (const Rule rule = list->revoked.read(list->view, key_); rule != Rule::kNone) return rule;
@@ -118,7 +111,8 @@ Rule StatusStore::keep_answers(ResponseEntry &response) noexcept {
 Rule StatusStore::add_response(Bytes octets) noexcept {
     if (octets.empty()) return Rule::kBadResponse;
     OwnedObject<ResponseEntry> response = make_object<ResponseEntry>();
-    const Bytes copy = copy_to(response.get(), octets);
+    if (!response) return Rule::kNoMemory;
+    const Bytes copy = copy_to(response->octets, octets);
     if (copy.empty()) return Rule::kNoMemory;
     if (const Rule rule = read_response(copy, response->view); rule != Rule::kNone) return rule;
     if (const Rule rule = keep_certificates(*response); rule != Rule::kNone) return rule;

@@ -1,8 +1,8 @@
 #include "verify/store.hpp"
 
-#include <tlxcrypto/random.h>
-
 #include <algorithm>
+
+#include "der/hash_key.hpp"
 
 namespace tlx {
 
@@ -13,7 +13,7 @@ Store::~Store() {
 }
 
 bool Store::start() noexcept {
-    if (RAND_BYTES(reinterpret_cast<u8 *>(&hash_key_), sizeof hash_key_) != 0) return false;
+    if (!take_hash_key(hash_key_)) return false;
     status_.start(hash_key_);
     return true;
 }
@@ -57,10 +57,9 @@ Rule Store::keep(StoreEntry *entry) noexcept {
 Rule Store::add(Bytes certificate, bool is_anchor, u32 accepted) noexcept {
     OwnedObject<StoreEntry> entry = make_object<StoreEntry>();
     if (!entry) return Rule::kNoMemory;
-    entry->octets.reset(copy_terminated(certificate));
+    const Bytes octets = copy_to(entry->octets, certificate);
     if (!entry->octets) return Rule::kNoMemory;
     entry->is_anchor = is_anchor;
-    const Bytes octets(entry->octets.get(), certificate.size());
     CertificateView &view = entry->view;
     if (const Rule rule = read_certificate(octets, accepted, view); rule != Rule::kNone) return rule;
     if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone) {

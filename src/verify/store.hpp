@@ -12,7 +12,6 @@ struct StoreEntry {
     OwnedOctets<u8> octets;
     CertificateView view;  ///< of an anchor without certificate only the subject and the key
     PublicKey key;
-    Rule key_rule = Rule::kNone;  ///< why there is no key
     bool is_anchor = false;
     bool has_certificate = true;
 
@@ -30,7 +29,7 @@ class Store {
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
 
-    /// Draws the key of the hashes. False when there are no random octets.
+    /// Takes the key of the hashes. False when there are no random octets.
     [[nodiscard]] bool start() noexcept;
 
     /// Copies and adds a certificate: kNone, a rule of read_certificate() or make_key(), or kNoMemory. One

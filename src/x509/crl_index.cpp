@@ -1,13 +1,12 @@
 #include "x509/crl_index.hpp"
 
-#include <tlxcrypto/random.h>
 #include <tlxpki/general_name.h>
 
 #include <algorithm>
-#include <bit>
 #include <new>
 #include <span>
 
+#include "der/hash_key.hpp"
 #include "x509/certificate_records.hpp"
 #include "x509/extension_records.hpp"
 
@@ -47,11 +46,9 @@ void CrlIndex::free(const CrlIndex *index) noexcept {
 
 u32 CrlIndex::build(const TLX_CRL_ENTRIES &entries, const X509_NAME *issuer) noexcept {
     octets_ = entries.octets();
-    // Two of three slots are in use.
-    count_ = static_cast<u32>(std::min<u64>(u64{entries.count()} * 3 / 2 + 1, UINT32_MAX));
-    place_bits_ = static_cast<u32>(std::bit_width(octets_.size()));
-    slots_.reset(static_cast<u32 *>(TLX_ALLOCATE_ZEROED(count_, sizeof(u32))));
-    if (!slots_ || RAND_BYTES(reinterpret_cast<u8 *>(key_.words), sizeof key_.words) != 0) return 0x480B003C;
+    if (!index_.start(entries.count(), static_cast<u32>(octets_.size())) || !take_hash_key(key_)) {
+        return 0x480B003C;
+    }
     Cursor rest(octets_);
     Element element;
     Issuer current = kOwnIssuer;
@@ -64,10 +61,12 @@ u32 CrlIndex::build(const TLX_CRL_ENTRIES &entries, const X509_NAME *issuer) noe
         }
         Element serial;
         if (!Cursor(element).next(serial)) continue;
-        const Wanted own = wanted(current, magnitude_of(serial.contents));
-        Element other;
-        u32 &free_slot = slot(own, other);
-        if (free_slot == 0) free_slot = (place + 1) | tag_of(own);
+        const Bytes magnitude = magnitude_of(serial.contents);
+        Element earlier;
+        const auto is_same = [&](u32 other) noexcept {
+            return is_entry_of(other, current, magnitude, earlier);
+        };
+        index_.add(hash_of(current, magnitude), place, is_same);
     }
     return 0;
 }
@@ -105,34 +104,22 @@ CrlIndex::Issuer CrlIndex::issuer_at(u32 place) const noexcept {
     return next == runs.begin() ? kOwnIssuer : next[-1].issuer;
 }
 
-CrlIndex::Wanted CrlIndex::wanted(Issuer issuer, Bytes serial) const noexcept {
+u64 CrlIndex::hash_of(Issuer issuer, Bytes serial) const noexcept {
     const SipHash::Key key = {{key_.words[0], key_.words[1] ^ issuer}};
     SipHash hash(key);
     hash.add(serial);
-    return {issuer, serial, hash.value()};
+    return hash.value();
 }
 
-u32 CrlIndex::tag_of(const Wanted &wanted) const noexcept {
-    return static_cast<u32>(wanted.hash << place_bits_);
-}
-
-u32 &CrlIndex::slot(const Wanted &wanted, Element &entry) const noexcept {
-    const u32 tag = tag_of(wanted);
-    const u32 place_mask = (u32{1} << place_bits_) - 1;
-    for (u32 i = static_cast<u32>((wanted.hash >> 32) * count_ >> 32);; i = i + 1 < count_ ? i + 1 : 0) {
-        u32 &each = slots_.get()[i];
-        if (each == 0) return each;
-        if ((each & ~place_mask) != tag) continue;
-        const u32 place = (each & place_mask) - 1;
-        Element serial;
-        const bool same = read_element(octets_.subspan(place), entry) && Cursor(entry).next(serial) &&
-                          std::ranges::equal(magnitude_of(serial.contents), wanted.serial);
-        if (same && issuer_at(place) == wanted.issuer) return each;
-    }
+bool CrlIndex::is_entry_of(u32 place, Issuer issuer, Bytes serial, Element &entry) const noexcept {
+    Element own;
+    return read_element(octets_.subspan(place), entry) && Cursor(entry).next(own) &&
+           std::ranges::equal(magnitude_of(own.contents), serial) && issuer_at(place) == issuer;
 }
 
 bool CrlIndex::find(Issuer issuer, Bytes serial, Element &entry) const noexcept {
-    return slot(wanted(issuer, serial), entry) != 0;
+    return index_.find(hash_of(issuer, serial),
+                       [&](u32 place) noexcept { return is_entry_of(place, issuer, serial, entry); });
 }
 
 }  // namespace tlx

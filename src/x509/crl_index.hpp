@@ -1,14 +1,12 @@
 // An index of the entries of a revocation list by issuer and serial number.
 #pragma once
 
-#include "der/owned.hpp"
+#include "der/place_index.hpp"
 #include "der/sip_hash.hpp"
 #include "x509/crl_entries.hpp"
 
 namespace tlx {
 
-/// A table of places in the octets of the entries, four octets for a slot. The bits that no place needs hold
-/// some of the hash, so that a search rarely reads an entry in vain.
 class CrlIndex {
   public:
     /// An empty one; null when memory runs out.
@@ -27,12 +25,6 @@ class CrlIndex {
     [[nodiscard]] bool find(Issuer issuer, Bytes serial, Element &entry) const noexcept;
 
   private:
-    /// What an entry is found by.
-    struct Wanted {
-        Issuer issuer;
-        Bytes serial;
-        u64 hash;
-    };
     /// Where the entries of an issuer begin.
     struct Run {
         u32 place;
@@ -41,16 +33,13 @@ class CrlIndex {
 
     [[nodiscard]] u32 begin_run(u32 place, Bytes names, const X509_NAME *own) noexcept;
     [[nodiscard]] Issuer issuer_at(u32 place) const noexcept;
-    [[nodiscard]] Wanted wanted(Issuer issuer, Bytes serial) const noexcept;
-    [[nodiscard]] u32 tag_of(const Wanted &wanted) const noexcept;
-    /// The slot of an entry, or the empty one where it belongs.
-    [[nodiscard]] u32 &slot(const Wanted &wanted, Element &entry) const noexcept;
+    [[nodiscard]] u64 hash_of(Issuer issuer, Bytes serial) const noexcept;
+    /// Reads the entry at a place, and says whether it is the one of a certificate.
+    [[nodiscard]] bool is_entry_of(u32 place, Issuer issuer, Bytes serial, Element &entry) const noexcept;
 
     SipHash::Key key_ = {};
     Bytes octets_;
-    OwnedOctets<u32> slots_;  ///< a place plus 1 below the bits of a hash; 0 in an empty slot
-    u32 count_ = 0;           ///< of slots
-    u32 place_bits_ = 0;
+    PlaceIndex index_;
     OwnedOctets<Run> runs_;
     u32 run_count_ = 0;
     u32 run_capacity_ = 0;

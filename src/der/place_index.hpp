@@ -21,26 +21,29 @@ class PlaceIndex {
         slots_.reset(static_cast<u32 *>(TLX_ALLOCATE_ZEROED(count_, sizeof(u32))));
         return slots_ != nullptr;
     }
-    void add(u64 hash, u32 place) noexcept {
-        u32 i = first(hash);
-        while (slots_.get()[i] != 0) {
-            i = next(i);
-        }
-        slots_.get()[i] = (place + 1) | tag_of(hash);
+    /// Adds a place, unless one of this hash matches. Without that, equal places would cost the square of
+    /// their number.
+    template <typename Matches>
+    void add(u64 hash, u32 place, Matches matches) noexcept {
+        u32 &slot = slot_of(hash, matches);
+        if (slot == 0) slot = (place + 1) | tag_of(hash);
     }
-    /// Whether a place of this hash matches, which is stored; of several the one that was added first.
+    /// Whether a place of this hash matches.
     template <typename Matches>
     [[nodiscard]] bool find(u64 hash, Matches matches) const noexcept {
-        if (count_ == 0) return false;
-        const u32 mask = place_mask();
-        for (u32 i = first(hash); slots_.get()[i] != 0; i = next(i)) {
-            const u32 slot = slots_.get()[i];
-            if ((slot & ~mask) == tag_of(hash) && matches((slot & mask) - 1)) return true;
-        }
-        return false;
+        return count_ != 0 && slot_of(hash, matches) != 0;
     }
 
   private:
+    /// The slot of the place that matches, or the empty one where it belongs.
+    template <typename Matches>
+    [[nodiscard]] u32 &slot_of(u64 hash, Matches matches) const noexcept {
+        const u32 mask = place_mask();
+        for (u32 i = first(hash);; i = next(i)) {
+            u32 &slot = slots_.get()[i];
+            if (slot == 0 || ((slot & ~mask) == tag_of(hash) && matches((slot & mask) - 1))) return slot;
+        }
+    }
     u32 first(u64 hash) const noexcept { return static_cast<u32>((hash >> 32) * count_ >> 32); }
     u32 next(u32 slot) const noexcept { return slot + 1 < count_ ? slot + 1 : 0; }
     u32 place_mask() const noexcept { return static_cast<u32>((u64{1} << place_bits_) - 1); }
