@@ -5,8 +5,7 @@
 
 namespace tlx {
 
-/// Gives the key of this process, which is drawn at the first use. Threads that come first at the same time
-/// may get one of their own, so a table keeps its key. False when there are no random octets.
+/// Gives the key of this process, which is drawn at the first use. False when there are no random octets.
 [[nodiscard]] bool take_hash_key(SipHash::Key &key) noexcept;
 
 }  // namespace tlx

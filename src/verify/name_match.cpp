@@ -9,6 +9,11 @@ bool is_space(u8 octet) noexcept {
     return octet == ' ' || (octet >= '\t' && octet <= '\r');
 }
 
+/// ASCII letters in small.
+u8 folded(u8 octet) noexcept {
+    return octet >= 'A' && octet <= 'Z' ? static_cast<u8>(octet + ('a' - 'A')) : octet;
+}
+
 /// The octets of a text one by one, without what comparison ignores.
 class FoldedText {
   public:
@@ -20,7 +25,7 @@ class FoldedText {
         const u8 octet = rest_.front();
         if (!is_space(octet)) {
             rest_ = rest_.subspan(1);
-            return octet >= 'A' && octet <= 'Z' ? octet + ('a' - 'A') : octet;
+            return folded(octet);
         }
         skip_spaces();
         return rest_.empty() ? -1 : ' ';
@@ -67,8 +72,8 @@ u32 read_attributes(StrictCursor relative_name, AttributeView (&attributes)[kMos
     return count;
 }
 
-bool are_equal_relative_names(Bytes a, Bytes b) noexcept {
-    if (same(a, b)) return true;
+/// Whether each attribute has one of the others that equals it.
+bool are_equal_sets(Bytes a, Bytes b) noexcept {
     AttributeView left[kMostAttributes];
     AttributeView right[kMostAttributes];
     const u32 count = read_attributes(StrictCursor(a), left);
@@ -85,26 +90,100 @@ bool are_equal_relative_names(Bytes a, Bytes b) noexcept {
     return true;
 }
 
+bool are_equal_relative_names(Bytes a, Bytes b) noexcept {
+    if (same(a, b)) return true;
+    StrictCursor left(a);
+    StrictCursor right(b);
+    AttributeView first_left;
+    AttributeView first_right;
+    next_attribute(left, first_left);
+    next_attribute(right, first_right);
+    const bool are_single = left.at_end() && right.at_end();
+    return are_single ? are_equal_attributes(first_left, first_right) : are_equal_sets(a, b);
+}
+
+/// Collects what is hashed, because a hash takes much at once faster than octets one by one.
+class HashInput {
+  public:
+    explicit HashInput(SipHash &hash) noexcept : hash_(hash) {}
+    void add(u8 octet) noexcept {
+        if (count_ == sizeof octets_) finish();
+        octets_[count_++] = octet;
+    }
+    void add(Bytes octets) noexcept {
+        for (const u8 octet : octets) {
+            add(octet);
+        }
+    }
+    void add_number(u64 number) noexcept {
+        for (u32 shift = 0; shift < 64; shift += 8) {
+            add(static_cast<u8>(number >> shift));
+        }
+    }
+    void finish() noexcept {
+        hash_.add({octets_, count_});
+        count_ = 0;
+    }
+
+  private:
+    SipHash &hash_;
+    u8 octets_[128];
+    std::size_t count_ = 0;
+};
+
+/// Adds a text as comparison sees it. Returns its octets.
+u64 hash_text(HashInput &input, Bytes octets) noexcept {
+    u64 size = 0;
+    bool is_spaced = false;
+    for (const u8 octet : octets) {
+        if (is_space(octet)) {
+            is_spaced = size != 0;
+            continue;
+        }
+        if (is_spaced) input.add(' ');
+        input.add(folded(octet));
+        size += is_spaced ? 2 : 1;
+        is_spaced = false;
+    }
+    return size;
+}
+
+/// Adds the type, the value and their sizes, without which other attributes could add the same octets.
+void hash_attribute(HashInput &input, const AttributeView &attribute) noexcept {
+    input.add(attribute.type);
+    const u8 kind = text_class(attribute.value.tag);
+    u64 size = attribute.value.whole.size();
+    if (kind == 0) {
+        input.add(attribute.value.whole);
+    } else {
+        size = hash_text(input, attribute.value.contents);
+    }
+    input.add_number(u64{kind} << 56 | u64{attribute.type.size()} << 32 | size);
+}
+
 u64 hash_of_attribute(const SipHash::Key &key, const AttributeView &attribute) noexcept {
     SipHash hash(key);
-    hash.add(attribute.type);
-    const u8 kind = text_class(attribute.value.tag);
-    if (kind == 0) {
-        hash.add(attribute.value.whole);
-        return hash.value();
-    }
-    hash.add(kind);
-    FoldedText text(attribute.value.contents);
-    u8 folded[64];
-    u32 count = 0;
-    for (int octet = text.next(); octet >= 0; octet = text.next()) {
-        folded[count++] = static_cast<u8>(octet);
-        if (count < sizeof folded) continue;
-        hash.add(folded);
-        count = 0;
-    }
-    hash.add({folded, count});
+    HashInput input(hash);
+    hash_attribute(input, attribute);
+    input.finish();
     return hash.value();
+}
+
+/// Adds a relative name, whatever the order of its attributes.
+void hash_relative_name(HashInput &input, const SipHash::Key &key, Bytes relative_name) noexcept {
+    StrictCursor attributes(relative_name);
+    AttributeView attribute;
+    next_attribute(attributes, attribute);
+    if (attributes.at_end()) {
+        hash_attribute(input, attribute);
+        return;
+    }
+    u64 sum = hash_of_attribute(key, attribute);
+    while (!attributes.at_end()) {
+        next_attribute(attributes, attribute);
+        sum += hash_of_attribute(key, attribute);
+    }
+    input.add_number(sum);
 }
 
 }  // namespace
@@ -153,20 +232,13 @@ bool are_equal_names(Bytes a, Bytes b) noexcept {
 }
 
 void hash_name(SipHash &hash, const SipHash::Key &key, Bytes name) noexcept {
+    HashInput input(hash);
     StrictCursor names(name);
     Bytes relative_name;
     while (!names.at_end() && names.next(id::kSet, relative_name)) {
-        u64 sum = 0;  // whatever the order of the attributes
-        StrictCursor attributes(relative_name);
-        while (!attributes.at_end()) {
-            AttributeView attribute;
-            next_attribute(attributes, attribute);
-            sum += hash_of_attribute(key, attribute);
-        }
-        for (u32 shift = 0; shift < 64; shift += 8) {
-            hash.add(static_cast<u8>(sum >> shift));
-        }
+        hash_relative_name(input, key, relative_name);
     }
+    input.finish();
 }
 
 }  // namespace tlx

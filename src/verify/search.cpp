@@ -144,7 +144,7 @@ void Search::offer(const Store &store, const StoreEntry &entry, Array<Candidate>
 
 void Search::gather(const Store &store, Array<Candidate> &candidates) noexcept {
     const CertificateView &view = path_.back()->view;
-    const u64 hash = store.hash_of_name(view.issuer);
+    const u64 hash = path_.back()->issuer_hash;
     if (!view.authority_key.empty()) {
         const StoreEntry *each = store.find_key(hash, view.authority_key);
         for (u32 i = 0; each != nullptr && i < kMostIssuers; each = each->next_of_key, ++i) {

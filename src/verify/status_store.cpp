@@ -28,9 +28,7 @@ Rule keep_certificates(ResponseEntry &response) noexcept {
     while (response.certificates.size() < kMostCertificates && in.any(element)) {
         OwnedObject<StoreEntry> entry = make_object<StoreEntry>();
         if (!entry) return Rule::kNoMemory;
-        CertificateView &view = entry->view;
-        Rule rule = read_certificate(element.whole, 0, view);
-        if (rule == Rule::kNone) rule = make_key(view.key_algorithm, view.key, entry->key);
+        const Rule rule = read_entry(element.whole, 0, *entry);
         if (rule == Rule::kNoMemory) return rule;
         if (rule != Rule::kNone) continue;
         if (!response.certificates.append(entry.get())) return Rule::kNoMemory;

@@ -6,6 +6,15 @@
 
 namespace tlx {
 
+Rule read_entry(Bytes octets, u32 accepted, StoreEntry &entry) noexcept {
+    CertificateView &view = entry.view;
+    if (const Rule rule = read_certificate(octets, accepted, view); rule != Rule::kNone) return rule;
+    SipHash::Key key;
+    if (!take_hash_key(key)) return Rule::kNoMemory;
+    entry.issuer_hash = hash_of_name(key, view.issuer);
+    return make_key(view.key_algorithm, view.key, entry.key);
+}
+
 Store::~Store() {
     for (StoreEntry *entry : entries_) {
         Destroy<StoreEntry>{}(entry);
@@ -60,12 +69,8 @@ Rule Store::add(Bytes certificate, bool is_anchor, u32 accepted) noexcept {
     const Bytes octets = copy_to(entry->octets, certificate);
     if (!entry->octets) return Rule::kNoMemory;
     entry->is_anchor = is_anchor;
-    CertificateView &view = entry->view;
-    if (const Rule rule = read_certificate(octets, accepted, view); rule != Rule::kNone) return rule;
-    if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone) {
-        return rule;
-    }
-    return keep(entry.release());
+    const Rule rule = read_entry(octets, accepted, *entry);
+    return rule == Rule::kNone ? keep(entry.release()) : rule;
 }
 
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }

@@ -15,11 +15,16 @@ struct StoreEntry {
     bool is_anchor = false;
     bool has_certificate = true;
 
-    u64 name_hash = 0;
+    u64 name_hash = 0;    ///< of the subject, in a store
+    u64 issuer_hash = 0;  ///< of a certificate's issuer
     StoreEntry *next_of_name = nullptr;
     StoreEntry *next_of_key = nullptr;
     StoreEntry *next_of_octets = nullptr;
 };
+
+/// Reads a certificate, whose octets outlive the entry, and makes its key: kNone, a rule of
+/// read_certificate() or make_key(), or kNoMemory.
+[[nodiscard]] Rule read_entry(Bytes octets, u32 accepted, StoreEntry &entry) noexcept;
 
 /// Nothing changes a store while a verification uses it.
 class Store {
@@ -32,8 +37,8 @@ class Store {
     /// Takes the key of the hashes. False when there are no random octets.
     [[nodiscard]] bool start() noexcept;
 
-    /// Copies and adds a certificate: kNone, a rule of read_certificate() or make_key(), or kNoMemory. One
-    /// that cannot be used is not added. Equal certificates are added once.
+    /// Copies and adds a certificate: a rule of read_entry(). One that cannot be used is not added. Equal
+    /// certificates are added once.
     [[nodiscard]] Rule add(Bytes certificate, bool is_anchor, u32 accepted) noexcept;
     /// Adds an anchor that is a Name and a SubjectPublicKeyInfo, in DER.
     [[nodiscard]] Rule add_anchor(Bytes name, Bytes key_info) noexcept;

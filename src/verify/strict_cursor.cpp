@@ -3,6 +3,30 @@
 #include <cstring>
 
 namespace tlx {
+namespace {
+
+/// The octets of a length in DER.
+std::size_t length_size(std::size_t length) noexcept {
+    if (length < kIndefiniteLength) return 1;
+    std::size_t octets = 2;
+    while ((length >>= 8) != 0) {
+        ++octets;
+    }
+    return octets;
+}
+
+}  // namespace
+
+bool StrictCursor::take_long(Bytes &contents) noexcept {
+    Element element;
+    if (!read_element(rest_, element) || element.indefinite ||
+        element.length_octets.size() != length_size(element.contents.size())) {
+        return false;
+    }
+    contents = element.contents;
+    rest_ = rest_.subspan(element.whole.size());
+    return true;
+}
 
 bool is_oid(Bytes contents) noexcept {
     constexpr u8 kMore = 0x80;

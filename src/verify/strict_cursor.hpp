@@ -31,31 +31,32 @@ constexpr u8 context_constructed(u8 n) noexcept {
 /// Walks the elements of a container once, front to back.
 class StrictCursor {
   public:
-    StrictCursor() noexcept : cursor_(Bytes()) {}
-    explicit StrictCursor(Bytes contents) noexcept : cursor_(contents) {}
+    StrictCursor() noexcept = default;
+    explicit StrictCursor(Bytes contents) noexcept : rest_(contents) {}
 
-    [[nodiscard]] bool at_end() const noexcept { return cursor_.at_end(); }
+    [[nodiscard]] bool at_end() const noexcept { return rest_.empty(); }
     /// How many octets are left.
-    [[nodiscard]] std::size_t size() const noexcept { return cursor_.rest().size(); }
+    [[nodiscard]] std::size_t size() const noexcept { return rest_.size(); }
     [[nodiscard]] bool is_next(u8 identifier) const noexcept {
-        return !cursor_.at_end() && cursor_.peek_tag() == identifier;
+        return !rest_.empty() && rest_.front() == identifier;
     }
     /// Takes the next element, whatever its identifier of one octet. False, also at the end, when there is
     /// none in DER.
     [[nodiscard]] bool any(Element &element) noexcept {
-        return cursor_.next(element) && element.tag != id::kEndOfContents && !element.indefinite &&
-               element.length_octets.size() == length_size(element.contents.size()) &&
-               element.number() != kTagNumberMask;
+        const Bytes in = rest_;
+        Bytes contents;
+        if (!take(contents) || in[0] == id::kEndOfContents || (in[0] & kTagNumberMask) == kTagNumberMask) {
+            return false;
+        }
+        element = {in[0], false, 0, {}, contents, in.first(in.size() - rest_.size())};
+        return true;
     }
     /// Takes the next element, which has to have this identifier.
     [[nodiscard]] bool next(u8 identifier, Element &element) noexcept {
         return is_next(identifier) && any(element);
     }
     [[nodiscard]] bool next(u8 identifier, Bytes &contents) noexcept {
-        Element element;
-        if (!next(identifier, element)) return false;
-        contents = element.contents;
-        return true;
+        return is_next(identifier) && take(contents);
     }
     /// Enters the next element, which has to have this identifier.
     [[nodiscard]] bool enter(u8 identifier, StrictCursor &inner) noexcept {
@@ -66,16 +67,18 @@ class StrictCursor {
     }
 
   private:
-    static std::size_t length_size(std::size_t length) noexcept {
-        if (length < kIndefiniteLength) return 1;
-        std::size_t octets = 2;
-        while ((length >>= 8) != 0) {
-            ++octets;
-        }
-        return octets;
+    /// Nearly every element has a length of one octet.
+    [[nodiscard]] bool take(Bytes &contents) noexcept {
+        if (rest_.size() < 2 || rest_[1] >= kIndefiniteLength) return take_long(contents);
+        const std::size_t size = rest_[1];
+        if (size > rest_.size() - 2) return false;
+        contents = rest_.subspan(2, size);
+        rest_ = rest_.subspan(2 + size);
+        return true;
     }
+    [[nodiscard]] bool take_long(Bytes &contents) noexcept;
 
-    Cursor cursor_;
+    Bytes rest_;
 };
 
 /// Opens the one element that the octets are. False for another identifier, and when octets follow it.

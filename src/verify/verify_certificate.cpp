@@ -85,14 +85,12 @@ RevocationMode mode_of(u32 choice, const Settings &settings, const Store &store,
 
 void judge(StoreEntry &target, Bytes octets, const Settings &settings, Session &session,
            SearchResult &found) noexcept {
-    CertificateView &view = target.view;
-    Rule rule = read_certificate(octets, settings.accepted, view);
-    if (rule == Rule::kNone) rule = make_key(view.key_algorithm, view.key, target.key);
+    const Rule rule = read_entry(octets, settings.accepted, target);
     if (rule == Rule::kNone) {
         search_path(target, nullptr, settings, session, found);
         return;
     }
-    view.whole = octets;
+    target.view.whole = octets;
     if (!found.path.append(&target)) found.verdict.out_of_memory = true;
     found.verdict.note(0, rule);
 }
