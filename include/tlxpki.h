@@ -19,6 +19,7 @@
 #include <tlxpki/external_signature.h>
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
+#include <tlxpki/message_stream.h>
 #include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>
 #ifndef _WIN32 /* where <wincrypt.h> has a type OCSP_CERT_ID of its own: see <tlxpki/ocsp_types.h> */

@@ -154,6 +154,15 @@ std::string run_on_key(const Row &row) {
         // salt.
         {"sign", [&](N n) { return sign(unit, n[0], n[1], made); }},
         {"verify", [&](N n) { return verify(unit, n[0], n[1], made); }},
+        // Of the digest: less a number of octets.
+        {"verify-digest",
+         [&](N n) {
+             Octets digest(TLX_DIGEST_MAX_LENGTH);
+             std::uint32_t size_of_digest = 0;
+             (void)Digest(n[0], kData.data(), length(kData), digest.data(), &size_of_digest);
+             return verify_RSA_digest(unit.get(), n[0], n[1], digest.data(), size_of_digest - n[2],
+                                      made.data(), length(made));
+         }},
         {"libcrypto-signs", [&](N n) { return made = peer::rsa_sign(test_key(), scheme_of(n), kData), 0U; }},
         {"libcrypto-verifies",
          [&](N n) { return peer::rsa_verify(test_key(), scheme_of(n), kData, made) ? 0U : 1U; }},

@@ -3,6 +3,7 @@
 #include <tlxpki/pkcs7_sign.h>
 
 #include "support/command.hpp"
+#include "support/message_reader.hpp"
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
 
@@ -82,6 +83,18 @@ std::uint32_t verify(const P7_CONTENT_INFO *info, bool detached, Reports *report
     return status;
 }
 
+/// Reads the octets in pieces and verifies them likewise.
+std::uint32_t verify_in_pieces(const std::string &octets, bool detached) {
+    static const Octets root = encode_certificate(Signers::instance().cert("root").get());
+    const Held<free_VERIFY_STORE> store(new_VERIFY_STORE());
+    EXPECT_EQ(add_VERIFY_STORE_anchor(store.get(), root.data(), static_cast<std::uint32_t>(root.size()), 0),
+              0U);
+    SIGNED_MESSAGE_READER_SETTINGS settings = {};
+    settings.store = store.get();
+    const Octets content(kContent.begin(), kContent.end());
+    return read_in_pieces(settings, {octets.begin(), octets.end()}, 100, detached ? &content : nullptr);
+}
+
 /// What openssl signs with some options verifies, and not after its content has changed.
 std::string theirs(const Row &row) {
     const CommandFolder &folder = Signers::instance().folder();
@@ -92,6 +105,7 @@ std::string theirs(const Row &row) {
     const Info info = read_message(octets);
     Reports reports;
     std::string result = status_text(verify(info.get(), detached, &reports));
+    EXPECT_EQ(status_text(verify_in_pieces(octets, detached)), result);
     result += " " + status_text(verify_PKCS7(info.get(), nullptr, octets_of(kContent),
                                              static_cast<std::int32_t>(kContent.size())));
     const std::uint32_t count = get_P7_SIGNER_REPORTS_count(reports.get());

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/crl_builder.hpp"
+#include "support/message_reader.hpp"
 #include "support/rows.hpp"
 #include "support/signers.hpp"
 #include "support/verify_support.hpp"
@@ -114,13 +115,60 @@ class Script {
         if (rules_ == 0) {
             const Store store = store_of(trusted);
             const VERIFY_SETTINGS settings = legacy_settings(time);
-            return verify_PKCS7_Signers_ex(info_.get(), octets_or_null(n[0]), length, pool.get(),
-                                           n[1] == 0 ? nullptr : store.get(), &settings, &reports_);
+            P7_SIGNER_REPORTS *made = nullptr;
+            const std::uint32_t status =
+                verify_PKCS7_Signers_ex(info_.get(), octets_or_null(n[0]), length, pool.get(),
+                                        n[1] == 0 ? nullptr : store.get(), &settings, &made);
+            if (made == nullptr) return status;
+            free_P7_SIGNER_REPORTS(std::exchange(reports_, made));
+            SIGNED_MESSAGE_READER_SETTINGS reading = {};
+            reading.pool = pool.get();
+            reading.store = n[1] == 0 ? nullptr : store.get();
+            reading.settings = &settings;
+            expect_same_in_pieces(reading, n[0], status);
+            return status;
         }
         const Anchors anchors = anchors_of(trusted);
         const auto verify = rules_ == 1 ? verify_PKCS7_Signers : verify_PKCS7_Signers_by_CPV;
         return verify(info_.get(), octets_or_null(n[0]), length, pool.get(),
                       n[1] == 0 ? nullptr : anchors.get(), time, &reports_);
+    }
+    /// The message as it is written, read in pieces, gives the same findings.
+    void expect_same_in_pieces(const SIGNED_MESSAGE_READER_SETTINGS &settings, std::uint32_t content_length,
+                               std::uint32_t status) {
+        std::uint8_t *octets = nullptr;
+        const std::uint32_t size =
+            writeDER_to_Binary(info_.get(), TLX_ENCODER(P7_CONTENT_INFO_to_Seq), &octets);
+        const Held<tlx_free> owner(octets);
+        const bool is_signed = info_ != nullptr && info_->contentType != nullptr &&
+                               index_from_OBJECT_IDENTIFIER(info_->contentType) == TLX_OID_PKCS7_SIGNED_DATA;
+        if (!is_signed || size == 0xFFFFFFFF) return;
+        const Octets message(octets, octets + size);
+        const Octets given(content().begin(),
+                           content().begin() + (content_length == 999 ? 0 : content_length));
+        SignerReports reports;
+        const std::uint32_t found =
+            read_in_pieces(settings, message, 7, content_length == 999 ? nullptr : &given, &reports);
+        P7_CONTENT_INFO *read = nullptr;
+        const std::uint32_t decoded = TLX_READ_DER(P7_CONTENT_INFO, &read, octets, size);
+        const Info reread(read);
+        if (decoded != 0) {
+            EXPECT_EQ(status_text(found), status_text(decoded));
+            return;
+        }
+        ASSERT_EQ(get_P7_SIGNER_REPORTS_count(reports.get()), get_P7_SIGNER_REPORTS_count(reports_));
+        for (std::uint32_t i = 0; i < get_P7_SIGNER_REPORTS_count(reports_); ++i) {
+            const auto *one = get_P7_SIGNER_REPORTS_child(reports.get(), static_cast<std::int32_t>(i));
+            const auto *other = get_P7_SIGNER_REPORTS_child(reports_, static_cast<std::int32_t>(i));
+            if (one->contentStatus == 0x52820047) return;  // digestAlgorithms lacks the digest
+            for (const auto member :
+                 {&P7_SIGNER_REPORT::status, &P7_SIGNER_REPORT::certificateStatus,
+                  &P7_SIGNER_REPORT::algorithmStatus, &P7_SIGNER_REPORT::contentStatus,
+                  &P7_SIGNER_REPORT::signatureStatus, &P7_SIGNER_REPORT::pathStatus,
+                  &P7_SIGNER_REPORT::digestAlgorithm, &P7_SIGNER_REPORT::signatureAlgorithm})
+                EXPECT_EQ(status_text(one->*member), status_text(other->*member)) << i;
+        }
+        EXPECT_EQ(status_text(found), status_text(status));
     }
     /// A member of a report in the order of the header; 8 counts a certificate (1) and a time (2), 9 the
     /// certificates of the path.

@@ -127,6 +127,11 @@ TLXCRYPTO_API uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32
  * Returns TLX_RSA_BAD_SIGNATURE also for any other length than get_RSA_length(). */
 TLXCRYPTO_API uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode,
                                   const uint8_t *data, uint32_t len, const uint8_t *sig, uint32_t sig_len);
+/** The same for a message that is known by its digest: get_DigestLength() octets; returns 1 for another
+ * digest_len. */
+TLXCRYPTO_API uint32_t verify_RSA_digest(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode,
+                                         const uint8_t *digest, uint32_t digest_len, const uint8_t *sig,
+                                         uint32_t sig_len);
 
 /** Chooses the scheme of the encryptions (direction 0) or decryptions (1) that follow.
  * @param mode TLX_RSAES_MODE_; OAEP has an empty label and MGF1 with SHA-1

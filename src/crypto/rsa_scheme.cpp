@@ -246,4 +246,12 @@ uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, con
     return verify_hash(*unit, digest_id, mode, {hash, hash_len}, {sig, sig_len});
 }
 
+uint32_t verify_RSA_digest(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *digest,
+                           uint32_t digest_len, const uint8_t *sig, uint32_t sig_len) {
+    if (unit == nullptr || digest == nullptr || (sig == nullptr && sig_len > 0)) return 1;
+    if (!is_available(digest_id, mode) || digest_len != get_DigestLength(digest_id)) return 1;
+    if (sig_len == 0) return TLX_RSA_BAD_SIGNATURE;
+    return verify_hash(*unit, digest_id, mode, {digest, digest_len}, {sig, sig_len});
+}
+
 }  // extern "C"

@@ -4,22 +4,26 @@ namespace tlx {
 namespace {
 
 template <typename Content>
-SignedMembers members_of(Content &content, P7_SIGNED_DATA *signed_data) noexcept {
+SignedMembers shared_members(Content &content, P7_SIGNED_DATA *signed_data) noexcept {
     return {content.version, &content.digestAlgorithms, &content.certificates,
             &content.crls,   &content.signerInfos,      signed_data};
 }
 
 }  // namespace
 
+SignedMembers members_of(P7_SIGNED_DATA &data) noexcept {
+    return shared_members(data, &data);
+}
+
 bool find_signed_members(const P7_CONTENT_INFO *info, SignedMembers &members) noexcept {
     const u32 type = content_type(info);
     if (type == 0 || info->content.any == nullptr) return false;
     if (type == oid::kPkcs7SignedData) {
-        members = members_of(*info->content.signedData, info->content.signedData);
+        members = members_of(*info->content.signedData);
         return true;
     }
     if (type != oid::kPkcs7SignedAndEnvelopedData) return false;
-    members = members_of(*info->content.signedAndEnvelopedData, nullptr);
+    members = shared_members(*info->content.signedAndEnvelopedData, nullptr);
     return true;
 }
 

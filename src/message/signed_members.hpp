@@ -14,6 +14,7 @@ struct SignedMembers {
     P7_SIGNED_DATA *signedData;  ///< null in signed-and-enveloped data
 };
 
+[[nodiscard]] SignedMembers members_of(P7_SIGNED_DATA &data) noexcept;
 /// False for null, content of another type and content that is missing.
 [[nodiscard]] bool find_signed_members(const P7_CONTENT_INFO *info, SignedMembers &members) noexcept;
 

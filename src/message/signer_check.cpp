@@ -93,9 +93,13 @@ bool is_signed_attributes(Bytes content) noexcept {
 /// data may be signed without attributes.
 u32 check_content(const P7_SIGNER_INFO &signer, u32 digest_id, SignerChecks &checks) noexcept {
     const X509_ATTRIBUTES *attributes = signer.authenticatedAttributes;
+    const Bytes expected = checks.digests.get(digest_id);
+    if (expected.empty() && checks.digests.are_listed()) return 0x52820047;
     if (attributes == nullptr) {
         const bool is_data = oid_index(text_of(checks.content_type)) == oid::kPkcs7Data;
-        return is_data && !is_signed_attributes(checks.content) ? 0 : 0x4B30002B;
+        const bool is_safe =
+            checks.has_content ? !is_signed_attributes(checks.content) : !checks.content_is_set;
+        return is_data && is_safe ? 0 : 0x4B30002B;
     }
     const ASN1_STRING *type = only_value(attributes, oid::kContentType);
     const ASN1_STRING *digest = only_value(attributes, oid::kMessageDigest);
@@ -103,7 +107,6 @@ u32 check_content(const P7_SIGNER_INFO &signer, u32 digest_id, SignerChecks &che
         return 0x4B30002B;
     }
     if (text_of(type) != text_of(checks.content_type)) return 0x4B300106;
-    const Bytes expected = checks.digests.get(digest_id);
     return !expected.empty() && std::ranges::equal(octets_of(digest), expected) ? 0 : 0x4B30005E;
 }
 
@@ -119,6 +122,21 @@ bool verify_octets(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorit
     }
     const u32 result = check_signature(key, signature);
     if (result == 0) status = 0;
+    return result != 1;
+}
+
+/// Verifies a signature over content of which only the digest is left: a digest of KCDSA begins with the key,
+/// and nobody knew it in time. False when memory runs out.
+bool verify_digest(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
+                   const ASYMMETRIC_KEY *key, Bytes digest, u32 &status) noexcept {
+    const RSA_UNIT *rsa = rsa_unit(key);
+    status = digest.empty() ? 0x52820047 : 0x52820048;
+    if (rsa == nullptr || digest.empty()) return true;
+    const Bytes signature = octets_of(signer.encryptedDigest);
+    const u32 result = verify_RSA_digest(rsa, algorithms.digest_id, algorithms.padding_mode(), digest.data(),
+                                         static_cast<u32>(digest.size()), signature.data(),
+                                         static_cast<u32>(signature.size()));
+    status = result == 0 ? 0 : 0x4B300054;
     return result != 1;
 }
 
@@ -144,9 +162,10 @@ bool write_sorted_attributes(const P7_SIGNER_INFO &signer, Encoder &out) noexcep
 
 /// Verifies the signature. False when memory runs out.
 bool check_octets(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms, const ASYMMETRIC_KEY *key,
-                  Bytes content, u32 &status) noexcept {
+                  SignerChecks &checks, u32 &status) noexcept {
     if (signer.authenticatedAttributes == nullptr) {
-        return verify_octets(signer, algorithms, key, content, status);
+        if (checks.has_content) return verify_octets(signer, algorithms, key, checks.content, status);
+        return verify_digest(signer, algorithms, key, checks.digests.get(algorithms.digest_id), status);
     }
     Encoder sent;
     if (!write_attributes(signer, sent)) return false;
@@ -182,7 +201,7 @@ bool check_path(const X509_CERT &cert, const SignerChecks &checks, P7_SIGNER_REP
 }
 
 /// The checks that take the certificate. False when memory runs out.
-bool check_with(const X509_CERT *cert, const P7_SIGNER_INFO &signer, const SignerChecks &checks,
+bool check_with(const X509_CERT *cert, const P7_SIGNER_INFO &signer, SignerChecks &checks,
                 P7_SIGNER_REPORT &report) noexcept {
     const SignerAlgorithms algorithms(signer);
     const bool has_key = get_X509_PUBKEY_key(get_X509_SPKI(cert)) != nullptr;
@@ -193,7 +212,7 @@ bool check_with(const X509_CERT *cert, const P7_SIGNER_INFO &signer, const Signe
     report.algorithmStatus = check_algorithms(signer, algorithms, key.get());
     report.signatureStatus = report.algorithmStatus;
     return report.algorithmStatus != 0 ||
-           check_octets(signer, algorithms, key.get(), checks.content, report.signatureStatus);
+           check_octets(signer, algorithms, key.get(), checks, report.signatureStatus);
 }
 
 }  // namespace

@@ -13,8 +13,12 @@ namespace tlx {
 /// What the signers of one message share.
 struct SignerChecks {
     explicit SignerChecks(Bytes octets) noexcept : content(octets), digests(octets) {}
+    /// For content that came in pieces.
+    SignerChecks() noexcept = default;
 
     Bytes content;
+    bool has_content = true;      ///< false: the content is gone, but for its digests
+    bool content_is_set = false;  ///< of content that is gone: it was one SET
     ContentDigests digests;
     const OBJECT_IDENTIFIER *content_type = nullptr;
     CertificateLookup<IssuerAndSerialProperty> certificates;

@@ -1,9 +1,9 @@
 // The verification that one can rely on.
+#include "message/verify_signers.hpp"
+
 #include <tlxpki/time.h>
 
 #include "der/list_kinds.hpp"
-#include "message/signed_members.hpp"
-#include "message/signer_check.hpp"
 
 using namespace tlx;
 
@@ -62,51 +62,47 @@ bool check_all(const P7_SIGNER_INFOS *signers, SignerChecks &checks, STACK *repo
     return true;
 }
 
-/// What is verified. Paths are by RFC 5280 with a store, by the compatible rules with anchors, and unchecked
-/// without either.
-struct Verification {
-    const P7_CONTENT_INFO *info;
-    Bytes content;
-    const X509_CERTIFICATES *pool;
-    VERIFY_SETTINGS settings;
-    const VERIFY_STORE *store;
-    const TRUST_ANCHORS *compatible_anchors;
-};
-
 /// Verifies all signers. False when memory runs out.
-bool verify_all(const Verification &wanted, const SignedMembers &members, Bytes content, STACK *reports,
+bool verify_all(const SignerTrust &trust, const SignedMembers &members, SignerChecks &checks, STACK *reports,
                 u32 &status) noexcept {
-    const ASN1_TIME *time = wanted.settings.time;
+    const ASN1_TIME *time = trust.settings.time;
     const Owned<STACK> all(new_STACK());
-    if (!all || !join(all.get(), wanted.pool) || !join(all.get(), *members.certificates)) return false;
-    SignerChecks checks(content);
+    if (!all || !join(all.get(), trust.pool) || !join(all.get(), *members.certificates)) return false;
     StrictPaths strict;
     SignerPaths compatible;
-    checks.content_type = content_type_of(*wanted.info, members);
     checks.time = time;
-    if (wanted.store != nullptr) {
-        if (!strict.prepare(all.get(), *members.crls, wanted.store, wanted.settings)) return false;
+    if (trust.store != nullptr) {
+        if (!strict.prepare(all.get(), *members.crls, trust.store, trust.settings)) return false;
         checks.strict = &strict;
-    } else if (wanted.compatible_anchors != nullptr) {
-        if (!compatible.prepare(all.get(), wanted.compatible_anchors, time)) return false;
+    } else if (trust.compatible_anchors != nullptr) {
+        if (!compatible.prepare(all.get(), trust.compatible_anchors, time)) return false;
         checks.compatible = &compatible;
     }
     return checks.certificates.build(all.get()) && check_all(*members.signerInfos, checks, reports, status);
 }
 
-u32 verify(Verification wanted, P7_SIGNER_REPORTS **reports) noexcept {
+u32 verify(const P7_CONTENT_INFO *info, Bytes content, const SignerTrust &trust,
+           P7_SIGNER_REPORTS **reports) noexcept {
     SignedMembers members;
-    if (wanted.info == nullptr) return 0x4B300049;
-    if (!find_signed_members(wanted.info, members)) return 0x4B300048;
+    if (info == nullptr) return 0x4B300049;
+    if (!find_signed_members(info, members)) return 0x4B300048;
     if (get_STACK_count(*members.signerInfos) == 0) return 0x4B30002B;
     ContentOctets octets;
-    if (const u32 status = find_content(members, wanted.content, octets); status != 0) return status;
-    const OwnedTime now(wanted.settings.time == nullptr ? getCurrentGMTime() : nullptr);
-    if (wanted.settings.time == nullptr) wanted.settings.time = now.get();
+    if (const u32 status = find_content(members, content, octets); status != 0) return status;
+    SignerChecks checks(octets.bytes());
+    checks.content_type = content_type_of(*info, members);
+    return verify_signers(trust, members, checks, reports);
+}
+
+}  // namespace
+
+u32 tlx::verify_signers(SignerTrust trust, const SignedMembers &members, SignerChecks &checks,
+                        P7_SIGNER_REPORTS **reports) noexcept {
+    const OwnedTime now(trust.settings.time == nullptr ? getCurrentGMTime() : nullptr);
+    if (trust.settings.time == nullptr) trust.settings.time = now.get();
     OwnedReports made(new_STACK());
     u32 status = 0;
-    if (wanted.settings.time == nullptr || !made ||
-        !verify_all(wanted, members, octets.bytes(), made.get(), status)) {
+    if (trust.settings.time == nullptr || !made || !verify_all(trust, members, checks, made.get(), status)) {
         return 0x4B30003C;
     }
     if (reports != nullptr) {
@@ -116,27 +112,25 @@ u32 verify(Verification wanted, P7_SIGNER_REPORTS **reports) noexcept {
     return status;
 }
 
-}  // namespace
-
 uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
                               const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
                               const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
     const Owned<VERIFY_STORE> store(anchors != nullptr ? store_of_anchors(anchors) : nullptr);
     if (anchors != nullptr && !store) return 0x4B30003C;
-    return verify({info, {content, length}, pool, signing_settings(time), store.get(), nullptr}, reports);
+    return verify(info, {content, length}, {pool, signing_settings(time), store.get(), nullptr}, reports);
 }
 
 uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
                                  const X509_CERTIFICATES *pool, const VERIFY_STORE *store,
                                  const VERIFY_SETTINGS *settings, P7_SIGNER_REPORTS **reports) {
     const VERIFY_SETTINGS wanted = settings != nullptr ? *settings : signing_settings(nullptr);
-    return verify({info, {content, length}, pool, wanted, store, nullptr}, reports);
+    return verify(info, {content, length}, {pool, wanted, store, nullptr}, reports);
 }
 
 uint32_t verify_PKCS7_Signers_by_CPV(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
                                      const X509_CERTIFICATES *pool, const TRUST_ANCHORS *anchors,
                                      const ASN1_TIME *time, P7_SIGNER_REPORTS **reports) {
-    return verify({info, {content, length}, pool, signing_settings(time), nullptr, anchors}, reports);
+    return verify(info, {content, length}, {pool, signing_settings(time), nullptr, anchors}, reports);
 }
 
 void free_P7_SIGNER_REPORTS(P7_SIGNER_REPORTS *reports) {

@@ -22,10 +22,10 @@ template <typename T>
 using OwnedObject = std::unique_ptr<T, Destroy<T>>;
 
 /// Null when memory runs out.
-template <typename T>
-[[nodiscard]] OwnedObject<T> make_object() noexcept {
+template <typename T, typename... Arguments>
+[[nodiscard]] OwnedObject<T> make_object(const Arguments &...arguments) noexcept {
     void *memory = TLX_ALLOCATE(sizeof(T));
-    return OwnedObject<T>(memory == nullptr ? nullptr : new (memory) T);
+    return OwnedObject<T>(memory == nullptr ? nullptr : new (memory) T(arguments...));
 }
 
 /// A copy of octets that an owner frees; empty when memory runs out.

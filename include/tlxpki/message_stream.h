@@ -1,0 +1,110 @@
+/** @file
+ * Messages of any size in constant memory: signed data of PKCS #7 and CMS (RFC 2315, section 9; RFC 5652,
+ * section 5) that comes in pieces of any length, with content of any length up to 2^63 octets.
+ *
+ * The content is given out as it comes; everything else of a message is held up to a limit. Lengths may be
+ * definite or indefinite, and strings may be cut into segments of segments. Elements nest 64 deep at most.
+ *
+ * Octets are given out by a function of the caller, so that the output of one engine may be the input of the
+ * next. A status of it that is not 0 stops the engine, whose operation returns it.
+ *
+ * - Failure: an operation that fails ends the message, and later ones return its status again. One that is
+ *   called too early, or with a null argument, changes nothing.
+ * - Ownership: what settings point to has to outlive what is made with them. new_ functions copy the settings
+ *   themselves.
+ * - Threads: distinct engines may be used at the same time; one engine by one thread at a time.
+ */
+#ifndef TLXPKI_MESSAGE_STREAM_H
+#define TLXPKI_MESSAGE_STREAM_H
+
+#include <tlxpki/pkcs7_sign.h>
+
+TLX_BEGIN_DECLS
+
+#define TLX_MESSAGE_HELD_LIMIT 524288U       /**< octets of everything that is not content, by default */
+#define TLX_MESSAGE_HELD_BACK_LIMIT 1048576U /**< octets of content that are held back at most */
+
+/**
+ * Takes octets that an engine gives out.
+ * @param context the one of the settings
+ * @param octets  valid during the call; len is never 0
+ * @return 0 to go on; any other status stops the engine
+ */
+typedef uint32_t (*MESSAGE_OUTPUT)(void *context, const uint8_t *octets, uint32_t len);
+
+/** How a signed message is read. Zeros stand for the defaults. Without an output the reader checks, and gives
+ * nothing out. */
+typedef struct SIGNED_MESSAGE_READER_SETTINGS {
+    MESSAGE_OUTPUT output;            /**< gets the content once every signer is verified; until then the
+                                         reader holds it back */
+    MESSAGE_OUTPUT unverified_output; /**< gets the content piece by piece, before anybody knows whether it
+                                         counts: the result of final_SIGNED_MESSAGE_READER() says so */
+    void *context;                    /**< handed to the output */
+    uint32_t held_limit;              /**< octets of everything but content; 0 for TLX_MESSAGE_HELD_LIMIT */
+    uint32_t held_back_limit;         /**< octets of content that are held back; 0 for
+                                         TLX_MESSAGE_HELD_BACK_LIMIT, which is the most */
+    const X509_CERTIFICATES *pool;    /**< further certificates; may be null */
+    const VERIFY_STORE *store;        /**< anchors and intermediates; null checks no paths */
+    const VERIFY_SETTINGS *settings;  /**< those of paths; null as for verify_PKCS7_Signers_ex() */
+} SIGNED_MESSAGE_READER_SETTINGS;
+
+/** A signed message that is being read. */
+typedef struct SIGNED_MESSAGE_READER SIGNED_MESSAGE_READER;
+
+/** Begins to read a message; freed with free_SIGNED_MESSAGE_READER(). Null for null settings, with both
+ * outputs, for a held_back_limit above TLX_MESSAGE_HELD_BACK_LIMIT, and when memory runs out. */
+TLXPKI_API SIGNED_MESSAGE_READER *new_SIGNED_MESSAGE_READER(const SIGNED_MESSAGE_READER_SETTINGS *settings);
+/** Frees a reader. Ignores null. */
+TLXPKI_API void free_SIGNED_MESSAGE_READER(SIGNED_MESSAGE_READER *reader);
+
+/**
+ * Takes the next octets of the message, in DER or BER.
+ * @param octets may be null when len is 0
+ * @return 0; 0x52800049 for a null argument; 0x5280004F for octets that are no element, for what nests deeper
+ * than 64 elements, and for octets after the message; 0x52800048 for another content type than signed data
+ * and an element that is missing or does not belong at its place; 0x52800047 when more than held_limit octets
+ * are not content; 0x5280001C for more than 8 distinct digests in digestAlgorithms; 0x5280003C when memory
+ * runs out; 0x52810047 when the content is longer than held_back_limit and an output wants it verified; a
+ * status of X509_ALGO_IDENTIFIERS for digestAlgorithms that cannot be decoded; a status of the output
+ */
+TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER(SIGNED_MESSAGE_READER *reader, const uint8_t *octets,
+                                                 uint32_t len);
+/**
+ * Takes the next octets of the content of a detached message, whose own octets come first. The content is not
+ * given out unless there is an output.
+ * @param octets not null, also when len is 0, which gives content without octets
+ * @return 0; 0x52810049 for a null argument; 0x5281002B before the message is complete; 0x5281001C when the
+ * message has its content; 0x52810047 as for update_SIGNED_MESSAGE_READER(); 0x5280003C when memory runs out;
+ * a status of the output
+ */
+TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER_content(SIGNED_MESSAGE_READER *reader, const uint8_t *octets,
+                                                         uint32_t len);
+/**
+ * Ends the message and verifies its signers, as verify_PKCS7_Signers_ex() does. Content that was held back is
+ * given out when the result is 0.
+ *
+ * One pass has its limits, which are findings about a signer. Its digest has to be among digestAlgorithms,
+ * which stand before the content: otherwise contentStatus is 0x52820047. A KCDSA signature without attributes
+ * takes the content after the key, which comes last: signatureStatus is 0x52820048, unless the content was
+ * kept because it fits held_limit, or is held back. For content that was not kept, without attributes,
+ * contentStatus is 0x4B30002B whenever the content is one SET.
+ *
+ * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
+ * null
+ * @return 0; 0x52820049 for a null reader; 0x5282004F when the message is not complete; 0x5282002B for a
+ * message without signers; 0x52820104 for a content type that cannot be decoded, and when memory runs out for
+ * it; 0x5282003B for a detached message without content; 0x5282003C when memory runs
+ * out; 0x4B30003C as verify_PKCS7_Signers_ex() returns it; a status of P7_SIGNED_DATA for members that cannot
+ * be decoded; the status of the first signer that fails; a status of the output. Afterwards all operations
+ * return 0x5282001C
+ */
+TLXPKI_API uint32_t final_SIGNED_MESSAGE_READER(SIGNED_MESSAGE_READER *reader, P7_SIGNER_REPORTS **reports);
+/** Returns 1 when the message is complete, 0 before and for null. */
+TLXPKI_API uint32_t is_SIGNED_MESSAGE_READER_complete(const SIGNED_MESSAGE_READER *reader);
+/** Returns 1 when the message is complete and carries no content, so that it takes
+ * update_SIGNED_MESSAGE_READER_content(); otherwise 0. */
+TLXPKI_API uint32_t is_SIGNED_MESSAGE_READER_detached(const SIGNED_MESSAGE_READER *reader);
+
+TLX_END_DECLS
+
+#endif

@@ -1,0 +1,96 @@
+#include "message/streamed_content.hpp"
+
+#include <tlxpki/objects.h>
+
+#include "der/list_items.hpp"
+
+namespace tlx {
+namespace {
+
+using OwnedAlgorithms = std::unique_ptr<X509_ALGO_IDENTIFIERS, FreeWith<free_X509_ALGO_IDENTIFIERS>>;
+
+// version Version, digestAlgorithms DigestAlgorithmIdentifiers
+u32 read_algorithms(Bytes members, OwnedAlgorithms &algorithms) noexcept {
+    Cursor cursor(members);
+    Element version;
+    Element set;
+    if (!cursor.next(version) || !cursor.next(set) || set.tag != kSet) return 0x52800048;
+    X509_ALGO_IDENTIFIERS *made = nullptr;
+    const u32 status = AlgorithmSetMember::decode(set, &made);
+    algorithms.reset(made);
+    return status;
+}
+
+}  // namespace
+
+void SetWatch::update(Bytes octets) noexcept {
+    using Event = ElementStream::Event;
+    while (may_be_set_) {
+        const Event event = elements_.next(octets);
+        if (event == Event::need_more) return;
+        const bool begins = event == Event::begin;
+        const bool is_other = begins && elements_.depth() == 0 && elements_.tag() != kSet;
+        if (begins) elements_.stay_closed();
+        may_be_set_ = event != Event::broken && !is_other;
+    }
+}
+
+u32 StreamedContent::start(Bytes members) noexcept {
+    OwnedAlgorithms algorithms;
+    if (const u32 status = read_algorithms(members, algorithms); status != 0) return status;
+    for (u32 i = 0; i < get_STACK_count(algorithms.get()); ++i) {
+        const auto *algorithm = item_at<X509_ALGO_IDENTIFIER>(algorithms.get(), static_cast<i32>(i));
+        const u32 digest_id = get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(algorithm));
+        if (get_DigestLength(digest_id) == 0) continue;
+        if (const u32 status = start_digest(digest_id); status != 0) return status;
+    }
+    return 0;
+}
+
+u32 StreamedContent::start_digest(u32 digest_id) noexcept {
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (get_DIGEST_UNIT_id(digests_[i].get()) == digest_id) return 0;
+    }
+    if (count_ == kMostDigests) return 0x5280001C;
+    Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
+    if (!unit || init_Digest(unit.get(), digest_id) != 0) return 0x5280003C;
+    digests_[count_++] = std::move(unit);
+    return 0;
+}
+
+bool StreamedContent::update(Bytes octets) noexcept {
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (update_Digest(digests_[i].get(), octets.data(), static_cast<u32>(octets.size())) != 0) {
+            return false;
+        }
+    }
+    set_.update(octets);
+    return keep(octets);
+}
+
+bool StreamedContent::keep(Bytes octets) noexcept {
+    if (!is_kept_) return true;
+    is_kept_ = octets.size() <= most_kept_ - kept_.size();
+    if (is_kept_) {
+        kept_.append(octets);
+    } else {
+        tlx_free(kept_.release());
+    }
+    return kept_.ok();
+}
+
+bool StreamedContent::finish(SignerChecks &checks) noexcept {
+    for (std::size_t i = 0; i < count_; ++i) {
+        u8 octets[TLX_DIGEST_MAX_LENGTH];
+        u32 length = 0;
+        const u32 digest_id = get_DIGEST_UNIT_id(digests_[i].get());
+        if (final_Digest(digests_[i].get(), octets, &length) != 0) return false;
+        checks.digests.put(digest_id, {octets, length});
+    }
+    checks.has_content = is_kept_;
+    checks.content = kept_.bytes();
+    checks.content_is_set = set_.is_set();
+    return true;
+}
+
+}  // namespace tlx

@@ -1,0 +1,238 @@
+// Signed messages in pieces: every way to write one, what is refused, and when content is given out.
+#include <gtest/gtest.h>
+
+#include "support/crypto_values.hpp"
+#include "support/message_reader.hpp"
+#include "support/rows.hpp"
+#include "support/signers.hpp"
+#include "support/x509_files.hpp"
+#include "support/x509_records.hpp"
+
+namespace tlx_test {
+namespace {
+
+using Info = Held<free_P7_CONTENT_INFO>;
+using Settings = SIGNED_MESSAGE_READER_SETTINGS;
+
+constexpr std::uint8_t kAbc[] = {'a', 'b', 'c'};
+
+/// "abc" signed by a key with SHA-256, with attributes or without.
+Info signed_abc(unsigned key, bool attributes, bool detached = false) {
+    Info info(new_P7_CONTENT_INFO());
+    const Cert cert = signer_spec(key).make();
+    EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA), 0U);
+    EXPECT_NE(add_PKCS7_Signature(info.get(), cert.get(), signing_key(key), TLX_OID_SHA256), nullptr);
+    EXPECT_EQ(add_PKCS7_Certificate(info.get(), cert.get()), 0U);
+    EXPECT_EQ(attributes ? sign_PKCS7_withAttributes(info.get(), kAbc, 3, detached ? 1 : 0, nullptr)
+                         : sign_PKCS7(info.get(), kAbc, 3, 0),
+              0U);
+    return info;
+}
+
+Octets octets_of(const Info &info) {
+    return encoding_of(info.get(), TLX_ENCODER(P7_CONTENT_INFO_to_Seq));
+}
+
+/// The certificates and the signerInfos of the message, which stand after its content.
+std::string tail_of(unsigned key, bool attributes) {
+    const Octets message = octets_of(signed_abc(key, attributes));
+    const Octets content = {4, 3, 'a', 'b', 'c'};
+    const auto found = std::ranges::search(message, content);
+    const Octets tail(found.end(), message.end());
+    std::string text = "=" + hex_of(tail.data(), tail.size());
+    std::erase(text, ' ');
+    return text;
+}
+
+/// The octets of a row, in the notation of der_text.hpp with names for what all messages have.
+Octets message_of(std::string text) {
+    static const std::map<std::string, std::string> kNames = {
+        {"$signed", "06:2A864886F70D010702"},
+        {"$data", "06:2A864886F70D010701"},
+        {"$before", "02:01 31{30{06:608648016503040201 05:}}"},
+        {"$tail", tail_of(0, true)},
+        {"$bare", tail_of(0, false)},
+        {"$kcdsa", tail_of(kKcdsaKey, false)},
+    };
+    for (const auto &[name, octets] : kNames)
+        for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name))
+            text.replace(at, name.size(), octets);
+    return der(text);
+}
+
+/// The status and the content that was given out, the same for all pieces.
+std::string read(const Octets &message, const Octets *content, std::uint32_t held_limit) {
+    std::string first;
+    for (const std::size_t piece : {1U, 2U, 5U, 64U, 100000U}) {
+        Octets given;
+        Settings settings = {};
+        settings.unverified_output = collect_octets;
+        settings.context = &given;
+        settings.held_limit = held_limit;
+        const std::uint32_t status = read_in_pieces(settings, message, piece, content);
+        const std::string result = status_text(status) + " " + std::string(given.begin(), given.end());
+        if (first.empty()) first = result;
+        if (result != first) return first + " but " + result;
+    }
+    return first;
+}
+
+TEST(MessageStream, Rows) {
+    make_signing_keys();
+    const auto whole = [](const Row &row) { return read(message_of(row[1]), nullptr, 0); };
+    const auto detached = [](const Row &row) {
+        const Octets content(row[2].begin(), row[2].end());
+        return read(message_of(row[1]), &content, 0);
+    };
+    const auto limited = [](const Row &row) { return read(message_of(row[1]), nullptr, row.number(2)); };
+    expect_rows("message_stream.txt", {{"read", {whole}}, {"detached", {detached}}, {"limited", {limited}}});
+}
+
+class MessageReading : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        make_signing_keys();
+        (void)signed_abc(0, true);
+    }
+    LeakCheck leaks_;
+};
+
+TEST_F(MessageReading, TruncatedMessagesAreNotComplete) {
+    const Octets message = octets_of(signed_abc(0, true));
+    for (std::size_t size = 0; size < message.size(); ++size) {
+        const Octets part(message.begin(), message.begin() + static_cast<std::ptrdiff_t>(size));
+        ASSERT_EQ(read_in_pieces({}, part, part.size() + 1), 0x5282004FU) << size;
+    }
+}
+
+std::uint32_t stop(void * /*context*/, const std::uint8_t * /*octets*/, std::uint32_t /*len*/) {
+    return 77;
+}
+
+TEST_F(MessageReading, ContentIsHeldBackUntilItIsVerified) {
+    Octets message = octets_of(signed_abc(0, true));
+    Octets given;
+    Settings settings = {};
+    settings.output = collect_octets;
+    settings.context = &given;
+    const MessageReader reader(new_SIGNED_MESSAGE_READER(&settings));
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0U);
+    EXPECT_EQ(is_SIGNED_MESSAGE_READER_complete(reader.get()), 1U);
+    EXPECT_EQ(is_SIGNED_MESSAGE_READER_detached(reader.get()), 0U);
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER_content(reader.get(), kAbc, 3), 0x5281001CU);
+    EXPECT_TRUE(given.empty());
+    EXPECT_EQ(final_SIGNED_MESSAGE_READER(reader.get(), nullptr), 0U);
+    EXPECT_EQ(given, Octets({'a', 'b', 'c'}));
+    EXPECT_EQ(final_SIGNED_MESSAGE_READER(reader.get(), nullptr), 0x5282001CU);
+
+    settings.output = stop;
+    EXPECT_EQ(read_in_pieces(settings, message, 9), 77U);
+    settings.held_back_limit = 2;
+    EXPECT_EQ(read_in_pieces(settings, message, 9), 0x52810047U);
+    settings.output = collect_octets;
+    settings.held_back_limit = 3;
+    given.clear();
+    message.back() ^= 1;
+    EXPECT_EQ(read_in_pieces(settings, message, 9), 0x4B300054U);
+    EXPECT_TRUE(given.empty());
+    settings.output = nullptr;
+    settings.unverified_output = stop;
+    EXPECT_EQ(read_in_pieces(settings, message, 9), 77U);
+}
+
+TEST_F(MessageReading, RefusesArguments) {
+    Settings settings = {};
+    EXPECT_EQ(new_SIGNED_MESSAGE_READER(nullptr), nullptr);
+    settings.held_back_limit = TLX_MESSAGE_HELD_BACK_LIMIT + 1;
+    EXPECT_EQ(new_SIGNED_MESSAGE_READER(&settings), nullptr);
+    settings.held_back_limit = 0;
+    settings.output = settings.unverified_output = stop;
+    EXPECT_EQ(new_SIGNED_MESSAGE_READER(&settings), nullptr);
+    const MessageReader reader(new_SIGNED_MESSAGE_READER(&(settings = {})));
+    expect_refuses_null(0x52800049, update_SIGNED_MESSAGE_READER, reader.get(), kAbc, 3);
+    expect_refuses_null(0x52810049, update_SIGNED_MESSAGE_READER_content, reader.get(), kAbc, 3);
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER_content(reader.get(), kAbc, 3), 0x5281002BU);
+    EXPECT_EQ(final_SIGNED_MESSAGE_READER(nullptr, nullptr), 0x52820049U);
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), nullptr, 0), 0U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_READER(reader.get(), nullptr), 0x5282004FU);
+}
+
+/// Without attributes, content that is no longer there verifies by its digest, but not under KCDSA.
+TEST_F(MessageReading, ContentThatIsGone) {
+    Settings settings = {};
+    settings.held_limit = 2000;
+    for (const auto &[key, expected] : {std::pair(0U, 0U), {kKcdsaKey, 0x52820048U}}) {
+        const Info info(new_P7_CONTENT_INFO());
+        const Octets content(10000, 'x');
+        const Cert cert = signer_spec(key).make();
+        EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA), 0U);
+        EXPECT_NE(add_PKCS7_Signature(info.get(), cert.get(), signing_key(key), TLX_OID_SHA256), nullptr);
+        EXPECT_EQ(add_PKCS7_Certificate(info.get(), cert.get()), 0U);
+        EXPECT_EQ(sign_PKCS7(info.get(), content.data(), 10000, 0), 0U);
+        Octets message = octets_of(info);
+        EXPECT_EQ(read_in_pieces(settings, message, 1000), expected);
+        message[message.size() / 2] ^= 1;
+        EXPECT_EQ(read_in_pieces(settings, message, 1000), expected == 0 ? 0x4B300054 : expected);
+    }
+}
+
+/// Attributes that somebody signed are no content, also when they are too long to be kept.
+TEST_F(MessageReading, SignedAttributesAsContent) {
+    const Info info = signed_abc(0, true);
+    P7_SIGNED_DATA &data = *info->content.signedData;
+    P7_SIGNER_INFO &signer = *get_P7_SIGNER_INFOS_child(data.signerInfos, 0);
+    const Octets set = encoding_of(signer.authenticatedAttributes, TLX_ENCODER(X509_ATTRIBUTES_to_Seq));
+    const Info content(gen_PKCS7_DATA_from_Binary(set.data(), length(set)));
+    EXPECT_EQ(set_PKCS7_Content(info.get(), content.get()), 0U);
+    free_X509_ATTRIBUTES(std::exchange(signer.authenticatedAttributes, nullptr));
+    free_X509_CERTIFICATES(std::exchange(data.certificates, nullptr));
+    const Octets message = octets_of(info);
+    const Cert cert = signer_spec(0).make();
+    const Certificates pool = make({signer_spec(0)});
+    Settings settings = {};
+    settings.pool = pool.get();
+    EXPECT_EQ(read_in_pieces(settings, message, 10), 0x4B30002BU);
+    settings.unverified_output = [](void *, const std::uint8_t *, std::uint32_t) { return 0U; };
+    settings.held_limit = length(message) - length(set);
+    EXPECT_EQ(read_in_pieces(settings, message, 10), 0x4B30002BU);
+}
+
+TEST_F(MessageReading, AllocationsMayFail) {
+    const Octets message = octets_of(signed_abc(0, true));
+    const Statuses no_memory = {0x5280003C, 0x5282003C, 0x4B30003C, 0x52820104, 0x4624010C};
+    sweep_failing_allocations([&] {
+        Octets given;
+        Settings settings = {};
+        settings.output = collect_octets;
+        settings.context = &given;
+        const std::uint32_t status = read_in_pieces(settings, message, 50);
+        EXPECT_TRUE(status == 0 || no_memory.contains(status) ||
+                    TLX_STATUS_REASON(status) == TLX_REASON_NOT_DECODED)
+            << status_text(status);
+        EXPECT_EQ(given.size(), status == 0 ? 3U : 0U);
+        return status == 0;
+    });
+}
+
+/// 24 MB of content in segments take no more memory than 24 KB.
+TEST_F(MessageReading, TakesConstantMemory) {
+    const Octets head = message_of(
+        "=3080 $signed =A080 =3080 02:01 31{30{06:608648016503040201 05:}} =3080 $data =A080 =2480");
+    const Octets segment = der("04:" + std::string(2 * 4096, '0'));
+    std::uint64_t peaks[2] = {};
+    for (const std::size_t round : {0U, 1U}) {
+        const std::uint64_t before = tlx_live_bytes();
+        Settings settings = {};
+        settings.held_limit = 20000;
+        const MessageReader reader(new_SIGNED_MESSAGE_READER(&settings));
+        EXPECT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), head.data(), length(head)), 0U);
+        for (int i = 0; i < (round == 0 ? 6 : 6000); ++i) {
+            ASSERT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), segment.data(), length(segment)), 0U);
+            peaks[round] = std::max(peaks[round], tlx_live_bytes() - before);
+        }
+    }
+    EXPECT_LE(peaks[1], peaks[0]);
+}
+
+}  // namespace
+}  // namespace tlx_test
