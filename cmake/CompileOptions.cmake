@@ -49,8 +49,12 @@ macro(tlx_compile_programs)
                         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-stringop-overflow>
                         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-stringop-overread>)
 endmacro()
-# Tests spend their time in the libraries, which are optimised as users get them.
+# Tests spend their time in the libraries, which are optimised and checked as users get them. A third of the time for compiling
+# tests went into their own optimisation, and two fifths into their own checks of undefined behaviour.
 macro(tlx_compile_tests)
     tlx_compile_programs()
-    add_compile_options($<$<CONFIG:RelWithDebInfo>:-O1>)
+    add_compile_options("$<$<CONFIG:RelWithDebInfo>:SHELL:-O0 -g0 -U_FORTIFY_SOURCE>")
+    if(TLX_SANITIZE MATCHES "undefined")
+        add_compile_options(-fno-sanitize=undefined)
+    endif()
 endmacro()

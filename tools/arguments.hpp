@@ -10,6 +10,9 @@
 
 namespace tool {
 
+/// Days between the times of a list or an answer, at most.
+constexpr int kMostDays = 36500;
+
 /// The request of the arguments.
 struct CommandLine {
     VerifyOptions verify;

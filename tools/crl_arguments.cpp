@@ -5,8 +5,6 @@ namespace tool {
 
 namespace {
 
-constexpr int kMostDays = 36500;
-
 void add_crl_show(CLI::App *crl, CommandLine &line) {
     ShowCrlOptions &options = line.crl_show;
     CLI::App *command = crl->add_subcommand("show", "Show a revocation list in words");

@@ -5,8 +5,6 @@ namespace tool {
 
 namespace {
 
-constexpr int kMostDays = 36500;
-
 void add_ocsp_request(CLI::App *ocsp, CommandLine &line) {
     OcspRequestOptions &options = line.ocsp_request;
     CLI::App *command = ocsp->add_subcommand("request", "Make a request about certificates");

@@ -14,7 +14,7 @@ void add_reading(CLI::App *command, Pkcs12Options &options) {
     add_operand(command, "FILE", options.file, "The file");
 }
 
-void add_open(CLI::App *pkcs12, CommandLine &line) {
+void add_pkcs12_open(CLI::App *pkcs12, CommandLine &line) {
     Pkcs12Options &options = line.pkcs12;
     CLI::App *command =
         pkcs12->add_subcommand("open", "Show what a PKCS #12 file holds, or write it into a folder");
@@ -29,7 +29,7 @@ void add_open(CLI::App *pkcs12, CommandLine &line) {
     runs(command, line, run_pkcs12_open, options);
 }
 
-void add_show_pkcs12(CLI::App *pkcs12, CommandLine &line) {
+void add_pkcs12_show(CLI::App *pkcs12, CommandLine &line) {
     Pkcs12Options &options = line.pkcs12;
     CLI::App *command = pkcs12->add_subcommand(
         "show", "Show how a PKCS #12 file is protected, and what can be seen without its password");
@@ -38,7 +38,7 @@ void add_show_pkcs12(CLI::App *pkcs12, CommandLine &line) {
     runs(command, line, run_pkcs12_show, options);
 }
 
-void add_make(CLI::App *pkcs12, CommandLine &line) {
+void add_pkcs12_make(CLI::App *pkcs12, CommandLine &line) {
     Pkcs12MakeOptions &options = line.pkcs12_make;
     CLI::App *command = pkcs12->add_subcommand("make", "Make a PKCS #12 file of a key and its certificates");
     command->footer(
@@ -63,9 +63,9 @@ void add_make(CLI::App *pkcs12, CommandLine &line) {
 void add_pkcs12(CLI::App &app, CommandLine &line) {
     CLI::App *pkcs12 = app.add_subcommand("pkcs12", "Open, show and make PKCS #12 files");
     pkcs12->require_subcommand(1);
-    add_open(pkcs12, line);
-    add_show_pkcs12(pkcs12, line);
-    add_make(pkcs12, line);
+    add_pkcs12_open(pkcs12, line);
+    add_pkcs12_show(pkcs12, line);
+    add_pkcs12_make(pkcs12, line);
 }
 
 }  // namespace tool

@@ -5,7 +5,7 @@ namespace tool {
 
 namespace {
 
-void add_show(CLI::App *lists, CommandLine &line) {
+void add_trust_list_show(CLI::App *lists, CommandLine &line) {
     TrustListOptions &options = line.trust_list;
     CLI::App *command = lists->add_subcommand("show", "Show a trust list, signed or not, in words");
     command->footer("Nothing is verified.");
@@ -14,7 +14,7 @@ void add_show(CLI::App *lists, CommandLine &line) {
     runs(command, line, run_trust_list_show, options);
 }
 
-void add_import(CLI::App *lists, CommandLine &line) {
+void add_trust_list_import(CLI::App *lists, CommandLine &line) {
     TrustListOptions &options = line.trust_list;
     CLI::App *command = lists->add_subcommand("import", "Take the certificates out of a signed trust list");
     command->footer(
@@ -38,7 +38,7 @@ void add_import(CLI::App *lists, CommandLine &line) {
     runs(command, line, run_trust_list_import, options);
 }
 
-void add_make(CLI::App *lists, CommandLine &line) {
+void add_trust_list_make(CLI::App *lists, CommandLine &line) {
     TrustListOptions &options = line.trust_list;
     CLI::App *command = lists->add_subcommand("make", "Make a signed trust list of certificates");
     command->footer(
@@ -68,9 +68,9 @@ void add_make(CLI::App *lists, CommandLine &line) {
 void add_trust_list(CLI::App &app, CommandLine &line) {
     CLI::App *lists = app.add_subcommand("trustlist", "Show, import and make certificate trust lists");
     lists->require_subcommand(1);
-    add_show(lists, line);
-    add_import(lists, line);
-    add_make(lists, line);
+    add_trust_list_show(lists, line);
+    add_trust_list_import(lists, line);
+    add_trust_list_make(lists, line);
 }
 
 }  // namespace tool
