@@ -4,6 +4,7 @@
 #ifndef TLXCRYPTO_H
 #define TLXCRYPTO_H
 
+#include <tlxcrypto/aead.h>
 #include <tlxcrypto/bigint.h>
 #include <tlxcrypto/cipher.h>
 #include <tlxcrypto/curve.h>
@@ -16,11 +17,13 @@
 #include <tlxcrypto/hmac.h>
 #include <tlxcrypto/kcdsa.h>
 #include <tlxcrypto/kdf.h>
+#include <tlxcrypto/key_wrap.h>
 #include <tlxcrypto/memory.h>
 #include <tlxcrypto/random.h>
 #include <tlxcrypto/rc4.h>
 #include <tlxcrypto/rsa.h>
 #include <tlxcrypto/rsa_external.h>
 #include <tlxcrypto/stack.h>
+#include <tlxcrypto/xdh.h>
 
 #endif

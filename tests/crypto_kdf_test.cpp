@@ -1,4 +1,5 @@
-// Derivation of keys from passwords: vectors of RFC 6070 and RFC 7914, and values of other implementations.
+// Derivation of keys: vectors of RFC 6070, RFC 7914, RFC 5869 and SP 800-135, and values of other
+// implementations.
 
 #include "support/allocation.hpp"
 #include "support/crypto_values.hpp"
@@ -25,9 +26,7 @@ std::string result(std::uint32_t status, const Octets &out) {
         EXPECT_EQ(derived, Octets(derived.size()));
         return std::to_string(status);
     }
-    std::string digits = hex_of(derived.data(), derived.size());
-    std::erase(digits, ' ');
-    return digits;
+    return digits(derived);
 }
 
 std::string pbkdf2(const Row &row) {
@@ -46,12 +45,35 @@ std::string scrypt(const Row &row) {
     return result(status, out);
 }
 
+std::string hkdf(const Row &row) {
+    const Octets secret = hex(row[2]);
+    const Octets salt = hex(row[3]);
+    const Octets info = hex(row[4]);
+    Octets out(row.number(5) + 1, 0xEE);
+    const std::uint32_t status =
+        compute_HKDF(row.number(1), secret.data(), length(secret), salt.data(), length(salt), info.data(),
+                     length(info), out.data(), row.number(5));
+    return result(status, out);
+}
+
+std::string x963(const Row &row) {
+    const Octets secret = hex(row[2]);
+    const Octets info = hex(row[3]);
+    Octets out(row.number(4) + 1, 0xEE);
+    const std::uint32_t status = compute_X963_KDF(row.number(1), secret.data(), length(secret), info.data(),
+                                                  length(info), out.data(), row.number(4));
+    return result(status, out);
+}
+
 TEST(KeyDerivation, Rows) {
-    expect_rows("kdf.txt", {{"pbkdf2", {pbkdf2, {"1"}}}, {"scrypt", {scrypt}}});
+    expect_rows("kdf.txt",
+                {{"pbkdf2", {pbkdf2, {"1"}}}, {"scrypt", {scrypt}}, {"hkdf", {hkdf}}, {"x963", {x963}}});
     EXPECT_TRUE(openssl::error_queue_is_empty());
     EXPECT_EQ(compute_PBKDF2(TLX_DIGEST_SHA1, nullptr, 1, nullptr, 0, 1, nullptr, 1), 1U);
     Octets out(1);
     EXPECT_EQ(compute_PBKDF2(TLX_DIGEST_SHA1, nullptr, 1, nullptr, 0, 1, out.data(), 1), 1U);
+    EXPECT_EQ(compute_HKDF(TLX_DIGEST_SHA256, nullptr, 0, nullptr, 1, nullptr, 0, out.data(), 1), 1U);
+    EXPECT_EQ(compute_X963_KDF(TLX_DIGEST_SHA256, out.data(), 1, nullptr, 1, out.data(), 1), 1U);
     EXPECT_EQ(compute_SCRYPT(nullptr, 0, nullptr, 1, 2, 1, 1, 1 << 20, out.data(), 1), 1U);
 }
 

@@ -1,6 +1,7 @@
 /** @file
- * Message digests: MD5 (RFC 1321), SHA-1 and SHA-2 (FIPS 180-4), SHA-3 (FIPS 202), HAS-160
- * (TTAS.KO-12.0011), and MD4 (RFC 1320) and MDC-2 (ISO/IEC 10118-2) where the installed libcrypto has them.
+ * Message digests: MD5 (RFC 1321), SHA-1 and SHA-2 (FIPS 180-4), SHA-3 and SHAKE256 with 64 octets (FIPS
+ * 202), HAS-160 (TTAS.KO-12.0011), and MD4 (RFC 1320) and MDC-2 (ISO/IEC 10118-2) where the installed
+ * libcrypto has them.
  *
  * - Arguments: data is a message or its next len octets, and may be null when len is 0. digest receives
  *   get_DigestLength() octets, at most TLX_DIGEST_MAX_LENGTH. digest_len receives their number, 0 on failure.
@@ -31,6 +32,8 @@
 #define TLX_DIGEST_SHA3_256 0x09000300U
 #define TLX_DIGEST_SHA3_384 0x09000400U
 #define TLX_DIGEST_SHA3_512 0x09000500U
+#define TLX_DIGEST_SHAKE256 \
+    0x09000600U                   /**< 64 octets (RFC 8419, section 2.3); no digest of HMAC and of RSA */
 #define TLX_HMAC_SHA1 0x15000100U /**< HMAC with SHA-1: for the functions of hmac.h, not a digest */
 
 /** Octets of the longest digest. */
@@ -44,7 +47,7 @@ typedef struct DIGEST_UNIT DIGEST_UNIT;
 /** Returns the octets of a digest. */
 TLXCRYPTO_API uint32_t get_DigestLength(uint32_t digest_id);
 /** Returns the octets of a digest's input block: 64, for SHA-384 and all of SHA-512 128, for SHA-3 144, 136,
- * 104 and 72. */
+ * 104 and 72, for SHAKE256 136. */
 TLXCRYPTO_API uint32_t get_DigestBlockLength(uint32_t digest_id);
 
 /** Digests a message in one call. */

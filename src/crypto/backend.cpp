@@ -24,6 +24,7 @@ constinit FetchedDigest g_digests[] = {
     {TLX_DIGEST_SHA3_256, "SHA3-256"},
     {TLX_DIGEST_SHA3_384, "SHA3-384"},
     {TLX_DIGEST_SHA3_512, "SHA3-512"},
+    {TLX_DIGEST_SHAKE256, "SHAKE-256"},
     {TLX_DIGEST_MD5, "MD5"},
     {TLX_DIGEST_MD4, "MD4"},
     {TLX_DIGEST_MDC2, "MDC2"},
@@ -65,6 +66,10 @@ void load_legacy(OSSL_LIB_CTX *context) noexcept {
 }
 
 const EVP_MD *backend_digest(u32 digest_id) noexcept {
+    return digest_id == TLX_DIGEST_SHAKE256 ? nullptr : backend_digest_or_xof(digest_id);
+}
+
+const EVP_MD *backend_digest_or_xof(u32 digest_id) noexcept {
     return find_fetched(g_digests, digest_id);
 }
 

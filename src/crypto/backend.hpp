@@ -19,14 +19,21 @@ OSSL_LIB_CTX *backend() noexcept;
 /// Loads the legacy provider, if there is one. Its algorithms are not available without it.
 void load_legacy(OSSL_LIB_CTX *context) noexcept;
 
-/// The digest of an identifier; null when it is unknown, ours (HAS-160) or not available.
+/// The digest of an identifier; null when it is unknown, ours (HAS-160), of variable length (SHAKE256) or not
+/// available.
 const EVP_MD *backend_digest(u32 digest_id) noexcept;
+/// The same with SHAKE256, whose length libcrypto takes at the end.
+const EVP_MD *backend_digest_or_xof(u32 digest_id) noexcept;
+
+/// The block cipher of an identifier; null when it is unknown or not available.
+const EVP_CIPHER *backend_cipher(u32 cipher_id) noexcept;
 
 #ifdef _WIN32
 /// Frees what the first use made, when the DLL that contains libcrypto is unloaded. Nothing may be called
 /// afterwards.
 void release_backend() noexcept;
 void release_ciphers() noexcept;
+void release_aead() noexcept;
 void release_rc4() noexcept;
 void release_curves() noexcept;
 #endif

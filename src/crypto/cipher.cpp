@@ -64,10 +64,6 @@ constinit FetchedCipher g_ciphers[] = {
     {TLX_CIPHER_CAST5 | TLX_CIPHER_MODE_CBC, "CAST5-CBC"},
 };
 
-const EVP_CIPHER *find_cipher(u32 id) noexcept {
-    return find_fetched(g_ciphers, id);
-}
-
 // Above this, an output length exceeds libcrypto's int.
 constexpr u32 kMostInput = 0x7FFFFF00;
 
@@ -77,6 +73,10 @@ bool pads(u32 id) noexcept {
 }
 
 }  // namespace
+
+const EVP_CIPHER *tlx::backend_cipher(u32 cipher_id) noexcept {
+    return find_fetched(g_ciphers, cipher_id);
+}
 
 #ifdef _WIN32
 void tlx::release_ciphers() noexcept {
@@ -98,17 +98,17 @@ struct BLOCK_CIPHER_UNIT {
 extern "C" {
 
 uint32_t get_KeyLength(uint32_t cipher_id) {
-    const EVP_CIPHER *cipher = find_cipher(cipher_id);
+    const EVP_CIPHER *cipher = backend_cipher(cipher_id);
     return cipher == nullptr ? 0 : static_cast<u32>(EVP_CIPHER_get_key_length(cipher));
 }
 
 uint32_t get_IVLength(uint32_t cipher_id) {
-    const EVP_CIPHER *cipher = find_cipher(cipher_id);
+    const EVP_CIPHER *cipher = backend_cipher(cipher_id);
     return cipher == nullptr ? 0 : static_cast<u32>(EVP_CIPHER_get_iv_length(cipher));
 }
 
 uint32_t get_BlockLength(uint32_t cipher_id) {
-    if (find_cipher(cipher_id) == nullptr) return 0;
+    if (backend_cipher(cipher_id) == nullptr) return 0;
     switch (cipher_id & 0xFF000000U) {
         case TLX_CIPHER_AES128 & 0xFF000000U:
         case TLX_CIPHER_ARIA & 0xFF000000U:
@@ -139,7 +139,7 @@ uint32_t init_BlockCipher(BLOCK_CIPHER_UNIT *unit, uint32_t cipher_id, const uin
     unit->iv_length = 0;
     // Drops the old key, also when what follows fails.
     if (unit->context != nullptr && EVP_CIPHER_CTX_reset(unit->context.get()) != 1) return 1;
-    const EVP_CIPHER *cipher = find_cipher(cipher_id);
+    const EVP_CIPHER *cipher = backend_cipher(cipher_id);
     if (cipher == nullptr || key == nullptr || direction > 1) return 1;
 
     const ErrorScope errors;

@@ -18,6 +18,7 @@ bool attach() noexcept {
 
 void detach() noexcept {
     release_ciphers();
+    release_aead();
     release_rc4();
     release_curves();
     release_backend();

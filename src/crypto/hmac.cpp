@@ -18,7 +18,9 @@ namespace {
 
 constexpr u32 kMostBlockLength = 144;  // SHA3-224
 
+/// SHAKE256 makes codes in another way (FIPS 202, section 7): there is no HMAC with it.
 u32 digest_of(u32 id) noexcept {
+    if (id == TLX_DIGEST_SHAKE256) return 0;
     return id == TLX_HMAC_SHA1 ? TLX_DIGEST_SHA1 : id;
 }
 

@@ -1,3 +1,6 @@
+#include <openssl/core_names.h>
+#include <openssl/kdf.h>
+#include <openssl/params.h>
 #include <tlxcrypto/hmac.h>
 #include <tlxcrypto/kdf.h>
 
@@ -67,6 +70,38 @@ bool derive_has160(Bytes password, Bytes salt, u32 iterations, u8 *out, u32 out_
     return derived;
 }
 
+struct FreeKdf {
+    void operator()(EVP_KDF *kdf) const noexcept { EVP_KDF_free(kdf); }
+    void operator()(EVP_KDF_CTX *context) const noexcept { EVP_KDF_CTX_free(context); }
+};
+using Kdf = std::unique_ptr<EVP_KDF, FreeKdf>;
+using KdfContext = std::unique_ptr<EVP_KDF_CTX, FreeKdf>;
+
+OSSL_PARAM octet_parameter(const char *name, Bytes octets) noexcept {
+    return OSSL_PARAM_construct_octet_string(name, const_cast<u8 *>(octets_or_none(octets.data())),
+                                             octets.size());
+}
+
+/// A function of libcrypto that derives octets from a shared secret. HKDF takes no more than 255 digests.
+bool derive_from_secret(const char *function, u32 digest_id, Bytes secret, Bytes salt, Bytes info, u8 *out,
+                        u32 out_len) noexcept {
+    const EVP_MD *digest = backend_digest(digest_id);
+    if (digest == nullptr) return false;
+    const ErrorScope errors;
+    const Kdf kdf(EVP_KDF_fetch(backend(), function, nullptr));
+    const KdfContext context(kdf == nullptr ? nullptr : EVP_KDF_CTX_new(kdf.get()));
+    if (context == nullptr) return false;
+    const OSSL_PARAM parameters[] = {
+        OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_DIGEST, const_cast<char *>(EVP_MD_get0_name(digest)),
+                                         0),
+        octet_parameter(OSSL_KDF_PARAM_KEY, secret),
+        octet_parameter(OSSL_KDF_PARAM_INFO, info),
+        salt.empty() ? OSSL_PARAM_construct_end() : octet_parameter(OSSL_KDF_PARAM_SALT, salt),
+        OSSL_PARAM_construct_end(),
+    };
+    return EVP_KDF_derive(context.get(), out, out_len, parameters) == 1;
+}
+
 bool are_octets(const u8 *octets, u32 len) noexcept {
     return len <= kMostLength && (octets != nullptr || len == 0);
 }
@@ -112,6 +147,30 @@ uint32_t compute_SCRYPT(const uint8_t *password, uint32_t password_len, const ui
     const bool derived = EVP_PBE_scrypt_ex(reinterpret_cast<const char *>(octets_or_none(password)),
                                            password_len, octets_or_none(salt), salt_len, cost, block_size,
                                            parallelization, most_memory, out, out_len, context, nullptr) == 1;
+    if (!derived) tlx_wipe(out, out_len);
+    return derived ? 0 : 1;
+}
+
+uint32_t compute_HKDF(uint32_t digest_id, const uint8_t *secret, uint32_t secret_len, const uint8_t *salt,
+                      uint32_t salt_len, const uint8_t *info, uint32_t info_len, uint8_t *out,
+                      uint32_t out_len) {
+    if (out == nullptr || out_len == 0 || out_len > kMostLength) return 1;
+    std::memset(out, 0, out_len);
+    const bool derived = are_octets(secret, secret_len) && are_octets(salt, salt_len) &&
+                         are_octets(info, info_len) &&
+                         derive_from_secret(OSSL_KDF_NAME_HKDF, digest_id, {secret, secret_len},
+                                            {salt, salt_len}, {info, info_len}, out, out_len);
+    if (!derived) tlx_wipe(out, out_len);
+    return derived ? 0 : 1;
+}
+
+uint32_t compute_X963_KDF(uint32_t digest_id, const uint8_t *secret, uint32_t secret_len, const uint8_t *info,
+                          uint32_t info_len, uint8_t *out, uint32_t out_len) {
+    if (out == nullptr || out_len == 0 || out_len > kMostLength) return 1;
+    std::memset(out, 0, out_len);
+    const bool derived = secret_len != 0 && are_octets(secret, secret_len) && are_octets(info, info_len) &&
+                         derive_from_secret(OSSL_KDF_NAME_X963KDF, digest_id, {secret, secret_len}, {},
+                                            {info, info_len}, out, out_len);
     if (!derived) tlx_wipe(out, out_len);
     return derived ? 0 : 1;
 }

@@ -31,6 +31,13 @@ inline std::string digits_of(const Octets &octets) {
     return taken(binary_to_hex(octets.data(), length(octets)));
 }
 
+/// The same digits, for which the library allocates nothing.
+inline std::string digits(const Octets &octets) {
+    std::string text = hex_of(octets.data(), octets.size());
+    std::erase(text, ' ');
+    return text;
+}
+
 /// Whether all steps of a row returned 0: "done". When the first that did not returned 1, "failed".
 inline std::string whether_done(const std::string &results) {
     const std::size_t first = results.find_first_not_of("0 ");
