@@ -12,6 +12,8 @@
 #include <tlxpki/asn1_io.h>
 #include <tlxpki/base64.h>
 #include <tlxpki/ber.h>
+#include <tlxpki/cms.h>
+#include <tlxpki/cms_types.h>
 #include <tlxpki/convert.h>
 #include <tlxpki/cpv.h>
 #include <tlxpki/curve.h>

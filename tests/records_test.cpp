@@ -266,7 +266,9 @@ TEST(Records, NullArgumentsAndNullRecords) {
         type.clean(nullptr);
         type.free(nullptr);
         expect_making_may_fail(type.make, type.free);
-        EXPECT_EQ(decode(type, new_node().get()), decode(type, der_node("30{}").get()))
+        EXPECT_EQ(decode(type, new_node().get()), departure_of(type).chooses_by_tag
+                                                      ? status_text(type.decoding.other)
+                                                      : decode(type, der_node("30{}").get()))
             << "a node that is not started has no children";
     }
 }

@@ -1,7 +1,7 @@
 /** @file
  * The records that certificates are made of, and the contract of all functions that work on records: those of
- * x509*.h, general_name.h, kisa_identity.h, trust_list.h, pkcs1*.h, pkcs7*.h, pkcs12_types.h, token_list.h
- * and cpv.h. These headers say only what differs from it.
+ * x509*.h, general_name.h, kisa_identity.h, trust_list.h, pkcs1*.h, pkcs7*.h, cms*.h, pkcs12_types.h,
+ * token_list.h and cpv.h. These headers say only what differs from it.
  *
  * Ownership. A record owns its members, and a list owns its items. What a function returns or stores as new
  * belongs to the caller, who frees it with the free_ function of its type, or with tlx_free() when it is text

@@ -31,6 +31,43 @@ using SignerInfosMember = PassingList<SignerInfos, codes::P7_SIGNER_INFOS>;
 using RecipientInfos = SetOf<Passing<P7_RECIPIENT_INFO>>;
 using RecipientInfosMember = PassingList<RecipientInfos, codes::P7_RECIPIENT_INFOS>;
 
+/// Attributes that are signed as they were received, so that their element is kept.
+template <typename R>
+struct AttributesAsReceived : Field<R, Attributes> {
+    using Base = Field<R, Attributes>;
+    ASN1_UNIT *R::*received;
+
+    void clear(R &record) const noexcept {
+        Base::clear(record);
+        free_ASN1_UNIT(record.*received);
+        record.*received = nullptr;
+    }
+    [[nodiscard]] bool copy(R &to, const R &from) const noexcept {
+        if (!Base::copy(to, from)) return false;
+        to.*received = dup_ASN1_UNIT(from.*received);
+        return to.*received != nullptr || from.*received == nullptr;
+    }
+    [[nodiscard]] u32 take(const Element &child, R &record) const noexcept {
+        clear(record);
+        if (const u32 status = Base::take(child, record); status != 0) return status;
+        return stored(record.*received = make_node(child));
+    }
+    [[nodiscard]] u32 read(Cursor &children, R &record) const noexcept {
+        Element child;
+        Cursor ahead = children;
+        clear(record);
+        if (!ahead.next(child) || !Base::accepts(child)) return 0;
+        children = ahead;
+        return take(child, record);
+    }
+};
+/// [number] IMPLICIT SET OF Attribute OPTIONAL
+template <typename R>
+constexpr AttributesAsReceived<R> attributes_as_received(u8 number, X509_ATTRIBUTES *R::*attributes,
+                                                         ASN1_UNIT *R::*received) noexcept {
+    return {implicit<Attributes>(number, attributes), received};
+}
+
 /// The last members of signed data: certificates, crls and signerInfos in any order. A member that is none of
 /// them ends the reading with kEnded.
 constexpr u32 kEnded = 0xFFFFFFFC;

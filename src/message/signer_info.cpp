@@ -15,25 +15,6 @@ constexpr auto kIssuerAndSerialNumber = issuer_and_serial_number<Name>();
 /// In a message the statuses of the name go up unchanged.
 constexpr auto kNumberInMessage = issuer_and_serial_number<PassingList<Name, codes::X509_NAME>>();
 
-/// Attributes that are signed as they were received, so that their element is kept.
-struct SignedAttributes : Field<P7_SIGNER_INFO, Attributes> {
-    void clear(P7_SIGNER_INFO &signer) const noexcept {
-        Field::clear(signer);
-        free_ASN1_UNIT(signer.receivedAttributes);
-        signer.receivedAttributes = nullptr;
-    }
-    [[nodiscard]] bool copy(P7_SIGNER_INFO &to, const P7_SIGNER_INFO &from) const noexcept {
-        if (!Field::copy(to, from)) return false;
-        to.receivedAttributes = dup_ASN1_UNIT(from.receivedAttributes);
-        return to.receivedAttributes != nullptr || from.receivedAttributes == nullptr;
-    }
-    [[nodiscard]] u32 take(const Element &child, P7_SIGNER_INFO &signer) const noexcept {
-        clear(signer);
-        if (const u32 status = Field::take(child, signer); status != 0) return status;
-        return stored(signer.receivedAttributes = make_node(child));
-    }
-};
-
 // SignerInfo ::= SEQUENCE {
 //     version Version, issuerAndSerialNumber IssuerAndSerialNumber,
 //     digestAlgorithm DigestAlgorithmIdentifier,
@@ -41,16 +22,16 @@ struct SignedAttributes : Field<P7_SIGNER_INFO, Attributes> {
 //     digestEncryptionAlgorithm DigestEncryptionAlgorithmIdentifier, encryptedDigest EncryptedDigest,
 //     unauthenticatedAttributes [1] IMPLICIT Attributes OPTIONAL }
 using Signer = P7_SIGNER_INFO;
-constexpr auto kSignerInfo =
-    record<Signer>(at_least(5), field<Integer>(&Signer::version),
-                   field<Passing<P7_ISSUER_AND_SERIAL_NUMBER>>(&Signer::issuerAndSerialNumber),
-                   field<AlgorithmMember>(&Signer::digestAlgorithm),
-                   by_tag(SignedAttributes{implicit<Attributes>(0, &Signer::authenticatedAttributes)},
-                          optional<AlgorithmMember>(&Signer::digestEncryptionAlgorithm),
-                          optional<Joined>(&Signer::encryptedDigest),
-                          implicit<Attributes>(1, &Signer::unauthenticatedAttributes))
-                       .others(kFieldFailed),
-                   kept<KeyUnit>(&Signer::key));
+constexpr auto kSignerInfo = record<Signer>(
+    at_least(5), field<Integer>(&Signer::version),
+    field<Passing<P7_ISSUER_AND_SERIAL_NUMBER>>(&Signer::issuerAndSerialNumber),
+    field<AlgorithmMember>(&Signer::digestAlgorithm),
+    by_tag(attributes_as_received(0, &Signer::authenticatedAttributes, &Signer::receivedAttributes),
+           optional<AlgorithmMember>(&Signer::digestEncryptionAlgorithm),
+           optional<Joined>(&Signer::encryptedDigest),
+           implicit<Attributes>(1, &Signer::unauthenticatedAttributes))
+        .others(kFieldFailed),
+    kept<KeyUnit>(&Signer::key));
 
 }  // namespace
 

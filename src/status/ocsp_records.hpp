@@ -24,16 +24,7 @@ namespace tlx {
 
 using GeneralizedTime = String<TLX_TAG_GENERALIZED_TIME>;
 
-/// A certificate beside a signature, written as it was received: a record keeps less of some names than their
-/// certificates say.
-struct WholeCertificate : Nested<X509_CERT> {
-    static void encode(Encoder &out, const X509_CERT *value, u8 as) noexcept {
-        if (value == nullptr || value->received == nullptr) return Nested::encode(out, value, as);
-        for (const TLX_RECEIVED *part = value->received; part != nullptr; part = part->next) {
-            out.raw(part->bytes());
-        }
-    }
-};
+/// Certificates beside a signature.
 using WholeCertificates = List<WholeCertificate>;
 
 /// Drops the octets that a signed part was decoded from: whoever changes it does so.

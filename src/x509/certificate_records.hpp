@@ -71,6 +71,17 @@ using OwnedAttributes = std::unique_ptr<X509_ATTRIBUTES, FreeWith<free_X509_ATTR
 using Extensions = List<Nested<X509_EXTENSION>>;
 using OwnedExtensions = std::unique_ptr<X509_EXTENSIONS, FreeWith<free_X509_EXTENSIONS>>;
 
+/// A certificate that is written as it was received, as long as its octets are kept: a record keeps less of
+/// some names than their certificates say.
+struct WholeCertificate : Nested<X509_CERT> {
+    static void encode(Encoder &out, const X509_CERT *value, u8 as) noexcept {
+        if (value == nullptr || value->received == nullptr) return Nested::encode(out, value, as);
+        for (const TLX_RECEIVED *part = value->received; part != nullptr; part = part->next) {
+            out.raw(part->bytes());
+        }
+    }
+};
+
 using Certificates = List<Nested<X509_CERT>>;
 /// SET OF Certificate; the statuses of X509_CERTIFICATES.
 using CertificateSet = PassingList<SetOf<Nested<X509_CERT>>, codes::X509_CERTIFICATES>;

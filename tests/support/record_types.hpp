@@ -5,7 +5,9 @@
 #include <tlxpki/ocsp.h>
 #include <tlxpki/ocsp_respond.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 namespace tlx_test {
@@ -97,14 +99,18 @@ enum class OnFailure {
 struct Departure {
     std::string_view type;
     OnFailure on_failure = OnFailure::filled_partly;
-    std::uint32_t decoding = 0;  // a further status of a decoder that runs out of memory
-    std::uint32_t encoding = 0;  // and of an encoder
-    bool fills_only = false;     // a null *out stays null
-    bool writes_less = false;    // it writes records without members that it requires when it reads
-    bool fills_node = false;     // it encodes into the caller's node
-    bool passes_up = false;      // any status of another record is one of its own
-    bool gives_nothing = false;  // it may succeed without a record, and fill a caller's partly
+    std::uint32_t decoding = 0;   // a further status of a decoder that runs out of memory
+    std::uint32_t encoding = 0;   // and of an encoder
+    bool fills_only = false;      // a null *out stays null
+    bool writes_less = false;     // it writes records without members that it requires when it reads
+    bool fills_node = false;      // it encodes into the caller's node
+    bool passes_up = false;       // any status of another record is one of its own
+    bool gives_nothing = false;   // it may succeed without a record, and fill a caller's partly
+    bool chooses_by_tag = false;  // an element without children is not as good as a node without a tag
 };
+
+/// The records of CMS that are a CHOICE.
+constexpr std::string_view kCmsChoices[] = {"CMS_CERT_IDENTIFIER", "CMS_CERT_CHOICE", "CMS_REVOCATION_INFO"};
 
 inline Departure departure_of(const RecordType &type) {
     using enum OnFailure;
@@ -150,7 +156,11 @@ inline Departure departure_of(const RecordType &type) {
         {.type = "P12_AUTHENTICATED_SAFE", .on_failure = unchanged, .writes_less = true, .passes_up = true}};
     for (const Departure &each : kDepartures)
         if (each.type == type.name) return each;
-    return {.type = type.name, .on_failure = type.list.count != nullptr ? unchanged : filled_partly};
+    const bool is_choice = std::ranges::find(kCmsChoices, type.name) != std::end(kCmsChoices);
+    return {.type = type.name,
+            .on_failure = type.list.count != nullptr || is_choice ? unchanged : filled_partly,
+            .passes_up = type.name.starts_with("CMS_"),
+            .chooses_by_tag = is_choice};
 }
 
 /// Whether a failure of decoding, or of encoding, that no argument of the caller causes may have this status.

@@ -3,14 +3,16 @@
 
 #include <wincrypt.h>
 
-static const LPCSTR kTheirs[] = {X509_CERT, X509_NAME, X509_EXTENSIONS, OCSP_REQUEST, OCSP_RESPONSE};
+static const LPCSTR kTheirs[] = {X509_CERT,       X509_NAME,    X509_EXTENSIONS,
+                                 CMS_SIGNER_INFO, OCSP_REQUEST, OCSP_RESPONSE};
 
 #include <stdio.h>
 #include <tlxpki.h>
 #include <tlxpki/ocsp.h>
 
-static const LPCSTR kOurs[] = {TLX_WINCRYPT_X509_CERT, TLX_WINCRYPT_X509_NAME, TLX_WINCRYPT_X509_EXTENSIONS,
-                               TLX_WINCRYPT_OCSP_REQUEST, TLX_WINCRYPT_OCSP_RESPONSE};
+static const LPCSTR kOurs[] = {TLX_WINCRYPT_X509_CERT,       TLX_WINCRYPT_X509_NAME,
+                               TLX_WINCRYPT_X509_EXTENSIONS, TLX_WINCRYPT_CMS_SIGNER_INFO,
+                               TLX_WINCRYPT_OCSP_REQUEST,    TLX_WINCRYPT_OCSP_RESPONSE};
 
 int main(void) {
     X509_NAME *name = new_X509_NAME();
