@@ -4,12 +4,16 @@
  *
  * A message is a CMS_CONTENT_INFO. Its content type is one of
  *
- * | content type                              | member       |
- * |-------------------------------------------|--------------|
- * | 1.2.840.113549.1.7.1 id-data              | data         |
- * | 1.2.840.113549.1.7.2 id-signedData        | signedData   |
- * | 1.2.840.113549.1.7.5 id-digestedData      | digestedData |
- * | any other                                 | other        |
+ * | content type                                      | member            |
+ * |---------------------------------------------------|-------------------|
+ * | 1.2.840.113549.1.7.1 id-data                      | data              |
+ * | 1.2.840.113549.1.7.2 id-signedData                | signedData        |
+ * | 1.2.840.113549.1.7.3 id-envelopedData             | envelopedData     |
+ * | 1.2.840.113549.1.7.5 id-digestedData              | digestedData      |
+ * | 1.2.840.113549.1.7.6 id-encryptedData             | encryptedData     |
+ * | 1.2.840.113549.1.9.16.1.2 id-ct-authData          | authenticatedData |
+ * | 1.2.840.113549.1.9.16.1.23 id-ct-authEnvelopedData | authEnvelopedData |
+ * | any other                                         | other             |
  *
  * Decoding:
  * - It reads BER: indefinite lengths, and octet strings in segments, which are joined.
@@ -92,6 +96,82 @@ TLXPKI_API uint32_t Seq_to_CMS_DIGESTED_DATA(const ASN1_UNIT *node, CMS_DIGESTED
 TLXPKI_API uint32_t CMS_DIGESTED_DATA_to_Seq(const CMS_DIGESTED_DATA *data, ASN1_UNIT **out);
 /** @} */
 
+/**
+ * CMS_ENVELOPED_DATA.
+ * - Decoder: 0x521A0049 null argument; 0x521A002B fewer than 3 children or more than 5; 0x521A0104
+ * otherwise.
+ * - Encoder: 0x52190049 null argument; 0x52190103 recipientInfos is missing or empty, or
+ * encryptedContentInfo is missing.
+ * @{
+ */
+TLXPKI_API CMS_ENVELOPED_DATA *new_CMS_ENVELOPED_DATA(void);
+TLXPKI_API void clean_CMS_ENVELOPED_DATA(CMS_ENVELOPED_DATA *data);
+TLXPKI_API void free_CMS_ENVELOPED_DATA(CMS_ENVELOPED_DATA *data);
+TLXPKI_API CMS_ENVELOPED_DATA *dup_CMS_ENVELOPED_DATA(const CMS_ENVELOPED_DATA *data);
+TLXPKI_API uint32_t Seq_to_CMS_ENVELOPED_DATA(const ASN1_UNIT *node, CMS_ENVELOPED_DATA **out);
+TLXPKI_API uint32_t CMS_ENVELOPED_DATA_to_Seq(const CMS_ENVELOPED_DATA *data, ASN1_UNIT **out);
+/** @} */
+
+/**
+ * CMS_ENCRYPTED_DATA.
+ * - Decoder: 0x521C0049 null argument; 0x521C002B neither two children nor three; 0x521C0104 otherwise.
+ * - Encoder: 0x521B0049 null argument; 0x521B0103 encryptedContentInfo is missing.
+ * @{
+ */
+TLXPKI_API CMS_ENCRYPTED_DATA *new_CMS_ENCRYPTED_DATA(void);
+TLXPKI_API void clean_CMS_ENCRYPTED_DATA(CMS_ENCRYPTED_DATA *data);
+TLXPKI_API void free_CMS_ENCRYPTED_DATA(CMS_ENCRYPTED_DATA *data);
+TLXPKI_API CMS_ENCRYPTED_DATA *dup_CMS_ENCRYPTED_DATA(const CMS_ENCRYPTED_DATA *data);
+TLXPKI_API uint32_t Seq_to_CMS_ENCRYPTED_DATA(const ASN1_UNIT *node, CMS_ENCRYPTED_DATA **out);
+TLXPKI_API uint32_t CMS_ENCRYPTED_DATA_to_Seq(const CMS_ENCRYPTED_DATA *data, ASN1_UNIT **out);
+/** @} */
+
+/**
+ * CMS_AUTHENTICATED_DATA: the decoder keeps the authenticated attributes also as received.
+ * - Decoder: 0x521E0049 null argument; 0x521E002B fewer than 5 children or more than 9; 0x521E0104
+ * otherwise.
+ * - Encoder: 0x521D0049 null argument; 0x521D0103 recipientInfos is missing or empty, or macAlgorithm,
+ * encapContentInfo or mac is missing.
+ * @{
+ */
+TLXPKI_API CMS_AUTHENTICATED_DATA *new_CMS_AUTHENTICATED_DATA(void);
+TLXPKI_API void clean_CMS_AUTHENTICATED_DATA(CMS_AUTHENTICATED_DATA *data);
+TLXPKI_API void free_CMS_AUTHENTICATED_DATA(CMS_AUTHENTICATED_DATA *data);
+TLXPKI_API CMS_AUTHENTICATED_DATA *dup_CMS_AUTHENTICATED_DATA(const CMS_AUTHENTICATED_DATA *data);
+TLXPKI_API uint32_t Seq_to_CMS_AUTHENTICATED_DATA(const ASN1_UNIT *node, CMS_AUTHENTICATED_DATA **out);
+TLXPKI_API uint32_t CMS_AUTHENTICATED_DATA_to_Seq(const CMS_AUTHENTICATED_DATA *data, ASN1_UNIT **out);
+/** @} */
+
+/**
+ * CMS_AUTH_ENVELOPED_DATA: the decoder keeps the authenticated attributes also as received.
+ * - Decoder: 0x52200049 null argument; 0x5220002B fewer than 4 children or more than 7; 0x52200104
+ * otherwise.
+ * - Encoder: 0x521F0049 null argument; 0x521F0103 recipientInfos is missing or empty, or
+ * authEncryptedContentInfo or mac is missing.
+ * @{
+ */
+TLXPKI_API CMS_AUTH_ENVELOPED_DATA *new_CMS_AUTH_ENVELOPED_DATA(void);
+TLXPKI_API void clean_CMS_AUTH_ENVELOPED_DATA(CMS_AUTH_ENVELOPED_DATA *data);
+TLXPKI_API void free_CMS_AUTH_ENVELOPED_DATA(CMS_AUTH_ENVELOPED_DATA *data);
+TLXPKI_API CMS_AUTH_ENVELOPED_DATA *dup_CMS_AUTH_ENVELOPED_DATA(const CMS_AUTH_ENVELOPED_DATA *data);
+TLXPKI_API uint32_t Seq_to_CMS_AUTH_ENVELOPED_DATA(const ASN1_UNIT *node, CMS_AUTH_ENVELOPED_DATA **out);
+TLXPKI_API uint32_t CMS_AUTH_ENVELOPED_DATA_to_Seq(const CMS_AUTH_ENVELOPED_DATA *data, ASN1_UNIT **out);
+/** @} */
+
+/**
+ * CMS_ORIGINATOR_INFO.
+ * - Decoder: 0x52220049 null argument; 0x5222002B more than two children; 0x52220104 otherwise.
+ * - Encoder: 0x52210049 null argument; 0x52210103 a member cannot be encoded.
+ * @{
+ */
+TLXPKI_API CMS_ORIGINATOR_INFO *new_CMS_ORIGINATOR_INFO(void);
+TLXPKI_API void clean_CMS_ORIGINATOR_INFO(CMS_ORIGINATOR_INFO *info);
+TLXPKI_API void free_CMS_ORIGINATOR_INFO(CMS_ORIGINATOR_INFO *info);
+TLXPKI_API CMS_ORIGINATOR_INFO *dup_CMS_ORIGINATOR_INFO(const CMS_ORIGINATOR_INFO *info);
+TLXPKI_API uint32_t Seq_to_CMS_ORIGINATOR_INFO(const ASN1_UNIT *node, CMS_ORIGINATOR_INFO **out);
+TLXPKI_API uint32_t CMS_ORIGINATOR_INFO_to_Seq(const CMS_ORIGINATOR_INFO *info, ASN1_UNIT **out);
+/** @} */
+
 /* ---- Signers ---- */
 
 /**
@@ -127,7 +207,7 @@ TLXPKI_API uint32_t CMS_SIGNER_INFO_to_Seq(const CMS_SIGNER_INFO *signer, ASN1_U
 /**
  * CMS_SIGNER_INFOS: a list of CMS_SIGNER_INFO, which may be empty.
  * - Decoder: 0x520E0049 null argument; 0x520E0104 a child is no SEQUENCE.
- * - Encoder: It writes a SET OF in list order. 0x520D0049 null argument; 0x520D0103 a signer is missing.
+ * - Encoder: writes a SET OF in list order. 0x520D0049 null argument; 0x520D0103 a signer is missing.
  * @{
  */
 TLXPKI_API CMS_SIGNER_INFOS *new_CMS_SIGNER_INFOS(void);
@@ -148,7 +228,7 @@ TLXPKI_API CMS_SIGNER_INFO *remove_CMS_SIGNER_INFOS_child(CMS_SIGNER_INFOS *sign
 /**
  * CMS_CERT_CHOICE: a caller's record is unchanged when decoding fails.
  * - Decoder: 0x52100049 null argument; 0x52100104 another tag.
- * - Encoder: It writes a certificate as it was received, as long as its octets are kept
+ * - Encoder: writes a certificate as it was received, as long as its octets are kept
  * (get_X509_received()). 0x520F0049 null argument; 0x520F0103 another type, or its value is missing.
  * @{
  */
@@ -163,7 +243,7 @@ TLXPKI_API uint32_t CMS_CERT_CHOICE_to_Seq(const CMS_CERT_CHOICE *choice, ASN1_U
 /**
  * CMS_CERT_CHOICES: a list of CMS_CERT_CHOICE, which may be empty.
  * - Decoder: 0x52120049 null argument; 0x52120104 a child has another tag than those of the five types.
- * - Encoder: It writes a SET OF in list order. 0x52110049 null argument; 0x52110103 an item is missing.
+ * - Encoder: writes a SET OF in list order. 0x52110049 null argument; 0x52110103 an item is missing.
  * @{
  */
 TLXPKI_API CMS_CERT_CHOICES *new_CMS_CERT_CHOICES(void);
@@ -196,7 +276,7 @@ TLXPKI_API uint32_t CMS_REVOCATION_INFO_to_Seq(const CMS_REVOCATION_INFO *info, 
 /**
  * CMS_REVOCATION_INFOS: a list of CMS_REVOCATION_INFO, which may be empty.
  * - Decoder: 0x52160049 null argument; 0x52160104 a child has another tag than those of the two types.
- * - Encoder: It writes a SET OF in list order. 0x52150049 null argument; 0x52150103 an item is missing.
+ * - Encoder: writes a SET OF in list order. 0x52150049 null argument; 0x52150103 an item is missing.
  * @{
  */
 TLXPKI_API CMS_REVOCATION_INFOS *new_CMS_REVOCATION_INFOS(void);
@@ -230,8 +310,9 @@ TLXPKI_API uint32_t CMS_OTHER_REVOCATION_INFO_to_Seq(const CMS_OTHER_REVOCATION_
 /* ---- Versions ---- */
 
 /**
- * Sets the versions that RFC 5652 gives to a message with these members: that of its content (sections 5.1
- * and 7) and those of the records inside it (section 5.3). Content of other types has no version and stays.
+ * Sets the versions that RFC 5652 gives to a message with these members: that of its content (sections 5.1,
+ * 6.1, 7, 8 and 9.1; RFC 5083) and those of signers and recipients (sections 5.3 and 6.2). Content of other
+ * types has no version and stays.
  * @return 0; 1 for null and for content of the message's type that is missing
  */
 TLXPKI_API uint32_t set_CMS_versions(CMS_CONTENT_INFO *info);

@@ -16,10 +16,14 @@ constexpr auto content(typename Kind::type *R::*member) noexcept {
 using Info = CMS_CONTENT_INFO;
 constexpr auto kContentInfo = record<Info>(
     exactly(2), exact<Oid>(&Info::contentType),
-    defined_by(&Info::contentType, content<Node>(&Info::other),
-               when(cms::kData, content<Joined>(&Info::data)),
-               when(cms::kSignedData, content<Passing<CMS_SIGNED_DATA>>(&Info::signedData)),
-               when(cms::kDigestedData, content<Passing<CMS_DIGESTED_DATA>>(&Info::digestedData))));
+    defined_by(
+        &Info::contentType, content<Node>(&Info::other), when(cms::kData, content<Joined>(&Info::data)),
+        when(cms::kSignedData, content<Passing<CMS_SIGNED_DATA>>(&Info::signedData)),
+        when(cms::kEnvelopedData, content<Passing<CMS_ENVELOPED_DATA>>(&Info::envelopedData)),
+        when(cms::kDigestedData, content<Passing<CMS_DIGESTED_DATA>>(&Info::digestedData)),
+        when(cms::kEncryptedData, content<Passing<CMS_ENCRYPTED_DATA>>(&Info::encryptedData)),
+        when(cms::kAuthData, content<Passing<CMS_AUTHENTICATED_DATA>>(&Info::authenticatedData)),
+        when(cms::kAuthEnvelopedData, content<Passing<CMS_AUTH_ENVELOPED_DATA>>(&Info::authEnvelopedData))));
 
 }  // namespace
 

@@ -110,7 +110,9 @@ struct Departure {
 };
 
 /// The records of CMS that are a CHOICE.
-constexpr std::string_view kCmsChoices[] = {"CMS_CERT_IDENTIFIER", "CMS_CERT_CHOICE", "CMS_REVOCATION_INFO"};
+constexpr std::string_view kCmsChoices[] = {"CMS_CERT_IDENTIFIER", "CMS_CERT_CHOICE",
+                                            "CMS_REVOCATION_INFO", "CMS_RECIPIENT_INFO",
+                                            "CMS_ORIGINATOR",      "CMS_KEY_AGREE_IDENTIFIER"};
 
 inline Departure departure_of(const RecordType &type) {
     using enum OnFailure;
