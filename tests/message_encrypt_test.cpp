@@ -203,7 +203,8 @@ std::string run(const Row &row) {
              const X509_CERT *cert = n[1] == 8 ? nullptr : certificate(n[1]);
              const std::uint32_t status = open_with(info(), cert, signing_key(n[0]), work.plain);
              // Of what a wrong key gives, the padding is right once in 256 times.
-             const bool by_chance = status == 0 && work.flipped && work.plain != work.given;
+             const bool is_wrong = work.flipped || n[0] != n[1];
+             const bool by_chance = status == 0 && is_wrong && work.plain != work.given;
              return by_chance ? 0x4B410012U : status;
          }},
         {"flip",  // an octet of the first recipient's key, or of the ciphertext
