@@ -105,7 +105,8 @@ void Fetcher::ask(const VERIFY_REQUEST &request, VERIFY_STORE *fetched) {
             return take(request, url, fetched);
         } catch (const Failure &failure) {
             const std::string reason = failure.what();
-            warnings_.push_back(reason.starts_with(url) ? reason : url + ": " + reason);
+            const std::string place = reason.starts_with(url) ? "" : url + ": ";
+            warnings_.push_back(place + reason);
         }
     }
 }

@@ -138,7 +138,15 @@ int run_and_report(const std::vector<std::string> &arguments) {
 
 }  // namespace tool
 
+#ifdef _WIN32
+// The run-time library leaves * and ? in arguments alone.
+extern "C" {
+int _dowildcard = 0;
+}
+int wmain(int argc, wchar_t **argv) {
+#else
 int main(int argc, char **argv) {
+#endif
     std::ios::sync_with_stdio(false);
     tool::prepare_streams();
     return tool::run_and_report(tool::utf8_arguments(argc, argv));

@@ -83,8 +83,9 @@ void print_path(std::ostream &out, const Json &description) {
             out << start << "revocation " << revocation_line(path[depth]["revocation"]) << '\n';
         }
         for (const Json &finding : description.value("findings", Json::array())) {
-            if (finding["certificate"] == depth)
+            if (finding["certificate"] == depth) {
                 out << start << "finding    " << finding_line(finding) << '\n';
+            }
         }
     }
 }

@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
-// After windows.h, which it needs.
-#include <shellapi.h>
 #else
 #include <unistd.h>
 #endif
@@ -32,18 +30,15 @@ void prepare_streams() {
     }
 }
 
-std::vector<std::string> utf8_arguments(int /*argc*/, char ** /*argv*/) {
+std::vector<std::string> utf8_arguments(int argc, NativeCharacter **argv) {
     std::vector<std::string> arguments;
-    int count = 0;
-    wchar_t **wide = CommandLineToArgvW(GetCommandLineW(), &count);
-    for (int i = 1; wide != nullptr && i < count; ++i) {
-        const int size = WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, nullptr, 0, nullptr, nullptr);
+    for (int i = 1; i < argc; ++i) {
+        const int size = WideCharToMultiByte(CP_UTF8, 0, argv[i], -1, nullptr, 0, nullptr, nullptr);
         std::string argument(static_cast<std::size_t>(size > 0 ? size : 1), '\0');
-        WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, argument.data(), size, nullptr, nullptr);
+        WideCharToMultiByte(CP_UTF8, 0, argv[i], -1, argument.data(), size, nullptr, nullptr);
         argument.pop_back();
         arguments.push_back(argument);
     }
-    LocalFree(wide);
     return arguments;
 }
 
@@ -55,7 +50,7 @@ bool is_terminal(Stream stream) {
 
 void prepare_streams() {}
 
-std::vector<std::string> utf8_arguments(int argc, char **argv) {
+std::vector<std::string> utf8_arguments(int argc, NativeCharacter **argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 

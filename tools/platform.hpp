@@ -14,7 +14,12 @@ enum class Stream { kOutput, kError };
 /// everywhere, and octets of standard input stay as they are.
 void prepare_streams();
 
+#ifdef _WIN32
+using NativeCharacter = wchar_t;
+#else
+using NativeCharacter = char;
+#endif
 /// The arguments after the program's name, in UTF-8.
-[[nodiscard]] std::vector<std::string> utf8_arguments(int argc, char **argv);
+[[nodiscard]] std::vector<std::string> utf8_arguments(int argc, NativeCharacter **argv);
 
 }  // namespace tool

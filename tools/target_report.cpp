@@ -38,7 +38,12 @@ void print_policies(std::ostream &out, const Json &policies) {
         }
         const std::string dotted = policy.get<std::string>();
         const std::string name = short_name(dotted);
-        out << "  " << (name.empty() ? dotted : name + " (" + dotted + ")") << '\n';
+        out << "  ";
+        if (name.empty()) {
+            out << dotted << '\n';
+        } else {
+            out << name << " (" << dotted << ")\n";
+        }
     }
     if (policies.empty()) out << "  none\n";
 }

@@ -29,8 +29,9 @@ struct StatusAnswers {
     RevocationState state = {TLX_REVOCATION_UNDETERMINED, TLX_REVOCATION_SOURCE_NONE, 0, 0, Rule::kNoStatus};
 
     void take_good(u32 source) noexcept {
-        if (state.state == TLX_REVOCATION_UNDETERMINED)
+        if (state.state == TLX_REVOCATION_UNDETERMINED) {
             state = {TLX_REVOCATION_GOOD, source, 0, 0, Rule::kNone};
+        }
     }
     void take_revoked(u32 source, u32 reason, std::int64_t time) noexcept {
         if (state.state != TLX_REVOCATION_REVOKED) {

@@ -99,7 +99,7 @@ Rule StatusStore::keep_answers(ResponseEntry &response) noexcept {
     if (!response.answers) return Rule::kNoMemory;
     StrictCursor in(response.view.answers);
     for (u32 i = 0; i < count; ++i) {
-        AnswerEntry *answer = new (response.answers.get() + i) AnswerEntry{{}, &response, nullptr};
+        auto *answer = new (response.answers.get() + i) AnswerEntry{{}, &response, nullptr};
         if (!next_answer(in, answer->view)) return Rule::kBadResponse;
         if (!by_serial_.add(hash_of_serial(answer->view.serial), answer)) return Rule::kNoMemory;
     }
