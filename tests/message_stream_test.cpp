@@ -37,8 +37,8 @@ Octets octets_of(const Info &info) {
 std::string tail_of(unsigned key, bool attributes) {
     const Octets message = octets_of(signed_abc(key, attributes));
     const Octets content = {4, 3, 'a', 'b', 'c'};
-    const auto found = std::ranges::search(message, content);
-    const Octets tail(found.end(), message.end());
+    const auto found = std::search(message.begin(), message.end(), content.begin(), content.end());
+    const Octets tail(found + 5, message.end());
     std::string text = "=" + hex_of(tail.data(), tail.size());
     std::erase(text, ' ');
     return text;
