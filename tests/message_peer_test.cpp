@@ -154,10 +154,41 @@ std::string ours(const Row &row) {
     return result;
 }
 
+/// What the writer writes in a form, openssl and certtool verify.
+std::string streamed(const Row &row) {
+    const Signers &signers = Signers::instance();
+    const Info info(new_P7_CONTENT_INFO());
+    EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA), 0U);
+    const OwnedCert cert = signers.cert("one");
+    EXPECT_NE(add_PKCS7_Signature(info.get(), cert.get(), signers.key("one").get(), TLX_OID_SHA256), nullptr);
+    EXPECT_EQ(add_PKCS7_Certificate(info.get(), cert.get()), 0U);
+    Octets written;
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.message = info.get();
+    settings.form = row.number(1);
+    settings.size = kContent.size();
+    settings.bare = row.number(2);
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+    if (writer == nullptr) return "";
+    EXPECT_EQ(update_SIGNED_MESSAGE_WRITER(writer.get(), octets_of(kContent),
+                                           static_cast<std::uint32_t>(kContent.size())),
+              0U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 0U);
+    signers.folder().write("streamed.der", {written.begin(), written.end()});
+    std::string result;
+    for (const char *command :
+         {"openssl cms -verify -binary -inform DER -in streamed.der -CAfile root.pem -out out",
+          "certtool --p7-verify --inder --infile streamed.der --load-ca-certificate root.pem"})
+        result += signers.folder().succeeds(command) ? " good" : " bad";
+    return trimmed(result);
+}
+
 TEST(MessagePeers, Rows) {
     (void)Signers::instance();
     (void)verify(nullptr, false);
-    expect_rows("message_peer.txt", {{"theirs", {theirs}}, {"ours", {ours}}});
+    expect_rows("message_peer.txt", {{"theirs", {theirs}}, {"ours", {ours}}, {"streamed", {streamed}}});
 }
 
 /// The encoding of a message without what no signature covers: versions, the message's list of digest

@@ -16,13 +16,24 @@ using Settings = SIGNED_MESSAGE_READER_SETTINGS;
 
 constexpr std::uint8_t kAbc[] = {'a', 'b', 'c'};
 
+/// Signed data without content with signers, each a key and the registry row of its digest.
+Info message_of_signers(const std::vector<std::pair<unsigned, std::int32_t>> &signers,
+                        std::uint32_t scheme = TLX_P7_RSA_PKCS1) {
+    Info info(new_P7_CONTENT_INFO());
+    EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA), 0U);
+    for (const auto &[key, digest] : signers) {
+        const Cert cert = signer_spec(key).make();
+        EXPECT_NE(add_PKCS7_Signature_withEncryptedAlgorithm(info.get(), cert.get(), signing_key(key), digest,
+                                                             scheme, nullptr),
+                  nullptr);
+        EXPECT_EQ(add_PKCS7_Certificate(info.get(), cert.get()), 0U);
+    }
+    return info;
+}
+
 /// "abc" signed by a key with SHA-256, with attributes or without.
 Info signed_abc(unsigned key, bool attributes, bool detached = false) {
-    Info info(new_P7_CONTENT_INFO());
-    const Cert cert = signer_spec(key).make();
-    EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA), 0U);
-    EXPECT_NE(add_PKCS7_Signature(info.get(), cert.get(), signing_key(key), TLX_OID_SHA256), nullptr);
-    EXPECT_EQ(add_PKCS7_Certificate(info.get(), cert.get()), 0U);
+    Info info = message_of_signers({{key, TLX_OID_SHA256}});
     EXPECT_EQ(attributes ? sign_PKCS7_withAttributes(info.get(), kAbc, 3, detached ? 1 : 0, nullptr)
                          : sign_PKCS7(info.get(), kAbc, 3, 0),
               0U);
@@ -77,6 +88,60 @@ std::string read(const Octets &message, const Octets *content, std::uint32_t hel
     return first;
 }
 
+std::uint32_t write_in_pieces(const SIGNED_MESSAGE_WRITER_SETTINGS &settings, const Octets &content,
+                              std::size_t piece) {
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+    if (writer == nullptr) return 0x5283003C;
+    const std::uint32_t status =
+        in_pieces(content, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
+            return update_SIGNED_MESSAGE_WRITER(writer.get(), octets, len);
+        });
+    return status != 0 ? status : final_SIGNED_MESSAGE_WRITER(writer.get());
+}
+
+/// Keys, digest, scheme, whether without attributes, form, octets of content, those that are told, octets of
+/// a piece: the status, and of a message that was written that of the reader, whether it is DER, and its most
+/// segments.
+std::string write(const Row &row) {
+    std::vector<std::pair<unsigned, std::int32_t>> signers;
+    for (const char key : row[1])
+        signers.emplace_back(static_cast<unsigned>(key - '0'), static_cast<std::int32_t>(row.number(2)));
+    const Info info = message_of_signers(signers, row.number(3));
+    Octets content(row.number(6));
+    for (std::size_t i = 0; i < content.size(); ++i)
+        content[i] = static_cast<std::uint8_t>(i * i >> 8);
+    Octets written;
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.message = info.get();
+    settings.bare = row.number(4);
+    settings.form = row.number(5);
+    settings.size = row.number(7);
+    const std::uint32_t status = write_in_pieces(settings, content, row.number(8));
+    if (status != 0) return status_text(status);
+    const bool detached = settings.form == TLX_MESSAGE_DETACHED;
+    Octets given;
+    Settings reading = {};
+    reading.unverified_output = collect_octets;
+    reading.context = &given;
+    const std::uint32_t read = read_in_pieces(reading, written, 999, detached ? &content : nullptr);
+    P7_CONTENT_INFO *made = nullptr;
+    EXPECT_EQ(TLX_READ_DER(P7_CONTENT_INFO, &made, written.data(), length(written)), 0U);
+    const Info again(made);
+    EXPECT_EQ(given, content);
+    EXPECT_EQ(verify_PKCS7_Signers(made, detached ? content.data() : nullptr, detached ? length(content) : 0,
+                                   nullptr, nullptr, nullptr, nullptr),
+              read);
+    const bool is_der = octets_of(again) == written;
+    const Octets segment = {4, 0x83, 1, 0, 0};
+    std::size_t segments = 0;
+    for (auto at = written.begin();
+         (at = std::search(at, written.end(), segment.begin(), segment.end())) != written.end(); ++at)
+        ++segments;
+    return status_text(read) + (is_der ? " der" : " ber " + std::to_string(segments));
+}
+
 TEST(MessageStream, Rows) {
     make_signing_keys();
     const auto whole = [](const Row &row) { return read(message_of(row[1]), nullptr, 0); };
@@ -85,7 +150,8 @@ TEST(MessageStream, Rows) {
         return read(message_of(row[1]), &content, 0);
     };
     const auto limited = [](const Row &row) { return read(message_of(row[1]), nullptr, row.number(2)); };
-    expect_rows("message_stream.txt", {{"read", {whole}}, {"detached", {detached}}, {"limited", {limited}}});
+    expect_rows("message_stream.txt",
+                {{"read", {whole}}, {"detached", {detached}}, {"limited", {limited}}, {"write", {write}}});
 }
 
 class MessageReading : public ::testing::Test {
@@ -157,17 +223,63 @@ TEST_F(MessageReading, RefusesArguments) {
     EXPECT_EQ(final_SIGNED_MESSAGE_READER(reader.get(), nullptr), 0x5282004FU);
 }
 
+TEST_F(MessageReading, WritingRefusesArguments) {
+    const Info info = message_of_signers({{0, TLX_OID_SHA256}});
+    const Info content(gen_PKCS7_DATA_from_Binary(kAbc, 3));
+    Octets written;
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(nullptr), nullptr);
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(&settings), nullptr);
+    settings.output = collect_octets;
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(&settings), nullptr);
+    settings.context = &written;
+    settings.message = content.get();
+    EXPECT_EQ(write_in_pieces(settings, {}, 1), 0x52830048U);
+    settings.message = info.get();
+    settings.form = 3;
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(&settings), nullptr);
+    settings.form = TLX_MESSAGE_DER;
+    settings.size = std::uint64_t{1} << 62;
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(&settings), nullptr);
+    settings.form = TLX_MESSAGE_INDEFINITE;
+    settings.size = 0;
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+    expect_refuses_null(0x52830049, update_SIGNED_MESSAGE_WRITER, writer.get(), kAbc, 3);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(nullptr), 0x52840049U);
+    EXPECT_EQ(update_SIGNED_MESSAGE_WRITER(writer.get(), nullptr, 0), 0U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 0U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 0x5284002BU);
+    settings.output = stop;
+    EXPECT_EQ(write_in_pieces(settings, {1}, 1), 77U);
+    EXPECT_EQ(set_P7_version(info.get(), 0), 0U);
+    EXPECT_EQ(write_in_pieces(settings, {}, 1), 0x52830048U);
+    EXPECT_EQ(set_PKCS7_Content(info.get(), content.get()), 0U);
+    settings.bare = 1;
+    EXPECT_EQ(write_in_pieces(settings, {}, 1), 0x52830048U);
+}
+
+TEST_F(MessageReading, WritingSurvivesAnyAllocation) {
+    const Info info = message_of_signers({{0, TLX_OID_SHA256}});
+    const Statuses no_memory = {0x5283003C, 0x5284003C, 0x4B1C003B, 0x4B31003C, 0x4B1C005F, 0x4B190012, 1};
+    for (const std::uint32_t form : {TLX_MESSAGE_INDEFINITE, TLX_MESSAGE_DER, TLX_MESSAGE_DETACHED}) {
+        Octets written;
+        SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+        settings.output = collect_octets;
+        settings.context = &written;
+        settings.message = info.get();
+        settings.form = form;
+        settings.size = 3;
+        sweep_statuses(no_memory, [&] { return write_in_pieces(settings, {'a', 'b', 'c'}, 2); });
+    }
+}
+
 /// Without attributes, content that is no longer there verifies by its digest, but not under KCDSA.
 TEST_F(MessageReading, ContentThatIsGone) {
     Settings settings = {};
     settings.held_limit = 2000;
     for (const auto &[key, expected] : {std::pair(0U, 0U), {kKcdsaKey, 0x52820048U}}) {
-        const Info info(new_P7_CONTENT_INFO());
+        const Info info = message_of_signers({{key, TLX_OID_SHA256}});
         const Octets content(10000, 'x');
-        const Cert cert = signer_spec(key).make();
-        EXPECT_EQ(set_PKCS7_Type(info.get(), TLX_OID_PKCS7_SIGNED_DATA), 0U);
-        EXPECT_NE(add_PKCS7_Signature(info.get(), cert.get(), signing_key(key), TLX_OID_SHA256), nullptr);
-        EXPECT_EQ(add_PKCS7_Certificate(info.get(), cert.get()), 0U);
         EXPECT_EQ(sign_PKCS7(info.get(), content.data(), 10000, 0), 0U);
         Octets message = octets_of(info);
         EXPECT_EQ(read_in_pieces(settings, message, 1000), expected);

@@ -105,6 +105,58 @@ TLXPKI_API uint32_t is_SIGNED_MESSAGE_READER_complete(const SIGNED_MESSAGE_READE
  * update_SIGNED_MESSAGE_READER_content(); otherwise 0. */
 TLXPKI_API uint32_t is_SIGNED_MESSAGE_READER_detached(const SIGNED_MESSAGE_READER *reader);
 
+/* ---- Writing ---- */
+
+/** Forms of a message. */
+enum {
+    TLX_MESSAGE_INDEFINITE = 0, /**< indefinite lengths, and the content in segments of 65536 octets */
+    TLX_MESSAGE_DER = 1,        /**< DER; the size of the content is told beforehand */
+    TLX_MESSAGE_DETACHED = 2    /**< DER without the content */
+};
+
+/** How a signed message is written. */
+typedef struct SIGNED_MESSAGE_WRITER_SETTINGS {
+    MESSAGE_OUTPUT output;          /**< gets the message */
+    void *context;                  /**< handed to the output */
+    const P7_CONTENT_INFO *message; /**< signed data without content, with its signers
+                                       (add_PKCS7_Signature()), certificates and revocation lists; copied */
+    uint32_t form;                  /**< TLX_MESSAGE_ */
+    uint64_t size;                  /**< octets of the content for TLX_MESSAGE_DER, otherwise ignored */
+    uint32_t bare;                  /**< nonzero signs without attributes, or with those that signers have; 0
+                                       as sign_PKCS7_withAttributes() does */
+    const ASN1_TIME *time;          /**< the signing time, in UTC; null for the present. It has to outlive the
+                                       writer */
+} SIGNED_MESSAGE_WRITER_SETTINGS;
+
+/** A signed message that is being written. */
+typedef struct SIGNED_MESSAGE_WRITER SIGNED_MESSAGE_WRITER;
+
+/** Begins to write a message; freed with free_SIGNED_MESSAGE_WRITER(). Null for null settings, without an
+ * output or a message, for another form, a size of 2^62 or more, and when memory runs out. */
+TLXPKI_API SIGNED_MESSAGE_WRITER *new_SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS *settings);
+/** Frees a writer. Ignores null. */
+TLXPKI_API void free_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer);
+
+/**
+ * Takes the next octets of the content. The first call begins the message.
+ * @param octets may be null when len is 0
+ * @return 0; 0x52830049 for a null argument; 0x52830048 for a message that is not signed data or has content,
+ * for one of version 0 that is to be signed with attributes, and in DER without them for a KCDSA key, whose
+ * signature may not get the length that is reserved for it; 0x5283001C for more octets than the size;
+ * 0x5283003C when memory runs out, for a member that cannot be encoded, and for a digest that is not
+ * available; a status of init_PKCS7_Sign() or sign_PKCS7_withAttributes(); a status of the output
+ */
+TLXPKI_API uint32_t update_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer, const uint8_t *octets,
+                                                 uint32_t len);
+/**
+ * Signs, and writes the rest of the message.
+ * @return 0; 0x52840049 for a null writer; 0x5284001C for fewer octets than the size; 0x52840047 when 64
+ * KCDSA signatures have other lengths than the one that is reserved; 0x5284003C when memory runs out, and
+ * when a member cannot be encoded; a status of update_SIGNED_MESSAGE_WRITER(), final_PKCS7_Sign() or
+ * sign_PKCS7_withAttributes(); a status of the output. Afterwards all operations return 0x5284002B
+ */
+TLXPKI_API uint32_t final_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer);
+
 TLX_END_DECLS
 
 #endif

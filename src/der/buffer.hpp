@@ -86,6 +86,7 @@ class SecretBytes {
     SecretBytes &operator=(const SecretBytes &) = delete;
     [[nodiscard]] u8 *data() noexcept { return data_; }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
+    [[nodiscard]] Bytes bytes() const noexcept { return {data_, size_}; }
     explicit operator bool() const noexcept { return data_ != nullptr; }
 
   private:

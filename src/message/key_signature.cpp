@@ -4,6 +4,8 @@
 #include <tlxcrypto/rsa.h>
 #include <tlxpki/objects.h>
 
+#include <algorithm>
+
 #include "message/signer_algorithms.hpp"
 #include "x509/signature_value.hpp"
 
@@ -93,6 +95,25 @@ u32 finish_signature(const ASYMMETRIC_KEY *key, Owned<OCTET_STRING> &signature) 
     if (RSA_UNIT *rsa = rsa_unit(key)) return sign_rsa(rsa, signature);
     if (KCDSA *kcdsa = kcdsa_unit(key)) return sign_kcdsa(kcdsa, signature);
     return 0x4B1C0048;
+}
+
+bool reserve_signature(const P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &zeros) noexcept {
+    u8 octets[TLX_KCDSA_MAX_LENGTH] = {};
+    if (const RSA_UNIT *rsa = rsa_unit(signer.key)) {
+        const SecretBytes modulus(get_RSA_length(rsa));
+        zeros.reset(modulus ? new_string(TLX_TAG_OCTET_STRING, modulus.bytes()) : nullptr);
+        return zeros != nullptr;
+    }
+    const KCDSA *kcdsa = kcdsa_unit(signer.key);
+    if (kcdsa == nullptr) return false;
+    const u32 s_length = get_KCDSA_length(kcdsa);
+    const u32 r_length = std::min(s_length, get_DigestLength(SignerAlgorithms(signer).digest_id));
+    octets[0] = 0x40;
+    const Owned<BIGINT> number(binary_to_BIGINT(octets, s_length));
+    Encoder value;
+    encode_kcdsa_signature(value, {octets, r_length}, number.get());
+    zeros.reset(value.ok() ? new_string(TLX_TAG_OCTET_STRING, value.bytes()) : nullptr);
+    return zeros != nullptr;
 }
 
 u32 check_signature(const ASYMMETRIC_KEY *key, Bytes signature) noexcept {

@@ -36,6 +36,9 @@ struct SignerAlgorithms {
 /// Ends a signature. 0; 0x4B1C0048 for a key of another kind, 0x4B1C003B when memory runs out, 0x4B1C0054 and
 /// 0x4B190012 for a KCDSA signature that is empty or cannot be encoded, otherwise a status of the key.
 [[nodiscard]] u32 finish_signature(const ASYMMETRIC_KEY *key, Owned<OCTET_STRING> &signature) noexcept;
+/// Makes zeros as many as the octets of a signature with the key: for KCDSA of one whose number s begins with
+/// a zero bit, as about half of them do. False for a key of another kind and when memory runs out.
+[[nodiscard]] bool reserve_signature(const P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &zeros) noexcept;
 /// Ends a verification. 0 when the signature is good; 0x4B210048 for a key of another kind, 0x4B21000E for a
 /// KCDSA signature that cannot be decoded, otherwise a status of the key.
 [[nodiscard]] u32 check_signature(const ASYMMETRIC_KEY *key, Bytes signature) noexcept;

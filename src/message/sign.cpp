@@ -81,19 +81,55 @@ u32 take_content(P7_SIGNER_INFO &signer, const ContentOctets &content) noexcept 
     return set_signature_algorithm(signer, oid::kRsaEncryption);
 }
 
-u32 sign_one(P7_SIGNER_INFO &signer, const BIGINT *version, const ContentOctets &content) noexcept {
+/// Takes what the signer signs, and gives it the version and the algorithm that it has then.
+u32 take(P7_SIGNER_INFO &signer, const BIGINT *version, const ContentOctets &content) noexcept {
     if (const u32 status = set_version(signer, version); status != 0) return status;
     const bool takes_attributes =
         is_BIGINT_zero(signer.version) == 0 && signer.authenticatedAttributes != nullptr;
-    const u32 taken = takes_attributes ? take_attributes(signer) : take_content(signer, content);
-    if (taken != 0) return taken;
-    Owned<OCTET_STRING> signature;
+    return takes_attributes ? take_attributes(signer) : take_content(signer, content);
+}
+
+u32 finish(P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &signature) noexcept {
     if (const u32 status = finish_signature(signer.key, signature); status != 0) return status;
+    return is_rsa(signer) ? 0 : set_signature_algorithm(signer, oid::kKcdsa1);
+}
+
+u32 sign_one(P7_SIGNER_INFO &signer, const BIGINT *version, const ContentOctets &content) noexcept {
+    if (const u32 status = take(signer, version, content); status != 0) return status;
+    Owned<OCTET_STRING> signature;
+    if (const u32 status = finish(signer, signature); status != 0) return status;
+    signer.encryptedDigest = signature.release();
+    return 0;
+}
+
+u32 reserve_one(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
+    ContentOctets empty;
+    empty.use({});
+    if (const u32 status = take(signer, version, empty); status != 0) return status;
     if (!is_rsa(signer)) {
         if (const u32 status = set_signature_algorithm(signer, oid::kKcdsa1); status != 0) return status;
     }
-    signer.encryptedDigest = signature.release();
+    Owned<OCTET_STRING> zeros;
+    if (!reserve_signature(signer, zeros)) return 0x4B1C003B;
+    signer.encryptedDigest = zeros.release();
     return 0;
+}
+
+u32 sign_to_length(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
+    constexpr u32 kMostTries = 64;
+    Owned<OCTET_STRING> room;
+    ContentOctets taken;
+    taken.use({});
+    if (!reserve_signature(signer, room)) return 0x4B1C003B;
+    for (u32 tries = 0; tries < kMostTries; ++tries) {
+        if (tries > 0) {
+            if (const u32 status = begin(signer); status != 0) return status;
+        }
+        if (const u32 status = sign_one(signer, version, taken); status != 0) return status;
+        if (signer.encryptedDigest->length == room->length) return 0;
+        free_ASN1_STRING(std::exchange(signer.encryptedDigest, nullptr));
+    }
+    return 0x52840047;
 }
 
 /// Gives signed data its first content. Content that is there stays.
@@ -114,6 +150,23 @@ u32 store_content(P7_SIGNED_DATA &data, const u8 *octets, i32 length) noexcept {
 u32 tlx::sign_with_all(const SignedMembers &members, const ContentOctets &content) noexcept {
     return for_unsigned(*members.signerInfos,
                         [&](P7_SIGNER_INFO &signer) { return sign_one(signer, members.version, content); });
+}
+
+u32 tlx::update_all(const SignedMembers &members, Bytes octets) noexcept {
+    return for_unsigned(*members.signerInfos, [&](const P7_SIGNER_INFO &signer) {
+        if (signer.authenticatedAttributes != nullptr) return 0U;
+        return update_signature(signer.key, octets, 0x4B1C0048);
+    });
+}
+
+u32 tlx::reserve_signatures(const SignedMembers &members) noexcept {
+    return for_unsigned(*members.signerInfos,
+                        [&](P7_SIGNER_INFO &signer) { return reserve_one(signer, members.version); });
+}
+
+u32 tlx::sign_to_reserved_length(const SignedMembers &members) noexcept {
+    return for_unsigned(*members.signerInfos,
+                        [&](P7_SIGNER_INFO &signer) { return sign_to_length(signer, members.version); });
 }
 
 uint32_t init_PKCS7_Sign(P7_CONTENT_INFO *info, uint32_t detached) {

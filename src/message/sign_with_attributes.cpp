@@ -139,6 +139,18 @@ u32 prepare_without_key(P7_SIGNER_INFO &signer, const BIGINT *version, Shared &s
 
 }  // namespace
 
+u32 tlx::put_signed_attributes(const SignedMembers &members, const ContentDigests &digests,
+                               const OBJECT_IDENTIFIER *content_type, const ASN1_TIME *time) noexcept {
+    Shared shared{digests, content_type, signing_time(time)};
+    if (!shared.time) return 0x4B31003C;
+    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
+        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
+        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
+        if (const u32 status = prepare(*signer, shared); status != 0) return status;
+    }
+    return 0;
+}
+
 uint32_t prepare_PKCS7_Signatures(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length,
                                   uint32_t detached, const ASN1_TIME *time) {
     SignedMembers members;
@@ -171,14 +183,9 @@ uint32_t sign_PKCS7_withAttributes(P7_CONTENT_INFO *info, const uint8_t *data, i
     ContentOctets content;
     u32 status = find_content(*members.signedData, data, length, detached != 0, content);
     if (status != 0) return status;
-    Shared shared{ContentDigests(content.bytes()), members.signedData->contentInfo->contentType,
-                  signing_time(time)};
-    if (!shared.time) return 0x4B31003C;
-    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
-        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
-        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
-        if (status = prepare(*signer, shared); status != 0) return status;
-    }
+    status = put_signed_attributes(members, ContentDigests(content.bytes()),
+                                   members.signedData->contentInfo->contentType, time);
+    if (status != 0) return status;
     status = sign_with_all(members, content);
     return status == 0 && detached != 0 ? remove_PKCS7_Content(info) : status;
 }

@@ -42,30 +42,16 @@ u32 StreamedContent::start(Bytes members) noexcept {
         const auto *algorithm = item_at<X509_ALGO_IDENTIFIER>(algorithms.get(), static_cast<i32>(i));
         const u32 digest_id = get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(algorithm));
         if (get_DigestLength(digest_id) == 0) continue;
-        if (const u32 status = start_digest(digest_id); status != 0) return status;
+        const RunningDigests::Start started = digests_.start(digest_id);
+        if (started == RunningDigests::Start::too_many) return 0x5280001C;
+        if (started == RunningDigests::Start::no_memory) return 0x5280003C;
     }
-    return 0;
-}
-
-u32 StreamedContent::start_digest(u32 digest_id) noexcept {
-    for (std::size_t i = 0; i < count_; ++i) {
-        if (get_DIGEST_UNIT_id(digests_[i].get()) == digest_id) return 0;
-    }
-    if (count_ == kMostDigests) return 0x5280001C;
-    Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
-    if (!unit || init_Digest(unit.get(), digest_id) != 0) return 0x5280003C;
-    digests_[count_++] = std::move(unit);
     return 0;
 }
 
 bool StreamedContent::update(Bytes octets) noexcept {
-    for (std::size_t i = 0; i < count_; ++i) {
-        if (update_Digest(digests_[i].get(), octets.data(), static_cast<u32>(octets.size())) != 0) {
-            return false;
-        }
-    }
     set_.update(octets);
-    return keep(octets);
+    return digests_.update(octets) && keep(octets);
 }
 
 bool StreamedContent::keep(Bytes octets) noexcept {
@@ -80,13 +66,7 @@ bool StreamedContent::keep(Bytes octets) noexcept {
 }
 
 bool StreamedContent::finish(SignerChecks &checks) noexcept {
-    for (std::size_t i = 0; i < count_; ++i) {
-        u8 octets[TLX_DIGEST_MAX_LENGTH];
-        u32 length = 0;
-        const u32 digest_id = get_DIGEST_UNIT_id(digests_[i].get());
-        if (final_Digest(digests_[i].get(), octets, &length) != 0) return false;
-        checks.digests.put(digest_id, {octets, length});
-    }
+    if (!digests_.finish(checks.digests)) return false;
     checks.has_content = is_kept_;
     checks.content = kept_.bytes();
     checks.content_is_set = set_.is_set();

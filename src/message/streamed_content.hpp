@@ -1,12 +1,9 @@
 // Content that comes in pieces: what its signers need of it.
 #pragma once
 
-#include <tlxcrypto/digest.h>
-
 #include "der/element_stream.hpp"
+#include "message/running_digests.hpp"
 #include "message/signer_check.hpp"
-
-TLX_OWNS(DIGEST_UNIT);
 
 namespace tlx {
 
@@ -38,13 +35,9 @@ class StreamedContent {
     [[nodiscard]] Bytes kept() const noexcept { return kept_.bytes(); }
 
   private:
-    static constexpr std::size_t kMostDigests = 8;
-
-    [[nodiscard]] u32 start_digest(u32 digest_id) noexcept;
     [[nodiscard]] bool keep(Bytes octets) noexcept;
 
-    Owned<DIGEST_UNIT> digests_[kMostDigests];
-    std::size_t count_ = 0;
+    RunningDigests digests_;
     std::size_t most_kept_;
     Buffer kept_;
     bool is_kept_ = true;

@@ -1,0 +1,289 @@
+// Writing signed messages in pieces.
+#include <tlxpki/message_stream.h>
+#include <tlxpki/time.h>
+
+#include "der/list_items.hpp"
+#include "message/key_signature.hpp"
+#include "message/message_output.hpp"
+#include "message/running_digests.hpp"
+#include "message/sign.hpp"
+#include "verify/object.hpp"
+
+using namespace tlx;
+
+namespace {
+
+using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
+
+// The identifiers signedData and data
+constexpr u8 kSignedData[] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x02};
+constexpr u8 kData[] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x01};
+constexpr u8 kConstructedString = TLX_TAG_OCTET_STRING | kConstructed;
+
+/// The certificates, crls and signerInfos of signed data in DER.
+struct LastMembers {
+    Encoder whole;
+    Bytes octets;
+
+    /// False when memory runs out, and when a member cannot be encoded.
+    [[nodiscard]] bool encode(const P7_SIGNED_DATA &data) noexcept {
+        Codec<P7_SIGNED_DATA>::encode(whole, &data);
+        Element body;
+        if (!whole.ok() || !read_element(whole.bytes(), body)) return false;
+        Cursor members(body);
+        Element first;
+        constexpr u32 kFirstMembers = 3;  // version, digestAlgorithms, contentInfo
+        for (u32 i = 0; i < kFirstMembers; ++i) {
+            if (!members.next(first)) return false;
+        }
+        octets = members.rest();
+        return true;
+    }
+};
+
+/// Calls use(signer) for every signer without a signature, up to the first status that is not 0.
+template <typename Use>
+u32 for_unsigned(const SignedMembers &members, Use use) noexcept {
+    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
+        const auto *signer = item_at<P7_SIGNER_INFO>(*members.signerInfos, static_cast<i32>(i));
+        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
+        if (const u32 status = use(*signer); status != 0) return status;
+    }
+    return 0;
+}
+
+}  // namespace
+
+struct SIGNED_MESSAGE_WRITER {
+  public:
+    explicit SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS &settings) noexcept
+        : settings_(settings),
+          out_(settings.output, settings.context),
+          info_(dup_P7_CONTENT_INFO(settings.message)),
+          now_(settings.time == nullptr ? getCurrentGMTime() : nullptr) {
+        if (settings.time == nullptr) settings_.time = now_.get();
+        settings_.message = nullptr;
+    }
+    [[nodiscard]] bool is_made() const noexcept { return info_ && settings_.time != nullptr; }
+
+    [[nodiscard]] u32 update(Bytes octets) noexcept;
+    [[nodiscard]] u32 finish() noexcept;
+
+  private:
+    [[nodiscard]] bool signs_content() const noexcept { return settings_.bare != 0; }
+    [[nodiscard]] P7_SIGNED_DATA &data() const noexcept { return *info_->content.signedData; }
+    [[nodiscard]] u32 begin() noexcept;
+    [[nodiscard]] u32 place_content_type() noexcept;
+    [[nodiscard]] u32 begin_digests() noexcept;
+    [[nodiscard]] u32 begin_message() noexcept;
+    [[nodiscard]] u32 measure(std::uint64_t &last_members) const noexcept;
+    [[nodiscard]] u32 take(Bytes octets) noexcept;
+    [[nodiscard]] u32 sign() noexcept;
+    [[nodiscard]] u32 end_message() noexcept;
+    void write_der_head(Bytes first_members, std::uint64_t last_members) noexcept;
+    void write_indefinite_head(Bytes first_members) noexcept;
+
+    SIGNED_MESSAGE_WRITER_SETTINGS settings_;
+    MessageOutput out_;
+    Owned<P7_CONTENT_INFO> info_;
+    OwnedTime now_;
+    SignedMembers members_ = {};
+    RunningDigests digests_;
+    SegmentWriter segments_;
+    std::uint64_t taken_ = 0;
+    bool begun_ = false;
+    u32 status_ = 0;  ///< of the operation that ended the message
+};
+
+u32 SIGNED_MESSAGE_WRITER::update(Bytes octets) noexcept {
+    if (status_ == 0 && !std::exchange(begun_, true)) status_ = begin();
+    if (status_ == 0) status_ = take(octets);
+    return status_;
+}
+
+u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
+    if (content_type(info_.get()) != oid::kPkcs7SignedData || info_->content.any == nullptr)
+        return 0x52830048;
+    members_ = members_of(data());
+    if (!signs_content() && is_BIGINT_zero(members_.version) != 0) return 0x52830048;
+    if (const u32 status = place_content_type(); status != 0) return status;
+    const u32 status = init_PKCS7_Sign(info_.get(), settings_.form == TLX_MESSAGE_DETACHED ? 1 : 0);
+    if (status != 0) return status;
+    const u32 begun = begin_digests();
+    return begun != 0 ? begun : begin_message();
+}
+
+/// The content itself is never part of the record.
+u32 SIGNED_MESSAGE_WRITER::place_content_type() noexcept {
+    P7_CONTENT_INFO *&content = data().contentInfo;
+    if (content != nullptr && content->contentType != nullptr) {
+        const bool lacks_data = content_type(content) == oid::kPkcs7Data && content->content.any == nullptr;
+        return lacks_data ? 0 : 0x52830048;
+    }
+    Owned<P7_CONTENT_INFO> made(new_P7_CONTENT_INFO());
+    if (!made || set_PKCS7_Type(made.get(), oid::kPkcs7Data) != 0) return 0x5283003C;
+    free_P7_CONTENT_INFO(std::exchange(content, made.release()));
+    return 0;
+}
+
+u32 SIGNED_MESSAGE_WRITER::begin_digests() noexcept {
+    if (signs_content()) return 0;
+    return for_unsigned(members_, [&](const P7_SIGNER_INFO &signer) {
+        const auto started = digests_.start(SignerAlgorithms(signer).digest_id);
+        return started == RunningDigests::Start::done ? 0U : 0x5283003C;
+    });
+}
+
+u32 SIGNED_MESSAGE_WRITER::begin_message() noexcept {
+    Encoder first;
+    std::uint64_t last = 0;
+    first.integer(data().version);
+    AlgorithmSetMember::encode(first, data().digestAlgorithms, kSet);
+    if (!first.ok()) return 0x5283003C;
+    switch (settings_.form) {
+        case TLX_MESSAGE_INDEFINITE:
+            if (!segments_.start()) return 0x5283003C;
+            write_indefinite_head(first.bytes());
+            break;
+        case TLX_MESSAGE_DER:
+            if (const u32 status = measure(last); status != 0) return status;
+            write_der_head(first.bytes(), last);
+            break;
+        default:
+            break;
+    }
+    return out_.status();
+}
+
+void SIGNED_MESSAGE_WRITER::write_indefinite_head(Bytes first_members) noexcept {
+    out_.indefinite(kSequence);
+    out_.raw(kSignedData);
+    out_.indefinite(context(0));
+    out_.indefinite(kSequence);
+    out_.raw(first_members);
+    out_.indefinite(kSequence);
+    out_.raw(kData);
+    out_.indefinite(context(0));
+    out_.indefinite(kConstructedString);
+}
+
+void SIGNED_MESSAGE_WRITER::write_der_head(Bytes first_members, std::uint64_t last_members) noexcept {
+    const std::uint64_t string = element_size(settings_.size);
+    const std::uint64_t info = sizeof kData + element_size(string);
+    const std::uint64_t body = first_members.size() + element_size(info) + last_members;
+    out_.header(kSequence, sizeof kSignedData + element_size(element_size(body)));
+    out_.raw(kSignedData);
+    out_.header(context(0), element_size(body));
+    out_.header(kSequence, body);
+    out_.raw(first_members);
+    out_.header(kSequence, info);
+    out_.raw(kData);
+    out_.header(context(0), string);
+    out_.header(TLX_TAG_OCTET_STRING, settings_.size);
+}
+
+/// The octets of the last members, by those of a copy with signatures of the length that is reserved.
+u32 SIGNED_MESSAGE_WRITER::measure(std::uint64_t &last_members) const noexcept {
+    const Owned<P7_CONTENT_INFO> copy(dup_P7_CONTENT_INFO(info_.get()));
+    if (!copy) return 0x5283003C;
+    const SignedMembers members = members_of(*copy->content.signedData);
+    if (const u32 status = init_PKCS7_Sign(copy.get(), 0); status != 0) return status;
+    ContentDigests zeros;
+    const u32 refused = for_unsigned(members, [&](const P7_SIGNER_INFO &signer) {
+        constexpr u8 kZeros[TLX_DIGEST_MAX_LENGTH] = {};
+        const u32 digest_id = SignerAlgorithms(signer).digest_id;
+        if (zeros.get(digest_id).empty()) zeros.put(digest_id, {kZeros, get_DigestLength(digest_id)});
+        const bool signs_once = signs_content() && signer.authenticatedAttributes == nullptr;
+        return signs_once && signer.key->kind != TLX_KEY_RSA ? 0x52830048 : 0U;
+    });
+    if (refused != 0) return refused;
+    if (!signs_content()) {
+        const u32 status =
+            put_signed_attributes(members, zeros, data().contentInfo->contentType, settings_.time);
+        if (status != 0) return status;
+    }
+    if (const u32 status = reserve_signatures(members); status != 0) return status;
+    LastMembers last;
+    if (!last.encode(*copy->content.signedData)) return 0x5283003C;
+    last_members = last.octets.size();
+    return 0;
+}
+
+u32 SIGNED_MESSAGE_WRITER::take(Bytes octets) noexcept {
+    const bool is_der = settings_.form == TLX_MESSAGE_DER;
+    if (is_der && octets.size() > settings_.size - taken_) return 0x5283001C;
+    taken_ += octets.size();
+    if (!digests_.update(octets)) return 0x5283003C;
+    if (signs_content()) {
+        if (const u32 status = update_all(members_, octets); status != 0) return status;
+    }
+    if (is_der) out_.raw(octets);
+    if (settings_.form == TLX_MESSAGE_INDEFINITE) segments_.update(out_, octets);
+    return out_.status();
+}
+
+u32 SIGNED_MESSAGE_WRITER::finish() noexcept {
+    u32 status = update({});
+    if (status == 0 && settings_.form == TLX_MESSAGE_DER && taken_ != settings_.size) status = 0x5284001C;
+    if (status == 0) status = sign();
+    if (status == 0) status = end_message();
+    status_ = status_ != 0 ? status_ : 0x5284002B;
+    return status;
+}
+
+u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
+    ContentDigests digests;
+    if (!digests_.finish(digests)) return 0x5284003C;
+    if (!signs_content()) {
+        const u32 status =
+            put_signed_attributes(members_, digests, data().contentInfo->contentType, settings_.time);
+        if (status != 0) return status;
+    }
+    if (settings_.form == TLX_MESSAGE_DER) return sign_to_reserved_length(members_);
+    ContentOctets taken;
+    taken.use({});
+    return sign_with_all(members_, taken);
+}
+
+u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {
+    constexpr u32 kInContent = 3;  // the string, [0] and contentInfo
+    constexpr u32 kAroundIt = 3;   // SignedData, [0] and ContentInfo
+    if (settings_.form == TLX_MESSAGE_DETACHED) {
+        Encoder message;
+        Codec<P7_CONTENT_INFO>::encode(message, info_.get());
+        if (!message.ok()) return 0x5284003C;
+        out_.raw(message.bytes());
+        return out_.status();
+    }
+    const bool indefinite = settings_.form == TLX_MESSAGE_INDEFINITE;
+    LastMembers last;
+    if (!last.encode(data())) return 0x5284003C;
+    if (indefinite) {
+        segments_.finish(out_);
+        out_.end(kInContent);
+    }
+    out_.raw(last.octets);
+    if (indefinite) out_.end(kAroundIt);
+    return out_.status();
+}
+
+SIGNED_MESSAGE_WRITER *new_SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS *settings) {
+    constexpr std::uint64_t kMostContent = 0x3FFFFFFFFFFFFFFF;
+    if (settings == nullptr || settings->output == nullptr || settings->message == nullptr) return nullptr;
+    if (settings->form > TLX_MESSAGE_DETACHED || settings->size > kMostContent) return nullptr;
+    OwnedObject<SIGNED_MESSAGE_WRITER> writer = make_object<SIGNED_MESSAGE_WRITER>(*settings);
+    return writer && writer->is_made() ? writer.release() : nullptr;
+}
+
+void free_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer) {
+    Destroy<SIGNED_MESSAGE_WRITER>{}(writer);
+}
+
+uint32_t update_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer, const uint8_t *octets, uint32_t len) {
+    if (writer == nullptr || (octets == nullptr && len != 0)) return 0x52830049;
+    return writer->update({octets, len});
+}
+
+uint32_t final_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer) {
+    return writer == nullptr ? 0x52840049 : writer->finish();
+}
