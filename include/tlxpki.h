@@ -13,7 +13,9 @@
 #include <tlxpki/base64.h>
 #include <tlxpki/ber.h>
 #include <tlxpki/cms.h>
+#include <tlxpki/cms_attribute.h>
 #include <tlxpki/cms_recipient.h>
+#include <tlxpki/cms_timestamp.h>
 #include <tlxpki/cms_types.h>
 #include <tlxpki/convert.h>
 #include <tlxpki/cpv.h>

@@ -1,6 +1,7 @@
 #include "describe_message.hpp"
 
 #include "describe.hpp"
+#include "describe_cms.hpp"
 #include "message.hpp"
 #include "revocation.hpp"
 
@@ -24,26 +25,8 @@ Json size_of(const ASN1_STRING *string) {
     return octets_of(string).size();
 }
 
-/// Sets an algorithm, and below it the parameters unless they are NULL.
-void add_algorithm(Json &json, const std::string &key, const X509_ALGO_IDENTIFIER *algorithm) {
-    json[key] = oid_json(get_X509_ALGO_IDENTIFIER_OID(algorithm));
-    Owned<uint8_t, tlx_free> owner;
-    const Octets parameters = encoded(get_X509_ALGO_IDENTIFIER_parameters(algorithm), owner);
-    if (parameters.empty() || parameters[0] == TLX_TAG_NULL) return;
-    const bool is_pss =
-        index_from_OBJECT_IDENTIFIER(get_X509_ALGO_IDENTIFIER_OID(algorithm)) == TLX_OID_RSASSA_PSS;
-    json[key + "_parameters"] = is_pss ? describe_pss(parameters) : Json(hex(parameters));
-}
-
 Json describe_algorithm(const X509_ALGO_IDENTIFIER *algorithm) {
     return oid_json(get_X509_ALGO_IDENTIFIER_OID(algorithm));
-}
-
-/// Sets the issuer and the serial number that name a certificate.
-void add_certificate_name(Json &json, const P7_ISSUER_AND_SERIAL_NUMBER *number) {
-    if (number == nullptr) return;
-    json["issuer"] = name_text(number->issuer);
-    json["serial"] = number_hex(number->serialNumber);
 }
 
 /// A value of an attribute by its type.
@@ -51,8 +34,9 @@ Json describe_value(const X509_ATTRIBUTE *attribute, int32_t index) {
     const uint32_t type = get_X509_ATTRIBUTE_data_type(attribute, index);
     void *value = get_X509_ATTRIBUTE_data(attribute, index);
     if ((type & kConstructed) != 0) {
-        Owned<uint8_t, tlx_free> owner;
-        return hex(encoded(static_cast<const ASN1_UNIT *>(value), owner));
+        const auto *node = static_cast<const ASN1_UNIT *>(value);
+        const Json record = describe_attribute_record(dotted_text(get_X509_ATTRIBUTE_OID(attribute)), node);
+        return record.is_null() ? Json(node_hex(node)) : record;
     }
     auto *string = static_cast<ASN1_STRING *>(value);
     switch (type) {
@@ -123,21 +107,9 @@ void add_signatures(Json &json, const X509_CERTIFICATES *certificates, const X50
         describe_items(signers, get_P7_SIGNER_INFOS_count, get_P7_SIGNER_INFOS_child, describe_whole_signer);
 }
 
-Json describe_digests(const X509_ALGO_IDENTIFIERS *algorithms) {
-    return describe_items(algorithms, get_X509_ALGO_IDENTIFIERS_count, get_X509_ALGO_IDENTIFIERS_child,
-                          describe_algorithm);
-}
-
 Json describe_recipients(const P7_RECIPIENT_INFOS *recipients) {
     return describe_items(recipients, get_P7_RECIPIENT_INFOS_count, get_P7_RECIPIENT_INFOS_child,
                           describe_recipient);
-}
-
-Json describe_encrypted(const P7_ENCRYPTED_CONTENT_INFO *content) {
-    Json json = {{"kind", type_name(content->contentType)}};
-    add_algorithm(json, "cipher", content->contentEncryptionAlgorithm);
-    json["octets"] = size_of(content->encryptedContent);
-    return json;
 }
 
 void describe_contents(Json &json, const P7_SIGNED_DATA &data) {
@@ -173,7 +145,36 @@ void describe_contents(Json &json, const P7_ENCRYPTED_DATA &data) {
     json["encrypted_content"] = describe_encrypted(data.encryptedContentInfo);
 }
 
-/// The signing time that a signer says; null when it says none.
+}  // namespace
+
+void add_algorithm(Json &json, const std::string &key, const X509_ALGO_IDENTIFIER *algorithm) {
+    json[key] = oid_json(get_X509_ALGO_IDENTIFIER_OID(algorithm));
+    Owned<uint8_t, tlx_free> owner;
+    const Octets parameters = encoded(get_X509_ALGO_IDENTIFIER_parameters(algorithm), owner);
+    if (parameters.empty() || parameters[0] == TLX_TAG_NULL) return;
+    const bool is_pss =
+        index_from_OBJECT_IDENTIFIER(get_X509_ALGO_IDENTIFIER_OID(algorithm)) == TLX_OID_RSASSA_PSS;
+    json[key + "_parameters"] = is_pss ? describe_pss(parameters) : Json(hex(parameters));
+}
+
+void add_certificate_name(Json &json, const P7_ISSUER_AND_SERIAL_NUMBER *number) {
+    if (number == nullptr) return;
+    json["issuer"] = name_text(number->issuer);
+    json["serial"] = number_hex(number->serialNumber);
+}
+
+Json describe_digests(const X509_ALGO_IDENTIFIERS *algorithms) {
+    return describe_items(algorithms, get_X509_ALGO_IDENTIFIERS_count, get_X509_ALGO_IDENTIFIERS_child,
+                          describe_algorithm);
+}
+
+Json describe_encrypted(const P7_ENCRYPTED_CONTENT_INFO *content) {
+    Json json = {{"kind", type_name(content->contentType)}};
+    add_algorithm(json, "cipher", content->contentEncryptionAlgorithm);
+    json["octets"] = size_of(content->encryptedContent);
+    return json;
+}
+
 Json signing_time_of(const X509_ATTRIBUTES *attributes) {
     for (uint32_t i = 0; i < get_X509_ATTRIBUTES_count(attributes); ++i) {
         const X509_ATTRIBUTE *attribute = get_X509_ATTRIBUTES_child(attributes, static_cast<int32_t>(i));
@@ -184,7 +185,10 @@ Json signing_time_of(const X509_ATTRIBUTES *attributes) {
     return nullptr;
 }
 
-}  // namespace
+std::string node_hex(const ASN1_UNIT *node) {
+    Owned<uint8_t, tlx_free> owner;
+    return hex(encoded(node, owner));
+}
 
 Json describe_attributes(const X509_ATTRIBUTES *attributes) {
     return describe_items(attributes, get_X509_ATTRIBUTES_count, get_X509_ATTRIBUTES_child,

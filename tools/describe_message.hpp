@@ -1,4 +1,4 @@
-// Describes PKCS #7 messages.
+// Describes PKCS #7 messages, and what they share with those of CMS.
 #pragma once
 
 #include "document.hpp"
@@ -21,5 +21,20 @@ namespace tool {
 
 /// The signers of signed data or signed-and-enveloped data; null of others.
 [[nodiscard]] const P7_SIGNER_INFOS *signers_of(const P7_CONTENT_INFO *message);
+
+/// Sets an algorithm, and below it the parameters unless they are NULL.
+void add_algorithm(Json &json, const std::string &key, const X509_ALGO_IDENTIFIER *algorithm);
+
+/// Sets the issuer and the serial number that name a certificate.
+void add_certificate_name(Json &json, const P7_ISSUER_AND_SERIAL_NUMBER *number);
+
+[[nodiscard]] Json describe_digests(const X509_ALGO_IDENTIFIERS *algorithms);
+[[nodiscard]] Json describe_encrypted(const P7_ENCRYPTED_CONTENT_INFO *content);
+
+/// The signing time that a signer says; null when it says none.
+[[nodiscard]] Json signing_time_of(const X509_ATTRIBUTES *attributes);
+
+/// The octets of an element.
+[[nodiscard]] std::string node_hex(const ASN1_UNIT *node);
 
 }  // namespace tool

@@ -51,8 +51,13 @@ std::string type_name(const OBJECT_IDENTIFIER *type) {
         case TLX_OID_KISA_CTL:
             return "certificate trust list";
         default:
-            return algorithm_name(type);
+            break;
     }
+    const std::string dotted = dotted_text(type);
+    if (dotted == "1.2.840.113549.1.9.16.1.2") return "authenticated data";
+    if (dotted == "1.2.840.113549.1.9.16.1.23") return "authenticated-enveloped data";
+    if (dotted == "1.2.840.113549.1.9.16.1.4") return "time stamp";
+    return algorithm_name(type);
 }
 
 }  // namespace tool

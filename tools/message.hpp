@@ -29,7 +29,8 @@ void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &t
 /// The content type of a message, a row of the registry.
 [[nodiscard]] int32_t type_of(const P7_CONTENT_INFO *message);
 
-/// A content type in words: "signed data"; its name for others than those of PKCS #7.
+/// A content type in words: "signed data"; its name for others than those of PKCS #7 and
+/// CMS.
 [[nodiscard]] std::string type_name(const OBJECT_IDENTIFIER *type);
 
 }  // namespace tool
