@@ -165,7 +165,7 @@ Json describe_ocsp(const CMS_OTHER_REVOCATION_INFO *other) {
 Json describe_revocation(const CMS_REVOCATION_INFO *info) {
     if (info->type == TLX_CMS_CRL) return describe_crl(info->value.crl, 0);
     const CMS_OTHER_REVOCATION_INFO *other = info->value.other;
-    const Json response = describe_ocsp(other);
+    Json response = describe_ocsp(other);
     if (!response.is_null()) return response;
     return {{"format", oid_json(other->otherRevInfoFormat)}, {"element", node_hex(other->otherRevInfo)}};
 }

@@ -13,12 +13,11 @@ constexpr auto kImprint = record<Imprint>(exactly(2), exact<AlgorithmMember>(&Im
 /// INTEGER (1..999)
 struct Thousandths : Integer {
     static u32 decode(const Element &element, type **out) noexcept {
-        u32 value = 0;
         constexpr std::size_t kMostOctets = 2;
         constexpr u32 kMost = 999;
-        if (element.contents.size() > kMostOctets || !read_number(element.contents, value))
-            return kFieldFailed;
-        return value >= 1 && value <= kMost ? Integer::decode(element, out) : kFieldFailed;
+        u32 value = 0;
+        const bool fits = element.contents.size() <= kMostOctets && read_number(element.contents, value);
+        return fits && value >= 1 && value <= kMost ? Integer::decode(element, out) : kFieldFailed;
     }
 };
 
