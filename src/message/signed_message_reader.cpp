@@ -104,6 +104,7 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
     const u32 decoded = Codec<P7_SIGNED_DATA>::decode(body, &made);
     const Owned<P7_SIGNED_DATA> data(made);
     if (decoded != 0) return decoded;
+    if (!data) return 0x52820104;  // an unknown member
     if (get_STACK_count(data->signerInfos) == 0) return 0x5282002B;
     if (!content_given_) return 0x5282003B;
     Element type;
