@@ -142,6 +142,58 @@ std::string write(const Row &row) {
     return status_text(read) + (is_der ? " der" : " ber " + std::to_string(segments));
 }
 
+std::uint32_t read_pem(const std::string &text, std::size_t piece, Octets &octets, std::string &label) {
+    const Held<free_PEM_READER> reader(new_PEM_READER(collect_octets, &octets));
+    if (reader == nullptr) return 1;
+    const std::uint32_t status =
+        in_pieces({text.begin(), text.end()}, piece, [&](const std::uint8_t *part, std::uint32_t len) {
+            return update_PEM_READER(reader.get(), reinterpret_cast<const char *>(part), len);
+        });
+    label = get_PEM_READER_label(reader.get());
+    return status != 0 ? status : final_PEM_READER(reader.get());
+}
+
+/// The status, the label and the octets, the same for all pieces.
+std::string pem(const Row &row) {
+    std::string first;
+    for (const std::size_t piece : {1U, 3U, 64U, 100000U}) {
+        Octets octets;
+        std::string label;
+        const std::uint32_t status = read_pem(row[1], piece, octets, label);
+        const std::string result =
+            status_text(status) + " " + label + " " + hex_of(octets.data(), octets.size());
+        if (first.empty()) first = result;
+        if (result != first) return first + " but " + result;
+    }
+    return first;
+}
+
+std::uint32_t write_pem(const Octets &content, std::size_t piece, Octets &text) {
+    const Held<free_PEM_WRITER> writer(new_PEM_WRITER("PKCS7", collect_octets, &text));
+    if (writer == nullptr) return 0x5287003C;
+    const std::uint32_t status = in_pieces(content, piece, [&](const std::uint8_t *part, std::uint32_t len) {
+        return update_PEM_WRITER(writer.get(), part, len);
+    });
+    return status != 0 ? status : final_PEM_WRITER(writer.get());
+}
+
+/// So many octets in pieces of so many give the text of encode_PEM(), which reads back.
+std::string round_trip(const Row &row) {
+    const Octets content(row.number(1), 0xA5);
+    Octets text;
+    Octets again;
+    std::string label;
+    const std::uint32_t status = write_pem(content, row.number(2), text);
+    const std::string written(text.begin(), text.end());
+    char *expected = nullptr;
+    const std::uint32_t size = encode_PEM(content.data(), length(content), "PKCS7", 5, &expected, 1);
+    const Held<tlx_free> owner(static_cast<void *>(expected));
+    const bool same =
+        written == (size == 0 ? "-----BEGIN PKCS7-----\n-----END PKCS7-----\n" : std::string(expected, size));
+    const bool reads = read_pem(written, row.number(2) + 1, again, label) == 0 && again == content;
+    return status_text(status) + (same ? " same" : " other") + (reads ? " reads" : " fails");
+}
+
 TEST(MessageStream, Rows) {
     make_signing_keys();
     const auto whole = [](const Row &row) { return read(message_of(row[1]), nullptr, 0); };
@@ -150,8 +202,12 @@ TEST(MessageStream, Rows) {
         return read(message_of(row[1]), &content, 0);
     };
     const auto limited = [](const Row &row) { return read(message_of(row[1]), nullptr, row.number(2)); };
-    expect_rows("message_stream.txt",
-                {{"read", {whole}}, {"detached", {detached}}, {"limited", {limited}}, {"write", {write}}});
+    expect_rows("message_stream.txt", {{"read", {whole}},
+                                       {"detached", {detached}},
+                                       {"limited", {limited}},
+                                       {"write", {write}},
+                                       {"pem", {pem}},
+                                       {"round-trip", {round_trip}}});
 }
 
 class MessageReading : public ::testing::Test {
@@ -271,6 +327,27 @@ TEST_F(MessageReading, WritingSurvivesAnyAllocation) {
         settings.size = 3;
         sweep_statuses(no_memory, [&] { return write_in_pieces(settings, {'a', 'b', 'c'}, 2); });
     }
+}
+
+TEST_F(MessageReading, PemRefusesArguments) {
+    Octets out;
+    for (const char *label : {"", "A\nB"})
+        EXPECT_EQ(new_PEM_WRITER(label, collect_octets, &out), nullptr);
+    EXPECT_EQ(new_PEM_WRITER(std::string(65, 'A').c_str(), collect_octets, &out), nullptr);
+    EXPECT_EQ(new_PEM_WRITER("A", nullptr, &out), nullptr);
+    EXPECT_EQ(new_PEM_READER(nullptr, &out), nullptr);
+    EXPECT_EQ(get_PEM_READER_label(nullptr), nullptr);
+    const Held<free_PEM_READER> reader(new_PEM_READER(stop, nullptr));
+    const Held<free_PEM_WRITER> writer(new_PEM_WRITER("A", stop, nullptr));
+    const std::string text = "-----BEGIN A-----\nYWJj\n-----END A-----";
+    expect_refuses_null(0x52850049, update_PEM_READER, reader.get(), text.c_str(), 3);
+    expect_refuses_null(0x52870049, update_PEM_WRITER, writer.get(), kAbc, 3);
+    EXPECT_EQ(final_PEM_READER(nullptr), 0x52860049U);
+    EXPECT_EQ(final_PEM_WRITER(nullptr), 0x52880049U);
+    EXPECT_EQ(update_PEM_READER(reader.get(), text.c_str(), static_cast<std::uint32_t>(text.size())), 77U);
+    EXPECT_EQ(final_PEM_WRITER(writer.get()), 77U);
+    EXPECT_EQ(final_PEM_WRITER(writer.get()), 0x5288002BU);
+    sweep_statuses({0x5287003C}, [&] { return write_pem(Octets(7000), 5000, out); });
 }
 
 /// Without attributes, content that is no longer there verifies by its digest, but not under KCDSA.

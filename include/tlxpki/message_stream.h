@@ -92,8 +92,8 @@ TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER_content(SIGNED_MESSAGE_READER *
  * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
  * null
  * @return 0; 0x52820049 for a null reader; 0x5282004F when the message is not complete; 0x5282002B for a
- * message without signers; 0x52820104 for a content type that cannot be decoded, and when memory runs out for
- * it; 0x5282003B for a detached message without content; 0x5282003C when memory runs
+ * message without signers; 0x52820104 for an unknown member and a content type that cannot be decoded, and
+ * when memory runs out for it; 0x5282003B for a detached message without content; 0x5282003C when memory runs
  * out; 0x4B30003C as verify_PKCS7_Signers_ex() returns it; a status of P7_SIGNED_DATA for members that cannot
  * be decoded; the status of the first signer that fails; a status of the output. Afterwards all operations
  * return 0x5282001C
@@ -156,6 +156,52 @@ TLXPKI_API uint32_t update_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer, 
  * sign_PKCS7_withAttributes(); a status of the output. Afterwards all operations return 0x5284002B
  */
 TLXPKI_API uint32_t final_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer);
+
+/* ---- PEM ---- */
+
+#define TLX_PEM_LABEL_MAX_LENGTH 64 /**< characters of a label at most */
+
+/** A PEM text that is being read. */
+typedef struct PEM_READER PEM_READER;
+/** A PEM text that is being written. */
+typedef struct PEM_WRITER PEM_WRITER;
+
+/** Begins to read a text; freed with free_PEM_READER(). Null for a null output, and when memory runs out.
+ * @param output gets the octets of the first block, piece by piece; what stands before and after is ignored
+ */
+TLXPKI_API PEM_READER *new_PEM_READER(MESSAGE_OUTPUT output, void *context);
+/** Frees a reader. Ignores null. */
+TLXPKI_API void free_PEM_READER(PEM_READER *reader);
+/**
+ * Takes the next characters of a text. Lines end with a line feed, and spaces, tabs and carriage returns in
+ * the body are ignored.
+ * @param text may be null when len is 0
+ * @return 0; 0x52850049 for a null argument; 0x52850048 for a body that is no Base64 (RFC 4648, section 4),
+ * encapsulated headers, and a last line without the label of the first one; a status of the output
+ */
+TLXPKI_API uint32_t update_PEM_READER(PEM_READER *reader, const char *text, uint32_t len);
+/** Ends the text, whose last line needs no line feed.
+ * @return 0; 0x52860049 for a null reader; 0x5286004F for a text without a complete block; a status of
+ * update_PEM_READER(). Afterwards all operations return 0x5286002B */
+TLXPKI_API uint32_t final_PEM_READER(PEM_READER *reader);
+/** Returns the label of the block, such as "PKCS7", which the reader owns; empty before its first line is
+ * complete, null for null. */
+TLXPKI_API const char *get_PEM_READER_label(const PEM_READER *reader);
+
+/** Begins to write a text as encode_PEM() does, with lines of 64 characters; freed with free_PEM_WRITER().
+ * Null for a null argument, an empty label and one of more than TLX_PEM_LABEL_MAX_LENGTH characters or with
+ * others than printable ASCII, and when memory runs out.
+ * @param label such as "PKCS7"; copied */
+TLXPKI_API PEM_WRITER *new_PEM_WRITER(const char *label, MESSAGE_OUTPUT output, void *context);
+/** Frees a writer. Ignores null. */
+TLXPKI_API void free_PEM_WRITER(PEM_WRITER *writer);
+/** Takes the next octets.
+ * @param octets may be null when len is 0
+ * @return 0; 0x52870049 for a null argument; 0x5287003C when memory runs out; a status of the output */
+TLXPKI_API uint32_t update_PEM_WRITER(PEM_WRITER *writer, const uint8_t *octets, uint32_t len);
+/** Writes the rest of the text. Returns 0; 0x52880049 for a null writer; a status of update_PEM_WRITER(); a
+ * status of the output. Afterwards all operations return 0x5288002B. */
+TLXPKI_API uint32_t final_PEM_WRITER(PEM_WRITER *writer);
 
 TLX_END_DECLS
 
