@@ -45,6 +45,7 @@
 #include <tlxpki/pkcs7_types.h>
 #include <tlxpki/pkcs8.h>
 #include <tlxpki/print.h>
+#include <tlxpki/signature.h>
 #include <tlxpki/signed_trust_list.h>
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>

@@ -163,6 +163,18 @@ std::string run_on_key(const Row &row) {
              return verify_RSA_digest(unit.get(), n[0], n[1], digest.data(), size_of_digest - n[2],
                                       made.data(), length(made));
          }},
+        {"sign-digest",
+         [&](N n) {
+             const Octets digest(n[2] != 0 ? n[2] : get_DigestLength(n[0]), 0xAA);
+             return sign_RSA_digest(unit.get(), n[0], n[1], digest.data(), length(digest), made.data(),
+                                    &size);
+         }},
+        {"verify-that-digest",
+         [&](N n) {
+             const Octets digest(get_DigestLength(n[0]), 0xAA);
+             return verify_RSA_digest(unit.get(), n[0], n[1], digest.data(), length(digest), made.data(),
+                                      size);
+         }},
         {"libcrypto-signs", [&](N n) { return made = peer::rsa_sign(test_key(), scheme_of(n), kData), 0U; }},
         {"libcrypto-verifies",
          [&](N n) { return peer::rsa_verify(test_key(), scheme_of(n), kData, made) ? 0U : 1U; }},

@@ -123,6 +123,11 @@ TLXCRYPTO_API uint32_t verify_RSASSA(RSA_UNIT *unit, const uint8_t *sig, uint32_
  * init_RSASSA(). */
 TLXCRYPTO_API uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data,
                                 uint32_t len, uint8_t *sig, uint32_t *sig_len);
+/** Signs the digest of a message likewise.
+ * @param digest the digest of digest_id, digest_len octets */
+TLXCRYPTO_API uint32_t sign_RSA_digest(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode,
+                                       const uint8_t *digest, uint32_t digest_len, uint8_t *sig,
+                                       uint32_t *sig_len);
 /** Verifies in one call, whatever is under way on the unit. digest_id and mode are those of init_RSASSA().
  * Returns TLX_RSA_BAD_SIGNATURE also for any other length than get_RSA_length(). */
 TLXCRYPTO_API uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode,

@@ -21,7 +21,8 @@ TLX_BEGIN_DECLS
  *     attributes [0] IMPLICIT Attributes OPTIONAL }
  *
  * An RSA or KCDSA key is in privateKey. A key of any other kind has an empty privateKey, and its algorithm
- * and octets are in the last two members, so that it is written back as it was read.
+ * and octets are in the last two members, so that it is written back as it was read. read_PRIV_KEY() makes a
+ * key of them.
  */
 typedef struct P8_PRIV_KEY_INFO {
     BIGINT *version;                      /**< 0; owned */
@@ -67,6 +68,34 @@ TLXPKI_API BIGINT *get_PRIV_KEY_version(const P8_PRIV_KEY_INFO *info);
 /** Replaces the key by a copy and frees a key of another kind. Returns 1 also for a key that is neither of
  * RSA nor of KCDSA. */
 TLXPKI_API uint32_t set_PRIV_KEY_KeyParams(P8_PRIV_KEY_INFO *info, const ASYMMETRIC_KEY *key);
+
+/**
+ * Makes the key to compute with of a private key of any kind: RSA, KCDSA, id-ecPublicKey on P-256, P-384 and
+ * P-521 (RFC 5915) as TLX_KEY_ECDSA, Ed25519 and Ed448 (RFC 8410) as TLX_KEY_EDDSA, X25519 and X448 as
+ * TLX_KEY_XDH.
+ * @param out receives the key; null makes a new holder
+ * @return 0; 0x4C090049 for a null argument; 0x4C090048 for an unknown algorithm or curve; 0x4C090104 when
+ * the octets or the parameters are not those of the algorithm, the number is out of range, or the public key
+ * beside it is another one; 0x4C09003C when memory runs out
+ */
+TLXPKI_API uint32_t read_PRIV_KEY(const P8_PRIV_KEY_INFO *info, ASYMMETRIC_KEY **out);
+
+/**
+ * Makes the record of a private key of any kind, as read_PRIV_KEY() reads it. A key on a curve gets its
+ * public key beside it (RFC 5915), other keys none.
+ * @return 0; 0x4C0A0049 for a null argument; 0x4C0A0048 for an empty holder, a public key and TLX_KEY_ECC;
+ * 0x4C0A003C when memory runs out
+ */
+TLXPKI_API uint32_t write_PRIV_KEY(const ASYMMETRIC_KEY *key, P8_PRIV_KEY_INFO **out);
+
+/**
+ * Makes the record of the ECPrivateKey (RFC 5915) that a file with the PEM label "EC PRIVATE KEY" holds. It
+ * has to name its curve, of which any will do.
+ * @param octets len octets
+ * @return 0; 0x4C0B0049 for a null argument; 0x4C0B0104 when the octets are no ECPrivateKey with parameters;
+ * 0x4C0B003C when memory runs out
+ */
+TLXPKI_API uint32_t decode_EC_PRIVATE_KEY(const uint8_t *octets, uint32_t len, P8_PRIV_KEY_INFO **out);
 
 /** The random number that a virtual identifier is made with (<tlxpki/kisa_identity.h>): the value of the
  * attribute 1.2.410.200004.10.1.1.3. Null also when that holds no BIT STRING. */

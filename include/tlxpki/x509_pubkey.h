@@ -18,8 +18,11 @@
 #define TLXPKI_X509_PUBKEY_H
 
 #include <tlxcrypto/ec.h>
+#include <tlxcrypto/ecdsa.h>
+#include <tlxcrypto/eddsa.h>
 #include <tlxcrypto/kcdsa.h>
 #include <tlxcrypto/rsa.h>
+#include <tlxcrypto/xdh.h>
 #include <tlxpki/x509_types.h>
 
 TLX_BEGIN_DECLS
@@ -39,8 +42,8 @@ TLXPKI_API ASYMMETRIC_KEY *dup_ASYMMETRIC_KEY(const ASYMMETRIC_KEY *key);
 
 /**
  * Replaces the key of a holder. Returns 1 also for another kind.
- * @param kind TLX_KEY_RSA, TLX_KEY_KCDSA or TLX_KEY_ECC
- * @param unit an RSA_UNIT, KCDSA or ECC_KEY
+ * @param kind TLX_KEY_
+ * @param unit the unit of that kind
  */
 TLXPKI_API uint32_t set_ASYMMETRIC_KEY(ASYMMETRIC_KEY *key, uint32_t kind, const void *unit);
 
@@ -87,6 +90,12 @@ TLXPKI_API uint32_t set_X509_PUBKEY_kcdsa(X509_PUBKEY *pubkey, const KCDSA *kcds
  * public point, uncompressed, and no private number. Returns 1 also for a curve whose name is unknown.
  */
 TLXPKI_API uint32_t set_X509_PUBKEY_ecc(X509_PUBKEY *pubkey, const ECC_KEY *ecc);
+/**
+ * Makes the record the public key of a key of any kind, private or public. KCDSA without y gets it computed.
+ * Keys of TLX_KEY_ECDSA become id-ecPublicKey with an uncompressed point (RFC 5480), those of TLX_KEY_EDDSA
+ * and TLX_KEY_XDH what RFC 8410 says.
+ */
+TLXPKI_API uint32_t set_X509_PUBKEY_key(X509_PUBKEY *pubkey, const ASYMMETRIC_KEY *key);
 
 TLX_END_DECLS
 

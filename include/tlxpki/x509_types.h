@@ -109,12 +109,19 @@ typedef struct X509_VALIDITY {
     X509_TIME notAfter;
 } X509_VALIDITY;
 
-enum { TLX_KEY_RSA = 1, TLX_KEY_KCDSA = 2, TLX_KEY_ECC = 3 };
+enum {
+    TLX_KEY_RSA = 1,
+    TLX_KEY_KCDSA = 2,
+    TLX_KEY_ECC = 3,    /**< the numbers of a public key on any curve */
+    TLX_KEY_ECDSA = 16, /**< a key to sign, verify and agree with */
+    TLX_KEY_EDDSA = 17, /**< Ed25519, Ed448 */
+    TLX_KEY_XDH = 18    /**< X25519, X448 */
+};
 
 /** A key of any kind. */
 typedef struct ASYMMETRIC_KEY {
     uint32_t kind; /**< TLX_KEY_..., 0 when empty */
-    void *key;     /**< RSA_UNIT, KCDSA or ECC_KEY by kind, owned */
+    void *key;     /**< RSA_UNIT, KCDSA, ECC_KEY, ECDSA_KEY, EDDSA_KEY or XDH_KEY by kind, owned */
 } ASYMMETRIC_KEY;
 
 /** SubjectPublicKeyInfo. */

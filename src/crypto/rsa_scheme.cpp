@@ -227,13 +227,21 @@ uint32_t verify_RSASSA(RSA_UNIT *unit, const uint8_t *sig, uint32_t sig_len) {
 
 uint32_t sign_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data, uint32_t len,
                   uint8_t *sig, uint32_t *sig_len) {
-    if (sig_len == nullptr) return 1;
-    *sig_len = 0;
-    if (unit == nullptr || unit->kind == TLX_RSA_PUBLIC || sig == nullptr) return 1;
     u8 hash[TLX_DIGEST_MAX_LENGTH];
     u32 hash_len = 0;
+    if (sig_len == nullptr) return 1;
+    *sig_len = 0;
     if (!is_available(digest_id, mode) || Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;
-    return sign_hash(*unit, digest_id, mode, {hash, hash_len}, sig, sig_len);
+    return sign_RSA_digest(unit, digest_id, mode, hash, hash_len, sig, sig_len);
+}
+
+uint32_t sign_RSA_digest(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *digest,
+                         uint32_t digest_len, uint8_t *sig, uint32_t *sig_len) {
+    if (sig_len == nullptr) return 1;
+    *sig_len = 0;
+    if (unit == nullptr || unit->kind == TLX_RSA_PUBLIC || digest == nullptr || sig == nullptr) return 1;
+    if (!is_available(digest_id, mode) || digest_len != get_DigestLength(digest_id)) return 1;
+    return sign_hash(*unit, digest_id, mode, {digest, digest_len}, sig, sig_len);
 }
 
 uint32_t verify_RSA(const RSA_UNIT *unit, uint32_t digest_id, uint32_t mode, const uint8_t *data,

@@ -20,13 +20,13 @@ constexpr u32 kRsaPkcs1Signature = 0x20000001;
 
 }  // namespace
 
-u32 SignatureAlgorithm::decode(const Element &element, OBJECT_IDENTIFIER **out) noexcept {
+u32 SignatureOid::decode(const Element &element, OBJECT_IDENTIFIER **out) noexcept {
     Element oid;
     if (!Cursor(element).next(TLX_TAG_OBJECT_IDENTIFIER, oid)) return kFieldFailed;
     return stored(*out = decode_oid(oid.contents));
 }
 
-void SignatureAlgorithm::encode(Encoder &out, const OBJECT_IDENTIFIER *algorithm, u8 as) noexcept {
+void SignatureOid::encode(Encoder &out, const OBJECT_IDENTIFIER *algorithm, u8 as) noexcept {
     const u32 scheme = get_CipherID_from_OID(algorithm);
     const auto sequence = out.nest(as);
     out.oid(algorithm);

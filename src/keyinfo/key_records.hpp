@@ -33,7 +33,7 @@ constexpr auto algorithm_members(OBJECT_IDENTIFIER *R::*algorithm, ASN1_UNIT *R:
 /// The AlgorithmIdentifier of a signature, of which only the identifier is kept. It is written with NULL
 /// parameters for RSA with PKCS #1 v1.5 (RFC 8017, appendix A.2.4; RFC 3279, section 2.2.1), without
 /// parameters for everything else.
-struct SignatureAlgorithm : StringRecord {
+struct SignatureOid : StringRecord {
     static constexpr u8 tag = kSequence;
     static u32 decode(const Element &element, OBJECT_IDENTIFIER **out) noexcept;
     static void encode(Encoder &out, const OBJECT_IDENTIFIER *algorithm, u8 as) noexcept;

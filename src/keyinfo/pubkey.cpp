@@ -6,12 +6,19 @@
 
 #include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
+#include "keyinfo/key_curve.hpp"
 #include "keyinfo/key_records.hpp"
 #include "keyinfo/pubkey_key.hpp"
 
 using namespace tlx;
 
 namespace {
+
+/// A unit that counts its owners, of which a copy is one more.
+template <typename Key>
+Key *shared(const void *unit) noexcept {
+    return static_cast<Key *>(const_cast<void *>(unit));
+}
 
 /// A copy of a key unit; null for a kind that is not known and when memory runs out.
 void *dup_unit(u32 kind, const void *unit) noexcept {
@@ -22,6 +29,12 @@ void *dup_unit(u32 kind, const void *unit) noexcept {
             return dup_KCDSA(static_cast<const KCDSA *>(unit));
         case TLX_KEY_ECC:
             return dup_ECC_KEY(static_cast<const ECC_KEY *>(unit));
+        case TLX_KEY_ECDSA:
+            return dup_ECDSA_KEY(shared<ECDSA_KEY>(unit));
+        case TLX_KEY_EDDSA:
+            return dup_EDDSA_KEY(shared<EDDSA_KEY>(unit));
+        case TLX_KEY_XDH:
+            return dup_XDH_KEY(shared<XDH_KEY>(unit));
         default:
             return nullptr;
     }
@@ -35,6 +48,12 @@ void free_unit(u32 kind, void *unit) noexcept {
             return free_KCDSA(static_cast<KCDSA *>(unit));
         case TLX_KEY_ECC:
             return free_ECC_KEY(static_cast<ECC_KEY *>(unit));
+        case TLX_KEY_ECDSA:
+            return free_ECDSA_KEY(static_cast<ECDSA_KEY *>(unit));
+        case TLX_KEY_EDDSA:
+            return free_EDDSA_KEY(static_cast<EDDSA_KEY *>(unit));
+        case TLX_KEY_XDH:
+            return free_XDH_KEY(static_cast<XDH_KEY *>(unit));
         default:
             return;
     }
@@ -82,6 +101,47 @@ bool set_from_encodings(X509_PUBKEY &pubkey, u32 algorithm, Encoder &parameters,
     if (decode_key(*made) != KeyOutcome::decoded) return false;
     std::swap(pubkey, *made);
     return true;
+}
+
+// SubjectPublicKeyInfo of a key on a curve: with namedCurve for parameters (RFC 5480), or without any
+// (RFC 8410).
+u32 set_from_point(X509_PUBKEY &pubkey, const KeyCurve *curve, Bytes point) noexcept {
+    if (curve == nullptr || point.empty()) return 1;
+    const bool is_named = curve->kind == TLX_KEY_ECDSA;
+    Encoder out;
+    {
+        const auto info = out.sequence();
+        {
+            const auto algorithm = out.sequence();
+            if (is_named) out.primitive(TLX_TAG_OBJECT_IDENTIFIER, octets_of_oid(kEcPublicKeyOid));
+            out.primitive(TLX_TAG_OBJECT_IDENTIFIER, octets_of_oid(curve->oid));
+        }
+        const auto bits = out.nest(TLX_TAG_BIT_STRING);
+        constexpr u8 kNoUnusedBits[1] = {0};
+        out.raw(kNoUnusedBits);
+        out.raw(point);
+    }
+    Element element;
+    X509_PUBKEY *read = nullptr;
+    if (!out.ok() || !read_element(out.bytes(), element)) return 1;
+    const u32 status = Codec<X509_PUBKEY>::decode(element, &read);
+    const Owned<X509_PUBKEY> made(read);
+    if (status != 0) return 1;
+    std::swap(pubkey, *made);
+    return 0;
+}
+
+u32 set_from_ecdsa(X509_PUBKEY &pubkey, const ECDSA_KEY *key) noexcept {
+    u8 point[TLX_ECDSA_MAX_POINT_LENGTH];
+    u32 length = 0;
+    if (get_ECDSA_KEY_point(key, point, &length) != 0) return 1;
+    return set_from_point(pubkey, find_key_curve(TLX_KEY_ECDSA, get_ECDSA_KEY_curve(key)), {point, length});
+}
+
+u32 set_from_kcdsa(X509_PUBKEY &pubkey, const KCDSA *key) noexcept {
+    if (get_KCDSA_number(key, TLX_KCDSA_Y) != nullptr) return set_X509_PUBKEY_kcdsa(&pubkey, key);
+    const std::unique_ptr<KCDSA, FreeWith<free_KCDSA>> copy(dup_KCDSA(key));
+    return compute_KCDSA_public(copy.get()) == 0 ? set_X509_PUBKEY_kcdsa(&pubkey, copy.get()) : 1;
 }
 
 }  // namespace
@@ -185,4 +245,30 @@ uint32_t set_X509_PUBKEY_ecc(X509_PUBKEY *pubkey, const ECC_KEY *ecc) {
     if (room == nullptr || ECPOINT_to_binary(ecc->public_point, ecc->curve, 0, room, &length) != 0) return 1;
     key.buffer().advance(length);
     return set_from_encodings(*pubkey, oid::kEcPublicKey, parameters, key) ? 0 : 1;
+}
+
+uint32_t set_X509_PUBKEY_key(X509_PUBKEY *pubkey, const ASYMMETRIC_KEY *key) {
+    if (pubkey == nullptr || key == nullptr || key->key == nullptr) return 1;
+    switch (key->kind) {
+        case TLX_KEY_RSA:
+            return set_X509_PUBKEY_rsa(pubkey, static_cast<const RSA_UNIT *>(key->key));
+        case TLX_KEY_KCDSA:
+            return set_from_kcdsa(*pubkey, static_cast<const KCDSA *>(key->key));
+        case TLX_KEY_ECC:
+            return set_X509_PUBKEY_ecc(pubkey, static_cast<const ECC_KEY *>(key->key));
+        case TLX_KEY_ECDSA:
+            return set_from_ecdsa(*pubkey, static_cast<const ECDSA_KEY *>(key->key));
+        case TLX_KEY_EDDSA: {
+            const auto *unit = static_cast<const EDDSA_KEY *>(key->key);
+            return set_from_point(*pubkey, find_key_curve(TLX_KEY_EDDSA, get_EDDSA_KEY_curve(unit)),
+                                  {get_EDDSA_KEY_point(unit), get_EDDSA_KEY_length(unit)});
+        }
+        case TLX_KEY_XDH: {
+            const auto *unit = static_cast<const XDH_KEY *>(key->key);
+            return set_from_point(*pubkey, find_key_curve(TLX_KEY_XDH, get_XDH_KEY_curve(unit)),
+                                  {get_XDH_KEY_point(unit), get_XDH_KEY_length(unit)});
+        }
+        default:
+            return 1;
+    }
 }

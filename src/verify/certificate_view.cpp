@@ -38,18 +38,6 @@ Rule read_one_name(StrictCursor &in, Bytes &name) noexcept {
     return is_name(name) ? Rule::kNone : Rule::kBadName;
 }
 
-// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
-Rule read_key_info(StrictCursor &in, CertificateView &view) noexcept {
-    Element element;
-    if (!in.next(id::kSequence, element)) return Rule::kBadMember;
-    view.key_info = element.whole;
-    StrictCursor members(element.contents);
-    Bytes bits;
-    const bool read = read_algorithm(members, view.key_algorithm) && members.next(id::kBitString, bits) &&
-                      members.at_end() && read_octet_bits(bits, view.key);
-    return read ? Rule::kNone : Rule::kBadPublicKey;
-}
-
 // UniqueIdentifier ::= BIT STRING
 Rule read_unique_identifier(StrictCursor &in, u8 number, const CertificateView &view) noexcept {
     if (!in.is_next(id::context(number))) return Rule::kNone;
@@ -115,6 +103,18 @@ bool read_algorithm(StrictCursor &in, AlgorithmView &algorithm) noexcept {
     if (!members.any(element) || !members.at_end()) return false;
     algorithm.parameters = element.whole;
     return true;
+}
+
+// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
+Rule read_key_info(StrictCursor &in, CertificateView &view) noexcept {
+    Element element;
+    if (!in.next(id::kSequence, element)) return Rule::kBadMember;
+    view.key_info = element.whole;
+    StrictCursor members(element.contents);
+    Bytes bits;
+    const bool read = read_algorithm(members, view.key_algorithm) && members.next(id::kBitString, bits) &&
+                      members.at_end() && read_octet_bits(bits, view.key);
+    return read ? Rule::kNone : Rule::kBadPublicKey;
 }
 
 Rule read_signed(Bytes octets, SignedView &view, StrictCursor &signed_members) noexcept {

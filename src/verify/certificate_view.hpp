@@ -111,4 +111,7 @@ enum AcceptedFault : u32 {
 /// AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters ANY OPTIONAL }
 [[nodiscard]] bool read_algorithm(StrictCursor &in, AlgorithmView &algorithm) noexcept;
 
+/// Reads a SubjectPublicKeyInfo: kNone, kBadMember for something else, or kBadPublicKey.
+[[nodiscard]] Rule read_key_info(StrictCursor &in, CertificateView &view) noexcept;
+
 }  // namespace tlx

@@ -1,5 +1,6 @@
 #include "verify/public_key.hpp"
 
+#include "keyinfo/key_curve.hpp"
 #include "verify/oid.hpp"
 
 namespace tlx {
@@ -38,28 +39,17 @@ Rule make_rsa(Bytes octets, PublicKey &key) noexcept {
 // ECParameters ::= CHOICE { namedCurve OBJECT IDENTIFIER }
 // ECPoint ::= OCTET STRING, whose octets are the BIT STRING's (RFC 5480, section 2.2).
 Rule make_ecdsa(const AlgorithmView &algorithm, Bytes octets, PublicKey &key) noexcept {
-    struct Curve {
-        std::string_view oid;
-        u32 id;
-    };
-    constexpr Curve kCurves[] = {
-        {"\x2A\x86\x48\xCE\x3D\x03\x01\x07", TLX_CURVE_P256},  // 1.2.840.10045.3.1.7
-        {{"\x2B\x81\x04\x00\x22", 5}, TLX_CURVE_P384},         // 1.3.132.0.34
-        {{"\x2B\x81\x04\x00\x23", 5}, TLX_CURVE_P521},         // 1.3.132.0.35
-    };
     StrictCursor parameters(algorithm.parameters);
     Bytes oid;
     if (!algorithm.has_parameters || octets.empty()) return Rule::kBadPublicKey;
     if (!parameters.next(id::kOid, oid) || !parameters.at_end()) return Rule::kUnknownKey;
-    for (const Curve &curve : kCurves) {
-        if (!is_oid_of(oid, curve.oid)) continue;
-        if (octets.size() > 1 + 2 * ((curve.id + 7) / 8)) return Rule::kBadPublicKey;
-        key.kind = KeyKind::ecdsa;
-        key.bits = curve.id;
-        key.ecdsa.reset(binary_to_ECDSA_KEY(curve.id, octets.data(), size_of(octets)));
-        return key.ecdsa != nullptr ? Rule::kNone : Rule::kNoMemory;
-    }
-    return Rule::kUnknownKey;
+    const KeyCurve *curve = find_named_curve(oid);
+    if (curve == nullptr) return Rule::kUnknownKey;
+    if (octets.size() > 1 + 2 * ((curve->id + 7) / 8)) return Rule::kBadPublicKey;
+    key.kind = KeyKind::ecdsa;
+    key.bits = curve->id;
+    key.ecdsa.reset(binary_to_ECDSA_KEY(curve->id, octets.data(), size_of(octets)));
+    return key.ecdsa != nullptr ? Rule::kNone : Rule::kNoMemory;
 }
 
 // The octets are those of RFC 8032; there are no parameters (RFC 8410, section 3).
@@ -198,7 +188,7 @@ Rule make_key(const AlgorithmView &algorithm, Bytes octets, PublicKey &key) noex
         const bool right = !key.has_pss_limits || read_pss_parameters(algorithm.parameters, key.pss_limits);
         return right ? make_rsa(octets, key) : Rule::kBadPublicKey;
     }
-    if (is_oid_of(oid, "\x2A\x86\x48\xCE\x3D\x02\x01")) return make_ecdsa(algorithm, octets, key);
+    if (is_oid_of(oid, kEcPublicKeyOid)) return make_ecdsa(algorithm, octets, key);
     if (is_oid_of(oid, "\x2B\x65\x70")) return make_eddsa(algorithm, octets, TLX_CURVE_ED25519, key);
     if (is_oid_of(oid, "\x2B\x65\x71")) return make_eddsa(algorithm, octets, TLX_CURVE_ED448, key);
     if (is_oid_of(oid, "\x2A\x86\x48\xCE\x38\x04\x01")) return make_dsa(algorithm, octets, key);

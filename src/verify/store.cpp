@@ -89,13 +89,8 @@ Rule Store::add_anchor(Bytes name, Bytes key_info) noexcept {
     if (!whole_name.next(id::kSequence, view.subject) || !whole_name.at_end() || !is_name(view.subject)) {
         return Rule::kBadName;
     }
-    view.key_info = {octets + name.size(), key_info.size()};
-    StrictCursor members;
-    Bytes bits;
-    if (!open_whole(view.key_info, id::kSequence, members) || !read_algorithm(members, view.key_algorithm) ||
-        !members.next(id::kBitString, bits) || !members.at_end() || !read_octet_bits(bits, view.key)) {
-        return Rule::kBadPublicKey;
-    }
+    StrictCursor whole_key({octets + name.size(), key_info.size()});
+    if (read_key_info(whole_key, view) != Rule::kNone || !whole_key.at_end()) return Rule::kBadPublicKey;
     if (const Rule rule = make_key(view.key_algorithm, view.key, entry->key); rule != Rule::kNone) {
         return rule;
     }

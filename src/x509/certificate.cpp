@@ -71,7 +71,7 @@ struct SignedPart : Field<X509_CERT, Nested<X509_TBS_CERT>> {
 //     tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
 constexpr auto kCertificate =
     record<X509_CERT>(beginning(), SignedPart{field<Nested<X509_TBS_CERT>>(&X509_CERT::tbsCertificate)},
-                      field<SignatureAlgorithm>(&X509_CERT::signatureAlgorithm),
+                      field<SignatureOid>(&X509_CERT::signatureAlgorithm),
                       field<Bits>(&X509_CERT::signatureValue), received(&X509_CERT::received));
 
 }  // namespace
@@ -86,7 +86,7 @@ void forget_received(X509_CERT &cert) noexcept {
 u32 compare_received(const X509_CERT &cert, Bytes signed_part) noexcept {
     if (cert.received == nullptr) return 0;
     Encoder rest;
-    SignatureAlgorithm::encode(rest, cert.signatureAlgorithm, kSequence);
+    SignatureOid::encode(rest, cert.signatureAlgorithm, kSequence);
     rest.bit_string(cert.signatureValue);
     if (rest.out_of_memory()) return 0x4630003C;
     u8 length[5];

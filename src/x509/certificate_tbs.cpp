@@ -32,7 +32,7 @@ struct ExtensionsField : Field<X509_TBS_CERT, Extensions> {
 using Tbs = X509_TBS_CERT;
 constexpr auto kTbs =
     record<Tbs>(at_least(6, Rest::unread), number(&Tbs::version).in(0).or_else(0),
-                field<Integer>(&Tbs::serialNumber), field<SignatureAlgorithm>(&Tbs::signature),
+                field<Integer>(&Tbs::serialNumber), field<SignatureOid>(&Tbs::signature),
                 field<Name>(&Tbs::issuer), field<Nested<X509_VALIDITY>>(&Tbs::validity),
                 field<Name>(&Tbs::subject), field<Nested<X509_PUBKEY>>(&Tbs::subjectPublicKeyInfo),
                 kept<Bits>(&Tbs::issuerUniqueID), kept<Bits>(&Tbs::subjectUniqueID),

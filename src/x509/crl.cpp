@@ -65,7 +65,7 @@ struct Keeper {
 //     nextUpdate Time OPTIONAL, revokedCertificates SEQUENCE OF ... OPTIONAL,
 //     crlExtensions [0] EXPLICIT Extensions OPTIONAL }
 constexpr auto kTbs =
-    group(kSequence, number(&X509_CRL::version).or_else(0), field<SignatureAlgorithm>(&X509_CRL::signature),
+    group(kSequence, number(&X509_CRL::version).or_else(0), field<SignatureOid>(&X509_CRL::signature),
           field<Name>(&X509_CRL::issuer), field<TimeChoice>(&X509_CRL::thisUpdate),
           NextUpdate{optional<TimeChoice>(&X509_CRL::nextUpdate)}, EntriesField{&X509_CRL::entries},
           explicitly<Extensions>(0, &X509_CRL::extensions))
@@ -73,10 +73,9 @@ constexpr auto kTbs =
 
 // CertificateList ::= SEQUENCE {
 //     tbsCertList TBSCertList, signatureAlgorithm AlgorithmIdentifier, signatureValue BIT STRING }
-constexpr auto kCrl =
-    record<X509_CRL>(exactly(3), kTbs, field<SignatureAlgorithm>(&X509_CRL::signatureAlgorithm),
-                     field<Bits>(&X509_CRL::signatureValue), Keeper{})
-        .but(OnFailure::unchanged);
+constexpr auto kCrl = record<X509_CRL>(exactly(3), kTbs, field<SignatureOid>(&X509_CRL::signatureAlgorithm),
+                                       field<Bits>(&X509_CRL::signatureValue), Keeper{})
+                          .but(OnFailure::unchanged);
 
 }  // namespace
 
