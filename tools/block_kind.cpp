@@ -16,20 +16,21 @@ struct Shape {
 };
 
 /// Certificate, CertificationRequest and CertificateList are alike outside. SubjectPublicKeyInfo (RFC 5280),
-/// RSAPublicKey and RSAPrivateKey (RFC 8017), PrivateKeyInfo and EncryptedPrivateKeyInfo (RFC 5208), PFX with
-/// and without MacData (RFC 7292), ContentInfo (RFC 2315), KISA's list of tokens,
-/// CertificateTrustList with a version and without, OCSPRequest and OCSPResponse (RFC 6960).
+/// RSAPublicKey and RSAPrivateKey (RFC 8017), ECPrivateKey with parameters (RFC 5915), PrivateKeyInfo and
+/// EncryptedPrivateKeyInfo (RFC 5208), PFX with and without MacData (RFC 7292), ContentInfo (RFC 2315),
+/// KISA's list of tokens, CertificateTrustList with a version and without, OCSPRequest and OCSPResponse (RFC
+/// 6960).
 constexpr Shape kOuterShapes[] = {
     {"303003", true, Kind::kCertificate},  {"3003", true, Kind::kPublicKeyInfo},
     {"0202", true, Kind::kRsaPublic},      {"020202020202020202", false, Kind::kRsaPrivate},
-    {"023004", false, Kind::kPkcs8},       {"3004", true, Kind::kEncryptedPkcs8},
-    {"023030", true, Kind::kPkcs12},       {"0230", true, Kind::kPkcs12},
-    {"06A0", true, Kind::kMessage},        {"30303003", true, Kind::kTokenList},
-    {"30303004", true, Kind::kTokenList},  {"300217", false, Kind::kTrustList},
-    {"300218", false, Kind::kTrustList},   {"A0300217", false, Kind::kTrustList},
-    {"A0300218", false, Kind::kTrustList}, {"30", true, Kind::kOcspRequest},
-    {"30A0", true, Kind::kOcspRequest},    {"0A", true, Kind::kOcspResponse},
-    {"0AA0", true, Kind::kOcspResponse},
+    {"0204A0", false, Kind::kEcPrivate},   {"023004", false, Kind::kPkcs8},
+    {"3004", true, Kind::kEncryptedPkcs8}, {"023030", true, Kind::kPkcs12},
+    {"0230", true, Kind::kPkcs12},         {"06A0", true, Kind::kMessage},
+    {"30303003", true, Kind::kTokenList},  {"30303004", true, Kind::kTokenList},
+    {"300217", false, Kind::kTrustList},   {"300218", false, Kind::kTrustList},
+    {"A0300217", false, Kind::kTrustList}, {"A0300218", false, Kind::kTrustList},
+    {"30", true, Kind::kOcspRequest},      {"30A0", true, Kind::kOcspRequest},
+    {"0A", true, Kind::kOcspResponse},     {"0AA0", true, Kind::kOcspResponse},
 };
 
 /// TBSCertificate with a version and without, TBSCertList without a version and with one, and
@@ -48,6 +49,7 @@ constexpr const char *kNames[] = {"a certificate",
                                   "a public key",
                                   "an RSA public key",
                                   "an RSA private key",
+                                  "an EC private key",
                                   "a PKCS #8 private key",
                                   "an encrypted PKCS #8 private key",
                                   "a PKCS #12 file",
@@ -72,6 +74,7 @@ constexpr Label kLabels[] = {
     {"PUBLIC KEY", Kind::kPublicKeyInfo},
     {"RSA PUBLIC KEY", Kind::kRsaPublic},
     {"RSA PRIVATE KEY", Kind::kRsaPrivate},
+    {"EC PRIVATE KEY", Kind::kEcPrivate},
     {"PRIVATE KEY", Kind::kPkcs8},
     {"ENCRYPTED PRIVATE KEY", Kind::kEncryptedPkcs8},
     {"PKCS7", Kind::kMessage},

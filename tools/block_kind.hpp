@@ -12,6 +12,7 @@ enum class Kind {
     kPublicKeyInfo,
     kRsaPublic,
     kRsaPrivate,
+    kEcPrivate,
     kPkcs8,
     kEncryptedPkcs8,
     kPkcs12,

@@ -1,4 +1,5 @@
 // tlxpki key: shows private keys, changes their form and their password, and makes them.
+#include <algorithm>
 #include <iostream>
 
 #include "commands.hpp"
@@ -10,27 +11,62 @@ namespace tool {
 
 namespace {
 
-KeyInfo generate(const std::string &type, uint32_t bits) {
+struct CurveType {
+    std::string_view name;
+    uint32_t kind;
+    uint32_t curve;
+};
+
+constexpr CurveType kCurveTypes[] = {
+    {"p256", TLX_KEY_ECDSA, TLX_CURVE_P256},   {"p384", TLX_KEY_ECDSA, TLX_CURVE_P384},
+    {"p521", TLX_KEY_ECDSA, TLX_CURVE_P521},   {"ed25519", TLX_KEY_EDDSA, TLX_CURVE_ED25519},
+    {"ed448", TLX_KEY_EDDSA, TLX_CURVE_ED448}, {"x25519", TLX_KEY_XDH, TLX_CURVE_X25519},
+    {"x448", TLX_KEY_XDH, TLX_CURVE_X448},
+};
+
+KeyInfo info_of(uint32_t kind, void *unit) {
+    const ASYMMETRIC_KEY key = {kind, unit};
     P8_PRIV_KEY_INFO *info = nullptr;
-    if (type == "rsa") {
-        constexpr uint32_t kExponent = 65537;
-        const auto unit = made<RsaKey>(new_RSA_UNIT());
-        if (gen_RSA_UNIT(unit.get(), bits == 0 ? 3072 : bits, kExponent) != 0) {
-            throw Failure("an RSA key of this size cannot be made");
-        }
-        const ASYMMETRIC_KEY key = {TLX_KEY_RSA, unit.get()};
-        must(gen_P8_PRIV_KEY_INFO(&key, &info));
-        return KeyInfo(info);
+    must(write_PRIV_KEY(&key, &info));
+    return KeyInfo(info);
+}
+
+KeyInfo generate_rsa(uint32_t bits) {
+    constexpr uint32_t kExponent = 65537;
+    const auto unit = made<RsaKey>(new_RSA_UNIT());
+    if (gen_RSA_UNIT(unit.get(), bits == 0 ? 3072 : bits, kExponent) != 0) {
+        throw Failure("an RSA key of this size cannot be made");
     }
+    return info_of(TLX_KEY_RSA, unit.get());
+}
+
+KeyInfo generate_kcdsa(uint32_t bits) {
     constexpr uint32_t kSubgroupBits = 256;
     const auto unit = made<Owned<KCDSA, free_KCDSA>>(new_KCDSA());
     if (gen_KCDSA_params(unit.get(), bits == 0 ? 2048 : bits, kSubgroupBits, TLX_DIGEST_SHA256) != 0 ||
         gen_KCDSA_key(unit.get()) != 0) {
         throw Failure("a KCDSA key of this size cannot be made");
     }
-    const ASYMMETRIC_KEY key = {TLX_KEY_KCDSA, unit.get()};
-    must(gen_P8_PRIV_KEY_INFO(&key, &info));
-    return KeyInfo(info);
+    return info_of(TLX_KEY_KCDSA, unit.get());
+}
+
+/// Makes a key with a function of the library.
+template <auto Free, typename Key>
+KeyInfo generate_by(uint32_t (*generate)(uint32_t, Key **), const CurveType &type) {
+    Key *key = nullptr;
+    must(generate(type.curve, &key));
+    const Owned<Key, Free> owner(key);
+    return info_of(type.kind, key);
+}
+
+KeyInfo generate(const std::string &name, uint32_t bits) {
+    if (name == "rsa") return generate_rsa(bits);
+    if (name == "kcdsa") return generate_kcdsa(bits);
+    if (bits != 0) throw Failure("--bits is for rsa and kcdsa: the curve " + name + " has its size");
+    const auto *type = std::ranges::find(kCurveTypes, name, &CurveType::name);
+    if (type->kind == TLX_KEY_ECDSA) return generate_by<free_ECDSA_KEY>(gen_ECDSA_KEY, *type);
+    if (type->kind == TLX_KEY_EDDSA) return generate_by<free_EDDSA_KEY>(gen_EDDSA_KEY, *type);
+    return generate_by<free_XDH_KEY>(gen_XDH_KEY, *type);
 }
 
 /// Writes the key, and says so in JSON when that is asked for.
@@ -54,6 +90,13 @@ KeyForm form_from(const KeyOptions &options) {
 
 std::vector<std::string> key_schemes() {
     return {"pbes2", "seed", "aria", "seed-cbc", "gpki", "none"};
+}
+
+std::vector<std::string> key_types() {
+    std::vector<std::string> types = {"rsa", "kcdsa"};
+    for (const CurveType &type : kCurveTypes)
+        types.emplace_back(type.name);
+    return types;
 }
 
 int run_key_show(const KeyOptions &options) {

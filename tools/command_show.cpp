@@ -86,6 +86,7 @@ Json describe_contents(const Block &block, Kind kind, Password &password) {
         case Kind::kRsaPublic:
         case Kind::kRsaPrivate:
             return describe_bare_key(block, kind);
+        case Kind::kEcPrivate:
         case Kind::kPkcs8:
         case Kind::kEncryptedPkcs8:
             return describe_private_key(block, password);

@@ -238,6 +238,8 @@ struct OcspCheckOptions {
     bool json = false;
 };
 
+/// What --type of keys takes.
+[[nodiscard]] std::vector<std::string> key_types();
 /// What --scheme of keys takes.
 [[nodiscard]] std::vector<std::string> key_schemes();
 

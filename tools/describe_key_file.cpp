@@ -9,7 +9,8 @@ namespace {
 std::string form_name(const KeyFile &key) {
     if (key.is_pkcs12) return "PKCS #12";
     const bool is_encrypted = key.container != nullptr || key.is_encrypted_pem;
-    return std::string(key.is_pkcs1 ? "PKCS #1" : "PKCS #8") + (key.is_der ? ", DER" : ", PEM") +
+    const char *form = key.is_pkcs1 ? "PKCS #1" : key.is_ec ? "EC private key" : "PKCS #8";
+    return std::string(form) + (key.is_der ? ", DER" : ", PEM") +
            (is_encrypted ? ", encrypted" : ", not encrypted");
 }
 

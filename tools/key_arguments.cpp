@@ -50,8 +50,8 @@ void add_key(CLI::App &app, CommandLine &line) {
     runs(password, line, run_key_password, options);
 
     CLI::App *make = key->add_subcommand("make", "Make a private key");
-    add_choice(make, "--type", options.type, {"rsa", "kcdsa"}, "rsa or kcdsa")->required();
-    make->add_option("--bits", options.bits, "Its size (default 3072, of KCDSA 2048)")
+    add_choice(make, "--type", options.type, key_types(), "rsa, kcdsa, or the name of a curve")->required();
+    make->add_option("--bits", options.bits, "The size of rsa (default 3072) and kcdsa (2048)")
         ->type_name("N")
         ->check(CLI::Range(1024, 8192).description(""));
     add_form(make, options);

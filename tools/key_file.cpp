@@ -130,6 +130,14 @@ std::vector<KeyFile> read_pkcs12(const Block &block, Password &password) {
     return keys;
 }
 
+KeyInfo decode_ec_key(const Block &block) {
+    P8_PRIV_KEY_INFO *info = nullptr;
+    const uint32_t status =
+        decode_EC_PRIVATE_KEY(block.octets.data(), static_cast<uint32_t>(block.octets.size()), &info);
+    if (status != 0) throw Failure(block.source + ": the key cannot be decoded: " + status_sentence(status));
+    return KeyInfo(info);
+}
+
 bool is_pkcs12(const Block &block) {
     return !block.is_encrypted && block.unusable.empty() && kind_of(block) == Kind::kPkcs12;
 }
@@ -138,7 +146,8 @@ bool holds_private_key(const Block &block) {
     if (block.is_encrypted) return true;
     if (!block.unusable.empty()) return false;
     const Kind kind = kind_of(block);
-    return kind == Kind::kRsaPrivate || kind == Kind::kPkcs8 || kind == Kind::kEncryptedPkcs8;
+    return kind == Kind::kRsaPrivate || kind == Kind::kEcPrivate || kind == Kind::kPkcs8 ||
+           kind == Kind::kEncryptedPkcs8;
 }
 
 /// The key of the first block that holds one, or all of a file of PKCS #12.
@@ -173,6 +182,10 @@ KeyFile read_key(const Block &block, Password &password) {
         case Kind::kRsaPrivate:
             key.is_pkcs1 = true;
             key.info = info_of(decode_private_key(block));
+            return key;
+        case Kind::kEcPrivate:
+            key.is_ec = true;
+            key.info = decode_ec_key(block);
             return key;
         case Kind::kPkcs8:
             key.info.reset(decode_record(block, Seq_to_P8_PRIV_KEY_INFO));

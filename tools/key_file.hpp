@@ -1,4 +1,4 @@
-// Private keys as files hold them, in PKCS #1, PKCS #8 and PKCS #12.
+// Private keys as files hold them, in PKCS #1, PKCS #8, PKCS #12 and, on elliptic curves, by themselves.
 #pragma once
 
 #include "document.hpp"
@@ -15,6 +15,7 @@ struct KeyFile {
     std::string source;
     bool is_pkcs1 = false;
     bool is_pkcs12 = false;
+    bool is_ec = false;  ///< an ECPrivateKey (RFC 5915)
     bool is_der = false;
     EncryptedKey container;         ///< of PKCS #8; null when the key is not encrypted
     bool is_encrypted_pem = false;  ///< of PKCS #1

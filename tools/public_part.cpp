@@ -9,10 +9,11 @@ namespace {
 
 constexpr char kEcPublicKey[] = "1.2.840.10045.2.1";
 
-void set_kcdsa(X509_PUBKEY *key, const KCDSA *unit) {
-    const auto copy = made<Owned<KCDSA, free_KCDSA>>(dup_KCDSA(unit));
-    if (compute_KCDSA_public(copy.get()) != 0) throw Failure("the numbers of the KCDSA key make no key");
-    must(set_X509_PUBKEY_kcdsa(key, copy.get()));
+/// The key to compute with; null when it is of a kind that nobody here computes with, or none at all.
+Key unit_of(const P8_PRIV_KEY_INFO *info) {
+    ASYMMETRIC_KEY *key = nullptr;
+    (void)read_PRIV_KEY(info, &key);
+    return Key(key);
 }
 
 /// Sets the algorithm of a key of another kind.
@@ -60,14 +61,9 @@ void set_ec(X509_PUBKEY *key, Octets octets) {
 
 PublicKey public_part(const P8_PRIV_KEY_INFO *info) {
     auto key = made<PublicKey>(new_X509_PUBKEY());
-    const ASYMMETRIC_KEY *held = info->privateKey;
-    if (held != nullptr && held->key != nullptr) {
-        if (held->kind == TLX_KEY_RSA) {
-            must(set_X509_PUBKEY_rsa(key.get(), static_cast<const RSA_UNIT *>(held->key)));
-        } else {
-            set_kcdsa(key.get(), static_cast<const KCDSA *>(held->key));
-        }
-        return key;
+    if (const Key unit = unit_of(info)) {
+        if (set_X509_PUBKEY_key(key.get(), unit.get()) == 0) return key;
+        throw Failure("the numbers of the key make no key");
     }
     const X509_ALGO_IDENTIFIER *algorithm = info->otherAlgorithm;
     const bool is_pss =
