@@ -18,8 +18,9 @@ std::string form_name(const KeyFile &key) {
 
 Json describe_key_file(const KeyFile &key) {
     Json json = {{"form", form_name(key)}};
-    if (key.container != nullptr)
+    if (key.container != nullptr) {
         json["encryption"] = describe_encryption(key.container->encryptionAlgorithm);
+    }
     json.update(describe_public_key(public_part(key.info.get()).get()));
     json["random_number"] = get_PRIV_KEY_random(key.info.get()) != nullptr;
     return json;

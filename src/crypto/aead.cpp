@@ -149,8 +149,9 @@ uint32_t init_AEAD(AEAD_UNIT *unit, uint32_t cipher_id, const uint8_t *key, cons
     unit->stage = Stage::none;
     // Drops the old key, also when what follows fails.
     if (unit->context != nullptr && EVP_CIPHER_CTX_reset(unit->context.get()) != 1) return 1;
-    if (nonce == nullptr || nonce_len == 0 || nonce_len > TLX_AEAD_MAX_NONCE_LENGTH || direction > 1)
+    if (nonce == nullptr || nonce_len == 0 || nonce_len > TLX_AEAD_MAX_NONCE_LENGTH || direction > 1) {
         return 1;
+    }
     const ErrorScope errors;
     unit->direction = direction;
     unit->data_length = 0;

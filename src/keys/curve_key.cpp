@@ -63,8 +63,9 @@ bool read_ec_private_key(Bytes octets, EcPrivateKey &key) noexcept {
                       version.contents[0] == 1 && next_of(members, TLX_TAG_OCTET_STRING, number) &&
                       read_optional(members, 0, 0, parameters) &&
                       read_optional(members, 1, TLX_TAG_BIT_STRING, point) && members.at_end();
-    if (!read || (!point.whole.empty() && (point.contents.size() < 2 || point.contents[0] != 0)))
+    if (!read || (!point.whole.empty() && (point.contents.size() < 2 || point.contents[0] != 0))) {
         return false;
+    }
     key = {number.contents, parameters.whole, {}};
     if (!point.whole.empty()) key.point = point.contents.subspan(1);
     return true;
@@ -116,8 +117,9 @@ u32 read_curve_key(const KeyCurve &curve, Bytes octets, ASYMMETRIC_KEY &out) noe
     const Bytes secret = element.contents;
     if (curve.kind == TLX_KEY_EDDSA) {
         EDDSA_KEY *made = nullptr;
-        if (private_binary_to_EDDSA_KEY(curve.id, secret.data(), size_of(secret), &made) != 0)
+        if (private_binary_to_EDDSA_KEY(curve.id, secret.data(), size_of(secret), &made) != 0) {
             return kNoMemory;
+        }
         out = {TLX_KEY_EDDSA, made};
     } else {
         XDH_KEY *made = nullptr;

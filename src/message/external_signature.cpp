@@ -39,7 +39,7 @@ u32 check(const P7_SIGNER_INFO &signer, const ASYMMETRIC_KEY &key, Bytes signatu
     if (!apply_pss_parameters(signer, algorithms, key)) return 0x4B340048;
     Encoder set;
     if (!encode_attributes(signer, set)) return 0x4B34005F;
-    if (begin_signature(&key, algorithms, Direction::verify, 1) != 0 ||
+    if (begin_signature(&key, algorithms, SigningDirection::verify, 1) != 0 ||
         update_signature(&key, set.bytes(), 1) != 0) {
         return 0x4B340048;
     }

@@ -11,7 +11,7 @@ using namespace tlx;
 namespace {
 
 bool read_label(const Element &element, Bytes &label) noexcept {
-    AlgorithmView source;
+    AlgorithmElement source;
     if (!source.read(element) || source.row != oid::kPSpecified) return false;
     if (!source.has_parameters()) return true;
     label = source.parameters.contents;

@@ -73,7 +73,7 @@ bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &
            set_RSA_UNIT_PSS(rsa, settings.digests.mgf_digest_id, settings.salt_length) == 0;
 }
 
-u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, Direction direction,
+u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, SigningDirection direction,
                     u32 other_kind) noexcept {
     if (RSA_UNIT *rsa = rsa_unit(key)) {
         return init_RSASSA(rsa, algorithms.digest_id, algorithms.padding_mode(), static_cast<u32>(direction));

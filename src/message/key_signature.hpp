@@ -5,7 +5,7 @@
 
 namespace tlx {
 
-enum class Direction : u32 { verify = 0, sign = 1 };
+enum class SigningDirection : u32 { verify = 0, sign = 1 };
 
 /// What a signer's algorithms stand for; either is 0 when it is not known.
 struct SignerAlgorithms {
@@ -29,7 +29,7 @@ struct SignerAlgorithms {
 /// Begins a signature or a verification. `other_kind` for a key that is neither RSA nor KCDSA; otherwise the
 /// status of init_RSASSA() or init_KCDSA().
 [[nodiscard]] u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms,
-                                  Direction direction, u32 other_kind) noexcept;
+                                  SigningDirection direction, u32 other_kind) noexcept;
 /// Adds octets to the message. Statuses likewise.
 [[nodiscard]] u32 update_signature(const ASYMMETRIC_KEY *key, Bytes octets, u32 other_kind) noexcept;
 

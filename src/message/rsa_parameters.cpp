@@ -21,7 +21,7 @@ constexpr NamedDigest kDigests[] = {
 };
 
 bool read_digest(const Element &element, u32 &digest_id) noexcept {
-    AlgorithmView digest;
+    AlgorithmElement digest;
     if (!digest.read(element) || digest.has_parameters()) return false;
     const auto *const known = std::ranges::find(kDigests, digest.row, &NamedDigest::row);
     if (known == std::end(kDigests)) return false;
@@ -30,7 +30,7 @@ bool read_digest(const Element &element, u32 &digest_id) noexcept {
 }
 
 bool read_mask_generation(const Element &element, u32 &digest_id) noexcept {
-    AlgorithmView function;
+    AlgorithmElement function;
     return function.read(element) && function.row == oid::kMgf1 &&
            read_digest(function.parameters, digest_id);
 }
@@ -45,7 +45,7 @@ void write_digest(Encoder &out, u32 digest_id) noexcept {
 
 }  // namespace
 
-bool AlgorithmView::read(const Element &element) noexcept {
+bool AlgorithmElement::read(const Element &element) noexcept {
     Cursor members(element);
     Element identifier;
     char text[kMaxDottedText + 1];

@@ -9,7 +9,7 @@
 namespace tlx {
 
 /// An AlgorithmIdentifier where it lies.
-struct AlgorithmView {
+struct AlgorithmElement {
     u32 row = 0;         ///< 0 when the registry lacks it
     Element parameters;  ///< the tag is 0 when there are none
 

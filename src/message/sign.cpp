@@ -45,7 +45,7 @@ u32 find_signers(const P7_CONTENT_INFO *info, SignedMembers &members) noexcept {
 u32 begin(const P7_SIGNER_INFO &signer) noexcept {
     const SignerAlgorithms algorithms(signer);
     if (algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 0x4B1C002B;
-    return begin_signature(signer.key, algorithms, Direction::sign, 0x4B1C0048);
+    return begin_signature(signer.key, algorithms, SigningDirection::sign, 0x4B1C0048);
 }
 
 u32 set_version(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {

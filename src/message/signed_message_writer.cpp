@@ -102,8 +102,9 @@ u32 SIGNED_MESSAGE_WRITER::update(Bytes octets) noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
-    if (content_type(info_.get()) != oid::kPkcs7SignedData || info_->content.any == nullptr)
+    if (content_type(info_.get()) != oid::kPkcs7SignedData || info_->content.any == nullptr) {
         return 0x52830048;
+    }
     members_ = members_of(data());
     if (!signs_content() && is_BIGINT_zero(members_.version) != 0) return 0x52830048;
     if (const u32 status = place_content_type(); status != 0) return status;

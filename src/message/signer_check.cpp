@@ -74,7 +74,7 @@ u32 check_algorithms(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algor
     const bool good = algorithms.digest_id != 0 && key != nullptr &&
                       fits_key(algorithms.cipher_id, key->kind) && fits_digest(signer, algorithms) &&
                       apply_pss_parameters(signer, algorithms, *key) &&
-                      begin_signature(key, algorithms, Direction::verify, 1) == 0;
+                      begin_signature(key, algorithms, SigningDirection::verify, 1) == 0;
     return good ? 0 : 0x4B300048;
 }
 
@@ -116,7 +116,7 @@ bool verify_octets(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorit
     const Bytes signature = octets_of(signer.encryptedDigest);
     status = 0x4B300054;
     if (signature.empty()) return true;
-    if (begin_signature(key, algorithms, Direction::verify, 1) != 0 ||
+    if (begin_signature(key, algorithms, SigningDirection::verify, 1) != 0 ||
         update_signature(key, octets, 1) != 0) {
         return false;
     }

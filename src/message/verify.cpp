@@ -57,7 +57,7 @@ u32 verify_one(const P7_SIGNER_INFO &signer, const X509_CERT *cert, const Conten
     const SignerAlgorithms algorithms(signer);
     if (!key || algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 1;
     if (!apply_pss_parameters(signer, algorithms, *key)) return 1;
-    u32 status = begin_signature(key.get(), algorithms, Direction::verify, 0x4B210048);
+    u32 status = begin_signature(key.get(), algorithms, SigningDirection::verify, 0x4B210048);
     if (status != 0) return status;
     if (is_BIGINT_zero(signer.version) == 0 && signer.authenticatedAttributes != nullptr) {
         status = take_attributes(signer, algorithms.digest_id, key.get(), content);
