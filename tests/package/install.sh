@@ -12,5 +12,5 @@ cmake=$1 build=$2 consumer=$3 cc=$4 libdir=$5
 
 export PKG_CONFIG_PATH=$work/prefix/$libdir/pkgconfig
 # shellcheck disable=SC2046  # the flags are words
-"$cc" "$consumer/consumer.c" -o "$work/by_pkg_config" $(pkg-config --cflags --libs tlxpki)
+"$cc" ${CFLAGS:-} "$consumer/consumer.c" -o "$work/by_pkg_config" $(pkg-config --cflags --libs tlxpki)
 LD_LIBRARY_PATH=$work/prefix/$libdir "$work/by_pkg_config"
