@@ -12,27 +12,12 @@ using namespace tlx;
 
 namespace {
 
-bool is_signed(const P7_SIGNER_INFO &signer) noexcept {
-    return signer.encryptedDigest != nullptr;
-}
-
 bool is_rsa(const P7_SIGNER_INFO &signer) noexcept {
     return signer.key != nullptr && signer.key->kind == TLX_KEY_RSA;
 }
 
 bool has_version_one(const P7_SIGNER_INFO &signer) noexcept {
     return get_BIGINT_bits(signer.version) == 1;
-}
-
-/// Calls act(signer) for every signer without a signature, up to the first status that is not 0.
-template <typename Act>
-u32 for_unsigned(const P7_SIGNER_INFOS *signers, Act act) noexcept {
-    for (u32 i = 0; i < get_STACK_count(signers); ++i) {
-        auto *signer = static_cast<P7_SIGNER_INFO *>(signers->values[i]);
-        if (signer == nullptr || is_signed(*signer)) continue;
-        if (const u32 status = act(*signer); status != 0) return status;
-    }
-    return 0;
 }
 
 /// The checks that all three steps begin with.
@@ -148,24 +133,24 @@ u32 store_content(P7_SIGNED_DATA &data, const u8 *octets, i32 length) noexcept {
 }  // namespace
 
 u32 tlx::sign_with_all(const SignedMembers &members, const ContentOctets &content) noexcept {
-    return for_unsigned(*members.signerInfos,
+    return for_unsigned(members,
                         [&](P7_SIGNER_INFO &signer) { return sign_one(signer, members.version, content); });
 }
 
 u32 tlx::update_all(const SignedMembers &members, Bytes octets) noexcept {
-    return for_unsigned(*members.signerInfos, [&](const P7_SIGNER_INFO &signer) {
+    return for_unsigned(members, [&](const P7_SIGNER_INFO &signer) {
         if (signer.authenticatedAttributes != nullptr) return 0U;
         return update_signature(signer.key, octets, 0x4B1C0048);
     });
 }
 
 u32 tlx::reserve_signatures(const SignedMembers &members) noexcept {
-    return for_unsigned(*members.signerInfos,
+    return for_unsigned(members,
                         [&](P7_SIGNER_INFO &signer) { return reserve_one(signer, members.version); });
 }
 
 u32 tlx::sign_to_reserved_length(const SignedMembers &members) noexcept {
-    return for_unsigned(*members.signerInfos,
+    return for_unsigned(members,
                         [&](P7_SIGNER_INFO &signer) { return sign_to_length(signer, members.version); });
 }
 
@@ -175,7 +160,7 @@ uint32_t init_PKCS7_Sign(P7_CONTENT_INFO *info, uint32_t detached) {
     if (status == 0x4B1C0049 || status == 0x4B1C0048) return status;
     if (members.signedData != nullptr) members.signedData->detached = detached;
     if (status != 0) return status;
-    return for_unsigned(*members.signerInfos, begin);
+    return for_unsigned(members, begin);
 }
 
 uint32_t update_PKCS7_Sign(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length) {

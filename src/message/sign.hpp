@@ -7,6 +7,17 @@
 
 namespace tlx {
 
+/// Calls act(signer) for every signer without a signature, up to the first status that is not 0.
+template <typename Act>
+[[nodiscard]] u32 for_unsigned(const SignedMembers &members, Act act) noexcept {
+    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
+        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
+        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
+        if (const u32 status = act(*signer); status != 0) return status;
+    }
+    return 0;
+}
+
 /// Signs with every signer that has no signature yet, after init_PKCS7_Sign(): with its authenticated
 /// attributes, or without any with the content. A status of final_PKCS7_Sign().
 [[nodiscard]] u32 sign_with_all(const SignedMembers &members, const ContentOctets &content) noexcept;

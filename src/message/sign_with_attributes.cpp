@@ -122,10 +122,6 @@ u32 find_attribute_signers(const P7_CONTENT_INFO *info, SignedMembers &members) 
     return members.version == nullptr || is_BIGINT_zero(members.version) != 0 ? 0x4B310048 : 0;
 }
 
-bool waits(const P7_SIGNER_INFO *signer) noexcept {
-    return signer != nullptr && signer->encryptedDigest == nullptr && signer->key == nullptr;
-}
-
 /// Gives a signer what final_PKCS7_Sign() gives one before it signs.
 u32 prepare_without_key(P7_SIGNER_INFO &signer, const BIGINT *version, Shared &shared) noexcept {
     const SignerAlgorithms algorithms(signer);
@@ -143,12 +139,7 @@ u32 tlx::put_signed_attributes(const SignedMembers &members, const ContentDigest
                                const OBJECT_IDENTIFIER *content_type, const ASN1_TIME *time) noexcept {
     Shared shared{digests, content_type, signing_time(time)};
     if (!shared.time) return 0x4B31003C;
-    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
-        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
-        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
-        if (const u32 status = prepare(*signer, shared); status != 0) return status;
-    }
-    return 0;
+    return for_unsigned(members, [&](P7_SIGNER_INFO &signer) { return prepare(signer, shared); });
 }
 
 uint32_t prepare_PKCS7_Signatures(P7_CONTENT_INFO *info, const uint8_t *data, int32_t length,
@@ -163,12 +154,12 @@ uint32_t prepare_PKCS7_Signatures(P7_CONTENT_INFO *info, const uint8_t *data, in
     Shared shared{ContentDigests(content.bytes()), signed_data.contentInfo->contentType, signing_time(time)};
     if (!shared.time) return 0x4B31003C;
     u32 prepared = 0;
-    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
-        auto *signer = static_cast<P7_SIGNER_INFO *>((*members.signerInfos)->values[i]);
-        if (!waits(signer)) continue;
-        if (status = prepare_without_key(*signer, members.version, shared); status != 0) return status;
+    status = for_unsigned(members, [&](P7_SIGNER_INFO &signer) {
+        if (signer.key != nullptr) return 0U;
         ++prepared;
-    }
+        return prepare_without_key(signer, members.version, shared);
+    });
+    if (status != 0) return status;
     if (prepared == 0) return 0x4B310047;
     return detached != 0 ? remove_PKCS7_Content(info) : 0;
 }

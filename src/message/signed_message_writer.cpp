@@ -2,7 +2,6 @@
 #include <tlxpki/message_stream.h>
 #include <tlxpki/time.h>
 
-#include "der/list_items.hpp"
 #include "message/key_signature.hpp"
 #include "message/message_output.hpp"
 #include "message/running_digests.hpp"
@@ -40,17 +39,6 @@ struct LastMembers {
         return true;
     }
 };
-
-/// Calls use(signer) for every signer without a signature, up to the first status that is not 0.
-template <typename Use>
-u32 for_unsigned(const SignedMembers &members, Use use) noexcept {
-    for (u32 i = 0; i < get_STACK_count(*members.signerInfos); ++i) {
-        const auto *signer = item_at<P7_SIGNER_INFO>(*members.signerInfos, static_cast<i32>(i));
-        if (signer == nullptr || signer->encryptedDigest != nullptr) continue;
-        if (const u32 status = use(*signer); status != 0) return status;
-    }
-    return 0;
-}
 
 }  // namespace
 
