@@ -15,4 +15,9 @@ using i32 = std::int32_t;
 /// Octets that somebody else owns.
 using Bytes = std::span<const u8>;
 
+/// How many octets, as the interface of libtlxcrypto counts them.
+[[nodiscard]] inline u32 size_of(Bytes octets) noexcept {
+    return static_cast<u32>(octets.size());
+}
+
 }  // namespace tlx

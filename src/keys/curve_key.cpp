@@ -17,10 +17,6 @@ constexpr u32 kNoMemory = 0x4C09003C;
 constexpr u32 kUnknown = 0x4C090048;
 constexpr u32 kBroken = 0x4C090104;
 
-u32 size_of(Bytes octets) noexcept {
-    return static_cast<u32>(octets.size());
-}
-
 /// Takes the next element when it has that identifier octet.
 bool next_of(Cursor &in, u8 tag, Element &element) noexcept {
     return !in.at_end() && in.peek_tag() == tag && in.next(element);

@@ -7,10 +7,6 @@ namespace {
 
 using OwnedRsa = std::unique_ptr<RSA_UNIT, FreeWith<free_RSA_UNIT>>;
 
-u32 size_of(Bytes octets) noexcept {
-    return static_cast<u32>(octets.size());
-}
-
 /// A digest, computed where it was not given.
 class Hash {
   public:

@@ -6,10 +6,6 @@
 namespace tlx {
 namespace {
 
-u32 size_of(Bytes octets) noexcept {
-    return static_cast<u32>(octets.size());
-}
-
 /// An unsigned number from the contents of an INTEGER that is not negative; null for any other.
 Owned<BIGINT> make_number(Bytes contents) noexcept {
     return Owned<BIGINT>(binary_to_BIGINT(contents.data(), size_of(contents)));

@@ -8,10 +8,6 @@
 namespace tlx {
 namespace {
 
-u32 size_of(Bytes octets) noexcept {
-    return static_cast<u32>(octets.size());
-}
-
 bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept {
     Element element;
     return read_element(octets_of(bits), element) && element.tag == kSequence &&
