@@ -14,6 +14,7 @@
 #include <tlxpki/ber.h>
 #include <tlxpki/cms.h>
 #include <tlxpki/cms_attribute.h>
+#include <tlxpki/cms_keys.h>
 #include <tlxpki/cms_recipient.h>
 #include <tlxpki/cms_timestamp.h>
 #include <tlxpki/cms_types.h>
