@@ -44,21 +44,19 @@ typedef struct CMS_KEY_HOLDER {
  * that nobody learns which ciphertexts are good (RFC 3218): the content fails to decrypt then. A holder
  * without a certificate therefore opens any recipient of PKCS #1 v1.5.
  * @param expected_len octets of the key that the content's algorithm takes; 0 when any will do, which gives
- * TLX_CMS_RANDOM_KEY_LENGTH octets for a random key
+ * 32 octets for a random one
  * @param key     receives the key; holds nothing of it on failure
  * @param key_len octets that key has room for; receives those of the key, 0 on failure.
  * TLX_CMS_KEY_MAX_LENGTH are always enough
  * @return 0; 0x52B10049 an argument or a member of the recipient is missing; 0x52B10047 the recipient is not
  * the holder, or the holder lacks what its kind takes; 0x52B10048 an algorithm is unknown, its parameters are
  * broken, or the key of the originator is none of the holder's curve; 0x52B1001C a derivation from a password
- * takes too many iterations, or key has too little room; 0x52B10012 the key does not decrypt, or is of
- * another length; 0x52B1003C memory ran out, or random octets cannot be had; a status of the functions of an
+ * takes too many iterations, or key has too little room; 0x52B10012 the key does not decrypt, is of another
+ * length, or memory ran out for RSA; 0x52B1003C memory ran out otherwise; a status of the functions of an
  * external key
  */
 TLXPKI_API uint32_t open_CMS_RECIPIENT_INFO(const CMS_RECIPIENT_INFO *recipient, const CMS_KEY_HOLDER *holder,
                                             uint32_t expected_len, uint8_t *key, uint32_t *key_len);
-
-#define TLX_CMS_RANDOM_KEY_LENGTH 32 /**< octets of a random key in place of one of unknown length */
 
 /** How a key agreement derives its key. 0 is what most programs expect of the curve. */
 enum { TLX_CMS_KDF_X963 = 1, TLX_CMS_KDF_HKDF = 2 };

@@ -80,7 +80,7 @@ u32 encrypt_key_for(P7_RECIPIENT_INFO *recipient, Bytes key, u32 mode) noexcept 
     RSA_UNIT *unit = recipient == nullptr ? nullptr : rsa_unit(recipient->publicKey);
     if (unit == nullptr) return 0x4B200048;
     if (const u32 status = prepare(unit, recipient->keyEncryptionAlgorithm, mode); status != 0) return status;
-    return encrypt_key(*recipient, unit, key);
+    return encrypt_key(recipient->encryptedKey, unit, key, 0x4B20003A);
 }
 
 /// The encrypted content of a message that is being encrypted.

@@ -2,6 +2,7 @@
 // 4).
 #include "message/key_scheme.hpp"
 
+#include <tlxcrypto/random.h>
 #include <tlxpki/objects.h>
 
 #include "asn1/oid_lookup.hpp"
@@ -42,6 +43,15 @@ void write_oaep(Encoder &out, const KeyScheme &scheme) noexcept {
     }
 }
 
+/// Decrypts a key of unknown length. A random one takes the place of what has no padding of PKCS #1 v1.5.
+u32 decrypt_any(const RSA_UNIT *unit, Bytes sealed, bool is_pkcs1, std::span<u8> key, u32 &key_len) noexcept {
+    key_len = static_cast<u32>(key.size());
+    const u32 status = decrypt_RSAES(unit, key.data(), &key_len, sealed.data(), size_of(sealed));
+    if (status == 0 || status > TLX_RSA_BAD_KEY || !is_pkcs1 || key.size() < kRandomKeyLength) return status;
+    key_len = kRandomKeyLength;
+    return RAND_BYTES(key.data(), key_len);
+}
+
 }  // namespace
 
 bool tlx::write_oaep_scheme(const KeyScheme &scheme, X509_ALGO_IDENTIFIER &algorithm) noexcept {
@@ -74,15 +84,34 @@ u32 tlx::prepare_unit(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, Key
                            scheme.label.data(), static_cast<u32>(scheme.label.size()));
 }
 
-u32 tlx::encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept {
+u32 tlx::encrypt_key(OCTET_STRING *&encrypted, const RSA_UNIT *unit, Bytes key, u32 no_memory) noexcept {
     const OwnedOctets<u8> octets(static_cast<u8 *>(TLX_ALLOCATE(std::size_t{get_RSA_length(unit)} + 1)));
-    if (!octets) return 0x4B20003A;
+    if (!octets) return no_memory;
     u32 len = 0;
-    const u32 status = encrypt_RSAES(unit, octets.get(), &len, key.data(), static_cast<u32>(key.size()));
+    const u32 status = encrypt_RSAES(unit, octets.get(), &len, key.data(), size_of(key));
     if (status != 0) return status;
-    OCTET_STRING *encrypted = new_string(TLX_TAG_OCTET_STRING, {octets.get(), len});
-    if (encrypted == nullptr) return 0x4B20003A;
-    free_ASN1_STRING(recipient.encryptedKey);
-    recipient.encryptedKey = encrypted;
+    OCTET_STRING *made = new_string(TLX_TAG_OCTET_STRING, {octets.get(), len});
+    if (made == nullptr) return no_memory;
+    free_ASN1_STRING(encrypted);
+    encrypted = made;
     return 0;
+}
+
+u32 tlx::decrypt_key(const RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, Bytes sealed, u32 expected,
+                     std::span<u8> key, u32 &key_len, const KeyStatuses &statuses) noexcept {
+    if (expected > key.size()) return statuses.not_decrypted;
+    // A copy, so that several threads may use one key.
+    const Owned<RSA_UNIT> own(dup_RSA_UNIT(unit));
+    if (!own) return statuses.no_memory;
+    KeyScheme scheme;
+    const u32 prepared = prepare_unit(own.get(), algorithm, scheme, 1);
+    if (prepared == kUnknownScheme) return statuses.unknown_scheme;
+    if (prepared != 0) return statuses.no_memory;
+    key_len = expected;
+    const bool is_pkcs1 = !is_oaep(scheme.mode);
+    const u32 status = is_pkcs1 && expected != 0 ? decrypt_RSAES_key(own.get(), key.data(), expected,
+                                                                     sealed.data(), size_of(sealed))
+                                                 : decrypt_any(own.get(), sealed, is_pkcs1, key, key_len);
+    if (status > TLX_RSA_BAD_KEY) return status;
+    return status == 0 && (expected == 0 || key_len == expected) ? 0 : statuses.not_decrypted;
 }

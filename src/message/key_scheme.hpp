@@ -45,8 +45,25 @@ constexpr bool is_oaep(u32 mode) noexcept {
     return mode == TLX_RSAES_MODE_OAEP_SET || mode == TLX_RSAES_MODE_OAEP;
 }
 
-/// Makes what encrypt_RSAES() gives for the content key the recipient's encryptedKey, with a unit that was
-/// prepared. A status of encrypt_RSAES(), or 0x4B20003A when memory runs out.
-[[nodiscard]] u32 encrypt_key(P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, Bytes key) noexcept;
+/// Replaces an encryptedKey by what encrypt_RSAES() gives for the content key, with a unit that was prepared.
+/// A status of encrypt_RSAES(), or `no_memory` when memory runs out.
+[[nodiscard]] u32 encrypt_key(OCTET_STRING *&encrypted, const RSA_UNIT *unit, Bytes key,
+                              u32 no_memory) noexcept;
+
+/// What the caller of decrypt_key() returns.
+struct KeyStatuses {
+    u32 no_memory;
+    u32 unknown_scheme;
+    u32 not_decrypted;
+};
+/// The octets of a random key in place of one of unknown length.
+constexpr u32 kRandomKeyLength = 32;
+
+/// Decrypts a content key of `expected` octets, or of any number for 0, into `key`. Wrong padding of PKCS #1
+/// v1.5 gives a random key, so that the content fails to decrypt as with any wrong key (RFC 3218); OAEP needs
+/// no such care. 0, one of the statuses, or that of a key elsewhere, which may lack its PIN.
+[[nodiscard]] u32 decrypt_key(const RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, Bytes sealed,
+                              u32 expected, std::span<u8> key, u32 &key_len,
+                              const KeyStatuses &statuses) noexcept;
 
 }  // namespace tlx

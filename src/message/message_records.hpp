@@ -87,6 +87,9 @@ u32 decode_signed(const Description &description, const Element &element, R **ou
     return status == kEnded ? 0 : status;
 }
 
+/// What names a certificate; null when it lacks issuer or serial number, and when memory runs out.
+[[nodiscard]] Owned<P7_ISSUER_AND_SERIAL_NUMBER> issuer_and_serial_of(const X509_CERT *cert) noexcept;
+
 /// The RSA key of a holder; null for a key of another kind and for none.
 inline RSA_UNIT *rsa_unit(const ASYMMETRIC_KEY *key) noexcept {
     return key != nullptr && key->kind == TLX_KEY_RSA ? static_cast<RSA_UNIT *>(key->key) : nullptr;

@@ -18,16 +18,13 @@ namespace {
 Owned<P7_RECIPIENT_INFO> make_recipient(const X509_CERT *cert) noexcept {
     Owned<P7_RECIPIENT_INFO> recipient(new_P7_RECIPIENT_INFO());
     if (!recipient) return nullptr;
-    P7_ISSUER_AND_SERIAL_NUMBER *number = new_P7_ISSUER_AND_SERIAL_NUMBER();
-    recipient->issuerAndSerialNumber = number;
+    recipient->issuerAndSerialNumber = issuer_and_serial_of(cert).release();
     recipient->version = new_BIGINT();
     recipient->keyEncryptionAlgorithm = new_X509_ALGO_IDENTIFIER();
     recipient->publicKey = dup_ASYMMETRIC_KEY(get_X509_PUBKEY_key(get_X509_SPKI(cert)));
-    if (number == nullptr || set_BIGINT_word(recipient->version, 0) != 0) return nullptr;
-    number->issuer = dup_X509_NAME(get_X509_issuer(cert));
-    number->serialNumber = dup_BIGINT(get_X509_serial(cert));
-    const bool complete = number->issuer != nullptr && number->serialNumber != nullptr &&
-                          recipient->keyEncryptionAlgorithm != nullptr && recipient->publicKey != nullptr;
+    const bool complete = recipient->issuerAndSerialNumber != nullptr &&
+                          recipient->keyEncryptionAlgorithm != nullptr && recipient->publicKey != nullptr &&
+                          set_BIGINT_word(recipient->version, 0) == 0;
     return complete ? std::move(recipient) : nullptr;
 }
 

@@ -45,6 +45,10 @@ void write_digest(Encoder &out, u32 digest_id) noexcept {
 
 }  // namespace
 
+bool names_rsa_digest(u32 digest_id) noexcept {
+    return std::ranges::find(kDigests, digest_id, &NamedDigest::id) != std::end(kDigests);
+}
+
 bool AlgorithmElement::read(const Element &element) noexcept {
     Cursor members(element);
     Element identifier;

@@ -32,6 +32,9 @@ template <typename Value>
     return contents.next(inside) && contents.at_end() && read(inside, value);
 }
 
+/// Whether the parameters have a name for a digest: SHA-1 and SHA-2.
+[[nodiscard]] bool names_rsa_digest(u32 digest_id) noexcept;
+
 /// What [0] and [1] say.
 struct RsaDigests {
     u32 digest_id = TLX_DIGEST_SHA1;

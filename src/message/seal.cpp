@@ -18,7 +18,7 @@ u32 seal_key_for(P7_RECIPIENT_INFO *recipient, Bytes key) noexcept {
     KeyScheme scheme;
     const u32 status = prepare_unit(unit, recipient->keyEncryptionAlgorithm, scheme, 0);
     if (status != 0) return status == kUnknownScheme ? 0x4B400048 : status;
-    return encrypt_key(*recipient, unit, key);
+    return encrypt_key(recipient->encryptedKey, unit, key, 0x4B20003A);
 }
 
 /// Replaces the encrypted content by an empty one, whose cipher is ready.
@@ -35,33 +35,7 @@ u32 begin_content(const Envelope &envelope, const ContentCipher &cipher, const C
     return 0;
 }
 
-/// The status of a key that does not decrypt: that of a key elsewhere goes up, which may lack its PIN.
-u32 not_decrypted(u32 status) noexcept {
-    return status > TLX_RSA_BAD_KEY ? status : 0x4B410012;
-}
-
-/// The content key of a recipient. Wrong padding of PKCS #1 v1.5 gives a random key, so that the content
-/// fails to decrypt as with any wrong key; OAEP needs no such care.
-u32 open_key(const P7_RECIPIENT_INFO &recipient, const RSA_UNIT *unit, u8 *key, u32 key_len) noexcept {
-    const Bytes sealed = octets_of(recipient.encryptedKey);
-    const auto size = static_cast<u32>(sealed.size());
-    const Owned<RSA_UNIT> own(dup_RSA_UNIT(unit));
-    if (!own) return 0x4B41003A;
-    KeyScheme scheme;
-    const u32 prepared = prepare_unit(own.get(), recipient.keyEncryptionAlgorithm, scheme, 1);
-    if (prepared != 0) return prepared == kUnknownScheme ? 0x4B410048 : 0x4B41003A;
-    if (!is_oaep(scheme.mode)) {
-        const u32 status = decrypt_RSAES_key(own.get(), key, key_len, sealed.data(), size);
-        return status == 0 ? 0 : not_decrypted(status);
-    }
-    u8 opened[sizeof ContentKey::key];
-    u32 len = sizeof opened;
-    const u32 status = decrypt_RSAES(own.get(), opened, &len, sealed.data(), size);
-    const bool good = status == 0 && len == key_len;
-    if (good) std::memcpy(key, opened, key_len);
-    tlx_wipe(opened, sizeof opened);
-    return good ? 0 : not_decrypted(status);
-}
+constexpr KeyStatuses kOpenStatuses = {0x4B41003A, 0x4B410048, 0x4B410012};
 
 }  // namespace
 
@@ -116,7 +90,10 @@ uint32_t open_PKCS7(const P7_CONTENT_INFO *info, const X509_CERT *cert, const AS
     if (!read_content_algorithm(encrypted->contentEncryptionAlgorithm, cipher_id, iv)) return 0x4B410048;
 
     ContentKey secret;
-    const u32 status = open_key(*recipient, unit, secret.key, get_KeyLength(cipher_id));
+    u32 key_len = 0;
+    const u32 status =
+        decrypt_key(unit, recipient->keyEncryptionAlgorithm, octets_of(recipient->encryptedKey),
+                    get_KeyLength(cipher_id), secret.key, key_len, kOpenStatuses);
     if (status != 0) return status;
     const Bytes ciphertext = octets_of(encrypted->encryptedContent);
     const auto size = static_cast<u32>(ciphertext.size());

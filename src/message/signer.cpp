@@ -34,15 +34,10 @@ Owned<P7_SIGNER_INFO> make_signer(const X509_CERT *cert, const ASYMMETRIC_KEY *k
     Owned<P7_SIGNER_INFO> signer(new_P7_SIGNER_INFO());
     if (!signer) return nullptr;
     signer->version = new_BIGINT();
-    signer->issuerAndSerialNumber = new_P7_ISSUER_AND_SERIAL_NUMBER();
+    signer->issuerAndSerialNumber = issuer_and_serial_of(cert).release();
     if (signer->issuerAndSerialNumber == nullptr || set_BIGINT_word(signer->version, 1) != 0) return nullptr;
-    signer->issuerAndSerialNumber->issuer = dup_X509_NAME(get_X509_issuer(cert));
-    signer->issuerAndSerialNumber->serialNumber = dup_BIGINT(get_X509_serial(cert));
     if (key != nullptr) signer->key = dup_ASYMMETRIC_KEY(key);
-    const bool complete = signer->issuerAndSerialNumber->issuer != nullptr &&
-                          signer->issuerAndSerialNumber->serialNumber != nullptr &&
-                          (signer->key != nullptr || key == nullptr);
-    return complete ? std::move(signer) : nullptr;
+    return signer->key != nullptr || key == nullptr ? std::move(signer) : nullptr;
 }
 
 /// Gives a signer the members of another one, and leaves its attributes and signature as they are.

@@ -58,6 +58,14 @@ uint32_t Seq_to_ISSUER_AND_SERIAL_NUMBER(const ASN1_UNIT *node, ISSUER_AND_SERIA
     return decode_record(kIssuerAndSerialNumber, element, out, codes::ISSUER_AND_SERIAL_NUMBER.decode);
 }
 
+Owned<P7_ISSUER_AND_SERIAL_NUMBER> tlx::issuer_and_serial_of(const X509_CERT *cert) noexcept {
+    Owned<P7_ISSUER_AND_SERIAL_NUMBER> number(new_P7_ISSUER_AND_SERIAL_NUMBER());
+    if (!number) return nullptr;
+    number->issuer = dup_X509_NAME(get_X509_issuer(cert));
+    number->serialNumber = dup_BIGINT(get_X509_serial(cert));
+    return number->issuer != nullptr && number->serialNumber != nullptr ? std::move(number) : nullptr;
+}
+
 int32_t cmp_P7_ISSUER_AND_SERIAL_NUMBER(const X509_CERT *cert, const P7_ISSUER_AND_SERIAL_NUMBER *number) {
     const X509_NAME *issuer = get_X509_issuer(cert);
     const BIGINT *serial = get_X509_serial(cert);
