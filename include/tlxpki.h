@@ -25,6 +25,7 @@
 #include <tlxpki/external_signature.h>
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
+#include <tlxpki/message_envelope.h>
 #include <tlxpki/message_stream.h>
 #include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>

@@ -109,7 +109,7 @@ TLX_BEGIN_DECLS
 #define TLX_REASON_NOT_VALID_NOW 0x0113U
 /** A self-issued end of the path is no trust anchor. */
 #define TLX_REASON_NO_TRUST_ANCHOR 0x0116U
-/** The contents of a PEM block are encrypted. */
+/** The contents of a PEM block or of a message are encrypted. */
 #define TLX_REASON_ENCRYPTED 0x0114U
 /** The issuer's key usage lacks keyCertSign. */
 #define TLX_REASON_NO_CERT_SIGN 0x0118U

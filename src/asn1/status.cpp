@@ -101,6 +101,10 @@ constexpr Named kTokenListReasons[] = {
 constexpr Named kPemReasons[] = {
     {TLX_REASON_ENCRYPTED, "the contents are encrypted"},
 };
+constexpr Named kCmsReasons[] = {
+    {TLX_REASON_NOT_POSITIVE, "an authentication code or a signature does not verify"},
+    {TLX_REASON_ENCRYPTED, "the content stays encrypted"},
+};
 
 /// What the functions of a PKCS #11 module return.
 constexpr u32 kModuleFunctions = 0x4920;
@@ -264,6 +268,7 @@ const char *reason_of(u32 status) noexcept {
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PKCS12) special = find(kPkcs12Reasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_TOKEN_LIST) special = find(kTokenListReasons, reason);
     if (TLX_STATUS_GROUP(status) == TLX_GROUP_PEM) special = find(kPemReasons, reason);
+    if (TLX_STATUS_GROUP(status) == TLX_GROUP_CMS) special = find(kCmsReasons, reason);
     if (function_of(status) == kModuleFunctions) {
         special = find(kModuleResults, reason);
         if (special == nullptr) special = "another result of the module, as the last digits say";

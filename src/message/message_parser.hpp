@@ -5,11 +5,9 @@
 #include "der/buffer.hpp"
 #include "der/element_stream.hpp"
 #include "der/encoder.hpp"
+#include "message/message_kind.hpp"
 
 namespace tlx {
-
-/// The content types whose content is followed.
-enum class MessageKind : u8 { none, signed_data };
 
 class MessageParser {
   public:
@@ -19,29 +17,45 @@ class MessageParser {
         content,          ///< see octets()
         content_missing,  ///< in place of content_begins
         done,             ///< the message is complete
-        failed,           ///< see status()
+        failed,           ///< see failure()
+    };
+    enum class Failure : u8 {
+        none,
+        too_long,    ///< more is held than the limit allows
+        misplaced,   ///< an element, or a content type, that does not belong there
+        no_element,  ///< octets that are none
+        no_memory,
     };
 
-    explicit MessageParser(std::size_t limit) noexcept : limit_(limit) {}
+    /// Follows messages of these kinds.
+    MessageParser(std::initializer_list<MessageKind> kinds, std::size_t limit) noexcept : limit_(limit) {
+        for (const MessageKind kind : kinds) {
+            followed_ |= bit(kind);
+        }
+    }
 
     /// Takes octets off the front of `in` up to the next step.
     [[nodiscard]] Step next(Bytes &in) noexcept;
 
+    /// That of the message, also when it is not followed.
     [[nodiscard]] MessageKind kind() const noexcept { return kind_; }
     [[nodiscard]] Bytes octets() const noexcept { return octets_; }
     [[nodiscard]] bool has_content() const noexcept { return has_content_; }
+    /// Whether the content is ciphertext.
+    [[nodiscard]] bool is_encrypted() const noexcept { return is_encrypted_; }
     /// Whether the content is a string of octets, and not another element whose contents octets it is.
     [[nodiscard]] bool content_is_string() const noexcept { return content_is_string_; }
     [[nodiscard]] bool is_done() const noexcept { return elements_.finished(); }
-    /// 0; 0x52800047 beyond the limit, 0x52800048 for an element that does not belong there, 0x5280004F for
-    /// what is no element, 0x5280003C when memory runs out.
-    [[nodiscard]] u32 status() const noexcept { return status_; }
+    [[nodiscard]] Failure failure() const noexcept { return failure_; }
     /// The members before the content, one after the other.
     [[nodiscard]] Bytes before_content() const noexcept { return body_.bytes().first(before_size_); }
-    /// All members of the body, in place of the content a content info of type data without any.
+    [[nodiscard]] Bytes after_content() const noexcept { return body_.bytes().subspan(after_start_); }
+    /// All members of the body. The info of the content lacks the content, and that of signed data is of type
+    /// data.
     [[nodiscard]] Bytes body() const noexcept { return body_.bytes(); }
-    /// The object identifier of the content's type, an element.
-    [[nodiscard]] Bytes content_type() const noexcept { return content_type_.bytes(); }
+    /// What stands before the content in its info: the object identifier of its type, and what it is
+    /// encrypted with.
+    [[nodiscard]] Bytes info() const noexcept { return info_.bytes(); }
 
   private:
     /// How deep elements of a message lie.
@@ -51,7 +65,9 @@ class MessageParser {
     Step begin_member() noexcept;
     Step begin_body_member() noexcept;
     Step begin_info_member(u32 place) noexcept;
+    Step begin_encrypted_info_member(u32 place) noexcept;
     Step begin_content() noexcept;
+    Step begin_encrypted_content() noexcept;
     Step begin_in_content() noexcept;
     Step end() noexcept;
     Step end_in_content() noexcept;
@@ -59,23 +75,30 @@ class MessageParser {
     Step give(Bytes octets) noexcept;
     Step hold(Buffer &buffer) noexcept;
     Step keep(Bytes octets) noexcept;
+    Step place_info(Step step) noexcept;
     Step name_kind() noexcept;
-    Step fail(u32 status) noexcept;
+    Step fail(Failure failure) noexcept;
     /// Goes on with the members of the element that begins, when it has the tag.
     Step expect(u8 tag) noexcept;
+
+    static constexpr u32 bit(MessageKind kind) noexcept { return 1U << static_cast<u8>(kind); }
 
     static constexpr unsigned kNowhere = 0xFFFFFFFF;
 
     ElementStream elements_;
     std::size_t limit_;
-    u32 status_ = 0;
+    u32 followed_ = 0;
+    Failure failure_ = Failure::none;
     MessageKind kind_ = MessageKind::none;
+    bool is_encrypted_ = false;
+    u32 info_place_ = 0;
     u32 places_[at_content + 1] = {};  ///< how many elements began in the open one at each depth
     u32 sequences_ = 0;                ///< of them in the body
     Buffer message_type_;
-    Buffer content_type_;
+    Buffer info_;
     Buffer body_;
     std::size_t before_size_ = 0;
+    std::size_t after_start_ = 0;
     Buffer *holding_ = nullptr;          ///< where octets are held
     unsigned held_depth_ = kNowhere;     ///< of the element that is being held
     unsigned content_depth_ = kNowhere;  ///< of the element of the content, while it is open

@@ -9,10 +9,29 @@
 
 using namespace tlx;
 
+namespace {
+
+u32 status_of(MessageParser::Failure failure) noexcept {
+    switch (failure) {
+        case MessageParser::Failure::too_long:
+            return 0x52800047;
+        case MessageParser::Failure::misplaced:
+            return 0x52800048;
+        case MessageParser::Failure::no_element:
+            return 0x5280004F;
+        default:
+            return 0x5280003C;
+    }
+}
+
+}  // namespace
+
 struct SIGNED_MESSAGE_READER {
   public:
     explicit SIGNED_MESSAGE_READER(const SIGNED_MESSAGE_READER_SETTINGS &settings) noexcept
-        : settings_(settings), parser_(held_limit(settings)), content_(most_kept(settings)) {}
+        : settings_(settings),
+          parser_({MessageKind::signed_data}, held_limit(settings)),
+          content_(most_kept(settings)) {}
 
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 update_content(Bytes octets) noexcept;
@@ -68,7 +87,7 @@ u32 SIGNED_MESSAGE_READER::parse(Bytes octets) noexcept {
             case MessageParser::Step::done:
                 break;
             case MessageParser::Step::failed:
-                return parser_.status();
+                return status_of(parser_.failure());
         }
         if (status != 0) return status;
     }
@@ -108,7 +127,7 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
     if (get_STACK_count(data->signerInfos) == 0) return 0x5282002B;
     if (!content_given_) return 0x5282003B;
     Element type;
-    const bool has_type = read_element(parser_.content_type(), type);
+    const bool has_type = read_element(parser_.info(), type);
     const Owned<OBJECT_IDENTIFIER> content_type(has_type ? decode_oid(type.contents) : nullptr);
     if (!content_type) return 0x52820104;
     SignerChecks checks;

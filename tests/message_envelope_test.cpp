@@ -1,0 +1,221 @@
+// Encrypted, authenticated and digested messages in pieces: what is read and refused, and when content is
+// given out.
+#include <gtest/gtest.h>
+#include <tlxpki/message_envelope.h>
+
+#include "support/allocation.hpp"
+#include "support/crypto_values.hpp"
+#include "support/der_text.hpp"
+#include "support/message_reader.hpp"
+#include "support/null_arguments.hpp"
+#include "support/rows.hpp"
+
+namespace tlx_test {
+namespace {
+
+using Settings = ENVELOPED_MESSAGE_READER_SETTINGS;
+using Reader = Held<free_ENVELOPED_MESSAGE_READER>;
+
+constexpr std::uint8_t kKey[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+/// The octets of a row, in the notation of der_text.hpp with names for what messages have. All content is
+/// "abc", under the key above.
+Octets message_of(std::string text) {
+    static const std::pair<std::string, std::string> kNames[] = {
+        {"$enveloped", "06:2A864886F70D010703"},
+        {"$both", "06:2A864886F70D010704"},
+        {"$digested", "06:2A864886F70D010705"},
+        {"$encrypted", "06:2A864886F70D010706"},
+        {"$authEnveloped", "06:2A864886F70D0109100117"},
+        {"$authenticated", "06:2A864886F70D0109100102"},
+        {"$data", "06:2A864886F70D010701"},
+        {"$signed", "06:2A864886F70D010702"},
+        {"$cbc", "30{06:60864801650304012A $iv}"},
+        {"$aes", "30{06:608648016503040102 $iv}"},
+        {"$gcm", "30{06:608648016503040106 30{04:202122232425262728292A2B 02:10}}"},
+        {"$iv", "04:101112131415161718191A1B1C1D1E1F"},
+        {"$sha256", "30{06:608648016503040201 05:}"},
+        {"$hmac", "30{06:2A864886F70D0209 05:}"},
+        {"$type", "30{06:2A864886F70D010903 31{06:2A864886F70D010701}}"},
+        {"$other", "30{06:2A864886F70D010903 31{06:2A864886F70D010702}}"},
+        {"$digest", "30{06:2A864886F70D010904 31{04:$abc}}"},
+        {"$wrong", "30{06:2A864886F70D010904 31{04:$abd}}"},
+        {"$abc", "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD"},
+        {"$abd", "A52D159F262B2C6DDB724A61840BEFC36EB30C88877A4030B65CBE86298449C9"},
+        {"$code", "D601CC177559B0248459787F7E804ED7F27689B5995C59B661802D9682FDF8D2"},
+        {"$cipher", "12502CB082A43C4B029BB67B4F00F5D7"},
+    };
+    for (const auto &[name, octets] : kNames)
+        for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name))
+            text.replace(at, name.size(), octets);
+    return der(text);
+}
+
+std::uint32_t read_in_pieces(const Settings &settings, const Octets &message, std::size_t piece,
+                             const Octets *content = nullptr) {
+    const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    if (reader == nullptr) return 0x52A0003C;
+    std::uint32_t status = in_pieces(message, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
+        return update_ENVELOPED_MESSAGE_READER(reader.get(), octets, len);
+    });
+    if (status == 0 && content != nullptr) {
+        EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_detached(reader.get()), 1U);
+        status = in_pieces(*content, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
+            return update_ENVELOPED_MESSAGE_READER_content(reader.get(), octets, len);
+        });
+    }
+    return status != 0 ? status : final_ENVELOPED_MESSAGE_READER(reader.get());
+}
+
+/// The status and the content that is given out piece by piece, the same for all pieces. Held back, the
+/// content has the same status, and is given out whole or not at all.
+std::string read(const Octets &message, std::uint32_t key_len, std::uint32_t held_limit,
+                 const Octets *content) {
+    std::string first;
+    for (const std::size_t piece : {1U, 2U, 5U, 64U, 100000U}) {
+        Octets given;
+        Settings settings = {};
+        settings.unverified_output = collect_octets;
+        settings.context = &given;
+        settings.held_limit = held_limit;
+        settings.key = key_len > 0 ? kKey : nullptr;
+        settings.key_len = key_len;
+        const std::uint32_t status = read_in_pieces(settings, message, piece, content);
+        const std::string result = status_text(status) + " " + std::string(given.begin(), given.end());
+        if (first.empty()) first = result;
+        if (result != first) return first + " but " + result;
+        const Octets unverified = std::exchange(given, {});
+        std::swap(settings.output, settings.unverified_output);
+        if (read_in_pieces(settings, message, piece, content) != status) return first + " held otherwise";
+        if (given != (status == 0 ? unverified : Octets())) return first + " but another content";
+    }
+    return first;
+}
+
+std::string type(const Row &row) {
+    const Octets message = message_of(row[1]);
+    std::uint32_t type = 99;
+    const std::uint32_t status = get_MESSAGE_type(message.data(), length(message), &type);
+    return status_text(status) + (status == 0 ? " " + std::to_string(type) : "");
+}
+
+TEST(MessageEnvelope, Rows) {
+    const auto whole = [](const Row &row) { return read(message_of(row[1]), sizeof kKey, 0, nullptr); };
+    const auto keyed = [](const Row &row) { return read(message_of(row[1]), row.number(2), 0, nullptr); };
+    const auto limited = [](const Row &row) {
+        return read(message_of(row[1]), sizeof kKey, row.number(2), nullptr);
+    };
+    const auto detached = [](const Row &row) {
+        const Octets content = message_of(row[2]);
+        return read(message_of(row[1]), sizeof kKey, 0, &content);
+    };
+    expect_rows("message_envelope.txt", {{"type", {type}},
+                                         {"read", {whole}},
+                                         {"keyed", {keyed}},
+                                         {"limited", {limited}},
+                                         {"detached", {detached}}});
+}
+
+/// A message with attributes, which are the longest way to authenticated content.
+Octets authenticated_abc() {
+    return message_of(
+        "=3080 $authEnveloped =A080 =3080 02:00 31{} =3080 $data $gcm =A080 04:A197 04:71 =0000 =0000 "
+        "A1{$type} 04:B0A1095C473DFE7F86B5308628818F0C =0000 =0000 =0000");
+}
+
+Settings reading(Octets &given) {
+    Settings settings = {};
+    settings.output = collect_octets;
+    settings.context = &given;
+    settings.key = kKey;
+    settings.key_len = sizeof kKey;
+    return settings;
+}
+
+std::uint32_t stop(void * /*context*/, const std::uint8_t * /*octets*/, std::uint32_t /*len*/) {
+    return 77;
+}
+
+TEST(MessageEnvelope, AlteredAndTruncatedMessagesGiveNothing) {
+    const LeakCheck leaks;
+    const Octets message = authenticated_abc();
+    for (std::size_t at = 0; at < message.size(); ++at) {
+        Octets given;
+        const Octets part(message.begin(), message.begin() + static_cast<std::ptrdiff_t>(at));
+        ASSERT_EQ(read_in_pieces(reading(given), part, at + 1), 0x52A2004FU) << at;
+        Octets altered = message;
+        altered[at] ^= 1;
+        const std::uint32_t status = read_in_pieces(reading(given), altered, 1000);
+        // The last octet of the version says nothing that counts.
+        ASSERT_TRUE(status != 0 || at == 21) << at;
+        ASSERT_TRUE(given.empty() || at == 21) << at;
+    }
+}
+
+TEST(MessageEnvelope, ContentIsHeldBack) {
+    const Octets message = authenticated_abc();
+    Octets given;
+    Settings settings = reading(given);
+    const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_authenticated(reader.get()), 0U);
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_content_type(reader.get()), nullptr);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_complete(reader.get()), 1U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_authenticated(reader.get()), 1U);
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_type(reader.get()), TLX_MESSAGE_AUTH_ENVELOPED_DATA);
+    const Held<free_ASN1_STRING> type(get_ENVELOPED_MESSAGE_READER_content_type(reader.get()));
+    EXPECT_EQ(index_from_OBJECT_IDENTIFIER(type.get()), TLX_OID_PKCS7_DATA);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), kKey, 3), 0x52A1001CU);
+    EXPECT_TRUE(given.empty());
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0U);
+    EXPECT_EQ(given, Octets({'a', 'b', 'c'}));
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A2001CU);
+    settings.held_back_limit = 3;
+    EXPECT_EQ(read_in_pieces(settings, message, 1), 0U);
+    settings.held_back_limit = 2;
+    EXPECT_EQ(read_in_pieces(settings, message, 1), 0x52A10047U);
+    settings.held_back_limit = 0;
+    settings.output = stop;
+    EXPECT_EQ(read_in_pieces(settings, message, 9), 77U);
+    std::swap(settings.output, settings.unverified_output);
+    EXPECT_EQ(read_in_pieces(settings, message, 9), 77U);
+}
+
+TEST(MessageEnvelope, RefusesArguments) {
+    Octets given;
+    Settings settings = reading(given);
+    const std::uint8_t octet = 0;
+    std::uint32_t type = 0;
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_READER(nullptr), nullptr);
+    settings.unverified_output = stop;
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_READER(&settings), nullptr);
+    settings.unverified_output = nullptr;
+    const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    settings.held_back_limit = TLX_MESSAGE_HELD_BACK_LIMIT + 1;
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_READER(&settings), nullptr);
+    expect_refuses_null(0x52A00049, update_ENVELOPED_MESSAGE_READER, reader.get(), &octet, 1);
+    expect_refuses_null(0x52A10049, update_ENVELOPED_MESSAGE_READER_content, reader.get(), &octet, 1);
+    expect_refuses_null(0x52A50049, get_MESSAGE_type, &octet, 1, &type);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), &octet, 1), 0x52A1002BU);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(nullptr), 0x52A20049U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A2004FU);
+}
+
+TEST(MessageEnvelope, AllocationsMayFail) {
+    for (const Octets &message :
+         {authenticated_abc(), message_of("30{$encrypted A0{30{02:00 30{$data $aes 80:$cipher}}}}"),
+          message_of("30{$authenticated A0{30{02:00 31{} $hmac 30{$data A0{04:616263}} 04:$code}}}"),
+          message_of("30{$digested A0{30{02:00 $sha256 30{$data A0{04:616263}} 04:$abc}}}")}) {
+        sweep_failing_allocations([&] {
+            Octets given;
+            const std::uint32_t status = read_in_pieces(reading(given), message, 50);
+            const std::set<std::uint32_t> no_memory = {0x52A0003C, 0x52A00104, 0x52A2003C, 0x52A2005E};
+            EXPECT_TRUE(status == 0 || no_memory.contains(status)) << status_text(status);
+            EXPECT_EQ(given.size(), status == 0 ? 3U : 0U);
+            return status == 0;
+        });
+    }
+}
+
+}  // namespace
+}  // namespace tlx_test
