@@ -50,10 +50,10 @@ typedef struct CMS_KEY_HOLDER {
  * TLX_CMS_KEY_MAX_LENGTH are always enough
  * @return 0; 0x52B10049 an argument or a member of the recipient is missing; 0x52B10047 the recipient is not
  * the holder, or the holder lacks what its kind takes; 0x52B10048 an algorithm is unknown, its parameters are
- * broken, or the key of the originator is none of the holder's curve; 0x52B1001C a derivation from a password
- * takes too many iterations, or key has too little room; 0x52B10012 the key does not decrypt, is of another
- * length, or memory ran out for RSA; 0x52B1003C memory ran out otherwise; a status of the functions of an
- * external key
+ * broken, or the key of the originator is none of the curve of the holder's certificate (without one:
+ * 0x52B10047); 0x52B1001C a derivation from a password takes more than 10,000,000 iterations, or key has too
+ * little room; 0x52B10012 the key does not decrypt, is of another length, or memory ran out for RSA;
+ * 0x52B1003C memory ran out otherwise; a status of the functions of an external key
  */
 TLXPKI_API uint32_t open_CMS_RECIPIENT_INFO(const CMS_RECIPIENT_INFO *recipient, const CMS_KEY_HOLDER *holder,
                                             uint32_t expected_len, uint8_t *key, uint32_t *key_len);

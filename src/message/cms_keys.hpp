@@ -30,6 +30,21 @@ struct OpenedKey {
 [[nodiscard]] u32 make_key_transport(const CMS_RECIPIENT_SETTINGS &settings, Bytes key,
                                      CMS_RECIPIENT_INFO &out) noexcept;
 
+[[nodiscard]] u32 open_key_agreement(const CMS_KEY_AGREE_RECIPIENT &recipient, const CMS_KEY_HOLDER &holder,
+                                     OpenedKey &key) noexcept;
+[[nodiscard]] u32 make_key_agreement(const CMS_RECIPIENT_SETTINGS &settings, Bytes key,
+                                     CMS_RECIPIENT_INFO &out) noexcept;
+
+[[nodiscard]] u32 open_kek(const CMS_KEK_RECIPIENT &recipient, const CMS_KEY_HOLDER &holder,
+                           OpenedKey &key) noexcept;
+[[nodiscard]] u32 make_kek(const CMS_RECIPIENT_SETTINGS &settings, Bytes key,
+                           CMS_RECIPIENT_INFO &out) noexcept;
+
+[[nodiscard]] u32 open_password(const CMS_PASSWORD_RECIPIENT &recipient, const CMS_KEY_HOLDER &holder,
+                                OpenedKey &key, WorkBudget &budget) noexcept;
+[[nodiscard]] u32 make_password(const CMS_RECIPIENT_SETTINGS &settings, Bytes key,
+                                CMS_RECIPIENT_INFO &out) noexcept;
+
 /// The key identifier that a certificate has in its extension. False for one without.
 [[nodiscard]] bool find_key_identifier(const X509_CERT *cert, Bytes &identifier) noexcept;
 /// Whether a certificate has what names it in a message.
@@ -37,6 +52,13 @@ struct OpenedKey {
 /// Whether a message names this certificate; null for any.
 [[nodiscard]] bool is_named(const X509_CERT *cert, const P7_ISSUER_AND_SERIAL_NUMBER *number) noexcept;
 [[nodiscard]] bool is_named(const X509_CERT *cert, const OCTET_STRING *key_identifier) noexcept;
+
+/// Whether an algorithm identifier has no parameters, or NULL.
+[[nodiscard]] bool lacks_parameters(const X509_ALGO_IDENTIFIER &algorithm) noexcept;
+/// An algorithm identifier with these parameters, which become its own or are freed; null when memory runs
+/// out.
+[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> make_algorithm(std::string_view dotted,
+                                                         ASN1_UNIT *parameters) noexcept;
 
 /// An OCTET STRING; null when memory runs out.
 [[nodiscard]] inline OCTET_STRING *make_octets(Bytes octets) noexcept {

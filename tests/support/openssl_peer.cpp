@@ -4,7 +4,9 @@
 #include <openssl/core_names.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
+#include <openssl/kdf.h>
 #include <openssl/objects.h>
+#include <openssl/params.h>
 #include <openssl/pkcs12.h>
 #include <openssl/provider.h>
 #include <openssl/rsa.h>
@@ -16,6 +18,9 @@ struct Free {
     void operator()(EVP_MD *p) const { EVP_MD_free(p); }
     void operator()(EVP_CIPHER *p) const { EVP_CIPHER_free(p); }
     void operator()(EVP_CIPHER_CTX *p) const { EVP_CIPHER_CTX_free(p); }
+    void operator()(EVP_KDF *p) const { EVP_KDF_free(p); }
+    void operator()(EVP_KDF_CTX *p) const { EVP_KDF_CTX_free(p); }
+    void operator()(EVP_PKEY *p) const { EVP_PKEY_free(p); }
     void operator()(EVP_PKEY_CTX *p) const { EVP_PKEY_CTX_free(p); }
     void operator()(EVP_MD_CTX *p) const { EVP_MD_CTX_free(p); }
     void operator()(BIGNUM *p) const { BN_free(p); }
@@ -132,6 +137,7 @@ Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Oc
     const Owned<EVP_CIPHER> algorithm(EVP_CIPHER_fetch(library(), name.c_str(), nullptr));
     const Owned<EVP_CIPHER_CTX> context(EVP_CIPHER_CTX_new());
     EVP_CipherInit_ex(context.get(), algorithm.get(), nullptr, nullptr, nullptr, encrypt ? 1 : 0);
+    EVP_CIPHER_CTX_set_flags(context.get(), EVP_CIPHER_CTX_FLAG_WRAP_ALLOW);
     EVP_CIPHER_CTX_set_key_length(context.get(), static_cast<int>(key.size()));
     EVP_CipherInit_ex(context.get(), nullptr, nullptr, key.data(), iv.data(), -1);
     Octets out(data.size() + EVP_MAX_BLOCK_LENGTH);
@@ -141,6 +147,44 @@ Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Oc
     if (EVP_CipherFinal_ex(context.get(), out.data() + length, &last) != 1) return {};
     out.resize(static_cast<std::size_t>(length + last));
     return out;
+}
+
+Octets agree(const std::string &curve, const Octets &private_key, const Octets &public_key) {
+    const Owned<EVP_PKEY> own(EVP_PKEY_new_raw_private_key_ex(library(), curve.c_str(), nullptr,
+                                                              private_key.data(), private_key.size()));
+    const Owned<EVP_PKEY> peer(EVP_PKEY_new_raw_public_key_ex(library(), curve.c_str(), nullptr,
+                                                              public_key.data(), public_key.size()));
+    const Owned<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new_from_pkey(library(), own.get(), nullptr));
+    Octets secret(private_key.size());
+    std::size_t length = secret.size();
+    EVP_PKEY_derive_init(context.get());
+    EVP_PKEY_derive_set_peer(context.get(), peer.get());
+    return EVP_PKEY_derive(context.get(), secret.data(), &length) == 1 ? secret : Octets();
+}
+
+Octets public_key_of(const std::string &curve, const Octets &private_key) {
+    const Owned<EVP_PKEY> own(EVP_PKEY_new_raw_private_key_ex(library(), curve.c_str(), nullptr,
+                                                              private_key.data(), private_key.size()));
+    Octets key(private_key.size());
+    std::size_t length = key.size();
+    return EVP_PKEY_get_raw_public_key(own.get(), key.data(), &length) == 1 ? key : Octets();
+}
+
+Octets derive(const std::string &function, const std::string &digest, const Octets &secret,
+              const Octets &info, std::size_t length) {
+    const Owned<EVP_KDF> algorithm(EVP_KDF_fetch(library(), function.c_str(), nullptr));
+    const Owned<EVP_KDF_CTX> context(EVP_KDF_CTX_new(algorithm.get()));
+    Octets key = secret;
+    Octets known = info;
+    std::string name = digest;
+    const OSSL_PARAM params[] = {
+        OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_DIGEST, name.data(), 0),
+        OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_KEY, key.data(), key.size()),
+        OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_INFO, known.data(), known.size()),
+        OSSL_PARAM_construct_end(),
+    };
+    Octets out(length);
+    return EVP_KDF_derive(context.get(), out.data(), out.size(), params) == 1 ? out : Octets();
 }
 
 RsaKey generate_rsa(unsigned bits) {

@@ -27,6 +27,14 @@ std::string calculate(const std::string &operation, const std::string &a, const 
 /// Encrypts or decrypts by libcrypto's name of the cipher; empty on failure. An RC4 key may have any length.
 Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Octets &iv, const Octets &data);
 
+/// The secret that octets of a private and of a public key agree on, by libcrypto's name of the curve; and
+/// the public key of a private one.
+Octets agree(const std::string &curve, const Octets &private_key, const Octets &public_key);
+Octets public_key_of(const std::string &curve, const Octets &private_key);
+/// Derives octets by libcrypto's name of the function: X963KDF or HKDF.
+Octets derive(const std::string &function, const std::string &digest, const Octets &secret,
+              const Octets &info, std::size_t length);
+
 /// An RSA key with its numbers, big-endian: n, e, d, p, q, d mod (p - 1), d mod (q - 1), q^-1 mod p.
 struct RsaKey {
     std::shared_ptr<void> handle;
