@@ -9,6 +9,9 @@
 #include "support/message_reader.hpp"
 #include "support/null_arguments.hpp"
 #include "support/rows.hpp"
+#include "support/signers.hpp"
+#include "support/x509_files.hpp"
+#include "support/x509_records.hpp"
 
 namespace tlx_test {
 namespace {
@@ -99,7 +102,100 @@ std::string type(const Row &row) {
     return status_text(status) + (status == 0 ? " " + std::to_string(type) : "");
 }
 
+std::uint32_t write_in_pieces(const ENVELOPED_MESSAGE_WRITER_SETTINGS &settings, const Octets &content,
+                              std::size_t piece) {
+    const Held<free_ENVELOPED_MESSAGE_WRITER> writer(new_ENVELOPED_MESSAGE_WRITER(&settings));
+    if (writer == nullptr) return 0x52A3003C;
+    const std::uint32_t status =
+        in_pieces(content, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
+            return update_ENVELOPED_MESSAGE_WRITER(writer.get(), octets, len);
+        });
+    return status != 0 ? status : final_ENVELOPED_MESSAGE_WRITER(writer.get());
+}
+
+/// A recipient with an RSA key, and what he opens with.
+class Person {
+  public:
+    explicit Person(bool pkcs1_v15) : cert_(signer_spec(0).make()) {
+        recipient_.certificate = holder_.certificate = cert_.get();
+        recipient_.pkcs1_v15 = pkcs1_v15 ? 1 : 0;
+        holder_.private_key = signing_key(0);
+    }
+    [[nodiscard]] const CMS_RECIPIENT_SETTINGS *recipient() const { return &recipient_; }
+    [[nodiscard]] const CMS_KEY_HOLDER *holder() const { return &holder_; }
+
+  private:
+    Cert cert_;
+    CMS_RECIPIENT_SETTINGS recipient_ = {};
+    CMS_KEY_HOLDER holder_ = {};
+};
+
+/// Whether PKCS #7 opens a message, and writes it with the same octets in DER.
+std::string as_pkcs7(const Octets &message, const Octets &content, const CMS_KEY_HOLDER &holder) {
+    P7_CONTENT_INFO *made = nullptr;
+    EXPECT_EQ(TLX_READ_DER(P7_CONTENT_INFO, &made, message.data(), length(message)), 0U);
+    const Held<free_P7_CONTENT_INFO> info(made);
+    std::uint8_t *opened = nullptr;
+    std::uint32_t len = 0;
+    EXPECT_EQ(open_PKCS7(made, holder.certificate, holder.private_key, &opened, &len), 0U);
+    const Held<tlx_free> owner(static_cast<void *>(opened));
+    EXPECT_EQ(Octets(opened, opened + len), content);
+    return encoding_of(made, TLX_ENCODER(P7_CONTENT_INFO_to_Seq)) == message ? " der" : " ber";
+}
+
+/// Content type, algorithm, form, octets of content, those that are told, of a piece, and words: a "key" of
+/// so many octets, "rsa" or "oaep" for a recipient, "attributes" that are authenticated, "signed" for the
+/// type of the content. The status, whether the message has attributes, and how many segments are full.
+std::string write(const Row &row) {
+    const auto has = [&](const char *word) { return row[7].find(word) != std::string::npos; };
+    const Person person(has("rsa"));
+    const Held<free_X509_ATTRIBUTES> attributes(new_X509_ATTRIBUTES());
+    const Held<free_ASN1_STRING> signed_data(index_to_OBJECT_IDENTIFIER(TLX_OID_PKCS7_SIGNED_DATA));
+    Octets content(row.number(4));
+    for (std::size_t i = 0; i < content.size(); ++i)
+        content[i] = static_cast<std::uint8_t>(i * i >> 8);
+    Octets written;
+    ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.type = row.number(1);
+    settings.algorithm = row[2].c_str();
+    settings.form = row.number(3);
+    settings.size = row.number(5);
+    settings.content_type = has("signed") ? signed_data.get() : nullptr;
+    settings.attributes = has("attributes") ? attributes.get() : nullptr;
+    settings.key = has("key") ? kKey : nullptr;
+    settings.key_len = has("key") ? sizeof kKey : 0;
+    settings.recipients = person.recipient();
+    settings.recipient_count = has("rsa") || has("oaep") ? 1 : 0;
+    const std::uint32_t status = write_in_pieces(settings, content, row.number(6));
+    if (status != 0) return status_text(status);
+    Octets given;
+    Settings reading = {};
+    reading.unverified_output = collect_octets;
+    reading.context = &given;
+    reading.holder = person.holder();
+    reading.key = settings.key;
+    reading.key_len = settings.key_len;
+    const std::uint32_t read = read_in_pieces(reading, written, 999);
+    EXPECT_EQ(given, content);
+    const Octets segment = {4, 0x83, 1, 0, 0};
+    std::size_t segments = 0;
+    for (auto at = written.begin();
+         (at = std::search(at, written.end(), segment.begin(), segment.end())) != written.end(); ++at)
+        ++segments;
+    CMS_CONTENT_INFO *made = nullptr;
+    EXPECT_EQ(TLX_READ_DER(CMS_CONTENT_INFO, &made, written.data(), length(written)), 0U);
+    const Held<free_CMS_CONTENT_INFO> owner(made);
+    const bool is_der = encoding_of(made, TLX_ENCODER(CMS_CONTENT_INFO_to_Seq)) == written;
+    const std::string form = settings.type == TLX_MESSAGE_ENVELOPED_DATA && has("rsa")
+                                 ? as_pkcs7(written, content, *person.holder())
+                                 : (is_der ? " der" : " ber");
+    return status_text(read) + form + " " + std::to_string(segments);
+}
+
 TEST(MessageEnvelope, Rows) {
+    make_signing_keys();
     const auto whole = [](const Row &row) { return read(message_of(row[1]), sizeof kKey, 0, nullptr); };
     const auto keyed = [](const Row &row) { return read(message_of(row[1]), row.number(2), 0, nullptr); };
     const auto limited = [](const Row &row) {
@@ -113,7 +209,8 @@ TEST(MessageEnvelope, Rows) {
                                          {"read", {whole}},
                                          {"keyed", {keyed}},
                                          {"limited", {limited}},
-                                         {"detached", {detached}}});
+                                         {"detached", {detached}},
+                                         {"write", {write}}});
 }
 
 /// A message with attributes, which are the longest way to authenticated content.
@@ -209,11 +306,96 @@ TEST(MessageEnvelope, AllocationsMayFail) {
         sweep_failing_allocations([&] {
             Octets given;
             const std::uint32_t status = read_in_pieces(reading(given), message, 50);
-            const std::set<std::uint32_t> no_memory = {0x52A0003C, 0x52A00104, 0x52A2003C, 0x52A2005E};
+            const Statuses no_memory = {0x52A0003C, 0x52A00104, 0x52A2003C, 0x52A2005E};
             EXPECT_TRUE(status == 0 || no_memory.contains(status)) << status_text(status);
             EXPECT_EQ(given.size(), status == 0 ? 3U : 0U);
             return status == 0;
         });
+    }
+}
+
+TEST(MessageEnvelope, WritingRefusesArguments) {
+    Octets written;
+    ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(nullptr), nullptr);
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.type = TLX_MESSAGE_DIGESTED_DATA;
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
+    settings.algorithm = "sha256";
+    for (const std::uint32_t type : {TLX_MESSAGE_OTHER, TLX_MESSAGE_DATA, TLX_MESSAGE_SIGNED_DATA}) {
+        settings.type = type;
+        EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
+    }
+    settings.type = TLX_MESSAGE_DIGESTED_DATA;
+    settings.form = TLX_MESSAGE_DETACHED;
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
+    settings.form = TLX_MESSAGE_DER;
+    settings.size = std::uint64_t{1} << 62;
+    EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
+    settings.form = TLX_MESSAGE_INDEFINITE;
+    settings.size = 0;
+    const Held<free_ENVELOPED_MESSAGE_WRITER> writer(new_ENVELOPED_MESSAGE_WRITER(&settings));
+    expect_refuses_null(0x52A30049, update_ENVELOPED_MESSAGE_WRITER, writer.get(), kKey, 3);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(nullptr), 0x52A40049U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(writer.get()), 0U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(writer.get()), 0x52A4002BU);
+    settings.output = stop;
+    EXPECT_EQ(write_in_pieces(settings, {1}, 1), 77U);
+    EXPECT_STREQ(get_MESSAGE_cipher_name(0), get_PKCS7_cipher_name(0));
+    EXPECT_STREQ(get_MESSAGE_cipher_name(13), "aes-256-gcm");
+    EXPECT_EQ(get_MESSAGE_cipher_name(19), nullptr);
+}
+
+TEST(MessageEnvelope, WritingSurvivesAnyAllocation) {
+    make_signing_keys();
+    const Person person(true);
+    const Held<free_X509_ATTRIBUTES> attributes(new_X509_ATTRIBUTES());
+    for (const auto &[type, algorithm] : {std::pair(TLX_MESSAGE_ENVELOPED_DATA, "aes-128-cbc"),
+                                          {TLX_MESSAGE_AUTH_ENVELOPED_DATA, "aria-256-gcm"},
+                                          {TLX_MESSAGE_AUTHENTICATED_DATA, "sha256"},
+                                          {TLX_MESSAGE_DIGESTED_DATA, "sha512"}}) {
+        Octets written;
+        ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
+        settings.output = collect_octets;
+        settings.context = &written;
+        settings.type = static_cast<std::uint32_t>(type);
+        settings.algorithm = algorithm;
+        settings.attributes = attributes.get();
+        settings.recipients = person.recipient();
+        settings.recipient_count = 1;
+        sweep_statuses({0x52A3003C, 0x52A4003C, 0x52A30048, 0x52B0003C, 0x52B00047}, [&] {
+            return write_in_pieces(settings, {'a', 'b', 'c'}, 2);
+        });
+    }
+}
+
+/// PKCS #1 v1.5 gives a key also to somebody else, which decrypts to nothing.
+TEST(MessageEnvelope, OthersDoNotOpen) {
+    make_signing_keys();
+    const Person person(true);
+    for (const auto &[type, algorithm] : {std::pair(TLX_MESSAGE_ENVELOPED_DATA, "aes-128-cbc"),
+                                          {TLX_MESSAGE_AUTH_ENVELOPED_DATA, "aria-256-gcm"}}) {
+        Octets written;
+        Octets given;
+        ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
+        settings.output = collect_octets;
+        settings.context = &written;
+        settings.type = static_cast<std::uint32_t>(type);
+        settings.algorithm = algorithm;
+        settings.recipients = person.recipient();
+        settings.recipient_count = 1;
+        EXPECT_EQ(write_in_pieces(settings, Octets(100), 7), 0U);
+        Settings reading = {};
+        reading.output = collect_octets;
+        reading.context = &given;
+        EXPECT_EQ(read_in_pieces(reading, written, 9), 0x52A0002BU);
+        CMS_KEY_HOLDER holder = {};
+        reading.holder = &holder;
+        EXPECT_EQ(read_in_pieces(reading, written, 9), 0x52A00047U);
+        holder.private_key = signing_key(1);
+        EXPECT_EQ(read_in_pieces(reading, written, 9), 0x52A20012U);
+        EXPECT_TRUE(given.empty());
     }
 }
 

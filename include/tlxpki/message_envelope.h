@@ -12,6 +12,7 @@
 #ifndef TLXPKI_MESSAGE_ENVELOPE_H
 #define TLXPKI_MESSAGE_ENVELOPE_H
 
+#include <tlxpki/cms_keys.h>
 #include <tlxpki/message_stream.h>
 
 TLX_BEGIN_DECLS
@@ -52,8 +53,9 @@ typedef struct ENVELOPED_MESSAGE_READER_SETTINGS {
     uint32_t held_limit;              /**< octets of everything but content; 0 for TLX_MESSAGE_HELD_LIMIT */
     uint32_t held_back_limit;         /**< octets of content that are held back; 0 for
                                          TLX_MESSAGE_HELD_BACK_LIMIT, which is the most */
+    const CMS_KEY_HOLDER *holder;     /**< whose recipient is sought; may be null */
     const uint8_t *key;               /**< key_len octets: the key that content is encrypted or authenticated
-                                         with; digested data needs none */
+                                         with, in place of one for a recipient; may be null */
     uint32_t key_len;
 } ENVELOPED_MESSAGE_READER_SETTINGS;
 
@@ -75,8 +77,10 @@ TLXPKI_API void free_ENVELOPED_MESSAGE_READER(ENVELOPED_MESSAGE_READER *reader);
  * for and an element that is missing or does not belong at its place; 0x52A00012 for signed-and-enveloped
  * data; 0x52A0001C when more than held_limit octets are not content; 0x52A00104 for an algorithm that is
  * unknown or does not fit the content type, and when it or a member before the content cannot be decoded;
- * 0x52A00114 for a cipher in CCM mode, which keeps the content encrypted; 0x52A0002B without a key;
- * 0x52A00028 for a key whose length is not that of the cipher's; 0x52A0003C when memory runs out, and for
+ * 0x52A00114 for a cipher in CCM mode, which keeps the content encrypted; 0x52A0002B without a key
+ * and without a holder where one is needed; 0x52A00047 when the holder is no recipient; 0x52A00028 for a key
+ * whose length is not that of the cipher's; a status of open_CMS_RECIPIENT_INFO() other than 0x52B10047 and
+ * 0x52B10012, when no recipient opens; 0x52A0003C when memory runs out, and for
  * more content than the cipher takes; 0x52A10047 when the content is longer than held_back_limit and an
  * output wants it verified; a status of the output
  */
@@ -123,6 +127,69 @@ TLXPKI_API uint32_t is_ENVELOPED_MESSAGE_READER_complete(const ENVELOPED_MESSAGE
 /** Returns 1 when the message is complete and carries no content, so that it takes
  * update_ENVELOPED_MESSAGE_READER_content(); otherwise 0. */
 TLXPKI_API uint32_t is_ENVELOPED_MESSAGE_READER_detached(const ENVELOPED_MESSAGE_READER *reader);
+
+/* ---- Writing ---- */
+
+/** How a message is written. Members that a content type has no use for are ignored. What pointers point to
+ * has to outlive the writer. */
+typedef struct ENVELOPED_MESSAGE_WRITER_SETTINGS {
+    MESSAGE_OUTPUT output; /**< gets the message */
+    void *context;         /**< handed to the output */
+    uint32_t type;         /**< TLX_MESSAGE_ENVELOPED_DATA, _ENCRYPTED_DATA, _AUTH_ENVELOPED_DATA,
+                              _AUTHENTICATED_DATA or _DIGESTED_DATA */
+    uint32_t form;         /**< TLX_MESSAGE_INDEFINITE or TLX_MESSAGE_DER */
+    uint64_t size;         /**< octets of the content for TLX_MESSAGE_DER, otherwise ignored */
+    const char *algorithm; /**< a name of get_MESSAGE_cipher_name(): GCM for authenticated-and-enveloped data,
+                              another cipher for enveloped and encrypted data; "sha256", "sha384", "sha512" or
+                              "sha224" for digested data, and for HMAC of authenticated data */
+    const OBJECT_IDENTIFIER *content_type; /**< of the content; null for data */
+    const uint8_t *key;                    /**< key_len octets of the cipher's length, or of the digest's for
+                                              HMAC; null for a random key */
+    uint32_t key_len;                      /**< encrypted data needs a key */
+    const CMS_RECIPIENT_SETTINGS *recipients; /**< who learns the key: recipient_count, at least one, for all
+                                                 types but encrypted and digested data */
+    uint32_t recipient_count;
+    const CMS_ORIGINATOR_INFO *originator;   /**< of messages with recipients; may be null */
+    const X509_ATTRIBUTES *attributes;       /**< authenticated with the content; null for none, unless the
+                                                content type has to be. The writer adds contentType, and in
+                                                authenticated data messageDigest */
+    const X509_ATTRIBUTES *other_attributes; /**< unprotected or unauthenticated; may be null */
+} ENVELOPED_MESSAGE_WRITER_SETTINGS;
+
+/** A message that is being written. */
+typedef struct ENVELOPED_MESSAGE_WRITER ENVELOPED_MESSAGE_WRITER;
+
+/** Returns the name of a cipher for ENVELOPED_MESSAGE_WRITER_SETTINGS, which the library owns: those of
+ * get_PKCS7_cipher_name(), then those in Galois/Counter Mode, such as "aes-256-gcm"; null after the last. */
+TLXPKI_API const char *get_MESSAGE_cipher_name(uint32_t index);
+
+/** Begins to write a message; freed with free_ENVELOPED_MESSAGE_WRITER(). Null for null settings, without an
+ * output or an algorithm, for another type or form, a size of 2^62 or more, and when memory runs out. */
+TLXPKI_API ENVELOPED_MESSAGE_WRITER *new_ENVELOPED_MESSAGE_WRITER(
+    const ENVELOPED_MESSAGE_WRITER_SETTINGS *settings);
+/** Wipes and frees a writer. Ignores null. */
+TLXPKI_API void free_ENVELOPED_MESSAGE_WRITER(ENVELOPED_MESSAGE_WRITER *writer);
+
+/**
+ * Takes the next octets of the content. The first call begins the message, with the versions that RFC 5652
+ * wants: when all recipients are of RSA with PKCS #1 v1.5 by issuer and serial number, and there is no
+ * originator and no attribute, enveloped data is that of PKCS #7.
+ * @param octets may be null when len is 0
+ * @return 0; 0x52A30049 for a null argument; 0x52A30048 for an algorithm that is unknown or of another
+ * content type, and without random octets; 0x52A30028 for a key of another length; 0x52A3002B for encrypted
+ * data without a key; 0x52A30047 without recipients; 0x52A3001C for more octets than the size, or than
+ * TLX_AEAD_MAX_MESSAGE_LENGTH in Galois/Counter Mode; 0x52A3003C when memory runs out, and for a member that
+ * cannot be encoded; a status of make_CMS_RECIPIENT_INFO(); a status of the output
+ */
+TLXPKI_API uint32_t update_ENVELOPED_MESSAGE_WRITER(ENVELOPED_MESSAGE_WRITER *writer, const uint8_t *octets,
+                                                    uint32_t len);
+/**
+ * Writes the rest of the message.
+ * @return 0; 0x52A40049 for a null writer; 0x52A4001C for fewer octets than the size; 0x52A4003C when memory
+ * runs out; a status of update_ENVELOPED_MESSAGE_WRITER(); a status of the output. Afterwards all operations
+ * return 0x52A4002B
+ */
+TLXPKI_API uint32_t final_ENVELOPED_MESSAGE_WRITER(ENVELOPED_MESSAGE_WRITER *writer);
 
 TLX_END_DECLS
 

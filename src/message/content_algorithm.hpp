@@ -11,7 +11,7 @@ namespace tlx {
 struct ContentAlgorithm {
     u32 cipher_id = 0;
     bool authenticates = false;
-    u32 iv_len = 0;
+    u32 iv_len = 0;   ///< or of the nonce
     u32 tag_len = 0;  ///< of a cipher that authenticates
     u8 iv[TLX_AEAD_MAX_NONCE_LENGTH] = {};
 
@@ -27,5 +27,11 @@ enum class AlgorithmRead : u8 {
 };
 [[nodiscard]] AlgorithmRead read_algorithm(const X509_ALGO_IDENTIFIER &identifier,
                                            ContentAlgorithm &algorithm) noexcept;
+
+/// The cipher of a name that get_MESSAGE_cipher_name() gives, with a random IV. False for any other name, a
+/// cipher that is not available, and without random octets.
+[[nodiscard]] bool choose_algorithm(std::string_view name, ContentAlgorithm &algorithm) noexcept;
+/// What read_algorithm() reads; null when memory runs out.
+[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> make_identifier(const ContentAlgorithm &algorithm) noexcept;
 
 }  // namespace tlx

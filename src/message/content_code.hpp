@@ -29,6 +29,7 @@ class ContentCode {
         u8 octets[TLX_DIGEST_MAX_LENGTH];
         u32 length = 0;
 
+        [[nodiscard]] Bytes bytes() const noexcept { return {octets, length}; }
         [[nodiscard]] bool is(Bytes expected) const noexcept;
     };
 

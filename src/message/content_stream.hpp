@@ -42,8 +42,12 @@ class CipherStream {
     }
     /// The last block; false for wrong padding. A cipher that authenticates has none.
     [[nodiscard]] bool finish_blocks(Bytes &last) noexcept;
-    /// Of a cipher that authenticates: adds what is authenticated besides the content, after it.
+    /// Of a cipher that authenticates: adds what is authenticated besides the content, before or after it.
     [[nodiscard]] bool add_data(Bytes octets) noexcept;
+    /// Ends an encryption; false when memory runs out.
+    [[nodiscard]] bool make_tag(u8 (&tag)[TLX_AEAD_TAG_LENGTH]) noexcept {
+        return finish_AEAD_encryption(aead_.get(), tag) == 0;
+    }
     /// Ends a decryption; false for a wrong tag.
     [[nodiscard]] bool check_tag(Bytes tag) noexcept;
 

@@ -5,6 +5,7 @@
 #include "keys/pbe.hpp"
 #include "message/content_code.hpp"
 #include "message/content_stream.hpp"
+#include "message/envelope_key.hpp"
 #include "message/envelope_members.hpp"
 #include "message/message_parser.hpp"
 #include "verify/object.hpp"
@@ -61,9 +62,11 @@ struct ENVELOPED_MESSAGE_READER {
   private:
     [[nodiscard]] u32 parse(Bytes octets) noexcept;
     [[nodiscard]] u32 begin() noexcept;
-    [[nodiscard]] u32 begin_decryption() noexcept;
+    [[nodiscard]] u32 begin_decryption(const MembersBefore &members) noexcept;
     [[nodiscard]] u32 begin_code(const MembersBefore &members) noexcept;
     [[nodiscard]] u32 begin_digest(const Element &algorithm) noexcept;
+    [[nodiscard]] u32 find_key(const MembersBefore &members, u32 expected_len, OpenedKey &opened,
+                               Bytes &key) const noexcept;
     [[nodiscard]] u32 take_content(Bytes octets) noexcept;
     [[nodiscard]] u32 take_plain(Bytes octets) noexcept;
     [[nodiscard]] u32 verify() noexcept;
@@ -129,11 +132,11 @@ u32 ENVELOPED_MESSAGE_READER::begin() noexcept {
         case MessageKind::authenticated_data:
             return begin_code(members);
         default:
-            return begin_decryption();
+            return begin_decryption(members);
     }
 }
 
-u32 ENVELOPED_MESSAGE_READER::begin_decryption() noexcept {
+u32 ENVELOPED_MESSAGE_READER::begin_decryption(const MembersBefore &members) noexcept {
     Cursor info(parser_.info());
     Element type;
     Element element;
@@ -144,9 +147,24 @@ u32 ENVELOPED_MESSAGE_READER::begin_decryption() noexcept {
     if (read == AlgorithmRead::ccm) return 0x52A00114;
     const bool authenticates = kind() == MessageKind::auth_enveloped_data;
     if (read == AlgorithmRead::unknown || algorithm_.authenticates != authenticates) return 0x52A00104;
-    if (settings_.key == nullptr) return 0x52A0002B;
-    if (settings_.key_len != algorithm_.key_length()) return 0x52A00028;
-    return cipher_.start(algorithm_, settings_.key, 0) ? 0 : 0x52A0003C;
+    OpenedKey opened;
+    Bytes key;
+    if (const u32 status = find_key(members, algorithm_.key_length(), opened, key); status != 0)
+        return status;
+    if (key.size() != algorithm_.key_length()) return 0x52A00028;
+    return cipher_.start(algorithm_, key.data(), 0) ? 0 : 0x52A0003C;
+}
+
+u32 ENVELOPED_MESSAGE_READER::find_key(const MembersBefore &members, u32 expected_len, OpenedKey &opened,
+                                       Bytes &key) const noexcept {
+    if (settings_.key != nullptr) {
+        key = {settings_.key, settings_.key_len};
+        return 0;
+    }
+    if (settings_.holder == nullptr || members.recipients.tag == 0) return 0x52A0002B;
+    const u32 status = open_content_key(members.recipients, *settings_.holder, expected_len, opened);
+    key = {opened.octets, opened.length};
+    return status;
 }
 
 u32 ENVELOPED_MESSAGE_READER::begin_digest(const Element &algorithm) noexcept {
@@ -161,8 +179,10 @@ u32 ENVELOPED_MESSAGE_READER::begin_code(const MembersBefore &members) noexcept 
     const OwnedAlgorithm identifier = decode_algorithm(members.mac_algorithm);
     const u32 digest_id = code_digest(identifier.get());
     if (digest_id == 0) return 0x52A00104;
-    if (settings_.key == nullptr) return 0x52A0002B;
-    if (!code_.start_code(digest_id, {settings_.key, settings_.key_len})) return 0x52A0003C;
+    OpenedKey opened;
+    Bytes key;
+    if (const u32 status = find_key(members, 0, opened, key); status != 0) return status;
+    if (!code_.start_code(digest_id, key)) return 0x52A0003C;
     return members.digest_algorithm.tag != 0 ? begin_digest(members.digest_algorithm) : 0;
 }
 

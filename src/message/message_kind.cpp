@@ -76,6 +76,10 @@ const MessageLayout *tlx::find_layout(Bytes type) noexcept {
     return found == std::end(kLayouts) ? nullptr : found;
 }
 
+const MessageLayout &tlx::layout_of(MessageKind kind) noexcept {
+    return *std::ranges::find(kLayouts, kind, &MessageLayout::kind);
+}
+
 uint32_t get_MESSAGE_type(const uint8_t *octets, uint32_t len, uint32_t *type) {
     if (type == nullptr || (octets == nullptr && len != 0)) return 0x52A50049;
     TypeReader reader;

@@ -29,5 +29,7 @@ struct MessageLayout {
 
 /// The layout of a content type; null for one that none of the kinds is for.
 [[nodiscard]] const MessageLayout *find_layout(Bytes type) noexcept;
+/// The layout of a kind that is not MessageKind::none.
+[[nodiscard]] const MessageLayout &layout_of(MessageKind kind) noexcept;
 
 }  // namespace tlx

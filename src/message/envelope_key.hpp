@@ -1,0 +1,30 @@
+// The content key of a message that is read in pieces.
+#pragma once
+
+#include <tlxpki/cms_keys.h>
+
+#include "der/element.hpp"
+#include "der/owned.hpp"
+
+namespace tlx {
+
+struct OpenedKey {
+    u8 octets[TLX_CMS_KEY_MAX_LENGTH];
+    u32 length = 0;
+
+    OpenedKey() noexcept = default;
+    ~OpenedKey() { tlx_wipe(this, sizeof *this); }
+    OpenedKey(const OpenedKey &) = delete;
+    OpenedKey &operator=(const OpenedKey &) = delete;
+};
+
+/// Opens the key of the first recipient that the holder opens. One that is the holder but does not decrypt
+/// gives a random key, so that the content fails to decrypt as under any wrong key.
+/// @param recipients a SET
+/// @param expected_len octets of the key; 0 when any will do
+/// @return 0; 0x52A00047 when the holder is no recipient; 0x52A00104 for a recipient that cannot be decoded;
+/// 0x52A0003C when memory runs out; a status of open_CMS_RECIPIENT_INFO()
+[[nodiscard]] u32 open_content_key(const Element &recipients, const CMS_KEY_HOLDER &holder, u32 expected_len,
+                                   OpenedKey &key) noexcept;
+
+}  // namespace tlx
