@@ -263,6 +263,8 @@ TEST(MessageEnvelope, ContentIsHeldBack) {
     const Held<free_ASN1_STRING> type(get_ENVELOPED_MESSAGE_READER_content_type(reader.get()));
     EXPECT_EQ(index_from_OBJECT_IDENTIFIER(type.get()), TLX_OID_PKCS7_DATA);
     EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), kKey, 3), 0x52A1001CU);
+    CMS_CONTENT_INFO *record = nullptr;
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_message(reader.get(), &record), 0x5226002BU);
     EXPECT_TRUE(given.empty());
     EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0U);
     EXPECT_EQ(given, Octets({'a', 'b', 'c'}));
@@ -283,6 +285,7 @@ TEST(MessageEnvelope, RefusesArguments) {
     Settings settings = reading(given);
     const std::uint8_t octet = 0;
     std::uint32_t type = 0;
+    CMS_CONTENT_INFO *record = nullptr;
     EXPECT_EQ(new_ENVELOPED_MESSAGE_READER(nullptr), nullptr);
     settings.unverified_output = stop;
     EXPECT_EQ(new_ENVELOPED_MESSAGE_READER(&settings), nullptr);
@@ -294,6 +297,8 @@ TEST(MessageEnvelope, RefusesArguments) {
     expect_refuses_null(0x52A10049, update_ENVELOPED_MESSAGE_READER_content, reader.get(), &octet, 1);
     expect_refuses_null(0x52A50049, get_MESSAGE_type, &octet, 1, &type);
     EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), &octet, 1), 0x52A1002BU);
+    expect_refuses_null(0x52A60049, get_ENVELOPED_MESSAGE_READER_message, reader.get(), &record);
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_message(reader.get(), &record), 0x52A6002BU);
     EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(nullptr), 0x52A20049U);
     EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A2004FU);
 }

@@ -53,9 +53,12 @@ typedef struct ENVELOPED_MESSAGE_READER_SETTINGS {
     uint32_t held_limit;              /**< octets of everything but content; 0 for TLX_MESSAGE_HELD_LIMIT */
     uint32_t held_back_limit;         /**< octets of content that are held back; 0 for
                                          TLX_MESSAGE_HELD_BACK_LIMIT, which is the most */
-    const CMS_KEY_HOLDER *holder;     /**< whose recipient is sought; may be null */
-    const uint8_t *key;               /**< key_len octets: the key that content is encrypted or authenticated
-                                         with, in place of one for a recipient; may be null */
+    uint32_t as_message;          /**< nonzero gives content of another type than data out as a message, in
+                                     the ContentInfo that such content lacks, with indefinite lengths: for
+                                     signed data, what a SIGNED_MESSAGE_READER takes */
+    const CMS_KEY_HOLDER *holder; /**< whose recipient is sought; may be null */
+    const uint8_t *key;           /**< key_len octets: the key that content is encrypted or authenticated
+                                     with, in place of one for a recipient; may be null */
     uint32_t key_len;
 } ENVELOPED_MESSAGE_READER_SETTINGS;
 
@@ -127,6 +130,16 @@ TLXPKI_API uint32_t is_ENVELOPED_MESSAGE_READER_complete(const ENVELOPED_MESSAGE
 /** Returns 1 when the message is complete and carries no content, so that it takes
  * update_ENVELOPED_MESSAGE_READER_content(); otherwise 0. */
 TLXPKI_API uint32_t is_ENVELOPED_MESSAGE_READER_detached(const ENVELOPED_MESSAGE_READER *reader);
+
+/**
+ * Makes the record of a message that was read, without its content: recipients, originator, algorithms and
+ * attributes. It takes memory for all members, which may be 40 times held_limit.
+ * @param out receives a new record in place of *out, which is freed
+ * @return 0; 0x52A60049 for a null argument; 0x52A6002B before the message is complete; 0x52A6003C when
+ * memory runs out; a status of Seq_to_CMS_CONTENT_INFO()
+ */
+TLXPKI_API uint32_t get_ENVELOPED_MESSAGE_READER_message(const ENVELOPED_MESSAGE_READER *reader,
+                                                         CMS_CONTENT_INFO **out);
 
 /* ---- Writing ---- */
 

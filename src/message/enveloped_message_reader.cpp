@@ -3,6 +3,7 @@
 
 #include "der/list_items.hpp"
 #include "keys/pbe.hpp"
+#include "message/cms_records.hpp"
 #include "message/content_code.hpp"
 #include "message/content_stream.hpp"
 #include "message/envelope_key.hpp"
@@ -58,6 +59,7 @@ struct ENVELOPED_MESSAGE_READER {
     [[nodiscard]] bool is_complete() const noexcept { return parser_.is_done(); }
     [[nodiscard]] bool is_detached() const noexcept { return is_complete() && !parser_.has_content(); }
     [[nodiscard]] OBJECT_IDENTIFIER *content_type() const noexcept;
+    [[nodiscard]] u32 make_message(CMS_CONTENT_INFO **out) const noexcept;
 
   private:
     [[nodiscard]] u32 parse(Bytes octets) noexcept;
@@ -69,12 +71,16 @@ struct ENVELOPED_MESSAGE_READER {
                                Bytes &key) const noexcept;
     [[nodiscard]] u32 take_content(Bytes octets) noexcept;
     [[nodiscard]] u32 take_plain(Bytes octets) noexcept;
+    [[nodiscard]] u32 begin_inner_message(u8 first) noexcept;
+    [[nodiscard]] u32 end_inner_message() noexcept;
+    [[nodiscard]] u32 hold_or_give(Bytes octets) noexcept;
     [[nodiscard]] u32 verify() noexcept;
     [[nodiscard]] u32 end_decryption(const MembersAfter &members) noexcept;
     [[nodiscard]] u32 check_code(const MembersAfter &members) noexcept;
     [[nodiscard]] u32 check_digest(const Element &digest) noexcept;
     [[nodiscard]] u32 check_content_type(const Element &attributes) const noexcept;
     [[nodiscard]] Bytes content_type_octets() const noexcept;
+    [[nodiscard]] bool content_is_data() const noexcept;
     [[nodiscard]] u32 give_out(MESSAGE_OUTPUT output, Bytes octets) const noexcept {
         if (output == nullptr || octets.empty()) return 0;
         return output(settings_.context, octets.data(), static_cast<u32>(octets.size()));
@@ -86,6 +92,7 @@ struct ENVELOPED_MESSAGE_READER {
     CipherStream cipher_;
     ContentCode code_;
     HeldContent held_;
+    u32 around_ = 0;  ///< elements that were begun around the content
     bool begun_ = false;
     bool content_given_ = false;
     u32 status_ = 0;  ///< of the operation that ended the message
@@ -194,6 +201,36 @@ u32 ENVELOPED_MESSAGE_READER::take_content(Bytes octets) noexcept {
 }
 
 u32 ENVELOPED_MESSAGE_READER::take_plain(Bytes octets) noexcept {
+    if (octets.empty()) return 0;
+    if (settings_.as_message != 0 && around_ == 0 && !content_is_data()) {
+        if (const u32 status = begin_inner_message(octets.front()); status != 0) return status;
+    }
+    return hold_or_give(octets);
+}
+
+/// The ContentInfo of an inner message, which is not encrypted with it, and the tag and length of the body,
+/// which PKCS #7 does not encrypt either (RFC 2315, section 10.3).
+u32 ENVELOPED_MESSAGE_READER::begin_inner_message(u8 first) noexcept {
+    constexpr u8 kBegin[] = {kSequence, kIndefiniteLength};
+    constexpr u8 kContent[] = {context(0), kIndefiniteLength};
+    Element type;
+    if (!read_element(parser_.info(), type)) return 0x52A00104;
+    around_ = first == kSequence ? 2 : 3;
+    for (const Bytes octets : {Bytes(kBegin), type.whole, Bytes(kContent)}) {
+        if (const u32 status = hold_or_give(octets); status != 0) return status;
+    }
+    return first == kSequence ? 0 : hold_or_give(kBegin);
+}
+
+u32 ENVELOPED_MESSAGE_READER::end_inner_message() noexcept {
+    constexpr u8 kEndOfContents[kEndOfContentsSize] = {};
+    for (; around_ > 0; --around_) {
+        if (const u32 status = hold_or_give(kEndOfContents); status != 0) return status;
+    }
+    return 0;
+}
+
+u32 ENVELOPED_MESSAGE_READER::hold_or_give(Bytes octets) noexcept {
     if (settings_.output == nullptr) return give_out(settings_.unverified_output, octets);
     const u32 most = settings_.held_back_limit != 0 ? settings_.held_back_limit : TLX_MESSAGE_HELD_BACK_LIMIT;
     if (octets.size() > most - held_.size()) return 0x52A10047;
@@ -212,6 +249,7 @@ u32 ENVELOPED_MESSAGE_READER::finish() noexcept {
     if (status_ != 0) return status_;
     status_ = 0x52A2001C;
     if (const u32 status = verify(); status != 0) return status;
+    if (const u32 status = end_inner_message(); status != 0) return status;
     return held_.release([&](Bytes octets) { return give_out(settings_.output, octets); });
 }
 
@@ -269,20 +307,40 @@ u32 ENVELOPED_MESSAGE_READER::check_digest(const Element &digest) noexcept {
 }
 
 u32 ENVELOPED_MESSAGE_READER::check_content_type(const Element &attributes) const noexcept {
-    const Bytes type = content_type_octets();
     Element value;
-    if (attributes.tag == 0) {
-        const MessageLayout *layout = find_layout(type);
-        return layout != nullptr && layout->kind == MessageKind::data ? 0 : 0x52A2002B;
-    }
+    if (attributes.tag == 0) return content_is_data() ? 0 : 0x52A2002B;
     if (!find_only_value(attributes, AttributeType::content_type, value)) return 0x52A2002B;
-    const bool same = value.tag == TLX_TAG_OBJECT_IDENTIFIER && std::ranges::equal(value.contents, type);
+    const bool same =
+        value.tag == TLX_TAG_OBJECT_IDENTIFIER && std::ranges::equal(value.contents, content_type_octets());
     return same ? 0 : 0x52A20106;
 }
 
 Bytes ENVELOPED_MESSAGE_READER::content_type_octets() const noexcept {
     Element type;
     return read_element(parser_.info(), type) ? type.contents : Bytes();
+}
+
+bool ENVELOPED_MESSAGE_READER::content_is_data() const noexcept {
+    const MessageLayout *layout = find_layout(content_type_octets());
+    return layout != nullptr && layout->kind == MessageKind::data;
+}
+
+u32 ENVELOPED_MESSAGE_READER::make_message(CMS_CONTENT_INFO **out) const noexcept {
+    if (!is_complete()) return 0x52A6002B;
+    Encoder message;
+    {
+        const auto info = message.sequence();
+        message.raw(parser_.message_type());
+        const auto content = message.nest(context(0));
+        const auto body = message.sequence();
+        message.raw(parser_.body());
+    }
+    Element element;
+    if (!message.ok() || !read_element(message.bytes(), element)) return 0x52A6003C;
+    CMS_CONTENT_INFO *made = nullptr;
+    if (const u32 status = Codec<CMS_CONTENT_INFO>::decode(element, &made); status != 0) return status;
+    free_CMS_CONTENT_INFO(std::exchange(*out, made));
+    return 0;
 }
 
 OBJECT_IDENTIFIER *ENVELOPED_MESSAGE_READER::content_type() const noexcept {
@@ -326,6 +384,11 @@ uint32_t is_ENVELOPED_MESSAGE_READER_authenticated(const ENVELOPED_MESSAGE_READE
 
 OBJECT_IDENTIFIER *get_ENVELOPED_MESSAGE_READER_content_type(const ENVELOPED_MESSAGE_READER *reader) {
     return reader == nullptr ? nullptr : reader->content_type();
+}
+
+uint32_t get_ENVELOPED_MESSAGE_READER_message(const ENVELOPED_MESSAGE_READER *reader,
+                                              CMS_CONTENT_INFO **out) {
+    return reader == nullptr || out == nullptr ? 0x52A60049 : reader->make_message(out);
 }
 
 uint32_t is_ENVELOPED_MESSAGE_READER_complete(const ENVELOPED_MESSAGE_READER *reader) {

@@ -46,6 +46,8 @@ class MessageParser {
     /// Whether the content is a string of octets, and not another element whose contents octets it is.
     [[nodiscard]] bool content_is_string() const noexcept { return content_is_string_; }
     [[nodiscard]] bool is_done() const noexcept { return elements_.finished(); }
+    /// The object identifier of the message's content type, an element.
+    [[nodiscard]] Bytes message_type() const noexcept { return message_type_.bytes(); }
     [[nodiscard]] Failure failure() const noexcept { return failure_; }
     /// The members before the content, one after the other.
     [[nodiscard]] Bytes before_content() const noexcept { return body_.bytes().first(before_size_); }
