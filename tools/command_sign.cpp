@@ -1,20 +1,21 @@
 // tlxpki message sign.
 #include <iostream>
+#include <optional>
 
 #include "choice.hpp"
 #include "commands.hpp"
-#include "describe_message.hpp"
-#include "input.hpp"
 #include "key_file.hpp"
 #include "message.hpp"
+#include "message_pieces.hpp"
 #include "output.hpp"
 #include "status.hpp"
-#include "terminal.hpp"
 #include "token.hpp"
 
 namespace tool {
 
 namespace {
+
+using SignedWriter = Owned<SIGNED_MESSAGE_WRITER, free_SIGNED_MESSAGE_WRITER>;
 
 constexpr Choice kDigests[] = {{"sha256", TLX_OID_SHA256}, {"sha384", TLX_OID_SHA384},
                                {"sha512", TLX_OID_SHA512}, {"sha224", TLX_OID_SHA224},
@@ -70,14 +71,45 @@ void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &t
 
 namespace {
 
-void sign_content(P7_CONTENT_INFO *message, const SignOptions &options) {
-    const Waiting waiting("Signing");
-    const Buffer content = read_octets(options.content);
-    const uint32_t status = sign_PKCS7_withAttributes(message, content.octets().data(),
-                                                      static_cast<int32_t>(content.octets().size()),
-                                                      options.detached ? 1 : 0, nullptr);
+/// The form that content gets. Its size has to be told for DER; content of unknown size may be long.
+void choose_form(SIGNED_MESSAGE_WRITER_SETTINGS &settings, Source &content, bool detached) {
+    constexpr std::size_t kShort = 1024 * 1024;
+    (void)content.peek(kShort);
+    const std::optional<uint64_t> size = content.size();
+    settings.size = size.value_or(0);
+    settings.form = size ? TLX_MESSAGE_DER : TLX_MESSAGE_INDEFINITE;
+    if (detached) settings.form = TLX_MESSAGE_DETACHED;
+}
+
+void expect_signed(const Source &content, uint32_t status) {
+    constexpr uint32_t kLonger = 0x5283001C;
+    constexpr uint32_t kShorter = 0x5284001C;
+    if (status == kLonger || status == kShorter)
+        throw Failure(content.name() + ": changed while it was read");
     if (status != 0) throw Failure("the content cannot be signed: " + exact_status_sentence(status));
-    write_message(options.output, message, options.der);
+}
+
+/// Signs the content. An outline gets the message as well.
+void sign_content(const P7_CONTENT_INFO *message, const SignOptions &options, SignedOutline *outline) {
+    Waiting waiting("Signing");
+    Source content(options.content);
+    MessageTarget target(options.output, options.der);
+    Receiver receiver([&](Octets octets) {
+        target.write(octets);
+        if (outline != nullptr) outline->take(octets);
+    });
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = Receiver::give;
+    settings.context = &receiver;
+    settings.message = message;
+    choose_form(settings, content, options.detached);
+    const auto writer = made<SignedWriter>(new_SIGNED_MESSAGE_WRITER(&settings));
+    read_pieces(content, waiting, [&](Octets octets) {
+        expect_signed(content, receiver.checked(update_SIGNED_MESSAGE_WRITER(
+                                   writer.get(), octets.data(), static_cast<uint32_t>(octets.size()))));
+    });
+    expect_signed(content, receiver.checked(final_SIGNED_MESSAGE_WRITER(writer.get())));
+    target.finish();
 }
 
 }  // namespace
@@ -106,10 +138,10 @@ int run_sign(const SignOptions &options) {
             add_certificate(message.get(), loaded.cert.get());
         }
     }
-    sign_content(message.get(), options);
-    if (options.json) {
-        print_json(std::cout, message_document(source_of(options.content), message.get(), options.output));
-    }
+    std::optional<SignedOutline> outline;
+    if (options.json) outline.emplace(source_of(options.content), options.output);
+    sign_content(message.get(), options, outline ? &*outline : nullptr);
+    if (outline) print_json(std::cout, outline->describe());
     return kGood;
 }
 

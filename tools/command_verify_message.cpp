@@ -1,7 +1,6 @@
 // tlxpki message verify: checks every signer, and prints what was found of each.
 #include <array>
 #include <iostream>
-#include <optional>
 
 #include "commands.hpp"
 #include "describe_message.hpp"
@@ -13,29 +12,20 @@
 #include "signer_verifier.hpp"
 #include "status.hpp"
 #include "strict_report.hpp"
-#include "terminal.hpp"
 #include "verify.hpp"
+#include "verify_pieces.hpp"
 
 namespace tool {
 
 namespace {
 
 enum : uint32_t {
-    kNoSigners = 0x4B30002B,
     kTwoContents = 0x4B30001C,
     kNoContent = 0x4B30003B,
     kNoMemory = 0x4B30003C,
     kNoCertificate = 0x4B300047,
-    kUnproven = 0x4B300116,
     kNoIssuer = 0x53050047,
     kNoAnchor = 0x53050116
-};
-
-/// What verification found.
-struct Findings {
-    uint32_t status = 0;    ///< kUnproven without anchors when the signatures hold
-    SignerReports reports;  ///< null when no signer was checked
-    [[nodiscard]] bool is_proven() const { return status == 0; }
 };
 
 void expect_signatures(const std::string &source, const P7_CONTENT_INFO *message) {
@@ -58,13 +48,42 @@ void expect_checkable(const std::string &source, const P7_CONTENT_INFO *message,
     if (status == kNoMemory) throw std::bad_alloc();
 }
 
-Findings verify(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message, Octets content,
-                SignerVerifier &verifier) {
+/// The octets that are signed: those of data, or the element of other content.
+void write_content(const std::string &path, const P7_CONTENT_INFO *message, Octets given) {
+    if (given.data() != nullptr) return write_octets(path, given);
+    const P7_CONTENT_INFO *content = message->content.signedData->contentInfo;
+    if (content->received == nullptr) return write_octets(path, octets_of(content->content.data));
+    uint8_t *element = nullptr;
+    const uint32_t size = ASN1_to_binary(content->received, &element);
+    const Buffer owner(element, element == nullptr ? 0 : size);
+    write_octets(path, owner.octets());
+}
+
+/// Verifies a message that is read whole: by the compatible rules, and signed-and-enveloped data.
+Findings verify_whole(const VerifyMessageOptions &options, Source &source, SignerVerifier &verifier) {
+    const Message message = decode_message(Input(source.rest().octets(), source.name()));
+    expect_signatures(source.name(), message.get());
+    const Buffer content = options.content.empty() ? Buffer() : read_octets(options.content);
     Findings findings;
-    findings.status = verifier.verify(message, content, findings.reports);
-    expect_checkable(source_of(options.message), message, findings.status);
-    if (findings.status == 0 && !verifier.has_anchors()) findings.status = kUnproven;
+    findings.settle(verifier.verify(message.get(), content.octets(), findings.reports), verifier);
+    expect_checkable(source.name(), message.get(), findings.status);
+    for (uint32_t i = 0; i < get_P7_SIGNER_REPORTS_count(findings.reports.get()); ++i) {
+        const P7_SIGNER_INFO *signer =
+            get_P7_SIGNER_INFOS_child(signers_of(message.get()), static_cast<int32_t>(i));
+        findings.signers.push_back(describe_signer(signer));
+    }
+    if (findings.is_proven() && !options.output.empty()) {
+        write_content(options.output, message.get(), content.octets());
+    }
     return findings;
+}
+
+Findings verify(const VerifyMessageOptions &options, SignerVerifier &verifier) {
+    Waiting waiting("Verifying");
+    Source message(options.message);
+    const bool in_pieces = options.rules == kStrict && type_of(message) == TLX_MESSAGE_SIGNED_DATA;
+    return in_pieces ? verify_in_pieces(options, message, verifier, waiting)
+                     : verify_whole(options, message, verifier);
 }
 
 /// A check of a signer. It was not made without a certificate when it takes one, and a path without anchors.
@@ -97,10 +116,10 @@ const char *state_of(Mark mark) {
     return kStates[static_cast<std::size_t>(mark)];
 }
 
-Json describe_report(const P7_SIGNER_INFO *signer, const P7_SIGNER_REPORT &report) {
+Json describe_report(const Json &signer, const P7_SIGNER_REPORT &report) {
     Json json = Json::object();
     if (report.certificate != nullptr) json["subject"] = name_text(get_X509_subject(report.certificate));
-    json.update(describe_signer(signer));
+    json.update(signer);
     for (const Check &check : kChecks) {
         const Mark mark = mark_of(report, check);
         Json &described = json["checks"][check.name] = {{"state", state_of(mark)}};
@@ -140,18 +159,18 @@ std::string hint_for(const Findings &findings, const SignerVerifier &verifier) {
     return hint;
 }
 
-Json describe_findings(const VerifyMessageOptions &options, const P7_CONTENT_INFO *message,
-                       const Findings &findings, const SignerVerifier &verifier) {
+Json describe_findings(const VerifyMessageOptions &options, const Findings &findings,
+                       const SignerVerifier &verifier) {
     Json json = {{"source", source_of(options.message)},
                  {"valid", findings.is_proven()},
                  {"status", exact_status_json(findings.status)},
                  {"signers", Json::array()}};
     const std::string hint = hint_for(findings, verifier);
     if (!hint.empty()) json["status"]["hint"] = hint;
-    for (uint32_t i = 0; i < get_P7_SIGNER_REPORTS_count(findings.reports.get()); ++i) {
-        const auto at = static_cast<int32_t>(i);
-        json["signers"].push_back(describe_report(get_P7_SIGNER_INFOS_child(signers_of(message), at),
-                                                  *get_P7_SIGNER_REPORTS_child(findings.reports.get(), at)));
+    int32_t place = 0;
+    for (const Json &signer : findings.signers) {
+        json["signers"].push_back(
+            describe_report(signer, *get_P7_SIGNER_REPORTS_child(findings.reports.get(), place++)));
     }
     return json;
 }
@@ -209,17 +228,6 @@ void print_findings(std::ostream &out, const Json &document, const Findings &fin
     print_text(out, document["status"], 2);
 }
 
-/// The octets that are signed: those of data, or the element of other content.
-void write_content(const std::string &path, const P7_CONTENT_INFO *message, Octets given) {
-    if (given.data() != nullptr) return write_octets(path, given);
-    const P7_CONTENT_INFO *content = message->content.signedData->contentInfo;
-    if (content->received == nullptr) return write_octets(path, octets_of(content->content.data));
-    uint8_t *element = nullptr;
-    const uint32_t size = ASN1_to_binary(content->received, &element);
-    const Buffer owner(element, element == nullptr ? 0 : size);
-    write_octets(path, owner.octets());
-}
-
 }  // namespace
 
 int run_verify_message(const VerifyMessageOptions &options) {
@@ -228,16 +236,8 @@ int run_verify_message(const VerifyMessageOptions &options) {
     SignerVerifier verifier(options);
     Warner warner;
     warner.tell(verifier.take_warnings());
-    std::optional<Waiting> waiting("Verifying");
-    const Message message = read_message(options.message);
-    expect_signatures(source_of(options.message), message.get());
-    const Buffer content = options.content.empty() ? Buffer() : read_octets(options.content);
-    const Findings findings = verify(options, message.get(), content.octets(), verifier);
-    if (findings.is_proven() && !options.output.empty()) {
-        write_content(options.output, message.get(), content.octets());
-    }
-    waiting.reset();
-    const Json document = describe_findings(options, message.get(), findings, verifier);
+    const Findings findings = verify(options, verifier);
+    const Json document = describe_findings(options, findings, verifier);
     warner.tell(warnings_about(document, findings, verifier));
     if (options.json) {
         print_json(std::cout, document);

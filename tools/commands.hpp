@@ -64,6 +64,7 @@ struct VerifyMessageOptions {
     std::string content;  ///< of a detached message
     std::string output;   ///< empty for none
     std::string message;
+    bool unverified_output = false;
     bool json = false;
 };
 

@@ -6,6 +6,7 @@
 #include "message.hpp"
 #include "ocsp.hpp"
 #include "revocation.hpp"
+#include "status.hpp"
 
 namespace tool {
 
@@ -282,6 +283,20 @@ Json describe_cms(const CMS_CONTENT_INFO *message) {
     describe_any(json, message->authEnvelopedData);
     if (message->other != nullptr) json["element"] = node_hex(message->other);
     return json;
+}
+
+Json describe_node(const std::string &source, const ASN1_UNIT *message) {
+    P7_CONTENT_INFO *old = nullptr;
+    const uint32_t status = Seq_to_P7_CONTENT_INFO(message, &old);
+    const Message old_owner(old);
+    if (status == 0) return describe_message(old);
+    CMS_CONTENT_INFO *info = nullptr;
+    const uint32_t cms_status = Seq_to_CMS_CONTENT_INFO(message, &info);
+    const Owned<CMS_CONTENT_INFO, free_CMS_CONTENT_INFO> owner(info);
+    if (cms_status == 0) return describe_cms(info);
+    constexpr uint32_t kNoSuchContent = 1;
+    throw Failure(source +
+                  ": cannot be decoded: " + status_sentence(status == kNoSuchContent ? cms_status : status));
 }
 
 }  // namespace tool

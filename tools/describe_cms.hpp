@@ -9,6 +9,10 @@ namespace tool {
 /// A message, with the members that describe_message() also has.
 [[nodiscard]] Json describe_cms(const CMS_CONTENT_INFO *message);
 
+/// A message of PKCS #7, or of CMS where PKCS #7 has no such content. The status is that of PKCS #7 when
+/// neither can be read, unless only CMS has a content of this type. Throws Failure.
+[[nodiscard]] Json describe_node(const std::string &source, const ASN1_UNIT *message);
+
 /// A value of an attribute that has a record (RFC 5035, RFC 6211, RFC 3161, countersignatures); null for a
 /// value of another type, for one that cannot be decoded, and for one that lies too deep in others.
 [[nodiscard]] Json describe_attribute_record(const std::string &type, const ASN1_UNIT *value);

@@ -1,15 +1,13 @@
 #include "input.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <system_error>
 
 #include "block_kind.hpp"
 #include "element.hpp"
 #include "failure.hpp"
+#include "source.hpp"
 #include "status.hpp"
 
 namespace tool {
@@ -23,49 +21,6 @@ constexpr uint32_t kNoEnd = 0x4E010047;
 constexpr uint32_t kOtherEnd = 0x4E010048;
 constexpr uint32_t kNotOneElement = 0x4E01004F;
 constexpr uint32_t kEncrypted = 0x4E010114;
-
-/// What a pipe or a device may give at most, since it may have no end.
-constexpr std::size_t kMostStreamMegabytes = 256;
-
-struct CloseFile {
-    void operator()(std::FILE *file) const { (void)std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-/// The system's reason why a file could not be read.
-std::string reason_unreadable(const std::string &path, int error) {
-    std::error_code ignored;
-    const std::filesystem::path file = file_path(path);
-    if (std::filesystem::is_directory(file, ignored)) return "is a directory";
-    const auto size = std::filesystem::file_size(file, ignored);
-    if (!ignored && size > 0x7FFFFFFF) return "is larger than 2 GB";
-    return error == 0 ? "cannot be read" : "cannot be read: " + std::generic_category().message(error);
-}
-
-/// Reads to the end. A buffer of its own in the C library would keep a copy of a key.
-Buffer read_stream(const std::string &path) {
-    const auto unreadable = [&path] {
-        return Failure(source_of(path) + ": " + reason_unreadable(path, errno));
-    };
-    constexpr std::size_t kMost = kMostStreamMegabytes * 1024 * 1024;
-    errno = 0;
-    const File opened(path == "-" ? nullptr : std::fopen(path.c_str(), "rb"));
-    std::FILE *file = path == "-" ? stdin : opened.get();
-    if (file == nullptr || std::setvbuf(file, nullptr, _IONBF, 0) != 0) throw unreadable();
-    Buffer contents = Buffer::of_size(64 * 1024);
-    for (std::size_t size = 0;;) {
-        const std::size_t room = contents.octets().size() - size;
-        const std::size_t got = std::fread(contents.data() + size, 1, room, file);
-        size += got;
-        if (std::ferror(file) != 0) throw unreadable();
-        if (got < room) return contents.resized(size);
-        if (size > kMost) {
-            throw Failure(source_of(path) + ": does not end within " + std::to_string(kMostStreamMegabytes) +
-                          " MB");
-        }
-        contents = contents.resized(2 * size);
-    }
-}
 
 ENCODED_BLOCKS *read_blocks(Octets octets, const std::string &source) {
     if (octets.empty()) throw Failure(source + ": is empty");
@@ -249,19 +204,7 @@ Buffer Buffer::resized(std::size_t size) const {
 }
 
 Buffer read_octets(const std::string &path) {
-    std::error_code ignored;
-    const auto type = std::filesystem::status(file_path(path), ignored).type();
-    const bool is_stream = type == std::filesystem::file_type::fifo ||
-                           type == std::filesystem::file_type::character ||
-                           type == std::filesystem::file_type::socket;
-    if (path == "-" || is_stream) return read_stream(path);
-    uint8_t *octets = nullptr;
-    uint32_t size = 0;
-    errno = 0;
-    if (File_to_binary(path.c_str(), &octets, &size) != 0) {
-        throw Failure(path + ": " + reason_unreadable(path, errno));
-    }
-    return {octets, size};
+    return Source(path).rest();
 }
 
 Input::Input(const std::string &path) : Input(read_octets(path).octets(), source_of(path)) {}

@@ -12,7 +12,10 @@ Message new_message(int32_t type) {
 }
 
 Message read_message(const std::string &path) {
-    const Input input(path);
+    return decode_message(Input(path));
+}
+
+Message decode_message(const Input &input) {
     const Block &block = input.blocks().front();
     expect_contents(block);
     return Message(decode_record(block, Seq_to_P7_CONTENT_INFO));

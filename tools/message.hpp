@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "text.hpp"
+#include "input.hpp"
 
 namespace tool {
 
@@ -14,6 +14,9 @@ using Message = Owned<P7_CONTENT_INFO, free_P7_CONTENT_INFO>;
 
 /// The message of a file. Throws Failure.
 [[nodiscard]] Message read_message(const std::string &path);
+
+/// The same of the first block of what was read.
+[[nodiscard]] Message decode_message(const Input &input);
 
 /// Writes a message as DER, or as PEM under the label of RFC 7468. Throws Failure.
 void write_message(const std::string &path, const P7_CONTENT_INFO *message, bool as_der);

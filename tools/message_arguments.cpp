@@ -60,6 +60,9 @@ void add_verify_message(CLI::App *message, CommandLine &line) {
     add_rules(command, options.rules);
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the content of a valid message goes");
+    command->add_flag("--unverified-output", options.unverified_output,
+                      "Write content to standard output, a pipe or a device before it is verified: the exit\n"
+                      "status alone says whether it counts. Otherwise 1 MB is the most that goes there");
     add_signer_options(command, options.strict);
     add_operand(command, "MESSAGE", options.message, "The message");
     command->callback([command, &line, &options] {

@@ -7,10 +7,9 @@
 
 namespace tool {
 
-/// Writes a file, or standard output for "-". A file that cannot be written whole is removed again. Throws
-/// Failure.
+/// Writes a file, or standard output for "-". A file stays as it was unless all is written. Throws Failure.
 void write_octets(const std::string &path, Octets octets);
-/// The same of a secret: the file is its owner's alone.
+/// The same of a secret: the file is its owner's alone. One that cannot be written whole is removed again.
 void write_private_octets(const std::string &path, Octets octets);
 
 /// Throws Failure when JSON and what a command writes would both go to standard output.

@@ -48,6 +48,12 @@ uint32_t SignerVerifier::verify(const P7_CONTENT_INFO *message, Octets content, 
     return status;
 }
 
+void SignerVerifier::set(SIGNED_MESSAGE_READER_SETTINGS &settings) const {
+    settings.pool = pool_.get();
+    settings.store = has_anchors_ ? store_->get() : nullptr;
+    settings.settings = &settings_->get();
+}
+
 std::vector<std::string> SignerVerifier::take_warnings() {
     std::vector<std::string> warnings = std::exchange(warnings_, {});
     if (!settings_) return warnings;

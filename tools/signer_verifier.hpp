@@ -24,6 +24,8 @@ class SignerVerifier {
     [[nodiscard]] bool has_anchors() const { return has_anchors_; }
     /// Verifies every signer. Reports are null when none was checked.
     [[nodiscard]] uint32_t verify(const P7_CONTENT_INFO *message, Octets content, SignerReports &reports);
+    /// Sets how a reader verifies signers by the strict rules. The verifier has to outlive the reader.
+    void set(SIGNED_MESSAGE_READER_SETTINGS &settings) const;
     /// What was passed over, and could not be fetched since the last call.
     [[nodiscard]] std::vector<std::string> take_warnings();
     /// What may help against a finding about a path; may be empty.

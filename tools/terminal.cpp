@@ -64,12 +64,22 @@ Waiting::~Waiting() {
     counter_.join();
 }
 
+/// ", 37 MB of 4096 MB".
+std::string Waiting::progress() const {
+    constexpr uint64_t kMegabyte = 1024 * 1024;
+    const auto megabytes = [](uint64_t octets) { return std::to_string(octets / kMegabyte) + " MB"; };
+    const uint64_t done = done_;
+    const uint64_t expected = expected_;
+    if (done < kMegabyte) return "";
+    return ", " + megabytes(done) + (expected < done ? "" : " of " + megabytes(expected));
+}
+
 void Waiting::count() {
     std::unique_lock lock(mutex_);
     const auto is_over = [this] { return over_; };
     int seconds = 0;
     while (!changed_.wait_for(lock, std::chrono::seconds(1), is_over)) {
-        std::cerr << '\r' << what_ << ", " << ++seconds << " s" << std::flush;
+        std::cerr << '\r' << what_ << ", " << ++seconds << " s" << progress() << std::flush;
     }
     if (seconds > 0) std::cerr << "\r\033[K" << std::flush;
 }

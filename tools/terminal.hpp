@@ -1,8 +1,10 @@
 // What people see beside the output of a command: marks in colour, progress and warnings.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <set>
 #include <string>
@@ -37,7 +39,8 @@ class Progress {
     bool shown_;
 };
 
-/// Says on standard error when that is a terminal, once a second, for how long something has gone on.
+/// Says on standard error when that is a terminal, once a second, for how long something has gone on, and how
+/// much of it is done.
 class Waiting {
   public:
     explicit Waiting(std::string what);
@@ -45,10 +48,17 @@ class Waiting {
     Waiting(const Waiting &) = delete;
     Waiting &operator=(const Waiting &) = delete;
 
+    /// How many octets there are; not called when that is not known.
+    void expect(uint64_t octets) { expected_ = octets; }
+    void add(std::size_t octets) { done_ += octets; }
+
   private:
     void count();
+    [[nodiscard]] std::string progress() const;
 
     std::string what_;
+    std::atomic<uint64_t> expected_ = 0;
+    std::atomic<uint64_t> done_ = 0;
     std::mutex mutex_;
     std::condition_variable changed_;
     bool over_ = false;

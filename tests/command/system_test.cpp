@@ -98,6 +98,46 @@ TEST_F(CommandSystem, ColoursAndTheBarAreForTerminals) {
     EXPECT_FALSE(has(slow, "Encrypting"));
 }
 
+/// A key and certificate of its own, of which the paths of these tests are made.
+void make_signer(tlx_test::CommandFolder &folder) {
+    folder.run("openssl req -x509 -newkey rsa:2048 -nodes -keyout own.key -out own.pem -subj /CN=own 2>&1");
+}
+
+TEST_F(CommandSystem, MessagesGoThroughPipes) {
+    make_signer(folder_);
+    const std::string sign = TLX_COMMAND " message sign --cert own.pem --key own.key ";
+    const std::string verify = TLX_COMMAND " message verify --anchor own.pem ";
+    const auto has = [this](const std::string &command, const std::string &part) {
+        const std::string printed = folder_.run("(" + command + ") 2>&1 || true");
+        EXPECT_NE(printed.find(part), std::string::npos) << command << "\n" << printed;
+    };
+    folder_.run("head -c 8000000 /dev/zero > content; mkfifo pipe");
+    has("cat content | " + sign + "--der - | " + verify + "-o found - && cmp content found && echo same",
+        "standard input: valid\n  Status  0x00000000\n  Reason  success\nsame\n");
+    has("(cat pipe > copy &) ; " + sign + "-o pipe own.pem; " + verify + "copy", "copy: valid\n");
+    has("cat own.pem | " + sign +
+            "- | openssl cms -verify -inform PEM -CAfile own.pem -binary | cmp own.pem -",
+        "");
+    has(sign + "-o /dev/full own.pem", "/dev/full: cannot be written: No space left on device\n");
+    has(sign + "own.pem > /dev/full", "the output cannot be written\n");
+    has(sign + "content | " + verify + "-o /dev/stdout - | wc -c", "has more than 1 MB of content");
+    has(sign + "content | " + verify +
+            "-o /dev/stdout --unverified-output - 2> /dev/null | head -c 8000000 | "
+            "cmp - content && echo same",
+        "same");
+}
+
+TEST_F(CommandSystem, NothingIsLeftOfWhatIsInterrupted) {
+    make_signer(folder_);
+    folder_.write("signed", "before");
+    const std::string left = folder_.run(
+        "mkfifo pipe; sleep 60 > pipe & holder=$!; " TLX_COMMAND
+        " message sign --cert own.pem --key own.key -o signed pipe & command=$!; "
+        "until ls -A | grep -qF .tlxpki-; do sleep 0.05; done; kill $command; wait $command; echo status $?; "
+        "kill $holder; ls -A | grep -F .tlxpki-; cat signed");
+    EXPECT_NE(left.find("status 143\nbefore"), std::string::npos) << left;
+}
+
 TEST_F(CommandSystem, PasswordsAreTypedUnseen) {
     (void)folder_.run("openssl rsa -in rsa-0.pem -traditional -des3 -passout pass:secret -out des3.pem");
     struct Row {

@@ -1,0 +1,145 @@
+#include "message_pieces.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+#include "describe_cms.hpp"
+#include "failure.hpp"
+#include "status.hpp"
+
+namespace tool {
+
+namespace {
+
+using PemReader = Owned<PEM_READER, free_PEM_READER>;
+
+/// The octets of a file that say what it is.
+constexpr std::size_t kHead = 64 * 1024;
+
+bool is_control(char c) {
+    return c >= 0 && c < ' ' && c != '\t' && c != '\r' && c != '\n';
+}
+
+/// A block begins, and nothing but text stands before it.
+bool is_pem(Octets head) {
+    const std::string_view text(reinterpret_cast<const char *>(head.data()), head.size());
+    const std::size_t begin = text.find("-----BEGIN ");
+    return begin != std::string_view::npos && std::ranges::none_of(text.substr(0, begin), is_control);
+}
+
+uint32_t update_pem(PEM_READER *reader, Octets text) {
+    return update_PEM_READER(reader, reinterpret_cast<const char *>(text.data()),
+                             static_cast<uint32_t>(text.size()));
+}
+
+/// Throws Failure unless the status of reading PEM is 0.
+void expect_pem(const Source &source, const PEM_READER *reader, uint32_t status) {
+    constexpr uint32_t kNoEnd = 0x5286004F;
+    if (status == 0) return;
+    const std::string label = get_PEM_READER_label(reader);
+    if (status == kNoEnd) throw Failure(source.name() + ": has no \"-----END " + label + "-----\"");
+    throw Failure(source.name() + ": the text of the " + label + " is not Base64, or ends as another");
+}
+
+/// What the first octets of PEM stand for, as far as they can be read.
+std::vector<uint8_t> decoded(Octets head) {
+    std::vector<uint8_t> octets;
+    Receiver receiver([&octets](Octets part) { octets.insert(octets.end(), part.begin(), part.end()); });
+    const auto reader = made<PemReader>(new_PEM_READER(Receiver::give, &receiver));
+    (void)receiver.checked(update_pem(reader.get(), head));
+    return octets;
+}
+
+}  // namespace
+
+uint32_t type_of(Source &source) {
+    const Octets head = source.peek(kHead);
+    const std::vector<uint8_t> message =
+        is_pem(head) ? decoded(head) : std::vector<uint8_t>(head.begin(), head.end());
+    uint32_t type = TLX_MESSAGE_OTHER;
+    (void)get_MESSAGE_type(message.data(), static_cast<uint32_t>(message.size()), &type);
+    return type;
+}
+
+void read_pieces(Source &source, Waiting &waiting, const Take &take) {
+    if (const auto size = source.size()) waiting.expect(*size);
+    for (Octets piece = source.next(); !piece.empty(); piece = source.next()) {
+        take(piece);
+        waiting.add(piece.size());
+    }
+}
+
+void read_message_pieces(Source &source, Waiting &waiting, const Take &take) {
+    if (source.peek(kHead).empty()) throw Failure(source.name() + ": is empty");
+    if (!is_pem(source.peek(kHead))) return read_pieces(source, waiting, take);
+    Receiver receiver(take);
+    const auto reader = made<PemReader>(new_PEM_READER(Receiver::give, &receiver));
+    read_pieces(source, waiting, [&](Octets text) {
+        expect_pem(source, reader.get(), receiver.checked(update_pem(reader.get(), text)));
+    });
+    expect_pem(source, reader.get(), receiver.checked(final_PEM_READER(reader.get())));
+}
+
+MessageTarget::MessageTarget(const std::string &path, bool as_der)
+    : target_(path), text_([this](Octets text) { target_.write(text); }) {
+    if (!as_der) pem_ = made<decltype(pem_)>(new_PEM_WRITER("PKCS7", Receiver::give, &text_));
+}
+
+void MessageTarget::write(Octets octets) {
+    if (pem_ == nullptr) return target_.write(octets);
+    must(text_.checked(update_PEM_WRITER(pem_.get(), octets.data(), static_cast<uint32_t>(octets.size()))));
+}
+
+void MessageTarget::finish() {
+    if (pem_ != nullptr) must(text_.checked(final_PEM_WRITER(pem_.get())));
+    target_.finish();
+}
+
+void expect_read(const std::string &source, uint32_t status) {
+    constexpr uint32_t kTooMuchHeld = 0x52800047;
+    constexpr uint32_t kReason = 0xFFFF;
+    constexpr uint32_t kNoMemory = 0x3C;
+    if (status == 0) return;
+    if ((status & kReason) == kNoMemory) throw std::bad_alloc();
+    if (status == kTooMuchHeld) {
+        throw Failure(source + ": has more than " + std::to_string(kMostHeldMegabytes) +
+                      " MB beside its content");
+    }
+    throw Failure(source + ": cannot be decoded: " + status_sentence(status));
+}
+
+Json describe_outline(const std::string &source, const SIGNED_MESSAGE_READER *reader) {
+    uint8_t *octets = nullptr;
+    const uint32_t size = get_SIGNED_MESSAGE_READER_outline(reader, &octets);
+    const Buffer outline(octets, size);
+    if (octets == nullptr) throw std::bad_alloc();
+    const Node node(decodeToDERSequence_n(octets, size));
+    return describe_node(source, node.get());
+}
+
+SignedOutline::SignedOutline(std::string source, std::string output)
+    : source_(std::move(source)),
+      output_(std::move(output)),
+      content_([this](Octets octets) { size_ += octets.size(); }) {
+    SIGNED_MESSAGE_READER_SETTINGS settings = {};
+    settings.unverified_output = Receiver::give;
+    settings.context = &content_;
+    settings.held_limit = kMostHeld;
+    reader_ = made<SignedReader>(new_SIGNED_MESSAGE_READER(&settings));
+}
+
+void SignedOutline::take(Octets octets) {
+    expect_read(source_, content_.checked(update_SIGNED_MESSAGE_READER(
+                             reader_.get(), octets.data(), static_cast<uint32_t>(octets.size()))));
+}
+
+Json SignedOutline::describe() const {
+    if (is_SIGNED_MESSAGE_READER_complete(reader_.get()) == 0) throw Failure(source_ + ": is not complete");
+    Json json = {{"source", source_}};
+    if (!output_.empty()) json["output"] = output_;
+    json.update(describe_outline(source_, reader_.get()));
+    if (is_SIGNED_MESSAGE_READER_detached(reader_.get()) == 0) json["content"]["octets"] = size_;
+    return json;
+}
+
+}  // namespace tool
