@@ -91,6 +91,10 @@ std::uint32_t verify_in_pieces(const std::string &octets, bool detached) {
               0U);
     SIGNED_MESSAGE_READER_SETTINGS settings = {};
     settings.store = store.get();
+    VERIFY_SETTINGS any = {};
+    any.profile = TLX_PROFILE_ANY;
+    any.purpose = TLX_PURPOSE_SIGNING;
+    settings.settings = &any;
     const Octets content(kContent.begin(), kContent.end());
     return read_in_pieces(settings, {octets.begin(), octets.end()}, 100, detached ? &content : nullptr);
 }

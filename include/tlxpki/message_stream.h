@@ -45,7 +45,9 @@ typedef struct SIGNED_MESSAGE_READER_SETTINGS {
                                          TLX_MESSAGE_HELD_BACK_LIMIT, which is the most */
     const X509_CERTIFICATES *pool;    /**< further certificates; may be null */
     const VERIFY_STORE *store;        /**< anchors and intermediates; null checks no paths */
-    const VERIFY_SETTINGS *settings;  /**< those of paths; null as for verify_PKCS7_Signers_ex() */
+    const VERIFY_SETTINGS *settings;  /**< those of paths and of the signers' own algorithms; null for the
+                                         defaults with the purpose TLX_PURPOSE_SIGNING. Without settings and
+                                         without a store no algorithm is too weak */
 } SIGNED_MESSAGE_READER_SETTINGS;
 
 /** A signed message that is being read. */
@@ -83,20 +85,27 @@ TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER_content(SIGNED_MESSAGE_READER *
  * Ends the message and verifies its signers, as verify_PKCS7_Signers_ex() does. Content that was held back is
  * given out when the result is 0.
  *
+ * Signers of CMS may have keys of RSA (PKCS #1 v1.5 and PSS), ECDSA, EdDSA (RFC 8419), DSA and KCDSA, with
+ * SHA-2, SHA-3 and older digests. Lists and OCSP responses that the message carries (RFC 5940) count for
+ * paths. A signer may be named by a key identifier that several certificates have: up to 8 are tried. Which
+ * is the signer's, the attributes of RFC 5035 decide, then the signature, then the path. Its
+ * countersignatures decide nothing.
+ *
  * One pass has its limits, which are findings about a signer. Its digest has to be among digestAlgorithms,
  * which stand before the content: otherwise contentStatus is 0x52820047. A KCDSA signature without attributes
- * takes the content after the key, which comes last: signatureStatus is 0x52820048, unless the content was
- * kept because it fits held_limit, or is held back. For content that was not kept, without attributes,
- * contentStatus is 0x4B30002B whenever the content is one SET.
+ * takes the content after the key, which comes last, and one of EdDSA goes over it twice: signatureStatus is
+ * 0x52820048, and for EdDSA and DSA 0x52820012, unless the content was kept because it fits held_limit, or is
+ * held back. For content that was not kept, without attributes, contentStatus is 0x4B30002B whenever the
+ * content is one SET.
  *
  * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
  * null
  * @return 0; 0x52820049 for a null reader; 0x5282004F when the message is not complete; 0x5282002B for a
  * message without signers; 0x52820104 for an unknown member and a content type that cannot be decoded, and
  * when memory runs out for it; 0x5282003B for a detached message without content; 0x5282003C when memory runs
- * out; 0x4B30003C as verify_PKCS7_Signers_ex() returns it; a status of P7_SIGNED_DATA for members that cannot
- * be decoded; the status of the first signer that fails; a status of the output. Afterwards all operations
- * return 0x5282001C
+ * out; 0x4B30003C as verify_PKCS7_Signers_ex() returns it; a status of P7_SIGNED_DATA for members that
+ * neither PKCS #7 nor CMS has; the status of the first signer that fails; a status of the output. Afterwards
+ * all operations return 0x5282001C
  */
 TLXPKI_API uint32_t final_SIGNED_MESSAGE_READER(SIGNED_MESSAGE_READER *reader, P7_SIGNER_REPORTS **reports);
 /** Returns 1 when the message is complete, 0 before and for null. */

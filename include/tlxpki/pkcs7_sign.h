@@ -173,29 +173,40 @@ TLXPKI_API uint32_t verify_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, c
 /** What verify_PKCS7_Signers() finds about one signer. A status of 0 means that the check was made and
  * passed. Checks that take the certificate have the status 0x4B300047 when there is none. */
 typedef struct P7_SIGNER_REPORT {
-    uint32_t status;            /**< the first of those that follow that is not 0; without anchors pathStatus
-                                   does not count */
-    uint32_t certificateStatus; /**< 0x4B300047 there is no certificate with the issuer and serial number;
+    uint32_t status;            /**< the first that is not 0 of certificateStatus, algorithmStatus,
+                                   contentStatus, signingCertificateStatus, protectionStatus, signatureStatus
+                                   and, with anchors, pathStatus */
+    uint32_t certificateStatus; /**< 0x4B300047 there is no certificate with the issuer and serial number, or
+                                   with the key identifier;
                                    0x4B300118 its key usage allows neither digital signatures nor
                                    nonRepudiation; a status of verify_X509_validity() */
     uint32_t algorithmStatus;   /**< 0x4B300048 an algorithm is unknown or not available, is not one for the
-                                   key, or has another digest or other parameters than the signer's */
+                                   key, or has another digest or other parameters than the signer's;
+                                   0x55020206 the key and 0x55020207 the digest is none of the profile's, where
+                                   the settings have one; 0x55020202 the key's numbers make no key */
     uint32_t
-        contentStatus;           /**< 0x4B30002B there are attributes, but not exactly one contentType and one
-                                    messageDigest with one value each, or there are none although the content
-                                    is not data or is itself such a set of attributes; 0x4B300106 contentType is
-                                    not the      content's; 0x4B30005E messageDigest is not the digest of the content */
-    uint32_t signatureStatus;    /**< 0x4B300054 the signature does not verify; with an algorithmStatus the
-                                    same */
-    uint32_t pathStatus;         /**< a status of verify_CERTIFICATE(), or of build_certPath() or
-                                    validate_certpath() by the compatible rules; 0x4B300116 without anchors:
-                                    nothing proves whose key it is */
-    uint32_t digestAlgorithm;    /**< row of the registry; 0 for an unknown one */
+        contentStatus;        /**< 0x4B30002B there are attributes, but not exactly one contentType and one
+                                 messageDigest with one value each, or there are none although the content
+                                 is not data or is itself such a set of attributes; 0x4B300106 contentType is
+                                 not the      content's; 0x4B30005E messageDigest is not the digest of the content */
+    uint32_t signatureStatus; /**< 0x4B300054 the signature does not verify; 0x4B300048 as algorithmStatus */
+    uint32_t pathStatus;      /**< a status of verify_CERTIFICATE(), or of build_certPath() or
+                                 validate_certpath() by the compatible rules; 0x4B300116 without anchors:
+                                 nothing proves whose key it is */
+    uint32_t digestAlgorithm; /**< row of the registry; 0 for an unknown one */
     uint32_t signatureAlgorithm; /**< likewise */
     X509_CERT *certificate;      /**< the signer's, owned; null when there is none */
     ASN1_TIME *signingTime;      /**< what the signer says, owned; null when it says none */
     VERIFY_RESULT *path;         /**< the path and all findings about it, owned; null without anchors and by
                                     the compatible rules */
+    uint32_t signingCertificateStatus; /**< 0x5282005E the attribute signingCertificate or
+                                          signingCertificateV2 (RFC 5035) names another certificate, is there
+                                          twice or cannot be decoded; its own digest is not judged */
+    uint32_t protectionStatus;  /**< 0x52820106 the attribute CMSAlgorithmProtection (RFC 6211) has other
+                                   algorithms than the signer, is there twice or cannot be decoded */
+    uint32_t countersignatures; /**< how many the signer has; nothing verifies them */
+    OCTET_STRING *signature;    /**< owned; null when there is none */
+    X509_ATTRIBUTES *unsignedAttributes; /**< such as time stamps, owned; null when there are none */
 } P7_SIGNER_REPORT;
 
 /** P7_SIGNER_REPORT entries in the order of the signers, freed with free_P7_SIGNER_REPORTS(). */
@@ -213,8 +224,8 @@ typedef STACK P7_SIGNER_REPORTS;
  * Paths are verified by verify_CERTIFICATE() with the purpose TLX_PURPOSE_SIGNING and its other defaults:
  * keys of RSA and KCDSA below 2048 bits and signatures with SHA-1 and HAS-160 are too weak for certificates.
  * verify_PKCS7_Signers_ex() takes other settings. Revocation lists that the message carries count: who is on
- * one is revoked. No digest of the signer's own signature is refused for being weak. It trusts no signing
- * time, and ignores unauthenticated attributes.
+ * one is revoked. No digest of the signer's own signature is refused for being weak, unless settings are
+ * given. It trusts no signing time, and ignores unauthenticated attributes.
  *
  * @param info    signed data, or signed-and-enveloped data with the decrypted content
  * @param content the content of a detached message; null when the message has content
@@ -238,7 +249,8 @@ TLXPKI_API uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint
  * the message count as they were received
  * @param store    anchors and intermediates; null checks no paths
  * @param settings null for those of verify_PKCS7_Signers() at the present time. Their time also is that of
- * certificateStatus, and accepted_faults also counts for certificates of the pool and the message
+ * certificateStatus, accepted_faults also counts for certificates of the pool and the message, and a signer's
+ * own key and algorithms have to pass profile and least_rsa_bits, also without a store
  * @return as verify_PKCS7_Signers() does
  */
 TLXPKI_API uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *content,

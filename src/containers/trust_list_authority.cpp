@@ -55,8 +55,10 @@ u32 check_authority(const P7_SIGNER_REPORT &report, const X509_CERTIFICATES *aut
 u32 check_signers(const P7_SIGNER_REPORTS *reports, const X509_CERTIFICATES *authorities) noexcept {
     for (u32 i = 0; i < get_STACK_count(reports); ++i) {
         const auto &report = *static_cast<const P7_SIGNER_REPORT *>(reports->values[i]);
-        for (const u32 status : {report.certificateStatus, report.algorithmStatus, report.contentStatus,
-                                 report.signatureStatus, check_authority(report, authorities)}) {
+        for (const u32 status :
+             {report.certificateStatus, report.contentStatus, report.signingCertificateStatus,
+              report.protectionStatus, report.signatureStatus, check_authority(report, authorities),
+              report.algorithmStatus}) {
             if (status != 0) return status;
         }
     }

@@ -2,9 +2,9 @@
 #include <tlxpki/message_stream.h>
 
 #include "message/message_parser.hpp"
+#include "message/signed_body.hpp"
 #include "message/streamed_content.hpp"
 #include "message/strict_path.hpp"
-#include "message/verify_signers.hpp"
 #include "verify/object.hpp"
 
 using namespace tlx;
@@ -117,15 +117,10 @@ u32 SIGNED_MESSAGE_READER::finish(P7_SIGNER_REPORTS **reports) noexcept {
 
 u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
     if (!is_complete()) return 0x5282004F;
-    Element body;
-    body.tag = kSequence;
-    body.contents = parser_.body();
-    P7_SIGNED_DATA *made = nullptr;
-    const u32 decoded = Codec<P7_SIGNED_DATA>::decode(body, &made);
-    const Owned<P7_SIGNED_DATA> data(made);
-    if (decoded != 0) return decoded;
-    if (!data) return 0x52820104;  // an unknown member
-    if (get_STACK_count(data->signerInfos) == 0) return 0x5282002B;
+    SignedBody body;
+    if (const u32 status = body.decode(parser_.body()); status != 0) return status;
+    const SignerMembers members = body.members();
+    if (get_STACK_count(members.signers) == 0) return 0x5282002B;
     if (!content_given_) return 0x5282003B;
     Element type;
     const bool has_type = read_element(parser_.info(), type);
@@ -136,8 +131,9 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
     checks.content_type = content_type.get();
     const VERIFY_SETTINGS wanted =
         settings_.settings != nullptr ? *settings_.settings : signing_settings(nullptr);
-    return verify_signers({settings_.pool, wanted, settings_.store, nullptr}, members_of(*data), checks,
-                          reports);
+    const bool judges_strength = settings_.settings != nullptr || settings_.store != nullptr;
+    return verify_signers({settings_.pool, wanted, settings_.store, nullptr, judges_strength}, members,
+                          checks, reports);
 }
 
 u32 SIGNED_MESSAGE_READER::outline(u8 **octets) const noexcept {

@@ -1,7 +1,5 @@
 #include "message/signer_check.hpp"
 
-#include <tlxcrypto/rsa.h>
-#include <tlxpki/objects.h>
 #include <tlxpki/time.h>
 #include <tlxpki/x509_sign.h>
 
@@ -9,32 +7,17 @@
 
 #include "asn1/oid_lookup.hpp"
 #include "message/attribute_order.hpp"
-#include "message/key_signature.hpp"
 #include "message/signer_algorithms.hpp"
+#include "message/signer_attributes.hpp"
+#include "message/signer_scheme.hpp"
+#include "verify/strength.hpp"
 
 using namespace tlx;
 
 namespace {
 
-/// The one value of the one attribute of a type; null when there is none, several, or a constructed one.
-const ASN1_STRING *only_value(const X509_ATTRIBUTES *attributes, u32 row) noexcept {
-    const char *dotted = OID_LIST(static_cast<i32>(row))->dotted;
-    const i32 first = index_by_type(attributes, &X509_ATTRIBUTE::type, dotted, -1);
-    if (first < 0 || index_by_type(attributes, &X509_ATTRIBUTE::type, dotted, first) >= 0) return nullptr;
-    const X509_ATTRIBUTE *attribute = get_X509_ATTRIBUTES_child(attributes, first);
-    if (get_X509_ATTRIBUTE_count(attribute) != 1) return nullptr;
-    if ((get_X509_ATTRIBUTE_data_type(attribute, 0) & kConstructed) != 0) return nullptr;
-    return static_cast<const ASN1_STRING *>(get_X509_ATTRIBUTE_data(attribute, 0));
-}
-
 bool has_type(const ASN1_STRING *value, i32 type) noexcept {
     return value != nullptr && value->type == type;
-}
-
-ASN1_TIME *signing_time_of(const X509_ATTRIBUTES *attributes) noexcept {
-    const ASN1_STRING *value = only_value(attributes, oid::kSigningTime);
-    if (has_type(value, TLX_TAG_UTC_TIME)) return utcTimeToASN1_TIME(value);
-    return has_type(value, TLX_TAG_GENERALIZED_TIME) ? generalizedTimeToASN1_TIME(value) : nullptr;
 }
 
 /// RFC 5280, section 4.2.1.3: without the extension a key may sign what it likes.
@@ -52,30 +35,10 @@ u32 check_certificate(const X509_CERT *cert, const ASN1_TIME *time) noexcept {
     return may_sign_messages(cert) ? verify_X509_validity(cert, time) : 0x4B300118;
 }
 
-/// Whether the scheme of the signature is one of the kind of key.
-bool fits_key(u32 cipher_id, u32 kind) noexcept {
-    constexpr u32 kRsa = 0x20;
-    constexpr u32 kKcdsa = 0x40;
-    const u32 family = cipher_id >> 24;
-    if (kind == TLX_KEY_KCDSA) return family == kKcdsa;
-    return kind == TLX_KEY_RSA && family == kRsa && (cipher_id & 0xFF) <= TLX_RSA_MODE_PSS;
-}
-
-/// Whether the digest of the signature is that of the signer: a signature with PKCS #1 v1.5 names one, unless
-/// it is called "rsaEncryption".
-bool fits_digest(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms) noexcept {
-    const u32 named = get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(signer.digestEncryptionAlgorithm));
-    constexpr u32 kRsaWithDigest = 0x20000001;
-    return named == algorithms.digest_id || (named == 0 && algorithms.cipher_id != kRsaWithDigest);
-}
-
-u32 check_algorithms(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
-                     const ASYMMETRIC_KEY *key) noexcept {
-    const bool good = algorithms.digest_id != 0 && key != nullptr &&
-                      fits_key(algorithms.cipher_id, key->kind) && fits_digest(signer, algorithms) &&
-                      apply_pss_parameters(signer, algorithms, *key) &&
-                      begin_signature(key, algorithms, SigningDirection::verify, 1) == 0;
-    return good ? 0 : 0x4B300048;
+u32 check_algorithm_strength(const SignatureAlgorithm &algorithm, const PublicKey &key,
+                             const Settings &strength) noexcept {
+    const Rule rule = check_digest(algorithm, strength);
+    return static_cast<u32>(rule != Rule::kNone ? rule : check_strength(key, strength));
 }
 
 /// Whether content is what a signer with attributes signs. Somebody may have taken a signature over
@@ -86,13 +49,13 @@ bool is_signed_attributes(Bytes content) noexcept {
     if (!read_element(content, set) || set.tag != kSet || set.whole.size() != content.size()) return false;
     static_cast<void>(Attributes::decode(set, &decoded));
     const OwnedAttributes attributes(decoded);
-    return only_value(decoded, oid::kMessageDigest) != nullptr;
+    return only_string(decoded, attribute_id::kMessageDigest) != nullptr;
 }
 
 /// RFC 2315, section 9.2: attributes need contentType and messageDigest, which stand for the content. Only
 /// data may be signed without attributes.
-u32 check_content(const P7_SIGNER_INFO &signer, u32 digest_id, SignerChecks &checks) noexcept {
-    const X509_ATTRIBUTES *attributes = signer.authenticatedAttributes;
+u32 check_content(const SignerView &signer, u32 digest_id, SignerChecks &checks) noexcept {
+    const X509_ATTRIBUTES *attributes = signer.signed_attributes;
     const Bytes expected = checks.digests.get(digest_id);
     if (expected.empty() && checks.digests.are_listed()) return 0x52820047;
     if (attributes == nullptr) {
@@ -101,8 +64,8 @@ u32 check_content(const P7_SIGNER_INFO &signer, u32 digest_id, SignerChecks &che
             checks.has_content ? !is_signed_attributes(checks.content) : !checks.content_is_set;
         return is_data && is_safe ? 0 : 0x4B30002B;
     }
-    const ASN1_STRING *type = only_value(attributes, oid::kContentType);
-    const ASN1_STRING *digest = only_value(attributes, oid::kMessageDigest);
+    const ASN1_STRING *type = only_string(attributes, attribute_id::kContentType);
+    const ASN1_STRING *digest = only_string(attributes, attribute_id::kMessageDigest);
     if (!has_type(type, TLX_TAG_OBJECT_IDENTIFIER) || !has_type(digest, TLX_TAG_OCTET_STRING)) {
         return 0x4B30002B;
     }
@@ -110,125 +73,190 @@ u32 check_content(const P7_SIGNER_INFO &signer, u32 digest_id, SignerChecks &che
     return !expected.empty() && std::ranges::equal(octets_of(digest), expected) ? 0 : 0x4B30005E;
 }
 
-/// Verifies a signature over octets. False when memory runs out.
-bool verify_octets(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
-                   const ASYMMETRIC_KEY *key, Bytes octets, u32 &status) noexcept {
-    const Bytes signature = octets_of(signer.encryptedDigest);
-    status = 0x4B300054;
-    if (signature.empty()) return true;
-    if (begin_signature(key, algorithms, SigningDirection::verify, 1) != 0 ||
-        update_signature(key, octets, 1) != 0) {
-        return false;
-    }
-    const u32 result = check_signature(key, signature);
-    if (result == 0) status = 0;
-    return result != 1;
-}
+/// What verifies the signature of a signer.
+struct Verifier {
+    const SignerView &signer;
+    const SignerScheme &scheme;
+    const PublicKey &key;
 
-/// Verifies a signature over content of which only the digest is left: a digest of KCDSA begins with the key,
-/// and nobody knew it in time. False when memory runs out.
-bool verify_digest(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
-                   const ASYMMETRIC_KEY *key, Bytes digest, u32 &status) noexcept {
-    const RSA_UNIT *rsa = rsa_unit(key);
-    status = digest.empty() ? 0x52820047 : 0x52820048;
-    if (rsa == nullptr || digest.empty()) return true;
-    const Bytes signature = octets_of(signer.encryptedDigest);
-    const u32 result = verify_RSA_digest(rsa, algorithms.digest_id, algorithms.padding_mode(), digest.data(),
-                                         static_cast<u32>(digest.size()), signature.data(),
-                                         static_cast<u32>(signature.size()));
-    status = result == 0 ? 0 : 0x4B300054;
-    return result != 1;
-}
+    /// The status of a signature by what was found. False when memory runs out.
+    static bool judge(Rule rule, u32 &status) noexcept {
+        status = rule == Rule::kNone ? 0 : 0x4B300054;
+        return rule != Rule::kNoMemory;
+    }
+    /// Verifies the signature over octets. False when memory runs out.
+    [[nodiscard]] bool verify(Bytes octets, u32 &status) const noexcept {
+        const Bytes signature = octets_of(signer.signature);
+        status = 0x4B300054;
+        return signature.empty() || judge(verify_signature(key, scheme.signature, octets, signature), status);
+    }
+    /// Verifies the signature over content of which only the digest is left. A digest of KCDSA begins with
+    /// the key, which nobody knew in time, and EdDSA goes over the content twice. False when memory runs out.
+    [[nodiscard]] bool verify_digest(Bytes digest, u32 &status) const noexcept {
+        const Bytes signature = octets_of(signer.signature);
+        const bool takes_digest = key.kind == KeyKind::rsa || key.kind == KeyKind::ecdsa;
+        if (digest.empty()) {
+            status = 0x52820047;
+        } else if (!takes_digest) {
+            status = key.kind == KeyKind::kcdsa ? 0x52820048 : 0x52820012;
+        } else {
+            status = 0x4B300054;
+            return signature.empty() ||
+                   judge(verify_signature_of_digest(key, scheme.signature, digest, signature), status);
+        }
+        return true;
+    }
+};
 
 /// What signers sign of their attributes: the element as received under the tag of a SET, or what is written.
-bool write_attributes(const P7_SIGNER_INFO &signer, Encoder &out) noexcept {
-    if (signer.receivedAttributes == nullptr) {
-        Attributes::encode(out, signer.authenticatedAttributes, kSet);
+bool write_attributes(const SignerView &signer, Encoder &out) noexcept {
+    if (signer.received_attributes == nullptr) {
+        Attributes::encode(out, signer.signed_attributes, kSet);
         return out.ok();
     }
-    out.node(signer.receivedAttributes);
+    out.node(signer.received_attributes);
     if (!out.ok()) return false;
     out.buffer().data()[0] = kSet;
     return true;
 }
 
 /// Their form in DER, which is what is signed whatever was sent (RFC 2315, section 9.3).
-bool write_sorted_attributes(const P7_SIGNER_INFO &signer, Encoder &out) noexcept {
-    const OwnedAttributes sorted(dup_X509_ATTRIBUTES(signer.authenticatedAttributes));
+bool write_sorted_attributes(const SignerView &signer, Encoder &out) noexcept {
+    const OwnedAttributes sorted(dup_X509_ATTRIBUTES(signer.signed_attributes));
     if (!sorted || !sort_attributes(sorted.get())) return false;
     Attributes::encode(out, sorted.get(), kSet);
     return out.ok();
 }
 
 /// Verifies the signature. False when memory runs out.
-bool check_octets(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms, const ASYMMETRIC_KEY *key,
-                  SignerChecks &checks, u32 &status) noexcept {
-    if (signer.authenticatedAttributes == nullptr) {
-        if (checks.has_content) return verify_octets(signer, algorithms, key, checks.content, status);
-        return verify_digest(signer, algorithms, key, checks.digests.get(algorithms.digest_id), status);
+bool check_signature(const Verifier &verifier, SignerChecks &checks, u32 &status) noexcept {
+    const SignerView &signer = verifier.signer;
+    if (signer.signed_attributes == nullptr) {
+        if (checks.has_content) return verifier.verify(checks.content, status);
+        return verifier.verify_digest(checks.digests.get(verifier.scheme.digest_id), status);
     }
     Encoder sent;
     if (!write_attributes(signer, sent)) return false;
-    if (!verify_octets(signer, algorithms, key, sent.bytes(), status)) return false;
+    if (!verifier.verify(sent.bytes(), status)) return false;
     if (status == 0) return true;
     Encoder sorted;
     if (!write_sorted_attributes(signer, sorted)) return false;
     if (std::ranges::equal(sent.bytes(), sorted.bytes())) return true;
-    return verify_octets(signer, algorithms, key, sorted.bytes(), status);
+    return verifier.verify(sorted.bytes(), status);
 }
 
 /// The first of the findings that is not 0.
 u32 first_failure(const P7_SIGNER_REPORT &report, bool has_anchors) noexcept {
     for (const u32 status : {report.certificateStatus, report.algorithmStatus, report.contentStatus,
-                             report.signatureStatus, has_anchors ? report.pathStatus : 0}) {
+                             report.signingCertificateStatus, report.protectionStatus, report.signatureStatus,
+                             has_anchors ? report.pathStatus : 0}) {
         if (status != 0) return status;
     }
     return 0;
 }
 
-const X509_CERT *find_certificate(const P7_SIGNER_INFO &signer, const SignerChecks &checks,
-                                  bool &failed) noexcept {
-    const ISSUER_AND_SERIAL_NUMBER *number = signer.issuerAndSerialNumber;
-    if (number == nullptr || number->issuer == nullptr || number->serialNumber == nullptr) return nullptr;
-    return checks.certificates.find({number->issuer, number->serialNumber}, failed);
-}
-
-/// Verifies the path. False when memory runs out.
-bool check_path(const X509_CERT &cert, const SignerChecks &checks, P7_SIGNER_REPORT &report) noexcept {
-    if (checks.strict != nullptr) return checks.strict->check(cert, report);
+/// Verifies the path at a time, which is the message's by the compatible rules. False when memory runs out.
+bool check_path(const X509_CERT &cert, const ASN1_TIME *time, const SignerChecks &checks,
+                P7_SIGNER_REPORT &report) noexcept {
+    if (checks.strict != nullptr) return checks.strict->check(cert, time, report);
     report.pathStatus = checks.compatible != nullptr ? checks.compatible->check(&cert) : 0x4B300116;
     return true;
 }
 
 /// The checks that take the certificate. False when memory runs out.
-bool check_with(const X509_CERT *cert, const P7_SIGNER_INFO &signer, SignerChecks &checks,
-                P7_SIGNER_REPORT &report) noexcept {
-    const SignerAlgorithms algorithms(signer);
-    const bool has_key = get_X509_PUBKEY_key(get_X509_SPKI(cert)) != nullptr;
-    const auto key = copy_public_key(cert);
-    report.certificate = dup_X509_CERT(cert);
-    if (report.certificate == nullptr || (has_key && !key)) return false;
-    if (!check_path(*cert, checks, report)) return false;
-    report.algorithmStatus = check_algorithms(signer, algorithms, key.get());
-    report.signatureStatus = report.algorithmStatus;
-    return report.algorithmStatus != 0 ||
-           check_octets(signer, algorithms, key.get(), checks, report.signatureStatus);
+bool check_with(const X509_CERT &cert, const SignerView &signer, const SignerScheme &scheme,
+                SignerChecks &checks, P7_SIGNER_REPORT &report) noexcept {
+    PublicKey key;
+    report.certificate = dup_X509_CERT(&cert);
+    if (report.certificate == nullptr || !check_path(cert, checks.time, checks, report)) return false;
+    const Rule rule = read_signer_key(cert, key);
+    if (rule == Rule::kNoMemory) return false;
+    if (!names_certificate(signer.signed_attributes, cert)) report.signingCertificateStatus = 0x5282005E;
+    report.algorithmStatus = report.signatureStatus = 0x4B300048;
+    if (rule != Rule::kNone || !can_verify(key, scheme)) return true;
+    report.algorithmStatus = check_algorithm_strength(scheme.signature, key, checks.strength);
+    return check_signature({signer, scheme, key}, checks, report.signatureStatus);
+}
+
+/// The checks with a certificate, which is null when there is none. Null when memory runs out.
+OwnedSignerReport check_as(const X509_CERT *cert, const SignerView &signer, SignerChecks &checks) noexcept {
+    SignerScheme scheme;
+    OwnedSignerReport report(TLX_NEW(P7_SIGNER_REPORT));
+    if (!report || !scheme.read(signer)) return nullptr;
+    report->digestAlgorithm = algorithm_row(signer.digest_algorithm);
+    report->signatureAlgorithm = algorithm_row(signer.signature_algorithm);
+    report->signingTime = signing_time_of(signer.signed_attributes);
+    report->signature = dup_ASN1_STRING(signer.signature);
+    report->unsignedAttributes = dup_X509_ATTRIBUTES(signer.unsigned_attributes);
+    if ((report->signature == nullptr && signer.signature != nullptr) ||
+        (report->unsignedAttributes == nullptr && signer.unsigned_attributes != nullptr)) {
+        return nullptr;
+    }
+    report->countersignatures = count_countersignatures(signer.unsigned_attributes);
+    report->certificateStatus = check_certificate(cert, checks.time);
+    report->contentStatus = check_content(signer, scheme.digest_id, checks);
+    report->protectionStatus = protects_algorithms(signer) ? 0 : 0x52820106;
+    report->algorithmStatus = report->signatureStatus = report->pathStatus = report->certificateStatus;
+    if (cert != nullptr && !check_with(*cert, signer, scheme, checks, *report)) return nullptr;
+    report->status = first_failure(*report, checks.has_paths());
+    return report;
+}
+
+const X509_CERT *find_certificate(const SignerView &signer, const SignerChecks &checks,
+                                  bool &failed) noexcept {
+    const ISSUER_AND_SERIAL_NUMBER *number = signer.number;
+    if (number == nullptr || number->issuer == nullptr || number->serialNumber == nullptr) return nullptr;
+    return checks.certificates.find({number->issuer, number->serialNumber}, failed);
+}
+
+/// Which certificate is the signer's: what it says itself decides, then the signature, then the path.
+u32 rank(const P7_SIGNER_REPORT &report) noexcept {
+    const u32 named = report.signingCertificateStatus == 0 ? 4 : 0;
+    const u32 verified = report.signatureStatus == 0 ? 2 : 0;
+    return named + verified + (report.pathStatus == 0 && report.certificateStatus == 0 ? 1 : 0);
+}
+
+bool has_key_identifier(const X509_CERT *cert, const OCTET_STRING *identifier) noexcept {
+    Bytes octets;
+    return read_extension(find_extension(cert, extension_id::kSubjectKeyIdentifier), TLX_TAG_OCTET_STRING,
+                          octets) &&
+           std::ranges::equal(octets, octets_of(identifier));
+}
+
+/// Tries the certificates with the key identifier of the signer, and keeps the best report. Null when memory
+/// runs out.
+OwnedSignerReport check_by_key_identifier(const SignerView &signer, SignerChecks &checks) noexcept {
+    constexpr u32 kMostTries = 8;  // one signer may not cost as much as all of them
+    constexpr u32 kBest = 7;
+    OwnedSignerReport best;
+    u32 tries = 0;
+    for (u32 i = 0; i < get_STACK_count(checks.pool) && tries < kMostTries; ++i) {
+        const auto *cert = static_cast<const X509_CERT *>(checks.pool->values[i]);
+        if (!has_key_identifier(cert, signer.key_identifier)) continue;
+        ++tries;
+        OwnedSignerReport report = check_as(cert, signer, checks);
+        if (!report) return nullptr;
+        if (!best || rank(*report) > rank(*best)) best = std::move(report);
+        if (rank(*best) == kBest) break;
+    }
+    return best ? std::move(best) : check_as(nullptr, signer, checks);
 }
 
 }  // namespace
 
-bool tlx::check_signer(const P7_SIGNER_INFO &signer, SignerChecks &checks,
-                       P7_SIGNER_REPORT &report) noexcept {
+void tlx::free_signer_report(P7_SIGNER_REPORT *report) noexcept {
+    if (report == nullptr) return;
+    free_VERIFY_RESULT(report->path);
+    free_X509_CERT(report->certificate);
+    free_ASN1_TIME(report->signingTime);
+    free_ASN1_STRING(report->signature);
+    free_X509_ATTRIBUTES(report->unsignedAttributes);
+    tlx_free(report);
+}
+
+OwnedSignerReport tlx::check_signer(const SignerView &signer, SignerChecks &checks) noexcept {
+    if (signer.key_identifier != nullptr) return check_by_key_identifier(signer, checks);
     bool failed = false;
     const X509_CERT *cert = find_certificate(signer, checks, failed);
-    if (failed) return false;
-    report.digestAlgorithm = algorithm_row(signer.digestAlgorithm);
-    report.signatureAlgorithm = algorithm_row(signer.digestEncryptionAlgorithm);
-    report.signingTime = signing_time_of(signer.authenticatedAttributes);
-    report.certificateStatus = check_certificate(cert, checks.time);
-    report.contentStatus = check_content(signer, SignerAlgorithms(signer).digest_id, checks);
-    report.algorithmStatus = report.signatureStatus = report.pathStatus = report.certificateStatus;
-    if (cert != nullptr && !check_with(cert, signer, checks, report)) return false;
-    report.status = first_failure(report, checks.has_paths());
-    return true;
+    return failed ? nullptr : check_as(cert, signer, checks);
 }

@@ -6,7 +6,10 @@
 #include "message/certificate_lookup.hpp"
 #include "message/content_digests.hpp"
 #include "message/signer_path.hpp"
+#include "message/signer_view.hpp"
 #include "message/strict_path.hpp"
+#include "verify/array.hpp"
+#include "verify/settings.hpp"
 
 namespace tlx {
 
@@ -21,16 +24,20 @@ struct SignerChecks {
     bool content_is_set = false;  ///< of content that is gone: it was one SET
     ContentDigests digests;
     const OBJECT_IDENTIFIER *content_type = nullptr;
+    const X509_CERTIFICATES *pool = nullptr;  ///< the certificates of signers
     CertificateLookup<IssuerAndSerialProperty> certificates;
     const StrictPaths *strict = nullptr;      ///< null without a store
     const SignerPaths *compatible = nullptr;  ///< null without anchors for the compatible rules
     const ASN1_TIME *time = nullptr;
+    Settings strength;  ///< the profile that algorithms of signers have to pass
 
     [[nodiscard]] bool has_paths() const noexcept { return strict != nullptr || compatible != nullptr; }
 };
 
-/// Fills the report of a signer. False when memory runs out.
-[[nodiscard]] bool check_signer(const P7_SIGNER_INFO &signer, SignerChecks &checks,
-                                P7_SIGNER_REPORT &report) noexcept;
+void free_signer_report(P7_SIGNER_REPORT *report) noexcept;
+using OwnedSignerReport = std::unique_ptr<P7_SIGNER_REPORT, FreeWith<free_signer_report>>;
+
+/// Makes the report of a signer; null when memory runs out.
+[[nodiscard]] OwnedSignerReport check_signer(const SignerView &signer, SignerChecks &checks) noexcept;
 
 }  // namespace tlx

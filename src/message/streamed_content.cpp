@@ -1,8 +1,7 @@
 #include "message/streamed_content.hpp"
 
-#include <tlxpki/objects.h>
-
 #include "der/list_items.hpp"
+#include "message/signer_scheme.hpp"
 
 namespace tlx {
 namespace {
@@ -40,7 +39,8 @@ u32 StreamedContent::start(Bytes members) noexcept {
     if (const u32 status = read_algorithms(members, algorithms); status != 0) return status;
     for (u32 i = 0; i < get_STACK_count(algorithms.get()); ++i) {
         const auto *algorithm = item_at<X509_ALGO_IDENTIFIER>(algorithms.get(), static_cast<i32>(i));
-        const u32 digest_id = get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(algorithm));
+        u32 digest_id = 0;
+        if (!find_digest_id(algorithm, digest_id)) return 0x5280003C;
         if (get_DigestLength(digest_id) == 0) continue;
         const RunningDigests::Start started = digests_.start(digest_id);
         if (started == RunningDigests::Start::too_many) return 0x5280001C;

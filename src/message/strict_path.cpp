@@ -28,19 +28,27 @@ bool add_all(VERIFY_STORE *store, const X509_CERTIFICATES *certificates, AddCert
     return true;
 }
 
-/// Adds what can be read. False when memory runs out.
-bool add_lists(VERIFY_STORE *store, const X509_CRLS *lists) noexcept {
-    for (u32 i = 0; i < get_STACK_count(lists); ++i) {
-        Encoder der;
-        Codec<X509_CRL>::encode(der, static_cast<const X509_CRL *>(lists->values[i]));
-        if (der.out_of_memory()) return false;
-        const Bytes octets = der.bytes();
-        if (der.ok() &&
-            add_VERIFY_STORE_crl(store, octets.data(), static_cast<u32>(octets.size())) == kNoMemory) {
-            return false;
-        }
-    }
-    return true;
+/// Adds a list, unless it cannot be read. False when memory runs out.
+bool add_list(VERIFY_STORE *store, const X509_CRL *list) noexcept {
+    Encoder der;
+    Codec<X509_CRL>::encode(der, list);
+    const Bytes octets = der.bytes();
+    if (!der.ok()) return !der.out_of_memory();
+    return add_VERIFY_STORE_crl(store, octets.data(), size_of(octets)) != kNoMemory;
+}
+
+/// Adds an OCSP response (RFC 5940, section 2.1), unless it cannot be read. False when memory runs out.
+bool add_response(VERIFY_STORE *store, const CMS_OTHER_REVOCATION_INFO &info) noexcept {
+    Element response;
+    if (text_of(info.otherRevInfoFormat) != "1.3.6.1.5.5.7.16.2") return true;
+    if (info.otherRevInfo == nullptr || !view_node(info.otherRevInfo, response)) return true;
+    return add_VERIFY_STORE_ocsp(store, response.whole.data(), size_of(response.whole)) != kNoMemory;
+}
+
+bool add_info(VERIFY_STORE *store, const CMS_REVOCATION_INFO &info) noexcept {
+    if (info.value.any == nullptr) return true;
+    return info.type == TLX_CMS_CRL ? add_list(store, info.value.crl)
+                                    : add_response(store, *info.value.other);
 }
 
 /// Adds an anchor, unless it cannot be used. False when memory runs out.
@@ -85,16 +93,32 @@ bool StrictPaths::prepare(const X509_CERTIFICATES *pool, const X509_CRLS *lists,
     store_ = store;
     settings_ = settings;
     pool_.reset(new_VERIFY_STORE());
-    return pool_ && add_all(pool_.get(), pool, add_VERIFY_STORE_certificate, settings.accepted_faults) &&
-           add_lists(pool_.get(), lists);
+    if (!pool_ || !add_all(pool_.get(), pool, add_VERIFY_STORE_certificate, settings.accepted_faults)) {
+        return false;
+    }
+    for (u32 i = 0; i < get_STACK_count(lists); ++i) {
+        if (!add_list(pool_.get(), static_cast<const X509_CRL *>(lists->values[i]))) return false;
+    }
+    return true;
 }
 
-bool StrictPaths::check(const X509_CERT &cert, P7_SIGNER_REPORT &report) const noexcept {
+bool StrictPaths::add(const CMS_REVOCATION_INFOS *infos) noexcept {
+    for (u32 i = 0; i < get_STACK_count(infos); ++i) {
+        const auto *info = static_cast<const CMS_REVOCATION_INFO *>(infos->values[i]);
+        if (info != nullptr && !add_info(pool_.get(), *info)) return false;
+    }
+    return true;
+}
+
+bool StrictPaths::check(const X509_CERT &cert, const ASN1_TIME *time,
+                        P7_SIGNER_REPORT &report) const noexcept {
     RecordOctets octets;
     if (!octets.read(cert) && octets.out_of_memory()) return false;
     const Bytes der = octets.bytes();
+    VERIFY_SETTINGS settings = settings_;
+    settings.time = time;
     report.pathStatus = verify_CERTIFICATE(store_, pool_.get(), der.data(), static_cast<u32>(der.size()),
-                                           &settings_, &report.path);
+                                           &settings, &report.path);
     return report.pathStatus != kNoMemory;
 }
 

@@ -1,6 +1,7 @@
 // The certification paths of signers by RFC 5280.
 #pragma once
 
+#include <tlxpki/cms_types.h>
 #include <tlxpki/pkcs7_sign.h>
 
 #include "der/owned.hpp"
@@ -26,8 +27,12 @@ class StrictPaths {
     /// when memory, or random octets, run out.
     [[nodiscard]] bool prepare(const X509_CERTIFICATES *pool, const X509_CRLS *lists,
                                const VERIFY_STORE *store, const VERIFY_SETTINGS &settings) noexcept;
-    /// Fills the path and its status. False when memory runs out.
-    [[nodiscard]] bool check(const X509_CERT &cert, P7_SIGNER_REPORT &report) const noexcept;
+    /// Adds the lists and OCSP responses among the revocation information of a message. What cannot be read
+    /// is left out. False when memory runs out.
+    [[nodiscard]] bool add(const CMS_REVOCATION_INFOS *infos) noexcept;
+    /// Fills the path at a time and its status. False when memory runs out.
+    [[nodiscard]] bool check(const X509_CERT &cert, const ASN1_TIME *time,
+                             P7_SIGNER_REPORT &report) const noexcept;
 
   private:
     Owned<VERIFY_STORE> pool_;

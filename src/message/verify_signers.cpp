@@ -12,15 +12,6 @@ namespace {
 using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
 using OwnedReports = std::unique_ptr<P7_SIGNER_REPORTS, FreeWith<free_P7_SIGNER_REPORTS>>;
 
-void free_report(P7_SIGNER_REPORT *report) noexcept {
-    if (report == nullptr) return;
-    free_VERIFY_RESULT(report->path);
-    free_X509_CERT(report->certificate);
-    free_ASN1_TIME(report->signingTime);
-    tlx_free(report);
-}
-using OwnedReport = std::unique_ptr<P7_SIGNER_REPORT, FreeWith<free_report>>;
-
 /// Appends the certificates of a list, which goes on owning them. False when memory runs out.
 bool join(STACK *pool, const X509_CERTIFICATES *certificates) noexcept {
     for (u32 i = 0; i < get_STACK_count(certificates); ++i) {
@@ -49,12 +40,12 @@ const OBJECT_IDENTIFIER *content_type_of(const P7_CONTENT_INFO &info, const Sign
 }
 
 /// Checks every signer and stores the first failure. False when memory runs out.
-bool check_all(const P7_SIGNER_INFOS *signers, SignerChecks &checks, STACK *reports, u32 &status) noexcept {
-    for (u32 i = 0; i < get_STACK_count(signers); ++i) {
-        const auto *signer = static_cast<const P7_SIGNER_INFO *>(signers->values[i]);
-        OwnedReport report(TLX_NEW(P7_SIGNER_REPORT));
-        const P7_SIGNER_INFO none{};
-        if (!report || !check_signer(signer != nullptr ? *signer : none, checks, *report)) return false;
+bool check_all(const SignerMembers &members, SignerChecks &checks, STACK *reports, u32 &status) noexcept {
+    for (u32 i = 0; i < get_STACK_count(members.signers); ++i) {
+        const void *signer = members.signers->values[i];
+        OwnedSignerReport report =
+            check_signer(signer != nullptr ? members.view(signer) : SignerView{}, checks);
+        if (!report) return false;
         if (status == 0) status = report->status;
         if (push_STACK_value(reports, report.get()) != 0) return false;
         static_cast<void>(report.release());
@@ -63,22 +54,27 @@ bool check_all(const P7_SIGNER_INFOS *signers, SignerChecks &checks, STACK *repo
 }
 
 /// Verifies all signers. False when memory runs out.
-bool verify_all(const SignerTrust &trust, const SignedMembers &members, SignerChecks &checks, STACK *reports,
+bool verify_all(const SignerTrust &trust, const SignerMembers &members, SignerChecks &checks, STACK *reports,
                 u32 &status) noexcept {
     const ASN1_TIME *time = trust.settings.time;
     const Owned<STACK> all(new_STACK());
-    if (!all || !join(all.get(), trust.pool) || !join(all.get(), *members.certificates)) return false;
+    if (!all || !join(all.get(), trust.pool) || !join(all.get(), members.certificates)) return false;
     StrictPaths strict;
     SignerPaths compatible;
+    checks.pool = all.get();
     checks.time = time;
+    checks.strength.profile =
+        trust.judges_strength ? static_cast<Profile>(trust.settings.profile) : Profile::any;
+    if (trust.judges_strength) checks.strength.least_rsa_bits = trust.settings.least_rsa_bits;
     if (trust.store != nullptr) {
-        if (!strict.prepare(all.get(), *members.crls, trust.store, trust.settings)) return false;
+        if (!strict.prepare(all.get(), members.crls, trust.store, trust.settings)) return false;
+        if (!strict.add(members.revocation)) return false;
         checks.strict = &strict;
     } else if (trust.compatible_anchors != nullptr) {
         if (!compatible.prepare(all.get(), trust.compatible_anchors, time)) return false;
         checks.compatible = &compatible;
     }
-    return checks.certificates.build(all.get()) && check_all(*members.signerInfos, checks, reports, status);
+    return checks.certificates.build(all.get()) && check_all(members, checks, reports, status);
 }
 
 u32 verify(const P7_CONTENT_INFO *info, Bytes content, const SignerTrust &trust,
@@ -91,12 +87,19 @@ u32 verify(const P7_CONTENT_INFO *info, Bytes content, const SignerTrust &trust,
     if (const u32 status = find_content(members, content, octets); status != 0) return status;
     SignerChecks checks(octets.bytes());
     checks.content_type = content_type_of(*info, members);
-    return verify_signers(trust, members, checks, reports);
+    return verify_signers(trust, signer_members(members), checks, reports);
 }
 
 }  // namespace
 
-u32 tlx::verify_signers(SignerTrust trust, const SignedMembers &members, SignerChecks &checks,
+SignerMembers tlx::signer_members(const SignedMembers &members) noexcept {
+    constexpr auto view = [](const void *signer) {
+        return view_of(*static_cast<const P7_SIGNER_INFO *>(signer));
+    };
+    return {*members.certificates, *members.crls, nullptr, *members.signerInfos, view};
+}
+
+u32 tlx::verify_signers(SignerTrust trust, const SignerMembers &members, SignerChecks &checks,
                         P7_SIGNER_REPORTS **reports) noexcept {
     const OwnedTime now(trust.settings.time == nullptr ? getCurrentGMTime() : nullptr);
     if (trust.settings.time == nullptr) trust.settings.time = now.get();
@@ -124,7 +127,7 @@ uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *con
                                  const X509_CERTIFICATES *pool, const VERIFY_STORE *store,
                                  const VERIFY_SETTINGS *settings, P7_SIGNER_REPORTS **reports) {
     const VERIFY_SETTINGS wanted = settings != nullptr ? *settings : signing_settings(nullptr);
-    return verify(info, {content, length}, {pool, wanted, store, nullptr}, reports);
+    return verify(info, {content, length}, {pool, wanted, store, nullptr, settings != nullptr}, reports);
 }
 
 uint32_t verify_PKCS7_Signers_by_CPV(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
@@ -134,7 +137,8 @@ uint32_t verify_PKCS7_Signers_by_CPV(const P7_CONTENT_INFO *info, const uint8_t 
 }
 
 void free_P7_SIGNER_REPORTS(P7_SIGNER_REPORTS *reports) {
-    clean_STACK_values(reports, [](void *report) { free_report(static_cast<P7_SIGNER_REPORT *>(report)); });
+    clean_STACK_values(reports,
+                       [](void *report) { free_signer_report(static_cast<P7_SIGNER_REPORT *>(report)); });
     free_STACK(reports);
 }
 

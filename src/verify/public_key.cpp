@@ -134,24 +134,16 @@ bool is_within_limits(const PublicKey &key, const SignatureAlgorithm &algorithm)
 }
 
 // Copies of a unit share what it computed, so that one with other parameters costs little.
-Rule verify_pss(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes octets,
-                Bytes signature) noexcept {
-    if (!is_within_limits(key, algorithm)) return Rule::kAlgorithmNotOfKey;
+/// Calls verify(unit, mode) with the unit that verifies under an algorithm.
+template <typename Verify>
+Rule with_rsa_unit(const PublicKey &key, const SignatureAlgorithm &algorithm, Verify verify) noexcept {
+    if (!algorithm.is_pss) return rule_of(verify(key.rsa.get(), TLX_RSA_MODE_PKCS1));
     const std::unique_ptr<RSA_UNIT, FreeWith<free_RSA_UNIT>> unit(dup_RSA_UNIT(key.rsa.get()));
     if (unit == nullptr ||
         set_RSA_UNIT_PSS(unit.get(), algorithm.mgf_digest_id, algorithm.salt_length) != 0) {
         return Rule::kNoMemory;
     }
-    return rule_of(verify_RSA(unit.get(), algorithm.digest_id, TLX_RSA_MODE_PSS, octets.data(),
-                              size_of(octets), signature.data(), size_of(signature)));
-}
-
-Rule verify_rsa(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes octets,
-                Bytes signature) noexcept {
-    if (algorithm.is_pss) return verify_pss(key, algorithm, octets, signature);
-    if (key.is_pss_only) return Rule::kAlgorithmNotOfKey;
-    return rule_of(verify_RSA(key.rsa.get(), algorithm.digest_id, TLX_RSA_MODE_PKCS1, octets.data(),
-                              size_of(octets), signature.data(), size_of(signature)));
+    return rule_of(verify(unit.get(), TLX_RSA_MODE_PSS));
 }
 
 // ECDSA-Sig-Value ::= SEQUENCE { r INTEGER, s INTEGER } (RFC 5480, section 2.2.3), and the same of DSA
@@ -207,16 +199,30 @@ Rule check_key(const PublicKey &key) noexcept {
     return Rule::kNone;
 }
 
+bool is_algorithm_of(const PublicKey &key, const SignatureAlgorithm &algorithm) noexcept {
+    if (key.kind != algorithm.kind) return false;
+    switch (key.kind) {
+        case KeyKind::rsa:
+            return algorithm.is_pss ? is_within_limits(key, algorithm) : !key.is_pss_only;
+        case KeyKind::eddsa:
+            return get_EDDSA_KEY_curve(key.eddsa.get()) == algorithm.curve;
+        default:
+            return key.kind != KeyKind::none;
+    }
+}
+
 Rule verify_signature(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes octets,
                       Bytes signature) noexcept {
-    if (key.kind != algorithm.kind) return Rule::kAlgorithmNotOfKey;
+    if (!is_algorithm_of(key, algorithm)) return Rule::kAlgorithmNotOfKey;
     Bytes r;
     Bytes s;
     switch (key.kind) {
         case KeyKind::rsa:
-            return verify_rsa(key, algorithm, octets, signature);
+            return with_rsa_unit(key, algorithm, [&](const RSA_UNIT *unit, u32 mode) {
+                return verify_RSA(unit, algorithm.digest_id, mode, octets.data(), size_of(octets),
+                                  signature.data(), size_of(signature));
+            });
         case KeyKind::eddsa:
-            if (get_EDDSA_KEY_curve(key.eddsa.get()) != algorithm.curve) return Rule::kAlgorithmNotOfKey;
             return rule_of(verify_EDDSA(key.eddsa.get(), octets.data(), size_of(octets), signature.data(),
                                         size_of(signature)));
         case KeyKind::ecdsa:
@@ -235,6 +241,23 @@ Rule verify_signature(const PublicKey &key, const SignatureAlgorithm &algorithm,
         default:
             return Rule::kAlgorithmNotOfKey;
     }
+}
+
+Rule verify_signature_of_digest(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes digest,
+                                Bytes signature) noexcept {
+    if (!is_algorithm_of(key, algorithm)) return Rule::kAlgorithmNotOfKey;
+    if (key.kind == KeyKind::rsa) {
+        return with_rsa_unit(key, algorithm, [&](const RSA_UNIT *unit, u32 mode) {
+            return verify_RSA_digest(unit, algorithm.digest_id, mode, digest.data(), size_of(digest),
+                                     signature.data(), size_of(signature));
+        });
+    }
+    Bytes r;
+    Bytes s;
+    if (key.kind != KeyKind::ecdsa) return Rule::kAlgorithmNotOfKey;
+    if (!read_two_numbers(signature, r, s)) return Rule::kSignatureWrong;
+    return rule_of(verify_ECDSA_digest(key.ecdsa.get(), digest.data(), size_of(digest), r.data(), size_of(r),
+                                       s.data(), size_of(s)));
 }
 
 }  // namespace tlx

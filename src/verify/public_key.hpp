@@ -61,8 +61,16 @@ struct PublicKey {
 [[nodiscard]] Rule read_signature_algorithm(const AlgorithmView &view,
                                             SignatureAlgorithm &algorithm) noexcept;
 
+/// Whether a key verifies signatures of the algorithm, within the limits of a key of RSASSA-PSS.
+[[nodiscard]] bool is_algorithm_of(const PublicKey &key, const SignatureAlgorithm &algorithm) noexcept;
+
 /// Verifies a signature of the octets: kNone, kAlgorithmNotOfKey, kSignatureWrong, kBrokenKey or kNoMemory.
 [[nodiscard]] Rule verify_signature(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes octets,
                                     Bytes signature) noexcept;
+
+/// The same of octets whose digest, that of the algorithm, is known. kAlgorithmNotOfKey for another key than
+/// RSA and ECDSA.
+[[nodiscard]] Rule verify_signature_of_digest(const PublicKey &key, const SignatureAlgorithm &algorithm,
+                                              Bytes digest, Bytes signature) noexcept;
 
 }  // namespace tlx

@@ -1,8 +1,7 @@
 #include <tlxpki/signature.h>
 
-#include "keyinfo/key_records.hpp"
 #include "verify/private_key.hpp"
-#include "verify/strict_cursor.hpp"
+#include "verify/record_view.hpp"
 
 using namespace tlx;
 
@@ -13,25 +12,9 @@ constexpr u32 status_of(Rule rule) noexcept {
 }
 
 Rule read_identifier(const X509_ALGO_IDENTIFIER *identifier, SignatureAlgorithm &algorithm) noexcept {
-    Encoder encoded;
-    Codec<X509_ALGO_IDENTIFIER>::encode(encoded, identifier);
-    if (!encoded.ok()) return encoded.out_of_memory() ? Rule::kNoMemory : Rule::kUnknownAlgorithm;
-    AlgorithmView view;
-    StrictCursor in(encoded.bytes());
-    if (!read_algorithm(in, view) || !in.at_end()) return Rule::kBadParameters;
-    return read_signature_algorithm(view, algorithm);
-}
-
-/// Makes the key of a record. It keeps nothing of the record.
-Rule read_public_key(const X509_PUBKEY *pubkey, PublicKey &key) noexcept {
-    Encoder encoded;
-    CertificateView view;
-    Codec<X509_PUBKEY>::encode(encoded, pubkey);
-    if (!encoded.ok()) return encoded.out_of_memory() ? Rule::kNoMemory : Rule::kBadPublicKey;
-    StrictCursor in(encoded.bytes());
-    if (read_key_info(in, view) != Rule::kNone) return Rule::kBadPublicKey;
-    if (const Rule rule = make_key(view.key_algorithm, view.key, key); rule != Rule::kNone) return rule;
-    return check_key(key);
+    EncodedAlgorithm encoded;
+    const Rule rule = encoded.read(identifier);
+    return rule != Rule::kNone ? rule : read_signature_algorithm(encoded.view(), algorithm);
 }
 
 u32 status_of_signing(u32 status) noexcept {

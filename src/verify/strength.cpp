@@ -30,19 +30,36 @@ bool is_strong(const PublicKey &key, const Settings &settings) noexcept {
     }
 }
 
+bool is_strong(u32 digest_id, Profile profile) noexcept {
+    switch (digest_id) {
+        case TLX_DIGEST_SHA1:
+        case TLX_DIGEST_HAS160:
+            return profile != Profile::current;
+        case TLX_DIGEST_MD5:
+        case TLX_DIGEST_MD4:
+        case TLX_DIGEST_MDC2:
+            return profile == Profile::any;
+        default:
+            return true;
+    }
+}
+
 }  // namespace
 
 Rule check_strength(const PublicKey &key, const Settings &settings) noexcept {
     return is_strong(key, settings) ? check_key(key) : Rule::kWeakKey;
 }
 
+Rule check_digest(const SignatureAlgorithm &algorithm, const Settings &settings) noexcept {
+    const bool strong = is_strong(algorithm.digest_id, settings.profile) &&
+                        is_strong(algorithm.mgf_digest_id, settings.profile);
+    return strong ? Rule::kNone : Rule::kWeakDigest;
+}
+
 Rule check_digest(const AlgorithmView &view, const Settings &settings) noexcept {
     SignatureAlgorithm algorithm;
-    if (settings.profile != Profile::current) return Rule::kNone;
     if (read_signature_algorithm(view, algorithm) != Rule::kNone) return Rule::kNone;
-    const bool is_weak = algorithm.digest_id == TLX_DIGEST_SHA1 || algorithm.digest_id == TLX_DIGEST_HAS160 ||
-                         algorithm.mgf_digest_id == TLX_DIGEST_SHA1;
-    return is_weak ? Rule::kWeakDigest : Rule::kNone;
+    return check_digest(algorithm, settings);
 }
 
 }  // namespace tlx

@@ -1,0 +1,24 @@
+// The body of signed data without its content, in either format.
+#pragma once
+
+#include "message/verify_signers.hpp"
+
+namespace tlx {
+
+class SignedBody {
+  public:
+    /// Decodes the members, which PKCS #7 takes in more forms, and CMS of more kinds. 0; 0x52820104 for an
+    /// unknown member, 0x5282003C when memory runs out, or the status of P7_SIGNED_DATA when neither format
+    /// takes them.
+    [[nodiscard]] u32 decode(Bytes members) noexcept;
+    [[nodiscard]] SignerMembers members() const noexcept;
+
+  private:
+    [[nodiscard]] bool collect_certificates() noexcept;
+
+    Owned<P7_SIGNED_DATA> pkcs7_;
+    Owned<CMS_SIGNED_DATA> cms_;
+    Owned<STACK> certificates_;  ///< those of cms_, which owns them
+};
+
+}  // namespace tlx
