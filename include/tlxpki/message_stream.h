@@ -45,9 +45,9 @@ typedef struct SIGNED_MESSAGE_READER_SETTINGS {
                                          TLX_MESSAGE_HELD_BACK_LIMIT, which is the most */
     const X509_CERTIFICATES *pool;    /**< further certificates; may be null */
     const VERIFY_STORE *store;        /**< anchors and intermediates; null checks no paths */
-    const VERIFY_SETTINGS *settings;  /**< those of paths and of the signers' own algorithms; null for the
-                                         defaults with the purpose TLX_PURPOSE_SIGNING. Without settings and
-                                         without a store no algorithm is too weak */
+    const VERIFY_SETTINGS *settings;  /**< those of paths, whose profile also judges the signers' own
+                                         algorithms when there is a store; null for the defaults with the
+                                         purpose TLX_PURPOSE_SIGNING */
 } SIGNED_MESSAGE_READER_SETTINGS;
 
 /** A signed message that is being read. */

@@ -224,8 +224,8 @@ typedef STACK P7_SIGNER_REPORTS;
  * Paths are verified by verify_CERTIFICATE() with the purpose TLX_PURPOSE_SIGNING and its other defaults:
  * keys of RSA and KCDSA below 2048 bits and signatures with SHA-1 and HAS-160 are too weak for certificates.
  * verify_PKCS7_Signers_ex() takes other settings. Revocation lists that the message carries count: who is on
- * one is revoked. No digest of the signer's own signature is refused for being weak, unless settings are
- * given. It trusts no signing time, and ignores unauthenticated attributes.
+ * one is revoked. No digest of the signer's own signature is refused for being weak, unless settings and
+ * a store are given. It trusts no signing time, and ignores unauthenticated attributes.
  *
  * @param info    signed data, or signed-and-enveloped data with the decrypted content
  * @param content the content of a detached message; null when the message has content
@@ -250,7 +250,7 @@ TLXPKI_API uint32_t verify_PKCS7_Signers(const P7_CONTENT_INFO *info, const uint
  * @param store    anchors and intermediates; null checks no paths
  * @param settings null for those of verify_PKCS7_Signers() at the present time. Their time also is that of
  * certificateStatus, accepted_faults also counts for certificates of the pool and the message, and a signer's
- * own key and algorithms have to pass profile and least_rsa_bits, also without a store
+ * own key and algorithms have to pass profile and least_rsa_bits when there is a store
  * @return as verify_PKCS7_Signers() does
  */
 TLXPKI_API uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *content,

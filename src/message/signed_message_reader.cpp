@@ -131,9 +131,8 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
     checks.content_type = content_type.get();
     const VERIFY_SETTINGS wanted =
         settings_.settings != nullptr ? *settings_.settings : signing_settings(nullptr);
-    const bool judges_strength = settings_.settings != nullptr || settings_.store != nullptr;
-    return verify_signers({settings_.pool, wanted, settings_.store, nullptr, judges_strength}, members,
-                          checks, reports);
+    return verify_signers({settings_.pool, wanted, settings_.store, nullptr, settings_.store != nullptr},
+                          members, checks, reports);
 }
 
 u32 SIGNED_MESSAGE_READER::outline(u8 **octets) const noexcept {

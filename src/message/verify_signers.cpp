@@ -127,7 +127,8 @@ uint32_t verify_PKCS7_Signers_ex(const P7_CONTENT_INFO *info, const uint8_t *con
                                  const X509_CERTIFICATES *pool, const VERIFY_STORE *store,
                                  const VERIFY_SETTINGS *settings, P7_SIGNER_REPORTS **reports) {
     const VERIFY_SETTINGS wanted = settings != nullptr ? *settings : signing_settings(nullptr);
-    return verify(info, {content, length}, {pool, wanted, store, nullptr, settings != nullptr}, reports);
+    return verify(info, {content, length},
+                  {pool, wanted, store, nullptr, store != nullptr && settings != nullptr}, reports);
 }
 
 uint32_t verify_PKCS7_Signers_by_CPV(const P7_CONTENT_INFO *info, const uint8_t *content, uint32_t length,
