@@ -58,8 +58,6 @@ class MessageParser {
     /// What stands before the content in its info: the object identifier of its type, and what it is
     /// encrypted with.
     [[nodiscard]] Bytes info() const noexcept { return info_.bytes(); }
-    /// The object identifier of the message's type, an element.
-    [[nodiscard]] Bytes message_type() const noexcept { return message_type_.bytes(); }
 
   private:
     /// How deep elements of a message lie.
