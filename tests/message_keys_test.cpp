@@ -1,6 +1,7 @@
 // The content keys of CMS messages: how recipients get and open them, alone and with the openssl program.
 #include <gtest/gtest.h>
 #include <tlxpki/cms_keys.h>
+#include <tlxpki/message_envelope.h>
 
 #include <algorithm>
 #include <cstring>
@@ -313,46 +314,89 @@ std::string digits_of(const Octets &octets) {
     return text;
 }
 
-/// How many recipients of a message of openssl each holder opens, whose keys all decrypt the content.
-std::string theirs(const Row &row) {
-    const CommandFolder &folder = People::instance().folder();
-    folder.run("openssl cms -encrypt -binary -in content -outform DER -out theirs.der " + row[1]);
-    const std::string octets = folder.read("theirs.der");
+/// The content of a message under an opened key; another text for one that cannot be read.
+std::string read_content(const Octets &message, const Octets &key) {
+    std::string content;
+    ENVELOPED_MESSAGE_READER_SETTINGS settings = {};
+    settings.output = [](void *context, const std::uint8_t *octets, std::uint32_t len) -> std::uint32_t {
+        static_cast<std::string *>(context)->append(reinterpret_cast<const char *>(octets), len);
+        return 0;
+    };
+    settings.context = &content;
+    settings.key = key.data();
+    settings.key_len = size_of(key);
+    const Held<free_ENVELOPED_MESSAGE_READER> reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    std::uint32_t status = update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), size_of(message));
+    if (status == 0) status = final_ENVELOPED_MESSAGE_READER(reader.get());
+    return status == 0 ? content : status_text(status);
+}
+
+Info read_message(const Octets &octets) {
     CMS_CONTENT_INFO *info = nullptr;
-    EXPECT_EQ(TLX_READ_DER(CMS_CONTENT_INFO, &info, reinterpret_cast<const std::uint8_t *>(octets.data()),
-                           static_cast<std::uint32_t>(octets.size())),
-              0U);
-    const Info owner(info);
-    const CMS_ENVELOPED_DATA &data = *info->envelopedData;
-    const P7_ENCRYPTED_CONTENT_INFO &content = *data.encryptedContentInfo;
-    Octets iv = hex(hex_of(content.contentEncryptionAlgorithm->parameters));
-    iv.erase(iv.begin(), iv.begin() + 2);
-    const std::uint32_t cipher =
-        get_CipherID_from_OID(get_X509_ALGO_IDENTIFIER_OID(content.contentEncryptionAlgorithm));
-    const OCTET_STRING &ciphertext = *content.encryptedContent;
-    std::istringstream holders(row[2]);
+    EXPECT_EQ(TLX_READ_DER(CMS_CONTENT_INFO, &info, octets.data(), size_of(octets)), 0U);
+    return Info(info);
+}
+
+const CMS_RECIPIENT_INFOS *recipients_of(const CMS_CONTENT_INFO &info) {
+    if (info.authenticatedData != nullptr) return info.authenticatedData->recipientInfos;
+    return info.envelopedData != nullptr ? info.envelopedData->recipientInfos
+                                         : info.authEnvelopedData->recipientInfos;
+}
+
+/// How many recipients of a message each holder opens, whose keys all open the content.
+std::string open_all(const Octets &message, const std::string &holders) {
+    const Info info = read_message(message);
+    const CMS_RECIPIENT_INFOS *recipients = recipients_of(*info);
+    std::istringstream names(holders);
     std::string result;
-    for (std::string name; std::getline(holders, name, ';');) {
+    for (std::string name; std::getline(names, name, ';');) {
         unsigned count = 0;
         const Holder holder(trimmed(name));
-        for (std::uint32_t i = 0; i < get_CMS_RECIPIENT_INFOS_count(data.recipientInfos); ++i) {
-            const Opened opened =
-                open(get_CMS_RECIPIENT_INFOS_child(data.recipientInfos, static_cast<std::int32_t>(i)),
-                     holder.get(), get_KeyLength(cipher));
-            if (opened.status != 0) {
+        for (std::uint32_t i = 0; i < get_CMS_RECIPIENT_INFOS_count(recipients); ++i) {
+            const Opened opened = open(
+                get_CMS_RECIPIENT_INFOS_child(recipients, static_cast<std::int32_t>(i)), holder.get(), 0);
+            if (opened.status == 0) {
+                EXPECT_EQ(read_content(message, opened.key), kContent) << name;
+                ++count;
+            } else {
                 EXPECT_EQ(status_text(opened.status), "52B10047") << name;
-                continue;
             }
-            Octets plain(static_cast<std::size_t>(ciphertext.length));
-            std::uint32_t len = 0;
-            EXPECT_EQ(BlockCipher(cipher, 0, opened.key.data(), iv.data(), plain.data(), &len,
-                                  ciphertext.data, static_cast<std::uint32_t>(ciphertext.length)),
-                      0U);
-            count += std::string(plain.begin(), plain.begin() + len) == kContent ? 1U : 100U;
         }
         result += (result.empty() ? "" : " ") + std::to_string(count);
     }
     return result;
+}
+
+/// A message of openssl.
+std::string theirs(const Row &row) {
+    const CommandFolder &folder = People::instance().folder();
+    folder.run("openssl cms -encrypt -binary -in content -outform DER -out theirs.der " + row[1]);
+    const std::string octets = folder.read("theirs.der");
+    return open_all({octets.begin(), octets.end()}, row[2]);
+}
+
+/// Recipients by settings, as der() takes them.
+std::string make_all(const std::string &settings, const Octets &key) {
+    std::string recipients;
+    std::istringstream all(settings);
+    for (std::string text; std::getline(all, text, ';');) {
+        CMS_RECIPIENT_INFO *made = nullptr;
+        EXPECT_EQ(make_CMS_RECIPIENT_INFO(Settings(trimmed(text)).get(), key.data(), size_of(key), &made),
+                  0U);
+        const Recipient owner(made);
+        recipients += " =" + digits_of(encoding_of(made, TLX_ENCODER(CMS_RECIPIENT_INFO_to_Seq)));
+    }
+    return recipients;
+}
+
+/// Authenticated data with libcrypto's code, under a key of so many octets, which each holder opens.
+std::string authenticated(const Row &row) {
+    const Octets key = key_of(row.number(2));
+    const Octets plain(kContent.begin(), kContent.end());
+    return open_all(der("30{06:2A864886F70D0109100102 A0{30{02:00 31{" + make_all(row[1], key) +
+                        "} 30{06:2A864886F70D0209 05:} 30{06:2A864886F70D010701 A0{04:" + digits_of(plain) +
+                        "}} 04:" + digits_of(openssl::hmac("SHA256", key, plain)) + "}}}"),
+                    row[3]);
 }
 
 /// Makes a message for recipients by settings, and has openssl open it in each of several ways.
@@ -360,16 +404,7 @@ std::string ours(const Row &row) {
     const CommandFolder &folder = People::instance().folder();
     const Octets key = key_of(32);
     const Octets iv(16, 0x24);
-    std::string recipients;
-    std::istringstream all(row[1]);
-    for (std::string text; std::getline(all, text, ';');) {
-        CMS_RECIPIENT_INFO *made = nullptr;
-        const std::uint32_t status =
-            make_CMS_RECIPIENT_INFO(Settings(trimmed(text)).get(), key.data(), size_of(key), &made);
-        const Recipient owner(made);
-        if (status != 0) return status_text(status);
-        recipients += " =" + digits_of(encoding_of(made, TLX_ENCODER(CMS_RECIPIENT_INFO_to_Seq)));
-    }
+    const std::string recipients = make_all(row[1], key);
     const Octets plain(kContent.begin(), kContent.end());
     const std::string ciphertext = digits_of(openssl::cipher("AES-256-CBC", true, key, iv, plain));
     const Octets message = der("30{06:2A864886F70D010703 A0{30{02:03 31{" + recipients +
@@ -418,6 +453,7 @@ TEST(MessageKeys, Rows) {
                                      {"allocations", {opens, no_memory}},
                                      {"theirs", {theirs}},
                                      {"ours", {ours}},
+                                     {"authenticated", {authenticated}},
                                      {"composed", {composed}}});
 }
 

@@ -132,6 +132,15 @@ std::string calculate(const std::string &operation, const std::string &a, const 
     return Owned<char>(BN_bn2hex(r.get())).get();
 }
 
+Octets hmac(const std::string &digest, const Octets &key, const Octets &data) {
+    Octets out(EVP_MAX_MD_SIZE);
+    std::size_t length = 0;
+    const bool made = EVP_Q_mac(library(), "HMAC", nullptr, digest.c_str(), nullptr, key.data(), key.size(),
+                                data.data(), data.size(), out.data(), out.size(), &length) != nullptr;
+    out.resize(made ? length : 0);
+    return out;
+}
+
 Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Octets &iv,
               const Octets &data) {
     const Owned<EVP_CIPHER> algorithm(EVP_CIPHER_fetch(library(), name.c_str(), nullptr));

@@ -24,6 +24,9 @@ Octets pkcs12_key(const std::string &digest, const Octets &password, const Octet
 std::string calculate(const std::string &operation, const std::string &a, const std::string &b,
                       const std::string &modulus = "");
 
+/// HMAC with a digest by libcrypto's name.
+Octets hmac(const std::string &digest, const Octets &key, const Octets &data);
+
 /// Encrypts or decrypts by libcrypto's name of the cipher; empty on failure. An RC4 key may have any length.
 Octets cipher(const std::string &name, bool encrypt, const Octets &key, const Octets &iv, const Octets &data);
 
