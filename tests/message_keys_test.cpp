@@ -314,14 +314,16 @@ std::string digits_of(const Octets &octets) {
     return text;
 }
 
+std::uint32_t append_to_text(void *text, const std::uint8_t *octets, std::uint32_t len) {
+    static_cast<std::string *>(text)->append(reinterpret_cast<const char *>(octets), len);
+    return 0;
+}
+
 /// The content of a message under an opened key; another text for one that cannot be read.
 std::string read_content(const Octets &message, const Octets &key) {
     std::string content;
     ENVELOPED_MESSAGE_READER_SETTINGS settings = {};
-    settings.output = [](void *context, const std::uint8_t *octets, std::uint32_t len) -> std::uint32_t {
-        static_cast<std::string *>(context)->append(reinterpret_cast<const char *>(octets), len);
-        return 0;
-    };
+    settings.output = append_to_text;
     settings.context = &content;
     settings.key = key.data();
     settings.key_len = size_of(key);
@@ -399,19 +401,32 @@ std::string authenticated(const Row &row) {
                     row[3]);
 }
 
-/// Makes a message for recipients by settings, and has openssl open it in each of several ways.
+/// Writes a message with a cipher for recipients by settings, and has openssl open it in each of several
+/// ways.
 std::string ours(const Row &row) {
     const CommandFolder &folder = People::instance().folder();
-    const Octets key = key_of(32);
-    const Octets iv(16, 0x24);
-    const std::string recipients = make_all(row[1], key);
-    const Octets plain(kContent.begin(), kContent.end());
-    const std::string ciphertext = digits_of(openssl::cipher("AES-256-CBC", true, key, iv, plain));
-    const Octets message = der("30{06:2A864886F70D010703 A0{30{02:03 31{" + recipients +
-                               "} 30{06:2A864886F70D010701 30{06:60864801650304012A 04:" + digits_of(iv) +
-                               "} 80:" + ciphertext + "}}}}");
-    folder.write("ours.der", {message.begin(), message.end()});
-    std::istringstream ways(row[2]);
+    std::list<Settings> owners;
+    std::vector<CMS_RECIPIENT_SETTINGS> recipients;
+    std::istringstream all(row[2]);
+    for (std::string text; std::getline(all, text, ';');) {
+        recipients.push_back(*owners.emplace_back(trimmed(text)).get());
+    }
+    std::string message;
+    ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = append_to_text;
+    settings.context = &message;
+    settings.type = row[1].ends_with("gcm") ? TLX_MESSAGE_AUTH_ENVELOPED_DATA : TLX_MESSAGE_ENVELOPED_DATA;
+    settings.algorithm = row[1].c_str();
+    settings.recipients = recipients.data();
+    settings.recipient_count = static_cast<std::uint32_t>(recipients.size());
+    const Held<free_ENVELOPED_MESSAGE_WRITER> writer(new_ENVELOPED_MESSAGE_WRITER(&settings));
+    const auto *content = reinterpret_cast<const std::uint8_t *>(kContent.data());
+    EXPECT_EQ(
+        update_ENVELOPED_MESSAGE_WRITER(writer.get(), content, static_cast<std::uint32_t>(kContent.size())),
+        0U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(writer.get()), 0U);
+    folder.write("ours.der", message);
+    std::istringstream ways(row[3]);
     std::string result;
     for (std::string way; std::getline(ways, way, ';');) {
         folder.run("openssl cms -decrypt -inform DER -in ours.der -out opened " + way);
