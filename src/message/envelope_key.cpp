@@ -2,7 +2,7 @@
 
 #include <tlxcrypto/random.h>
 
-#include "message/cms_records.hpp"
+#include "message/key_scheme.hpp"
 
 using namespace tlx;
 
@@ -11,12 +11,6 @@ namespace {
 /// A recipient longer than this, which nobody writes, is passed over: the records of one are many times as
 /// long.
 constexpr std::size_t kLongestRecipient = 32768;
-/// Each password may cost as many iterations as the bound on them allows.
-constexpr u32 kMostPasswords = 16;
-
-/// As open_CMS_RECIPIENT_INFO() has it for a key of unknown length.
-constexpr u32 kRandomKeyLength = 32;
-
 constexpr u32 kNotTheHolder = 0x52B10047;
 constexpr u32 kDoesNotDecrypt = 0x52B10012;
 
@@ -35,9 +29,7 @@ class KeySearch {
             return false;
         }
         const Owned<CMS_RECIPIENT_INFO> recipient(made);
-        if (made->type == TLX_CMS_PASSWORD && passwords_++ == kMostPasswords) return true;
-        key_.length = sizeof key_.octets;
-        const u32 status = open_CMS_RECIPIENT_INFO(made, &holder_, expected_len_, key_.octets, &key_.length);
+        const u32 status = open_recipient(*made, holder_, expected_len_, key_, budget_);
         if (status == 0 || status_ == 0x52A00047) status_ = status == kNotTheHolder ? status_ : status;
         return status != 0;
     }
@@ -47,7 +39,7 @@ class KeySearch {
     const CMS_KEY_HOLDER &holder_;
     u32 expected_len_;
     OpenedKey &key_;
-    u32 passwords_ = 0;
+    WorkBudget budget_;
     u32 status_ = 0x52A00047;  ///< the first one that says more, as long as no recipient opens
 };
 
@@ -62,6 +54,6 @@ u32 tlx::open_content_key(const Element &recipients, const CMS_KEY_HOLDER &holde
         if (!search.try_next(element)) break;
     }
     if (search.status() != kDoesNotDecrypt) return search.status();
-    key.length = expected_len != 0 ? expected_len : kRandomKeyLength;
-    return RAND_BYTES(key.octets, key.length) == 0 ? 0 : 0x52A0003C;
+    key.len = expected_len != 0 ? expected_len : kRandomKeyLength;
+    return RAND_BYTES(key.octets, key.len) == 0 ? 0 : 0x52A0003C;
 }

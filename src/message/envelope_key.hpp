@@ -1,22 +1,10 @@
 // The content key of a message that is read in pieces.
 #pragma once
 
-#include <tlxpki/cms_keys.h>
-
 #include "der/element.hpp"
-#include "der/owned.hpp"
+#include "message/cms_keys.hpp"
 
 namespace tlx {
-
-struct OpenedKey {
-    u8 octets[TLX_CMS_KEY_MAX_LENGTH];
-    u32 length = 0;
-
-    OpenedKey() noexcept = default;
-    ~OpenedKey() { tlx_wipe(this, sizeof *this); }
-    OpenedKey(const OpenedKey &) = delete;
-    OpenedKey &operator=(const OpenedKey &) = delete;
-};
 
 /// Opens the key of the first recipient that the holder opens. One that is the holder but does not decrypt
 /// gives a random key, so that the content fails to decrypt as under any wrong key.

@@ -170,7 +170,7 @@ u32 ENVELOPED_MESSAGE_READER::find_key(const MembersBefore &members, u32 expecte
     }
     if (settings_.holder == nullptr || members.recipients.tag == 0) return 0x52A0002B;
     const u32 status = open_content_key(members.recipients, *settings_.holder, expected_len, opened);
-    key = {opened.octets, opened.length};
+    key = {opened.octets, opened.len};
     return status;
 }
 
