@@ -1,5 +1,7 @@
-// Signed messages in pieces, after an octet that chooses the pieces: the result is that of one piece, and
-// what is verified verifies as a whole message.
+// Messages in pieces, after an octet that chooses the pieces: the result is that of one piece. A signed one
+// that is verified verifies as a whole message, and what is read of another one has a record.
+#include <tlxpki/message_envelope.h>
+
 #include "identity.hpp"
 
 namespace {
@@ -68,6 +70,40 @@ Reading read(const std::uint8_t *octets, std::uint32_t size, Next next) {
     return reading;
 }
 
+/// Content is held back, and given out as a message, when the octet that chooses the pieces says so.
+template <typename Next>
+Reading open(const std::uint8_t *octets, std::uint32_t size, bool held_back, Next next) {
+    constexpr std::uint8_t kSecret[32] = {};
+    Reading reading = {};
+    CMS_KEY_HOLDER holder = {};
+    holder.private_key = identity().key.get();
+    holder.kek = kSecret;
+    holder.kek_len = 16;
+    ENVELOPED_MESSAGE_READER_SETTINGS settings = {};
+    (held_back ? settings.output : settings.unverified_output) = collect;
+    settings.context = &reading.content;
+    settings.as_message = held_back ? 1 : 0;
+    settings.holder = &holder;
+    settings.key = held_back ? kSecret : nullptr;
+    settings.key_len = held_back ? 16 : 0;
+    const Held<free_ENVELOPED_MESSAGE_READER> reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    for (std::uint32_t at = 0; at < size && reading.status == 0;) {
+        const std::uint32_t piece = std::min(next(), size - at);
+        reading.status = update_ENVELOPED_MESSAGE_READER(reader.get(), octets + at, piece);
+        at += piece;
+    }
+    if (reading.status != 0) return reading;
+    reading.detached = is_ENVELOPED_MESSAGE_READER_detached(reader.get()) != 0;
+    if (reading.detached) update_ENVELOPED_MESSAGE_READER_content(reader.get(), kContent, kContentLength);
+    reading.status = final_ENVELOPED_MESSAGE_READER(reader.get());
+    CMS_CONTENT_INFO *record = nullptr;
+    const std::uint32_t made = get_ENVELOPED_MESSAGE_READER_message(reader.get(), &record);
+    require((made == 0) == (record != nullptr));
+    free_CMS_CONTENT_INFO(record);
+    reading.findings = std::to_string(made);
+    return reading;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -76,6 +112,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     Pieces pieces(data[0]);
     const Reading whole = read(data + 1, length, [&] { return length; });
     require(whole == read(data + 1, length, [&] { return pieces.next(); }));
+    const bool held_back = data[0] >= 0x80;
+    const Reading opened = open(data + 1, length, held_back, [&] { return length; });
+    if (opened.status != 0x52A20012) {  // under a random key each reading has other octets
+        require(opened == open(data + 1, length, held_back, [&] { return pieces.next(); }));
+    }
     if (whole.status != 0) return 0;
     void *read_whole = nullptr;
     // Content of other types may be a string of CMS, which PKCS #7 does not have.

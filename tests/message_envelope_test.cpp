@@ -319,6 +319,81 @@ TEST(MessageEnvelope, AllocationsMayFail) {
     }
 }
 
+/// The octets of an element, which may be long.
+Octets element(std::uint8_t tag, const Octets &contents) {
+    const std::size_t size = contents.size();
+    Octets all = {tag, 0x83, static_cast<std::uint8_t>(size >> 16), static_cast<std::uint8_t>(size >> 8),
+                  static_cast<std::uint8_t>(size)};
+    all.insert(all.end(), contents.begin(), contents.end());
+    return all;
+}
+
+/// Elements one after the other, of which one is repeated up to a size.
+Octets repeated(const std::string &text, std::size_t size, const Octets &before = {}) {
+    const Octets one = message_of(text);
+    Octets all = before;
+    while (all.size() + one.size() <= size)
+        all.insert(all.end(), one.begin(), one.end());
+    return all;
+}
+
+/// The most octets that are allocated while a message is read whose members before and after the content are
+/// given, with as much content as is held back.
+std::uint64_t peak_of(const Octets &recipients, const Octets &after) {
+    Octets message = message_of("=3080 $authEnveloped =A080 =3080 02:00");
+    const auto append = [&](const Octets &octets) {
+        message.insert(message.end(), octets.begin(), octets.end());
+    };
+    append(element(0x31, recipients));
+    append(message_of("=3080 $data $gcm =A080"));
+    append(element(4, Octets(TLX_MESSAGE_HELD_BACK_LIMIT)));
+    append(message_of("=0000 =0000"));
+    append(after);
+    append(message_of("04:00 =0000 =0000 =0000"));
+    const std::uint8_t kek[16] = {};
+    CMS_KEY_HOLDER holder = {};
+    holder.private_key = signing_key(0);
+    holder.kek = holder.password = kek;
+    holder.kek_len = holder.password_len = sizeof kek;
+    Octets given;
+    Settings settings = reading(given);
+    settings.key = nullptr;
+    settings.holder = &holder;
+    std::uint64_t peak = 0;
+    const std::uint64_t before = tlx_live_bytes();
+    tlx_watch_frees(
+        [](const void *, size_t, void *context) {
+            auto *most = static_cast<std::uint64_t *>(context);
+            *most = std::max(*most, tlx_live_bytes());
+        },
+        &peak);
+    EXPECT_EQ(read_in_pieces(settings, message, 10000), 0x52A20012U);
+    tlx_watch_frees(nullptr, nullptr);
+    return peak - before;
+}
+
+/// As many members as the default limit allows make no records of many times their size.
+TEST(MessageEnvelope, MembersTakeLittleMemory) {
+    make_signing_keys();
+    constexpr std::size_t kHeld = 520000;
+    constexpr std::size_t kRecipient = 32000;
+    constexpr std::uint64_t kMost = 2 << 20;
+    // A key that does not open, so that the content is decrypted under a random one.
+    const Octets kek = message_of(
+        "A2{02:04 30{04:00} 30{06:608648016503040105} 04:000102030405060708090A0B0C0D0E0F1011121314151617}");
+    Octets agreement = message_of("02:03 A0{30{30{} 02:01}} 30{06:2A03}");
+    const Octets keys = element(0x30, repeated("30{30{30{} 02:01} 04:}", kRecipient));
+    agreement.insert(agreement.end(), keys.begin(), keys.end());
+    Octets recipients = kek;
+    for (const Octets &recipient : {element(0xA1, agreement), element(0xA4, Octets(kHeld - 2 * kRecipient))})
+        recipients.insert(recipients.end(), recipient.begin(), recipient.end());
+    EXPECT_LT(peak_of(recipients, {}), kMost);
+    const std::string other =
+        "A2{02:04 30{04:" + std::string(300, '0') + "} 30{06:608648016503040105} 04:00}";
+    EXPECT_LT(peak_of(repeated(other, kHeld, kek), {}), kMost);
+    EXPECT_LT(peak_of(kek, element(0xA1, repeated("30{06:2A 31{05:}}", kHeld))), kMost);
+}
+
 TEST(MessageEnvelope, WritingRefusesArguments) {
     Octets written;
     ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
