@@ -1,6 +1,12 @@
-// Signers of CMS messages: those that openssl and certtool made, tests/data/cms, read in pieces.
+// Signers of CMS messages: those that openssl and certtool made, tests/data/cms, read in pieces, and those
+// that we write.
 #include <gtest/gtest.h>
+#include <tlxpki/cms.h>
+#include <tlxpki/pkcs8.h>
+#include <tlxpki/signature.h>
 
+#include "support/command.hpp"
+#include "support/der_text.hpp"
 #include "support/message_reader.hpp"
 #include "support/rows.hpp"
 #include "support/verify_support.hpp"
@@ -10,9 +16,12 @@
 namespace tlx_test {
 namespace {
 
-Octets sample(const std::string &name) {
-    const std::string text = read_text(TLX_TEST_DATA "/cms/" + name + ".der");
+Octets file(const std::string &name) {
+    const std::string text = read_text(TLX_TEST_DATA "/cms/" + name);
     return {text.begin(), text.end()};
+}
+Octets sample(const std::string &name) {
+    return file(name + ".der");
 }
 
 const Octets kContent = {'C', 'o', 'n', 't', 'e', 'n', 't', '\n'};
@@ -65,14 +74,170 @@ std::string read(const Row &row) {
     return first + " " + status_text(read_in_pieces(trust.settings, message, 100, content));
 }
 
+/// A signer of the samples by its name.
+struct Signer {
+    explicit Signer(const std::string &name) : certificate(certificate_of(file(name + ".crt"))) {
+        const Octets octets = file(name + ".key");
+        P8_PRIV_KEY_INFO *read = nullptr;
+        EXPECT_EQ(TLX_READ_DER(P8_PRIV_KEY_INFO, &read, octets.data(), size_of(octets)), 0U);
+        const Held<free_P8_PRIV_KEY_INFO> info(read);
+        ASYMMETRIC_KEY *made = nullptr;
+        EXPECT_EQ(read_PRIV_KEY(info.get(), &made), 0U);
+        key.reset(made);
+        signer.certificate = certificate.get();
+        signer.key = key.get();
+    }
+    OwnedCert certificate;
+    Held<free_ASYMMETRIC_KEY> key;
+    MESSAGE_SIGNER signer = {};
+};
+
+std::uint32_t sign_elsewhere(void *context, const X509_ALGO_IDENTIFIER *algorithm, const std::uint8_t *octets,
+                             std::uint32_t len, OCTET_STRING **signature) {
+    return make_SIGNATURE(static_cast<const ASYMMETRIC_KEY *>(context), algorithm, octets, len, signature);
+}
+
+/// Says the length of the signature in an attribute of the type 2.5.4.5.
+std::uint32_t stamp(void * /*context*/, const std::uint8_t * /*signature*/, std::uint32_t len,
+                    X509_ATTRIBUTES **attributes) {
+    const Node node = der_node("31{30{06:550405 31{02:" + std::string(len == 64 ? "40" : "01") + "}}}");
+    return Seq_to_X509_ATTRIBUTES(node.get(), attributes);
+}
+
+/// Does as the words say.
+void set_up(MESSAGE_SIGNER &signer, SIGNED_MESSAGE_WRITER_SETTINGS &settings, const std::string &words) {
+    const auto has = [&](const std::string &word) {
+        return (" " + words + " ").find(" " + word + " ") != std::string::npos;
+    };
+    signer.pss = has("pss") ? 1 : 0;
+    signer.by_key_identifier = has("keyid") ? 1 : 0;
+    signer.bare = has("bare") ? 1 : 0;
+    signer.signing_certificate = has("cert") ? 1 : 0;
+    signer.algorithm_protection = has("protect") ? 1 : 0;
+    if (has("sha1")) signer.digest_id = TLX_DIGEST_SHA1;
+    if (has("sha384")) signer.digest_id = TLX_DIGEST_SHA384;
+    if (has("sha3")) signer.digest_id = TLX_DIGEST_SHA3_256;
+    if (has("stamp")) signer.unsigned_attributes = stamp;
+    if (has("elsewhere")) {
+        signer.sign = sign_elsewhere;
+        signer.sign_context = const_cast<ASYMMETRIC_KEY *>(std::exchange(signer.key, nullptr));
+    }
+    settings.format = has("pkcs7") ? TLX_MESSAGE_FORMAT_PKCS7 : TLX_MESSAGE_FORMAT_ANY;
+}
+
+/// The message that a signer writes; empty with a status other than 0.
+Octets write_message(const Row &row, std::uint32_t &status) {
+    Signer signer(row[1]);
+    Octets written;
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    set_up(signer.signer, settings, row[2]);
+    X509_ATTRIBUTES *attributes = nullptr;
+    if (!row[4].empty()) {
+        const Node node = der_node(row[4]);
+        EXPECT_EQ(Seq_to_X509_ATTRIBUTES(node.get(), &attributes), 0U);
+    }
+    const Held<free_X509_ATTRIBUTES> owner(attributes);
+    signer.signer.attributes = attributes;
+    const Held<free_X509_CERTIFICATES> certificates(new_X509_CERTIFICATES());
+    EXPECT_EQ(add_X509_CERTIFICATES(certificates.get(), signer.certificate.get()), 0U);
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.signers = &signer.signer;
+    settings.signer_count = 1;
+    settings.certificates = certificates.get();
+    settings.form = row.number(3);
+    settings.size = kContent.size();
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+    status = update_SIGNED_MESSAGE_WRITER(writer.get(), kContent.data(), 3);
+    if (status == 0) status = update_SIGNED_MESSAGE_WRITER(writer.get(), &kContent[3], size_of(kContent) - 3);
+    if (status == 0) status = final_SIGNED_MESSAGE_WRITER(writer.get());
+    return status == 0 ? written : Octets();
+}
+
+/// Key, words, form and signed attributes: the status, and of a message the findings, whether it is DER and
+/// whether it has unsigned attributes.
+std::string write(const Row &row) {
+    std::uint32_t status = 0;
+    const Octets message = write_message(row, status);
+    if (status != 0) return status_text(status);
+    const Trust trust(TLX_PROFILE_CURRENT);
+    SignerReports reports;
+    const bool detached = row.number(3) == TLX_MESSAGE_DETACHED;
+    status = read_in_pieces(trust.settings, message, 1, detached ? &kContent : nullptr, &reports);
+    CMS_CONTENT_INFO *made = nullptr;
+    EXPECT_EQ(TLX_READ_DER(CMS_CONTENT_INFO, &made, message.data(), size_of(message)), 0U);
+    const Held<free_CMS_CONTENT_INFO> again(made);
+    const bool is_der = encoding_of(made, TLX_ENCODER(CMS_CONTENT_INFO_to_Seq)) == message;
+    const auto *report = get_P7_SIGNER_REPORTS_child(reports.get(), 0);
+    return status_text(status) + findings(reports) + (is_der ? " der" : " ber") +
+           (report->unsignedAttributes != nullptr ? " stamped" : "");
+}
+
 TEST(MessageSigner, Rows) {
-    expect_rows("message_signer.txt", {{"read", {read}}});
+    expect_rows("message_signer.txt", {{"read", {read}}, {"write", {write}}});
+}
+
+/// What a signer writes, a program verifies.
+std::string verified_by_peer(const Row &row) {
+    static const CommandFolder folder;
+    std::uint32_t status = 0;
+    const Octets message = write_message(row, status);
+    const Octets root = sample("root");
+    char *pem = nullptr;
+    const std::uint32_t size = encode_PEM(root.data(), size_of(root), "CERTIFICATE", 11, &pem, 1);
+    const Held<tlx_free> owner(static_cast<void *>(pem));
+    folder.write("root", {pem, size});
+    folder.write("message", {message.begin(), message.end()});
+    return folder.succeeds(row[5]) ? "good" : "bad";
+}
+
+TEST(MessageSigner, PeersVerify) {
+    expect_rows("message_signer_peer.txt", {{"verify", {verified_by_peer}}});
 }
 
 class MessageSigners : public ::testing::Test {
   protected:
     LeakCheck leaks_;
 };
+
+/// The content type is signed.
+TEST_F(MessageSigners, ContentTypeDiffers) {
+    Octets message = sample("typed");
+    const Octets type = {0x06, 0x03, 0x2A, 0x03, 0x04};
+    const auto found = std::search(message.begin(), message.end(), type.begin(), type.end());
+    *(found + 4) = 5;
+    EXPECT_EQ(read_in_pieces({}, message, 1), 0x4B300106U);
+}
+
+TEST_F(MessageSigners, WritingRefusesArguments) {
+    const Signer signer("p256");
+    Octets written;
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.signer_count = 1;
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(&settings), nullptr);
+    settings.signers = &signer.signer;
+    settings.format = 2;
+    EXPECT_EQ(new_SIGNED_MESSAGE_WRITER(&settings), nullptr);
+    settings.format = TLX_MESSAGE_FORMAT_ANY;
+    MESSAGE_SIGNER broken = signer.signer;
+    settings.signers = &broken;
+    const auto status = [&] {
+        const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+        return final_SIGNED_MESSAGE_WRITER(writer.get());
+    };
+    broken.key = nullptr;
+    EXPECT_EQ(status(), 0x52830048U);
+    const OwnedCert root = certificate_of(sample("root"));
+    broken.key = get_X509_PUBKEY_key(get_X509_SPKI(root.get()));
+    EXPECT_EQ(status(), 0x52840048U);
+    const Signer other("p384");
+    broken.key = other.key.get();
+    EXPECT_EQ(status(), 0x52840054U);
+    broken.certificate = nullptr;
+    EXPECT_EQ(status(), 0x52830048U);
+}
 
 /// Of two certificates with the key identifier that the signer has, the one counts whose key signed.
 TEST_F(MessageSigners, KeyIdentifierOfTwoCertificates) {

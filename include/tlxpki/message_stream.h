@@ -17,6 +17,7 @@
 #ifndef TLXPKI_MESSAGE_STREAM_H
 #define TLXPKI_MESSAGE_STREAM_H
 
+#include <tlxpki/cms_types.h>
 #include <tlxpki/pkcs7_sign.h>
 
 TLX_BEGIN_DECLS
@@ -131,25 +132,81 @@ enum {
     TLX_MESSAGE_DETACHED = 2    /**< DER without the content */
 };
 
-/** How a signed message is written. */
+/** Formats of a message that is made of signers. A message of CMS whose members PKCS #7 has is one of PKCS #7
+ * also. */
+enum {
+    TLX_MESSAGE_FORMAT_ANY = 0,  /**< that of PKCS #7 where it suffices, otherwise of CMS */
+    TLX_MESSAGE_FORMAT_PKCS7 = 1 /**< what PKCS #7 does not have is refused */
+};
+
+/**
+ * Signs octets where the key is, such as in a token.
+ * @param algorithm how: also the digest is in it, or for rsaEncryption and KCDSA that of the signer
+ * @param signature receives a new string as make_SIGNATURE() makes it; the writer frees it
+ * @return 0 to go on; any other status stops the writer
+ */
+typedef uint32_t (*MESSAGE_SIGN)(void *context, const X509_ALGO_IDENTIFIER *algorithm, const uint8_t *octets,
+                                 uint32_t len, OCTET_STRING **signature);
+
+/**
+ * Makes the unsigned attributes of a signer, such as a time stamp, once its signature is known.
+ * @param attributes receives a new list, which the writer frees, or stays null for none
+ * @return 0 to go on; any other status stops the writer
+ */
+typedef uint32_t (*MESSAGE_UNSIGNED_ATTRIBUTES)(void *context, const uint8_t *signature, uint32_t len,
+                                                X509_ATTRIBUTES **attributes);
+
+/**
+ * A signer: a key of RSA, ECDSA, EdDSA or KCDSA with its certificate. Zeros stand for the defaults. It has
+ * the attributes contentType, messageDigest and signingTime.
+ */
+typedef struct MESSAGE_SIGNER {
+    const X509_CERT *certificate;
+    const ASYMMETRIC_KEY *key;     /**< the private key; null when sign is there instead */
+    MESSAGE_SIGN sign;             /**< signs in place of a key */
+    void *sign_context;            /**< handed to it */
+    uint32_t digest_id;            /**< TLX_DIGEST_; 0 for SHA-256, on larger curves the digest of their
+                                      size, and for EdDSA the one that it has */
+    uint32_t pss;                  /**< nonzero for RSASSA-PSS: the digest also in MGF1, a salt as long */
+    uint32_t by_key_identifier;    /**< nonzero names the certificate by its subject key identifier, not by
+                                      issuer and serial number */
+    uint32_t bare;                 /**< nonzero signs data itself, without attributes: a key of RSA or ECDSA
+                                      that is at hand */
+    uint32_t signing_certificate;  /**< nonzero adds signingCertificateV2 with SHA-256 (RFC 5035) */
+    uint32_t algorithm_protection; /**< nonzero adds CMSAlgorithmProtection (RFC 6211) */
+    const X509_ATTRIBUTES *attributes; /**< further signed attributes, none of those above; may be null */
+    MESSAGE_UNSIGNED_ATTRIBUTES unsigned_attributes; /**< null for none; excludes TLX_MESSAGE_DER */
+    void *unsigned_attributes_context;               /**< handed to it */
+} MESSAGE_SIGNER;
+
+/** How a signed message is written: one that is there, or one that is made of signers. */
 typedef struct SIGNED_MESSAGE_WRITER_SETTINGS {
     MESSAGE_OUTPUT output;          /**< gets the message */
     void *context;                  /**< handed to the output */
     const P7_CONTENT_INFO *message; /**< signed data without content, with its signers
-                                       (add_PKCS7_Signature()), certificates and revocation lists; copied */
+                                       (add_PKCS7_Signature()), certificates and revocation lists; copied.
+                                       Null with signers */
     uint32_t form;                  /**< TLX_MESSAGE_ */
     uint64_t size;                  /**< octets of the content for TLX_MESSAGE_DER, otherwise ignored */
     uint32_t bare;                  /**< nonzero signs without attributes, or with those that signers have; 0
                                        as sign_PKCS7_withAttributes() does */
     const ASN1_TIME *time;          /**< the signing time, in UTC; null for the present. It has to outlive the
                                        writer */
+    const MESSAGE_SIGNER *signers;  /**< in place of a message, which bare does not concern then. They and the
+                                       members that follow have to outlive the writer */
+    uint32_t signer_count;          /**< of signers; 0 with a message */
+    uint32_t format;                /**< TLX_MESSAGE_FORMAT_ */
+    const OBJECT_IDENTIFIER *content_type;  /**< null for data */
+    const X509_CERTIFICATES *certificates;  /**< those that the message carries; may be null */
+    const CMS_REVOCATION_INFOS *revocation; /**< likewise */
 } SIGNED_MESSAGE_WRITER_SETTINGS;
 
 /** A signed message that is being written. */
 typedef struct SIGNED_MESSAGE_WRITER SIGNED_MESSAGE_WRITER;
 
 /** Begins to write a message; freed with free_SIGNED_MESSAGE_WRITER(). Null for null settings, without an
- * output or a message, for another form, a size of 2^62 or more, and when memory runs out. */
+ * output, with neither a message nor signers or with both, for another form or format, a size of 2^62 or
+ * more, and when memory runs out. */
 TLXPKI_API SIGNED_MESSAGE_WRITER *new_SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS *settings);
 /** Frees a writer. Ignores null. */
 TLXPKI_API void free_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer);
@@ -162,13 +219,19 @@ TLXPKI_API void free_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer);
  * signature may not get the length that is reserved for it; 0x5283001C for more octets than the size;
  * 0x5283003C when memory runs out, for a member that cannot be encoded, and for a digest that is not
  * available; a status of init_PKCS7_Sign() or sign_PKCS7_withAttributes(); a status of the output
+ * @return of signers also 0x52830048 for one without a certificate or with other than one of key and sign, a
+ * digest or scheme that its key does not have, a bare one that is not possible, attributes of its own that it
+ * makes itself, and more than 8 digests; 0x52830047 for a certificate without the identifier; 0x52830106 for
+ * what PKCS #7 does not have; 0x52830012 in DER for unsigned attributes
  */
 TLXPKI_API uint32_t update_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer, const uint8_t *octets,
                                                  uint32_t len);
 /**
  * Signs, and writes the rest of the message.
  * @return 0; 0x52840049 for a null writer; 0x5284001C for fewer octets than the size; 0x52840047 when 64
- * KCDSA signatures have other lengths than the one that is reserved; 0x5284003C when memory runs out, and
+ * signatures have other lengths than the one that is reserved; 0x52840048 for a public key, and one that is
+ * not of the kind of its certificate; 0x52840054 for a signature that does not verify with the certificate;
+ * a status of the functions of signers and of an external key; 0x5284003C when memory runs out, and
  * when a member cannot be encoded; a status of update_SIGNED_MESSAGE_WRITER(), final_PKCS7_Sign() or
  * sign_PKCS7_withAttributes(); a status of the output. Afterwards all operations return 0x5284002B
  */

@@ -3,6 +3,7 @@
 
 #include <tlxpki/time.h>
 
+#include "der/owned.hpp"
 #include "message/content_digests.hpp"
 
 namespace tlx {
@@ -34,6 +35,10 @@ template <typename Act>
 /// is as long as reserve_signatures() makes it. 0x52840047 after 64 tries; otherwise a status of
 /// final_PKCS7_Sign().
 [[nodiscard]] u32 sign_to_reserved_length(const SignedMembers &members) noexcept;
+
+/// The value of the attribute signingTime, for null of the present time: UTCTime in the years that it has
+/// (RFC 5652, section 11.3). Null when memory runs out and for a time that cannot be written.
+[[nodiscard]] Owned<ASN1_STRING> signing_time(const ASN1_TIME *time) noexcept;
 
 /// Gives every signer that has no signature yet the attributes contentType, messageDigest and signingTime.
 /// @param time null for the present

@@ -24,19 +24,6 @@ struct SignedAttribute {
     const ASN1_STRING *value;
 };
 
-/// RFC 5652, section 11.3: UTCTime in the years that it has.
-Owned<ASN1_STRING> signing_time(const ASN1_TIME *time) noexcept {
-    constexpr u32 kWithSeconds = 2;
-    const OwnedTime now(time == nullptr ? getCurrentGMTime() : nullptr);
-    if (time == nullptr) time = now.get();
-    if (time == nullptr) return nullptr;
-    constexpr i32 kFirstYear = 50;  // since 1900
-    constexpr i32 kLastYear = 149;
-    const bool short_year = time->year >= kFirstYear && time->year <= kLastYear;
-    return Owned<ASN1_STRING>(short_year ? asn1TimeToUTC_TIME(time, kWithSeconds)
-                                         : asn1TimeToGENERALIZED_TIME(time, kWithSeconds));
-}
-
 /// Replaces all attributes of a type. False when memory runs out.
 bool put(X509_ATTRIBUTES *attributes, const SignedAttribute &attribute) noexcept {
     const char *dotted = OID_LIST(static_cast<i32>(attribute.row))->dotted;
@@ -134,6 +121,18 @@ u32 prepare_without_key(P7_SIGNER_INFO &signer, const BIGINT *version, Shared &s
 }
 
 }  // namespace
+
+Owned<ASN1_STRING> tlx::signing_time(const ASN1_TIME *time) noexcept {
+    constexpr u32 kWithSeconds = 2;
+    const OwnedTime now(time == nullptr ? getCurrentGMTime() : nullptr);
+    if (time == nullptr) time = now.get();
+    if (time == nullptr) return nullptr;
+    constexpr i32 kFirstYear = 50;  // since 1900
+    constexpr i32 kLastYear = 149;
+    const bool short_year = time->year >= kFirstYear && time->year <= kLastYear;
+    return Owned<ASN1_STRING>(short_year ? asn1TimeToUTC_TIME(time, kWithSeconds)
+                                         : asn1TimeToGENERALIZED_TIME(time, kWithSeconds));
+}
 
 u32 tlx::put_signed_attributes(const SignedMembers &members, const ContentDigests &digests,
                                const OBJECT_IDENTIFIER *content_type, const ASN1_TIME *time) noexcept {

@@ -3,7 +3,8 @@
 #include <tlxpki/time.h>
 
 #include "message/key_signature.hpp"
-#include "message/message_output.hpp"
+#include "message/message_frame.hpp"
+#include "message/message_signers.hpp"
 #include "message/running_digests.hpp"
 #include "message/sign.hpp"
 #include "verify/object.hpp"
@@ -52,15 +53,20 @@ struct SIGNED_MESSAGE_WRITER {
         if (settings.time == nullptr) settings_.time = now_.get();
         settings_.message = nullptr;
     }
-    [[nodiscard]] bool is_made() const noexcept { return info_ && settings_.time != nullptr; }
+    [[nodiscard]] bool is_made() const noexcept {
+        return (info_ || has_signers()) && settings_.time != nullptr;
+    }
 
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 finish() noexcept;
 
   private:
+    [[nodiscard]] bool has_signers() const noexcept { return settings_.signer_count > 0; }
     [[nodiscard]] bool signs_content() const noexcept { return settings_.bare != 0; }
     [[nodiscard]] P7_SIGNED_DATA &data() const noexcept { return *info_->content.signedData; }
     [[nodiscard]] u32 begin() noexcept;
+    [[nodiscard]] u32 begin_signers() noexcept;
+    [[nodiscard]] u32 end_signers() noexcept;
     [[nodiscard]] u32 place_content_type() noexcept;
     [[nodiscard]] u32 begin_digests() noexcept;
     [[nodiscard]] u32 begin_message() noexcept;
@@ -76,6 +82,7 @@ struct SIGNED_MESSAGE_WRITER {
     Owned<P7_CONTENT_INFO> info_;
     OwnedTime now_;
     SignedMembers members_ = {};
+    MessageSigners signers_;
     RunningDigests digests_;
     SegmentWriter segments_;
     std::uint64_t taken_ = 0;
@@ -90,6 +97,7 @@ u32 SIGNED_MESSAGE_WRITER::update(Bytes octets) noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
+    if (has_signers()) return begin_signers();
     if (content_type(info_.get()) != oid::kPkcs7SignedData || info_->content.any == nullptr) {
         return 0x52830048;
     }
@@ -100,6 +108,41 @@ u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
     if (status != 0) return status;
     const u32 begun = begin_digests();
     return begun != 0 ? begun : begin_message();
+}
+
+u32 SIGNED_MESSAGE_WRITER::begin_signers() noexcept {
+    Encoder whole;
+    MessageFrame frame = {};
+    if (const u32 status = signers_.begin(settings_); status != 0) return status;
+    if (const u32 status = signers_.reserve(); status != 0) return status;
+    signers_.encode(whole);
+    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5283003C;
+    if (settings_.form == TLX_MESSAGE_DER) frame.begin_der(out_, settings_.size);
+    if (settings_.form == TLX_MESSAGE_INDEFINITE) {
+        if (!segments_.start()) return 0x5283003C;
+        frame.begin_indefinite(out_);
+    }
+    return out_.status();
+}
+
+u32 SIGNED_MESSAGE_WRITER::end_signers() noexcept {
+    Encoder whole;
+    MessageFrame frame = {};
+    signers_.encode(whole);
+    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5284003C;
+    switch (settings_.form) {
+        case TLX_MESSAGE_INDEFINITE:
+            segments_.finish(out_);
+            frame.end_indefinite(out_);
+            break;
+        case TLX_MESSAGE_DER:
+            frame.end_der(out_);
+            break;
+        default:
+            out_.raw(whole.bytes());
+            break;
+    }
+    return out_.status();
 }
 
 /// The content itself is never part of the record.
@@ -202,8 +245,8 @@ u32 SIGNED_MESSAGE_WRITER::take(Bytes octets) noexcept {
     const bool is_der = settings_.form == TLX_MESSAGE_DER;
     if (is_der && octets.size() > settings_.size - taken_) return 0x5283001C;
     taken_ += octets.size();
-    if (!digests_.update(octets)) return 0x5283003C;
-    if (signs_content()) {
+    if (!digests_.update(octets) || !signers_.update(octets)) return 0x5283003C;
+    if (!has_signers() && signs_content()) {
         if (const u32 status = update_all(members_, octets); status != 0) return status;
     }
     if (is_der) out_.raw(octets);
@@ -221,6 +264,7 @@ u32 SIGNED_MESSAGE_WRITER::finish() noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
+    if (has_signers()) return signers_.sign();
     ContentDigests digests;
     if (!digests_.finish(digests)) return 0x5284003C;
     if (!signs_content()) {
@@ -235,6 +279,7 @@ u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {
+    if (has_signers()) return end_signers();
     constexpr u32 kInContent = 3;  // the string, [0] and contentInfo
     constexpr u32 kAroundIt = 3;   // SignedData, [0] and ContentInfo
     if (settings_.form == TLX_MESSAGE_DETACHED) {
@@ -258,7 +303,12 @@ u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {
 
 SIGNED_MESSAGE_WRITER *new_SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS *settings) {
     constexpr std::uint64_t kMostContent = 0x3FFFFFFFFFFFFFFF;
-    if (settings == nullptr || settings->output == nullptr || settings->message == nullptr) return nullptr;
+    if (settings == nullptr || settings->output == nullptr) return nullptr;
+    const bool has_signers = settings->signers != nullptr && settings->signer_count > 0;
+    if ((settings->message != nullptr) == has_signers || (!has_signers && settings->signer_count > 0)) {
+        return nullptr;
+    }
+    if (settings->format > TLX_MESSAGE_FORMAT_PKCS7) return nullptr;
     if (settings->form > TLX_MESSAGE_DETACHED || settings->size > kMostContent) return nullptr;
     OwnedObject<SIGNED_MESSAGE_WRITER> writer = make_object<SIGNED_MESSAGE_WRITER>(*settings);
     return writer && writer->is_made() ? writer.release() : nullptr;

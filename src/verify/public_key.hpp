@@ -7,6 +7,7 @@
 #include <tlxcrypto/kcdsa.h>
 #include <tlxcrypto/rsa.h>
 
+#include "der/encoder.hpp"
 #include "der/owned.hpp"
 #include "verify/certificate_view.hpp"
 
@@ -63,6 +64,13 @@ struct PublicKey {
 
 /// Whether a key verifies signatures of the algorithm, within the limits of a key of RSASSA-PSS.
 [[nodiscard]] bool is_algorithm_of(const PublicKey &key, const SignatureAlgorithm &algorithm) noexcept;
+
+/// Writes the identifier of a digest, with NULL parameters unless it is one of SHA-3. Fails for one that
+/// read_digest() does not know.
+void write_digest(Encoder &out, u32 digest_id) noexcept;
+
+/// Writes an algorithm. Fails for one that no identifier of read_signature_algorithm() is for.
+void write_signature_algorithm(Encoder &out, const SignatureAlgorithm &algorithm) noexcept;
 
 /// Verifies a signature of the octets: kNone, kAlgorithmNotOfKey, kSignatureWrong, kBrokenKey or kNoMemory.
 [[nodiscard]] Rule verify_signature(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes octets,

@@ -87,10 +87,13 @@ bool read_digest(StrictCursor &in, u32 &digest_id) noexcept {
     return read_algorithm(in, view) && tlx::read_digest(view, digest_id);
 }
 
-/// MGF1, 1.2.840.113549.1.1.8, with its digest.
+/// 1.2.840.113549.1.1.8
+constexpr std::string_view kMgf1 = "\x2A\x86\x48\x86\xF7\x0D\x01\x01\x08";
+
+/// MGF1 with its digest.
 bool read_mask(StrictCursor &in, u32 &digest_id) noexcept {
     AlgorithmView view;
-    if (!read_algorithm(in, view) || !is_oid_of(view.oid, "\x2A\x86\x48\x86\xF7\x0D\x01\x01\x08")) {
+    if (!read_algorithm(in, view) || !is_oid_of(view.oid, kMgf1)) {
         return false;
     }
     StrictCursor parameters(view.parameters);
@@ -119,7 +122,56 @@ bool has_right_parameters(const AlgorithmView &view, Parameters parameters,
     }
 }
 
+void write_oid(Encoder &out, std::string_view oid) noexcept {
+    out.primitive(id::kOid, {reinterpret_cast<const u8 *>(oid.data()), oid.size()});
+}
+
+// RFC 4055, section 3.1: what is the default is left out.
+void write_pss_parameters(Encoder &out, const SignatureAlgorithm &algorithm) noexcept {
+    const auto parameters = out.sequence();
+    if (algorithm.digest_id != TLX_DIGEST_SHA1) {
+        const auto member = out.nest(context(0));
+        write_digest(out, algorithm.digest_id);
+    }
+    if (algorithm.mgf_digest_id != TLX_DIGEST_SHA1) {
+        const auto member = out.nest(context(1));
+        const auto function = out.sequence();
+        write_oid(out, kMgf1);
+        write_digest(out, algorithm.mgf_digest_id);
+    }
+    if (algorithm.salt_length != TLX_RSA_PSS_DEFAULT_SALT_LENGTH) {
+        const auto member = out.nest(context(2));
+        out.small_integer(static_cast<u8>(algorithm.salt_length));
+    }
+}
+
 }  // namespace
+
+void write_digest(Encoder &out, u32 digest_id) noexcept {
+    for (const KnownDigest &known : kDigests) {
+        if (known.digest_id != digest_id) continue;
+        const auto algorithm = out.sequence();
+        write_oid(out, known.oid);
+        if (digest_id >> 16 != TLX_DIGEST_SHA3_256 >> 16) out.null();
+        return;
+    }
+    out.fail();
+}
+
+void write_signature_algorithm(Encoder &out, const SignatureAlgorithm &algorithm) noexcept {
+    const u32 wanted = algorithm.kind == KeyKind::eddsa ? algorithm.curve : algorithm.digest_id;
+    for (const KnownAlgorithm &known : kAlgorithms) {
+        const bool is_pss = known.parameters == Parameters::pss;
+        if (known.kind != algorithm.kind || is_pss != algorithm.is_pss) continue;
+        if (!is_pss && known.digest_id != wanted) continue;
+        const auto sequence = out.sequence();
+        write_oid(out, known.oid);
+        if (known.parameters == Parameters::null_or_none) out.null();
+        if (is_pss) write_pss_parameters(out, algorithm);
+        return;
+    }
+    out.fail();
+}
 
 bool read_digest(const AlgorithmView &view, u32 &digest_id) noexcept {
     if (view.has_parameters && !has_null_parameters(view)) return false;
