@@ -52,6 +52,7 @@
 #include <tlxpki/status.h>
 #include <tlxpki/string.h>
 #include <tlxpki/time.h>
+#include <tlxpki/timestamp.h>
 #include <tlxpki/token.h>
 #include <tlxpki/token_list.h>
 #include <tlxpki/trust_list.h>

@@ -90,7 +90,7 @@ TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER_content(SIGNED_MESSAGE_READER *
  * SHA-2, SHA-3 and older digests. Lists and OCSP responses that the message carries (RFC 5940) count for
  * paths. A signer may be named by a key identifier that several certificates have: up to 8 are tried. Which
  * is the signer's, the attributes of RFC 5035 decide, then the signature, then the path. Its
- * countersignatures decide nothing.
+ * countersignatures decide nothing. Time stamps of signatures count as verify_PKCS7_Signers() says.
  *
  * One pass has its limits, which are findings about a signer. Its digest has to be among digestAlgorithms,
  * which stand before the content: otherwise contentStatus is 0x52820047. A KCDSA signature without attributes

@@ -174,8 +174,8 @@ TLXPKI_API uint32_t verify_PKCS7(P7_CONTENT_INFO *info, const X509_CERT *cert, c
  * passed. Checks that take the certificate have the status 0x4B300047 when there is none. */
 typedef struct P7_SIGNER_REPORT {
     uint32_t status;            /**< the first that is not 0 of certificateStatus, algorithmStatus,
-                                   contentStatus, signingCertificateStatus, protectionStatus, signatureStatus
-                                   and, with anchors, pathStatus */
+                                   contentStatus, signingCertificateStatus, protectionStatus, signatureStatus,
+                                   with anchors pathStatus, and timestampStatus */
     uint32_t certificateStatus; /**< 0x4B300047 there is no certificate with the issuer and serial number, or
                                    with the key identifier;
                                    0x4B300118 its key usage allows neither digital signatures nor
@@ -207,6 +207,11 @@ typedef struct P7_SIGNER_REPORT {
     uint32_t countersignatures; /**< how many the signer has; nothing verifies them */
     OCTET_STRING *signature;    /**< owned; null when there is none */
     X509_ATTRIBUTES *unsignedAttributes; /**< such as time stamps, owned; null when there are none */
+    uint32_t timestampStatus; /**< the status of the first time stamp of the signature that is not good
+                                 (verify_CMS_TIMESTAMP() of <tlxpki/timestamp.h>); 0x52C7001C there are more
+                                 than 8, and the others were not verified */
+    STACK *timestamps; /**< CMS_TIMESTAMP_REPORT entries about the time stamps of the signature, owned; null
+                          when there are none */
 } P7_SIGNER_REPORT;
 
 /** P7_SIGNER_REPORT entries in the order of the signers, freed with free_P7_SIGNER_REPORTS(). */
@@ -225,7 +230,12 @@ typedef STACK P7_SIGNER_REPORTS;
  * keys of RSA and KCDSA below 2048 bits and signatures with SHA-1 and HAS-160 are too weak for certificates.
  * verify_PKCS7_Signers_ex() takes other settings. Revocation lists that the message carries count: who is on
  * one is revoked. No digest of the signer's own signature is refused for being weak, unless settings and
- * a store are given. It trusts no signing time, and ignores unauthenticated attributes.
+ * a store are given. It trusts no signing time, and of unauthenticated attributes counts time stamps alone.
+ *
+ * Time stamps of a signature (RFC 3161, the unsigned attribute id-aa-timeStampToken) are verified with the
+ * same anchors and the purpose TLX_PURPOSE_TIME_STAMPING. The earliest that is good is the time of the
+ * signer's path and of certificateStatus, unless the caller gives one. One that is not good gives no time,
+ * and is a finding.
  *
  * @param info    signed data, or signed-and-enveloped data with the decrypted content
  * @param content the content of a detached message; null when the message has content

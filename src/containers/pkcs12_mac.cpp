@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "der/list_items.hpp"
+#include "keyinfo/digest_identifier.hpp"
 #include "keys/pkcs12_derivation.hpp"
 #include "message/content_kinds.hpp"
 
@@ -17,34 +18,9 @@ namespace {
 
 constexpr u32 kDefaultSaltLength = 8;
 
-struct MacDigest {
-    std::string_view dotted;
-    u32 digest_id;
-    bool written;
-};
-constexpr MacDigest kMacDigests[] = {
-    {"1.3.14.3.2.26", TLX_DIGEST_SHA1, true},
-    {"2.16.840.1.101.3.4.2.1", TLX_DIGEST_SHA256, true},
-    {"2.16.840.1.101.3.4.2.2", TLX_DIGEST_SHA384, true},
-    {"2.16.840.1.101.3.4.2.3", TLX_DIGEST_SHA512, true},
-    {"1.2.410.200004.1.2", TLX_DIGEST_HAS160, true},
-    {"2.16.840.1.101.3.4.2.4", TLX_DIGEST_SHA224, false},
-    {"2.16.840.1.101.3.4.2.5", TLX_DIGEST_SHA512_224, false},
-    {"2.16.840.1.101.3.4.2.6", TLX_DIGEST_SHA512_256, false},
-    {"2.16.840.1.101.3.4.2.7", TLX_DIGEST_SHA3_224, false},
-    {"2.16.840.1.101.3.4.2.8", TLX_DIGEST_SHA3_256, false},
-    {"2.16.840.1.101.3.4.2.9", TLX_DIGEST_SHA3_384, false},
-    {"2.16.840.1.101.3.4.2.10", TLX_DIGEST_SHA3_512, false},
-    {"1.2.840.113549.2.5", TLX_DIGEST_MD5, false},
-    {"1.2.840.113549.2.4", TLX_DIGEST_MD4, false},
-};
-
-/// 0 for an unknown digest.
-u32 digest_of(const P12_MAC_DATA &data) noexcept {
-    const auto *const found =
-        std::ranges::find(kMacDigests, text_of(data.digestAlgorithm), &MacDigest::dotted);
-    return found == std::end(kMacDigests) ? 0 : found->digest_id;
-}
+/// Digests that codes are made with; more are read.
+constexpr u32 kWrittenDigests[] = {TLX_DIGEST_SHA1, TLX_DIGEST_SHA256, TLX_DIGEST_SHA384, TLX_DIGEST_SHA512,
+                                   TLX_DIGEST_HAS160};
 
 struct Code {
     u8 octets[TLX_DIGEST_MAX_LENGTH];
@@ -74,7 +50,7 @@ struct MacKey {
 
 /// A key as long as the digest, derived in the manner of PKCS #12 (RFC 7292, appendix B).
 MacOutcome derive_key(const P12_MAC_DATA &data, Bytes password, WorkBudget &budget, MacKey &key) noexcept {
-    key.digest_id = digest_of(data);
+    key.digest_id = digest_of(text_of(data.digestAlgorithm));
     key.length = get_DigestLength(key.digest_id);
     if (key.length == 0) return MacOutcome::unsupported;
     const u32 iterations = data.iterations == nullptr ? 1 : get_BIGINT_word(data.iterations);
@@ -178,14 +154,12 @@ bool store_iterations(P12_MAC_DATA &data, u32 iterations) noexcept {
 }
 
 bool store_digest(P12_MAC_DATA &data, u32 digest_id) noexcept {
-    const auto *const found =
-        std::ranges::find(kMacDigests, digest_id == 0 ? TLX_DIGEST_SHA1 : digest_id, &MacDigest::digest_id);
-    if (found == std::end(kMacDigests) || !found->written) return false;
-    Encoder null;
-    null.null();
-    data.digestAlgorithm = text_to_OBJECT_IDENTIFIER(found->dotted.data());
-    data.digestParameters = null.to_node();
-    return data.digestAlgorithm != nullptr && data.digestParameters != nullptr;
+    if (digest_id == 0) digest_id = TLX_DIGEST_SHA1;
+    const auto algorithm = makes_codes(digest_id) ? digest_algorithm(digest_id) : nullptr;
+    if (!algorithm) return false;
+    data.digestAlgorithm = std::exchange(algorithm->algorithm, nullptr);
+    data.digestParameters = std::exchange(algorithm->parameters, nullptr);
+    return true;
 }
 
 /// As many octets remain as the number can be divided by 16 until it is at most 16.
@@ -236,8 +210,7 @@ MacOutcome tlx::check_mac(const P12_PFX &pfx, const PbePassword &password, WorkB
 }
 
 bool tlx::makes_codes(u32 digest_id) noexcept {
-    const auto *const found = std::ranges::find(kMacDigests, digest_id, &MacDigest::digest_id);
-    return found != std::end(kMacDigests) && found->written;
+    return std::ranges::find(kWrittenDigests, digest_id) != std::end(kWrittenDigests);
 }
 
 bool tlx::make_mac(P12_PFX &pfx, const PbePassword &password, u32 iterations, u32 digest_id) noexcept {

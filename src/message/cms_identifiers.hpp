@@ -12,5 +12,6 @@ inline constexpr std::string_view kDigestedData = "1.2.840.113549.1.7.5";
 inline constexpr std::string_view kEncryptedData = "1.2.840.113549.1.7.6";
 inline constexpr std::string_view kAuthData = "1.2.840.113549.1.9.16.1.2";
 inline constexpr std::string_view kAuthEnvelopedData = "1.2.840.113549.1.9.16.1.23";
+inline constexpr std::string_view kTstInfo = "1.2.840.113549.1.9.16.1.4";
 
 }  // namespace tlx::cms

@@ -2,6 +2,23 @@
 
 namespace tlx {
 
+Owned<STACK> certificates_of(const CMS_SIGNED_DATA &data) noexcept {
+    Owned<STACK> certificates(new_STACK());
+    for (u32 i = 0; certificates && i < get_STACK_count(data.certificates); ++i) {
+        const auto *choice = static_cast<const CMS_CERT_CHOICE *>(data.certificates->values[i]);
+        if (choice->type != TLX_CMS_CERTIFICATE) continue;
+        if (push_STACK_value(certificates.get(), choice->value.certificate) != 0) return nullptr;
+    }
+    return certificates;
+}
+
+SignerMembers signer_members(const CMS_SIGNED_DATA &data, const X509_CERTIFICATES *certificates) noexcept {
+    constexpr auto view = [](const void *signer) {
+        return view_of(*static_cast<const CMS_SIGNER_INFO *>(signer));
+    };
+    return {certificates, nullptr, data.crls, data.signerInfos, view};
+}
+
 u32 SignedBody::decode(Bytes members) noexcept {
     Element body;
     body.tag = kSequence;
@@ -14,26 +31,13 @@ u32 SignedBody::decode(Bytes members) noexcept {
     CMS_SIGNED_DATA *cms = nullptr;
     if (Codec<CMS_SIGNED_DATA>::decode(body, &cms) != 0) return decoded != 0 ? decoded : 0x52820104;
     cms_.reset(cms);
-    return collect_certificates() ? 0 : 0x5282003C;
-}
-
-bool SignedBody::collect_certificates() noexcept {
-    certificates_.reset(new_STACK());
-    if (!certificates_) return false;
-    for (u32 i = 0; i < get_STACK_count(cms_->certificates); ++i) {
-        const auto *choice = static_cast<const CMS_CERT_CHOICE *>(cms_->certificates->values[i]);
-        if (choice->type != TLX_CMS_CERTIFICATE) continue;
-        if (push_STACK_value(certificates_.get(), choice->value.certificate) != 0) return false;
-    }
-    return true;
+    certificates_ = certificates_of(*cms_);
+    return certificates_ ? 0 : 0x5282003C;
 }
 
 SignerMembers SignedBody::members() const noexcept {
     if (pkcs7_) return signer_members(members_of(*pkcs7_));
-    constexpr auto view = [](const void *signer) {
-        return view_of(*static_cast<const CMS_SIGNER_INFO *>(signer));
-    };
-    return {certificates_.get(), nullptr, cms_->crls, cms_->signerInfos, view};
+    return signer_members(*cms_, certificates_.get());
 }
 
 }  // namespace tlx

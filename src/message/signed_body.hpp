@@ -5,6 +5,12 @@
 
 namespace tlx {
 
+/// The certificates among those of a message, which goes on owning them. Null when memory runs out.
+[[nodiscard]] Owned<STACK> certificates_of(const CMS_SIGNED_DATA &data) noexcept;
+/// What verification takes of a message, with certificates_of() it.
+[[nodiscard]] SignerMembers signer_members(const CMS_SIGNED_DATA &data,
+                                           const X509_CERTIFICATES *certificates) noexcept;
+
 class SignedBody {
   public:
     /// Decodes the members, which PKCS #7 takes in more forms, and CMS of more kinds. 0; 0x52820104 for an
@@ -14,8 +20,6 @@ class SignedBody {
     [[nodiscard]] SignerMembers members() const noexcept;
 
   private:
-    [[nodiscard]] bool collect_certificates() noexcept;
-
     Owned<P7_SIGNED_DATA> pkcs7_;
     Owned<CMS_SIGNED_DATA> cms_;
     Owned<STACK> certificates_;  ///< those of cms_, which owns them

@@ -110,6 +110,13 @@ bool names_certificate(const X509_ATTRIBUTES *attributes, const X509_CERT &cert)
            absent_or<CMS_SIGNING_CERTIFICATE_V2>(attributes, attribute_id::kSigningCertificateV2, named);
 }
 
+bool has_signing_certificate(const X509_ATTRIBUTES *attributes) noexcept {
+    const auto has = [&](std::string_view dotted) {
+        return index_by_type(attributes, &X509_ATTRIBUTE::type, dotted, -1) >= 0;
+    };
+    return has(attribute_id::kSigningCertificate) || has(attribute_id::kSigningCertificateV2);
+}
+
 bool protects_algorithms(const SignerView &signer) noexcept {
     return absent_or<CMS_ALGORITHM_PROTECTION>(
         signer.signed_attributes, attribute_id::kAlgorithmProtection,

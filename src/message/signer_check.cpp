@@ -10,6 +10,7 @@
 #include "message/signer_algorithms.hpp"
 #include "message/signer_attributes.hpp"
 #include "message/signer_scheme.hpp"
+#include "message/timestamp_verify.hpp"
 #include "verify/strength.hpp"
 
 using namespace tlx;
@@ -242,6 +243,14 @@ OwnedSignerReport check_by_key_identifier(const SignerView &signer, SignerChecks
     return best ? std::move(best) : check_as(nullptr, signer, checks);
 }
 
+/// The checks at the time that they know.
+OwnedSignerReport check_at_time(const SignerView &signer, SignerChecks &checks) noexcept {
+    if (signer.key_identifier != nullptr) return check_by_key_identifier(signer, checks);
+    bool failed = false;
+    const X509_CERT *cert = find_certificate(signer, checks, failed);
+    return failed ? nullptr : check_as(cert, signer, checks);
+}
+
 }  // namespace
 
 void tlx::free_signer_report(P7_SIGNER_REPORT *report) noexcept {
@@ -251,12 +260,18 @@ void tlx::free_signer_report(P7_SIGNER_REPORT *report) noexcept {
     free_ASN1_TIME(report->signingTime);
     free_ASN1_STRING(report->signature);
     free_X509_ATTRIBUTES(report->unsignedAttributes);
+    free_CMS_TIMESTAMP_REPORTS(report->timestamps);
     tlx_free(report);
 }
 
 OwnedSignerReport tlx::check_signer(const SignerView &signer, SignerChecks &checks) noexcept {
-    if (signer.key_identifier != nullptr) return check_by_key_identifier(signer, checks);
-    bool failed = false;
-    const X509_CERT *cert = find_certificate(signer, checks, failed);
-    return failed ? nullptr : check_as(cert, signer, checks);
+    SignerStamps stamps;
+    if (checks.stamps == nullptr) return check_at_time(signer, checks);
+    if (!stamps.verify(signer, *checks.stamps)) return nullptr;
+    const bool is_stamped = checks.stamps->settings.time == nullptr && stamps.time() != nullptr;
+    const ASN1_TIME *now = std::exchange(checks.time, is_stamped ? stamps.time() : checks.time);
+    OwnedSignerReport report = check_at_time(signer, checks);
+    checks.time = now;
+    if (report) stamps.give_to(*report);
+    return report;
 }

@@ -13,6 +13,18 @@
 
 namespace tlx {
 
+/// What signers are verified with besides the content. Paths are by RFC 5280 with a store, by the compatible
+/// rules with anchors, and unchecked without either.
+struct SignerTrust {
+    const X509_CERTIFICATES *pool = nullptr;
+    VERIFY_SETTINGS settings = {};
+    const VERIFY_STORE *store = nullptr;
+    const TRUST_ANCHORS *compatible_anchors = nullptr;
+    bool judges_strength = false;  ///< whether the profile of the settings is also that of the signers' own
+                                   ///< algorithms
+    bool stamps_count = true;      ///< whether the time stamps of signatures are verified
+};
+
 /// What the signers of one message share.
 struct SignerChecks {
     explicit SignerChecks(Bytes octets) noexcept : content(octets), digests(octets) {}
@@ -29,7 +41,8 @@ struct SignerChecks {
     const StrictPaths *strict = nullptr;      ///< null without a store
     const SignerPaths *compatible = nullptr;  ///< null without anchors for the compatible rules
     const ASN1_TIME *time = nullptr;
-    Settings strength;  ///< the profile that algorithms of signers have to pass
+    const SignerTrust *stamps = nullptr;  ///< what time stamps are verified with; null for not at all
+    Settings strength;                    ///< the profile that algorithms of signers have to pass
 
     [[nodiscard]] bool has_paths() const noexcept { return strict != nullptr || compatible != nullptr; }
 };

@@ -101,13 +101,16 @@ SignerMembers tlx::signer_members(const SignedMembers &members) noexcept {
 
 u32 tlx::verify_signers(SignerTrust trust, const SignerMembers &members, SignerChecks &checks,
                         P7_SIGNER_REPORTS **reports) noexcept {
+    const SignerTrust given = trust;
+    if (trust.stamps_count && trust.compatible_anchors == nullptr) checks.stamps = &given;
     const OwnedTime now(trust.settings.time == nullptr ? getCurrentGMTime() : nullptr);
     if (trust.settings.time == nullptr) trust.settings.time = now.get();
     OwnedReports made(new_STACK());
     u32 status = 0;
-    if (trust.settings.time == nullptr || !made || !verify_all(trust, members, checks, made.get(), status)) {
-        return 0x4B30003C;
-    }
+    const bool done =
+        trust.settings.time != nullptr && made && verify_all(trust, members, checks, made.get(), status);
+    checks.stamps = nullptr;
+    if (!done) return 0x4B30003C;
     if (reports != nullptr) {
         free_P7_SIGNER_REPORTS(*reports);
         *reports = made.release();

@@ -6,17 +6,6 @@
 
 namespace tlx {
 
-/// What signers are verified with besides the content. Paths are by RFC 5280 with a store, by the compatible
-/// rules with anchors, and unchecked without either.
-struct SignerTrust {
-    const X509_CERTIFICATES *pool = nullptr;
-    VERIFY_SETTINGS settings = {};
-    const VERIFY_STORE *store = nullptr;
-    const TRUST_ANCHORS *compatible_anchors = nullptr;
-    bool judges_strength = false;  ///< whether the profile of the settings is also that of the signers' own
-                                   ///< algorithms
-};
-
 /// What a message has for it. The message owns what this points to.
 struct SignerMembers {
     const X509_CERTIFICATES *certificates = nullptr;
