@@ -56,7 +56,8 @@ typedef struct ENVELOPED_MESSAGE_READER_SETTINGS {
     uint32_t as_message;          /**< nonzero gives content of another type than data out as a message, in
                                      the ContentInfo that such content lacks, with indefinite lengths: for
                                      signed data, what a SIGNED_MESSAGE_READER takes */
-    const CMS_KEY_HOLDER *holder; /**< whose recipient is sought; may be null */
+    const CMS_KEY_HOLDER *holder; /**< whose recipient is sought among those of at most 32768 octets, whose
+                                     derivations from a password share one bound; may be null */
     const uint8_t *key;           /**< key_len octets: the key that content is encrypted or authenticated
                                      with, in place of one for a recipient; may be null */
     uint32_t key_len;
