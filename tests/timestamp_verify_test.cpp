@@ -82,20 +82,52 @@ Octets stamp_info(const Octets &octets, const std::string &time, const std::stri
                (digest_id == TLX_DIGEST_SHA256 ? more : "") + "}");
 }
 
-/// A token about octets, signed by openssl. Each one is made once.
-Octets token_of(const Octets &octets, const std::string &signer, const std::string &time,
-                const std::string &more) {
-    static std::map<std::string, Octets> made;
-    Octets &token = made[signer + "|" + time + "|" + more + "|" + hex_of(octets.data(), octets.size())];
-    if (!token.empty()) return token;
-    const Octets info = stamp_info(octets, time, more);
-    folder().write("info", {info.begin(), info.end()});
-    const std::size_t end = signer.find(' ');
-    folder().run(
-        "openssl cms -sign -binary -nodetach -econtent_type 1.2.840.113549.1.9.16.1.4 -in info -inkey key "
-        "-outform DER -out token -signer " +
-        signer.substr(0, end) + ".pem" + (end == signer.npos ? "" : signer.substr(end)));
-    return token = octets_of_file("token");
+/// A token that openssl signs.
+struct Token {
+    Octets octets;       ///< what it is about
+    std::string signer;  ///< the certificate, and further options of openssl
+    std::string time, more;
+
+    [[nodiscard]] std::string key() const {
+        return signer + "|" + time + "|" + more + "|" + hex_of(octets.data(), octets.size());
+    }
+};
+
+std::map<std::string, Octets> &made_tokens() {
+    static std::map<std::string, Octets> tokens;
+    return tokens;
+}
+
+/// Makes tokens that are not there, by one shell.
+void make_tokens(const std::vector<Token> &tokens) {
+    std::string script = "true";
+    std::map<std::string, std::string> files;
+    for (const Token &token : tokens) {
+        if (made_tokens().contains(token.key()) || files.contains(token.key())) continue;
+        const std::string file = files[token.key()] = "token" + std::to_string(files.size());
+        const Octets info = stamp_info(token.octets, token.time, token.more);
+        const std::size_t end = token.signer.find(' ');
+        folder().write(file + ".info", {info.begin(), info.end()});
+        script +=
+            " && openssl cms -sign -binary -nodetach -econtent_type 1.2.840.113549.1.9.16.1.4 -inkey key "
+            "-outform DER -in " +
+            file + ".info -out " + file + " -signer " + token.signer.substr(0, end) + ".pem" +
+            (end == token.signer.npos ? "" : token.signer.substr(end));
+    }
+    folder().run(script);
+    for (const auto &[key, file] : files)
+        made_tokens()[key] = octets_of_file(file);
+}
+
+Octets token_of(const Token &token) {
+    if (!made_tokens().contains(token.key())) make_tokens({token});
+    return made_tokens()[token.key()];
+}
+
+const Octets kOther(3);
+
+Octets content() {
+    return {kContent.begin(), kContent.end()};
 }
 
 Store store_of(const std::vector<std::string> &anchors) {
@@ -145,15 +177,19 @@ class Wanted {
     VERIFY_SETTINGS settings_ = {};
 };
 
+Token token_of_row(const Row &row) {
+    return {row[4] == "other" ? kOther : content(), row[1], row[2], row[3]};
+}
+
 std::string verify_token(const Row &row) {
-    const Octets content(kContent.begin(), kContent.end());
-    Octets octets = token_of(row[4] == "other" ? Octets(3) : content, row[1], row[2], row[3]);
+    const Octets stamped = content();
+    Octets octets = token_of(token_of_row(row));
     if (row[5] == "changed") octets.back() ^= 1;
     const Message token = read_message(octets);
     const Wanted wanted(row[5]);
     CMS_TIMESTAMP_SETTINGS settings = wanted.get();
     CMS_TIMESTAMP_REQUEST *request = nullptr;
-    EXPECT_EQ(generate_CMS_TIMESTAMP_REQUEST(&request, TLX_DIGEST_SHA256, content.data(), size_of(content)),
+    EXPECT_EQ(generate_CMS_TIMESTAMP_REQUEST(&request, TLX_DIGEST_SHA256, stamped.data(), size_of(stamped)),
               0U);
     const Held<free_CMS_TIMESTAMP_REQUEST> owner(request);
     request->nonce = new_BIGINT();
@@ -164,8 +200,8 @@ std::string verify_token(const Row &row) {
         settings.digest = request->messageImprint->hashedMessage->data;
         settings.digest_len = 32;
     } else {
-        settings.octets = content.data();
-        settings.octets_len = size_of(content);
+        settings.octets = stamped.data();
+        settings.octets_len = size_of(stamped);
     }
     CMS_TIMESTAMP_REPORT *report = nullptr;
     const std::uint32_t status = verify_CMS_TIMESTAMP(token.get(), &settings, &report);
@@ -198,12 +234,12 @@ void stamp(CMS_SIGNER_INFO *signer, const std::string &word) {
     const OCTET_STRING &value = *signer->signature;
     const Octets signature(value.data, value.data + value.length);
     if (word != "other" && word != "broken") {
-        const Message token = read_message(token_of(signature, "tsa -cades", word, ""));
+        const Message token = read_message(token_of({signature, "tsa -cades", word, ""}));
         EXPECT_EQ(add_CMS_SIGNER_INFO_timestamp(signer, token.get()), 0U);
         return;
     }
     const Octets octets =
-        word == "broken" ? Octets{0x30, 0} : token_of(Octets(3), "tsa -cades", "20200601000000Z", "");
+        word == "broken" ? Octets{0x30, 0} : token_of({kOther, "tsa -cades", "20200601000000Z", ""});
     if (word == "other") {
         const Message token = read_message(octets);
         EXPECT_EQ(add_CMS_SIGNER_INFO_timestamp(signer, token.get()), 0x52C6005EU);
@@ -250,8 +286,12 @@ std::string verify_signer(const Row &row) {
 }
 
 TEST(TimeStampTokens, Rows) {
-    std::vector<Row> rows = read_rows("timestamp_verify.txt");
-    for (Row &row : rows) {
+    const std::vector<Row> rows = read_rows("timestamp_verify.txt");
+    std::vector<Token> tokens;
+    for (const Row &row : rows)
+        if (row[0] == "token") tokens.push_back(token_of_row(row));
+    make_tokens(tokens);
+    for (const Row &row : rows) {
         SCOPED_TRACE(row.place);
         if (row[0] == "token") {
             EXPECT_EQ(verify_token(row), row.fields.back());
@@ -263,14 +303,14 @@ TEST(TimeStampTokens, Rows) {
 }
 
 TEST(TimeStampTokens, ArgumentsAndMemory) {
-    const Octets content(kContent.begin(), kContent.end());
-    const Message token = read_message(token_of(content, "tsa -cades", "20200601000000Z", ""));
+    const Octets stamped = content();
+    const Message token = read_message(token_of({stamped, "tsa -cades", "20200601000000Z", ""}));
     const Wanted wanted("");
     CMS_TIMESTAMP_SETTINGS settings = wanted.get();
     EXPECT_EQ(verify_CMS_TIMESTAMP(token.get(), &settings, nullptr), 0x52C70049U)
         << "nothing to compare with";
-    settings.octets = content.data();
-    settings.octets_len = size_of(content);
+    settings.octets = stamped.data();
+    settings.octets_len = size_of(stamped);
     EXPECT_EQ(verify_CMS_TIMESTAMP(nullptr, &settings, nullptr), 0x52C70049U);
     EXPECT_EQ(verify_CMS_TIMESTAMP(token.get(), nullptr, nullptr), 0x52C70049U);
     EXPECT_EQ(add_CMS_SIGNER_INFO_timestamp(nullptr, token.get()), 0x52C80049U);
@@ -287,12 +327,12 @@ TEST(TimeStampTokens, ArgumentsAndMemory) {
 
 /// No octet of a token can be altered unseen, and a token that breaks off is none.
 TEST(TimeStampTokens, NoOctetMayChange) {
-    const Octets content(kContent.begin(), kContent.end());
-    const Octets good = token_of(content, "tsa -cades -nocerts", "20200601000000Z", "");
+    const Octets stamped = content();
+    const Octets good = token_of({stamped, "tsa -cades -nocerts", "20200601000000Z", ""});
     const Wanted wanted("pool=tsa");
     CMS_TIMESTAMP_SETTINGS settings = wanted.get();
-    settings.octets = content.data();
-    settings.octets_len = size_of(content);
+    settings.octets = stamped.data();
+    settings.octets_len = size_of(stamped);
     constexpr std::size_t content_at =
         60;  // what stands before it is not signed, nor is the version of a signer
     for (std::size_t at = 0; at < good.size(); ++at) {
