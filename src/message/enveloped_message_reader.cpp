@@ -156,8 +156,9 @@ u32 ENVELOPED_MESSAGE_READER::begin_decryption(const MembersBefore &members) noe
     if (read == AlgorithmRead::unknown || algorithm_.authenticates != authenticates) return 0x52A00104;
     OpenedKey opened;
     Bytes key;
-    if (const u32 status = find_key(members, algorithm_.key_length(), opened, key); status != 0)
+    if (const u32 status = find_key(members, algorithm_.key_length(), opened, key); status != 0) {
         return status;
+    }
     if (key.size() != algorithm_.key_length()) return 0x52A00028;
     return cipher_.start(algorithm_, key.data(), 0) ? 0 : 0x52A0003C;
 }
