@@ -26,6 +26,7 @@
 #include <tlxpki/general_name.h>
 #include <tlxpki/kisa_identity.h>
 #include <tlxpki/message_envelope.h>
+#include <tlxpki/message_outline.h>
 #include <tlxpki/message_stream.h>
 #include <tlxpki/object_names.h>
 #include <tlxpki/objects.h>

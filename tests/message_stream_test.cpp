@@ -262,30 +262,6 @@ TEST_F(MessageReading, ContentIsHeldBackUntilItIsVerified) {
     EXPECT_EQ(read_in_pieces(settings, message, 9), 77U);
 }
 
-Octets outline_of(const Octets &message) {
-    const Settings settings = {};
-    const MessageReader reader(new_SIGNED_MESSAGE_READER(&settings));
-    std::uint8_t *octets = nullptr;
-    EXPECT_EQ(get_SIGNED_MESSAGE_READER_outline(reader.get(), &octets), 0U) << "not complete";
-    EXPECT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0U);
-    const std::uint32_t size = get_SIGNED_MESSAGE_READER_outline(reader.get(), &octets);
-    const Held<tlx_free> owner(static_cast<void *>(octets));
-    return {octets, octets + size};
-}
-
-/// A message without its content is a detached one.
-TEST_F(MessageReading, TheOutlineIsTheMessageWithoutContent) {
-    const Octets content(kAbc, kAbc + 3);
-    for (const char *text : {"30{$signed A0{30{$before 30{$data A0{04:616263}} $tail}}}",
-                             "30{$signed A0{30{$before 30{$data} $tail}}}",
-                             "=3080 $signed =A080 =3080 $before =3080 $data =A080 24{04:61 04:6263} =0000 "
-                             "=0000 $tail =0000 =0000 =0000"}) {
-        const Octets outline = outline_of(message_of(text));
-        EXPECT_EQ(read(outline, &content, 0), "00000000 abc") << text;
-        EXPECT_EQ(outline_of(outline), outline) << text;
-    }
-}
-
 TEST_F(MessageReading, RefusesArguments) {
     Settings settings = {};
     EXPECT_EQ(new_SIGNED_MESSAGE_READER(nullptr), nullptr);

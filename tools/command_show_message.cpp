@@ -9,9 +9,6 @@ namespace tool {
 
 namespace {
 
-/// A message that is read whole, with all of its content in words.
-constexpr std::size_t kShort = 1024 * 1024;
-
 Json describe_whole(Source &source) {
     const Input input(source.rest().octets(), source.name());
     const Block &block = input.blocks().front();
@@ -22,10 +19,13 @@ Json describe_whole(Source &source) {
     return json;
 }
 
+/// A short message is read whole, and shown with all of its content in words.
 Json describe(Source &source) {
+    constexpr std::size_t kShort = 1024 * 1024;
     const bool is_short = source.peek(kShort).size() < kShort;
-    if (is_short || type_of(source) != TLX_MESSAGE_SIGNED_DATA) return describe_whole(source);
-    SignedOutline outline(source.name());
+    const uint32_t type = type_of(source);
+    if (is_short || type == TLX_MESSAGE_OTHER || type == TLX_MESSAGE_DATA) return describe_whole(source);
+    MessageOutline outline(source.name());
     Waiting waiting("Reading");
     read_message_pieces(source, waiting, [&outline](Octets octets) { outline.take(octets); });
     return outline.describe();

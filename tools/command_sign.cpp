@@ -4,9 +4,9 @@
 
 #include "choice.hpp"
 #include "commands.hpp"
+#include "envelope.hpp"
 #include "key_file.hpp"
 #include "message.hpp"
-#include "message_pieces.hpp"
 #include "output.hpp"
 #include "status.hpp"
 #include "token.hpp"
@@ -71,16 +71,6 @@ void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &t
 
 namespace {
 
-/// The form that content gets. Its size has to be told for DER; content of unknown size may be long.
-void choose_form(SIGNED_MESSAGE_WRITER_SETTINGS &settings, Source &content, bool detached) {
-    constexpr std::size_t kShort = 1024 * 1024;
-    (void)content.peek(kShort);
-    const std::optional<uint64_t> size = content.size();
-    settings.size = size.value_or(0);
-    settings.form = size ? TLX_MESSAGE_DER : TLX_MESSAGE_INDEFINITE;
-    if (detached) settings.form = TLX_MESSAGE_DETACHED;
-}
-
 void expect_signed(const Source &content, uint32_t status) {
     constexpr uint32_t kLonger = 0x5283001C;
     constexpr uint32_t kShorter = 0x5284001C;
@@ -89,26 +79,30 @@ void expect_signed(const Source &content, uint32_t status) {
     if (status != 0) throw Failure("the content cannot be signed: " + exact_status_sentence(status));
 }
 
-/// Signs the content. An outline gets the message as well.
-void sign_content(const P7_CONTENT_INFO *message, const SignOptions &options, SignedOutline *outline) {
+/// Signs the content. The message is encrypted when there is an envelope.
+void sign_content(const P7_CONTENT_INFO *message, const SignOptions &options, const Envelope *envelope,
+                  MessageOutline *outline) {
     Waiting waiting("Signing");
     Source content(options.content);
-    MessageTarget target(options.output, options.der);
-    Receiver receiver([&](Octets octets) {
-        target.write(octets);
-        if (outline != nullptr) outline->take(octets);
-    });
+    MessageTarget target(options.output, options.der, outline);
+    std::optional<EnvelopeWriter> outer;
+    if (envelope != nullptr) outer.emplace(*envelope, target, std::nullopt);
+    Receiver receiver([&](Octets octets) { outer ? outer->write(octets) : target.write(octets); });
     SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
     settings.output = Receiver::give;
     settings.context = &receiver;
     settings.message = message;
-    choose_form(settings, content, options.detached);
+    const std::optional<uint64_t> size = known_size(content);
+    settings.size = size.value_or(0);
+    settings.form = size ? TLX_MESSAGE_DER : TLX_MESSAGE_INDEFINITE;
+    if (options.detached) settings.form = TLX_MESSAGE_DETACHED;
     const auto writer = made<SignedWriter>(new_SIGNED_MESSAGE_WRITER(&settings));
     read_pieces(content, waiting, [&](Octets octets) {
         expect_signed(content, receiver.checked(update_SIGNED_MESSAGE_WRITER(
                                    writer.get(), octets.data(), static_cast<uint32_t>(octets.size()))));
     });
     expect_signed(content, receiver.checked(final_SIGNED_MESSAGE_WRITER(writer.get())));
+    if (outer) outer->finish();
     target.finish();
 }
 
@@ -130,6 +124,11 @@ int run_sign(const SignOptions &options) {
     if (options.scheme == "pss" && options.digest == "has160") {
         throw Failure("RSASSA-PSS takes no HAS-160: choose another --digest or --scheme");
     }
+    if (options.detached && !options.envelope.recipients.empty()) {
+        throw Failure("--to encrypts the content, which --detached leaves out");
+    }
+    std::optional<Envelope> envelope;
+    if (!options.envelope.recipients.empty()) envelope.emplace(options.envelope);
     Tokens tokens(options.pin_file);
     const Message message = new_message(TLX_OID_PKCS7_SIGNED_DATA);
     add_signers(message.get(), options, tokens);
@@ -138,9 +137,9 @@ int run_sign(const SignOptions &options) {
             add_certificate(message.get(), loaded.cert.get());
         }
     }
-    std::optional<SignedOutline> outline;
+    std::optional<MessageOutline> outline;
     if (options.json) outline.emplace(source_of(options.content), options.output);
-    sign_content(message.get(), options, outline ? &*outline : nullptr);
+    sign_content(message.get(), options, envelope ? &*envelope : nullptr, outline ? &*outline : nullptr);
     if (outline) print_json(std::cout, outline->describe());
     return kGood;
 }

@@ -40,6 +40,16 @@ struct LookUpOptions {
     bool json = false;
 };
 
+/// For whom a message is encrypted, and how.
+struct EnvelopeOptions {
+    std::vector<std::string> recipients;
+    std::string format;  ///< empty for PKCS #7 where it suffices
+    std::string cipher = "aes-256-cbc";
+    std::string scheme = "pkcs1";
+    std::string password_file;
+    bool password_recipient = false;
+};
+
 struct SignOptions {
     std::vector<std::string> certs;
     std::vector<std::string> keys;  ///< of the certificates, in their order
@@ -48,6 +58,7 @@ struct SignOptions {
     std::string pin_file;
     std::string digest = "sha256";
     std::string scheme = "pkcs1";
+    EnvelopeOptions envelope;  ///< without recipients for a message that is not encrypted
     std::string content;
     std::string output = "-";
     bool detached = false;
@@ -69,9 +80,7 @@ struct VerifyMessageOptions {
 };
 
 struct EncryptOptions {
-    std::vector<std::string> recipients;
-    std::string cipher = "aes-256-cbc";
-    std::string scheme = "pkcs1";
+    EnvelopeOptions envelope;
     std::string content;
     std::string output = "-";
     bool der = false;
@@ -85,6 +94,8 @@ struct DecryptOptions {
     std::string pin_file;
     std::string message;
     std::string output = "-";
+    bool password_recipient = false;
+    bool unverified_output = false;
     bool json = false;
 };
 

@@ -7,6 +7,7 @@
 #include "output.hpp"
 #include "pkcs12_file.hpp"
 #include "record.hpp"
+#include "status.hpp"
 
 namespace tool {
 
@@ -204,10 +205,17 @@ KeyFile load_key(const std::string &path, Password &password, KeyUse use) {
 
 Key load_private_key(const std::string &path, Password &password, KeyUse use) {
     const KeyFile key = load_key(path, password, use);
-    if (key.info->privateKey == nullptr || key.info->privateKey->key == nullptr) {
+    ASYMMETRIC_KEY *made = nullptr;
+    const uint32_t status = read_PRIV_KEY(key.info.get(), &made);
+    Key owner(made);
+    if (use == KeyUse::kDecrypt && status != 0) {
+        throw Failure(key.source +
+                      ": the key is of a kind that decrypts nothing: " + status_sentence(status));
+    }
+    if (use == KeyUse::kSign && (status != 0 || (made->kind != TLX_KEY_RSA && made->kind != TLX_KEY_KCDSA))) {
         throw Failure(key.source + ": the key is neither of RSA nor of KCDSA");
     }
-    return made<Key>(dup_ASYMMETRIC_KEY(key.info->privateKey));
+    return owner;
 }
 
 std::vector<KeyFile> load_keys(const std::string &path, Password &password) {

@@ -28,7 +28,8 @@ struct KeyFile {
 enum class KeyUse { kSign, kDecrypt };
 [[nodiscard]] KeyFile load_key(const std::string &path, Password &password, KeyUse use = KeyUse::kSign);
 
-/// The same of a key to compute with. Throws Failure also for a key of another kind than RSA and KCDSA.
+/// The same of a key to compute with. Throws Failure also for a key of another kind than RSA and KCDSA that
+/// signs, and for a key of a kind that nobody here computes with.
 [[nodiscard]] Key load_private_key(const std::string &path, Password &password, KeyUse use = KeyUse::kSign);
 
 /// The keys of a folder or of a file of PKCS #12, or the first one of another file.

@@ -7,6 +7,14 @@ namespace {
 
 constexpr char kFile[] = "FILE";
 
+void add_recipients(CLI::App *command, EnvelopeOptions &options) {
+    add_repeated(command, "--to", options.recipients, kFile,
+                 "Certificate of a recipient, with a key of RSA, on P-256, P-384 or P-521, or of X25519 or\n"
+                 "X448; the first of the file");
+    add_choice(command, "--cipher", options.cipher, cipher_names(),
+               "The cipher of the content (default aes-256-cbc)");
+}
+
 /// The options of commands that make a message of a file.
 template <typename Options>
 void add_made_message(CLI::App *command, Options &options, const char *content_help) {
@@ -21,7 +29,7 @@ void add_sign(CLI::App *message, CommandLine &line) {
     CLI::App *command = message->add_subcommand("sign", "Sign a file");
     command->footer(
         "Give --cert and --key once for each signer, the keys in the order of the certificates. Either may\n"
-        "be the URI of a token (pkcs11:...?module-path=...).\n\n"
+        "be the URI of a token (pkcs11:...?module-path=...). With --to the signed message is encrypted.\n\n"
         "Example: tlxpki message sign --cert user.pem --key user.key --chain ca.pem -o signed.p7 content");
     add_repeated(command, "--cert", options.certs, kFile,
                  "Certificate of a signer, the first of the file; it goes along in the message");
@@ -37,6 +45,7 @@ void add_sign(CLI::App *message, CommandLine &line) {
                "How an RSA key signs it (default pkcs1)");
     add_password_file(command, options.password_file);
     add_pin_file(command, options.pin_file);
+    add_recipients(command, options.envelope);
     add_made_message(command, options, "The file to sign");
     runs(command, line, run_sign, options);
 }
@@ -73,18 +82,20 @@ void add_verify_message(CLI::App *message, CommandLine &line) {
 
 void add_encrypt(CLI::App *message, CommandLine &line) {
     EncryptOptions &options = line.encrypt;
+    EnvelopeOptions &envelope = options.envelope;
     CLI::App *command = message->add_subcommand("encrypt", "Encrypt a file for the owners of certificates");
     command->footer(
         "Give --to once for each recipient. Every recipient can decrypt, and nobody can tell who "
         "encrypted.\n\n"
         "Example: tlxpki message encrypt --to user.pem -o sealed.p7 content");
-    add_repeated(command, "--to", options.recipients, kFile,
-                 "Certificate of a recipient, with an RSA key; the first of the file");
-    command->get_option("--to")->required();
-    add_choice(command, "--cipher", options.cipher, cipher_names(),
-               "The cipher of the content (default aes-256-cbc)");
-    add_choice(command, "--scheme", options.scheme, encryption_schemes(),
-               "How its key is encrypted (default pkcs1)");
+    add_recipients(command, envelope);
+    command->add_flag("--password-recipient", envelope.password_recipient,
+                      "Also encrypt for those who know a password");
+    add_password_file(command, envelope.password_file);
+    add_choice(command, "--format", envelope.format, {"pkcs7", "cms"},
+               "The format (default pkcs7 where it suffices, else cms)");
+    add_choice(command, "--scheme", envelope.scheme, encryption_schemes(),
+               "How its key is encrypted for RSA keys (default pkcs1)");
     add_made_message(command, options, "The file to encrypt");
     runs(command, line, run_encrypt, options);
 }
@@ -93,13 +104,21 @@ void add_decrypt(CLI::App *message, CommandLine &line) {
     DecryptOptions &options = line.decrypt;
     CLI::App *command = message->add_subcommand("decrypt", "Decrypt a message");
     command->footer(
-        "Nothing shows whether a message was changed on its way: decryption is no proof of where it comes "
-        "from. --cert and --key may be URIs of a token (pkcs11:...?module-path=...).\n\n"
+        "Ciphers without a code (all but GCM) do not show whether a message was changed on its way, and "
+        "none\n"
+        "shows where it comes from. Of a message that was signed and encrypted, the content is the signed\n"
+        "message, which message verify takes. --cert and --key may be URIs of a token\n"
+        "(pkcs11:...?module-path=...).\n\n"
         "Example: tlxpki message decrypt --cert user.pem --key user.key -o content sealed.p7");
-    add_file(command, "--cert", options.cert, "Certificate of the recipient")->required();
-    add_file(command, "--key", options.key, "Private key of the recipient")->required();
+    add_file(command, "--cert", options.cert, "Certificate of the recipient");
+    add_file(command, "--key", options.key, "Private key of the recipient");
+    command->add_flag("--password-recipient", options.password_recipient,
+                      "Decrypt with a password in place of a key");
     add_password_file(command, options.password_file);
     add_pin_file(command, options.pin_file);
+    command->add_flag("--unverified-output", options.unverified_output,
+                      "Write content to standard output, a pipe or a device as it is decrypted: the exit\n"
+                      "status alone says whether it counts. Otherwise 1 MB is the most that goes there");
     add_json(command, options.json);
     add_file(command, "-o,--output", options.output, "Where the content goes; by default standard output");
     add_operand(command, "MESSAGE", options.message, "The message");
@@ -119,7 +138,7 @@ void add_show_message(CLI::App *message, CommandLine &line) {
 
 void add_message(CLI::App &app, CommandLine &line) {
     CLI::App *message =
-        app.add_subcommand("message", "Sign, verify, encrypt, decrypt and show PKCS #7 messages");
+        app.add_subcommand("message", "Sign, verify, encrypt, decrypt and show messages of PKCS #7 and CMS");
     message->require_subcommand(1);
     add_sign(message, line);
     add_verify_message(message, line);

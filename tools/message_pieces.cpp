@@ -80,12 +80,51 @@ void read_message_pieces(Source &source, Waiting &waiting, const Take &take) {
     expect_pem(source, reader.get(), receiver.checked(final_PEM_READER(reader.get())));
 }
 
-MessageTarget::MessageTarget(const std::string &path, bool as_der)
-    : target_(path), text_([this](Octets text) { target_.write(text); }) {
+std::optional<uint64_t> known_size(Source &source) {
+    constexpr std::size_t kShort = 1024 * 1024;
+    (void)source.peek(kShort);
+    return source.size();
+}
+
+MessageOutline::MessageOutline(std::string source, std::string output)
+    : source_(std::move(source)),
+      output_(std::move(output)),
+      outline_(made<decltype(outline_)>(new_MESSAGE_OUTLINE(kMostHeld))) {}
+
+void MessageOutline::take(Octets octets) {
+    constexpr uint32_t kTooLong = 0x52A80047;
+    const uint32_t status =
+        update_MESSAGE_OUTLINE(outline_.get(), octets.data(), static_cast<uint32_t>(octets.size()));
+    if (status == kTooLong) {
+        throw Failure(source_ + ": has more than " + std::to_string(kMostHeldMegabytes) +
+                      " MB beside its content");
+    }
+    if (status != 0) throw Failure(source_ + ": cannot be decoded: " + status_sentence(status));
+}
+
+Json MessageOutline::describe() const {
+    uint8_t *octets = nullptr;
+    uint32_t size = 0;
+    uint64_t content_size = 0;
+    const uint32_t status = write_MESSAGE_OUTLINE(outline_.get(), &octets, &size, &content_size);
+    if (status != 0) throw Failure(source_ + ": cannot be decoded: " + status_sentence(status));
+    const Buffer owner(octets, size);
+    const Node node(decodeToDERSequence_n(octets, size));
+    Json json = {{"source", source_}};
+    if (!output_.empty()) json["output"] = output_;
+    json.update(describe_node(source_, node.get()));
+    const char *place = json.contains("encrypted_content") ? "encrypted_content" : "content";
+    if (content_size != UINT64_MAX) json[place]["octets"] = content_size;
+    return json;
+}
+
+MessageTarget::MessageTarget(const std::string &path, bool as_der, MessageOutline *outline)
+    : target_(path), text_([this](Octets text) { target_.write(text); }), outline_(outline) {
     if (!as_der) pem_ = made<decltype(pem_)>(new_PEM_WRITER("PKCS7", Receiver::give, &text_));
 }
 
 void MessageTarget::write(Octets octets) {
+    if (outline_ != nullptr) outline_->take(octets);
     if (pem_ == nullptr) return target_.write(octets);
     must(text_.checked(update_PEM_WRITER(pem_.get(), octets.data(), static_cast<uint32_t>(octets.size()))));
 }
@@ -95,51 +134,36 @@ void MessageTarget::finish() {
     target_.finish();
 }
 
-void expect_read(const std::string &source, uint32_t status) {
-    constexpr uint32_t kTooMuchHeld = 0x52800047;
+ContentTarget::ContentTarget(const std::string &path, bool may_be_unverified)
+    : receiver_([this](Octets octets) { give(octets); }) {
+    if (!path.empty()) target_.emplace(path);
+    holds_back_ = target_ && target_->is_stream() && !may_be_unverified;
+}
+
+void ContentTarget::give(Octets octets) {
+    if (is_dropped_) return;
+    target_->write(octets);
+    size_ += octets.size();
+}
+
+uint32_t ContentTarget::checked(const std::string &source, uint32_t status) {
+    constexpr uint32_t kSignedTooLong = 0x52810047;
+    constexpr uint32_t kEnvelopedTooLong = 0x52A10047;
     constexpr uint32_t kReason = 0xFFFF;
     constexpr uint32_t kNoMemory = 0x3C;
-    if (status == 0) return;
+    (void)receiver_.checked(status);
     if ((status & kReason) == kNoMemory) throw std::bad_alloc();
-    if (status == kTooMuchHeld) {
-        throw Failure(source + ": has more than " + std::to_string(kMostHeldMegabytes) +
-                      " MB beside its content");
+    if (status == kSignedTooLong || status == kEnvelopedTooLong) {
+        throw Failure(
+            source +
+            ": has more than 1 MB of content, which is held back until it is verified; give --output a "
+            "regular file, or --unverified-output");
     }
-    throw Failure(source + ": cannot be decoded: " + status_sentence(status));
+    return status;
 }
 
-Json describe_outline(const std::string &source, const SIGNED_MESSAGE_READER *reader) {
-    uint8_t *octets = nullptr;
-    const uint32_t size = get_SIGNED_MESSAGE_READER_outline(reader, &octets);
-    const Buffer outline(octets, size);
-    if (octets == nullptr) throw std::bad_alloc();
-    const Node node(decodeToDERSequence_n(octets, size));
-    return describe_node(source, node.get());
-}
-
-SignedOutline::SignedOutline(std::string source, std::string output)
-    : source_(std::move(source)),
-      output_(std::move(output)),
-      content_([this](Octets octets) { size_ += octets.size(); }) {
-    SIGNED_MESSAGE_READER_SETTINGS settings = {};
-    settings.unverified_output = Receiver::give;
-    settings.context = &content_;
-    settings.held_limit = kMostHeld;
-    reader_ = made<SignedReader>(new_SIGNED_MESSAGE_READER(&settings));
-}
-
-void SignedOutline::take(Octets octets) {
-    expect_read(source_, content_.checked(update_SIGNED_MESSAGE_READER(
-                             reader_.get(), octets.data(), static_cast<uint32_t>(octets.size()))));
-}
-
-Json SignedOutline::describe() const {
-    if (is_SIGNED_MESSAGE_READER_complete(reader_.get()) == 0) throw Failure(source_ + ": is not complete");
-    Json json = {{"source", source_}};
-    if (!output_.empty()) json["output"] = output_;
-    json.update(describe_outline(source_, reader_.get()));
-    if (is_SIGNED_MESSAGE_READER_detached(reader_.get()) == 0) json["content"]["octets"] = size_;
-    return json;
+void ContentTarget::finish() {
+    if (target_) target_->finish();
 }
 
 }  // namespace tool

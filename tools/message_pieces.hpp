@@ -17,10 +17,34 @@ void read_pieces(Source &source, Waiting &waiting, const Take &take);
 /// The same of a message, of which those in the first block of PEM count.
 void read_message_pieces(Source &source, Waiting &waiting, const Take &take);
 
+/// How many octets a source holds: of a file, and of another one that is short. It stays as it is.
+[[nodiscard]] std::optional<uint64_t> known_size(Source &source);
+
+/// What the command holds of a message that is read in pieces, beside its content.
+constexpr uint32_t kMostHeldMegabytes = 16;
+constexpr uint32_t kMostHeld = kMostHeldMegabytes * 1024 * 1024;
+
+/// What message show prints of a message that is read or written in pieces, but for its content, of which it
+/// says the size. A message that was made has an output beside the source.
+class MessageOutline {
+  public:
+    explicit MessageOutline(std::string source, std::string output = "");
+
+    /// Both throw Failure.
+    void take(Octets octets);
+    [[nodiscard]] Json describe() const;
+
+  private:
+    std::string source_;
+    std::string output_;
+    Owned<MESSAGE_OUTLINE, free_MESSAGE_OUTLINE> outline_;
+};
+
 /// Where a message is written to, in PEM under the label of RFC 7468 unless it is to be DER.
 class MessageTarget {
   public:
-    MessageTarget(const std::string &path, bool as_der);
+    /// An outline, which may be null, gets the message as well.
+    MessageTarget(const std::string &path, bool as_der, MessageOutline *outline);
 
     /// Both throw Failure.
     void write(Octets octets);
@@ -30,36 +54,40 @@ class MessageTarget {
     Target target_;
     Receiver text_;
     Owned<PEM_WRITER, free_PEM_WRITER> pem_;  ///< null for DER
+    MessageOutline *outline_;
 };
 
-using SignedReader = Owned<SIGNED_MESSAGE_READER, free_SIGNED_MESSAGE_READER>;
-
-/// What the command holds of a message that is read in pieces, beside its content.
-constexpr uint32_t kMostHeldMegabytes = 16;
-constexpr uint32_t kMostHeld = kMostHeldMegabytes * 1024 * 1024;
-
-/// Throws Failure unless the status of reading a message is 0.
-void expect_read(const std::string &source, uint32_t status);
-
-/// Describes a message that is complete, but for its content.
-[[nodiscard]] Json describe_outline(const std::string &source, const SIGNED_MESSAGE_READER *reader);
-
-/// What message show prints of a signed message that is read or written in pieces, with the size of its
-/// content. A message that was made has an output beside the source.
-class SignedOutline {
+/// Where the content of a message goes. A stream gets it once all of it is verified, unless it may be
+/// unverified.
+class ContentTarget {
   public:
-    explicit SignedOutline(std::string source, std::string output = "");
+    /// An empty path stands for nowhere.
+    ContentTarget(const std::string &path, bool may_be_unverified);
 
-    /// Both throw Failure.
-    void take(Octets octets);
-    [[nodiscard]] Json describe() const;
+    /// Sets the output of a reader, and what it holds.
+    template <typename Settings>
+    void set(Settings &settings) {
+        if (target_) (holds_back_ ? settings.output : settings.unverified_output) = Receiver::give;
+        settings.context = &receiver_;
+        settings.held_limit = kMostHeld;
+    }
+    /// Content that is held back goes nowhere from now on.
+    void drop_held_back() { is_dropped_ = holds_back_; }
+    /// A status of the reader of a source. Throws Failure for content that is too long to be held back, and
+    /// for what cannot be written.
+    [[nodiscard]] uint32_t checked(const std::string &source, uint32_t status);
+    /// Makes the file complete.
+    void finish();
+    [[nodiscard]] uint64_t size() const { return size_; }
 
   private:
-    std::string source_;
-    std::string output_;
+    void give(Octets octets);
+
+    std::optional<Target> target_;
+    Receiver receiver_;
+    bool holds_back_;
+    bool is_dropped_ = false;
     uint64_t size_ = 0;
-    Receiver content_;
-    SignedReader reader_;
 };
 
 }  // namespace tool

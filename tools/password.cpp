@@ -43,16 +43,34 @@ std::string_view Password::of_key(const std::string &source) {
     return *text;
 }
 
-std::string_view Password::of_new_key() {
+std::string_view Password::twice(const char *empty_file, const char *no_terminal, const char *not_typed) {
     if (const auto line = in_file()) {
         if (!line->empty()) return *line;
-        throw Failure("the first line of the new password file is empty");
+        throw Failure(empty_file);
     }
     Buffer again;
     const auto text = type("New password: ", typed_);
-    if (!text) throw Failure("give the password of the new key with --new-password-file, or --scheme none");
-    if (text->empty()) throw Failure("no new password was typed; --scheme none writes the key without one");
+    if (!text) throw Failure(no_terminal);
+    if (text->empty()) throw Failure(not_typed);
     if (type("New password again: ", again) != text) throw Failure("the two passwords differ");
+    return *text;
+}
+
+std::string_view Password::of_new_key() {
+    return twice("the first line of the new password file is empty",
+                 "give the password of the new key with --new-password-file, or --scheme none",
+                 "no new password was typed; --scheme none writes the key without one");
+}
+
+std::string_view Password::of_new_message() {
+    return twice("the first line of the password file is empty",
+                 "give the password of the message with --password-file", "no new password was typed");
+}
+
+std::string_view Password::of_message(const std::string &source) {
+    const auto text = has_file_ ? in_file() : typed_for(source);
+    if (!text) throw Failure(source + ": give its password with --password-file");
+    if (text->empty()) throw Failure(source + ": its password is empty");
     return *text;
 }
 

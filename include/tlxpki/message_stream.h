@@ -114,14 +114,6 @@ TLXPKI_API uint32_t is_SIGNED_MESSAGE_READER_complete(const SIGNED_MESSAGE_READE
 /** Returns 1 when the message is complete and carries no content, so that it takes
  * update_SIGNED_MESSAGE_READER_content(); otherwise 0. */
 TLXPKI_API uint32_t is_SIGNED_MESSAGE_READER_detached(const SIGNED_MESSAGE_READER *reader);
-/**
- * Writes what the reader holds of a message: all but its content, as a detached message, with the lengths and
- * members as received.
- * @param octets receives the encoding, which the caller frees with tlx_free()
- * @return its length in octets; 0 for a null argument, before the message is complete, and when memory runs
- * out
- */
-TLXPKI_API uint32_t get_SIGNED_MESSAGE_READER_outline(const SIGNED_MESSAGE_READER *reader, uint8_t **octets);
 
 /* ---- Writing ---- */
 

@@ -36,7 +36,6 @@ struct SIGNED_MESSAGE_READER {
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 update_content(Bytes octets) noexcept;
     [[nodiscard]] u32 finish(P7_SIGNER_REPORTS **reports) noexcept;
-    [[nodiscard]] u32 outline(u8 **octets) const noexcept;
     [[nodiscard]] bool is_complete() const noexcept { return parser_.is_done(); }
     [[nodiscard]] bool is_detached() const noexcept { return is_complete() && !parser_.has_content(); }
 
@@ -135,27 +134,6 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
                           members, checks, reports);
 }
 
-u32 SIGNED_MESSAGE_READER::outline(u8 **octets) const noexcept {
-    if (!is_complete()) return 0;
-    Encoder out;
-    {
-        const Encoder::Nest message = out.sequence();
-        out.raw(parser_.message_type());
-        const Encoder::Nest content = out.nest(context(0));
-        const Encoder::Nest body = out.sequence();
-        out.raw(parser_.before_content());
-        {
-            const Encoder::Nest info = out.sequence();
-            out.raw(parser_.info());
-        }
-        out.raw(parser_.after_content());
-    }
-    OwnedOctets<u8> copy(out.ok() ? copy_terminated(out.bytes()) : nullptr);
-    if (!copy) return 0;
-    *octets = copy.release();
-    return static_cast<u32>(out.bytes().size());
-}
-
 SIGNED_MESSAGE_READER *new_SIGNED_MESSAGE_READER(const SIGNED_MESSAGE_READER_SETTINGS *settings) {
     if (settings == nullptr || settings->held_back_limit > TLX_MESSAGE_HELD_BACK_LIMIT) return nullptr;
     if (settings->output != nullptr && settings->unverified_output != nullptr) return nullptr;
@@ -187,8 +165,4 @@ uint32_t is_SIGNED_MESSAGE_READER_complete(const SIGNED_MESSAGE_READER *reader) 
 
 uint32_t is_SIGNED_MESSAGE_READER_detached(const SIGNED_MESSAGE_READER *reader) {
     return reader != nullptr && reader->is_detached() ? 1 : 0;
-}
-
-uint32_t get_SIGNED_MESSAGE_READER_outline(const SIGNED_MESSAGE_READER *reader, uint8_t **octets) {
-    return reader == nullptr || octets == nullptr ? 0 : reader->outline(octets);
 }

@@ -1,0 +1,104 @@
+// Messages without their content.
+#include <tlxpki/message_outline.h>
+
+#include "der/owned.hpp"
+#include "message/message_parser.hpp"
+#include "verify/object.hpp"
+
+using namespace tlx;
+
+struct MESSAGE_OUTLINE {
+  public:
+    explicit MESSAGE_OUTLINE(u32 held_limit) noexcept
+        : parser_(
+              {MessageKind::signed_data, MessageKind::enveloped_data, MessageKind::signed_and_enveloped_data,
+               MessageKind::digested_data, MessageKind::encrypted_data, MessageKind::authenticated_data,
+               MessageKind::auth_enveloped_data},
+              held_limit != 0 ? held_limit : TLX_MESSAGE_HELD_LIMIT) {}
+
+    [[nodiscard]] u32 update(Bytes octets) noexcept;
+    [[nodiscard]] u32 write(u8 **octets, u32 &len, std::uint64_t &content_size) const noexcept;
+
+  private:
+    MessageParser parser_;
+    std::uint64_t content_size_ = 0;
+};
+
+namespace {
+
+u32 status_of(MessageParser::Failure failure) noexcept {
+    switch (failure) {
+        case MessageParser::Failure::too_long:
+            return 0x52A80047;
+        case MessageParser::Failure::misplaced:
+            return 0x52A80048;
+        case MessageParser::Failure::no_element:
+            return 0x52A8004F;
+        default:
+            return 0x52A8003C;
+    }
+}
+
+/// ContentInfo with the body around the content's info.
+void encode(Encoder &out, const MessageParser &parser) noexcept {
+    const Encoder::Nest message = out.sequence();
+    out.raw(parser.message_type());
+    const Encoder::Nest content = out.nest(context(0));
+    const Encoder::Nest body = out.sequence();
+    out.raw(parser.before_content());
+    {
+        const Encoder::Nest info = out.sequence();
+        out.raw(parser.info());
+    }
+    out.raw(parser.after_content());
+}
+
+}  // namespace
+
+u32 MESSAGE_OUTLINE::update(Bytes octets) noexcept {
+    for (;;) {
+        switch (parser_.next(octets)) {
+            case MessageParser::Step::need_more:
+                return 0;
+            case MessageParser::Step::content:
+                content_size_ += parser_.octets().size();
+                break;
+            case MessageParser::Step::failed:
+                return status_of(parser_.failure());
+            default:
+                break;
+        }
+    }
+}
+
+u32 MESSAGE_OUTLINE::write(u8 **octets, u32 &len, std::uint64_t &content_size) const noexcept {
+    if (!parser_.is_done()) return 0x52A9002B;
+    Encoder out;
+    encode(out, parser_);
+    u8 *copy = out.ok() ? copy_terminated(out.bytes()) : nullptr;
+    if (copy == nullptr) return 0x52A9003C;
+    *octets = copy;
+    len = static_cast<u32>(out.bytes().size());
+    content_size = parser_.has_content() ? content_size_ : UINT64_MAX;
+    return 0;
+}
+
+MESSAGE_OUTLINE *new_MESSAGE_OUTLINE(uint32_t held_limit) {
+    return make_object<MESSAGE_OUTLINE>(held_limit).release();
+}
+
+void free_MESSAGE_OUTLINE(MESSAGE_OUTLINE *outline) {
+    Destroy<MESSAGE_OUTLINE>{}(outline);
+}
+
+uint32_t update_MESSAGE_OUTLINE(MESSAGE_OUTLINE *outline, const uint8_t *octets, uint32_t len) {
+    if (outline == nullptr || (octets == nullptr && len != 0)) return 0x52A80049;
+    return outline->update({octets, len});
+}
+
+uint32_t write_MESSAGE_OUTLINE(const MESSAGE_OUTLINE *outline, uint8_t **octets, uint32_t *len,
+                               uint64_t *content_size) {
+    const bool has_results = octets != nullptr && len != nullptr && content_size != nullptr;
+    if (outline == nullptr || !has_results) return 0x52A90049;
+    return outline->write(octets, *len, *content_size);
+}
