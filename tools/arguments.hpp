@@ -37,6 +37,9 @@ struct CommandLine {
     OcspRequestOptions ocsp_request;
     OcspRespondOptions ocsp_respond;
     OcspCheckOptions ocsp_check;
+    TimestampRequestOptions timestamp_request;
+    TimestampVerifyOptions timestamp_verify;
+    StampOptions stamp;
     std::function<int()> run;  ///< the command that was given, with its options
 };
 
@@ -78,11 +81,17 @@ void add_identity(CLI::App &app, CommandLine &line);
 /// tlxpki message and what stands below it.
 void add_message(CLI::App &app, CommandLine &line);
 
+/// tlxpki message stamp.
+void add_stamp(CLI::App *message, CommandLine &line);
+
 /// tlxpki token and what stands below it.
 void add_token(CLI::App &app, CommandLine &line);
 
 /// tlxpki ocsp and what stands below it.
 void add_ocsp(CLI::App &app, CommandLine &line);
+
+/// tlxpki timestamp and what stands below it.
+void add_timestamp(CLI::App &app, CommandLine &line);
 
 /// tlxpki pkcs12 and what stands below it.
 void add_pkcs12(CLI::App &app, CommandLine &line);

@@ -19,7 +19,7 @@ struct Shape {
 /// RSAPublicKey and RSAPrivateKey (RFC 8017), ECPrivateKey with parameters (RFC 5915), PrivateKeyInfo and
 /// EncryptedPrivateKeyInfo (RFC 5208), PFX with and without MacData (RFC 7292), ContentInfo (RFC 2315),
 /// KISA's list of tokens, CertificateTrustList with a version and without, OCSPRequest and OCSPResponse (RFC
-/// 6960).
+/// 6960). Time stamps have shapes of others: is_timestamp_request() and is_timestamp_response() tell them.
 constexpr Shape kOuterShapes[] = {
     {"303003", true, Kind::kCertificate},  {"3003", true, Kind::kPublicKeyInfo},
     {"0202", true, Kind::kRsaPublic},      {"020202020202020202", false, Kind::kRsaPrivate},
@@ -58,6 +58,8 @@ constexpr const char *kNames[] = {"a certificate",
                                   "a list of hardware tokens",
                                   "an OCSP request",
                                   "an OCSP response",
+                                  "a time stamp request",
+                                  "a time stamp response",
                                   ""};
 
 struct Label {
@@ -83,11 +85,13 @@ constexpr Label kLabels[] = {
     {"OCSP RESPONSE", Kind::kOcspResponse},
 };
 
-std::string tags_in(const ASN1_UNIT *node) {
+/// The identifier octets in an element.
+std::string tags_in(Octets element) {
     constexpr uint32_t kMost = 10;
+    const Node node(decodeToDERSequence_n(element.data(), static_cast<uint32_t>(element.size())));
     std::string tags;
-    for (uint32_t i = 0; i < std::min(getSequenceChildNum(node), kMost); ++i) {
-        const auto tag = static_cast<uint8_t>(getChildType(node, i));
+    for (uint32_t i = 0; i < std::min(getSequenceChildNum(node.get()), kMost); ++i) {
+        const auto tag = static_cast<uint8_t>(getChildType(node.get(), i));
         tags += hex({&tag, 1});
     }
     return tags;
@@ -101,16 +105,30 @@ Kind kind_by(const Shape (&shapes)[N], const std::string &tags) {
     return shape == shapes + N ? Kind::kOther : shape->kind;
 }
 
+/// TimeStampReq is a version and a MessageImprint, which is AlgorithmIdentifier and OCTET STRING; a PFX has a
+/// ContentInfo there.
+bool is_timestamp_request(Octets element, const std::string &tags) {
+    return tags.starts_with("0230") && tags_in(child_of(element, 1)) == "3004";
+}
+
+/// TimeStampResp is a PKIStatusInfo, which begins with an INTEGER, and perhaps a ContentInfo; OCSPRequest
+/// begins with a TBSRequest, which has none.
+bool is_timestamp_response(Octets element, const std::string &tags) {
+    if (tags != "30" && tags != "3030") return false;
+    const bool has_token = tags != "30";
+    return tags_in(child_of(element, 0)).starts_with("02") &&
+           (!has_token || tags_in(child_of(element, 1)) == "06A0");
+}
+
 }  // namespace
 
 Kind kind_of(const Block &block) {
-    const auto size = static_cast<uint32_t>(block.octets.size());
-    const Node node(decodeToDERSequence_n(block.octets.data(), size));
-    const Kind kind = kind_by(kOuterShapes, tags_in(node.get()));
+    const std::string tags = tags_in(block.octets);
+    const Kind kind = kind_by(kOuterShapes, tags);
+    if (is_timestamp_request(block.octets, tags)) return Kind::kTimestampRequest;
+    if (is_timestamp_response(block.octets, tags)) return Kind::kTimestampResponse;
     if (kind != Kind::kCertificate) return kind;
-    const Octets inside = child_of(block.octets, 0);
-    const Node inner(decodeToDERSequence_n(inside.data(), static_cast<uint32_t>(inside.size())));
-    const Kind inner_kind = kind_by(kInnerShapes, tags_in(inner.get()));
+    const Kind inner_kind = kind_by(kInnerShapes, tags_in(child_of(block.octets, 0)));
     return inner_kind == Kind::kOther ? kind : inner_kind;
 }
 

@@ -21,6 +21,8 @@ enum class Kind {
     kTokenList,
     kOcspRequest,
     kOcspResponse,
+    kTimestampRequest,
+    kTimestampResponse,
     kOther
 };
 

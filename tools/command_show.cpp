@@ -11,6 +11,7 @@
 #include "ocsp.hpp"
 #include "record.hpp"
 #include "revocation.hpp"
+#include "timestamp.hpp"
 
 namespace tool {
 
@@ -69,6 +70,16 @@ std::string not_shown(const Block &block, Kind kind) {
            "; show reads certificates, keys and revocation lists only, \"tlxpki asn1\" any element";
 }
 
+/// A token of a time stamp. Throws Failure for any other message.
+Json describe_message_block(const Block &block) {
+    CMS_CONTENT_INFO *info = nullptr;
+    const Node node(decodeToDERSequence_n(block.octets.data(), static_cast<uint32_t>(block.octets.size())));
+    const uint32_t status = Seq_to_CMS_CONTENT_INFO(node.get(), &info);
+    const CmsMessage message(info);
+    if (status != 0 || !is_timestamp_token(info)) throw Failure(not_shown(block, Kind::kMessage));
+    return describe_timestamp_token(info);
+}
+
 Json describe_private_key(const Block &block, Password &password) {
     Json json = {{"kind", "private key"}};
     json.update(describe_key_file(read_key(block, password)));
@@ -98,6 +109,14 @@ Json describe_contents(const Block &block, Kind kind, Password &password) {
             return describe_ocsp_request(decode_ocsp_request(block).get());
         case Kind::kOcspResponse:
             return describe_ocsp_response(decode_ocsp_response(block).get());
+        case Kind::kTimestampRequest:
+            return describe_timestamp_request(
+                TimestampRequest(decode_record(block, Seq_to_CMS_TIMESTAMP_REQUEST)).get());
+        case Kind::kTimestampResponse:
+            return describe_timestamp_response(
+                TimestampResponse(decode_record(block, Seq_to_CMS_TIMESTAMP_RESPONSE)).get());
+        case Kind::kMessage:
+            return describe_message_block(block);
         default:
             throw Failure(not_shown(block, kind));
     }

@@ -12,6 +12,7 @@
 #include "signer_verifier.hpp"
 #include "status.hpp"
 #include "strict_report.hpp"
+#include "timestamp.hpp"
 #include "verify.hpp"
 #include "verify_pieces.hpp"
 
@@ -116,6 +117,21 @@ const char *state_of(Mark mark) {
     return kStates[static_cast<std::size_t>(mark)];
 }
 
+Json describe_stamps(const CMS_TIMESTAMP_REPORTS *reports) {
+    Json stamps = Json::array();
+    for (uint32_t i = 0; i < get_CMS_TIMESTAMP_REPORTS_count(reports); ++i) {
+        const CMS_TIMESTAMP_REPORT *report =
+            get_CMS_TIMESTAMP_REPORTS_child(reports, static_cast<int32_t>(i));
+        const bool is_proven = report->status == 0 && report->signer->pathStatus == 0;
+        const Mark mark = is_proven ? Mark::kGood : report->status == 0 ? Mark::kUnchecked : Mark::kFailed;
+        Json stamp = {{"state", state_of(mark)}};
+        if (report->status != 0) stamp["status"] = exact_status_json(report->status);
+        stamp.update(describe_timestamp_report(*report).value("time_stamp", Json::object()));
+        stamps.push_back(stamp);
+    }
+    return stamps;
+}
+
 Json describe_report(const Json &signer, const P7_SIGNER_REPORT &report) {
     Json json = Json::object();
     if (report.certificate != nullptr) json["subject"] = name_text(get_X509_subject(report.certificate));
@@ -126,6 +142,7 @@ Json describe_report(const Json &signer, const P7_SIGNER_REPORT &report) {
         if (mark == Mark::kFailed) described["status"] = exact_status_json(report.*check.status);
     }
     if (report.path != nullptr) json.update(describe_result(report.path));
+    if (report.timestamps != nullptr) json["time_stamps"] = describe_stamps(report.timestamps);
     return json;
 }
 

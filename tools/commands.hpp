@@ -250,6 +250,39 @@ struct OcspCheckOptions {
     bool json = false;
 };
 
+struct TimestampRequestOptions {
+    std::string message;  ///< empty to stamp the file
+    std::string file;
+    std::string digest = "sha256";
+    std::string policy;  ///< empty for none
+    std::string output = "-";
+    uint32_t signer = 0;  ///< 0 for the only one
+    bool no_nonce = false;
+    bool no_certificate = false;
+    bool json = false;
+};
+
+struct TimestampVerifyOptions {
+    std::vector<std::string> anchors;
+    std::vector<std::string> pool;
+    std::string token;
+    std::string message;  ///< empty, as the next two, for none
+    std::string file;
+    std::string request;
+    std::string time;
+    StrictOptions strict;
+    uint32_t signer = 0;  ///< 0 for the one that the token is for
+    bool json = false;
+};
+
+struct StampOptions {
+    std::string token;
+    std::string message;
+    std::string output = "-";
+    uint32_t signer = 0;  ///< 0 for the one that the token is for
+    bool json = false;
+};
+
 /// What --type of keys takes.
 [[nodiscard]] std::vector<std::string> key_types();
 /// What --scheme of keys takes.
@@ -260,6 +293,9 @@ struct OcspCheckOptions {
 [[nodiscard]] std::vector<std::string> signature_schemes();
 [[nodiscard]] std::vector<std::string> cipher_names();
 [[nodiscard]] std::vector<std::string> encryption_schemes();
+
+/// What --digest of time stamps takes.
+[[nodiscard]] std::vector<std::string> timestamp_digest_names();
 
 int run_verify(const VerifyOptions &options);
 int run_show(const ShowOptions &options);
@@ -287,6 +323,9 @@ int run_token_certificate(const TokenOptions &options);
 int run_ocsp_request(const OcspRequestOptions &options);
 int run_ocsp_respond(const OcspRespondOptions &options);
 int run_ocsp_check(const OcspCheckOptions &options);
+int run_timestamp_request(const TimestampRequestOptions &options);
+int run_timestamp_verify(const TimestampVerifyOptions &options);
+int run_stamp(const StampOptions &options);
 int run_identity_check(const IdentityOptions &options);
 int run_trust_list_show(const TrustListOptions &options);
 int run_trust_list_import(const TrustListOptions &options);

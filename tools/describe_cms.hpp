@@ -17,7 +17,9 @@ namespace tool {
 /// value of another type, for one that cannot be decoded, and for one that lies too deep in others.
 [[nodiscard]] Json describe_attribute_record(const std::string &type, const ASN1_UNIT *value);
 
-/// What a time stamp says (RFC 3161), given its encoding; null when it cannot be decoded.
+/// What a time stamp says (RFC 3161).
+[[nodiscard]] Json describe_time_stamp(const CMS_TST_INFO *info);
+/// The same given its encoding; null when it cannot be decoded.
 [[nodiscard]] Json describe_time_stamp(Octets encoding);
 
 /// A signer with its attributes and its signature.

@@ -108,11 +108,7 @@ Json describe_attribute_record(const std::string &type, const ASN1_UNIT *value) 
     return nullptr;
 }
 
-Json describe_time_stamp(Octets encoding) {
-    CMS_TST_INFO *record = nullptr;
-    (void)TLX_READ_DER(CMS_TST_INFO, &record, encoding.data(), static_cast<uint32_t>(encoding.size()));
-    const Owned<CMS_TST_INFO, free_CMS_TST_INFO> info(record);
-    if (info == nullptr) return nullptr;
+Json describe_time_stamp(const CMS_TST_INFO *info) {
     const X509_TIME time{1, info->genTime};
     Json json = {{"time", time_text(&time)},
                  {"serial", number_hex(info->serialNumber)},
@@ -133,6 +129,13 @@ Json describe_time_stamp(Octets encoding) {
                                             describe_extension);
     }
     return json;
+}
+
+Json describe_time_stamp(Octets encoding) {
+    CMS_TST_INFO *record = nullptr;
+    (void)TLX_READ_DER(CMS_TST_INFO, &record, encoding.data(), static_cast<uint32_t>(encoding.size()));
+    const Owned<CMS_TST_INFO, free_CMS_TST_INFO> info(record);
+    return info == nullptr ? Json() : describe_time_stamp(info.get());
 }
 
 }  // namespace tool

@@ -102,6 +102,7 @@ int run(const std::vector<std::string> &arguments) {
     add_token(app, line);
     add_trust_list(app, line);
     add_ocsp(app, line);
+    add_timestamp(app, line);
     for (CLI::App *command : app.get_subcommands({})) {
         command->group("Commands");
     }

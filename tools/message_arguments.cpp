@@ -145,6 +145,7 @@ void add_message(CLI::App &app, CommandLine &line) {
     add_encrypt(message, line);
     add_decrypt(message, line);
     add_show_message(message, line);
+    add_stamp(message, line);
 }
 
 }  // namespace tool

@@ -187,6 +187,11 @@ void add_signer_options(CLI::App *command, StrictOptions &options) {
     }
 }
 
+void add_authority_options(CLI::App *command, StrictOptions &options) {
+    add_strength_options(command, options);
+    add_revocation_options(command, options);
+}
+
 void add_profile(CLI::App *command, StrictOptions &options) {
     options.purpose = kSigning;
     add_choice(command, "--profile", options.profile, names_of(kProfiles),

@@ -46,6 +46,8 @@ void add_rules(CLI::App *command, std::string &rules);
 void add_strict_options(CLI::App *command, StrictOptions &options);
 /// Those that signers of messages take, in the group of the strict rules. Their purpose is to sign.
 void add_signer_options(CLI::App *command, StrictOptions &options);
+/// Those that authorities of time stamps take.
+void add_authority_options(CLI::App *command, StrictOptions &options);
 /// --profile, for lists of certificates that somebody signed to be trusted. The purpose is to sign.
 void add_profile(CLI::App *command, StrictOptions &options);
 /// The heading in the help, and thereby the group, of the options that only some rules take.

@@ -284,15 +284,41 @@ TEST_F(CommandDocuments, ManPageAndCompletionNameEveryOption) {
     page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
     const std::string common = between(page, ".SH OPTIONS", ".SH EXIT STATUS");
     const std::string completion = read_file(in_source("tools/completion/tlxpki"));
-    for (const std::string command :
-         {"verify",          "show",           "asn1",           "oid",
-          "status",          "message sign",   "message verify", "message encrypt",
-          "message decrypt", "message show",   "pkcs12 open",    "pkcs12 show",
-          "pkcs12 make",     "key show",       "key convert",    "key password",
-          "key make",        "identity check", "trustlist show", "trustlist import",
-          "trustlist make",  "token slots",    "token objects",  "token certificate",
-          "ocsp request",    "ocsp respond",   "ocsp show",      "ocsp check",
-          "crl show",        "crl check",      "crl make"}) {
+    for (const std::string command : {"verify",
+                                      "show",
+                                      "asn1",
+                                      "oid",
+                                      "status",
+                                      "message sign",
+                                      "message verify",
+                                      "message encrypt",
+                                      "message decrypt",
+                                      "message show",
+                                      "pkcs12 open",
+                                      "pkcs12 show",
+                                      "pkcs12 make",
+                                      "key show",
+                                      "key convert",
+                                      "key password",
+                                      "key make",
+                                      "identity check",
+                                      "trustlist show",
+                                      "trustlist import",
+                                      "trustlist make",
+                                      "token slots",
+                                      "token objects",
+                                      "token certificate",
+                                      "ocsp request",
+                                      "ocsp respond",
+                                      "ocsp show",
+                                      "ocsp check",
+                                      "crl show",
+                                      "crl check",
+                                      "crl make",
+                                      "timestamp request",
+                                      "timestamp show",
+                                      "timestamp verify",
+                                      "message stamp"}) {
         std::istringstream words(command + " --help");
         const std::string help = run({std::istream_iterator<std::string>(words), {}}).output;
         const Words options = options_in(help.substr(0, help.find("Example: ")));
