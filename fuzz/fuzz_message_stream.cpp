@@ -64,7 +64,8 @@ Reading read(const std::uint8_t *octets, std::uint32_t size, Next next) {
     for (std::int32_t i = 0; i < count; ++i) {
         const P7_SIGNER_REPORT &report = *get_P7_SIGNER_REPORTS_child(made, i);
         for (const std::uint32_t status :
-             {report.certificateStatus, report.algorithmStatus, report.contentStatus, report.signatureStatus})
+             {report.certificateStatus, report.algorithmStatus, report.contentStatus, report.signatureStatus,
+              report.signingCertificateStatus, report.protectionStatus})
             reading.findings += std::to_string(status) + " ";
     }
     return reading;

@@ -15,32 +15,6 @@ namespace {
 
 using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
 
-// The identifiers signedData and data
-constexpr u8 kSignedData[] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x02};
-constexpr u8 kData[] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x01};
-constexpr u8 kConstructedString = TLX_TAG_OCTET_STRING | kConstructed;
-
-/// The certificates, crls and signerInfos of signed data in DER.
-struct LastMembers {
-    Encoder whole;
-    Bytes octets;
-
-    /// False when memory runs out, and when a member cannot be encoded.
-    [[nodiscard]] bool encode(const P7_SIGNED_DATA &data) noexcept {
-        Codec<P7_SIGNED_DATA>::encode(whole, &data);
-        Element body;
-        if (!whole.ok() || !read_element(whole.bytes(), body)) return false;
-        Cursor members(body);
-        Element first;
-        constexpr u32 kFirstMembers = 3;  // version, digestAlgorithms, contentInfo
-        for (u32 i = 0; i < kFirstMembers; ++i) {
-            if (!members.next(first)) return false;
-        }
-        octets = members.rest();
-        return true;
-    }
-};
-
 }  // namespace
 
 struct SIGNED_MESSAGE_WRITER {
@@ -66,16 +40,15 @@ struct SIGNED_MESSAGE_WRITER {
     [[nodiscard]] P7_SIGNED_DATA &data() const noexcept { return *info_->content.signedData; }
     [[nodiscard]] u32 begin() noexcept;
     [[nodiscard]] u32 begin_signers() noexcept;
-    [[nodiscard]] u32 end_signers() noexcept;
     [[nodiscard]] u32 place_content_type() noexcept;
     [[nodiscard]] u32 begin_digests() noexcept;
     [[nodiscard]] u32 begin_message() noexcept;
-    [[nodiscard]] u32 measure(std::uint64_t &last_members) const noexcept;
+    [[nodiscard]] u32 write_with_zeros(Encoder &whole) const noexcept;
+    [[nodiscard]] u32 begin_frame(const Encoder &whole) noexcept;
+    [[nodiscard]] u32 end_frame(const Encoder &whole) noexcept;
     [[nodiscard]] u32 take(Bytes octets) noexcept;
     [[nodiscard]] u32 sign() noexcept;
     [[nodiscard]] u32 end_message() noexcept;
-    void write_der_head(Bytes first_members, std::uint64_t last_members) noexcept;
-    void write_indefinite_head(Bytes first_members) noexcept;
 
     SIGNED_MESSAGE_WRITER_SETTINGS settings_;
     MessageOutput out_;
@@ -112,37 +85,10 @@ u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
 
 u32 SIGNED_MESSAGE_WRITER::begin_signers() noexcept {
     Encoder whole;
-    MessageFrame frame = {};
     if (const u32 status = signers_.begin(settings_); status != 0) return status;
     if (const u32 status = signers_.reserve(); status != 0) return status;
     signers_.encode(whole);
-    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5283003C;
-    if (settings_.form == TLX_MESSAGE_DER) frame.begin_der(out_, settings_.size);
-    if (settings_.form == TLX_MESSAGE_INDEFINITE) {
-        if (!segments_.start()) return 0x5283003C;
-        frame.begin_indefinite(out_);
-    }
-    return out_.status();
-}
-
-u32 SIGNED_MESSAGE_WRITER::end_signers() noexcept {
-    Encoder whole;
-    MessageFrame frame = {};
-    signers_.encode(whole);
-    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5284003C;
-    switch (settings_.form) {
-        case TLX_MESSAGE_INDEFINITE:
-            segments_.finish(out_);
-            frame.end_indefinite(out_);
-            break;
-        case TLX_MESSAGE_DER:
-            frame.end_der(out_);
-            break;
-        default:
-            out_.raw(whole.bytes());
-            break;
-    }
-    return out_.status();
+    return begin_frame(whole);
 }
 
 /// The content itself is never part of the record.
@@ -167,55 +113,27 @@ u32 SIGNED_MESSAGE_WRITER::begin_digests() noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::begin_message() noexcept {
-    Encoder first;
-    std::uint64_t last = 0;
-    first.integer(data().version);
-    AlgorithmSetMember::encode(first, data().digestAlgorithms, kSet);
-    if (!first.ok()) return 0x5283003C;
-    switch (settings_.form) {
-        case TLX_MESSAGE_INDEFINITE:
-            if (!segments_.start()) return 0x5283003C;
-            write_indefinite_head(first.bytes());
-            break;
-        case TLX_MESSAGE_DER:
-            if (const u32 status = measure(last); status != 0) return status;
-            write_der_head(first.bytes(), last);
-            break;
-        default:
-            break;
+    Encoder whole;
+    if (settings_.form == TLX_MESSAGE_DETACHED) return 0;
+    const u32 status = write_with_zeros(whole);
+    return status != 0 ? status : begin_frame(whole);
+}
+
+/// Writes what stands before the content of a message that is there without it.
+u32 SIGNED_MESSAGE_WRITER::begin_frame(const Encoder &whole) noexcept {
+    MessageFrame frame = {};
+    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5283003C;
+    if (settings_.form == TLX_MESSAGE_DER) frame.begin_der(out_, settings_.size);
+    if (settings_.form == TLX_MESSAGE_INDEFINITE) {
+        if (!segments_.start()) return 0x5283003C;
+        frame.begin_indefinite(out_);
     }
     return out_.status();
 }
 
-void SIGNED_MESSAGE_WRITER::write_indefinite_head(Bytes first_members) noexcept {
-    out_.indefinite(kSequence);
-    out_.raw(kSignedData);
-    out_.indefinite(context(0));
-    out_.indefinite(kSequence);
-    out_.raw(first_members);
-    out_.indefinite(kSequence);
-    out_.raw(kData);
-    out_.indefinite(context(0));
-    out_.indefinite(kConstructedString);
-}
-
-void SIGNED_MESSAGE_WRITER::write_der_head(Bytes first_members, std::uint64_t last_members) noexcept {
-    const std::uint64_t string = element_size(settings_.size);
-    const std::uint64_t info = sizeof kData + element_size(string);
-    const std::uint64_t body = first_members.size() + element_size(info) + last_members;
-    out_.header(kSequence, sizeof kSignedData + element_size(element_size(body)));
-    out_.raw(kSignedData);
-    out_.header(context(0), element_size(body));
-    out_.header(kSequence, body);
-    out_.raw(first_members);
-    out_.header(kSequence, info);
-    out_.raw(kData);
-    out_.header(context(0), string);
-    out_.header(TLX_TAG_OCTET_STRING, settings_.size);
-}
-
-/// The octets of the last members, by those of a copy with signatures of the length that is reserved.
-u32 SIGNED_MESSAGE_WRITER::measure(std::uint64_t &last_members) const noexcept {
+/// A copy of the message with zeros for signatures. In DER they have the length that is reserved.
+u32 SIGNED_MESSAGE_WRITER::write_with_zeros(Encoder &whole) const noexcept {
+    const bool is_der = settings_.form == TLX_MESSAGE_DER;
     const Owned<P7_CONTENT_INFO> copy(dup_P7_CONTENT_INFO(info_.get()));
     if (!copy) return 0x5283003C;
     const SignedMembers members = members_of(*copy->content.signedData);
@@ -226,7 +144,7 @@ u32 SIGNED_MESSAGE_WRITER::measure(std::uint64_t &last_members) const noexcept {
         const u32 digest_id = SignerAlgorithms(signer).digest_id;
         if (zeros.get(digest_id).empty()) zeros.put(digest_id, {kZeros, get_DigestLength(digest_id)});
         const bool signs_once = signs_content() && signer.authenticatedAttributes == nullptr;
-        return signs_once && signer.key->kind != TLX_KEY_RSA ? 0x52830048 : 0U;
+        return is_der && signs_once && signer.key->kind != TLX_KEY_RSA ? 0x52830048 : 0U;
     });
     if (refused != 0) return refused;
     if (!signs_content()) {
@@ -235,9 +153,7 @@ u32 SIGNED_MESSAGE_WRITER::measure(std::uint64_t &last_members) const noexcept {
         if (status != 0) return status;
     }
     if (const u32 status = reserve_signatures(members); status != 0) return status;
-    LastMembers last;
-    if (!last.encode(*copy->content.signedData)) return 0x5283003C;
-    last_members = last.octets.size();
+    Codec<P7_CONTENT_INFO>::encode(whole, copy.get());
     return 0;
 }
 
@@ -279,25 +195,31 @@ u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {
-    if (has_signers()) return end_signers();
-    constexpr u32 kInContent = 3;  // the string, [0] and contentInfo
-    constexpr u32 kAroundIt = 3;   // SignedData, [0] and ContentInfo
-    if (settings_.form == TLX_MESSAGE_DETACHED) {
-        Encoder message;
-        Codec<P7_CONTENT_INFO>::encode(message, info_.get());
-        if (!message.ok()) return 0x5284003C;
-        out_.raw(message.bytes());
-        return out_.status();
+    Encoder whole;
+    if (has_signers()) {
+        signers_.encode(whole);
+    } else {
+        Codec<P7_CONTENT_INFO>::encode(whole, info_.get());
     }
-    const bool indefinite = settings_.form == TLX_MESSAGE_INDEFINITE;
-    LastMembers last;
-    if (!last.encode(data())) return 0x5284003C;
-    if (indefinite) {
-        segments_.finish(out_);
-        out_.end(kInContent);
+    return end_frame(whole);
+}
+
+/// Writes what stands after the content, or the whole message when that is detached.
+u32 SIGNED_MESSAGE_WRITER::end_frame(const Encoder &whole) noexcept {
+    MessageFrame frame = {};
+    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5284003C;
+    switch (settings_.form) {
+        case TLX_MESSAGE_INDEFINITE:
+            segments_.finish(out_);
+            frame.end_indefinite(out_);
+            break;
+        case TLX_MESSAGE_DER:
+            frame.end_der(out_);
+            break;
+        default:
+            out_.raw(whole.bytes());
+            break;
     }
-    out_.raw(last.octets);
-    if (indefinite) out_.end(kAroundIt);
     return out_.status();
 }
 
