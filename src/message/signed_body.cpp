@@ -23,16 +23,17 @@ u32 SignedBody::decode(Bytes members) noexcept {
     Element body;
     body.tag = kSequence;
     body.contents = members;
-    P7_SIGNED_DATA *pkcs7 = nullptr;
-    const u32 decoded = Codec<P7_SIGNED_DATA>::decode(body, &pkcs7);
-    pkcs7_.reset(pkcs7);
-    if (decoded == 0 && pkcs7_) return 0;
-    pkcs7_.reset();
     CMS_SIGNED_DATA *cms = nullptr;
-    if (Codec<CMS_SIGNED_DATA>::decode(body, &cms) != 0) return decoded != 0 ? decoded : 0x52820104;
-    cms_.reset(cms);
-    certificates_ = certificates_of(*cms_);
-    return certificates_ ? 0 : 0x5282003C;
+    if (Codec<CMS_SIGNED_DATA>::decode(body, &cms) == 0) {
+        cms_.reset(cms);
+        certificates_ = certificates_of(*cms_);
+        return certificates_ ? 0 : 0x5282003C;
+    }
+    P7_SIGNED_DATA *pkcs7 = nullptr;
+    const u32 status = Codec<P7_SIGNED_DATA>::decode(body, &pkcs7);
+    pkcs7_.reset(pkcs7);
+    if (status != 0) return status;
+    return pkcs7_ ? 0 : 0x52820104;
 }
 
 SignerMembers SignedBody::members() const noexcept {

@@ -13,9 +13,9 @@ namespace tlx {
 
 class SignedBody {
   public:
-    /// Decodes the members, which PKCS #7 takes in more forms, and CMS of more kinds. 0; 0x52820104 for an
-    /// unknown member, 0x5282003C when memory runs out, or the status of P7_SIGNED_DATA when neither format
-    /// takes them.
+    /// Decodes the members as those of CMS, which has more kinds, or else of PKCS #7, which takes them in
+    /// more forms. 0; 0x52820104 for an unknown member, 0x5282003C when memory runs out, or the status of
+    /// P7_SIGNED_DATA when neither format takes them.
     [[nodiscard]] u32 decode(Bytes members) noexcept;
     [[nodiscard]] SignerMembers members() const noexcept;
 

@@ -74,17 +74,23 @@ bool names(const CMS_SIGNING_CERTIFICATE_V2 &attribute, const X509_CERT &cert) n
     return has_digest(cert, digest_id, first->certHash) && is_of(cert, first->issuerSerial);
 }
 
-/// The parameters of an algorithm; NULL counts as none.
-Bytes parameters_of(const X509_ALGO_IDENTIFIER *algorithm) noexcept {
-    Element element;
-    const ASN1_UNIT *parameters = get_X509_ALGO_IDENTIFIER_parameters(algorithm);
-    if (parameters == nullptr || !view_node(parameters, element) || element.tag == TLX_TAG_NULL) return {};
-    return element.whole;
+/// Reads the parameters of an algorithm. False when there are none; NULL counts as none.
+bool read_parameters(const X509_ALGO_IDENTIFIER *algorithm, Element &parameters) noexcept {
+    return view_node(get_X509_ALGO_IDENTIFIER_parameters(algorithm), parameters) &&
+           parameters.tag != TLX_TAG_NULL;
+}
+
+bool has_same_parameters(const X509_ALGO_IDENTIFIER *a, const X509_ALGO_IDENTIFIER *b) noexcept {
+    Element one;
+    Element other;
+    const bool has_some = read_parameters(a, one);
+    if (read_parameters(b, other) != has_some) return false;
+    return !has_some || (one.tag == other.tag && std::ranges::equal(one.contents, other.contents));
 }
 
 bool is_same(const X509_ALGO_IDENTIFIER *a, const X509_ALGO_IDENTIFIER *b) noexcept {
     return text_of(get_X509_ALGO_IDENTIFIER_OID(a)) == text_of(get_X509_ALGO_IDENTIFIER_OID(b)) &&
-           std::ranges::equal(parameters_of(a), parameters_of(b));
+           has_same_parameters(a, b);
 }
 
 }  // namespace

@@ -39,10 +39,12 @@ bool add_list(VERIFY_STORE *store, const X509_CRL *list) noexcept {
 
 /// Adds an OCSP response (RFC 5940, section 2.1), unless it cannot be read. False when memory runs out.
 bool add_response(VERIFY_STORE *store, const CMS_OTHER_REVOCATION_INFO &info) noexcept {
-    Element response;
+    Encoder response;
     if (text_of(info.otherRevInfoFormat) != "1.3.6.1.5.5.7.16.2") return true;
-    if (info.otherRevInfo == nullptr || !view_node(info.otherRevInfo, response)) return true;
-    return add_VERIFY_STORE_ocsp(store, response.whole.data(), size_of(response.whole)) != kNoMemory;
+    response.node(info.otherRevInfo);
+    const Bytes octets = response.bytes();
+    if (!response.ok()) return !response.out_of_memory();
+    return add_VERIFY_STORE_ocsp(store, octets.data(), size_of(octets)) != kNoMemory;
 }
 
 bool add_info(VERIFY_STORE *store, const CMS_REVOCATION_INFO &info) noexcept {
