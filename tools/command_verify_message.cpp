@@ -88,16 +88,21 @@ Findings verify(const VerifyMessageOptions &options, SignerVerifier &verifier) {
 }
 
 /// A check of a signer. It was not made without a certificate when it takes one, and a path without anchors.
+/// One of an attribute that few signers have is told when it fails.
 struct Check {
     const char *name;
     uint32_t P7_SIGNER_REPORT::*status;
     bool takes_certificate;
+    bool is_of_attribute = false;
 };
-constexpr std::array kChecks = {Check{"certificate", &P7_SIGNER_REPORT::certificateStatus, false},
-                                Check{"algorithms", &P7_SIGNER_REPORT::algorithmStatus, true},
-                                Check{"content", &P7_SIGNER_REPORT::contentStatus, false},
-                                Check{"signature", &P7_SIGNER_REPORT::signatureStatus, true},
-                                Check{"path", &P7_SIGNER_REPORT::pathStatus, true}};
+constexpr std::array kChecks = {
+    Check{"certificate", &P7_SIGNER_REPORT::certificateStatus, false},
+    Check{"algorithms", &P7_SIGNER_REPORT::algorithmStatus, true},
+    Check{"content", &P7_SIGNER_REPORT::contentStatus, false},
+    Check{"signing_certificate", &P7_SIGNER_REPORT::signingCertificateStatus, true, true},
+    Check{"algorithm_protection", &P7_SIGNER_REPORT::protectionStatus, true, true},
+    Check{"signature", &P7_SIGNER_REPORT::signatureStatus, true},
+    Check{"path", &P7_SIGNER_REPORT::pathStatus, true}};
 
 Mark mark_of(const P7_SIGNER_REPORT &report, const Check &check) {
     const uint32_t status = report.*check.status;
@@ -138,6 +143,7 @@ Json describe_report(const Json &signer, const P7_SIGNER_REPORT &report) {
     json.update(signer);
     for (const Check &check : kChecks) {
         const Mark mark = mark_of(report, check);
+        if (check.is_of_attribute && mark != Mark::kFailed) continue;
         Json &described = json["checks"][check.name] = {{"state", state_of(mark)}};
         if (mark == Mark::kFailed) described["status"] = exact_status_json(report.*check.status);
     }
@@ -225,6 +231,7 @@ void print_signer(std::ostream &out, Json signer, const P7_SIGNER_REPORT &report
     print_text(out, signer, 4);
     for (const Check &check : kChecks) {
         const Mark mark = mark_of(report, check);
+        if (check.is_of_attribute && mark != Mark::kFailed) continue;
         out << "    " << mark_text(mark) << ' ' << check.name;
         if (mark == Mark::kFailed) out << ": " << exact_status_sentence(report.*check.status);
         out << '\n';

@@ -56,7 +56,7 @@ struct SignOptions {
     std::vector<std::string> chain;
     std::string password_file;
     std::string pin_file;
-    std::string digest = "sha256";
+    std::string digest;  ///< empty for the default
     std::string scheme = "pkcs1";
     EnvelopeOptions envelope;  ///< without recipients for a message that is not encrypted
     std::string content;

@@ -15,9 +15,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// By KeyUse.
-constexpr std::string_view kKeysOfFolder[] = {"signPri.key", "kmPri.key"};
 constexpr std::string_view kNone = "none";
+
+/// The file of a folder as Korean programs keep keys.
+std::string_view name_of(KeyUse use) {
+    return use == KeyUse::kDecrypt ? "kmPri.key" : "signPri.key";
+}
 
 std::string in_folder(const std::string &folder, std::string_view name) {
     const std::u8string path = (file_path(folder) / file_path(name)).u8string();
@@ -199,8 +202,7 @@ KeyFile read_key(const Block &block, Password &password) {
 }
 
 KeyFile load_key(const std::string &path, Password &password, KeyUse use) {
-    const std::string_view name = kKeysOfFolder[static_cast<std::size_t>(use)];
-    return std::move(read_keys(is_folder(path) ? in_folder(path, name) : path, password).front());
+    return std::move(read_keys(is_folder(path) ? in_folder(path, name_of(use)) : path, password).front());
 }
 
 Key load_private_key(const std::string &path, Password &password, KeyUse use) {
@@ -208,21 +210,19 @@ Key load_private_key(const std::string &path, Password &password, KeyUse use) {
     ASYMMETRIC_KEY *made = nullptr;
     const uint32_t status = read_PRIV_KEY(key.info.get(), &made);
     Key owner(made);
-    if (use == KeyUse::kDecrypt && status != 0) {
-        throw Failure(key.source +
-                      ": the key is of a kind that decrypts nothing: " + status_sentence(status));
-    }
     if (use == KeyUse::kSign && (status != 0 || (made->kind != TLX_KEY_RSA && made->kind != TLX_KEY_KCDSA))) {
         throw Failure(key.source + ": the key is neither of RSA nor of KCDSA");
     }
+    if (status != 0) throw Failure(key.source + ": the key cannot be used: " + status_sentence(status));
     return owner;
 }
 
 std::vector<KeyFile> load_keys(const std::string &path, Password &password) {
     if (!is_folder(path)) return read_keys(path, password);
     std::vector<KeyFile> keys;
-    for (const std::string_view name : kKeysOfFolder) {
-        if (exists(in_folder(path, name))) keys.push_back(load_key(in_folder(path, name), password));
+    for (const KeyUse use : {KeyUse::kSign, KeyUse::kDecrypt}) {
+        const std::string file = in_folder(path, name_of(use));
+        if (exists(file)) keys.push_back(load_key(file, password));
     }
     if (keys.empty()) throw Failure(path + ": the folder has neither signPri.key nor kmPri.key");
     return keys;

@@ -25,11 +25,11 @@ struct KeyFile {
 [[nodiscard]] KeyFile read_key(const Block &block, Password &password);
 
 /// The first key of a file, or of one file of a folder as Korean programs keep it. Throws Failure.
-enum class KeyUse { kSign, kDecrypt };
+enum class KeyUse { kSign, kDecrypt, kSignMessage };
 [[nodiscard]] KeyFile load_key(const std::string &path, Password &password, KeyUse use = KeyUse::kSign);
 
-/// The same of a key to compute with. Throws Failure also for a key of another kind than RSA and KCDSA that
-/// signs, and for a key of a kind that nobody here computes with.
+/// The same of a key to compute with. Throws Failure also for a key of a kind that nobody here computes with,
+/// and for one of another kind than RSA and KCDSA that signs something else than messages.
 [[nodiscard]] Key load_private_key(const std::string &path, Password &password, KeyUse use = KeyUse::kSign);
 
 /// The keys of a folder or of a file of PKCS #12, or the first one of another file.

@@ -7,6 +7,11 @@ namespace {
 
 constexpr char kFile[] = "FILE";
 
+void add_format(CLI::App *command, EnvelopeOptions &options) {
+    add_choice(command, "--format", options.format, {"pkcs7", "cms"},
+               "The format (default pkcs7 where it suffices, else cms)");
+}
+
 void add_recipients(CLI::App *command, EnvelopeOptions &options) {
     add_repeated(command, "--to", options.recipients, kFile,
                  "Certificate of a recipient, with a key of RSA, on P-256, P-384 or P-521, or of X25519 or\n"
@@ -40,7 +45,8 @@ void add_sign(CLI::App *message, CommandLine &line) {
                  "Further certificates to go along, such as a CA's");
     command->add_flag("--detached", options.detached, "Leave the content out of the message");
     add_choice(command, "--digest", options.digest, digest_names(),
-               "The digest of the content (default sha256)");
+               "The digest of the content (default sha256, on larger curves that of their size)");
+    add_format(command, options.envelope);
     add_choice(command, "--scheme", options.scheme, signature_schemes(),
                "How an RSA key signs it (default pkcs1)");
     add_password_file(command, options.password_file);
@@ -92,8 +98,7 @@ void add_encrypt(CLI::App *message, CommandLine &line) {
     command->add_flag("--password-recipient", envelope.password_recipient,
                       "Also encrypt for those who know a password");
     add_password_file(command, envelope.password_file);
-    add_choice(command, "--format", envelope.format, {"pkcs7", "cms"},
-               "The format (default pkcs7 where it suffices, else cms)");
+    add_format(command, envelope);
     add_choice(command, "--scheme", envelope.scheme, encryption_schemes(),
                "How its key is encrypted for RSA keys (default pkcs1)");
     add_made_message(command, options, "The file to encrypt");
