@@ -53,7 +53,8 @@ bool belongs_to(const ASYMMETRIC_KEY *key, const X509_CERT *cert) {
 
 /// The registry row of the digest that is asked for, or of the default.
 uint32_t digest_row(const SignOptions &options) {
-    return options.digest.empty() ? TLX_OID_SHA256 : value_of(kDigests, options.digest);
+    if (options.digest.empty()) return TLX_OID_SHA256;
+    return value_of(kDigests, options.digest);
 }
 
 void expect_key(const std::string &path, const ASYMMETRIC_KEY *key, const LoadedCertificate &signer) {
