@@ -250,8 +250,9 @@ template <typename Part>
 const Row *find_row(u32 value, Part part) noexcept {
     const auto is_wanted = [&](const Row &row) { return part(row.status) == value; };
     if (const Row *row = std::ranges::find_if(kRows, is_wanted); row != std::end(kRows)) return row;
-    if (const Row *row = std::ranges::find_if(kRecordRows, is_wanted); row != std::end(kRecordRows))
+    if (const Row *row = std::ranges::find_if(kRecordRows, is_wanted); row != std::end(kRecordRows)) {
         return row;
+    }
     const Row *row = std::ranges::find_if(kRuleRows, is_wanted);
     return row == std::end(kRuleRows) ? nullptr : row;
 }
