@@ -16,7 +16,7 @@ root=${zip%.zip}
     for library in tlxcrypto tlxpki; do
         printf 'lib/%s\n' "$library.lib" "$library.def" "lib$library.dll.a" "pkgconfig/$library.pc"
     done
-    printf 'lib/cmake/tlxpki/tlxpki%s.cmake\n' Config ConfigVersion Targets Targets-relwithdebinfo
+    printf 'lib/cmake/tlxpki/tlxpki%s.cmake\n' Config ConfigVersion Targets Targets-release
     printf 'licenses/%s.txt\n' openssl mingw-w64-runtime gcc-runtime cli11 nlohmann-json
     echo README.md
 } | sort >"$work/expected"
