@@ -53,8 +53,9 @@ u32 begin_content(const Envelope &envelope, const X509_ALGO_IDENTIFIER *algorith
     if (!content) return 0x4B20003A;
     content->cipher = new_BLOCK_CIPHER_UNIT();
     if (content->cipher == nullptr) return 0x4B20003A;
-    if (const u32 status = init_BlockCipher(content->cipher, cipher_id, key, iv, 1); status != 0)
+    if (const u32 status = init_BlockCipher(content->cipher, cipher_id, key, iv, 1); status != 0) {
         return status;
+    }
     if (set_PKCS7_P7_ENCRYPTED_CONTENT_INFO(content.get(), TLX_OID_PKCS7_DATA, algorithm, nullptr, 0) != 0 ||
         !set_iv(*content->contentEncryptionAlgorithm, content->cipher)) {
         return 0x4B20003A;

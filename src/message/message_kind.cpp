@@ -24,14 +24,14 @@ constexpr u8 kAuthEnveloped[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09,
 // digestAlgorithm stands before the info of DigestedData, macAlgorithm before that of
 // AuthenticatedData.
 constexpr MessageLayout kLayouts[] = {
-    {MessageKind::data, kData, 0, false},
-    {MessageKind::signed_data, kSigned, 0, false},
-    {MessageKind::enveloped_data, kEnveloped, 0, true},
-    {MessageKind::signed_and_enveloped_data, kSignedAndEnveloped, 0, true},
-    {MessageKind::digested_data, kDigested, 1, false},
-    {MessageKind::encrypted_data, kEncrypted, 0, true},
-    {MessageKind::authenticated_data, kAuthenticated, 1, false},
-    {MessageKind::auth_enveloped_data, kAuthEnveloped, 0, true},
+    {kData, MessageKind::data, 0, false},
+    {kSigned, MessageKind::signed_data, 0, false},
+    {kEnveloped, MessageKind::enveloped_data, 0, true},
+    {kSignedAndEnveloped, MessageKind::signed_and_enveloped_data, 0, true},
+    {kDigested, MessageKind::digested_data, 1, false},
+    {kEncrypted, MessageKind::encrypted_data, 0, true},
+    {kAuthenticated, MessageKind::authenticated_data, 1, false},
+    {kAuthEnveloped, MessageKind::auth_enveloped_data, 0, true},
 };
 
 /// Reads the object identifier of a ContentInfo.

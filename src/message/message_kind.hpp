@@ -21,8 +21,8 @@ enum class MessageKind : u8 {
 };
 
 struct MessageLayout {
+    Bytes type;  ///< its object identifier, contents octets
     MessageKind kind;
-    Bytes type;         ///< its object identifier, contents octets
     u8 info_place;      ///< of the content's info among the SEQUENCE members of the body
     bool is_encrypted;  ///< the info is an EncryptedContentInfo, whose content is [0] IMPLICIT
 };

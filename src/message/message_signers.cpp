@@ -142,8 +142,9 @@ u32 MessageSigners::carry_certificates() noexcept {
 u32 MessageSigners::add(const MESSAGE_SIGNER &wanted) noexcept {
     PublicKey key;
     SignerScheme scheme;
-    if (wanted.certificate == nullptr || (wanted.key == nullptr) == (wanted.sign == nullptr))
+    if (wanted.certificate == nullptr || (wanted.key == nullptr) == (wanted.sign == nullptr)) {
         return 0x52830048;
+    }
     const Rule rule = read_signer_key(*wanted.certificate, key);
     if (rule != Rule::kNone) return rule == Rule::kNoMemory ? 0x5283003C : 0x52830048;
     CMS_SIGNED_DATA &body = *info_->signedData;

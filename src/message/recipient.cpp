@@ -55,8 +55,9 @@ uint32_t set_PKCS7_P7_RECIPIENT_INFO(P7_RECIPIENT_INFO *recipient, const X509_CE
 
 uint32_t add_PKCS7_P7_RECIPIENT_INFO(P7_CONTENT_INFO *info, P7_RECIPIENT_INFO *recipient) {
     Envelope envelope;
-    if (recipient == nullptr || find_envelope(info, envelope) != 0 || envelope.recipients == nullptr)
+    if (recipient == nullptr || find_envelope(info, envelope) != 0 || envelope.recipients == nullptr) {
         return 1;
+    }
     if (!append_value(*envelope.recipients, recipient)) return 1;
     forget_received(*info);
     return 0;
