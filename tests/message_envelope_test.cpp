@@ -474,8 +474,13 @@ TEST(MessageEnvelope, OthersDoNotOpen) {
         reading.holder = &holder;
         EXPECT_EQ(read_in_pieces(reading, written, 9), 0x52A00047U);
         holder.private_key = signing_key(1);
-        EXPECT_EQ(read_in_pieces(reading, written, 9), 0x52A20012U);
-        EXPECT_TRUE(given.empty());
+        const std::uint32_t status = read_in_pieces(reading, written, 9);
+        if (type == TLX_MESSAGE_ENVELOPED_DATA && status == 0) {
+            EXPECT_NE(given, Octets(100)) << "a random key finds the padding right once in 256 times";
+        } else {
+            EXPECT_EQ(status, 0x52A20012U);
+            EXPECT_TRUE(given.empty());
+        }
     }
 }
 
