@@ -33,12 +33,19 @@ void SignatureOid::encode(Encoder &out, const OBJECT_IDENTIFIER *algorithm, u8 a
     if (scheme == kRsa || scheme == kRsaPkcs1Signature) out.null();
 }
 
-Owned<X509_ALGO_IDENTIFIER> tlx::algorithm_with_null(u32 row) noexcept {
+static Owned<X509_ALGO_IDENTIFIER> with_null(Owned<OBJECT_IDENTIFIER> identifier) noexcept {
     Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
-    if (!algorithm) return nullptr;
-    algorithm->algorithm = oid_of_row(static_cast<i32>(row)).release();
-    const bool made = algorithm->algorithm != nullptr && set_X509_ALGO_IDENTIFIER_null(algorithm.get()) == 0;
-    return made ? std::move(algorithm) : nullptr;
+    if (!algorithm || !identifier) return nullptr;
+    algorithm->algorithm = identifier.release();
+    return set_X509_ALGO_IDENTIFIER_null(algorithm.get()) == 0 ? std::move(algorithm) : nullptr;
+}
+
+Owned<X509_ALGO_IDENTIFIER> tlx::algorithm_with_null(u32 row) noexcept {
+    return with_null(oid_of_row(static_cast<i32>(row)));
+}
+
+Owned<X509_ALGO_IDENTIFIER> tlx::algorithm_with_null(const char *dotted) noexcept {
+    return with_null(Owned<OBJECT_IDENTIFIER>(text_to_OBJECT_IDENTIFIER(dotted)));
 }
 
 TLX_DEFINE_RECORD(X509_ALGO_IDENTIFIER, kAlgorithm)

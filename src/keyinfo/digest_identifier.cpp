@@ -46,11 +46,7 @@ bool is_known_digest(u32 digest_id) noexcept {
 
 Owned<X509_ALGO_IDENTIFIER> digest_algorithm(u32 digest_id) noexcept {
     const auto *const found = std::ranges::find(kDigests, digest_id, &KnownDigest::digest_id);
-    Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
-    if (found == std::end(kDigests) || !algorithm) return nullptr;
-    algorithm->algorithm = text_to_OBJECT_IDENTIFIER(found->dotted);
-    const bool made = algorithm->algorithm != nullptr && set_X509_ALGO_IDENTIFIER_null(algorithm.get()) == 0;
-    return made ? std::move(algorithm) : nullptr;
+    return found == std::end(kDigests) ? nullptr : algorithm_with_null(found->dotted);
 }
 
 }  // namespace tlx

@@ -23,6 +23,8 @@ using AlgorithmSetMember = PassingList<AlgorithmSet, codes::X509_ALGO_IDENTIFIER
 /// An algorithm of the registry with NULL parameters; null for a row without an identifier and when memory
 /// runs out.
 [[nodiscard]] Owned<X509_ALGO_IDENTIFIER> algorithm_with_null(u32 row) noexcept;
+/// The same of an identifier as text.
+[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> algorithm_with_null(const char *dotted) noexcept;
 
 /// An AlgorithmIdentifier whose members lie in the record around it.
 template <typename R>

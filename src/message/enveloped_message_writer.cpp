@@ -35,12 +35,7 @@ const NamedDigest *find_digest(std::string_view name) noexcept {
 Owned<X509_ALGO_IDENTIFIER> code_identifier(u32 digest_id) noexcept {
     const auto codes = prfs();
     const auto code = std::ranges::find(codes, digest_id, &Prf::digest_id);
-    Owned<X509_ALGO_IDENTIFIER> identifier(new_X509_ALGO_IDENTIFIER());
-    if (!identifier) return nullptr;
-    identifier->algorithm = text_to_OBJECT_IDENTIFIER(code->dotted.data());
-    const bool made =
-        identifier->algorithm != nullptr && set_X509_ALGO_IDENTIFIER_null(identifier.get()) == 0;
-    return made ? std::move(identifier) : nullptr;
+    return algorithm_with_null(code->dotted.data());
 }
 
 }  // namespace
