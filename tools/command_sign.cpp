@@ -7,8 +7,9 @@
 #include "commands.hpp"
 #include "envelope.hpp"
 #include "key_file.hpp"
-#include "message.hpp"
+#include "message_pieces.hpp"
 #include "output.hpp"
+#include "public_part.hpp"
 #include "status.hpp"
 #include "token.hpp"
 
@@ -18,75 +19,12 @@ namespace {
 
 using SignedWriter = Owned<SIGNED_MESSAGE_WRITER, free_SIGNED_MESSAGE_WRITER>;
 
-constexpr Choice kDigests[] = {{"sha256", TLX_OID_SHA256}, {"sha384", TLX_OID_SHA384},
-                               {"sha512", TLX_OID_SHA512}, {"sha224", TLX_OID_SHA224},
-                               {"sha1", TLX_OID_SHA1},     {"has160", TLX_OID_HAS160}};
+constexpr Choice kDigests[] = {
+    {"sha256", TLX_DIGEST_SHA256},     {"sha384", TLX_DIGEST_SHA384},     {"sha512", TLX_DIGEST_SHA512},
+    {"sha224", TLX_DIGEST_SHA224},     {"sha3-256", TLX_DIGEST_SHA3_256}, {"sha3-384", TLX_DIGEST_SHA3_384},
+    {"sha3-512", TLX_DIGEST_SHA3_512}, {"sha1", TLX_DIGEST_SHA1},         {"has160", TLX_DIGEST_HAS160}};
 
-constexpr Choice kSchemes[] = {{"pkcs1", TLX_P7_RSA_PKCS1}, {"pss", TLX_P7_RSA_PSS}};
-
-const BIGINT *modulus_of(const ASYMMETRIC_KEY *key) {
-    return get_RSA_UNIT_number(static_cast<const RSA_UNIT *>(key->key), TLX_RSA_N);
-}
-
-/// Whether a private key of KCDSA gives the public key y.
-bool gives_public_key(const ASYMMETRIC_KEY *key, const BIGINT *y) {
-    const auto unit = made<Owned<KCDSA, free_KCDSA>>(dup_KCDSA(static_cast<const KCDSA *>(key->key)));
-    return compute_KCDSA_public(unit.get()) == 0 &&
-           cmp_BIGINT(get_KCDSA_number(unit.get(), TLX_KCDSA_Y), y) == 0;
-}
-
-/// Whether the public key of a private one on a curve is that of a certificate.
-bool gives_public_key(const ASYMMETRIC_KEY *key, const X509_PUBKEY *certified) {
-    const auto given = made<PublicKey>(new_X509_PUBKEY());
-    return set_X509_PUBKEY_key(given.get(), key) == 0 && cmp_X509_PUBKEY(given.get(), certified) == 0;
-}
-
-/// Whether a private key is that of a certificate.
-bool belongs_to(const ASYMMETRIC_KEY *key, const X509_CERT *cert) {
-    const bool is_on_curve = key->kind != TLX_KEY_RSA && key->kind != TLX_KEY_KCDSA;
-    if (is_on_curve) return gives_public_key(key, get_X509_SPKI(cert));
-    const ASYMMETRIC_KEY *certified = get_X509_PUBKEY_key(get_X509_SPKI(cert));
-    if (certified == nullptr || certified->kind != key->kind) return false;
-    if (key->kind == TLX_KEY_RSA) return cmp_BIGINT(modulus_of(key), modulus_of(certified)) == 0;
-    return gives_public_key(key, get_KCDSA_number(static_cast<const KCDSA *>(certified->key), TLX_KCDSA_Y));
-}
-
-/// The registry row of the digest that is asked for, or of the default.
-uint32_t digest_row(const SignOptions &options) {
-    if (options.digest.empty()) return TLX_OID_SHA256;
-    return value_of(kDigests, options.digest);
-}
-
-void expect_key(const std::string &path, const ASYMMETRIC_KEY *key, const LoadedCertificate &signer) {
-    if (!belongs_to(key, signer.cert.get())) throw Failure(path + ": is not the key of " + signer.source);
-}
-
-}  // namespace
-
-void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert) {
-    const X509_CERTIFICATES *certificates = message->content.signedData->certificates;
-    if (get_X509_CERTS_index_by_X509_CERT(certificates, cert) >= 0) return;
-    must(add_PKCS7_Certificate(message, cert));
-}
-
-void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &tokens) {
-    const auto digest = static_cast<int32_t>(digest_row(options));
-    const uint32_t scheme = value_of(kSchemes, options.scheme);
-    Password password(options.password_file);
-    for (std::size_t i = 0; i < options.certs.size(); ++i) {
-        const LoadedCertificate signer = load_certificate(options.certs[i], tokens);
-        const X509_CERT *cert = signer.cert.get();
-        const Key key = load_private_key(options.keys[i], password, tokens, KeyUse::kSign);
-        expect_key(options.keys[i], key.get(), signer);
-        add_certificate(message, cert);
-        if (add_PKCS7_Signature_withEncryptedAlgorithm(message, cert, key.get(), digest, scheme, nullptr) ==
-            nullptr) {
-            throw Failure(signer.source + ": the certificate cannot name a signer");
-        }
-    }
-}
-
-namespace {
+constexpr Choice kSchemes[] = {{"pkcs1", 0}, {"pss", 1}};
 
 /// The signers of a message with their certificates, which it carries with others.
 class Signers {
@@ -115,16 +53,15 @@ class Signers {
     void add(const SignOptions &options, const std::string &cert, const std::string &key) {
         const LoadedCertificate &signer = loaded_.emplace_back(load_certificate(cert, tokens_));
         keys_.push_back(load_private_key(key, password_, tokens_, KeyUse::kSignMessage));
-        expect_key(key, keys_.back().get(), signer);
+        expect_key_of(signer, key, keys_.back().get());
         carry(signer.cert.get());
         MESSAGE_SIGNER settings = {};
         settings.certificate = signer.cert.get();
         settings.key = keys_.back().get();
-        settings.pss = options.scheme == "pss" && settings.key->kind == TLX_KEY_RSA ? 1 : 0;
-        if (!options.digest.empty()) {
-            const Oid digest(index_to_OBJECT_IDENTIFIER(static_cast<int32_t>(digest_row(options))));
-            settings.digest_id = get_DigestID_from_OID(digest.get());
-        }
+        if (settings.key->kind == TLX_KEY_RSA) settings.pss = value_of(kSchemes, options.scheme);
+        if (!options.digest.empty()) settings.digest_id = value_of(kDigests, options.digest);
+        settings.by_key_identifier = options.key_identifier ? 1 : 0;
+        settings.signing_certificate = options.signing_certificate ? 1 : 0;
         signers_.push_back(settings);
     }
 
@@ -145,11 +82,15 @@ void expect_signed(const Source &content, uint32_t status) {
     constexpr uint32_t kLonger = 0x5283001C;
     constexpr uint32_t kShorter = 0x5284001C;
     constexpr uint32_t kNotOfPkcs7 = 0x52830106;
+    constexpr uint32_t kNoIdentifier = 0x52830047;
     if (status == kLonger || status == kShorter)
         throw Failure(content.name() + ": changed while it was read");
     if (status == kNotOfPkcs7) {
-        throw Failure("PKCS #7 has no signers with keys on curves; --format cms has");
+        throw Failure(
+            "PKCS #7 has no signers with keys on curves, with PSS, with SHA-3 and by key identifier; "
+            "--format cms has");
     }
+    if (status == kNoIdentifier) throw Failure("a signer's certificate has no key identifier");
     if (status != 0) throw Failure("the content cannot be signed: " + exact_status_sentence(status));
 }
 

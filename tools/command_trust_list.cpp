@@ -6,8 +6,10 @@
 #include "commands.hpp"
 #include "describe.hpp"
 #include "describe_message.hpp"
+#include "key_file.hpp"
 #include "message.hpp"
 #include "output.hpp"
+#include "public_part.hpp"
 #include "record.hpp"
 #include "status.hpp"
 #include "terminal.hpp"
@@ -198,6 +200,29 @@ TrustList start_list(const TrustListOptions &options) {
     list->trustedSubjects =
         made<Owned<TRUSTED_SUBJECTS, free_TRUSTED_SUBJECTS>>(new_TRUSTED_SUBJECTS()).release();
     return list;
+}
+
+/// Adds a certificate to those of signed data unless it is there.
+void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert) {
+    const X509_CERTIFICATES *certificates = message->content.signedData->certificates;
+    if (get_X509_CERTS_index_by_X509_CERT(certificates, cert) >= 0) return;
+    must(add_PKCS7_Certificate(message, cert));
+}
+
+/// Adds signers with their certificates. The tokens outlive the message.
+void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &tokens) {
+    Password password(options.password_file);
+    for (std::size_t i = 0; i < options.certs.size(); ++i) {
+        const LoadedCertificate signer = load_certificate(options.certs[i], tokens);
+        const X509_CERT *cert = signer.cert.get();
+        const Key key = load_private_key(options.keys[i], password, tokens, KeyUse::kSign);
+        expect_key_of(signer, options.keys[i], key.get());
+        add_certificate(message, cert);
+        if (add_PKCS7_Signature_withEncryptedAlgorithm(message, cert, key.get(), TLX_OID_SHA256,
+                                                       TLX_P7_RSA_PKCS1, nullptr) == nullptr) {
+            throw Failure(signer.source + ": the certificate cannot name a signer");
+        }
+    }
 }
 
 }  // namespace

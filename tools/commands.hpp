@@ -62,6 +62,8 @@ struct SignOptions {
     std::string content;
     std::string output = "-";
     bool detached = false;
+    bool key_identifier = false;       ///< names signers by it
+    bool signing_certificate = false;  ///< is signed as well
     bool der = false;
     bool json = false;
 };

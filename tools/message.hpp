@@ -21,14 +21,6 @@ using Message = Owned<P7_CONTENT_INFO, free_P7_CONTENT_INFO>;
 /// Writes a message as DER, or as PEM under the label of RFC 7468. Throws Failure.
 void write_message(const std::string &path, const P7_CONTENT_INFO *message, bool as_der);
 
-/// Adds a certificate to those of signed data unless it is there.
-void add_certificate(P7_CONTENT_INFO *message, const X509_CERT *cert);
-
-struct SignOptions;
-class Tokens;
-/// Adds signers with their certificates. The tokens outlive the message. Throws Failure.
-void add_signers(P7_CONTENT_INFO *message, const SignOptions &options, Tokens &tokens);
-
 /// The content type of a message, a row of the registry.
 [[nodiscard]] int32_t type_of(const P7_CONTENT_INFO *message);
 

@@ -47,8 +47,12 @@ void add_sign(CLI::App *message, CommandLine &line) {
     add_choice(command, "--digest", options.digest, digest_names(),
                "The digest of the content (default sha256, on larger curves that of their size)");
     add_format(command, options.envelope);
+    command->add_flag("--key-identifier", options.key_identifier,
+                      "Name signers by the key identifiers of their certificates, not by issuer and number");
     add_choice(command, "--scheme", options.scheme, signature_schemes(),
                "How an RSA key signs it (default pkcs1)");
+    command->add_flag("--signing-certificate", options.signing_certificate,
+                      "Also sign which certificate the signer has (RFC 5035)");
     add_password_file(command, options.password_file);
     add_pin_file(command, options.pin_file);
     add_recipients(command, options.envelope);

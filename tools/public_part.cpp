@@ -57,6 +57,33 @@ void set_ec(X509_PUBKEY *key, Octets octets) {
     }
 }
 
+const BIGINT *modulus_of(const ASYMMETRIC_KEY *key) {
+    return get_RSA_UNIT_number(static_cast<const RSA_UNIT *>(key->key), TLX_RSA_N);
+}
+
+/// Whether a private key of KCDSA gives the public key y.
+bool gives_public_key(const ASYMMETRIC_KEY *key, const BIGINT *y) {
+    const auto unit = made<Owned<KCDSA, free_KCDSA>>(dup_KCDSA(static_cast<const KCDSA *>(key->key)));
+    return compute_KCDSA_public(unit.get()) == 0 &&
+           cmp_BIGINT(get_KCDSA_number(unit.get(), TLX_KCDSA_Y), y) == 0;
+}
+
+/// Whether the public key of a private one on a curve is that of a certificate.
+bool gives_public_key(const ASYMMETRIC_KEY *key, const X509_PUBKEY *certified) {
+    const auto given = made<PublicKey>(new_X509_PUBKEY());
+    return set_X509_PUBKEY_key(given.get(), key) == 0 && cmp_X509_PUBKEY(given.get(), certified) == 0;
+}
+
+/// Whether a private key is that of a certificate.
+bool belongs_to(const ASYMMETRIC_KEY *key, const X509_CERT *cert) {
+    const bool is_on_curve = key->kind != TLX_KEY_RSA && key->kind != TLX_KEY_KCDSA;
+    if (is_on_curve) return gives_public_key(key, get_X509_SPKI(cert));
+    const ASYMMETRIC_KEY *certified = get_X509_PUBKEY_key(get_X509_SPKI(cert));
+    if (certified == nullptr || certified->kind != key->kind) return false;
+    if (key->kind == TLX_KEY_RSA) return cmp_BIGINT(modulus_of(key), modulus_of(certified)) == 0;
+    return gives_public_key(key, get_KCDSA_number(static_cast<const KCDSA *>(certified->key), TLX_KCDSA_Y));
+}
+
 }  // namespace
 
 PublicKey public_part(const P8_PRIV_KEY_INFO *info) {
@@ -80,6 +107,10 @@ bool may_belong_to(const P8_PRIV_KEY_INFO *info, const X509_CERT *cert) {
     const bool is_known = key->subjectPublicKey != nullptr && !octets_of(key->subjectPublicKey).empty();
     if (is_known) return cmp_X509_PUBKEY(key.get(), certified) == 0;
     return dotted_text(key->algorithm) == dotted_text(get_X509_PUBKEY_algorithm(certified));
+}
+
+void expect_key_of(const LoadedCertificate &owner, const std::string &path, const ASYMMETRIC_KEY *key) {
+    if (!belongs_to(key, owner.cert.get())) throw Failure(path + ": is not the key of " + owner.source);
 }
 
 }  // namespace tool

@@ -1,7 +1,7 @@
 // Public keys of private ones.
 #pragma once
 
-#include "owned.hpp"
+#include "input.hpp"
 
 namespace tool {
 
@@ -11,5 +11,8 @@ namespace tool {
 
 /// Whether a private key is that of a certificate, as far as its public part says.
 [[nodiscard]] bool may_belong_to(const P8_PRIV_KEY_INFO *info, const X509_CERT *cert);
+
+/// Throws Failure unless the private key of a file is that of a certificate.
+void expect_key_of(const LoadedCertificate &owner, const std::string &path, const ASYMMETRIC_KEY *key);
 
 }  // namespace tool
