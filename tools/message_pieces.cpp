@@ -102,19 +102,23 @@ void MessageOutline::take(Octets octets) {
     if (status != 0) throw Failure(source_ + ": cannot be decoded: " + status_sentence(status));
 }
 
-Json MessageOutline::describe() const {
+MessageOutline::Written MessageOutline::write() const {
     uint8_t *octets = nullptr;
     uint32_t size = 0;
     uint64_t content_size = 0;
     const uint32_t status = write_MESSAGE_OUTLINE(outline_.get(), &octets, &size, &content_size);
     if (status != 0) throw Failure(source_ + ": cannot be decoded: " + status_sentence(status));
     const Buffer owner(octets, size);
-    const Node node(decodeToDERSequence_n(octets, size));
+    return {made<Node>(decodeToDERSequence_n(octets, size)), content_size};
+}
+
+Json MessageOutline::describe() const {
+    const Written written = write();
     Json json = {{"source", source_}};
     if (!output_.empty()) json["output"] = output_;
-    json.update(describe_node(source_, node.get()));
+    json.update(describe_node(source_, written.node.get()));
     const char *place = json.contains("encrypted_content") ? "encrypted_content" : "content";
-    if (content_size != UINT64_MAX) json[place]["octets"] = content_size;
+    if (written.content_size != UINT64_MAX) json[place]["octets"] = written.content_size;
     return json;
 }
 

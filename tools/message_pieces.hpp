@@ -30,11 +30,19 @@ class MessageOutline {
   public:
     explicit MessageOutline(std::string source, std::string output = "");
 
-    /// Both throw Failure.
+    /// All throw Failure.
     void take(Octets octets);
     [[nodiscard]] Json describe() const;
+    /// The message without its content.
+    [[nodiscard]] Node node() const { return write().node; }
 
   private:
+    struct Written {
+        Node node;
+        uint64_t content_size;  ///< UINT64_MAX for a message without content
+    };
+    [[nodiscard]] Written write() const;
+
     std::string source_;
     std::string output_;
     Owned<MESSAGE_OUTLINE, free_MESSAGE_OUTLINE> outline_;

@@ -6,6 +6,7 @@
 #include "block_kind.hpp"
 #include "describe.hpp"
 #include "failure.hpp"
+#include "message_pieces.hpp"
 #include "record.hpp"
 #include "status.hpp"
 
@@ -60,7 +61,12 @@ CmsMessage signed_message_of(const Input &input) {
 }
 
 CmsMessage read_signed_message(const std::string &path) {
-    return signed_message_of(Input(path));
+    Waiting waiting("Reading");
+    Source source(path);
+    MessageOutline outline(source.name());
+    if (type_of(source) != TLX_MESSAGE_SIGNED_DATA) throw Failure(source.name() + ": is no signed message");
+    read_message_pieces(source, waiting, [&outline](Octets octets) { outline.take(octets); });
+    return CmsMessage(decode_record(source.name(), outline.node().get(), Seq_to_CMS_CONTENT_INFO));
 }
 
 CMS_SIGNER_INFO *signer_of(const CMS_CONTENT_INFO *message, uint32_t number, const std::string &path) {

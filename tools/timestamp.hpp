@@ -30,7 +30,7 @@ using CmsMessage = Owned<CMS_CONTENT_INFO, free_CMS_CONTENT_INFO>;
 
 /// The signed message of a file. Throws Failure.
 [[nodiscard]] CmsMessage signed_message_of(const Input &input);
-/// The same.
+/// The same of any size, without its content.
 [[nodiscard]] CmsMessage read_signed_message(const std::string &path);
 /// A signer of it, from 1 on; 0 for the only one. Throws Failure.
 [[nodiscard]] CMS_SIGNER_INFO *signer_of(const CMS_CONTENT_INFO *message, uint32_t number,
