@@ -337,6 +337,13 @@ Octets repeated(const std::string &text, std::size_t size, const Octets &before 
     return all;
 }
 
+Octets joined(const std::vector<Octets> &parts) {
+    Octets all;
+    for (const Octets &part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
 /// The most octets that are allocated while a message is read whose members before and after the content are
 /// given, with as much content as is held back.
 std::uint64_t peak_of(const Octets &recipients, const Octets &after) {
@@ -381,12 +388,13 @@ TEST(MessageEnvelope, MembersTakeLittleMemory) {
     // A key that does not open, so that the content is decrypted under a random one.
     const Octets kek = message_of(
         "A2{02:04 30{04:00} 30{06:608648016503040105} 04:000102030405060708090A0B0C0D0E0F1011121314151617}");
-    Octets agreement = message_of("02:03 A0{30{30{} 02:01}} 30{06:2A03}");
-    const Octets keys = element(0x30, repeated("30{30{30{} 02:01} 04:}", kRecipient));
-    agreement.insert(agreement.end(), keys.begin(), keys.end());
-    Octets recipients = kek;
-    for (const Octets &recipient : {element(0xA1, agreement), element(0xA4, Octets(kHeld - 2 * kRecipient))})
-        recipients.insert(recipients.end(), recipient.begin(), recipient.end());
+    // Long names before the keys of an agreement and in each of these.
+    const Octets name = element(0x30, repeated("31{30{06:2A 05:}}", kRecipient / 2));
+    const Octets issuer = element(0x30, joined({name, message_of("02:01")}));
+    const Octets key = element(0x30, joined({issuer, message_of("04:")}));
+    const Octets agreement = joined({message_of("02:03"), element(0xA0, issuer), message_of("30{06:2A03}"),
+                                     element(0x30, joined(std::vector(25, key)))});
+    const Octets recipients = joined({kek, element(0xA1, agreement), element(0xA4, Octets(2 * kRecipient))});
     EXPECT_LT(peak_of(recipients, {}), kMost);
     const std::string other =
         "A2{02:04 30{04:" + std::string(300, '0') + "} 30{06:608648016503040105} 04:00}";

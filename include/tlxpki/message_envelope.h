@@ -57,7 +57,8 @@ typedef struct ENVELOPED_MESSAGE_READER_SETTINGS {
                                      the ContentInfo that such content lacks, with indefinite lengths: for
                                      signed data, what a SIGNED_MESSAGE_READER takes */
     const CMS_KEY_HOLDER *holder; /**< whose recipient is sought among those of at most 32768 octets, whose
-                                     derivations from a password share one bound; may be null */
+                                     derivations from a password share one bound; may be null. A key agreement
+                                     may have any number of keys: it counts with one of them at a time */
     const uint8_t *key;           /**< key_len octets: the key that content is encrypted or authenticated
                                      with, in place of one for a recipient; may be null */
     uint32_t key_len;
@@ -80,9 +81,10 @@ TLXPKI_API void free_ENVELOPED_MESSAGE_READER(ENVELOPED_MESSAGE_READER *reader);
  * than 64 elements, and for octets after the message; 0x52A00048 for a content type that this reader is not
  * for and an element that is missing or does not belong at its place; 0x52A00012 for signed-and-enveloped
  * data; 0x52A0001C when more than held_limit octets are not content; 0x52A00104 for an algorithm that is
- * unknown or does not fit the content type, and when it or a member before the content cannot be decoded;
- * 0x52A00114 for a cipher in CCM mode, which keeps the content encrypted; 0x52A0002B without a key
- * and without a holder where one is needed; 0x52A00047 when the holder is no recipient; 0x52A00028 for a key
+ * unknown or does not fit the content type, when it or a member before the content cannot be decoded, and
+ * when the holder is none of the recipients that can be decoded, but some cannot; 0x52A00114 for a cipher in
+ * CCM mode, which keeps the content encrypted; 0x52A0002B without a key and without a holder where one is
+ * needed; 0x52A00047 when the holder is no recipient; 0x52A00028 for a key
  * whose length is not that of the cipher's; a status of open_CMS_RECIPIENT_INFO() other than 0x52B10047 and
  * 0x52B10012, when no recipient opens; 0x52A0003C when memory runs out, and for
  * more content than the cipher takes; 0x52A10047 when the content is longer than held_back_limit and an

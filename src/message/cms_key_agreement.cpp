@@ -6,8 +6,7 @@
 #include <algorithm>
 
 #include "der/list_items.hpp"
-#include "message/agreement_key.hpp"
-#include "message/cms_key_wrap.hpp"
+#include "message/agreed_keys.hpp"
 
 using namespace tlx;
 
@@ -63,18 +62,6 @@ const Scheme *choose_scheme(const CMS_RECIPIENT_SETTINGS &settings, const KeyCur
     return usable(std::ranges::find_if(kSchemes, fits), curve);
 }
 
-/// A key encryption key, wiped at the end.
-struct WrappingKey {
-    u8 octets[TLX_CIPHER_MAX_KEY_LENGTH];
-    u32 len = 0;
-
-    WrappingKey() noexcept = default;
-    ~WrappingKey() { tlx_wipe(octets, sizeof octets); }
-    WrappingKey(const WrappingKey &) = delete;
-    WrappingKey &operator=(const WrappingKey &) = delete;
-    [[nodiscard]] Bytes bytes() const noexcept { return {octets, len}; }
-};
-
 // ECC-CMS-SharedInfo ::= SEQUENCE {
 //     keyInfo AlgorithmIdentifier, entityUInfo [0] EXPLICIT OCTET STRING OPTIONAL,
 //     suppPubInfo [2] EXPLICIT OCTET STRING }
@@ -112,26 +99,12 @@ bool names(const CMS_KEY_AGREE_IDENTIFIER *identifier, const X509_CERT *cert) no
                : is_named(cert, identifier->value.issuerAndSerialNumber);
 }
 
-/// Unwraps the first key for a certificate; without one, the first that unwraps. 0x52B10047 when there is
-/// none.
-u32 unwrap_own(const CMS_RECIPIENT_ENCRYPTED_KEYS *keys, const X509_CERT *cert, const KeyWrap &wrap,
-               const WrappingKey &wrapping, OpenedKey &key) noexcept {
-    u32 status = 0x52B10047;
-    for (u32 i = 0; i < get_STACK_count(keys); ++i) {
-        const auto *own = item_at<CMS_RECIPIENT_ENCRYPTED_KEY>(keys, static_cast<i32>(i));
-        if (own == nullptr || !names(own->rid, cert)) continue;
-        status = unwrap_key(wrap, wrapping.bytes(), octets_of(own->encryptedKey), key);
-        if (status == 0 || cert != nullptr) break;
-    }
-    return status;
-}
-
-bool has_key_for(const CMS_RECIPIENT_ENCRYPTED_KEYS *keys, const X509_CERT *cert) noexcept {
-    for (u32 i = 0; i < get_STACK_count(keys); ++i) {
-        const auto *own = item_at<CMS_RECIPIENT_ENCRYPTED_KEY>(keys, static_cast<i32>(i));
-        if (own != nullptr && names(own->rid, cert)) return true;
-    }
-    return false;
+/// 0 when the holder's key is of a kind that may open the recipient.
+u32 check_kind(const CMS_KEY_AGREE_RECIPIENT &recipient, const KeyCurve *curve) noexcept {
+    const CMS_ORIGINATOR *originator = recipient.originator;
+    if (originator == nullptr || originator->value.any == nullptr) return 0x52B10049;
+    if (recipient.keyEncryptionAlgorithm == nullptr) return 0x52B10049;
+    return curve != nullptr && originator->type == TLX_CMS_BY_ORIGINATOR_KEY ? 0 : 0x52B10047;
 }
 
 /// The originator's key is none of the holder's curve. Only a certificate says that it should be.
@@ -208,33 +181,59 @@ u32 prepare(const CMS_RECIPIENT_SETTINGS &settings, const Scheme &scheme, const 
 
 }  // namespace
 
-u32 tlx::open_key_agreement(const CMS_KEY_AGREE_RECIPIENT &recipient, const CMS_KEY_HOLDER &holder,
-                            OpenedKey &key) noexcept {
-    const CMS_ORIGINATOR *originator = recipient.originator;
-    const X509_ALGO_IDENTIFIER *algorithm = recipient.keyEncryptionAlgorithm;
-    if (originator == nullptr || originator->value.any == nullptr || algorithm == nullptr) return 0x52B10049;
-    const KeyCurve *curve = find_private_curve(holder.private_key);
-    if (curve == nullptr || originator->type != TLX_CMS_BY_ORIGINATOR_KEY) return 0x52B10047;
-    if (!has_key_for(recipient.recipientEncryptedKeys, holder.certificate)) return 0x52B10047;
-    const CMS_ORIGINATOR_KEY &peer = *originator->value.originatorKey;
+AgreedKeys::AgreedKeys(const CMS_KEY_AGREE_RECIPIENT &recipient, const CMS_KEY_HOLDER &holder,
+                       OpenedKey &key) noexcept
+    : recipient_(recipient),
+      holder_(holder),
+      key_(key),
+      curve_(find_private_curve(holder.private_key)),
+      status_(check_kind(recipient, curve_)),
+      is_over_(status_ != 0) {
+    if (!is_over_) status_ = 0x52B10047;
+}
+
+bool AgreedKeys::try_next(const CMS_RECIPIENT_ENCRYPTED_KEY &own) noexcept {
+    if (is_over_ || !names(own.rid, holder_.certificate)) return !is_over_;
+    status_ = wrap_ != nullptr ? 0 : agree_on_key();
+    is_over_ = status_ != 0;
+    if (is_over_) return false;
+    status_ = unwrap_key(*wrap_, wrapping_.bytes(), octets_of(own.encryptedKey), key_);
+    is_over_ = status_ == 0 || holder_.certificate != nullptr;
+    return !is_over_;
+}
+
+u32 AgreedKeys::agree_on_key() noexcept {
+    const CMS_ORIGINATOR_KEY &peer = *recipient_.originator->value.originatorKey;
+    const X509_ALGO_IDENTIFIER &algorithm = *recipient_.keyEncryptionAlgorithm;
     if (peer.algorithm == nullptr || peer.publicKey == nullptr) return 0x52B10049;
-    if (!is_of_curve(*peer.algorithm, *curve)) return not_of_curve(holder);
+    if (!is_of_curve(*peer.algorithm, *curve_)) return not_of_curve(holder_);
 
     X509_ALGO_IDENTIFIER *parameters = nullptr;
-    static_cast<void>(Seq_to_X509_ALGO_IDENTIFIER(algorithm->parameters, &parameters));
+    static_cast<void>(Seq_to_X509_ALGO_IDENTIFIER(algorithm.parameters, &parameters));
     const Owned<X509_ALGO_IDENTIFIER> wrapping(parameters);
-    const Scheme *scheme = read_scheme(*algorithm, *curve);
+    const Scheme *scheme = read_scheme(algorithm, *curve_);
     const KeyWrap *wrap = read_key_wrap(parameters);
     if (scheme == nullptr || wrap == nullptr) return 0x52B10048;
     AgreedSecret secret;
-    const AgreementOutcome outcome = agree(*holder.private_key, *curve, peer.publicKey, secret);
-    if (outcome == AgreementOutcome::bad_key) return not_of_curve(holder);
-    WrappingKey kek;
-    kek.len = wrap->key_length();
-    if (outcome != AgreementOutcome::done || !derive(*scheme, secret, *wrapping, recipient.ukm, kek)) {
+    const AgreementOutcome outcome = agree(*holder_.private_key, *curve_, peer.publicKey, secret);
+    if (outcome == AgreementOutcome::bad_key) return not_of_curve(holder_);
+    wrapping_.len = wrap->key_length();
+    if (outcome != AgreementOutcome::done || !derive(*scheme, secret, *wrapping, recipient_.ukm, wrapping_)) {
         return 0x52B1003C;
     }
-    return unwrap_own(recipient.recipientEncryptedKeys, holder.certificate, *wrap, kek, key);
+    wrap_ = wrap;
+    return 0;
+}
+
+u32 tlx::open_key_agreement(const CMS_KEY_AGREE_RECIPIENT &recipient, const CMS_KEY_HOLDER &holder,
+                            OpenedKey &key) noexcept {
+    AgreedKeys agreed(recipient, holder, key);
+    for (u32 i = 0; i < get_STACK_count(recipient.recipientEncryptedKeys); ++i) {
+        const auto *own =
+            item_at<CMS_RECIPIENT_ENCRYPTED_KEY>(recipient.recipientEncryptedKeys, static_cast<i32>(i));
+        if (own != nullptr && !agreed.try_next(*own)) break;
+    }
+    return agreed.status();
 }
 
 u32 tlx::make_key_agreement(const CMS_RECIPIENT_SETTINGS &settings, Bytes key,

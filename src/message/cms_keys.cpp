@@ -81,7 +81,7 @@ u32 tlx::open_recipient(const CMS_RECIPIENT_INFO &recipient, const CMS_KEY_HOLDE
             break;
     }
     if (status != 0) return status;
-    return expected_len == 0 || key.len == expected_len ? 0 : 0x52B10012;
+    return key.is_of_length(expected_len) ? 0 : 0x52B10012;
 }
 
 uint32_t open_CMS_RECIPIENT_INFO(const CMS_RECIPIENT_INFO *recipient, const CMS_KEY_HOLDER *holder,

@@ -19,6 +19,10 @@ struct OpenedKey {
     ~OpenedKey() { tlx_wipe(octets, sizeof octets); }
     OpenedKey(const OpenedKey &) = delete;
     OpenedKey &operator=(const OpenedKey &) = delete;
+    /// Whether the key is as long as it has to be; 0 when any length will do.
+    [[nodiscard]] bool is_of_length(u32 expected_len) const noexcept {
+        return expected_len == 0 || len == expected_len;
+    }
 };
 
 /// open_CMS_RECIPIENT_INFO() for a reader of all recipients of a message, whose derivations share a budget.
