@@ -135,7 +135,8 @@ TEST(MessageEnvelopePeer, TheyReadOurs) {
            "-decrypt -inkey key -recip cert"},
           {TLX_MESSAGE_ENCRYPTED_DATA, "aes-128-cbc", TLX_MESSAGE_INDEFINITE,
            "-EncryptedData_decrypt" + kSecret},
-          {TLX_MESSAGE_DIGESTED_DATA, "sha512", TLX_MESSAGE_INDEFINITE, "-digest_verify"}}) {
+          {TLX_MESSAGE_DIGESTED_DATA, "sha512", TLX_MESSAGE_INDEFINITE, "-digest_verify"},
+          {TLX_MESSAGE_DIGESTED_DATA, "sha256", TLX_MESSAGE_DETACHED, "-digest_verify -content content"}}) {
         Octets written;
         ENVELOPED_MESSAGE_WRITER_SETTINGS settings = writing(ours.type, ours.algorithm, written);
         settings.form = ours.form;

@@ -177,7 +177,8 @@ std::string write(const Row &row) {
     reading.holder = person.holder();
     reading.key = settings.key;
     reading.key_len = settings.key_len;
-    const std::uint32_t read = read_in_pieces(reading, written, 999);
+    const bool detached = settings.form == TLX_MESSAGE_DETACHED;
+    const std::uint32_t read = read_in_pieces(reading, written, 999, detached ? &content : nullptr);
     EXPECT_EQ(given, content);
     const Octets segment = {4, 0x83, 1, 0, 0};
     std::size_t segments = 0;
@@ -415,8 +416,14 @@ TEST(MessageEnvelope, WritingRefusesArguments) {
         settings.type = type;
         EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
     }
-    settings.type = TLX_MESSAGE_DIGESTED_DATA;
     settings.form = TLX_MESSAGE_DETACHED;
+    for (const std::uint32_t type :
+         {TLX_MESSAGE_ENVELOPED_DATA, TLX_MESSAGE_ENCRYPTED_DATA, TLX_MESSAGE_AUTH_ENVELOPED_DATA}) {
+        settings.type = type;
+        EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
+    }
+    settings.type = TLX_MESSAGE_DIGESTED_DATA;
+    settings.form = TLX_MESSAGE_DETACHED + 1;
     EXPECT_EQ(new_ENVELOPED_MESSAGE_WRITER(&settings), nullptr);
     settings.form = TLX_MESSAGE_DER;
     settings.size = std::uint64_t{1} << 62;

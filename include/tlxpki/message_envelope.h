@@ -153,7 +153,8 @@ typedef struct ENVELOPED_MESSAGE_WRITER_SETTINGS {
     void *context;         /**< handed to the output */
     uint32_t type;         /**< TLX_MESSAGE_ENVELOPED_DATA, _ENCRYPTED_DATA, _AUTH_ENVELOPED_DATA,
                               _AUTHENTICATED_DATA or _DIGESTED_DATA */
-    uint32_t form;         /**< TLX_MESSAGE_INDEFINITE or TLX_MESSAGE_DER */
+    uint32_t form;         /**< TLX_MESSAGE_INDEFINITE or TLX_MESSAGE_DER; TLX_MESSAGE_DETACHED as well for
+                              digested and authenticated data */
     uint64_t size;         /**< octets of the content for TLX_MESSAGE_DER, otherwise ignored */
     const char *algorithm; /**< a name of get_MESSAGE_cipher_name(): GCM for authenticated-and-enveloped data,
                               another cipher for enveloped and encrypted data; "sha256", "sha384", "sha512" or

@@ -38,6 +38,21 @@ Owned<X509_ALGO_IDENTIFIER> code_identifier(u32 digest_id) noexcept {
     return algorithm_with_null(code->dotted.data());
 }
 
+/// Without its content, only a message that does not encrypt it.
+bool is_written(u32 type, u32 form) noexcept {
+    switch (type) {
+        case TLX_MESSAGE_ENVELOPED_DATA:
+        case TLX_MESSAGE_ENCRYPTED_DATA:
+        case TLX_MESSAGE_AUTH_ENVELOPED_DATA:
+            return form <= TLX_MESSAGE_DER;
+        case TLX_MESSAGE_DIGESTED_DATA:
+        case TLX_MESSAGE_AUTHENTICATED_DATA:
+            return form <= TLX_MESSAGE_DETACHED;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 struct ENVELOPED_MESSAGE_WRITER {
@@ -65,6 +80,7 @@ struct ENVELOPED_MESSAGE_WRITER {
     [[nodiscard]] bool finish_code() noexcept;
     [[nodiscard]] u32 end_message() noexcept;
     [[nodiscard]] bool is_der() const noexcept { return settings_.form == TLX_MESSAGE_DER; }
+    [[nodiscard]] bool is_detached() const noexcept { return settings_.form == TLX_MESSAGE_DETACHED; }
     [[nodiscard]] bool is_digested() const noexcept { return layout_.kind == MessageKind::digested_data; }
 
     ENVELOPED_MESSAGE_WRITER_SETTINGS settings_;
@@ -170,6 +186,7 @@ bool ENVELOPED_MESSAGE_WRITER::encode() noexcept {
 
 u32 ENVELOPED_MESSAGE_WRITER::begin_message() noexcept {
     if (cipher_.authenticates() && !add_attributes()) return 0x52A3003C;
+    if (is_detached()) return 0;
     if (!is_der()) {
         if (!segments_.start()) return 0x52A3003C;
         frame_.begin_indefinite(out_);
@@ -207,7 +224,7 @@ u32 ENVELOPED_MESSAGE_WRITER::take(Bytes octets) noexcept {
 u32 ENVELOPED_MESSAGE_WRITER::write(Bytes octets) noexcept {
     if (is_der()) {
         out_.raw(octets);
-    } else {
+    } else if (!is_detached()) {
         segments_.update(out_, octets);
     }
     return out_.status();
@@ -251,7 +268,9 @@ bool ENVELOPED_MESSAGE_WRITER::finish_code() noexcept {
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::end_message() noexcept {
-    if (is_der()) {
+    if (is_detached()) {
+        out_.raw(encoded_->bytes());
+    } else if (is_der()) {
         frame_.end_der(out_);
     } else {
         segments_.finish(out_);
@@ -263,17 +282,8 @@ u32 ENVELOPED_MESSAGE_WRITER::end_message() noexcept {
 ENVELOPED_MESSAGE_WRITER *new_ENVELOPED_MESSAGE_WRITER(const ENVELOPED_MESSAGE_WRITER_SETTINGS *settings) {
     constexpr std::uint64_t kMostContent = 0x3FFFFFFFFFFFFFFF;
     if (settings == nullptr || settings->output == nullptr || settings->algorithm == nullptr) return nullptr;
-    if (settings->form > TLX_MESSAGE_DER || settings->size > kMostContent) return nullptr;
-    switch (settings->type) {
-        case TLX_MESSAGE_ENVELOPED_DATA:
-        case TLX_MESSAGE_DIGESTED_DATA:
-        case TLX_MESSAGE_ENCRYPTED_DATA:
-        case TLX_MESSAGE_AUTHENTICATED_DATA:
-        case TLX_MESSAGE_AUTH_ENVELOPED_DATA:
-            return make_object<ENVELOPED_MESSAGE_WRITER>(*settings).release();
-        default:
-            return nullptr;
-    }
+    if (settings->size > kMostContent || !is_written(settings->type, settings->form)) return nullptr;
+    return make_object<ENVELOPED_MESSAGE_WRITER>(*settings).release();
 }
 
 void free_ENVELOPED_MESSAGE_WRITER(ENVELOPED_MESSAGE_WRITER *writer) {
