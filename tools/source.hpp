@@ -31,7 +31,7 @@ class Source {
     [[nodiscard]] Buffer rest();
 
   private:
-    static constexpr std::size_t kPiece = 64 * 1024;
+    static constexpr std::size_t kPiece = 65536;
 
     [[nodiscard]] std::size_t read(uint8_t *room, std::size_t size);
 
