@@ -75,8 +75,8 @@ uint32_t refusal_of(uint32_t status) {
     }
 }
 
-Failure failure_of(const std::string &source, uint32_t status) {
-    return Failure(source + ": cannot be decrypted: " + exact_status_sentence(status));
+[[noreturn]] void fail(const std::string &source, uint32_t status) {
+    throw Failure(source + ": cannot be decrypted: " + exact_status_sentence(status));
 }
 
 /// Opens signed-and-enveloped data, which is read whole.
@@ -89,7 +89,7 @@ Opened open_whole(const DecryptOptions &options, Source &source, const CMS_KEY_H
         open_PKCS7(message.get(), holder.certificate, holder.private_key, &octets, &length);
     const Buffer content(octets, length);
     if (refusal_of(status) != 0) return {status, 0};
-    if (status != 0) throw failure_of(source.name(), status);
+    if (status != 0) fail(source.name(), status);
     write_octets(options.output, content.octets());
     return {0, length};
 }
@@ -104,7 +104,7 @@ Opened open_in_pieces(const DecryptOptions &options, Source &source, const CMS_K
     const auto reader = made<EnvelopedReader>(new_ENVELOPED_MESSAGE_READER(&settings));
     const auto done = [&](uint32_t status) {
         status = target.checked(source.name(), status);
-        if (status != 0 && refusal_of(status) == 0) throw failure_of(source.name(), status);
+        if (status != 0 && refusal_of(status) == 0) fail(source.name(), status);
         return status;
     };
     uint32_t status = 0;

@@ -21,7 +21,7 @@ Json describe_whole(Source &source) {
 
 /// A short message is read whole, and shown with all of its content in words.
 Json describe(Source &source) {
-    constexpr std::size_t kShort = 1024 * 1024;
+    constexpr std::size_t kShort = 1048576;
     const bool is_short = source.peek(kShort).size() < kShort;
     const uint32_t type = type_of(source);
     if (is_short || type == TLX_MESSAGE_OTHER || type == TLX_MESSAGE_DATA) return describe_whole(source);

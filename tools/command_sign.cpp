@@ -83,8 +83,9 @@ void expect_signed(const Source &content, uint32_t status) {
     constexpr uint32_t kShorter = 0x5284001C;
     constexpr uint32_t kNotOfPkcs7 = 0x52830106;
     constexpr uint32_t kNoIdentifier = 0x52830047;
-    if (status == kLonger || status == kShorter)
+    if (status == kLonger || status == kShorter) {
         throw Failure(content.name() + ": changed while it was read");
+    }
     if (status == kNotOfPkcs7) {
         throw Failure(
             "PKCS #7 has no signers with keys on curves, with PSS, with SHA-3 and by key identifier; "

@@ -14,7 +14,7 @@ namespace {
 using PemReader = Owned<PEM_READER, free_PEM_READER>;
 
 /// The octets of a file that say what it is.
-constexpr std::size_t kHead = 64 * 1024;
+constexpr std::size_t kHead = 65536;
 
 bool is_control(char c) {
     return c >= 0 && c < ' ' && c != '\t' && c != '\r' && c != '\n';
@@ -81,7 +81,7 @@ void read_message_pieces(Source &source, Waiting &waiting, const Take &take) {
 }
 
 std::optional<uint64_t> known_size(Source &source) {
-    constexpr std::size_t kShort = 1024 * 1024;
+    constexpr std::size_t kShort = 1048576;
     (void)source.peek(kShort);
     return source.size();
 }

@@ -40,7 +40,7 @@ FileDigest digest_file(const std::string &path, uint32_t digest_id) {
     std::ifstream file;
     if (path != "-") file.open(file_path(path), std::ios::binary);
     std::istream &in = path == "-" ? std::cin : file;
-    std::vector<char> piece(64 * 1024);
+    std::vector<char> piece(65536);
     while (in) {
         in.read(piece.data(), static_cast<std::streamsize>(piece.size()));
         must(update_Digest(unit.get(), reinterpret_cast<const uint8_t *>(piece.data()),
