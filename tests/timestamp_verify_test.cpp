@@ -33,6 +33,7 @@ const CommandFolder &folder() {
                      "[ca]\ndefault_ca = d\n[d]\ndatabase = index\nnew_certs_dir = .\nserial = serial\n"
                      "default_md = sha256\npolicy = p\n[p]\ncommonName = supplied\n"
                      "[tsa]\nextendedKeyUsage = critical, timeStamping\nsubjectKeyIdentifier = hash\n"
+                     "subjectAltName = DNS:other, DNS:tsa\n"
                      "[twin]\nextendedKeyUsage = critical, timeStamping\n"
                      "[soft]\nextendedKeyUsage = timeStamping\n"
                      "[both]\nextendedKeyUsage = critical, timeStamping, emailProtection\n"
