@@ -177,7 +177,7 @@ bool view_node(const ASN1_UNIT *node, Element &element) noexcept {
     element.indefinite = *node->length == kIndefiniteLength;
     element.length_octets = {node->length, getASN1LengthSize(node->length)};
     element.contents = {node->value, size};
-    element.whole = {};  // the parts of a node do not lie side by side
+    element.whole = {};
     return true;
 }
 

@@ -52,7 +52,8 @@ inline std::string_view text_of(const ASN1_STRING *string) noexcept {
 /// The contents length of a node: what its length octets give, or the distance to its end-of-contents octets.
 /// False for a null or empty node and for a refused length.
 [[nodiscard]] bool read_node_length(const ASN1_UNIT *node, std::size_t &length) noexcept;
-/// A view of a finished node. False for a null or empty node and for one whose length cannot be read.
+/// A view of a finished node, which has no `whole`: the parts of a node do not lie side by side. False for a
+/// null or empty node and for one whose length cannot be read.
 [[nodiscard]] bool view_node(const ASN1_UNIT *node, Element &element) noexcept;
 /// The same for a decoder of children: a node that is not started has none.
 [[nodiscard]] bool view_container(const ASN1_UNIT *node, Element &element) noexcept;
