@@ -194,7 +194,8 @@ std::string run(const Row &row) {
          }},
         {"seal",  // a cipher by its place, and octets of content
          [&](N n) {
-             const char *name = n[0] == 99 ? "aes-128-cfb1" : get_PKCS7_cipher_name(n[0]);
+             const char *others[] = {"aes-256-gcm", "aes-128-cfb1"};
+             const char *name = n[0] >= 98 ? others[n[0] - 98] : get_PKCS7_cipher_name(n[0]);
              return seal_PKCS7(info(), name, work.next(n[1]), n[1]);
          }},
         {"init-seal", [&](N n) { return init_PKCS7_Seal(info(), "seed-cbc", n[0]); }},
@@ -217,12 +218,15 @@ std::string run(const Row &row) {
              work.flipped = true;
              return 0U;
          }},
-        {"parameters",  // of the content's algorithm: none, an IV of 15 octets, a SEQUENCE
+        {"parameters",  // of the content's algorithm: none, an IV of 15 octets, a SEQUENCE, all of AES in GCM
          [&](N n) {
              X509_ALGO_IDENTIFIER *algorithm =
                  info()->content.envelopedData->encryptedContentInfo->contentEncryptionAlgorithm;
              const char *const values[] = {"", "04:000102030405060708090A0B0C0D0E",
-                                           "30{02:3A 04:0001020304050607}"};
+                                           "30{02:3A 04:0001020304050607}",
+                                           "30{04:202122232425262728292A2B 02:10}"};
+             const String gcm = string_of(TLX_TAG_OBJECT_IDENTIFIER, "2.16.840.1.101.3.4.1.46");
+             if (n[0] == 3) static_cast<void>(set_X509_ALGO_IDENTIFIER_OID(algorithm, gcm.get()));
              return set_X509_ALGO_IDENTIFIER_parameters(algorithm,
                                                         n[0] == 0 ? nullptr : der_node(values[n[0]]).get());
          }},

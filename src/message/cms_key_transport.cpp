@@ -1,5 +1,4 @@
 // Key transport (RFC 5652, section 6.2.1; RFC 3370, section 4.2.1; RFC 4055, section 4).
-#include "asn1/oid_lookup.hpp"
 #include "message/cms_keys.hpp"
 #include "message/key_scheme.hpp"
 
@@ -19,13 +18,6 @@ KeyScheme scheme_of(const CMS_RECIPIENT_SETTINGS &settings) noexcept {
 /// What the padding takes of the modulus (RFC 8017, sections 7.1.1 and 7.2.1).
 u32 padding_of(const KeyScheme &scheme) noexcept {
     return is_oaep(scheme.mode) ? 2 * get_DigestLength(scheme.digests.digest_id) + 2 : 11;
-}
-
-/// Null when memory runs out.
-Owned<X509_ALGO_IDENTIFIER> make_algorithm(const KeyScheme &scheme) noexcept {
-    if (!is_oaep(scheme.mode)) return algorithm_with_null(oid::kRsaEncryption);
-    Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
-    return algorithm && write_oaep_scheme(scheme, *algorithm) ? std::move(algorithm) : nullptr;
 }
 
 // RecipientIdentifier ::= CHOICE {
@@ -50,12 +42,9 @@ bool names(const CMS_CERT_IDENTIFIER &identifier, const X509_CERT *cert) noexcep
 }
 
 u32 seal(const KeyScheme &scheme, const RSA_UNIT *unit, Bytes key, CMS_KEY_TRANS_RECIPIENT &out) noexcept {
-    // A copy, so that several threads may encrypt for one certificate.
-    const Owned<RSA_UNIT> own(dup_RSA_UNIT(unit));
-    KeyScheme prepared;
-    out.keyEncryptionAlgorithm = make_algorithm(scheme).release();
-    if (!own || prepare_unit(own.get(), out.keyEncryptionAlgorithm, prepared, 0) != 0) return 0x52B0003C;
-    const u32 status = encrypt_key(out.encryptedKey, own.get(), key, 0x52B0003C);
+    out.keyEncryptionAlgorithm = make_key_algorithm(scheme).release();
+    if (out.keyEncryptionAlgorithm == nullptr) return 0x52B0003C;
+    const u32 status = encrypt_key(unit, scheme, key, out.encryptedKey, 0x52B0003C);
     if (status == TLX_RSA_BAD_KEY) return 0x52B00047;
     return status == 0 ? 0 : 0x52B0003C;
 }

@@ -71,7 +71,7 @@ AlgorithmRead tlx::read_algorithm(const X509_ALGO_IDENTIFIER &identifier,
     return AlgorithmRead::known;
 }
 
-bool tlx::choose_algorithm(std::string_view name, ContentAlgorithm &algorithm) noexcept {
+bool tlx::find_algorithm(std::string_view name, ContentAlgorithm &algorithm) noexcept {
     const auto *const found = std::ranges::find(kCiphers, name, &AuthenticatingCipher::name);
     if (found != std::end(kCiphers) && found->cipher_id != 0) {
         algorithm = {found->cipher_id, true, kNonceLength, TLX_AEAD_TAG_LENGTH, {}};
@@ -80,7 +80,11 @@ bool tlx::choose_algorithm(std::string_view name, ContentAlgorithm &algorithm) n
         if (block == nullptr) return false;
         algorithm = {block->cipher_id, false, get_IVLength(block->cipher_id), 0, {}};
     }
-    return algorithm.key_length() != 0 && RAND_BYTES(algorithm.iv, algorithm.iv_len) == 0;
+    return algorithm.key_length() != 0;
+}
+
+bool ContentAlgorithm::draw_iv() noexcept {
+    return RAND_BYTES(iv, iv_len) == 0;
 }
 
 Owned<X509_ALGO_IDENTIFIER> tlx::make_identifier(const ContentAlgorithm &algorithm) noexcept {

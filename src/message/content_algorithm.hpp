@@ -18,6 +18,8 @@ struct ContentAlgorithm {
     [[nodiscard]] u32 key_length() const noexcept {
         return authenticates ? get_AEAD_key_length(cipher_id) : get_KeyLength(cipher_id);
     }
+    /// Makes the IV a random one. False without random octets.
+    [[nodiscard]] bool draw_iv() noexcept;
 };
 
 enum class AlgorithmRead : u8 {
@@ -28,9 +30,9 @@ enum class AlgorithmRead : u8 {
 [[nodiscard]] AlgorithmRead read_algorithm(const X509_ALGO_IDENTIFIER &identifier,
                                            ContentAlgorithm &algorithm) noexcept;
 
-/// The cipher of a name that get_MESSAGE_cipher_name() gives, with a random IV. False for any other name, a
-/// cipher that is not available, and without random octets.
-[[nodiscard]] bool choose_algorithm(std::string_view name, ContentAlgorithm &algorithm) noexcept;
+/// The cipher of a name that get_MESSAGE_cipher_name() gives, without an IV. False for any other name and a
+/// cipher that is not available.
+[[nodiscard]] bool find_algorithm(std::string_view name, ContentAlgorithm &algorithm) noexcept;
 /// What read_algorithm() reads; null when memory runs out.
 [[nodiscard]] Owned<X509_ALGO_IDENTIFIER> make_identifier(const ContentAlgorithm &algorithm) noexcept;
 

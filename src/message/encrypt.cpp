@@ -46,42 +46,11 @@ u32 begin_encrypted_data(const Envelope &envelope, const X509_ALGO_IDENTIFIER *a
     return !needs_iv || set_iv(own, content->cipher) ? 0 : 0x4B20003A;
 }
 
-/// Replaces the encrypted content by an empty one, whose cipher is ready.
-u32 begin_content(const Envelope &envelope, const X509_ALGO_IDENTIFIER *algorithm, u32 cipher_id,
-                  const u8 *key, const u8 *iv) noexcept {
-    Owned<P7_ENCRYPTED_CONTENT_INFO> content(new_P7_ENCRYPTED_CONTENT_INFO());
-    if (!content) return 0x4B20003A;
-    content->cipher = new_BLOCK_CIPHER_UNIT();
-    if (content->cipher == nullptr) return 0x4B20003A;
-    if (const u32 status = init_BlockCipher(content->cipher, cipher_id, key, iv, 1); status != 0) {
-        return status;
-    }
-    if (set_PKCS7_P7_ENCRYPTED_CONTENT_INFO(content.get(), TLX_OID_PKCS7_DATA, algorithm, nullptr, 0) != 0 ||
-        !set_iv(*content->contentEncryptionAlgorithm, content->cipher)) {
-        return 0x4B20003A;
-    }
-    free_P7_ENCRYPTED_CONTENT_INFO(*envelope.encrypted);
-    *envelope.encrypted = content.release();
-    return 0;
-}
-
-/// A status of the unit, or 0x4B200048.
-u32 prepare(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, u32 mode) noexcept {
-    KeyScheme scheme;
-    if (mode == kModeOfRecipient) {
-        const u32 status = prepare_unit(unit, algorithm, scheme, 0);
-        return status == kUnknownScheme ? 0x4B200048 : status;
-    }
-    // Other parameters than those it is encrypted with would make a message that nobody opens.
-    if (read_key_scheme(algorithm, scheme) && !scheme.is_plain()) return 0x4B200048;
-    return init_RSAES(unit, mode, 0, 0);
-}
-
-u32 encrypt_key_for(P7_RECIPIENT_INFO *recipient, Bytes key, u32 mode) noexcept {
-    RSA_UNIT *unit = recipient == nullptr ? nullptr : rsa_unit(recipient->publicKey);
-    if (unit == nullptr) return 0x4B200048;
-    if (const u32 status = prepare(unit, recipient->keyEncryptionAlgorithm, mode); status != 0) return status;
-    return encrypt_key(recipient->encryptedKey, unit, key, 0x4B20003A);
+/// A copy of an algorithm with the IV of a unit; null when memory runs out.
+Owned<X509_ALGO_IDENTIFIER> with_iv(const X509_ALGO_IDENTIFIER *algorithm,
+                                    const BLOCK_CIPHER_UNIT *unit) noexcept {
+    Owned<X509_ALGO_IDENTIFIER> copy(dup_X509_ALGO_IDENTIFIER(algorithm));
+    return copy && set_iv(*copy, unit) ? std::move(copy) : nullptr;
 }
 
 /// The encrypted content of a message that is being encrypted.
@@ -172,18 +141,15 @@ u32 tlx::begin_encryption(P7_CONTENT_INFO *info, const X509_ALGO_IDENTIFIER *alg
     if (const u32 status = find_envelope(info, envelope); status != 0) return status;
     forget_received(*info);
     if (envelope.recipients == nullptr) return begin_encrypted_data(envelope, algorithm, output_flag);
-    const u32 count = get_STACK_count(*envelope.recipients);
-    if (count == 0) return 0x4B200049;
+    if (get_STACK_count(*envelope.recipients) == 0) return 0x4B200049;
     if (envelope.output_flag != nullptr) *envelope.output_flag = output_flag;
     const u32 cipher_id = get_CipherID_from_OID(get_X509_ALGO_IDENTIFIER_OID(algorithm));
     if (cipher_id == 0) return 0x4B200048;
-    if (const u32 status = begin_content(envelope, algorithm, cipher_id, key, iv); status != 0) return status;
-    for (u32 i = 0; i < count; ++i) {
-        auto *recipient = item_at<P7_RECIPIENT_INFO>(*envelope.recipients, static_cast<i32>(i));
-        const u32 status = encrypt_key_for(recipient, {key, get_KeyLength(cipher_id)}, mode);
-        if (status != 0) return status;
-    }
-    return 0;
+    Owned<BLOCK_CIPHER_UNIT> cipher;
+    if (const u32 status = make_cipher(cipher_id, key, iv, cipher, 0x4B20003A); status != 0) return status;
+    Owned<X509_ALGO_IDENTIFIER> own = with_iv(algorithm, cipher.get());
+    return begin_envelope(envelope, std::move(own), std::move(cipher), {key, get_KeyLength(cipher_id)}, mode,
+                          {0x4B20003A, 0x4B200048});
 }
 
 uint32_t init_PKCS7_Encrypt(P7_CONTENT_INFO *info, uint32_t /*reserved*/,

@@ -1,6 +1,8 @@
 // What enveloped, signed-and-enveloped and encrypted data have in common.
 #pragma once
 
+#include <tlxcrypto/cipher.h>
+
 #include "message/message_records.hpp"
 
 TLX_OWNS(BLOCK_CIPHER_UNIT);
@@ -38,6 +40,23 @@ struct ContentKey {
     /// False when the generator fails.
     [[nodiscard]] bool draw() noexcept;
 };
+
+/// A cipher that encrypts. A status of init_BlockCipher(), or `no_memory`.
+[[nodiscard]] u32 make_cipher(u32 cipher_id, const u8 *key, const u8 *iv, Owned<BLOCK_CIPHER_UNIT> &unit,
+                              u32 no_memory) noexcept;
+
+/// What the callers of begin_envelope() return.
+struct EnvelopeStatuses {
+    u32 no_memory;
+    u32 unusable;  ///< a recipient without an RSA key, or with an algorithm that does not suit
+};
+/// Replaces the encrypted content by an empty one, and encrypts its key for each recipient in order.
+/// @param algorithm of the content, with its IV; null when memory ran out
+/// @param mode of RSAES, or kModeOfRecipient
+/// @return 0; one of the statuses; that of a unit
+[[nodiscard]] u32 begin_envelope(const Envelope &envelope, Owned<X509_ALGO_IDENTIFIER> algorithm,
+                                 Owned<BLOCK_CIPHER_UNIT> cipher, Bytes key, u32 mode,
+                                 const EnvelopeStatuses &statuses) noexcept;
 
 /// init_PKCS7_Encrypt(), also with kModeOfRecipient.
 [[nodiscard]] u32 begin_encryption(P7_CONTENT_INFO *info, const X509_ALGO_IDENTIFIER *algorithm,

@@ -118,7 +118,7 @@ u32 ENVELOPED_MESSAGE_WRITER::begin() noexcept {
 
 u32 ENVELOPED_MESSAGE_WRITER::begin_encryption(EnvelopeParts &parts) noexcept {
     const bool authenticates = layout_.kind == MessageKind::auth_enveloped_data;
-    if (!choose_algorithm(settings_.algorithm, algorithm_)) return 0x52A30048;
+    if (!find_algorithm(settings_.algorithm, algorithm_) || !algorithm_.draw_iv()) return 0x52A30048;
     if (algorithm_.authenticates != authenticates) return 0x52A30048;
     if (authenticates && is_der() && settings_.size > TLX_AEAD_MAX_MESSAGE_LENGTH) return 0x52A3001C;
     if (const u32 status = choose_key(algorithm_.key_length()); status != 0) return status;

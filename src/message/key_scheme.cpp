@@ -43,6 +43,13 @@ void write_oaep(Encoder &out, const KeyScheme &scheme) noexcept {
     }
 }
 
+/// Direction 0 encrypts, 1 decrypts. A status of the unit.
+u32 prepare_unit(RSA_UNIT *unit, const KeyScheme &scheme, u32 direction) noexcept {
+    if (!is_oaep(scheme.mode)) return init_RSAES(unit, scheme.mode, direction, 0);
+    return init_RSAES_OAEP(unit, direction, scheme.digests.digest_id, scheme.digests.mgf_digest_id,
+                           scheme.label.data(), size_of(scheme.label));
+}
+
 /// Decrypts a key of unknown length. A random one takes the place of what has no padding of PKCS #1 v1.5.
 u32 decrypt_any(const RSA_UNIT *unit, Bytes sealed, bool is_pkcs1, std::span<u8> key, u32 &key_len) noexcept {
     key_len = static_cast<u32>(key.size());
@@ -54,12 +61,16 @@ u32 decrypt_any(const RSA_UNIT *unit, Bytes sealed, bool is_pkcs1, std::span<u8>
 
 }  // namespace
 
-bool tlx::write_oaep_scheme(const KeyScheme &scheme, X509_ALGO_IDENTIFIER &algorithm) noexcept {
+Owned<X509_ALGO_IDENTIFIER> tlx::make_key_algorithm(const KeyScheme &scheme) noexcept {
+    if (!is_oaep(scheme.mode)) return algorithm_with_null(oid::kRsaEncryption);
+    Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
+    if (!algorithm) return nullptr;
     Encoder parameters;
     write_oaep(parameters, scheme);
-    algorithm.algorithm = index_to_OBJECT_IDENTIFIER(oid::kRsaesOaep);
-    algorithm.parameters = parameters.to_node();
-    return algorithm.algorithm != nullptr && algorithm.parameters != nullptr;
+    algorithm->algorithm = index_to_OBJECT_IDENTIFIER(oid::kRsaesOaep);
+    algorithm->parameters = parameters.to_node();
+    const bool complete = algorithm->algorithm != nullptr && algorithm->parameters != nullptr;
+    return complete ? std::move(algorithm) : nullptr;
 }
 
 bool tlx::read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept {
@@ -76,19 +87,15 @@ bool tlx::read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &sche
     }
 }
 
-u32 tlx::prepare_unit(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme,
-                      u32 direction) noexcept {
-    if (!read_key_scheme(algorithm, scheme)) return kUnknownScheme;
-    if (!is_oaep(scheme.mode)) return init_RSAES(unit, scheme.mode, direction, 0);
-    return init_RSAES_OAEP(unit, direction, scheme.digests.digest_id, scheme.digests.mgf_digest_id,
-                           scheme.label.data(), static_cast<u32>(scheme.label.size()));
-}
-
-u32 tlx::encrypt_key(OCTET_STRING *&encrypted, const RSA_UNIT *unit, Bytes key, u32 no_memory) noexcept {
+u32 tlx::encrypt_key(const RSA_UNIT *unit, const KeyScheme &scheme, Bytes key, OCTET_STRING *&encrypted,
+                     u32 no_memory) noexcept {
+    // A copy, so that several threads may encrypt for one key.
+    const Owned<RSA_UNIT> own(dup_RSA_UNIT(unit));
     const OwnedOctets<u8> octets(static_cast<u8 *>(TLX_ALLOCATE(std::size_t{get_RSA_length(unit)} + 1)));
-    if (!octets) return no_memory;
+    if (!own || !octets) return no_memory;
+    if (const u32 status = prepare_unit(own.get(), scheme, 0); status != 0) return status;
     u32 len = 0;
-    const u32 status = encrypt_RSAES(unit, octets.get(), &len, key.data(), size_of(key));
+    const u32 status = encrypt_RSAES(own.get(), octets.get(), &len, key.data(), size_of(key));
     if (status != 0) return status;
     OCTET_STRING *made = new_string(TLX_TAG_OCTET_STRING, {octets.get(), len});
     if (made == nullptr) return no_memory;
@@ -104,9 +111,8 @@ u32 tlx::decrypt_key(const RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm
     const Owned<RSA_UNIT> own(dup_RSA_UNIT(unit));
     if (!own) return statuses.no_memory;
     KeyScheme scheme;
-    const u32 prepared = prepare_unit(own.get(), algorithm, scheme, 1);
-    if (prepared == kUnknownScheme) return statuses.unknown_scheme;
-    if (prepared != 0) return statuses.no_memory;
+    if (!read_key_scheme(algorithm, scheme)) return statuses.unknown_scheme;
+    if (prepare_unit(own.get(), scheme, 1) != 0) return statuses.no_memory;
     key_len = expected;
     const bool is_pkcs1 = !is_oaep(scheme.mode);
     const u32 status = is_pkcs1 && expected != 0 ? decrypt_RSAES_key(own.get(), key.data(), expected,

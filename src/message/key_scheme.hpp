@@ -10,7 +10,7 @@ namespace tlx {
 
 /// What a keyEncryptionAlgorithm says.
 struct KeyScheme {
-    u32 mode = TLX_RSAES_MODE_PKCS1;  ///< this or TLX_RSAES_MODE_OAEP, and the others are for OAEP
+    u32 mode = TLX_RSAES_MODE_PKCS1;  ///< one of RSAES; the other members are for OAEP
     RsaDigests digests;
     Bytes label;  ///< in the parameters of the algorithm
 
@@ -24,15 +24,8 @@ struct KeyScheme {
 /// False for an algorithm that is none of RSA, and for parameters of OAEP that are broken.
 [[nodiscard]] bool read_key_scheme(const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme) noexcept;
 
-/// Prepares a unit for what a keyEncryptionAlgorithm says: direction 0 encrypts, 1 decrypts. A status of the
-/// unit, or kUnknownScheme when read_key_scheme() fails.
-constexpr u32 kUnknownScheme = 0xFFFFFFFF;
-[[nodiscard]] u32 prepare_unit(RSA_UNIT *unit, const X509_ALGO_IDENTIFIER *algorithm, KeyScheme &scheme,
-                               u32 direction) noexcept;
-
-/// Fills an empty algorithm identifier with OAEP and its parameters. False for an unknown digest and when
-/// memory runs out.
-[[nodiscard]] bool write_oaep_scheme(const KeyScheme &scheme, X509_ALGO_IDENTIFIER &algorithm) noexcept;
+/// What read_key_scheme() reads. Null for an unknown digest of OAEP and when memory runs out.
+[[nodiscard]] Owned<X509_ALGO_IDENTIFIER> make_key_algorithm(const KeyScheme &scheme) noexcept;
 
 /// Whether a number is a mode of RSAES; 0 means PKCS #1 v1.5.
 constexpr bool is_rsaes_mode(u32 mode) noexcept {
@@ -45,10 +38,10 @@ constexpr bool is_oaep(u32 mode) noexcept {
     return mode == TLX_RSAES_MODE_OAEP_SET || mode == TLX_RSAES_MODE_OAEP;
 }
 
-/// Replaces an encryptedKey by what encrypt_RSAES() gives for the content key, with a unit that was prepared.
-/// A status of encrypt_RSAES(), or `no_memory` when memory runs out.
-[[nodiscard]] u32 encrypt_key(OCTET_STRING *&encrypted, const RSA_UNIT *unit, Bytes key,
-                              u32 no_memory) noexcept;
+/// Replaces an encryptedKey by the content key under a scheme. A status of encrypt_RSAES(), or `no_memory`
+/// when memory runs out.
+[[nodiscard]] u32 encrypt_key(const RSA_UNIT *unit, const KeyScheme &scheme, Bytes key,
+                              OCTET_STRING *&encrypted, u32 no_memory) noexcept;
 
 /// What the caller of decrypt_key() returns.
 struct KeyStatuses {

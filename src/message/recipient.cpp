@@ -13,14 +13,15 @@ using namespace tlx;
 
 namespace {
 
-/// A recipient of a certificate, whose keyEncryptionAlgorithm is still empty; null for a certificate without
-/// a name, a number or a known key, and when memory runs out.
-Owned<P7_RECIPIENT_INFO> make_recipient(const X509_CERT *cert) noexcept {
+/// A recipient of a certificate; null without an algorithm, for a certificate without a name, a number or a
+/// known key, and when memory runs out.
+Owned<P7_RECIPIENT_INFO> make_recipient(const X509_CERT *cert,
+                                        Owned<X509_ALGO_IDENTIFIER> algorithm) noexcept {
     Owned<P7_RECIPIENT_INFO> recipient(new_P7_RECIPIENT_INFO());
     if (!recipient) return nullptr;
     recipient->issuerAndSerialNumber = issuer_and_serial_of(cert).release();
     recipient->version = new_BIGINT();
-    recipient->keyEncryptionAlgorithm = new_X509_ALGO_IDENTIFIER();
+    recipient->keyEncryptionAlgorithm = algorithm.release();
     recipient->publicKey = dup_ASYMMETRIC_KEY(get_X509_PUBKEY_key(get_X509_SPKI(cert)));
     const bool complete = recipient->issuerAndSerialNumber != nullptr &&
                           recipient->keyEncryptionAlgorithm != nullptr && recipient->publicKey != nullptr &&
@@ -28,15 +29,17 @@ Owned<P7_RECIPIENT_INFO> make_recipient(const X509_CERT *cert) noexcept {
     return complete ? std::move(recipient) : nullptr;
 }
 
-/// False for parameters that cannot be encoded or say no OAEP, and when memory runs out.
-bool set_scheme(X509_ALGO_IDENTIFIER &algorithm, u32 mode, const RSAES_OAEP_PARAM *oaep) noexcept {
-    const u32 row = is_oaep(mode) ? oid::kRsaesOaep : oid::kRsaEncryption;
-    algorithm.algorithm = index_to_OBJECT_IDENTIFIER(static_cast<i32>(row));
-    if (algorithm.algorithm == nullptr) return false;
-    if (!is_oaep(mode)) return set_X509_ALGO_IDENTIFIER_null(&algorithm) == 0;
+/// Null for parameters that cannot be encoded, and when memory runs out.
+Owned<X509_ALGO_IDENTIFIER> make_algorithm(u32 mode, const RSAES_OAEP_PARAM *oaep) noexcept {
     constexpr RSAES_OAEP_PARAM kDefaults = {};
+    if (!is_oaep(mode)) return make_key_algorithm(KeyScheme());
+    Owned<X509_ALGO_IDENTIFIER> algorithm(new_X509_ALGO_IDENTIFIER());
+    if (!algorithm) return nullptr;
+    algorithm->algorithm = index_to_OBJECT_IDENTIFIER(oid::kRsaesOaep);
     const RSAES_OAEP_PARAM *param = oaep != nullptr ? oaep : &kDefaults;
-    return set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(&algorithm, param) == 0;
+    const bool complete = algorithm->algorithm != nullptr &&
+                          set_X509_ALGO_IDENTIFIER_with_RSAES_OAEP_PARAM(algorithm.get(), param) == 0;
+    return complete ? std::move(algorithm) : nullptr;
 }
 
 }  // namespace
@@ -44,9 +47,9 @@ bool set_scheme(X509_ALGO_IDENTIFIER &algorithm, u32 mode, const RSAES_OAEP_PARA
 uint32_t set_PKCS7_P7_RECIPIENT_INFO(P7_RECIPIENT_INFO *recipient, const X509_CERT *cert, uint32_t mode,
                                      const RSAES_OAEP_PARAM *oaep) {
     if (recipient == nullptr || cert == nullptr || !is_rsaes_mode(mode)) return 1;
-    const Owned<P7_RECIPIENT_INFO> fresh = make_recipient(cert);
+    const Owned<P7_RECIPIENT_INFO> fresh = make_recipient(cert, make_algorithm(mode, oaep));
     KeyScheme scheme;
-    if (!fresh || !set_scheme(*fresh->keyEncryptionAlgorithm, mode, oaep)) return 1;
+    if (!fresh) return 1;
     // init_PKCS7_Encrypt() encrypts with plain OAEP, whatever is written here.
     if (!read_key_scheme(fresh->keyEncryptionAlgorithm, scheme) || !scheme.is_plain()) return 1;
     std::swap(*recipient, *fresh);
@@ -75,9 +78,9 @@ uint32_t add_PKCS7_Recipient_withEncryptedAlgorithm(P7_CONTENT_INFO *info, const
 uint32_t add_PKCS7_Recipient_OAEP(P7_CONTENT_INFO *info, const X509_CERT *cert, uint32_t digest_id,
                                   uint32_t mgf_digest_id, const uint8_t *label, uint32_t label_len) {
     if (cert == nullptr || (label == nullptr && label_len != 0)) return 1;
-    Owned<P7_RECIPIENT_INFO> recipient = make_recipient(cert);
     const KeyScheme scheme{TLX_RSAES_MODE_OAEP, {digest_id, mgf_digest_id}, {label, label_len}};
-    if (!recipient || !write_oaep_scheme(scheme, *recipient->keyEncryptionAlgorithm)) return 1;
+    Owned<P7_RECIPIENT_INFO> recipient = make_recipient(cert, make_key_algorithm(scheme));
+    if (!recipient) return 1;
     if (add_PKCS7_P7_RECIPIENT_INFO(info, recipient.get()) != 0) return 1;
     static_cast<void>(recipient.release());
     return 0;
