@@ -10,6 +10,7 @@
 #include <openssl/pkcs12.h>
 #include <openssl/provider.h>
 #include <openssl/rsa.h>
+#include <openssl/x509.h>
 
 namespace tlx_test::openssl {
 namespace {
@@ -23,6 +24,7 @@ struct Free {
     void operator()(EVP_PKEY *p) const { EVP_PKEY_free(p); }
     void operator()(EVP_PKEY_CTX *p) const { EVP_PKEY_CTX_free(p); }
     void operator()(EVP_MD_CTX *p) const { EVP_MD_CTX_free(p); }
+    void operator()(X509 *p) const { X509_free(p); }
     void operator()(BIGNUM *p) const { BN_free(p); }
     void operator()(BN_CTX *p) const { BN_CTX_free(p); }
     void operator()(char *p) const { OPENSSL_free(p); }
@@ -45,16 +47,31 @@ EVP_PKEY *handle_of(const RsaKey &key) {
 }
 
 /// What signs or verifies by a scheme.
-Owned<EVP_MD_CTX> digest_context(const RsaKey &key, const RsaScheme &scheme,
+Owned<EVP_MD_CTX> digest_context(EVP_PKEY *key, const RsaScheme &scheme,
                                  decltype(&EVP_DigestSignInit_ex) init) {
     Owned<EVP_MD_CTX> digest(EVP_MD_CTX_new());
     EVP_PKEY_CTX *context = nullptr;
-    init(digest.get(), &context, scheme.digest.c_str(), library(), nullptr, handle_of(key), nullptr);
+    const char *name = scheme.digest.empty() ? nullptr : scheme.digest.c_str();
+    init(digest.get(), &context, name, library(), nullptr, key, nullptr);
     if (scheme.mgf_digest.empty()) return digest;
     EVP_PKEY_CTX_set_rsa_padding(context, RSA_PKCS1_PSS_PADDING);
     EVP_PKEY_CTX_set_rsa_mgf1_md_name(context, scheme.mgf_digest.c_str(), nullptr);
     EVP_PKEY_CTX_set_rsa_pss_saltlen(context, scheme.salt_length);
     return digest;
+}
+
+Octets sign_with(EVP_PKEY *key, const RsaScheme &scheme, const Octets &data) {
+    const auto digest = digest_context(key, scheme, EVP_DigestSignInit_ex);
+    Octets signature(static_cast<std::size_t>(EVP_PKEY_get_size(key)));
+    std::size_t length = signature.size();
+    if (EVP_DigestSign(digest.get(), signature.data(), &length, data.data(), data.size()) != 1) return {};
+    signature.resize(length);
+    return signature;
+}
+
+bool verify_with(EVP_PKEY *key, const RsaScheme &scheme, const Octets &data, const Octets &signature) {
+    const auto digest = digest_context(key, scheme, EVP_DigestVerifyInit_ex);
+    return EVP_DigestVerify(digest.get(), signature.data(), signature.size(), data.data(), data.size()) == 1;
 }
 
 /// The result of a key operation on the octets; empty on failure.
@@ -79,12 +96,21 @@ Octets run(const RsaKey &key, const RsaScheme &scheme, int (*init)(EVP_PKEY_CTX 
 }  // namespace
 
 Octets digest(const std::string &name, const Octets &data) {
-    Octets out(EVP_MAX_MD_SIZE);
-    std::size_t length = 0;
-    const int done =
-        EVP_Q_digest(library(), name.c_str(), nullptr, data.data(), data.size(), out.data(), &length);
-    if (done != 1) ERR_clear_error();
-    out.resize(done == 1 ? length : 0);
+    const Owned<EVP_MD> algorithm(EVP_MD_fetch(library(), name.c_str(), nullptr));
+    const Owned<EVP_MD_CTX> context(EVP_MD_CTX_new());
+    if (algorithm == nullptr) {
+        ERR_clear_error();
+        return {};
+    }
+    const bool is_shake256 = EVP_MD_is_a(algorithm.get(), "SHAKE256") == 1;
+    Octets out(is_shake256 ? 64 : static_cast<std::size_t>(EVP_MD_get_size(algorithm.get())));
+    EVP_DigestInit_ex2(context.get(), algorithm.get(), nullptr);
+    EVP_DigestUpdate(context.get(), data.data(), data.size());
+    if (is_shake256) {
+        EVP_DigestFinalXOF(context.get(), out.data(), out.size());
+    } else {
+        EVP_DigestFinal_ex(context.get(), out.data(), nullptr);
+    }
     return out;
 }
 
@@ -217,16 +243,26 @@ RsaKey generate_rsa(unsigned bits) {
 }
 
 Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {
-    const auto digest = digest_context(key, scheme, EVP_DigestSignInit_ex);
-    Octets signature(key.numbers[0].size());
-    std::size_t length = signature.size();
-    if (EVP_DigestSign(digest.get(), signature.data(), &length, data.data(), data.size()) != 1) return {};
-    return signature;
+    return sign_with(handle_of(key), scheme, data);
 }
 
 bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature) {
-    const auto digest = digest_context(key, scheme, EVP_DigestVerifyInit_ex);
-    return EVP_DigestVerify(digest.get(), signature.data(), signature.size(), data.data(), data.size()) == 1;
+    return verify_with(handle_of(key), scheme, data, signature);
+}
+
+Octets sign(const Octets &private_key, const RsaScheme &scheme, const Octets &data) {
+    const unsigned char *octets = private_key.data();
+    const Owned<EVP_PKEY> key(
+        d2i_AutoPrivateKey_ex(nullptr, &octets, static_cast<long>(private_key.size()), library(), nullptr));
+    return key == nullptr ? Octets() : sign_with(key.get(), scheme, data);
+}
+
+bool verify(const Octets &certificate, const RsaScheme &scheme, const Octets &data, const Octets &signature) {
+    const unsigned char *octets = certificate.data();
+    X509 *made = X509_new_ex(library(), nullptr);
+    const Owned<X509> cert(d2i_X509(&made, &octets, static_cast<long>(certificate.size())));
+    EVP_PKEY *key = X509_get0_pubkey(cert.get());
+    return key != nullptr && verify_with(key, scheme, data, signature);
 }
 
 Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data) {

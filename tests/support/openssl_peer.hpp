@@ -11,7 +11,7 @@ namespace tlx_test::openssl {
 
 using Octets = std::vector<std::uint8_t>;
 
-/// Digest by libcrypto's algorithm name; empty when it does not know the name.
+/// Digest by libcrypto's algorithm name, of SHAKE256 with 64 octets; empty when it does not know the name.
 Octets digest(const std::string &name, const Octets &data);
 
 /// What RFC 7292, appendix B.2 derives with that digest for a purpose (the id) from a 16-bit password.
@@ -52,6 +52,10 @@ struct RsaScheme {
 };
 Octets rsa_sign(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 bool rsa_verify(const RsaKey &key, const RsaScheme &scheme, const Octets &data, const Octets &signature);
+/// The same with a key of any kind: the private one of PKCS #8, the public one of a certificate. EdDSA has no
+/// digest in its scheme.
+Octets sign(const Octets &private_key, const RsaScheme &scheme, const Octets &data);
+bool verify(const Octets &certificate, const RsaScheme &scheme, const Octets &data, const Octets &signature);
 Octets rsa_encrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 Octets rsa_decrypt(const RsaKey &key, const RsaScheme &scheme, const Octets &data);
 
