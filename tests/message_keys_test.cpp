@@ -11,6 +11,7 @@
 
 #include "support/chain_builder.hpp"
 #include "support/command.hpp"
+#include "support/crypto_values.hpp"
 #include "support/openssl_peer.hpp"
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
@@ -307,13 +308,6 @@ std::string opens(const Row &row) {
 
 // ---- With peers ----
 
-/// Hexadecimal digits without spaces.
-std::string digits_of(const Octets &octets) {
-    std::string text = hex_of(octets.data(), octets.size());
-    std::erase(text, ' ');
-    return text;
-}
-
 std::uint32_t append_to_text(void *text, const std::uint8_t *octets, std::uint32_t len) {
     static_cast<std::string *>(text)->append(reinterpret_cast<const char *>(octets), len);
     return 0;
@@ -435,20 +429,36 @@ std::string ours(const Row &row) {
     return trimmed(result);
 }
 
-/// A recipient of X25519 and X448 that libcrypto composes: the curve, the identifiers of curve and
-/// derivation, the derivation, user keying material or none.
+/// Key agreement on X25519 and X448 by libcrypto: the curve, the identifiers of curve and derivation, the
+/// derivation and its digest, user keying material or none.
+struct Agreement {
+    explicit Agreement(const Row &row)
+        : curve(row[1] == "x448" ? "X448" : "X25519"),
+          size(row[1] == "x448" ? 56 : 32),
+          function(row[4]),
+          digest(row[5]),
+          ukm(row[6]) {}
+    /// The key of the wrap that a private key and a public one agree on.
+    [[nodiscard]] Octets kek(const Octets &private_key, const Octets &point) const {
+        const std::string known = ukm.empty() ? "" : "A0{04:" + ukm + "} ";
+        const Octets info = der("30{30{06:60864801650304012D} " + known + "A2{04:00000100}}");
+        return openssl::derive(function, digest, openssl::agree(curve, private_key, point), info, 32);
+    }
+    std::string curve;
+    std::size_t size;
+    std::string function, digest, ukm;
+};
+
+/// A recipient that libcrypto composes, and we open.
 std::string composed(const Row &row) {
     const Person &person = People::instance()[row[1]];
-    const std::string curve = row[1] == "x448" ? "X448" : "X25519";
-    const std::size_t size = row[1] == "x448" ? 56 : 32;
-    const Octets ephemeral(size, 0x17);
-    const Octets secret = openssl::agree(curve, ephemeral, openssl::public_key_of(curve, Octets(size, 0x42)));
-    const std::string ukm = row[6].empty() ? "" : "A0{04:" + row[6] + "} ";
-    const Octets info = der("30{30{06:60864801650304012D} " + ukm + "A2{04:00000100}}");
-    const Octets kek = openssl::derive(row[4], row[5], secret, info, 32);
+    const Agreement agreement(row);
+    const Octets ephemeral(agreement.size, 0x17);
+    const Octets kek =
+        agreement.kek(ephemeral, openssl::public_key_of(agreement.curve, Octets(agreement.size, 0x42)));
     const Octets key = key_of(32);
     const Octets wrapped = openssl::cipher("AES-256-WRAP", true, kek, {}, key);
-    const Octets point = openssl::public_key_of(curve, ephemeral);
+    const Octets point = openssl::public_key_of(agreement.curve, ephemeral);
     const Held<free_CMS_RECIPIENT_INFO> recipient(
         decoded(Seq_to_CMS_RECIPIENT_INFO,
                 "A1{02:03 A0{A1{30{06:" + row[2] + "} 03:00" + digits_of(point) + "}} " +
@@ -460,6 +470,25 @@ std::string composed(const Row &row) {
     return opened.status != 0 ? status_text(opened.status) : opened.key == key ? "opened" : "other";
 }
 
+/// One that we make by settings, and libcrypto's primitives open.
+std::string taken_apart(const Row &row) {
+    const Agreement agreement(row);
+    const Octets key = key_of(32);
+    CMS_RECIPIENT_INFO *made = nullptr;
+    EXPECT_EQ(make_CMS_RECIPIENT_INFO(Settings(row[7]).get(), key.data(), size_of(key), &made), 0U);
+    const Recipient recipient(made);
+    const BIT_STRING &point = *originator_of(*made).publicKey;
+    const OCTET_STRING &wrapped = *members_of(*made).encrypted;
+    const std::string encoding = digits_of(encoding_of(made, TLX_ENCODER(CMS_RECIPIENT_INFO_to_Seq)));
+    for (const std::string &identifier : {row[2], row[3]})
+        if (encoding.find(identifier) == std::string::npos) return "without " + identifier;
+    const Octets kek = agreement.kek(Octets(agreement.size, 0x42), {point.data, point.data + point.length});
+    return openssl::cipher("AES-256-WRAP", false, kek, {}, {wrapped.data, wrapped.data + wrapped.length}) ==
+                   key
+               ? "opened"
+               : "other";
+}
+
 TEST(MessageKeys, Rows) {
     People::instance();
     // RSA does not say what it lacks, and parameters that cannot be decoded do not say why.
@@ -469,7 +498,8 @@ TEST(MessageKeys, Rows) {
                                      {"theirs", {theirs}},
                                      {"ours", {ours}},
                                      {"authenticated", {authenticated}},
-                                     {"composed", {composed}}});
+                                     {"composed", {composed}},
+                                     {"taken-apart", {taken_apart}}});
 }
 
 TEST(MessageKeys, Arguments) {
