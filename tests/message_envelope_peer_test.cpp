@@ -6,6 +6,7 @@
 #include "support/command.hpp"
 #include "support/crypto_values.hpp"
 #include "support/message_reader.hpp"
+#include "support/openssl_peer.hpp"
 #include "support/x509_files.hpp"
 #include "support/x509_records.hpp"
 
@@ -148,6 +149,107 @@ TEST(MessageEnvelopePeer, TheyReadOurs) {
         folder.run("openssl cms " + ours.command + " -binary -inform DER -in message -out out");
         EXPECT_EQ(folder.read("out"), kContent) << ours.algorithm;
     }
+}
+
+/// Writes the content.
+void write_content(const ENVELOPED_MESSAGE_WRITER_SETTINGS &settings) {
+    const Octets content = octets_of(kContent);
+    const Writer writer(new_ENVELOPED_MESSAGE_WRITER(&settings));
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_WRITER(writer.get(), content.data(), length(content)), 0U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(writer.get()), 0U);
+}
+
+/// The record of a message that the holder opens.
+Held<free_CMS_CONTENT_INFO> record_of(const Octets &message) {
+    ENVELOPED_MESSAGE_READER_SETTINGS settings = {};
+    settings.holder = &Person::instance().holder();
+    const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0U);
+    CMS_CONTENT_INFO *made = nullptr;
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_message(reader.get(), &made), 0U);
+    return Held<free_CMS_CONTENT_INFO>(made);
+}
+
+Octets encoding_of(const X509_ATTRIBUTES *attributes) {
+    return tlx_test::encoding_of(attributes, TLX_ENCODER(X509_ATTRIBUTES_to_Seq));
+}
+
+/// The originator of a message and its attributes that nothing protects.
+std::pair<const CMS_ORIGINATOR_INFO *, const X509_ATTRIBUTES *> unprotected(const CMS_CONTENT_INFO &info) {
+    if (info.envelopedData != nullptr) {
+        return {info.envelopedData->originatorInfo, info.envelopedData->unprotectedAttrs};
+    }
+    if (info.authEnvelopedData != nullptr) {
+        return {info.authEnvelopedData->originatorInfo, info.authEnvelopedData->unauthAttrs};
+    }
+    return {info.authenticatedData->originatorInfo, info.authenticatedData->unauthAttrs};
+}
+
+/// They come back octet for octet, and openssl decrypts enveloped data with them. It has no authenticated
+/// data, and for the attributes of authenticated-and-enveloped data other tags than RFC 5083.
+TEST(MessageEnvelopePeer, OriginatorAndUnprotectedAttributes) {
+    const Person &person = Person::instance();
+    const Octets cert = encode_certificate(person.holder().certificate);
+    const std::string originator = "30{A0{=" + digits_of(cert) + "} A1{A1{06:2A03 05:}}}";
+    const std::string attributes = "31{30{06:550405 31{02:01}} 30{06:550406 31{0C:61 0C:62}}}";
+    const Held<free_CMS_ORIGINATOR_INFO> info(decoded(Seq_to_CMS_ORIGINATOR_INFO, originator));
+    const Held<free_X509_ATTRIBUTES> other(decoded(Seq_to_X509_ATTRIBUTES, attributes));
+    for (const auto &[type, algorithm] : {std::pair(TLX_MESSAGE_ENVELOPED_DATA, "aes-128-cbc"),
+                                          {TLX_MESSAGE_AUTH_ENVELOPED_DATA, "aes-256-gcm"},
+                                          {TLX_MESSAGE_AUTHENTICATED_DATA, "sha256"}}) {
+        Octets written;
+        ENVELOPED_MESSAGE_WRITER_SETTINGS settings =
+            writing(static_cast<std::uint32_t>(type), algorithm, written);
+        settings.originator = info.get();
+        settings.other_attributes = other.get();
+        write_content(settings);
+        const Held<free_CMS_CONTENT_INFO> record = record_of(written);
+        const auto members = unprotected(*record);
+        EXPECT_EQ(tlx_test::encoding_of(members.first, TLX_ENCODER(CMS_ORIGINATOR_INFO_to_Seq)),
+                  der(originator))
+            << algorithm;
+        EXPECT_EQ(encoding_of(members.second), der(attributes)) << algorithm;
+        EXPECT_EQ(content_of(written), kContent) << algorithm;
+        if (type != TLX_MESSAGE_ENVELOPED_DATA) continue;
+        person.folder().write("message", {written.begin(), written.end()});
+        person.folder().run(
+            "openssl cms -decrypt -inkey key -recip cert -binary -inform DER -in message -out out");
+        EXPECT_EQ(person.folder().read("out"), kContent);
+    }
+}
+
+/// The codes of authenticated data are those of libcrypto, over the content or over the attributes with its
+/// digest.
+TEST(MessageEnvelopePeer, CodesOfAuthenticatedData) {
+    const Held<free_X509_ATTRIBUTES> none(new_X509_ATTRIBUTES());
+    for (const auto &[algorithm, digest, size] : {std::tuple("sha224", "SHA224", 28),
+                                                  {"sha256", "SHA256", 32},
+                                                  {"sha384", "SHA384", 48},
+                                                  {"sha512", "SHA512", 64}})
+        for (const X509_ATTRIBUTES *attributes : {static_cast<X509_ATTRIBUTES *>(nullptr), none.get()}) {
+            const Octets key(static_cast<std::size_t>(size), 0x5A);
+            Octets written;
+            ENVELOPED_MESSAGE_WRITER_SETTINGS settings =
+                writing(TLX_MESSAGE_AUTHENTICATED_DATA, algorithm, written);
+            settings.key = key.data();
+            settings.key_len = length(key);
+            settings.attributes = attributes;
+            write_content(settings);
+            const Held<free_CMS_CONTENT_INFO> record = record_of(written);
+            const CMS_AUTHENTICATED_DATA &data = *record->authenticatedData;
+            EXPECT_EQ(data.authAttrs == nullptr, attributes == nullptr);
+            const Octets content = octets_of(kContent);
+            const Octets covered = data.authAttrs == nullptr ? content : encoding_of(data.authAttrs);
+            EXPECT_EQ(Octets(data.mac->data, data.mac->data + data.mac->length),
+                      openssl::hmac(digest, key, covered))
+                << algorithm;
+            const Octets value = openssl::digest(digest, content);
+            EXPECT_NE(
+                std::search(covered.begin(), covered.end(), value.begin(), value.end()) == covered.end(),
+                attributes != nullptr)
+                << algorithm;
+        }
 }
 
 std::uint32_t envelop(void *context, const std::uint8_t *octets, std::uint32_t len) {
