@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 #include <tlxpki/message_stream.h>
 #include <tlxpki/objects.h>
+#include <tlxpki/pkcs8.h>
 #include <tlxpki/timestamp.h>
 
 #include "support/command.hpp"
+#include "support/crypto_values.hpp"
 #include "support/der_text.hpp"
+#include "support/message_reader.hpp"
 #include "support/null_arguments.hpp"
 #include "support/rows.hpp"
 #include "support/x509_files.hpp"
@@ -301,6 +304,93 @@ TEST(TimeStampTokens, Rows) {
         }
     }
     EXPECT_GT(rows.size(), 30U);
+}
+
+/// Asks openssl for a token over a signature, and keeps what it says.
+std::uint32_t ask_for_token(void *context, const std::uint8_t *signature, std::uint32_t len,
+                            X509_ATTRIBUTES **attributes) {
+    CMS_TIMESTAMP_REQUEST *made = nullptr;
+    EXPECT_EQ(generate_CMS_TIMESTAMP_REQUEST(&made, TLX_DIGEST_SHA256, signature, len), 0U);
+    const Held<free_CMS_TIMESTAMP_REQUEST> request(made);
+    EXPECT_EQ(generate_CMS_TIMESTAMP_REQUEST_nonce(made, 8), 0U);
+    made->certReq = 1;
+    const Octets asked = encoding_of(made, TLX_ENCODER(CMS_TIMESTAMP_REQUEST_to_Seq));
+    folder().write("asked", {asked.begin(), asked.end()});
+    folder().run(
+        "openssl ts -reply -config ts.cnf -queryfile asked -signer stamper.pem -inkey key -out answered");
+    const Octets answered = octets_of_file("answered");
+    CMS_TIMESTAMP_RESPONSE *read = nullptr;
+    EXPECT_EQ(TLX_READ_DER(CMS_TIMESTAMP_RESPONSE, &read, answered.data(), size_of(answered)), 0U);
+    const Held<free_CMS_TIMESTAMP_RESPONSE> response(read);
+    EXPECT_EQ(check_CMS_TIMESTAMP_RESPONSE(read, made, static_cast<CMS_TST_INFO **>(context)), 0U);
+    const Octets token = encoding_of(read->timeStampToken, TLX_ENCODER(CMS_CONTENT_INFO_to_Seq));
+    const Node node = der_node("31{30{06:2A864886F70D010910020E 31{=" + digits_of(token) + "}}}");
+    return Seq_to_X509_ATTRIBUTES(node.get(), attributes);
+}
+
+/// The private key of the folder.
+Held<free_ASYMMETRIC_KEY> signing_key() {
+    const Octets octets = read_pem_file(folder().path("key")).front();
+    P8_PRIV_KEY_INFO *info = nullptr;
+    ASYMMETRIC_KEY *key = nullptr;
+    EXPECT_EQ(decode_EC_PRIVATE_KEY(octets.data(), size_of(octets), &info), 0U);
+    const Held<free_P8_PRIV_KEY_INFO> owner(info);
+    EXPECT_EQ(read_PRIV_KEY(info, &key), 0U);
+    return Held<free_ASYMMETRIC_KEY>(key);
+}
+
+/// A message of the content, whose signer has a certificate and asks for a token.
+Octets write_stamped(const X509_CERT *cert, CMS_TST_INFO **info) {
+    const Held<free_X509_CERTIFICATES> certificates(new_X509_CERTIFICATES());
+    EXPECT_EQ(add_X509_CERTIFICATES(certificates.get(), cert), 0U);
+    const Held<free_ASYMMETRIC_KEY> key = signing_key();
+    MESSAGE_SIGNER signer = {};
+    signer.certificate = cert;
+    signer.key = key.get();
+    signer.unsigned_attributes = ask_for_token;
+    signer.unsigned_attributes_context = info;
+    Octets written;
+    SIGNED_MESSAGE_WRITER_SETTINGS settings = {};
+    settings.output = collect_octets;
+    settings.context = &written;
+    settings.signers = &signer;
+    settings.signer_count = 1;
+    settings.certificates = certificates.get();
+    const Octets octets = content();
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+    EXPECT_EQ(update_SIGNED_MESSAGE_WRITER(writer.get(), octets.data(), size_of(octets)), 0U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 0U);
+    return written;
+}
+
+/// What a writer writes with such a token verifies at its time, also by openssl.
+TEST(TimeStampTokens, WritersAskForThem) {
+    folder().write("ts.cnf",
+                   "[tsa]\ndefault_tsa = t\n[t]\nserial = serial\nsigner_digest = sha256\n"
+                   "default_policy = 1.2.3.4\ndigests = sha256\n");
+    folder().run(
+        "openssl req -x509 -key key -subj /CN=stamper -days 2 -out stamper.pem "
+        "-addext extendedKeyUsage=critical,timeStamping && "
+        "openssl req -x509 -key key -subj /CN=writer -days 2 -out writer.pem");
+    const OwnedCert cert = certificate_of(read_pem_file(folder().path("writer.pem")).front());
+    CMS_TST_INFO *info = nullptr;
+    const Octets written = write_stamped(cert.get(), &info);
+    const Held<free_CMS_TST_INFO> said(info);
+
+    VERIFY_SETTINGS path = {};
+    path.purpose = TLX_PURPOSE_SIGNING;
+    P7_SIGNER_REPORTS *reports = nullptr;
+    EXPECT_EQ(read_signed(written, path, store_of({"stamper", "writer"}).get(), &reports), 0U);
+    const Held<free_P7_SIGNER_REPORTS> owner(reports);
+    const P7_SIGNER_REPORT *report = get_P7_SIGNER_REPORTS_child(reports, 0);
+    ASSERT_EQ(get_CMS_TIMESTAMP_REPORTS_count(report->timestamps), 1U);
+    const CMS_TIMESTAMP_REPORT *stamp = get_CMS_TIMESTAMP_REPORTS_child(report->timestamps, 0);
+    EXPECT_EQ(stamp->status, 0U);
+    EXPECT_EQ(encoding_of(stamp->info, TLX_ENCODER(CMS_TST_INFO_to_Seq)),
+              encoding_of(info, TLX_ENCODER(CMS_TST_INFO_to_Seq)));
+    folder().write("written", {written.begin(), written.end()});
+    folder().run("openssl cms -verify -binary -inform DER -in written -CAfile writer.pem -out out");
+    EXPECT_EQ(folder().read("out"), kContent);
 }
 
 TEST(TimeStampTokens, ArgumentsAndMemory) {
