@@ -1,7 +1,6 @@
 // Reading enveloped, encrypted, authenticated and digested messages in pieces.
-#include <tlxpki/objects.h>
-
 #include "der/list_items.hpp"
+#include "keyinfo/digest_identifier.hpp"
 #include "keys/pbe.hpp"
 #include "message/cms_records.hpp"
 #include "message/content_code.hpp"
@@ -177,7 +176,7 @@ u32 ENVELOPED_MESSAGE_READER::find_key(const MembersBefore &members, u32 expecte
 
 u32 ENVELOPED_MESSAGE_READER::begin_digest(const Element &algorithm) noexcept {
     const OwnedAlgorithm identifier = decode_algorithm(algorithm);
-    const u32 digest_id = get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(identifier.get()));
+    const u32 digest_id = digest_of(identifier.get());
     if (get_DigestLength(digest_id) == 0) return 0x52A00104;
     return code_.start_digest(digest_id) ? 0 : 0x52A0003C;
 }

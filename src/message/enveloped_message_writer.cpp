@@ -1,8 +1,6 @@
 // Writing enveloped, encrypted, authenticated and digested messages in pieces.
-#include <tlxpki/objects.h>
-
-#include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
+#include "keyinfo/digest_identifier.hpp"
 #include "keys/pbe.hpp"
 #include "message/content_code.hpp"
 #include "message/content_stream.hpp"
@@ -13,23 +11,6 @@
 using namespace tlx;
 
 namespace {
-
-struct NamedDigest {
-    std::string_view name;
-    u32 row;
-    u32 digest_id;
-};
-constexpr NamedDigest kDigests[] = {
-    {"sha256", oid::kSha256, TLX_DIGEST_SHA256},
-    {"sha384", oid::kSha384, TLX_DIGEST_SHA384},
-    {"sha512", oid::kSha512, TLX_DIGEST_SHA512},
-    {"sha224", oid::kSha224, TLX_DIGEST_SHA224},
-};
-
-const NamedDigest *find_digest(std::string_view name) noexcept {
-    const auto *const found = std::ranges::find(kDigests, name, &NamedDigest::name);
-    return found == std::end(kDigests) ? nullptr : found;
-}
 
 /// HMAC with a digest (RFC 4231, section 3.1).
 Owned<X509_ALGO_IDENTIFIER> code_identifier(u32 digest_id) noexcept {
@@ -128,23 +109,23 @@ u32 ENVELOPED_MESSAGE_WRITER::begin_encryption(EnvelopeParts &parts) noexcept {
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::begin_code(EnvelopeParts &parts) noexcept {
-    const NamedDigest *digest = find_digest(settings_.algorithm);
-    if (digest == nullptr) return 0x52A30048;
-    const u32 length = get_DigestLength(digest->digest_id);
+    const u32 digest_id = digest_of_name(settings_.algorithm);
+    if (digest_id == 0) return 0x52A30048;
+    const u32 length = get_DigestLength(digest_id);
     parts.code_length = length;
     const bool has_attributes = has_authenticated_attributes(settings_);
     if (has_attributes) {
-        parts.digest = algorithm_with_null(digest->row);
+        parts.digest = digest_algorithm(digest_id);
         parts.digest_length = length;
     }
-    if ((is_digested() || has_attributes) && !code_.start_digest(digest->digest_id)) return 0x52A3003C;
+    if ((is_digested() || has_attributes) && !code_.start_digest(digest_id)) return 0x52A3003C;
     if (is_digested()) {
-        parts.algorithm = algorithm_with_null(digest->row);
+        parts.algorithm = digest_algorithm(digest_id);
         return parts.algorithm ? 0 : 0x52A3003C;
     }
     if (const u32 status = choose_key(length); status != 0) return status;
-    parts.algorithm = code_identifier(digest->digest_id);
-    const bool begun = parts.algorithm && code_.start_code(digest->digest_id, key_);
+    parts.algorithm = code_identifier(digest_id);
+    const bool begun = parts.algorithm && code_.start_code(digest_id, key_);
     return begun && (!has_attributes || parts.digest) ? 0 : 0x52A3003C;
 }
 

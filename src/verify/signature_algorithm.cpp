@@ -1,4 +1,5 @@
 // The identifiers of signature algorithms, and the parameters of RSASSA-PSS.
+#include "keyinfo/digest_identifier.hpp"
 #include "verify/oid.hpp"
 #include "verify/public_key.hpp"
 
@@ -60,26 +61,6 @@ constexpr KnownAlgorithm kAlgorithms[] = {
     {"\x60\x86\x48\x01\x65\x03\x04\x03\x10", KeyKind::rsa, TLX_DIGEST_SHA3_512, Parameters::null_or_none},
     // 1.2.840.10040.4.3: DSA with SHA-1 (RFC 3279, section 2.2.2)
     {"\x2A\x86\x48\xCE\x38\x04\x03", KeyKind::dsa, TLX_DIGEST_SHA1, Parameters::none},
-};
-
-struct KnownDigest {
-    std::string_view oid;
-    u32 digest_id;
-};
-
-constexpr KnownDigest kDigests[] = {
-    {"\x2B\x0E\x03\x02\x1A", TLX_DIGEST_SHA1},  // 1.3.14.3.2.26
-    // 2.16.840.1.101.3.4.2
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x01", TLX_DIGEST_SHA256},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x02", TLX_DIGEST_SHA384},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x03", TLX_DIGEST_SHA512},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x04", TLX_DIGEST_SHA224},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x05", TLX_DIGEST_SHA512_224},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x06", TLX_DIGEST_SHA512_256},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x07", TLX_DIGEST_SHA3_224},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x08", TLX_DIGEST_SHA3_256},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x09", TLX_DIGEST_SHA3_384},
-    {"\x60\x86\x48\x01\x65\x03\x04\x02\x0A", TLX_DIGEST_SHA3_512},
 };
 
 bool read_digest(StrictCursor &in, u32 &digest_id) noexcept {
@@ -148,8 +129,8 @@ void write_pss_parameters(Encoder &out, const SignatureAlgorithm &algorithm) noe
 }  // namespace
 
 void write_digest(Encoder &out, u32 digest_id) noexcept {
-    for (const KnownDigest &known : kDigests) {
-        if (known.digest_id != digest_id) continue;
+    for (const DigestIdentifier &known : digest_identifiers()) {
+        if (known.digest_id != digest_id || !known.is_current) continue;
         const auto algorithm = out.sequence();
         write_oid(out, known.oid);
         if (digest_id >> 16 != TLX_DIGEST_SHA3_256 >> 16) out.null();
@@ -175,8 +156,8 @@ void write_signature_algorithm(Encoder &out, const SignatureAlgorithm &algorithm
 
 bool read_digest(const AlgorithmView &view, u32 &digest_id) noexcept {
     if (view.has_parameters && !has_null_parameters(view)) return false;
-    for (const KnownDigest &known : kDigests) {
-        if (!is_oid_of(view.oid, known.oid)) continue;
+    for (const DigestIdentifier &known : digest_identifiers()) {
+        if (!known.is_current || !is_oid_of(view.oid, known.oid)) continue;
         digest_id = known.digest_id;
         return true;
     }
