@@ -35,6 +35,21 @@ std::uint32_t sign(const KCDSA *unit, std::uint32_t digest_id, Signature &made) 
                                      &made.r_len, made.s.data(), &made.s_len));
 }
 
+/// The digest of the message that a signature of the key covers; empty when it cannot be begun.
+Octets digest_of_message(const KCDSA *unit, std::uint32_t digest_id, std::uint32_t *status = nullptr) {
+    const Held<free_DIGEST_UNIT> running(new_DIGEST_UNIT());
+    Octets digest(TLX_DIGEST_MAX_LENGTH);
+    std::uint32_t size = 0;
+    const std::uint32_t begun = init_KCDSA_digest(unit, digest_id, running.get());
+    if (status != nullptr) *status = begun;
+    if (begun != 0) return {};
+    for (const std::uint8_t octet : kMessage)
+        EXPECT_EQ(update_Digest(running.get(), &octet, 1), 0U);
+    EXPECT_EQ(final_Digest(running.get(), digest.data(), &size), 0U);
+    digest.resize(size);
+    return digest;
+}
+
 std::uint32_t sign_with_k(const KCDSA *unit, std::uint32_t digest_id, const std::string &k, Signature &made) {
     return made.trim(sign_KCDSA_with_k(unit, digest_id, kMessage.data(), length(kMessage), number(k).get(),
                                        made.r.data(), &made.r_len, made.s.data(), &made.s_len));
@@ -66,7 +81,12 @@ TEST_F(Kcdsa, SignsAndVerifiesThePublishedVectors) {
         EXPECT_EQ(sign_with_k(key.get(), vector.digest_id, vector['k'], made), 0U);
         EXPECT_EQ(made.r, hex(vector['r']));
         EXPECT_EQ(made.s, hex(vector['s']));
-        EXPECT_EQ(verify(kcdsa_unit(vector, "y").get(), vector.digest_id, made.r, made.s), 0U);
+        const Unit open = kcdsa_unit(vector, "y");
+        EXPECT_EQ(verify(open.get(), vector.digest_id, made.r, made.s), 0U);
+        const Octets digest = digest_of_message(open.get(), vector.digest_id);
+        EXPECT_EQ(verify_KCDSA_digest(open.get(), vector.digest_id, digest.data(), length(digest),
+                                      made.r.data(), length(made.r), made.s.data(), length(made.s)),
+                  0U);
     }
 }
 
@@ -81,11 +101,25 @@ std::string run_on_key(const Row &row) {
     std::uint32_t s_len = 7;
     std::uint8_t *r = made.r.data();
     std::uint8_t *s = made.s.data();
+    Octets digest(TLX_DIGEST_MAX_LENGTH);
     using N = const Numbers &;
     const Steps steps = {
         {"sign", [&](N n) { return sign_KCDSA_data(unit, n[0], kMessage.data(), 39, r, &r_len, s, &s_len); }},
         {"verify",
          [&](N n) { return verify_KCDSA_data(unit, n[0], kMessage.data(), 39, r, r_len, s, s_len); }},
+        {"begin",
+         [&](N n) {
+             std::uint32_t begun = 0;
+             const Octets made_now = digest_of_message(unit, n[0], &begun);
+             std::copy(made_now.begin(), made_now.end(), digest.begin());
+             return begun;
+         }},
+        {"sign-digest",
+         [&](N n) { return sign_KCDSA_digest(unit, n[0], digest.data(), n[1], r, &r_len, s, &s_len); }},
+        {"sign-without-digest",
+         [&](N n) { return sign_KCDSA_digest(unit, n[0], nullptr, 20, r, &r_len, s, &s_len); }},
+        {"verify-digest",
+         [&](N n) { return verify_KCDSA_digest(unit, n[0], digest.data(), n[1], r, r_len, s, s_len); }},
         {"init", [&](N n) { return init_KCDSA(unit, n[0]); }},
         {"update", [&](N n) { return update_KCDSA(unit, kMessage.data() + n[0], n[1]); }},
         {"final", [&](N) { return final_KCDSA(unit, r, &r_len, s, &s_len); }},

@@ -311,7 +311,8 @@ TEST_F(MessageSigners, OcspResponseInTheMessage) {
     sweep_statuses({0x5283003C, 0x5284003C, 0x52830048}, status);
 }
 
-/// A KCDSA signer is one of PKCS #7.
+/// A KCDSA signer is one of PKCS #7. The reader does not keep the content, but has the certificate
+/// beforehand.
 TEST_F(MessageSigners, Kcdsa) {
     const Cert cert = signer_spec(kKcdsaKey).make();
     MESSAGE_SIGNER signer = {};
@@ -328,11 +329,35 @@ TEST_F(MessageSigners, Kcdsa) {
     settings.signer_count = 1;
     settings.format = TLX_MESSAGE_FORMAT_PKCS7;
     settings.form = TLX_MESSAGE_DER;
-    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
-    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 0U);
+    const Octets content(3000, 'x');
+    settings.size = content.size();
+    const auto status = [&] {
+        written.clear();
+        const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+        const std::uint32_t begun =
+            update_SIGNED_MESSAGE_WRITER(writer.get(), content.data(), size_of(content));
+        return begun != 0 ? begun : final_SIGNED_MESSAGE_WRITER(writer.get());
+    };
     SIGNED_MESSAGE_READER_SETTINGS reading = {};
     reading.pool = pool.get();
-    EXPECT_EQ(read_in_pieces(reading, written, 5), 0U);
+    reading.held_limit = 1000;
+    for (signer.bare = 0; signer.bare < 2; ++signer.bare) {
+        for (settings.form = 0; settings.form <= TLX_MESSAGE_DETACHED; ++settings.form) {
+            ASSERT_EQ(status(), 0U);
+            const Octets *apart = settings.form == TLX_MESSAGE_DETACHED ? &content : nullptr;
+            EXPECT_EQ(read_in_pieces(reading, written, 5, apart), 0U) << signer.bare << settings.form;
+        }
+    }
+    // The key of somebody else.
+    KCDSA *unit = static_cast<KCDSA *>(signing_key(kKcdsaKey)->key);
+    const Held<free_KCDSA> other(dup_KCDSA(unit));
+    const Held<free_ASYMMETRIC_KEY> wrong(new_ASYMMETRIC_KEY());
+    EXPECT_EQ(gen_KCDSA_key(other.get()), 0U);
+    EXPECT_EQ(set_ASYMMETRIC_KEY(wrong.get(), TLX_KEY_KCDSA, other.get()), 0U);
+    settings.form = TLX_MESSAGE_INDEFINITE;
+    signer.bare = 1;
+    signer.key = wrong.get();
+    EXPECT_EQ(status(), 0x52840054U);
 }
 
 /// The content type is signed.

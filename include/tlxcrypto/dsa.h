@@ -58,6 +58,9 @@ TLXCRYPTO_API uint32_t check_DSA_KEY(const DSA_KEY *key);
  * than q the leftmost bits count. */
 TLXCRYPTO_API uint32_t verify_DSA(const DSA_KEY *key, uint32_t digest_id, const uint8_t *data, uint32_t len,
                                   const uint8_t *r, uint32_t r_len, const uint8_t *s, uint32_t s_len);
+/** Verifies a signature over the digest of a message, of 1 to TLX_DIGEST_MAX_LENGTH octets. */
+TLXCRYPTO_API uint32_t verify_DSA_digest(const DSA_KEY *key, const uint8_t *digest, uint32_t digest_len,
+                                         const uint8_t *r, uint32_t r_len, const uint8_t *s, uint32_t s_len);
 
 TLX_END_DECLS
 

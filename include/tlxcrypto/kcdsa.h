@@ -120,6 +120,21 @@ TLXCRYPTO_API uint32_t verify_KCDSA_data(const KCDSA *unit, uint32_t digest_id, 
                                          uint32_t len, const uint8_t *r, uint32_t r_len, const uint8_t *s,
                                          uint32_t s_len);
 
+/** Begins H(z || M), the digest of a message that a signature of the unit covers: takes z, after which
+ * update_Digest() adds the message and final_Digest() ends it. A private key without a public one is enough.
+ * @param digest in any state; the caller keeps it */
+TLXCRYPTO_API uint32_t init_KCDSA_digest(const KCDSA *unit, uint32_t digest_id, DIGEST_UNIT *digest);
+/** Signs as sign_KCDSA_data() does, with a digest of init_KCDSA_digest() for the message, as often as the
+ * caller likes.
+ * @param digest get_DigestLength() octets; returns 1 for another digest_len */
+TLXCRYPTO_API uint32_t sign_KCDSA_digest(const KCDSA *unit, uint32_t digest_id, const uint8_t *digest,
+                                         uint32_t digest_len, uint8_t *r, uint32_t *r_len, uint8_t *s,
+                                         uint32_t *s_len);
+/** Verifies as verify_KCDSA_data() does, with a digest likewise. */
+TLXCRYPTO_API uint32_t verify_KCDSA_digest(const KCDSA *unit, uint32_t digest_id, const uint8_t *digest,
+                                           uint32_t digest_len, const uint8_t *r, uint32_t r_len,
+                                           const uint8_t *s, uint32_t s_len);
+
 /** Signs as sign_KCDSA_data() does, with a given per-message secret k of 1 to q - 1, for known-answer tests
  * and nothing else: a k that others know, or that two signatures share, gives away the private key. Returns 1
  * also for a k out of range or one that gives r or s zero. */

@@ -93,11 +93,11 @@ TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER_content(SIGNED_MESSAGE_READER *
  * countersignatures decide nothing. Time stamps of signatures count as verify_PKCS7_Signers() says.
  *
  * One pass has its limits, which are findings about a signer. Its digest has to be among digestAlgorithms,
- * which stand before the content: otherwise contentStatus is 0x52820047. A KCDSA signature without attributes
- * takes the content after the key, which comes last, and one of EdDSA goes over it twice: signatureStatus is
- * 0x52820048, and for EdDSA and DSA 0x52820012, unless the content was kept because it fits held_limit, or is
- * held back. For content that was not kept, without attributes, contentStatus is 0x4B30002B whenever the
- * content is one SET.
+ * which stand before the content: otherwise contentStatus is 0x52820047. Content is kept when it fits
+ * held_limit or is held back. For other content, without attributes, a KCDSA signature takes a digest that
+ * begins with the key: it is computed for the keys of the first 8 KCDSA certificates of the pool, and
+ * signatureStatus is 0x52820048 for any other key. A signature of EdDSA goes over the content twice, so that
+ * signatureStatus is 0x52820012, and contentStatus is 0x4B30002B whenever the content is one SET.
  *
  * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
  * null
@@ -162,8 +162,8 @@ typedef struct MESSAGE_SIGNER {
     uint32_t pss;                  /**< nonzero for RSASSA-PSS: the digest also in MGF1, a salt as long */
     uint32_t by_key_identifier;    /**< nonzero names the certificate by its subject key identifier, not by
                                       issuer and serial number */
-    uint32_t bare;                 /**< nonzero signs data itself, without attributes: a key of RSA or ECDSA
-                                      that is at hand */
+    uint32_t bare;                 /**< nonzero signs data itself, without attributes: a key of RSA, ECDSA or
+                                      KCDSA that is at hand */
     uint32_t signing_certificate;  /**< nonzero adds signingCertificateV2 with SHA-256 (RFC 5035) */
     uint32_t algorithm_protection; /**< nonzero adds CMSAlgorithmProtection (RFC 6211) */
     const X509_ATTRIBUTES *attributes; /**< further signed attributes, none of those above; may be null */
@@ -207,8 +207,7 @@ TLXPKI_API void free_SIGNED_MESSAGE_WRITER(SIGNED_MESSAGE_WRITER *writer);
  * Takes the next octets of the content. The first call begins the message.
  * @param octets may be null when len is 0
  * @return 0; 0x52830049 for a null argument; 0x52830048 for a message that is not signed data or has content,
- * for one of version 0 that is to be signed with attributes, and in DER without them for a KCDSA key, whose
- * signature may not get the length that is reserved for it; 0x5283001C for more octets than the size;
+ * and for one of version 0 that is to be signed with attributes; 0x5283001C for more octets than the size;
  * 0x5283003C when memory runs out, for a member that cannot be encoded, and for a digest that is not
  * available; a status of init_PKCS7_Sign() or sign_PKCS7_withAttributes(); a status of the output
  * @return of signers also 0x52830048 for one without a certificate or with other than one of key and sign, a

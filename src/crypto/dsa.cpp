@@ -156,11 +156,17 @@ uint32_t check_DSA_KEY(const DSA_KEY *key) {
 
 uint32_t verify_DSA(const DSA_KEY *key, uint32_t digest_id, const uint8_t *data, uint32_t len,
                     const uint8_t *r, uint32_t r_len, const uint8_t *s, uint32_t s_len) {
-    if (key == nullptr || (r == nullptr && r_len > 0) || (s == nullptr && s_len > 0)) return 1;
     u8 hash[TLX_DIGEST_MAX_LENGTH];
     u32 hash_len = 0;
     if (Digest(digest_id, data, len, hash, &hash_len) != 0) return 1;
-    return verify_hash(*key, {hash, hash_len}, {r, r_len}, {s, s_len});
+    return verify_DSA_digest(key, hash, hash_len, r, r_len, s, s_len);
+}
+
+uint32_t verify_DSA_digest(const DSA_KEY *key, const uint8_t *digest, uint32_t digest_len, const uint8_t *r,
+                           uint32_t r_len, const uint8_t *s, uint32_t s_len) {
+    if (key == nullptr || (r == nullptr && r_len > 0) || (s == nullptr && s_len > 0)) return 1;
+    if (digest == nullptr || digest_len == 0 || digest_len > TLX_DIGEST_MAX_LENGTH) return 1;
+    return verify_hash(*key, {digest, digest_len}, {r, r_len}, {s, s_len});
 }
 
 }  // extern "C"

@@ -16,8 +16,8 @@ inline constexpr u32 kLeastKcdsaPBits = 512;
 inline constexpr u32 kMostKcdsaPBits = 8192;
 inline constexpr u32 kLeastKcdsaQBits = 112;
 inline constexpr u32 kMostKcdsaQBits = 512;
-/// No digest has a longer block.
-inline constexpr u32 kMostBlockLength = 128;
+/// SHA3-224 has the longest block.
+inline constexpr u32 kMostBlockLength = 144;
 
 /// The numbers of a unit, checked and ready for arithmetic. It never changes once it is built. With a private
 /// key, g^q = 1 and y belongs to x.

@@ -187,6 +187,13 @@ bool hash_message(const KcdsaKey &key, u32 digest_id, Bytes data, DigestOctets &
            final_Digest(&digest.unit, hash, &length) == 0;
 }
 
+// Takes the caller's H(z || M).
+bool read_hash(u32 digest_id, const u8 *digest, u32 digest_len, DigestOctets &hash) noexcept {
+    if (digest == nullptr || digest_len == 0 || digest_len != get_DigestLength(digest_id)) return false;
+    std::memcpy(hash, digest, digest_len);
+    return true;
+}
+
 // k null: a fresh one.
 u32 sign_data(const KCDSA *unit, u32 digest_id, const u8 *data, u32 len, const BIGINT *k,
               const Signature &signature) noexcept {
@@ -275,6 +282,37 @@ uint32_t verify_KCDSA_data(const KCDSA *unit, uint32_t digest_id, const uint8_t 
     DigestOctets hash;
     if (key->y == nullptr || !hash_message(*key, digest_id, {data, len}, hash)) return 1;
     return verify_hash(*key, digest_id, hash, {r, r_len}, {s, s_len});
+}
+
+uint32_t init_KCDSA_digest(const KCDSA *unit, uint32_t digest_id, DIGEST_UNIT *digest) {
+    if (unit == nullptr || digest == nullptr) return 1;
+    const ErrorScope errors;
+    const KcdsaKey *key = nullptr;
+    if (const u32 status = get_kcdsa_key(*unit, &key); status != 0) return status;
+    return key->y != nullptr && start_message(*digest, digest_id, *key) ? 0 : 1;
+}
+
+uint32_t sign_KCDSA_digest(const KCDSA *unit, uint32_t digest_id, const uint8_t *digest, uint32_t digest_len,
+                           uint8_t *r, uint32_t *r_len, uint8_t *s, uint32_t *s_len) {
+    const Signature signature = {r, r_len, s, s_len};
+    DigestOctets hash;
+    if (!signature.clear() || unit == nullptr || !read_hash(digest_id, digest, digest_len, hash)) return 1;
+    const ErrorScope errors;
+    const KcdsaKey *key = nullptr;
+    if (const u32 status = get_kcdsa_key(*unit, &key); status != 0) return status;
+    return key->x != nullptr ? sign_hash(*key, digest_id, hash, nullptr, signature) : 1;
+}
+
+uint32_t verify_KCDSA_digest(const KCDSA *unit, uint32_t digest_id, const uint8_t *digest,
+                             uint32_t digest_len, const uint8_t *r, uint32_t r_len, const uint8_t *s,
+                             uint32_t s_len) {
+    DigestOctets hash;
+    if (unit == nullptr || r == nullptr || s == nullptr) return 1;
+    if (!read_hash(digest_id, digest, digest_len, hash)) return 1;
+    const ErrorScope errors;
+    const KcdsaKey *key = nullptr;
+    if (const u32 status = get_kcdsa_key(*unit, &key); status != 0) return status;
+    return key->y != nullptr ? verify_hash(*key, digest_id, hash, {r, r_len}, {s, s_len}) : 1;
 }
 
 }  // extern "C"

@@ -39,11 +39,14 @@ u32 check(const P7_SIGNER_INFO &signer, const ASYMMETRIC_KEY &key, Bytes signatu
     if (!apply_pss_parameters(signer, algorithms, key)) return 0x4B340048;
     Encoder set;
     if (!encode_attributes(signer, set)) return 0x4B34005F;
-    if (begin_signature(&key, algorithms, SigningDirection::verify, 1) != 0 ||
-        update_signature(&key, set.bytes(), 1) != 0) {
-        return 0x4B340048;
+    switch (verify_octets(key, algorithms, set.bytes(), signature)) {
+        case 0:
+            return 0;
+        case 1:
+            return 0x4B340048;
+        default:
+            return 0x4B340054;
     }
-    return check_signature(&key, signature) == 0 ? 0 : 0x4B340054;
 }
 
 }  // namespace

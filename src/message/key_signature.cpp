@@ -12,44 +12,27 @@
 namespace tlx {
 namespace {
 
-/// The unit of a KCDSA key; null for another kind.
-KCDSA *kcdsa_unit(const ASYMMETRIC_KEY *key) noexcept {
-    return key != nullptr && key->kind == TLX_KEY_KCDSA ? static_cast<KCDSA *>(key->key) : nullptr;
-}
-
-u32 sign_rsa(RSA_UNIT *unit, Owned<OCTET_STRING> &signature) noexcept {
-    const OwnedOctets<u8> octets(static_cast<u8 *>(TLX_ALLOCATE(std::size_t{get_RSA_length(unit)} + 1)));
-    if (!octets) return 0x4B1C003B;
-    u32 length = 0;
-    if (const u32 status = final_RSASSA(unit, octets.get(), &length); status != 0) return status;
-    signature.reset(new_string(TLX_TAG_OCTET_STRING, {octets.get(), length}));
+/// Signs with sign(octets, length), a function of an RSA key.
+template <typename Sign>
+u32 sign_rsa(const RSA_UNIT *unit, Sign sign, Owned<OCTET_STRING> &signature) noexcept {
+    Encoder value;
+    if (const u32 status = append_rsa_signature(value, unit, sign); status != 0) return status;
+    signature.reset(value.ok() ? new_string(TLX_TAG_OCTET_STRING, value.bytes()) : nullptr);
     return signature ? 0 : 0x4B1C003B;
 }
 
-u32 sign_kcdsa(KCDSA *unit, Owned<OCTET_STRING> &signature) noexcept {
-    u8 r[TLX_KCDSA_MAX_LENGTH];
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    u32 r_length = 0;
-    u32 s_length = 0;
-    if (const u32 status = final_KCDSA(unit, r, &r_length, s, &s_length); status != 0) return status;
-    if (r_length == 0 || s_length == 0) return 0x4B1C0054;
-    const Owned<BIGINT> number(binary_to_BIGINT(s, s_length));
+/// Signs with sign(r, r_length, s, s_length), a function of a KCDSA key.
+template <typename Sign>
+u32 sign_kcdsa(Sign sign, Owned<OCTET_STRING> &signature) noexcept {
     Encoder value;
-    encode_kcdsa_signature(value, {r, r_length}, number.get());
+    const auto sign_some = [&](u8 *r, u32 *r_length, u8 *s, u32 *s_length) {
+        const u32 status = sign(r, r_length, s, s_length);
+        return status == 0 && (*r_length == 0 || *s_length == 0) ? 0x4B1C0054 : status;
+    };
+    if (const u32 status = append_kcdsa_signature(value, sign_some); status != 0) return status;
     if (!value.ok()) return 0x4B190012;
     signature.reset(new_string(TLX_TAG_OCTET_STRING, value.bytes()));
     return signature ? 0 : 0x4B1C003B;
-}
-
-u32 check_kcdsa(KCDSA *unit, Bytes signature) noexcept {
-    Element element;
-    KcdsaSignature value;
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    if (!read_element(signature, element) || element.tag != kSequence ||
-        !read_kcdsa_signature(element, value) || BIGINT_to_binary(value.s.get(), s, sizeof s) != 0) {
-        return 0x4B21000E;
-    }
-    return verify_KCDSA(unit, value.r.data(), static_cast<u32>(value.r.size()), s, sizeof s);
 }
 
 }  // namespace
@@ -57,6 +40,10 @@ u32 check_kcdsa(KCDSA *unit, Bytes signature) noexcept {
 SignerAlgorithms::SignerAlgorithms(const P7_SIGNER_INFO &signer) noexcept
     : digest_id(get_DigestID_from_OID(get_X509_ALGO_IDENTIFIER_OID(signer.digestAlgorithm))),
       cipher_id(get_CipherID_from_OID(get_X509_ALGO_IDENTIFIER_OID(signer.digestEncryptionAlgorithm))) {}
+
+KCDSA *kcdsa_unit(const ASYMMETRIC_KEY *key) noexcept {
+    return key != nullptr && key->kind == TLX_KEY_KCDSA ? static_cast<KCDSA *>(key->key) : nullptr;
+}
 
 Owned<ASYMMETRIC_KEY> copy_public_key(const X509_CERT *cert) noexcept {
     return Owned<ASYMMETRIC_KEY>(dup_ASYMMETRIC_KEY(get_X509_PUBKEY_key(get_X509_SPKI(cert))));
@@ -73,28 +60,53 @@ bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &
            set_RSA_UNIT_PSS(rsa, settings.digests.mgf_digest_id, settings.salt_length) == 0;
 }
 
-u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, SigningDirection direction,
-                    u32 other_kind) noexcept {
+u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms) noexcept {
+    constexpr u32 kSign = 1;
     if (RSA_UNIT *rsa = rsa_unit(key)) {
-        return init_RSASSA(rsa, algorithms.digest_id, algorithms.padding_mode(), static_cast<u32>(direction));
+        return init_RSASSA(rsa, algorithms.digest_id, algorithms.padding_mode(), kSign);
     }
     KCDSA *kcdsa = kcdsa_unit(key);
-    if (kcdsa == nullptr) return other_kind;
+    if (kcdsa == nullptr) return 0x4B1C0048;
     if (const u32 status = set_KCDSA_digest(kcdsa, algorithms.digest_id); status != 0) return status;
-    return init_KCDSA(kcdsa, static_cast<u32>(direction));
+    return init_KCDSA(kcdsa, kSign);
 }
 
 u32 update_signature(const ASYMMETRIC_KEY *key, Bytes octets, u32 other_kind) noexcept {
-    const auto length = static_cast<u32>(octets.size());
-    if (RSA_UNIT *rsa = rsa_unit(key)) return update_RSASSA(rsa, octets.data(), length);
-    if (KCDSA *kcdsa = kcdsa_unit(key)) return update_KCDSA(kcdsa, octets.data(), length);
+    if (RSA_UNIT *rsa = rsa_unit(key)) return update_RSASSA(rsa, octets.data(), size_of(octets));
+    if (KCDSA *kcdsa = kcdsa_unit(key)) return update_KCDSA(kcdsa, octets.data(), size_of(octets));
     return other_kind;
 }
 
 u32 finish_signature(const ASYMMETRIC_KEY *key, Owned<OCTET_STRING> &signature) noexcept {
-    if (RSA_UNIT *rsa = rsa_unit(key)) return sign_rsa(rsa, signature);
-    if (KCDSA *kcdsa = kcdsa_unit(key)) return sign_kcdsa(kcdsa, signature);
-    return 0x4B1C0048;
+    if (RSA_UNIT *rsa = rsa_unit(key)) {
+        return sign_rsa(
+            rsa, [=](u8 *octets, u32 *length) { return final_RSASSA(rsa, octets, length); }, signature);
+    }
+    KCDSA *kcdsa = kcdsa_unit(key);
+    if (kcdsa == nullptr) return 0x4B1C0048;
+    return sign_kcdsa([=](u8 *r, u32 *r_length, u8 *s,
+                          u32 *s_length) { return final_KCDSA(kcdsa, r, r_length, s, s_length); },
+                      signature);
+}
+
+u32 sign_digest(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, Bytes digest,
+                Owned<OCTET_STRING> &signature) noexcept {
+    const u32 size = size_of(digest);
+    if (const RSA_UNIT *rsa = rsa_unit(key)) {
+        const auto sign = [&](u8 *octets, u32 *length) {
+            return sign_RSA_digest(rsa, algorithms.digest_id, algorithms.padding_mode(), digest.data(), size,
+                                   octets, length);
+        };
+        return sign_rsa(rsa, sign, signature);
+    }
+    const KCDSA *kcdsa = kcdsa_unit(key);
+    if (kcdsa == nullptr) return 0x4B1C0048;
+    return sign_kcdsa(
+        [&](u8 *r, u32 *r_length, u8 *s, u32 *s_length) {
+            return sign_KCDSA_digest(kcdsa, algorithms.digest_id, digest.data(), size, r, r_length, s,
+                                     s_length);
+        },
+        signature);
 }
 
 bool reserve_signature(const P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &zeros) noexcept {
@@ -116,12 +128,20 @@ bool reserve_signature(const P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &zeros)
     return zeros != nullptr;
 }
 
-u32 check_signature(const ASYMMETRIC_KEY *key, Bytes signature) noexcept {
-    if (RSA_UNIT *rsa = rsa_unit(key)) {
-        return verify_RSASSA(rsa, signature.data(), static_cast<u32>(signature.size()));
+u32 verify_octets(const ASYMMETRIC_KEY &key, const SignerAlgorithms &algorithms, Bytes octets,
+                  Bytes signature) noexcept {
+    if (const RSA_UNIT *rsa = rsa_unit(&key)) {
+        if (signature.data() == nullptr) return 1;  // a signer that has not signed
+        return verify_RSA(rsa, algorithms.digest_id, algorithms.padding_mode(), octets.data(),
+                          size_of(octets), signature.data(), size_of(signature));
     }
-    KCDSA *kcdsa = kcdsa_unit(key);
-    return kcdsa != nullptr ? check_kcdsa(kcdsa, signature) : 0x4B210048;
+    const KCDSA *kcdsa = kcdsa_unit(&key);
+    if (kcdsa == nullptr) return 0x4B210048;
+    KcdsaOctets value = {};
+    value.s_length = TLX_KCDSA_MAX_LENGTH;
+    if (!value.read(signature)) return 0x4B21000E;
+    return verify_KCDSA_data(kcdsa, algorithms.digest_id, octets.data(), size_of(octets), value.r.data(),
+                             size_of(value.r), value.s, value.s_length);
 }
 
 }  // namespace tlx

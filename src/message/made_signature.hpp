@@ -28,7 +28,7 @@ void write_signing_certificate(Encoder &out, const X509_CERT &cert) noexcept;
 struct SignedInput {
     const MESSAGE_SIGNER &signer;
     const X509_ALGO_IDENTIFIER *algorithm;
-    Bytes octets;  ///< of a signer without attributes the digest of the content
+    Bytes octets;  ///< of a signer without attributes the digest of the content, for KCDSA that of its key
 };
 
 /// Signs, and verifies the signature with the certificate. With a length other than 0 it signs until the

@@ -53,8 +53,14 @@ u32 name_signer(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer) noexcept 
 
 /// Whether somebody signs without attributes: over the digest of data, with a key that is at hand.
 bool may_be_bare(const MESSAGE_SIGNER &wanted, const PublicKey &key, bool is_data) noexcept {
-    const bool takes_digest = key.kind == KeyKind::rsa || key.kind == KeyKind::ecdsa;
+    const bool takes_digest =
+        key.kind == KeyKind::rsa || key.kind == KeyKind::ecdsa || key.kind == KeyKind::kcdsa;
     return is_data && takes_digest && wanted.key != nullptr;
+}
+
+/// What the digest of the content begins with for a signer; null for nothing.
+const KCDSA *digested_key(const MESSAGE_SIGNER &wanted) noexcept {
+    return wanted.bare != 0 ? kcdsa_key_of(wanted.certificate) : nullptr;
 }
 
 /// Whether attributes of the caller have the type of one that the writer makes.
@@ -160,11 +166,10 @@ u32 MessageSigners::add(const MESSAGE_SIGNER &wanted) noexcept {
     if (!scheme.read(view_of(*signer))) return 0x5283003C;
     if (!can_verify(key, scheme)) return 0x52830048;
     Owned<X509_ALGO_IDENTIFIER> listed(dup_X509_ALGO_IDENTIFIER(signer->digestAlgorithm));
-    const RunningDigests::Start started = digests_.start(scheme.digest_id);
-    if (started == RunningDigests::Start::too_many) return 0x52830048;
-    if (started != RunningDigests::Start::done || !append_owned(body.digestAlgorithms, listed)) {
-        return 0x5283003C;
-    }
+    using Start = RunningDigests::Start;
+    const Start started = digests_.start(scheme.digest_id, digested_key(wanted));
+    if (started == Start::too_many || started == Start::bad_key) return 0x52830048;
+    if (started != Start::done || !append_owned(body.digestAlgorithms, listed)) return 0x5283003C;
     return append_owned(body.signerInfos, signer) ? 0 : 0x5283003C;
 }
 
@@ -240,12 +245,11 @@ u32 MessageSigners::reserve() noexcept {
 }
 
 u32 MessageSigners::sign() noexcept {
-    ContentDigests digests;
-    if (!digests_.finish(digests)) return 0x5284003C;
+    if (!digests_.finish()) return 0x5284003C;
     return for_each([&](const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer) {
         SignerScheme scheme;
         if (!scheme.read(view_of(signer))) return 0x5284003CU;
-        return sign_one(wanted, signer, digests.get(scheme.digest_id));
+        return sign_one(wanted, signer, digests_.get(scheme.digest_id, digested_key(wanted)));
     });
 }
 

@@ -1,35 +1,78 @@
 #include "message/running_digests.hpp"
 
 namespace tlx {
+namespace {
 
-RunningDigests::Start RunningDigests::start(u32 digest_id) noexcept {
-    for (std::size_t i = 0; i < count_; ++i) {
-        if (get_DIGEST_UNIT_id(units_[i].get()) == digest_id) return Start::done;
+constexpr u32 kMostPlain = 8;
+
+/// Digests depend on the public number alone, which a private key may lack.
+bool is_same_key(const KCDSA *a, const KCDSA *b) noexcept {
+    if (a == b) return true;
+    const BIGINT *y = get_KCDSA_number(a, TLX_KCDSA_Y);
+    const BIGINT *other = get_KCDSA_number(b, TLX_KCDSA_Y);
+    return y != nullptr && other != nullptr && cmp_BIGINT(y, other) == 0;
+}
+
+}  // namespace
+
+RunningDigests::~RunningDigests() {
+    for (Entry *entry : entries_) {
+        Destroy<Entry>{}(entry);
     }
-    if (count_ == kMost) return Start::too_many;
-    Owned<DIGEST_UNIT> unit(new_DIGEST_UNIT());
-    if (!unit || init_Digest(unit.get(), digest_id) != 0) return Start::no_memory;
-    units_[count_++] = std::move(unit);
+}
+
+const RunningDigests::Entry *RunningDigests::find(u32 digest_id, const KCDSA *key) const noexcept {
+    for (const Entry *entry : entries_) {
+        if (entry->digest_id == digest_id && is_same_key(entry->key, key)) return entry;
+    }
+    return nullptr;
+}
+
+RunningDigests::Start RunningDigests::start(u32 digest_id, const KCDSA *key) noexcept {
+    if (find(digest_id, key) != nullptr) return Start::done;
+    if (key == nullptr && plain_ == kMostPlain) return Start::too_many;
+    OwnedObject<Entry> entry = make_object<Entry>(digest_id, key);
+    if (!entry || !entry->unit) return Start::no_memory;
+    DIGEST_UNIT *unit = entry->unit.get();
+    const u32 status =
+        key != nullptr ? init_KCDSA_digest(key, digest_id, unit) : init_Digest(unit, digest_id);
+    if (status != 0) return status == TLX_KCDSA_BAD_KEY ? Start::bad_key : Start::no_memory;
+    if (!entries_.append(entry.get())) return Start::no_memory;
+    static_cast<void>(entry.release());
+    if (key == nullptr) ++plain_;
+    return Start::done;
+}
+
+RunningDigests::Start RunningDigests::start_all(const RunningDigests &others, const KCDSA *key) noexcept {
+    for (const Entry *entry : others.entries_) {
+        if (const Start started = start(entry->digest_id, key); started != Start::done) return started;
+    }
     return Start::done;
 }
 
 bool RunningDigests::update(Bytes octets) noexcept {
-    const auto size = static_cast<u32>(octets.size());
-    for (std::size_t i = 0; i < count_; ++i) {
-        if (update_Digest(units_[i].get(), octets.data(), size) != 0) return false;
+    for (Entry *entry : entries_) {
+        if (update_Digest(entry->unit.get(), octets.data(), size_of(octets)) != 0) return false;
     }
     return true;
 }
 
-bool RunningDigests::finish(ContentDigests &digests) noexcept {
-    for (std::size_t i = 0; i < count_; ++i) {
-        u8 octets[TLX_DIGEST_MAX_LENGTH];
-        u32 length = 0;
-        const u32 digest_id = get_DIGEST_UNIT_id(units_[i].get());
-        if (final_Digest(units_[i].get(), octets, &length) != 0) return false;
-        digests.put(digest_id, {octets, length});
+bool RunningDigests::finish() noexcept {
+    for (Entry *entry : entries_) {
+        if (final_Digest(entry->unit.get(), entry->octets, &entry->length) != 0) return false;
     }
     return true;
+}
+
+Bytes RunningDigests::get(u32 digest_id, const KCDSA *key) const noexcept {
+    const Entry *entry = find(digest_id, key);
+    return entry != nullptr ? Bytes(entry->octets, entry->length) : Bytes();
+}
+
+void RunningDigests::give_to(ContentDigests &digests) const noexcept {
+    for (const Entry *entry : entries_) {
+        if (entry->key == nullptr) digests.put(entry->digest_id, {entry->octets, entry->length});
+    }
 }
 
 }  // namespace tlx

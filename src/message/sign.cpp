@@ -30,7 +30,7 @@ u32 find_signers(const P7_CONTENT_INFO *info, SignedMembers &members) noexcept {
 u32 begin(const P7_SIGNER_INFO &signer) noexcept {
     const SignerAlgorithms algorithms(signer);
     if (algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 0x4B1C002B;
-    return begin_signature(signer.key, algorithms, SigningDirection::sign, 0x4B1C0048);
+    return begin_signature(signer.key, algorithms);
 }
 
 u32 set_version(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
@@ -42,79 +42,107 @@ u32 set_version(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
     return 0;
 }
 
-u32 set_signature_algorithm(P7_SIGNER_INFO &signer, u32 row) noexcept {
-    return replace_algorithm(signer.digestEncryptionAlgorithm, row) ? 0 : 0x4B1C003B;
+/// Gives a signer that has its version the algorithm that it has once it signs.
+u32 name_algorithm(P7_SIGNER_INFO &signer) noexcept {
+    const u32 row = algorithm_row(signer.digestEncryptionAlgorithm);
+    const bool is_pss = row == oid::kRsassaPss || row == oid::kPss;
+    u32 named = oid::kRsaEncryption;
+    if (is_rsa(signer)) {
+        const bool is_renamed = signs_attributes(signer, signer.version)
+                                    ? has_version_one(signer) && !is_pss
+                                    : is_BIGINT_zero(signer.version) != 0;
+        if (!is_renamed) return 0;
+    } else {
+        named = oid::kKcdsa1;
+    }
+    return replace_algorithm(signer.digestEncryptionAlgorithm, named) ? 0 : 0x4B1C003B;
 }
 
 /// The attributes are signed as a SET, whatever tag carries them.
-u32 take_attributes(P7_SIGNER_INFO &signer) noexcept {
-    Encoder set;
+u32 encode_attributes(const P7_SIGNER_INFO &signer, Encoder &set) noexcept {
     Attributes::encode(set, signer.authenticatedAttributes, kSet);
-    if (!set.ok() || get_STACK_count(signer.authenticatedAttributes) == 0) return 0x4B1C005F;
-    // Without its module, as callers compare it.
-    if (const u32 status = update_signature(signer.key, set.bytes(), 0x001C0048); status != 0) return status;
-    const u32 row = algorithm_row(signer.digestEncryptionAlgorithm);
-    const bool keeps_algorithm = row == oid::kRsassaPss || row == oid::kPss;
-    if (!is_rsa(signer) || !has_version_one(signer) || keeps_algorithm) return 0;
-    return set_signature_algorithm(signer, oid::kRsaEncryption);
+    return set.ok() && get_STACK_count(signer.authenticatedAttributes) != 0 ? 0 : 0x4B1C005F;
 }
 
-u32 take_content(P7_SIGNER_INFO &signer, const ContentOctets &content) noexcept {
+u32 take_attributes(const P7_SIGNER_INFO &signer) noexcept {
+    Encoder set;
+    if (const u32 status = encode_attributes(signer, set); status != 0) return status;
+    // Without its module, as callers compare it.
+    return update_signature(signer.key, set.bytes(), 0x001C0048);
+}
+
+u32 take_content(const P7_SIGNER_INFO &signer, const ContentOctets &content) noexcept {
     if (!content.present()) return 0x4B1C0049;
-    const u32 status = update_signature(signer.key, content.bytes(), 0x4B1C0048);
-    if (status != 0 || is_BIGINT_zero(signer.version) == 0) return status;
-    return set_signature_algorithm(signer, oid::kRsaEncryption);
+    return update_signature(signer.key, content.bytes(), 0x4B1C0048);
 }
 
 /// Takes what the signer signs, and gives it the version and the algorithm that it has then.
 u32 take(P7_SIGNER_INFO &signer, const BIGINT *version, const ContentOctets &content) noexcept {
     if (const u32 status = set_version(signer, version); status != 0) return status;
-    const bool takes_attributes =
-        is_BIGINT_zero(signer.version) == 0 && signer.authenticatedAttributes != nullptr;
-    return takes_attributes ? take_attributes(signer) : take_content(signer, content);
-}
-
-u32 finish(P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &signature) noexcept {
-    if (const u32 status = finish_signature(signer.key, signature); status != 0) return status;
-    return is_rsa(signer) ? 0 : set_signature_algorithm(signer, oid::kKcdsa1);
+    const u32 status =
+        signs_attributes(signer, version) ? take_attributes(signer) : take_content(signer, content);
+    return status != 0 ? status : name_algorithm(signer);
 }
 
 u32 sign_one(P7_SIGNER_INFO &signer, const BIGINT *version, const ContentOctets &content) noexcept {
     if (const u32 status = take(signer, version, content); status != 0) return status;
     Owned<OCTET_STRING> signature;
-    if (const u32 status = finish(signer, signature); status != 0) return status;
+    if (const u32 status = finish_signature(signer.key, signature); status != 0) return status;
     signer.encryptedDigest = signature.release();
     return 0;
 }
 
 u32 reserve_one(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
-    ContentOctets empty;
-    empty.use({});
-    if (const u32 status = take(signer, version, empty); status != 0) return status;
-    if (!is_rsa(signer)) {
-        if (const u32 status = set_signature_algorithm(signer, oid::kKcdsa1); status != 0) return status;
+    if (const u32 status = set_version(signer, version); status != 0) return status;
+    if (signs_attributes(signer, version)) {
+        Encoder set;
+        if (const u32 status = encode_attributes(signer, set); status != 0) return status;
     }
+    if (const u32 status = name_algorithm(signer); status != 0) return status;
     Owned<OCTET_STRING> zeros;
     if (!reserve_signature(signer, zeros)) return 0x4B1C003B;
     signer.encryptedDigest = zeros.release();
     return 0;
 }
 
-u32 sign_to_length(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
+/// The digest that a signer signs whose attributes are there. 0, or a status of final_PKCS7_Sign().
+u32 digest_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, RunningDigests &digests) noexcept {
+    Encoder set;
+    if (const u32 status = encode_attributes(signer, set); status != 0) return status;
+    const bool done = digests.start(digest_id, kcdsa_unit(signer.key)) == RunningDigests::Start::done &&
+                      digests.update(set.bytes()) && digests.finish();
+    return done ? 0 : 0x4B1C003B;
+}
+
+/// Signs until the signature has the length that is reserved, where one is.
+u32 sign_to_length(P7_SIGNER_INFO &signer, Bytes digest, i32 length) noexcept {
     constexpr u32 kMostTries = 64;
-    Owned<OCTET_STRING> room;
-    ContentOctets taken;
-    taken.use({});
-    if (!reserve_signature(signer, room)) return 0x4B1C003B;
     for (u32 tries = 0; tries < kMostTries; ++tries) {
-        if (tries > 0) {
-            if (const u32 status = begin(signer); status != 0) return status;
-        }
-        if (const u32 status = sign_one(signer, version, taken); status != 0) return status;
-        if (signer.encryptedDigest->length == room->length) return 0;
-        free_ASN1_STRING(std::exchange(signer.encryptedDigest, nullptr));
+        Owned<OCTET_STRING> signature;
+        const u32 status = sign_digest(signer.key, SignerAlgorithms(signer), digest, signature);
+        if (status != 0) return status;
+        if (length != 0 && signature->length != length) continue;
+        signer.encryptedDigest = signature.release();
+        return 0;
     }
     return 0x52840047;
+}
+
+u32 sign_in_pieces(P7_SIGNER_INFO &signer, const BIGINT *version, const RunningDigests &content,
+                   bool is_reserved) noexcept {
+    Owned<OCTET_STRING> room;
+    RunningDigests attributes;
+    if (is_reserved && !reserve_signature(signer, room)) return 0x4B1C003B;
+    if (const u32 status = set_version(signer, version); status != 0) return status;
+    const u32 digest_id = SignerAlgorithms(signer).digest_id;
+    const bool has_attributes = signs_attributes(signer, version);
+    if (has_attributes) {
+        const u32 status = digest_attributes(signer, digest_id, attributes);
+        if (status != 0) return status;
+    }
+    const Bytes digest = (has_attributes ? attributes : content).get(digest_id, kcdsa_unit(signer.key));
+    const u32 status = sign_to_length(signer, digest, room ? room->length : 0);
+    return status != 0 ? status : name_algorithm(signer);
 }
 
 /// Gives signed data its first content. Content that is there stays.
@@ -137,21 +165,20 @@ u32 tlx::sign_with_all(const SignedMembers &members, const ContentOctets &conten
                         [&](P7_SIGNER_INFO &signer) { return sign_one(signer, members.version, content); });
 }
 
-u32 tlx::update_all(const SignedMembers &members, Bytes octets) noexcept {
-    return for_unsigned(members, [&](const P7_SIGNER_INFO &signer) {
-        if (signer.authenticatedAttributes != nullptr) return 0U;
-        return update_signature(signer.key, octets, 0x4B1C0048);
-    });
-}
-
 u32 tlx::reserve_signatures(const SignedMembers &members) noexcept {
     return for_unsigned(members,
                         [&](P7_SIGNER_INFO &signer) { return reserve_one(signer, members.version); });
 }
 
-u32 tlx::sign_to_reserved_length(const SignedMembers &members) noexcept {
-    return for_unsigned(members,
-                        [&](P7_SIGNER_INFO &signer) { return sign_to_length(signer, members.version); });
+bool tlx::signs_attributes(const P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
+    return is_BIGINT_zero(version) == 0 && signer.authenticatedAttributes != nullptr;
+}
+
+u32 tlx::sign_content_in_pieces(const SignedMembers &members, const RunningDigests &content,
+                                bool is_reserved) noexcept {
+    return for_unsigned(members, [&](P7_SIGNER_INFO &signer) {
+        return sign_in_pieces(signer, members.version, content, is_reserved);
+    });
 }
 
 uint32_t init_PKCS7_Sign(P7_CONTENT_INFO *info, uint32_t detached) {

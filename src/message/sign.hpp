@@ -4,7 +4,7 @@
 #include <tlxpki/time.h>
 
 #include "der/owned.hpp"
-#include "message/content_digests.hpp"
+#include "message/running_digests.hpp"
 
 namespace tlx {
 
@@ -23,18 +23,18 @@ template <typename Act>
 /// attributes, or without any with the content. A status of final_PKCS7_Sign().
 [[nodiscard]] u32 sign_with_all(const SignedMembers &members, const ContentOctets &content) noexcept;
 
-/// Takes content that comes in pieces for the signers without a signature and without attributes, before
-/// sign_with_all() is called with empty content. A status of final_PKCS7_Sign().
-[[nodiscard]] u32 update_all(const SignedMembers &members, Bytes octets) noexcept;
+/// Whether a signer signs its attributes in a message of the version, and not the content.
+[[nodiscard]] bool signs_attributes(const P7_SIGNER_INFO &signer, const BIGINT *version) noexcept;
 
 /// Gives every signer without a signature what sign_with_all() gives it, but zeros for a signature: as many
 /// octets as most signatures of its key have. A status of final_PKCS7_Sign().
 [[nodiscard]] u32 reserve_signatures(const SignedMembers &members) noexcept;
 
-/// Signs attributes with every signer that has no signature yet, after init_PKCS7_Sign(), until the signature
-/// is as long as reserve_signatures() makes it. 0x52840047 after 64 tries; otherwise a status of
-/// final_PKCS7_Sign().
-[[nodiscard]] u32 sign_to_reserved_length(const SignedMembers &members) noexcept;
+/// Signs with every signer that has no signature yet: its attributes, or the content, whose digests are those
+/// of the signers' algorithms and KCDSA keys. Signatures are as long as reserve_signatures() makes them, if
+/// that is wanted: 0x52840047 after 64 tries. Otherwise a status of final_PKCS7_Sign().
+[[nodiscard]] u32 sign_content_in_pieces(const SignedMembers &members, const RunningDigests &content,
+                                         bool is_reserved) noexcept;
 
 /// The value of the attribute signingTime, for null of the present time: UTCTime in the years that it has
 /// (RFC 5652, section 11.3). Null when memory runs out and for a time that cannot be written.

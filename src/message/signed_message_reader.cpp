@@ -31,7 +31,7 @@ struct SIGNED_MESSAGE_READER {
     explicit SIGNED_MESSAGE_READER(const SIGNED_MESSAGE_READER_SETTINGS &settings) noexcept
         : settings_(settings),
           parser_({MessageKind::signed_data}, held_limit(settings)),
-          content_(most_kept(settings)) {}
+          content_(most_kept(settings), settings.pool) {}
 
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 update_content(Bytes octets) noexcept;

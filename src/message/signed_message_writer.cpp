@@ -105,9 +105,10 @@ u32 SIGNED_MESSAGE_WRITER::place_content_type() noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::begin_digests() noexcept {
-    if (signs_content()) return 0;
     return for_unsigned(members_, [&](const P7_SIGNER_INFO &signer) {
-        const auto started = digests_.start(SignerAlgorithms(signer).digest_id);
+        if (signs_content() && signs_attributes(signer, members_.version)) return 0U;
+        const KCDSA *key = signs_content() ? kcdsa_unit(signer.key) : nullptr;
+        const auto started = digests_.start(SignerAlgorithms(signer).digest_id, key);
         return started == RunningDigests::Start::done ? 0U : 0x5283003C;
     });
 }
@@ -131,23 +132,19 @@ u32 SIGNED_MESSAGE_WRITER::begin_frame(const Encoder &whole) noexcept {
     return out_.status();
 }
 
-/// A copy of the message with zeros for signatures. In DER they have the length that is reserved.
+/// A copy of the message with zeros for signatures.
 u32 SIGNED_MESSAGE_WRITER::write_with_zeros(Encoder &whole) const noexcept {
-    const bool is_der = settings_.form == TLX_MESSAGE_DER;
     const Owned<P7_CONTENT_INFO> copy(dup_P7_CONTENT_INFO(info_.get()));
     if (!copy) return 0x5283003C;
     const SignedMembers members = members_of(*copy->content.signedData);
-    if (const u32 status = init_PKCS7_Sign(copy.get(), 0); status != 0) return status;
-    ContentDigests zeros;
-    const u32 refused = for_unsigned(members, [&](const P7_SIGNER_INFO &signer) {
-        constexpr u8 kZeros[TLX_DIGEST_MAX_LENGTH] = {};
-        const u32 digest_id = SignerAlgorithms(signer).digest_id;
-        if (zeros.get(digest_id).empty()) zeros.put(digest_id, {kZeros, get_DigestLength(digest_id)});
-        const bool signs_once = signs_content() && signer.authenticatedAttributes == nullptr;
-        return is_der && signs_once && signer.key->kind != TLX_KEY_RSA ? 0x52830048 : 0U;
-    });
-    if (refused != 0) return refused;
     if (!signs_content()) {
+        ContentDigests zeros;
+        static_cast<void>(for_unsigned(members, [&](const P7_SIGNER_INFO &signer) {
+            constexpr u8 kZeros[TLX_DIGEST_MAX_LENGTH] = {};
+            const u32 digest_id = SignerAlgorithms(signer).digest_id;
+            if (zeros.get(digest_id).empty()) zeros.put(digest_id, {kZeros, get_DigestLength(digest_id)});
+            return 0U;
+        }));
         const u32 status =
             put_signed_attributes(members, zeros, data().contentInfo->contentType, settings_.time);
         if (status != 0) return status;
@@ -162,9 +159,6 @@ u32 SIGNED_MESSAGE_WRITER::take(Bytes octets) noexcept {
     if (is_der && octets.size() > settings_.size - taken_) return 0x5283001C;
     taken_ += octets.size();
     if (!digests_.update(octets) || !signers_.update(octets)) return 0x5283003C;
-    if (!has_signers() && signs_content()) {
-        if (const u32 status = update_all(members_, octets); status != 0) return status;
-    }
     if (is_der) out_.raw(octets);
     if (settings_.form == TLX_MESSAGE_INDEFINITE) segments_.update(out_, octets);
     return out_.status();
@@ -181,17 +175,15 @@ u32 SIGNED_MESSAGE_WRITER::finish() noexcept {
 
 u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
     if (has_signers()) return signers_.sign();
-    ContentDigests digests;
-    if (!digests_.finish(digests)) return 0x5284003C;
+    if (!digests_.finish()) return 0x5284003C;
     if (!signs_content()) {
+        ContentDigests digests;
+        digests_.give_to(digests);
         const u32 status =
             put_signed_attributes(members_, digests, data().contentInfo->contentType, settings_.time);
         if (status != 0) return status;
     }
-    if (settings_.form == TLX_MESSAGE_DER) return sign_to_reserved_length(members_);
-    ContentOctets taken;
-    taken.use({});
-    return sign_with_all(members_, taken);
+    return sign_content_in_pieces(members_, digests_, settings_.form == TLX_MESSAGE_DER);
 }
 
 u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {

@@ -91,21 +91,22 @@ struct Verifier {
         status = 0x4B300054;
         return signature.empty() || judge(verify_signature(key, scheme.signature, octets, signature), status);
     }
-    /// Verifies the signature over content of which only the digest is left. A digest of KCDSA begins with
-    /// the key, which nobody knew in time, and EdDSA goes over the content twice. False when memory runs out.
-    [[nodiscard]] bool verify_digest(Bytes digest, u32 &status) const noexcept {
+    /// Verifies the signature over content of which only digests are left. EdDSA goes over the content twice,
+    /// and a digest of KCDSA begins with the key, which nobody may have known in time. False when memory runs
+    /// out.
+    [[nodiscard]] bool verify_digest(SignerChecks &checks, u32 &status) const noexcept {
         const Bytes signature = octets_of(signer.signature);
-        const bool takes_digest = key.kind == KeyKind::rsa || key.kind == KeyKind::ecdsa;
-        if (digest.empty()) {
-            status = 0x52820047;
-        } else if (!takes_digest) {
-            status = key.kind == KeyKind::kcdsa ? 0x52820048 : 0x52820012;
-        } else {
-            status = 0x4B300054;
-            return signature.empty() ||
-                   judge(verify_signature_of_digest(key, scheme.signature, digest, signature), status);
-        }
-        return true;
+        Bytes digest = checks.digests.get(scheme.digest_id);
+        status = 0x52820047;
+        if (digest.empty()) return true;
+        status = 0x52820012;
+        if (key.kind == KeyKind::eddsa) return true;
+        status = 0x52820048;
+        if (key.kind == KeyKind::kcdsa) digest = checks.keyed_digests->get(scheme.digest_id, key.kcdsa.get());
+        if (digest.empty()) return true;
+        status = 0x4B300054;
+        return signature.empty() ||
+               judge(verify_signature_of_digest(key, scheme.signature, digest, signature), status);
     }
 };
 
@@ -134,7 +135,7 @@ bool check_signature(const Verifier &verifier, SignerChecks &checks, u32 &status
     const SignerView &signer = verifier.signer;
     if (signer.signed_attributes == nullptr) {
         if (checks.has_content) return verifier.verify(checks.content, status);
-        return verifier.verify_digest(checks.digests.get(verifier.scheme.digest_id), status);
+        return verifier.verify_digest(checks, status);
     }
     Encoder sent;
     if (!write_attributes(signer, sent)) return false;

@@ -4,7 +4,7 @@
 #include <tlxpki/pkcs7_sign.h>
 
 #include "message/certificate_lookup.hpp"
-#include "message/content_digests.hpp"
+#include "message/running_digests.hpp"
 #include "message/signer_path.hpp"
 #include "message/signer_view.hpp"
 #include "message/strict_path.hpp"
@@ -35,6 +35,7 @@ struct SignerChecks {
     bool has_content = true;      ///< false: the content is gone, but for its digests
     bool content_is_set = false;  ///< of content that is gone: it was one SET
     ContentDigests digests;
+    const RunningDigests *keyed_digests = nullptr;  ///< of content that is gone: those of KCDSA
     const OBJECT_IDENTIFIER *content_type = nullptr;
     const X509_CERTIFICATES *pool = nullptr;  ///< the certificates of signers
     CertificateLookup<IssuerAndSerialProperty> certificates;

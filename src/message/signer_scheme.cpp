@@ -98,6 +98,11 @@ Rule read_signer_key(const X509_CERT &cert, PublicKey &key) noexcept {
     return info != nullptr ? read_public_key(info, key) : Rule::kBadPublicKey;
 }
 
+const KCDSA *kcdsa_key_of(const X509_CERT *cert) noexcept {
+    const ASYMMETRIC_KEY *held = get_X509_PUBKEY_key(get_X509_SPKI(cert));
+    return held != nullptr && held->kind == TLX_KEY_KCDSA ? static_cast<const KCDSA *>(held->key) : nullptr;
+}
+
 bool SignerScheme::read(const SignerView &signer) noexcept {
     EncodedAlgorithm encoded;
     SignatureAlgorithm found;

@@ -12,6 +12,9 @@ namespace tlx {
 /// The key of a signer's certificate: kNone, or a rule of make_key() or check_key().
 [[nodiscard]] Rule read_signer_key(const X509_CERT &cert, PublicKey &key) noexcept;
 
+/// The key of a certificate when it is one of KCDSA, which the certificate owns; null for any other.
+[[nodiscard]] const KCDSA *kcdsa_key_of(const X509_CERT *cert) noexcept;
+
 struct SignerScheme {
     u32 digest_id = 0;             ///< of the content; 0 for one that is not known
     SignatureAlgorithm signature;  ///< of no kind when it is not known or does not go with the digest

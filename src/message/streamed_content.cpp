@@ -51,7 +51,7 @@ u32 StreamedContent::start(Bytes members) noexcept {
 
 bool StreamedContent::update(Bytes octets) noexcept {
     set_.update(octets);
-    return digests_.update(octets) && keep(octets);
+    return digests_.update(octets) && keep(octets) && keyed_.update(octets);
 }
 
 bool StreamedContent::keep(Bytes octets) noexcept {
@@ -59,14 +59,30 @@ bool StreamedContent::keep(Bytes octets) noexcept {
     is_kept_ = octets.size() <= most_kept_ - kept_.size();
     if (is_kept_) {
         kept_.append(octets);
-    } else {
-        tlx_free(kept_.release());
+        return kept_.ok();
     }
-    return kept_.ok();
+    const bool started = start_keyed() && keyed_.update(kept_.bytes());
+    tlx_free(kept_.release());
+    return started;
+}
+
+/// A digest of KCDSA begins with the key, so that only keys that are known beforehand have one.
+bool StreamedContent::start_keyed() noexcept {
+    constexpr u32 kMostKeys = 8;
+    u32 keys = 0;
+    for (u32 i = 0; i < get_STACK_count(pool_) && keys < kMostKeys; ++i) {
+        const KCDSA *key = kcdsa_key_of(static_cast<const X509_CERT *>(pool_->values[i]));
+        if (key == nullptr) continue;
+        if (keyed_.start_all(digests_, key) == RunningDigests::Start::no_memory) return false;
+        ++keys;
+    }
+    return true;
 }
 
 bool StreamedContent::finish(SignerChecks &checks) noexcept {
-    if (!digests_.finish(checks.digests)) return false;
+    if (!digests_.finish() || !keyed_.finish()) return false;
+    digests_.give_to(checks.digests);
+    checks.keyed_digests = &keyed_;
     checks.has_content = is_kept_;
     checks.content = kept_.bytes();
     checks.content_is_set = set_.is_set();

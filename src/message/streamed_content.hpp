@@ -21,7 +21,9 @@ class SetWatch {
 /// Digests content, and keeps it as long as it is short.
 class StreamedContent {
   public:
-    explicit StreamedContent(std::size_t most_kept) noexcept : most_kept_(most_kept) {}
+    /// @param pool certificates whose KCDSA keys may sign the content; may be null
+    StreamedContent(std::size_t most_kept, const X509_CERTIFICATES *pool) noexcept
+        : most_kept_(most_kept), pool_(pool) {}
 
     /// Begins a digest for each known algorithm of digestAlgorithms, the second of the members. 0; 0x5280001C
     /// for too many, 0x5280003C when memory runs out, a status of the members.
@@ -36,9 +38,12 @@ class StreamedContent {
 
   private:
     [[nodiscard]] bool keep(Bytes octets) noexcept;
+    [[nodiscard]] bool start_keyed() noexcept;
 
     RunningDigests digests_;
+    RunningDigests keyed_;  ///< those of KCDSA, once the content is not kept
     std::size_t most_kept_;
+    const X509_CERTIFICATES *pool_;
     Buffer kept_;
     bool is_kept_ = true;
     SetWatch set_;

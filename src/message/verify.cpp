@@ -7,7 +7,7 @@
 #include "der/list_items.hpp"
 #include "message/certificate_lookup.hpp"
 #include "message/key_signature.hpp"
-#include "message/signed_members.hpp"
+#include "message/sign.hpp"
 
 using namespace tlx;
 
@@ -42,14 +42,13 @@ u32 compare_digest(const X509_ATTRIBUTES *attributes, u32 digest_id, const Conte
     return claimed.size() >= length && std::equal(digest, digest + length, claimed.begin()) ? 0 : 0x4B21005E;
 }
 
-u32 take_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, const ASYMMETRIC_KEY *key,
-                    const ContentOctets &content) noexcept {
+/// Encodes the attributes as they are signed, once their digest is that of the content.
+u32 take_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, const ContentOctets &content,
+                    Encoder &set) noexcept {
     const u32 status = compare_digest(signer.authenticatedAttributes, digest_id, content);
     if (status != 0) return status;
-    Encoder set;
     Attributes::encode(set, signer.authenticatedAttributes, kSet);
-    if (!set.ok() || get_STACK_count(signer.authenticatedAttributes) == 0) return 1;
-    return update_signature(key, set.bytes(), 0x4B210048);
+    return set.ok() && get_STACK_count(signer.authenticatedAttributes) != 0 ? 0 : 1;
 }
 
 u32 verify_one(const P7_SIGNER_INFO &signer, const X509_CERT *cert, const ContentOctets &content) noexcept {
@@ -57,16 +56,17 @@ u32 verify_one(const P7_SIGNER_INFO &signer, const X509_CERT *cert, const Conten
     const SignerAlgorithms algorithms(signer);
     if (!key || algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 1;
     if (!apply_pss_parameters(signer, algorithms, *key)) return 1;
-    u32 status = begin_signature(key.get(), algorithms, SigningDirection::verify, 0x4B210048);
-    if (status != 0) return status;
-    if (is_BIGINT_zero(signer.version) == 0 && signer.authenticatedAttributes != nullptr) {
-        status = take_attributes(signer, algorithms.digest_id, key.get(), content);
-    } else if (content.present()) {
-        status = update_signature(key.get(), content.bytes(), 0x4B210048);
-    } else {
-        status = 0x4B210048;
+    if (rsa_unit(key.get()) == nullptr && kcdsa_unit(key.get()) == nullptr) return 0x4B210048;
+    Encoder set;
+    const bool has_attributes = signs_attributes(signer, signer.version);
+    if (has_attributes) {
+        const u32 status = take_attributes(signer, algorithms.digest_id, content, set);
+        if (status != 0) return status;
+    } else if (!content.present()) {
+        return 0x4B210048;
     }
-    return status == 0 ? check_signature(key.get(), octets_of(signer.encryptedDigest)) : status;
+    return verify_octets(*key, algorithms, has_attributes ? set.bytes() : content.bytes(),
+                         octets_of(signer.encryptedDigest));
 }
 
 bool names(const P7_SIGNER_INFO &signer, const X509_CERT *cert) noexcept {

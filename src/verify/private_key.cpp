@@ -39,13 +39,10 @@ u32 sign_rsa(const RSA_UNIT *unit, const SignatureAlgorithm &algorithm, Bytes di
         set_RSA_UNIT_PSS(copy.get(), algorithm.mgf_digest_id, algorithm.salt_length) != 0) {
         return 1;
     }
-    u8 *room = signature.buffer().reserve(get_RSA_length(unit));
-    if (room == nullptr) return 1;
-    u32 length = 0;
-    const u32 status =
-        sign_RSA_digest(copy.get(), algorithm.digest_id, mode, digest.data(), size_of(digest), room, &length);
-    if (status == 0) signature.buffer().advance(length);
-    return status;
+    return append_rsa_signature(signature, unit, [&](u8 *octets, u32 *length) {
+        return sign_RSA_digest(copy.get(), algorithm.digest_id, mode, digest.data(), size_of(digest), octets,
+                               length);
+    });
 }
 
 // ECDSA-Sig-Value ::= SEQUENCE { r INTEGER, s INTEGER } (RFC 5480, section 2.2.3)
@@ -72,17 +69,12 @@ u32 sign_eddsa(const EDDSA_KEY *key, Bytes octets, Encoder &signature) noexcept 
     return 0;
 }
 
-u32 sign_kcdsa(const KCDSA *key, u32 digest_id, Bytes octets, Encoder &signature) noexcept {
-    u8 r[TLX_KCDSA_MAX_LENGTH];
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    u32 r_length = 0;
-    u32 s_length = 0;
-    const u32 status =
-        sign_KCDSA_data(key, digest_id, octets.data(), size_of(octets), r, &r_length, s, &s_length);
-    if (status != 0) return status;
-    const Owned<BIGINT> number(binary_to_BIGINT(s, s_length));
-    encode_kcdsa_signature(signature, {r, r_length}, number.get());
-    return 0;
+/// `sign` is sign_KCDSA_data() or sign_KCDSA_digest().
+template <typename Sign>
+u32 sign_kcdsa(Sign sign, const KCDSA *key, u32 digest_id, Bytes octets, Encoder &signature) noexcept {
+    return append_kcdsa_signature(signature, [&](u8 *r, u32 *r_length, u8 *s, u32 *s_length) {
+        return sign(key, digest_id, octets.data(), size_of(octets), r, r_length, s, s_length);
+    });
 }
 
 /// Whether a key can sign under an algorithm.
@@ -116,7 +108,8 @@ u32 make_signature(const ASYMMETRIC_KEY &key, const SignatureAlgorithm &algorith
     if (key.kind == TLX_KEY_EDDSA) {
         status = sign_eddsa(static_cast<const EDDSA_KEY *>(key.key), octets, signature);
     } else if (key.kind == TLX_KEY_KCDSA) {
-        status = sign_kcdsa(static_cast<const KCDSA *>(key.key), algorithm.digest_id, octets, signature);
+        status = sign_kcdsa(sign_KCDSA_data, static_cast<const KCDSA *>(key.key), algorithm.digest_id, octets,
+                            signature);
     } else {
         Hash hash;
         if (!hash.compute(algorithm.digest_id, octets)) return 1;
@@ -133,6 +126,9 @@ u32 make_signature_of_digest(const ASYMMETRIC_KEY &key, const SignatureAlgorithm
         status = sign_rsa(static_cast<const RSA_UNIT *>(key.key), algorithm, digest, signature);
     } else if (key.kind == TLX_KEY_ECDSA) {
         status = sign_ecdsa(static_cast<const ECDSA_KEY *>(key.key), digest, signature);
+    } else if (key.kind == TLX_KEY_KCDSA) {
+        status = sign_kcdsa(sign_KCDSA_digest, static_cast<const KCDSA *>(key.key), algorithm.digest_id,
+                            digest, signature);
     }
     return status != 0 ? status : written(signature);
 }

@@ -16,8 +16,8 @@ inline constexpr u32 kNotOfKey = 0xFFFFFFFE;
 [[nodiscard]] u32 make_signature(const ASYMMETRIC_KEY &key, const SignatureAlgorithm &algorithm, Bytes octets,
                                  Encoder &signature) noexcept;
 
-/// The same of octets whose digest, that of the algorithm, is known. EdDSA and KCDSA sign no digest of the
-/// octets alone: kNotOfKey.
+/// The same of octets whose digest, that of the algorithm and for KCDSA that of init_KCDSA_digest(), is
+/// known. EdDSA signs no digest: kNotOfKey.
 [[nodiscard]] u32 make_signature_of_digest(const ASYMMETRIC_KEY &key, const SignatureAlgorithm &algorithm,
                                            Bytes digest, Encoder &signature) noexcept;
 

@@ -254,10 +254,23 @@ Rule verify_signature_of_digest(const PublicKey &key, const SignatureAlgorithm &
     }
     Bytes r;
     Bytes s;
-    if (key.kind != KeyKind::ecdsa) return Rule::kAlgorithmNotOfKey;
-    if (!read_two_numbers(signature, r, s)) return Rule::kSignatureWrong;
-    return rule_of(verify_ECDSA_digest(key.ecdsa.get(), digest.data(), size_of(digest), r.data(), size_of(r),
-                                       s.data(), size_of(s)));
+    switch (key.kind) {
+        case KeyKind::ecdsa:
+            if (!read_two_numbers(signature, r, s)) return Rule::kSignatureWrong;
+            return rule_of(verify_ECDSA_digest(key.ecdsa.get(), digest.data(), size_of(digest), r.data(),
+                                               size_of(r), s.data(), size_of(s)));
+        case KeyKind::dsa:
+            if (key.dsa == nullptr) return Rule::kBrokenKey;
+            if (!read_two_numbers(signature, r, s)) return Rule::kSignatureWrong;
+            return rule_of(verify_DSA_digest(key.dsa.get(), digest.data(), size_of(digest), r.data(),
+                                             size_of(r), s.data(), size_of(s)));
+        case KeyKind::kcdsa:
+            if (!read_kcdsa_numbers(signature, r, s)) return Rule::kSignatureWrong;
+            return rule_of(verify_KCDSA_digest(key.kcdsa.get(), algorithm.digest_id, digest.data(),
+                                               size_of(digest), r.data(), size_of(r), s.data(), size_of(s)));
+        default:
+            return Rule::kAlgorithmNotOfKey;
+    }
 }
 
 }  // namespace tlx

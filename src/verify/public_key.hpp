@@ -76,8 +76,8 @@ void write_signature_algorithm(Encoder &out, const SignatureAlgorithm &algorithm
 [[nodiscard]] Rule verify_signature(const PublicKey &key, const SignatureAlgorithm &algorithm, Bytes octets,
                                     Bytes signature) noexcept;
 
-/// The same of octets whose digest, that of the algorithm, is known. kAlgorithmNotOfKey for another key than
-/// RSA and ECDSA.
+/// The same of octets whose digest, that of the algorithm and for KCDSA that of init_KCDSA_digest(), is
+/// known. kAlgorithmNotOfKey for EdDSA.
 [[nodiscard]] Rule verify_signature_of_digest(const PublicKey &key, const SignatureAlgorithm &algorithm,
                                               Bytes digest, Bytes signature) noexcept;
 

@@ -8,13 +8,10 @@
 namespace tlx {
 namespace {
 
-bool read_signature(const BIT_STRING *bits, KcdsaSignature &signature) noexcept {
-    Element element;
-    return read_element(octets_of(bits), element) && element.tag == kSequence &&
-           read_kcdsa_signature(element, signature);
-}
-
-u32 give(BIT_STRING *bits, const SigningStatuses &statuses, BIT_STRING **signature) noexcept {
+/// The status of signing, and the string of a value that was appended.
+u32 give(u32 status, const Encoder &value, const SigningStatuses &statuses, BIT_STRING **signature) noexcept {
+    if (status != 0) return status;
+    BIT_STRING *bits = value.ok() ? new_string(TLX_TAG_BIT_STRING, value.bytes()) : nullptr;
     if (bits == nullptr) return statuses.no_memory;
     *signature = bits;
     return 0;
@@ -26,31 +23,24 @@ u32 sign_octets(Bytes octets, const OBJECT_IDENTIFIER *algorithm, const RSA_UNIT
                 const SigningStatuses &statuses, BIT_STRING **signature) noexcept {
     const SignatureScheme scheme(algorithm);
     if (scheme.digest_id == 0 || scheme.cipher_id == 0) return statuses.unknown_algorithm;
-    const std::size_t room = std::size_t{get_RSA_length(key)} + 1;
-    const OwnedOctets<u8> value(static_cast<u8 *>(TLX_ALLOCATE(room)));
-    if (!value) return statuses.no_memory;
-    u32 len = 0;
-    const u32 status = sign_RSA(key, scheme.digest_id, scheme.padding_mode(), octets.data(), size_of(octets),
-                                value.get(), &len);
-    if (status != 0) return status;
-    return give(new_string(TLX_TAG_BIT_STRING, {value.get(), len}), statuses, signature);
+    Encoder value;
+    const u32 status = append_rsa_signature(value, key, [&](u8 *room, u32 *length) {
+        return sign_RSA(key, scheme.digest_id, scheme.padding_mode(), octets.data(), size_of(octets), room,
+                        length);
+    });
+    return give(status, value, statuses, signature);
 }
 
 u32 sign_octets(Bytes octets, const OBJECT_IDENTIFIER *algorithm, const KCDSA *key,
                 const SigningStatuses &statuses, BIT_STRING **signature) noexcept {
     const SignatureScheme scheme(algorithm);
     if (scheme.cipher_id == 0) return statuses.unknown_algorithm;
-    u8 r[TLX_KCDSA_MAX_LENGTH];
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    u32 r_len = 0;
-    u32 s_len = 0;
-    const u32 status =
-        sign_KCDSA_data(key, scheme.kcdsa_digest(), octets.data(), size_of(octets), r, &r_len, s, &s_len);
-    if (status != 0) return status;
-    const Owned<BIGINT> s_number(binary_to_BIGINT(s, s_len));
     Encoder value;
-    encode_kcdsa_signature(value, {r, r_len}, s_number.get());
-    return give(value.ok() ? new_string(TLX_TAG_BIT_STRING, value.bytes()) : nullptr, statuses, signature);
+    const u32 status = append_kcdsa_signature(value, [&](u8 *r, u32 *r_length, u8 *s, u32 *s_length) {
+        return sign_KCDSA_data(key, scheme.kcdsa_digest(), octets.data(), size_of(octets), r, r_length, s,
+                               s_length);
+    });
+    return give(status, value, statuses, signature);
 }
 
 u32 sign_octets(Bytes octets, const OBJECT_IDENTIFIER *algorithm, const ASYMMETRIC_KEY &key,
@@ -78,15 +68,12 @@ u32 verify_octets(const SignedOctets &what, const RSA_UNIT *key, const Verifying
 u32 verify_octets(const SignedOctets &what, const KCDSA *key, const VerifyingStatuses &statuses) noexcept {
     const SignatureScheme scheme(what.algorithm);
     if (scheme.cipher_id == 0) return statuses.unknown_algorithm;
-    KcdsaSignature signature;
-    u8 s[TLX_KCDSA_MAX_LENGTH];
-    if (!read_signature(what.signature, signature) ||
-        BIGINT_to_binary(signature.s.get(), s, what.most_s) != 0) {
-        return statuses.unreadable;
-    }
+    KcdsaOctets signature = {};
+    signature.s_length = what.most_s;
+    if (!signature.read(octets_of(what.signature))) return statuses.unreadable;
     if (what.altered) return TLX_KCDSA_BAD_SIGNATURE;
     return verify_KCDSA_data(key, scheme.kcdsa_digest(), what.octets.data(), size_of(what.octets),
-                             signature.r.data(), size_of(signature.r), s, what.most_s);
+                             signature.r.data(), size_of(signature.r), signature.s, signature.s_length);
 }
 
 u32 verify_octets(const SignedOctets &what, const ASYMMETRIC_KEY &key,

@@ -33,9 +33,11 @@ bool view_sequence(const ASN1_UNIT *node, Element &element) noexcept {
     return view_node(node, element) && element.tag == kSequence;
 }
 
-}  // namespace
-
-namespace tlx {
+/// r as a view of the encoding, s as a number.
+struct KcdsaSignature {
+    Bytes r;
+    Owned<BIGINT> s;
+};
 
 // KCDSASignatureValue ::= SEQUENCE {
 //     r  BIT STRING,
@@ -47,6 +49,19 @@ bool read_kcdsa_signature(const Element &element, KcdsaSignature &signature) noe
     signature.r = r.contents.subspan(1);
     signature.s = next_integer(children);
     return signature.s != nullptr;
+}
+
+}  // namespace
+
+namespace tlx {
+
+bool KcdsaOctets::read(Bytes encoding) noexcept {
+    Element element;
+    KcdsaSignature numbers;
+    if (!read_element(encoding, element) || element.tag != kSequence) return false;
+    if (!read_kcdsa_signature(element, numbers)) return false;
+    r = numbers.r;
+    return BIGINT_to_binary(numbers.s.get(), s, s_length) == 0;
 }
 
 void encode_kcdsa_signature(Encoder &out, Bytes r, const BIGINT *s) noexcept {
