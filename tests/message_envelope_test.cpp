@@ -244,7 +244,13 @@ TEST(MessageEnvelope, Rows) {
         const Octets content = message_of(row[2]);
         return read(message_of(row[1]), sizeof kKey, 0, &content);
     };
+    const auto filled = [](const Row &row) {
+        std::string text = row[1];
+        text.replace(text.find("$fill"), 5, std::string(std::size_t{2} * row.number(2), '0'));
+        return read(message_of(text), sizeof kKey, 0, nullptr);
+    };
     expect_rows("message_envelope.txt", {{"type", {type}},
+                                         {"filled", {filled}},
                                          {"read", {whole}},
                                          {"keyed", {keyed}},
                                          {"limited", {limited}},
@@ -455,6 +461,29 @@ TEST(MessageEnvelope, WritingRefusesArguments) {
     EXPECT_STREQ(get_MESSAGE_cipher_name(0), get_PKCS7_cipher_name(0));
     EXPECT_STREQ(get_MESSAGE_cipher_name(13), "aes-256-gcm");
     EXPECT_EQ(get_MESSAGE_cipher_name(19), nullptr);
+}
+
+/// In Galois/Counter Mode the size that is told beforehand is checked, before anything is encrypted.
+TEST(MessageEnvelope, SizeOfCounterMode) {
+    for (const auto &[size, expected] : {std::pair(std::uint64_t{TLX_AEAD_MAX_MESSAGE_LENGTH}, 0U),
+                                         {TLX_AEAD_MAX_MESSAGE_LENGTH + 1, 0x52A3001CU}}) {
+        Octets written;
+        CMS_RECIPIENT_SETTINGS recipient = {};
+        recipient.kek = recipient.kek_id = kKey;
+        recipient.kek_len = recipient.kek_id_len = sizeof kKey;
+        ENVELOPED_MESSAGE_WRITER_SETTINGS settings = {};
+        settings.output = collect_octets;
+        settings.context = &written;
+        settings.type = TLX_MESSAGE_AUTH_ENVELOPED_DATA;
+        settings.algorithm = "aes-128-gcm";
+        settings.form = TLX_MESSAGE_DER;
+        settings.size = size;
+        settings.recipients = &recipient;
+        settings.recipient_count = 1;
+        const Held<free_ENVELOPED_MESSAGE_WRITER> writer(new_ENVELOPED_MESSAGE_WRITER(&settings));
+        EXPECT_EQ(update_ENVELOPED_MESSAGE_WRITER(writer.get(), kKey, 1), expected);
+        EXPECT_EQ(written.empty(), expected != 0);
+    }
 }
 
 TEST(MessageEnvelope, WritingSurvivesAnyAllocation) {

@@ -71,6 +71,12 @@ Octets message_of(std::string text) {
     return der(text);
 }
 
+/// The text of a row with so many zeros for "$fill".
+std::string filled_text(const Row &row) {
+    std::string text = row[1];
+    return text.replace(text.find("$fill"), 5, std::string(std::size_t{2} * row.number(2), '0'));
+}
+
 /// The status and the content that was given out, the same for all pieces.
 std::string read(const Octets &message, const Octets *content, std::uint32_t held_limit) {
     std::string first;
@@ -202,7 +208,9 @@ TEST(MessageStream, Rows) {
         return read(message_of(row[1]), &content, 0);
     };
     const auto limited = [](const Row &row) { return read(message_of(row[1]), nullptr, row.number(2)); };
+    const auto filled = [](const Row &row) { return read(message_of(filled_text(row)), nullptr, 0); };
     expect_rows("message_stream.txt", {{"read", {whole}},
+                                       {"filled", {filled}},
                                        {"detached", {detached}},
                                        {"limited", {limited}},
                                        {"write", {write}},

@@ -25,7 +25,8 @@ inline Octets assemble(std::string_view &text) {
         const Octets contents = nested ? assemble(text) : hex(text.substr(0, digits));
         text.remove_prefix(nested ? 1 : digits);
         const std::size_t size = contents.size();
-        if (!bare && size > 0x7F) head.push_back(size > 0xFF ? 0x82 : 0x81);
+        if (!bare && size > 0x7F) head.push_back(size > 0xFFFF ? 0x83 : size > 0xFF ? 0x82 : 0x81);
+        if (!bare && size > 0xFFFF) head.push_back(static_cast<std::uint8_t>(size >> 16));
         if (!bare && size > 0xFF) head.push_back(static_cast<std::uint8_t>(size >> 8));
         if (!bare) head.push_back(static_cast<std::uint8_t>(size));
         all.insert(all.end(), head.begin(), head.end());
