@@ -306,6 +306,17 @@ std::string opens(const Row &row) {
     return opened.key == key ? "opened" : "a random key of " + std::to_string(opened.key.size());
 }
 
+/// Whether the encoding of a recipient by settings contains octets.
+std::string contains(const Row &row) {
+    const Octets key = key_of(16);
+    CMS_RECIPIENT_INFO *made = nullptr;
+    EXPECT_EQ(make_CMS_RECIPIENT_INFO(Settings(row[1]).get(), key.data(), size_of(key), &made), 0U);
+    const Recipient recipient(made);
+    const Octets whole = encoding_of(made, TLX_ENCODER(CMS_RECIPIENT_INFO_to_Seq));
+    const Octets part = hex(row[2]);
+    return std::ranges::search(whole, part).empty() ? "no" : "yes";
+}
+
 // ---- With peers ----
 
 std::uint32_t append_to_text(void *text, const std::uint8_t *octets, std::uint32_t len) {
@@ -493,7 +504,8 @@ TEST(MessageKeys, Rows) {
     People::instance();
     // RSA does not say what it lacks, and parameters that cannot be decoded do not say why.
     const std::set<std::string> no_memory = {"52B0003C", "52B1003C", "52B10012", "52B10048"};
-    expect_rows("message_keys.txt", {{"opens", {opens}},
+    expect_rows("message_keys.txt", {{"contains", {contains}},
+                                     {"opens", {opens}},
                                      {"allocations", {opens, no_memory}},
                                      {"theirs", {theirs}},
                                      {"ours", {ours}},
