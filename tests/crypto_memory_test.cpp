@@ -24,6 +24,7 @@ void *resize(void *block, std::size_t size) {
 std::string run_on_blocks(const Row &row) {
     void *blocks[4] = {};
     const std::uint64_t live_blocks = tlx_live_blocks(), live_bytes = tlx_live_bytes();
+    const std::uint64_t failed = tlx_failed_allocations();
     const auto size = [](std::size_t octets) { return octets == 0xFFFFFFFF ? SIZE_MAX - 15 : octets; };
     const auto keep = [&](std::uint32_t place, void *block) {
         if (block == nullptr) return 1U;
@@ -43,6 +44,7 @@ std::string run_on_blocks(const Row &row) {
         {"free", [&](N n) { return tlx_free(std::exchange(blocks[n[0]], nullptr)), 0U; }},
         {"realloc", [&](N n) { return keep(n[0], resize(blocks[n[0]], size(n[1]))); }},
         {"fail", [&](N n) { return tlx_fail_allocation(n[0]), 0U; }},
+        {"failed", [&](N) { return static_cast<std::uint32_t>(tlx_failed_allocations() - failed); }},
         {"blocks", [&](N) { return static_cast<std::uint32_t>(tlx_live_blocks() - live_blocks); }},
         {"octets", [&](N) { return static_cast<std::uint32_t>(tlx_live_bytes() - live_bytes); }},
     };

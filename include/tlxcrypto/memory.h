@@ -45,6 +45,11 @@ TLXCRYPTO_API uint64_t tlx_live_blocks(void);
 /** Returns the octets that callers asked for in the live blocks, as exactly. */
 TLXCRYPTO_API uint64_t tlx_live_bytes(void);
 
+/** Returns how many allocations have failed in the whole process, whether memory ran out, a size overflowed
+ * or tlx_fail_allocation() asked for it. The difference of two calls tells a lack of memory from other
+ * failures. */
+TLXCRYPTO_API uint64_t tlx_failed_allocations(void);
+
 /** Switches tracking on or off; it is off at first. Tracking (on other than 0) keeps file and line of every
  * block that is allocated or resized from now on, at the cost of a lock and a table entry for each; 0 forgets
  * them. */

@@ -103,6 +103,14 @@ u64 sum(std::atomic<std::int64_t> Cell::*counter) noexcept {
     return static_cast<u64>(total);
 }
 
+constinit std::atomic<u64> g_failures;
+
+// Null, which callers return.
+[[gnu::noinline]] void *fail() noexcept {
+    g_failures.fetch_add(1, kRelaxed);
+    return nullptr;
+}
+
 // Under AddressSanitizer the header and the spare capacity are out of bounds for everybody else.
 void close_block([[maybe_unused]] Header *header) noexcept {
 #ifdef TLX_POISON
@@ -123,7 +131,7 @@ Header *open_block(void *block) noexcept {
 
 // Writes the header of a block from malloc and counts the block.
 void *issue(void *memory, std::size_t size, const char *file, int line) noexcept {
-    if (memory == nullptr) return nullptr;
+    if (memory == nullptr) return fail();
     auto *header = static_cast<Header *>(memory);
     header->size = size;
     header->capacity = size;
@@ -158,7 +166,7 @@ void *resize(void *block, std::size_t size) noexcept {
         void *moved = std::realloc(header, sizeof(Header) + capacity);
         if (moved == nullptr) {
             close_block(header);
-            return nullptr;
+            return fail();
         }
         header = static_cast<Header *>(moved);
         header->capacity = capacity;
@@ -177,14 +185,14 @@ using namespace tlx;
 extern "C" {
 
 void *tlx_malloc(size_t size, const char *file, int line) {
-    if (debug::active() && debug::refuses_allocation()) return nullptr;
-    if (size > kMostOctets) return nullptr;
+    if (debug::active() && debug::refuses_allocation()) return fail();
+    if (size > kMostOctets) return fail();
     return issue(std::malloc(sizeof(Header) + size), size, file, line);
 }
 
 void *tlx_calloc(size_t count, size_t size, const char *file, int line) {
-    if (debug::active() && debug::refuses_allocation()) return nullptr;
-    if (size != 0 && count > kMostOctets / size) return nullptr;
+    if (debug::active() && debug::refuses_allocation()) return fail();
+    if (size != 0 && count > kMostOctets / size) return fail();
     const std::size_t total = count * size;
     // A small block is zeroed here: the C library's calloc may go around its fast path. A large one comes
     // from the operating system as zeros already.
@@ -197,8 +205,8 @@ void *tlx_calloc(size_t count, size_t size, const char *file, int line) {
 
 void *tlx_realloc(void *block, size_t size, const char *file, int line) {
     if (block == nullptr) return tlx_malloc(size, file, line);
-    if (debug::active() && debug::refuses_allocation()) return nullptr;
-    if (size > kMostOctets) return nullptr;
+    if (debug::active() && debug::refuses_allocation()) return fail();
+    if (size > kMostOctets) return fail();
     if (!debug::active()) return resize(block, size);
     const debug::Origin origin = debug::forget(block);
     void *resized = resize(block, size);
@@ -231,6 +239,10 @@ uint64_t tlx_live_blocks(void) {
 
 uint64_t tlx_live_bytes(void) {
     return sum(&Cell::bytes);
+}
+
+uint64_t tlx_failed_allocations(void) {
+    return g_failures.load(kRelaxed);
 }
 
 }  // extern "C"

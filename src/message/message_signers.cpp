@@ -6,6 +6,7 @@
 
 #include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
+#include "der/memory.hpp"
 #include "message/attribute_order.hpp"
 #include "message/cms_identifiers.hpp"
 #include "message/made_signature.hpp"
@@ -104,8 +105,10 @@ u32 MessageSigners::for_each(Act act) noexcept {
 u32 MessageSigners::begin(const SIGNED_MESSAGE_WRITER_SETTINGS &settings) noexcept {
     settings_ = &settings;
     if (const u32 status = begin_body(); status != 0) return status;
+    const MemoryWatch memory;
     for (u32 i = 0; i < settings.signer_count; ++i) {
-        if (const u32 status = add(settings.signers[i]); status != 0) return status;
+        const u32 status = add(settings.signers[i]);
+        if (status != 0) return memory.ran_out() ? 0x5283003C : status;
     }
     if (settings.format == TLX_MESSAGE_FORMAT_PKCS7 && !is_of_pkcs7()) return 0x52830106;
     return set_CMS_versions(info_.get()) == 0 ? 0 : 0x5283003C;

@@ -1,5 +1,7 @@
 #include "message/signed_body.hpp"
 
+#include "der/memory.hpp"
+
 namespace tlx {
 
 Owned<STACK> certificates_of(const CMS_SIGNED_DATA &data) noexcept {
@@ -23,17 +25,19 @@ u32 SignedBody::decode(Bytes members) noexcept {
     Element body;
     body.tag = kSequence;
     body.contents = members;
+    const MemoryWatch memory;
     CMS_SIGNED_DATA *cms = nullptr;
     if (Codec<CMS_SIGNED_DATA>::decode(body, &cms) == 0) {
         cms_.reset(cms);
         certificates_ = certificates_of(*cms_);
         return certificates_ ? 0 : 0x5282003C;
     }
+    if (memory.ran_out()) return 0x5282003C;
     P7_SIGNED_DATA *pkcs7 = nullptr;
     const u32 status = Codec<P7_SIGNED_DATA>::decode(body, &pkcs7);
     pkcs7_.reset(pkcs7);
-    if (status != 0) return status;
-    return pkcs7_ ? 0 : 0x52820104;
+    if (status == 0) return pkcs7_ ? 0 : 0x52820104;
+    return memory.ran_out() ? 0x5282003C : status;
 }
 
 SignerMembers SignedBody::members() const noexcept {

@@ -1,6 +1,7 @@
 #include "message/streamed_content.hpp"
 
 #include "der/list_items.hpp"
+#include "der/memory.hpp"
 #include "message/signer_scheme.hpp"
 
 namespace tlx {
@@ -36,7 +37,10 @@ void SetWatch::update(Bytes octets) noexcept {
 
 u32 StreamedContent::start(Bytes members) noexcept {
     OwnedAlgorithms algorithms;
-    if (const u32 status = read_algorithms(members, algorithms); status != 0) return status;
+    const MemoryWatch memory;
+    if (const u32 status = read_algorithms(members, algorithms); status != 0) {
+        return memory.ran_out() ? 0x5280003C : status;
+    }
     for (u32 i = 0; i < get_STACK_count(algorithms.get()); ++i) {
         const auto *algorithm = item_at<X509_ALGO_IDENTIFIER>(algorithms.get(), static_cast<i32>(i));
         u32 digest_id = 0;

@@ -4,6 +4,7 @@
 #include <tlxpki/time.h>
 
 #include "der/list_kinds.hpp"
+#include "der/memory.hpp"
 
 using namespace tlx;
 
@@ -106,11 +107,13 @@ u32 tlx::verify_signers(SignerTrust trust, const SignerMembers &members, SignerC
     const OwnedTime now(trust.settings.time == nullptr ? getCurrentGMTime() : nullptr);
     if (trust.settings.time == nullptr) trust.settings.time = now.get();
     OwnedReports made(new_STACK());
+    const MemoryWatch memory;
     u32 status = 0;
     const bool done =
         trust.settings.time != nullptr && made && verify_all(trust, members, checks, made.get(), status);
     checks.stamps = nullptr;
-    if (!done) return 0x4B30003C;
+    // What fails for lack of memory is no finding about a signer.
+    if (!done || (status != 0 && memory.ran_out())) return 0x4B30003C;
     if (reports != nullptr) {
         free_P7_SIGNER_REPORTS(*reports);
         *reports = made.release();

@@ -5,6 +5,7 @@
 #include <tlxpki/message_stream.h>
 
 #include <algorithm>
+#include <set>
 
 #include "support/held.hpp"
 #include "support/octets.hpp"
@@ -13,6 +14,9 @@ namespace tlx_test {
 
 using MessageReader = Held<free_SIGNED_MESSAGE_READER>;
 using SignerReports = Held<free_P7_SIGNER_REPORTS>;
+
+/// What a reader returns when memory runs out.
+inline const std::set<std::uint32_t> kNoMemory = {0x5280003C, 0x5282003C, 0x4B30003C, 0x52820104};
 
 /// Appends what is given out to the Octets that are the context.
 inline std::uint32_t collect_octets(void *context, const std::uint8_t *octets, std::uint32_t len) {
