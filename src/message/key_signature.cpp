@@ -109,25 +109,6 @@ u32 sign_digest(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, B
         signature);
 }
 
-bool reserve_signature(const P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &zeros) noexcept {
-    u8 octets[TLX_KCDSA_MAX_LENGTH] = {};
-    if (const RSA_UNIT *rsa = rsa_unit(signer.key)) {
-        const SecretBytes modulus(get_RSA_length(rsa));
-        zeros.reset(modulus ? new_string(TLX_TAG_OCTET_STRING, modulus.bytes()) : nullptr);
-        return zeros != nullptr;
-    }
-    const KCDSA *kcdsa = kcdsa_unit(signer.key);
-    if (kcdsa == nullptr) return false;
-    const u32 s_length = get_KCDSA_length(kcdsa);
-    const u32 r_length = std::min(s_length, get_DigestLength(SignerAlgorithms(signer).digest_id));
-    octets[0] = 0x40;
-    const Owned<BIGINT> number(binary_to_BIGINT(octets, s_length));
-    Encoder value;
-    encode_kcdsa_signature(value, {octets, r_length}, number.get());
-    zeros.reset(value.ok() ? new_string(TLX_TAG_OCTET_STRING, value.bytes()) : nullptr);
-    return zeros != nullptr;
-}
-
 u32 verify_octets(const ASYMMETRIC_KEY &key, const SignerAlgorithms &algorithms, Bytes octets,
                   Bytes signature) noexcept {
     if (const RSA_UNIT *rsa = rsa_unit(&key)) {

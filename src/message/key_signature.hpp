@@ -38,9 +38,6 @@ struct SignerAlgorithms {
 /// Signs a digest, for KCDSA one of init_KCDSA_digest(). Statuses likewise.
 [[nodiscard]] u32 sign_digest(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, Bytes digest,
                               Owned<OCTET_STRING> &signature) noexcept;
-/// Makes zeros as many as the octets of a signature with the key: for KCDSA of one whose number s begins with
-/// a zero bit, as about half of them do. False for a key of another kind and when memory runs out.
-[[nodiscard]] bool reserve_signature(const P7_SIGNER_INFO &signer, Owned<OCTET_STRING> &zeros) noexcept;
 /// Verifies a signature of octets. 0 when it is good; 0x4B210048 for a key of another kind, 0x4B21000E for a
 /// KCDSA signature that cannot be decoded, otherwise a status of the key.
 [[nodiscard]] u32 verify_octets(const ASYMMETRIC_KEY &key, const SignerAlgorithms &algorithms, Bytes octets,

@@ -41,6 +41,13 @@ void write_ecdsa_zeros(Encoder &out, u32 bits) noexcept {
     out.integer(number_of(is_whole ? 0x40 : 1, length).get());
 }
 
+void write_zeros(Encoder &out, u32 length) noexcept {
+    u8 *room = out.buffer().reserve(length);
+    if (room == nullptr) return out.fail();
+    std::fill_n(room, length, u8{0});
+    out.buffer().advance(length);
+}
+
 void write_kcdsa_zeros(Encoder &out, const KCDSA *key, u32 digest_id) noexcept {
     constexpr u8 kZeros[TLX_KCDSA_MAX_LENGTH] = {};
     const u32 length = get_KCDSA_length(key);
@@ -129,66 +136,58 @@ Owned<X509_ALGO_IDENTIFIER> make_signature_algorithm(const PublicKey &key, u32 d
     return read_back(out);
 }
 
-// SigningCertificateV2 ::= SEQUENCE { certs SEQUENCE OF ESSCertIDv2, ... }
-// ESSCertIDv2 ::= SEQUENCE { hashAlgorithm ... DEFAULT {algorithm id-sha256}, certHash OCTET STRING, ... }
-void write_signing_certificate(Encoder &out, const X509_CERT &cert) noexcept {
-    RecordOctets octets;
-    u8 digest[TLX_DIGEST_MAX_LENGTH];
-    u32 length = 0;
-    if (!octets.read(cert)) return out.fail();
-    const Bytes whole = octets.bytes();
-    if (Digest(TLX_DIGEST_SHA256, whole.data(), size_of(whole), digest, &length) != 0) return out.fail();
-    const auto attribute = out.sequence();
-    const auto certs = out.sequence();
-    const auto first = out.sequence();
-    out.primitive(TLX_TAG_OCTET_STRING, {digest, length});
-}
-
-Owned<OCTET_STRING> reserve_signature(const PublicKey &key, u32 digest_id) noexcept {
+Owned<OCTET_STRING> reserve_signature(const ASYMMETRIC_KEY &key, u32 digest_id) noexcept {
     Encoder out;
     switch (key.kind) {
-        case KeyKind::rsa: {
-            const u32 length = get_RSA_length(key.rsa.get());
-            u8 *room = out.buffer().reserve(length);
-            if (room == nullptr) return nullptr;
-            std::fill_n(room, length, u8{0});
-            out.buffer().advance(length);
+        case TLX_KEY_RSA:
+            write_zeros(out, get_RSA_length(static_cast<const RSA_UNIT *>(key.key)));
             break;
-        }
-        case KeyKind::eddsa: {
-            constexpr u8 kZeros[TLX_EDDSA_MAX_LENGTH] = {};
-            out.raw({kZeros, std::size_t{2} * get_EDDSA_KEY_length(key.eddsa.get())});
+        case TLX_KEY_EDDSA:
+            write_zeros(out, 2 * get_EDDSA_KEY_length(static_cast<const EDDSA_KEY *>(key.key)));
             break;
-        }
-        case KeyKind::ecdsa:
-            write_ecdsa_zeros(out, key.bits);
+        case TLX_KEY_ECDSA:
+            write_ecdsa_zeros(out, get_ECDSA_KEY_curve(static_cast<const ECDSA_KEY *>(key.key)));
+            break;
+        case TLX_KEY_KCDSA:
+            write_kcdsa_zeros(out, static_cast<const KCDSA *>(key.key), digest_id);
             break;
         default:
-            write_kcdsa_zeros(out, key.kcdsa.get(), digest_id);
-            break;
+            return nullptr;
     }
     return Owned<OCTET_STRING>(out.ok() ? new_string(TLX_TAG_OCTET_STRING, out.bytes()) : nullptr);
 }
 
-u32 sign_to_length(const SignedInput &input, const SignerView &view, std::size_t length,
-                   Owned<OCTET_STRING> &signature) noexcept {
-    constexpr u32 kMostTries = 64;
+ASYMMETRIC_KEY holder_of(const PublicKey &key) noexcept {
+    switch (key.kind) {
+        case KeyKind::rsa:
+            return {TLX_KEY_RSA, key.rsa.get()};
+        case KeyKind::ecdsa:
+            return {TLX_KEY_ECDSA, key.ecdsa.get()};
+        case KeyKind::eddsa:
+            return {TLX_KEY_EDDSA, key.eddsa.get()};
+        case KeyKind::kcdsa:
+            return {TLX_KEY_KCDSA, key.kcdsa.get()};
+        default:
+            return {};
+    }
+}
+
+u32 sign_and_verify(const SignedInput &input, const SignerView &view, std::size_t length,
+                    Owned<OCTET_STRING> &signature) noexcept {
     SignerScheme scheme;
     PublicKey key;
     if (!scheme.read(view) || read_signer_key(*input.signer.certificate, key) != Rule::kNone) {
         return 0x5284003C;
     }
-    for (u32 tries = 0; tries < kMostTries; ++tries) {
-        const u32 status = input.signer.sign != nullptr ? sign_elsewhere(input, signature)
-                                                        : sign_with_key(input, scheme.signature, signature);
-        if (status != 0) return status;
-        if (length != 0 && octets_of(signature.get()).size() != length) continue;
-        const auto verify = input.signer.bare != 0 ? verify_signature_of_digest : verify_signature;
-        const Rule rule = verify(key, scheme.signature, input.octets, octets_of(signature.get()));
-        if (rule == Rule::kNoMemory) return 0x5284003C;
-        return rule == Rule::kNone ? 0 : 0x52840054;
-    }
-    return 0x52840047;
+    const u32 status = sign_to_length(length, signature, [&] {
+        return input.signer.sign != nullptr ? sign_elsewhere(input, signature)
+                                            : sign_with_key(input, scheme.signature, signature);
+    });
+    if (status != 0) return status;
+    const auto verify = input.signer.bare != 0 ? verify_signature_of_digest : verify_signature;
+    const Rule rule = verify(key, scheme.signature, input.octets, octets_of(signature.get()));
+    if (rule == Rule::kNoMemory) return 0x5284003C;
+    return rule == Rule::kNone ? 0 : 0x52840054;
 }
 
 }  // namespace tlx

@@ -7,10 +7,9 @@
 #include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
 #include "der/memory.hpp"
-#include "message/attribute_order.hpp"
 #include "message/cms_identifiers.hpp"
+#include "message/made_attributes.hpp"
 #include "message/made_signature.hpp"
-#include "message/sign.hpp"
 #include "message/signer_algorithms.hpp"
 #include "message/signer_attributes.hpp"
 #include "message/signer_scheme.hpp"
@@ -73,22 +72,6 @@ bool has_own_attribute(const MESSAGE_SIGNER &wanted) noexcept {
     return std::ranges::any_of(own, [&](std::string_view type) {
         return index_by_type(wanted.attributes, &X509_ATTRIBUTE::type, type, -1) >= 0;
     });
-}
-
-// Attribute ::= SEQUENCE { attrType OBJECT IDENTIFIER, attrValues SET OF AttributeValue }
-template <typename WriteValue>
-void write_attribute(Encoder &out, std::string_view type, WriteValue write_value) noexcept {
-    const auto attribute = out.sequence();
-    out.oid(type);
-    const auto values = out.set();
-    write_value();
-}
-
-void write_protection(Encoder &out, const CMS_SIGNER_INFO &signer) noexcept {
-    CMS_ALGORITHM_PROTECTION protection = {};
-    protection.digestAlgorithm = signer.digestAlgorithm;
-    protection.signatureAlgorithm = signer.signatureAlgorithm;
-    Codec<CMS_ALGORITHM_PROTECTION>::encode(out, &protection);
 }
 
 }  // namespace
@@ -194,38 +177,17 @@ bool MessageSigners::is_of_pkcs7() const noexcept {
     return true;
 }
 
-u32 MessageSigners::put_attributes(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer,
-                                   Bytes digest) const noexcept {
+bool MessageSigners::put_attributes(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer,
+                                    Bytes digest) const noexcept {
     const Owned<ASN1_STRING> time = signing_time(settings_->time);
-    Encoder set;
-    if (!time) return 0x5284003C;
-    {
-        const auto attributes = set.set();
-        write_attribute(set, attribute_id::kContentType,
-                        [&] { set.oid(info_->signedData->encapContentInfo->eContentType); });
-        write_attribute(set, attribute_id::kMessageDigest,
-                        [&] { set.primitive(TLX_TAG_OCTET_STRING, digest); });
-        write_attribute(set, attribute_id::kSigningTime, [&] { set.any_string(time.get()); });
-        if (wanted.signing_certificate != 0) {
-            write_attribute(set, attribute_id::kSigningCertificateV2,
-                            [&] { write_signing_certificate(set, *wanted.certificate); });
-        }
-        if (wanted.algorithm_protection != 0) {
-            write_attribute(set, attribute_id::kAlgorithmProtection, [&] { write_protection(set, signer); });
-        }
-        for (u32 i = 0; i < get_STACK_count(wanted.attributes); ++i) {
-            Codec<X509_ATTRIBUTE>::encode(set,
-                                          item_at<X509_ATTRIBUTE>(wanted.attributes, static_cast<i32>(i)));
-        }
-    }
-    Element element;
-    X509_ATTRIBUTES *made = nullptr;
-    if (!set.ok() || !read_element(set.bytes(), element)) return 0x5284003C;
-    const u32 decoded = Attributes::decode(element, &made);
-    OwnedAttributes attributes(made);
-    if (decoded != 0 || !sort_attributes(made)) return 0x5284003C;
+    if (!time) return false;
+    const SignedAttributes claims = {info_->signedData->encapContentInfo->eContentType, digest, time.get(),
+                                     wanted.signing_certificate != 0 ? wanted.certificate : nullptr,
+                                     wanted.algorithm_protection != 0 ? &signer : nullptr};
+    OwnedAttributes attributes = make_signed_attributes(claims, wanted.attributes);
+    if (!attributes) return false;
     free_X509_ATTRIBUTES(std::exchange(signer.signedAttrs, attributes.release()));
-    return 0;
+    return true;
 }
 
 u32 MessageSigners::reserve() noexcept {
@@ -238,11 +200,9 @@ u32 MessageSigners::reserve() noexcept {
         if (!scheme.read(view_of(signer)) || read_signer_key(*wanted.certificate, key) != Rule::kNone) {
             return 0x5283003CU;
         }
-        if (wanted.bare == 0) {
-            const u32 status = put_attributes(wanted, signer, {kZeros, get_DigestLength(scheme.digest_id)});
-            if (status != 0) return status == 0x5284003C ? 0x5283003CU : status;
-        }
-        signer.signature = reserve_signature(key, scheme.digest_id).release();
+        const Bytes zeros = {kZeros, get_DigestLength(scheme.digest_id)};
+        if (wanted.bare == 0 && !put_attributes(wanted, signer, zeros)) return 0x5283003CU;
+        signer.signature = reserve_signature(holder_of(key), scheme.digest_id).release();
         return signer.signature != nullptr ? 0U : 0x5283003CU;
     });
 }
@@ -259,7 +219,7 @@ u32 MessageSigners::sign() noexcept {
 u32 MessageSigners::sign_one(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer, Bytes digest) noexcept {
     Encoder octets;
     if (wanted.bare == 0) {
-        if (const u32 status = put_attributes(wanted, signer, digest); status != 0) return status;
+        if (!put_attributes(wanted, signer, digest)) return 0x5284003C;
         Attributes::encode(octets, signer.signedAttrs, kSet);
         if (!octets.ok()) return 0x5284003C;
     }
@@ -267,7 +227,7 @@ u32 MessageSigners::sign_one(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &sign
     const SignedInput input = {wanted, signer.signatureAlgorithm, wanted.bare != 0 ? digest : octets.bytes()};
     Owned<OCTET_STRING> signature;
     const std::size_t length = settings_->form == TLX_MESSAGE_DER ? octets_of(room.get()).size() : 0;
-    const u32 status = sign_to_length(input, view_of(signer), length, signature);
+    const u32 status = sign_and_verify(input, view_of(signer), length, signature);
     if (status != 0) return status;
     signer.signature = signature.release();
     if (wanted.unsigned_attributes == nullptr) return 0;

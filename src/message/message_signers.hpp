@@ -28,8 +28,9 @@ class MessageSigners {
     [[nodiscard]] u32 carry_certificates() noexcept;
     [[nodiscard]] u32 add(const MESSAGE_SIGNER &wanted) noexcept;
     [[nodiscard]] bool is_of_pkcs7() const noexcept;
-    [[nodiscard]] u32 put_attributes(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer,
-                                     Bytes digest) const noexcept;
+    /// False when memory runs out and for attributes that cannot be encoded.
+    [[nodiscard]] bool put_attributes(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer,
+                                      Bytes digest) const noexcept;
     [[nodiscard]] u32 sign_one(const MESSAGE_SIGNER &wanted, CMS_SIGNER_INFO &signer, Bytes digest) noexcept;
     /// Calls act(wanted, signer) for each signer, up to the first status that is not 0.
     template <typename Act>

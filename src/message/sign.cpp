@@ -6,6 +6,7 @@
 #include <tlxpki/pkcs7_sign.h>
 
 #include "message/key_signature.hpp"
+#include "message/made_signature.hpp"
 #include "message/signer_algorithms.hpp"
 
 using namespace tlx;
@@ -99,10 +100,8 @@ u32 reserve_one(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
         if (const u32 status = encode_attributes(signer, set); status != 0) return status;
     }
     if (const u32 status = name_algorithm(signer); status != 0) return status;
-    Owned<OCTET_STRING> zeros;
-    if (!reserve_signature(signer, zeros)) return 0x4B1C003B;
-    signer.encryptedDigest = zeros.release();
-    return 0;
+    signer.encryptedDigest = reserve_signature(*signer.key, SignerAlgorithms(signer).digest_id).release();
+    return signer.encryptedDigest != nullptr ? 0 : 0x4B1C003B;
 }
 
 /// The digest that a signer signs whose attributes are there. 0, or a status of final_PKCS7_Sign().
@@ -114,35 +113,29 @@ u32 digest_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, RunningDigest
     return done ? 0 : 0x4B1C003B;
 }
 
-/// Signs until the signature has the length that is reserved, where one is.
-u32 sign_to_length(P7_SIGNER_INFO &signer, Bytes digest, i32 length) noexcept {
-    constexpr u32 kMostTries = 64;
-    for (u32 tries = 0; tries < kMostTries; ++tries) {
-        Owned<OCTET_STRING> signature;
-        const u32 status = sign_digest(signer.key, SignerAlgorithms(signer), digest, signature);
-        if (status != 0) return status;
-        if (length != 0 && signature->length != length) continue;
-        signer.encryptedDigest = signature.release();
-        return 0;
-    }
-    return 0x52840047;
-}
-
 u32 sign_in_pieces(P7_SIGNER_INFO &signer, const BIGINT *version, const RunningDigests &content,
                    bool is_reserved) noexcept {
-    Owned<OCTET_STRING> room;
-    RunningDigests attributes;
-    if (is_reserved && !reserve_signature(signer, room)) return 0x4B1C003B;
     if (const u32 status = set_version(signer, version); status != 0) return status;
-    const u32 digest_id = SignerAlgorithms(signer).digest_id;
+    const SignerAlgorithms algorithms(signer);
     const bool has_attributes = signs_attributes(signer, version);
+    RunningDigests attributes;
     if (has_attributes) {
-        const u32 status = digest_attributes(signer, digest_id, attributes);
+        const u32 status = digest_attributes(signer, algorithms.digest_id, attributes);
         if (status != 0) return status;
     }
-    const Bytes digest = (has_attributes ? attributes : content).get(digest_id, kcdsa_unit(signer.key));
-    const u32 status = sign_to_length(signer, digest, room ? room->length : 0);
-    return status != 0 ? status : name_algorithm(signer);
+    const Bytes digest =
+        (has_attributes ? attributes : content).get(algorithms.digest_id, kcdsa_unit(signer.key));
+    Owned<OCTET_STRING> room;
+    if (is_reserved) {
+        room = reserve_signature(*signer.key, algorithms.digest_id);
+        if (!room) return 0x4B1C003B;
+    }
+    Owned<OCTET_STRING> signature;
+    const u32 status = sign_to_length(octets_of(room.get()).size(), signature,
+                                      [&] { return sign_digest(signer.key, algorithms, digest, signature); });
+    if (status != 0) return status;
+    signer.encryptedDigest = signature.release();
+    return name_algorithm(signer);
 }
 
 /// Gives signed data its first content. Content that is there stays.

@@ -36,10 +36,6 @@ template <typename Act>
 [[nodiscard]] u32 sign_content_in_pieces(const SignedMembers &members, const RunningDigests &content,
                                          bool is_reserved) noexcept;
 
-/// The value of the attribute signingTime, for null of the present time: UTCTime in the years that it has
-/// (RFC 5652, section 11.3). Null when memory runs out and for a time that cannot be written.
-[[nodiscard]] Owned<ASN1_STRING> signing_time(const ASN1_TIME *time) noexcept;
-
 /// Gives every signer that has no signature yet the attributes contentType, messageDigest and signingTime.
 /// @param time null for the present
 /// @return 0; 0x4B31003C when memory runs out, for a time that cannot be written and a missing digest

@@ -1,14 +1,13 @@
 // Signatures that other programs verify: with the attributes of RFC 2315, section 9.2, in DER order.
 #include <tlxcrypto/rsa.h>
 #include <tlxpki/external_signature.h>
-#include <tlxpki/objects.h>
 #include <tlxpki/pkcs7_sign.h>
 #include <tlxpki/time.h>
 
-#include "der/list_items.hpp"
 #include "message/attribute_order.hpp"
 #include "message/content_digests.hpp"
 #include "message/key_signature.hpp"
+#include "message/made_attributes.hpp"
 #include "message/sign.hpp"
 #include "message/signer_algorithms.hpp"
 
@@ -16,35 +15,9 @@ using namespace tlx;
 
 namespace {
 
-using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
-
-/// An attribute that signing adds.
-struct SignedAttribute {
-    u32 row;
-    const ASN1_STRING *value;
-};
-
-/// Replaces all attributes of a type. False when memory runs out.
-bool put(X509_ATTRIBUTES *attributes, const SignedAttribute &attribute) noexcept {
-    const char *dotted = OID_LIST(static_cast<i32>(attribute.row))->dotted;
-    for (i32 at = 0; (at = index_by_type(attributes, &X509_ATTRIBUTE::type, dotted, -1)) >= 0;) {
-        free_X509_ATTRIBUTE(take_item<X509_ATTRIBUTE>(attributes, at));
-    }
-    return add_X509_ATTRIBUTES_OID_INDEX(attributes, static_cast<i32>(attribute.row),
-                                         static_cast<u32>(attribute.value->type), attribute.value, -1) == 0;
-}
-
-/// Gives a signer attributes, and all of them DER order. False when memory runs out; the signer is unchanged
-/// then.
-bool put_all(P7_SIGNER_INFO &signer, std::initializer_list<SignedAttribute> added) noexcept {
-    OwnedAttributes attributes(signer.authenticatedAttributes != nullptr
-                                   ? dup_X509_ATTRIBUTES(signer.authenticatedAttributes)
-                                   : new_X509_ATTRIBUTES());
+/// Replaces the attributes of a signer. False for none.
+bool take_attributes(P7_SIGNER_INFO &signer, OwnedAttributes attributes) noexcept {
     if (!attributes) return false;
-    for (const SignedAttribute &each : added) {
-        if (!put(attributes.get(), each)) return false;
-    }
-    if (!sort_attributes(attributes.get())) return false;
     free_X509_ATTRIBUTES(std::exchange(signer.authenticatedAttributes, attributes.release()));
     free_ASN1_UNIT(std::exchange(signer.receivedAttributes, nullptr));
     return true;
@@ -71,13 +44,9 @@ struct Shared {
 u32 prepare(P7_SIGNER_INFO &signer, Shared &shared) noexcept {
     const u32 digest_id = SignerAlgorithms(signer).digest_id;
     const Bytes octets = shared.digests.get(digest_id);
-    const Owned<OCTET_STRING> digest(octets.empty() ? nullptr : new_string(TLX_TAG_OCTET_STRING, octets));
-    const Owned<ASN1_STRING> type(dup_ASN1_STRING(shared.content_type));
-    if (!digest || !type) return 0x4B31003C;
-    type->type = TLX_TAG_OBJECT_IDENTIFIER;
-    const bool put = put_all(signer, {{oid::kContentType, type.get()},
-                                      {oid::kMessageDigest, digest.get()},
-                                      {oid::kSigningTime, shared.time.get()}});
+    if (octets.empty()) return 0x4B31003C;
+    const SignedAttributes wanted = {shared.content_type, octets, shared.time.get()};
+    const bool put = take_attributes(signer, make_signed_attributes(wanted, signer.authenticatedAttributes));
     return put && put_pss_parameters(signer, digest_id) ? 0 : 0x4B31003C;
 }
 
@@ -121,18 +90,6 @@ u32 prepare_without_key(P7_SIGNER_INFO &signer, const BIGINT *version, Shared &s
 }
 
 }  // namespace
-
-Owned<ASN1_STRING> tlx::signing_time(const ASN1_TIME *time) noexcept {
-    constexpr u32 kWithSeconds = 2;
-    const OwnedTime now(time == nullptr ? getCurrentGMTime() : nullptr);
-    if (time == nullptr) time = now.get();
-    if (time == nullptr) return nullptr;
-    constexpr i32 kFirstYear = 50;  // since 1900
-    constexpr i32 kLastYear = 149;
-    const bool short_year = time->year >= kFirstYear && time->year <= kLastYear;
-    return Owned<ASN1_STRING>(short_year ? asn1TimeToUTC_TIME(time, kWithSeconds)
-                                         : asn1TimeToGENERALIZED_TIME(time, kWithSeconds));
-}
 
 u32 tlx::put_signed_attributes(const SignedMembers &members, const ContentDigests &digests,
                                const OBJECT_IDENTIFIER *content_type, const ASN1_TIME *time) noexcept {
@@ -182,7 +139,10 @@ uint32_t sign_PKCS7_withAttributes(P7_CONTENT_INFO *info, const uint8_t *data, i
 
 uint32_t sort_PKCS7_Signed_Attributes(P7_SIGNER_INFO *signer) {
     if (signer == nullptr) return 1;
-    return signer->authenticatedAttributes == nullptr || put_all(*signer, {}) ? 0 : 1;
+    if (signer->authenticatedAttributes == nullptr) return 0;
+    OwnedAttributes sorted(dup_X509_ATTRIBUTES(signer->authenticatedAttributes));
+    if (!sorted || !sort_attributes(sorted.get())) return 1;
+    return take_attributes(*signer, std::move(sorted)) ? 0 : 1;
 }
 
 uint32_t remove_PKCS7_Content(P7_CONTENT_INFO *info) {
