@@ -334,6 +334,7 @@ TEST_F(MessageSigners, Kcdsa) {
     const auto status = [&] {
         written.clear();
         const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+        if (writer == nullptr) return 0x5283003CU;
         const std::uint32_t begun =
             update_SIGNED_MESSAGE_WRITER(writer.get(), content.data(), size_of(content));
         return begun != 0 ? begun : final_SIGNED_MESSAGE_WRITER(writer.get());
