@@ -500,6 +500,30 @@ std::string taken_apart(const Row &row) {
                : "other";
 }
 
+/// A recipient with a password, of which libcrypto encrypts octets, with zeros up to a size (RFC 3211,
+/// section 2.3.1): the key that it opens to.
+std::string wrapped(const Row &row) {
+    const std::size_t size = row.number(2);
+    const Octets iv(16, 0x17);
+    Octets plain = hex(row[1]);
+    Octets kek(16);
+    plain.resize(size);
+    EXPECT_EQ(compute_PBKDF2(TLX_DIGEST_SHA1, iv.data(), 16, iv.data(), 16, 1, kek.data(), 16), 0U);
+    Octets inner = openssl::cipher("AES-128-CBC", true, kek, iv, plain);
+    inner.resize(size);
+    Octets outer = openssl::cipher("AES-128-CBC", true, kek, {inner.end() - 16, inner.end()}, inner);
+    outer.resize(size);
+    const Recipient recipient(decoded(
+        Seq_to_CMS_RECIPIENT_INFO, "A3{02:00 A0{06:2A864886F70D01050C 30{04:" + digits_of(iv) +
+                                       " 02:01}} 30{06:2A864886F70D0109100309 30{06:608648016503040102 04:" +
+                                       digits_of(iv) + "}} 04:" + digits_of(outer) + "}"));
+    CMS_KEY_HOLDER holder = {};
+    holder.password = iv.data();
+    holder.password_len = 16;
+    const Opened opened = open(recipient.get(), &holder, 0);
+    return opened.status != 0 ? status_text(opened.status) : digits_of(opened.key);
+}
+
 TEST(MessageKeys, Rows) {
     People::instance();
     // RSA does not say what it lacks, and parameters that cannot be decoded do not say why.
@@ -511,7 +535,8 @@ TEST(MessageKeys, Rows) {
                                      {"ours", {ours}},
                                      {"authenticated", {authenticated}},
                                      {"composed", {composed}},
-                                     {"taken-apart", {taken_apart}}});
+                                     {"taken-apart", {taken_apart}},
+                                     {"wrapped", {wrapped}}});
 }
 
 TEST(MessageKeys, Arguments) {
