@@ -463,6 +463,28 @@ TEST(MessageEnvelope, WritingRefusesArguments) {
     EXPECT_EQ(get_MESSAGE_cipher_name(19), nullptr);
 }
 
+/// What fails ends the message, and later operations return its status again.
+TEST(MessageEnvelope, FailuresEndMessages) {
+    Octets given;
+    const Settings settings = reading(given);
+    const Octets message = authenticated_abc();
+    const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), kKey, 2), 0x52A00048U);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0x52A00048U);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), kKey, 1), 0x52A00048U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A00048U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_complete(reader.get()), 0U);
+    ENVELOPED_MESSAGE_WRITER_SETTINGS writing = {};
+    writing.output = stop;
+    writing.type = TLX_MESSAGE_DIGESTED_DATA;
+    writing.algorithm = "sha256";
+    const Held<free_ENVELOPED_MESSAGE_WRITER> writer(new_ENVELOPED_MESSAGE_WRITER(&writing));
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_WRITER(writer.get(), kKey, 1), 77U);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_WRITER(writer.get(), kKey, 1), 77U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(writer.get()), 77U);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_WRITER(writer.get()), 77U);
+}
+
 /// In Galois/Counter Mode the size that is told beforehand is checked, before anything is encrypted.
 TEST(MessageEnvelope, SizeOfCounterMode) {
     for (const auto &[size, expected] : {std::pair(std::uint64_t{TLX_AEAD_MAX_MESSAGE_LENGTH}, 0U),

@@ -370,6 +370,26 @@ Cert other_kcdsa() {
     return cert;
 }
 
+/// What fails ends the message, and later operations return its status again.
+TEST_F(MessageReading, FailuresEndMessages) {
+    const Octets message = octets_of(signed_abc(0, true));
+    const Settings settings = {};
+    const MessageReader reader(new_SIGNED_MESSAGE_READER(&settings));
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), kAbc, 2), 0x52800048U);
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0x52800048U);
+    EXPECT_EQ(update_SIGNED_MESSAGE_READER_content(reader.get(), kAbc, 1), 0x52800048U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_READER(reader.get(), nullptr), 0x52800048U);
+    const Info info = message_of_signers({{0, TLX_OID_SHA256}});
+    SIGNED_MESSAGE_WRITER_SETTINGS writing = {};
+    writing.output = stop;
+    writing.message = info.get();
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&writing));
+    EXPECT_EQ(update_SIGNED_MESSAGE_WRITER(writer.get(), kAbc, 1), 77U);
+    EXPECT_EQ(update_SIGNED_MESSAGE_WRITER(writer.get(), kAbc, 1), 77U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 77U);
+    EXPECT_EQ(final_SIGNED_MESSAGE_WRITER(writer.get()), 77U);
+}
+
 /// Without attributes, content that is no longer there verifies by its digest. That of KCDSA takes the key
 /// beforehand, among the first 8 of the pool.
 TEST_F(MessageReading, ContentThatIsGone) {
