@@ -141,7 +141,7 @@ TLXPKI_API uint32_t remove_PKCS7_Content(P7_CONTENT_INFO *info);
 /**
  * Fills digested data: content of the type data with a copy of the octets, the digest, and as its algorithm
  * what get_OID_from_DigestID() gives, without parameters. For a SHA-2 digest that is its RSA signature, which
- * other programs refuse.
+ * other programs and ENVELOPED_MESSAGE_READER refuse.
  * @param digest_id TLX_DIGEST_
  * @return 0; 1 for content that is not digested data, null data unless the length is 0, a negative length, a
  * digest without an algorithm or not available, and when memory runs out (the message is unchanged then)
