@@ -67,7 +67,9 @@ std::uint32_t read_in_pieces(const Settings &settings, const Octets &message, st
             return update_ENVELOPED_MESSAGE_READER_content(reader.get(), octets, len);
         });
     }
-    return status != 0 ? status : final_ENVELOPED_MESSAGE_READER(reader.get());
+    const std::uint32_t last = final_ENVELOPED_MESSAGE_READER(reader.get());
+    EXPECT_TRUE(status == 0 || last == status) << "the message is over";
+    return last;
 }
 
 /// The status and the content that is given out piece by piece, the same for all pieces. Held back, the
@@ -110,7 +112,9 @@ std::uint32_t write_in_pieces(const ENVELOPED_MESSAGE_WRITER_SETTINGS &settings,
         in_pieces(content, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
             return update_ENVELOPED_MESSAGE_WRITER(writer.get(), octets, len);
         });
-    return status != 0 ? status : final_ENVELOPED_MESSAGE_WRITER(writer.get());
+    const std::uint32_t last = final_ENVELOPED_MESSAGE_WRITER(writer.get());
+    EXPECT_TRUE(status == 0 || last == status) << "the message is over";
+    return last;
 }
 
 /// A recipient with an RSA key, and what he opens with.

@@ -5,12 +5,14 @@
 #include "message/content_code.hpp"
 #include "message/content_stream.hpp"
 #include "message/envelope_record.hpp"
-#include "message/message_frame.hpp"
+#include "message/message_writing.hpp"
 #include "verify/object.hpp"
 
 using namespace tlx;
 
 namespace {
+
+constexpr WritingStatuses kStatuses = {0x52A3003C, 0x52A3001C, 0x52A4001C, 0x52A4003C, 0x52A4002B};
 
 /// HMAC with a digest (RFC 4231, section 3.1).
 Owned<X509_ALGO_IDENTIFIER> code_identifier(u32 digest_id) noexcept {
@@ -39,9 +41,7 @@ bool is_written(u32 type, u32 form) noexcept {
 struct ENVELOPED_MESSAGE_WRITER {
   public:
     explicit ENVELOPED_MESSAGE_WRITER(const ENVELOPED_MESSAGE_WRITER_SETTINGS &settings) noexcept
-        : settings_(settings),
-          layout_(layout_of(static_cast<MessageKind>(settings.type))),
-          out_(settings.output, settings.context) {}
+        : settings_(settings), writing_(settings, static_cast<MessageKind>(settings.type), kStatuses) {}
 
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 finish() noexcept;
@@ -53,55 +53,54 @@ struct ENVELOPED_MESSAGE_WRITER {
     [[nodiscard]] u32 choose_key(u32 length) noexcept;
     [[nodiscard]] u32 make_recipients(RecipientList &recipients) const noexcept;
     [[nodiscard]] u32 begin_message() noexcept;
-    [[nodiscard]] bool encode() noexcept;
     [[nodiscard]] bool add_attributes() noexcept;
     [[nodiscard]] u32 take(Bytes octets) noexcept;
-    [[nodiscard]] u32 write(Bytes octets) noexcept;
     [[nodiscard]] u32 end_content() noexcept;
     [[nodiscard]] bool finish_code() noexcept;
     [[nodiscard]] u32 end_message() noexcept;
-    [[nodiscard]] bool is_der() const noexcept { return settings_.form == TLX_MESSAGE_DER; }
-    [[nodiscard]] bool is_detached() const noexcept { return settings_.form == TLX_MESSAGE_DETACHED; }
-    [[nodiscard]] bool is_digested() const noexcept { return layout_.kind == MessageKind::digested_data; }
+    [[nodiscard]] MessageKind kind() const noexcept { return writing_.layout().kind; }
+    [[nodiscard]] bool is_encrypted() const noexcept { return writing_.layout().is_encrypted; }
+    [[nodiscard]] bool is_digested() const noexcept { return kind() == MessageKind::digested_data; }
 
     ENVELOPED_MESSAGE_WRITER_SETTINGS settings_;
-    const MessageLayout &layout_;
-    MessageOutput out_;
+    MessageWriting writing_;
     ContentKey secret_;
     Bytes key_;
     ContentAlgorithm algorithm_;
     CipherStream cipher_;
     ContentCode code_;
     Owned<CMS_CONTENT_INFO> info_;
-    OwnedObject<Encoder> encoded_;
-    MessageFrame frame_ = {};
-    SegmentWriter segments_;
-    std::uint64_t taken_ = 0;
-    bool begun_ = false;
-    u32 status_ = 0;  ///< of the operation that ended the message
 };
 
 u32 ENVELOPED_MESSAGE_WRITER::update(Bytes octets) noexcept {
-    if (status_ == 0 && !std::exchange(begun_, true)) status_ = begin();
-    if (status_ == 0) status_ = take(octets);
-    return status_;
+    return writing_.update(
+        octets, [&] { return begin(); }, [&](Bytes content) { return take(content); });
+}
+
+u32 ENVELOPED_MESSAGE_WRITER::finish() noexcept {
+    return writing_.finish(update({}), [&] {
+        const u32 status = end_content();
+        return status != 0 ? status : end_message();
+    });
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::begin() noexcept {
     EnvelopeParts parts;
-    u32 status = layout_.is_encrypted ? begin_encryption(parts) : begin_code(parts);
+    u32 status = is_encrypted() ? begin_encryption(parts) : begin_code(parts);
     if (status == 0) status = make_recipients(parts.recipients);
     if (status != 0) return status;
     info_ = make_envelope(settings_, std::move(parts));
-    if (!info_ || !encode()) return 0x52A3003C;
-    return begin_message();
+    return info_ ? begin_message() : 0x52A3003C;
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::begin_encryption(EnvelopeParts &parts) noexcept {
-    const bool authenticates = layout_.kind == MessageKind::auth_enveloped_data;
+    const bool authenticates = kind() == MessageKind::auth_enveloped_data;
     if (!find_algorithm(settings_.algorithm, algorithm_) || !algorithm_.draw_iv()) return 0x52A30048;
     if (algorithm_.authenticates != authenticates) return 0x52A30048;
-    if (authenticates && is_der() && settings_.size > TLX_AEAD_MAX_MESSAGE_LENGTH) return 0x52A3001C;
+    if (authenticates) {
+        if (writing_.is_der() && settings_.size > TLX_AEAD_MAX_MESSAGE_LENGTH) return 0x52A3001C;
+        writing_.limit(TLX_AEAD_MAX_MESSAGE_LENGTH);
+    }
     if (const u32 status = choose_key(algorithm_.key_length()); status != 0) return status;
     parts.algorithm = make_identifier(algorithm_);
     parts.code_length = algorithm_.tag_len;
@@ -135,13 +134,13 @@ u32 ENVELOPED_MESSAGE_WRITER::choose_key(u32 length) noexcept {
         key_ = {settings_.key, settings_.key_len};
         return settings_.key_len == length ? 0 : 0x52A30028;
     }
-    if (layout_.kind == MessageKind::encrypted_data) return 0x52A3002B;
+    if (kind() == MessageKind::encrypted_data) return 0x52A3002B;
     key_ = {secret_.key, length};
     return secret_.draw() ? 0 : 0x52A3003C;
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::make_recipients(RecipientList &recipients) const noexcept {
-    if (is_digested() || layout_.kind == MessageKind::encrypted_data) return 0;
+    if (is_digested() || kind() == MessageKind::encrypted_data) return 0;
     if (settings_.recipient_count == 0 || settings_.recipients == nullptr) return 0x52A30047;
     recipients.reset(new_CMS_RECIPIENT_INFOS());
     if (!recipients) return 0x52A3003C;
@@ -157,29 +156,16 @@ u32 ENVELOPED_MESSAGE_WRITER::make_recipients(RecipientList &recipients) const n
     return 0;
 }
 
-/// Encodes the message without content. False when memory runs out, and for members that cannot be encoded.
-bool ENVELOPED_MESSAGE_WRITER::encode() noexcept {
-    encoded_ = make_object<Encoder>();
-    if (!encoded_) return false;
-    Codec<CMS_CONTENT_INFO>::encode(*encoded_, info_.get());
-    return encoded_->ok() && frame_.split(encoded_->bytes(), layout_);
-}
-
 u32 ENVELOPED_MESSAGE_WRITER::begin_message() noexcept {
     if (cipher_.authenticates() && !add_attributes()) return 0x52A3003C;
-    if (is_detached()) return 0;
-    if (!is_der()) {
-        if (!segments_.start()) return 0x52A3003C;
-        frame_.begin_indefinite(out_);
-        return out_.status();
-    }
+    Encoder whole;
+    Codec<CMS_CONTENT_INFO>::encode(whole, info_.get());
     std::uint64_t size = settings_.size;
-    if (layout_.is_encrypted && !algorithm_.authenticates) {
+    if (is_encrypted() && !algorithm_.authenticates) {
         const u32 block = get_BlockLength(algorithm_.cipher_id);
         size += block - size % block;
     }
-    frame_.begin_der(out_, size);
-    return out_.status();
+    return writing_.begin_message(whole, size);
 }
 
 bool ENVELOPED_MESSAGE_WRITER::add_attributes() noexcept {
@@ -191,51 +177,24 @@ bool ENVELOPED_MESSAGE_WRITER::add_attributes() noexcept {
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::take(Bytes octets) noexcept {
-    const std::uint64_t most = is_der()                   ? settings_.size
-                               : algorithm_.authenticates ? TLX_AEAD_MAX_MESSAGE_LENGTH
-                                                          : UINT64_MAX;
-    if (octets.size() > most - taken_) return 0x52A3001C;
-    taken_ += octets.size();
-    if (layout_.is_encrypted) {
-        return cipher_.update(octets, 0x52A3003C, [&](Bytes ciphertext) { return write(ciphertext); });
-    }
-    return code_.update(octets) ? write(octets) : 0x52A3003C;
-}
-
-u32 ENVELOPED_MESSAGE_WRITER::write(Bytes octets) noexcept {
-    if (is_der()) {
-        out_.raw(octets);
-    } else if (!is_detached()) {
-        segments_.update(out_, octets);
-    }
-    return out_.status();
-}
-
-u32 ENVELOPED_MESSAGE_WRITER::finish() noexcept {
-    u32 status = update({});
-    if (status == 0 && is_der() && taken_ != settings_.size) status = 0x52A4001C;
-    if (status == 0) status = end_content();
-    if (status == 0) status = end_message();
-    status_ = status_ != 0 ? status_ : 0x52A4002B;
-    return status;
+    if (!is_encrypted()) return code_.update(octets) ? writing_.write(octets) : 0x52A3003C;
+    return cipher_.update(octets, 0x52A3003C, [&](Bytes ciphertext) { return writing_.write(ciphertext); });
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::end_content() noexcept {
-    if (!layout_.is_encrypted) return finish_code() ? 0 : 0x52A4003C;
+    if (!is_encrypted()) return finish_code() ? 0 : 0x52A4003C;
     if (algorithm_.authenticates) {
         u8 tag[TLX_AEAD_TAG_LENGTH];
-        return cipher_.make_tag(tag) && put_code(*info_, tag) && encode() ? 0 : 0x52A4003C;
+        return cipher_.make_tag(tag) && put_code(*info_, tag) ? 0 : 0x52A4003C;
     }
     Bytes last;
-    return cipher_.finish_blocks(last) ? write(last) : 0x52A4003C;
+    return cipher_.finish_blocks(last) ? writing_.write(last) : 0x52A4003C;
 }
 
 /// False when memory runs out.
 bool ENVELOPED_MESSAGE_WRITER::finish_code() noexcept {
     ContentCode::Result result;
-    if (is_digested()) {
-        return code_.finish_digest(result) && put_code(*info_, result.bytes()) && encode();
-    }
+    if (is_digested()) return code_.finish_digest(result) && put_code(*info_, result.bytes());
     const X509_ATTRIBUTES *attributes = authenticated_attributes(*info_);
     Encoder set;
     Element element;
@@ -245,25 +204,18 @@ bool ENVELOPED_MESSAGE_WRITER::finish_code() noexcept {
         if (!set.ok() || !read_element(set.bytes(), element)) return false;
     }
     return code_.finish_code(attributes != nullptr ? &element : nullptr, result) &&
-           put_code(*info_, result.bytes()) && encode();
+           put_code(*info_, result.bytes());
 }
 
 u32 ENVELOPED_MESSAGE_WRITER::end_message() noexcept {
-    if (is_detached()) {
-        out_.raw(encoded_->bytes());
-    } else if (is_der()) {
-        frame_.end_der(out_);
-    } else {
-        segments_.finish(out_);
-        frame_.end_indefinite(out_);
-    }
-    return out_.status();
+    Encoder whole;
+    Codec<CMS_CONTENT_INFO>::encode(whole, info_.get());
+    return writing_.end_message(whole);
 }
 
 ENVELOPED_MESSAGE_WRITER *new_ENVELOPED_MESSAGE_WRITER(const ENVELOPED_MESSAGE_WRITER_SETTINGS *settings) {
-    constexpr std::uint64_t kMostContent = 0x3FFFFFFFFFFFFFFF;
-    if (settings == nullptr || settings->output == nullptr || settings->algorithm == nullptr) return nullptr;
-    if (settings->size > kMostContent || !is_written(settings->type, settings->form)) return nullptr;
+    if (settings == nullptr || !can_write_with(*settings) || settings->algorithm == nullptr) return nullptr;
+    if (!is_written(settings->type, settings->form)) return nullptr;
     return make_object<ENVELOPED_MESSAGE_WRITER>(*settings).release();
 }
 

@@ -2,42 +2,15 @@
 #include <tlxpki/message_outline.h>
 
 #include "der/owned.hpp"
-#include "message/message_parser.hpp"
+#include "message/message_reading.hpp"
 #include "verify/object.hpp"
 
 using namespace tlx;
 
-struct MESSAGE_OUTLINE {
-  public:
-    explicit MESSAGE_OUTLINE(u32 held_limit) noexcept
-        : parser_(
-              {MessageKind::signed_data, MessageKind::enveloped_data, MessageKind::signed_and_enveloped_data,
-               MessageKind::digested_data, MessageKind::encrypted_data, MessageKind::authenticated_data,
-               MessageKind::auth_enveloped_data},
-              held_limit != 0 ? held_limit : TLX_MESSAGE_HELD_LIMIT) {}
-
-    [[nodiscard]] u32 update(Bytes octets) noexcept;
-    [[nodiscard]] u32 write(u8 **octets, u32 &len, std::uint64_t &content_size) const noexcept;
-
-  private:
-    MessageParser parser_;
-    std::uint64_t content_size_ = 0;
-};
-
 namespace {
 
-u32 status_of(MessageParser::Failure failure) noexcept {
-    switch (failure) {
-        case MessageParser::Failure::too_long:
-            return 0x52A80047;
-        case MessageParser::Failure::misplaced:
-            return 0x52A80048;
-        case MessageParser::Failure::no_element:
-            return 0x52A8004F;
-        default:
-            return 0x52A8003C;
-    }
-}
+/// It takes no content apart, and has no end.
+constexpr ReadingStatuses kStatuses = {0x52A80047, 0x52A80048, 0x52A8004F, 0x52A8003C, 0, 0, 0};
 
 /// ContentInfo with the body around the content's info.
 void encode(Encoder &out, const MessageParser &parser) noexcept {
@@ -55,31 +28,41 @@ void encode(Encoder &out, const MessageParser &parser) noexcept {
 
 }  // namespace
 
+struct MESSAGE_OUTLINE {
+  public:
+    explicit MESSAGE_OUTLINE(u32 held_limit) noexcept
+        : reading_(
+              {MessageKind::signed_data, MessageKind::enveloped_data, MessageKind::signed_and_enveloped_data,
+               MessageKind::digested_data, MessageKind::encrypted_data, MessageKind::authenticated_data,
+               MessageKind::auth_enveloped_data},
+              held_limit, kStatuses) {}
+
+    [[nodiscard]] u32 update(Bytes octets) noexcept;
+    [[nodiscard]] u32 write(u8 **octets, u32 &len, std::uint64_t &content_size) const noexcept;
+
+  private:
+    MessageReading reading_;
+    std::uint64_t content_size_ = 0;
+};
+
 u32 MESSAGE_OUTLINE::update(Bytes octets) noexcept {
-    for (;;) {
-        switch (parser_.next(octets)) {
-            case MessageParser::Step::need_more:
-                return 0;
-            case MessageParser::Step::content:
-                content_size_ += parser_.octets().size();
-                break;
-            case MessageParser::Step::failed:
-                return status_of(parser_.failure());
-            default:
-                break;
-        }
-    }
+    return reading_.update(
+        octets, [] { return 0U; },
+        [&](Bytes content) {
+            content_size_ += content.size();
+            return 0U;
+        });
 }
 
 u32 MESSAGE_OUTLINE::write(u8 **octets, u32 &len, std::uint64_t &content_size) const noexcept {
-    if (!parser_.is_done()) return 0x52A9002B;
+    if (!reading_.is_complete()) return 0x52A9002B;
     Encoder out;
-    encode(out, parser_);
+    encode(out, reading_.message());
     u8 *copy = out.ok() ? copy_terminated(out.bytes()) : nullptr;
     if (copy == nullptr) return 0x52A9003C;
     *octets = copy;
     len = static_cast<u32>(out.bytes().size());
-    content_size = parser_.has_content() ? content_size_ : UINT64_MAX;
+    content_size = reading_.message().has_content() ? content_size_ : UINT64_MAX;
     return 0;
 }
 

@@ -8,15 +8,19 @@
 
 namespace tlx {
 
+/// Gives octets to an output, which may be null. Returns its status.
+[[nodiscard]] inline u32 give_out(MESSAGE_OUTPUT output, void *context, Bytes octets) noexcept {
+    if (output == nullptr || octets.empty()) return 0;
+    return output(context, octets.data(), static_cast<u32>(octets.size()));
+}
+
 /// What a message is written to. The first status of the output that is not 0 stays.
 class MessageOutput {
   public:
     MessageOutput(MESSAGE_OUTPUT output, void *context) noexcept : output_(output), context_(context) {}
 
     void raw(Bytes octets) noexcept {
-        if (status_ == 0 && !octets.empty()) {
-            status_ = output_(context_, octets.data(), static_cast<u32>(octets.size()));
-        }
+        if (status_ == 0) status_ = give_out(output_, context_, octets);
     }
     /// Identifier and length octets.
     void header(u8 tag, std::uint64_t length) noexcept;

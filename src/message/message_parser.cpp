@@ -23,6 +23,11 @@ constexpr bool is_string(u8 tag) noexcept {
 
 }  // namespace
 
+Bytes MessageParser::content_type() const noexcept {
+    Element type;
+    return read_element(info_.bytes(), type) ? type.contents : Bytes();
+}
+
 MessageParser::Step MessageParser::next(Bytes &in) noexcept {
     using Event = ElementStream::Event;
     while (failure_ == Failure::none) {

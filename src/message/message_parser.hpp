@@ -58,6 +58,8 @@ class MessageParser {
     /// What stands before the content in its info: the object identifier of its type, and what it is
     /// encrypted with.
     [[nodiscard]] Bytes info() const noexcept { return info_.bytes(); }
+    /// The contents octets of the type of the content; none before it is held.
+    [[nodiscard]] Bytes content_type() const noexcept;
 
   private:
     /// How deep elements of a message lie.

@@ -1,7 +1,8 @@
 // Reading signed messages in pieces.
 #include <tlxpki/message_stream.h>
 
-#include "message/message_parser.hpp"
+#include "message/message_output.hpp"
+#include "message/message_reading.hpp"
 #include "message/signed_body.hpp"
 #include "message/streamed_content.hpp"
 #include "message/strict_path.hpp"
@@ -11,17 +12,13 @@ using namespace tlx;
 
 namespace {
 
-u32 status_of(MessageParser::Failure failure) noexcept {
-    switch (failure) {
-        case MessageParser::Failure::too_long:
-            return 0x52800047;
-        case MessageParser::Failure::misplaced:
-            return 0x52800048;
-        case MessageParser::Failure::no_element:
-            return 0x5280004F;
-        default:
-            return 0x5280003C;
-    }
+constexpr ReadingStatuses kStatuses = {0x52800047, 0x52800048, 0x5280004F, 0x5280003C,
+                                       0x5281002B, 0x5281001C, 0x5282001C};
+
+/// For signatures that need the content after the key.
+u32 most_kept(const SIGNED_MESSAGE_READER_SETTINGS &settings) noexcept {
+    if (settings.output != nullptr) return most_held_back(settings);
+    return settings.held_limit != 0 ? settings.held_limit : TLX_MESSAGE_HELD_LIMIT;
 }
 
 }  // namespace
@@ -30,100 +27,54 @@ struct SIGNED_MESSAGE_READER {
   public:
     explicit SIGNED_MESSAGE_READER(const SIGNED_MESSAGE_READER_SETTINGS &settings) noexcept
         : settings_(settings),
-          parser_({MessageKind::signed_data}, held_limit(settings)),
+          reading_({MessageKind::signed_data}, settings.held_limit, kStatuses),
           content_(most_kept(settings), settings.pool) {}
 
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 update_content(Bytes octets) noexcept;
     [[nodiscard]] u32 finish(P7_SIGNER_REPORTS **reports) noexcept;
-    [[nodiscard]] bool is_complete() const noexcept { return parser_.is_done(); }
-    [[nodiscard]] bool is_detached() const noexcept { return is_complete() && !parser_.has_content(); }
+    [[nodiscard]] const MessageReading &reading() const noexcept { return reading_; }
 
   private:
-    static u32 held_limit(const SIGNED_MESSAGE_READER_SETTINGS &settings) noexcept {
-        return settings.held_limit != 0 ? settings.held_limit : TLX_MESSAGE_HELD_LIMIT;
-    }
-    static u32 most_kept(const SIGNED_MESSAGE_READER_SETTINGS &settings) noexcept {
-        if (settings.output == nullptr) return held_limit(settings);
-        return settings.held_back_limit != 0 ? settings.held_back_limit : TLX_MESSAGE_HELD_BACK_LIMIT;
-    }
-
-    [[nodiscard]] u32 parse(Bytes octets) noexcept;
     [[nodiscard]] u32 take_content(Bytes octets) noexcept;
     [[nodiscard]] u32 verify(P7_SIGNER_REPORTS **reports) noexcept;
-    [[nodiscard]] u32 give_out(MESSAGE_OUTPUT output, Bytes octets) const noexcept {
-        if (output == nullptr || octets.empty()) return 0;
-        return output(settings_.context, octets.data(), static_cast<u32>(octets.size()));
-    }
 
     SIGNED_MESSAGE_READER_SETTINGS settings_;
-    MessageParser parser_;
+    MessageReading reading_;
     StreamedContent content_;
-    bool content_given_ = false;
-    u32 status_ = 0;  ///< of the operation that ended the message
 };
 
 u32 SIGNED_MESSAGE_READER::update(Bytes octets) noexcept {
-    if (status_ == 0) status_ = parse(octets);
-    return status_;
-}
-
-u32 SIGNED_MESSAGE_READER::parse(Bytes octets) noexcept {
-    for (;;) {
-        u32 status = 0;
-        switch (parser_.next(octets)) {
-            case MessageParser::Step::need_more:
-                return 0;
-            case MessageParser::Step::content_begins:
-                content_given_ = true;
-                status = content_.start(parser_.before_content());
-                break;
-            case MessageParser::Step::content_missing:
-                status = content_.start(parser_.before_content());
-                break;
-            case MessageParser::Step::content:
-                status = take_content(parser_.octets());
-                break;
-            case MessageParser::Step::done:
-                break;
-            case MessageParser::Step::failed:
-                return status_of(parser_.failure());
-        }
-        if (status != 0) return status;
-    }
+    return reading_.update(
+        octets, [&] { return content_.start(reading_.message().before_content()); },
+        [&](Bytes content) { return take_content(content); });
 }
 
 u32 SIGNED_MESSAGE_READER::take_content(Bytes octets) noexcept {
     if (!content_.update(octets)) return 0x5280003C;
     if (settings_.output != nullptr && !content_.is_kept()) return 0x52810047;
-    return give_out(settings_.unverified_output, octets);
+    return give_out(settings_.unverified_output, settings_.context, octets);
 }
 
 u32 SIGNED_MESSAGE_READER::update_content(Bytes octets) noexcept {
-    if (status_ != 0) return status_;
-    if (!is_complete()) return 0x5281002B;
-    if (parser_.has_content()) return 0x5281001C;
-    content_given_ = true;
-    return status_ = take_content(octets);
+    return reading_.update_content(octets, [&](Bytes content) { return take_content(content); });
 }
 
 u32 SIGNED_MESSAGE_READER::finish(P7_SIGNER_REPORTS **reports) noexcept {
-    if (status_ != 0) return status_;
-    status_ = 0x5282001C;
-    const u32 status = verify(reports);
-    return status != 0 ? status : give_out(settings_.output, content_.kept());
+    u32 status = reading_.finish();
+    if (status == 0) status = verify(reports);
+    return status != 0 ? status : give_out(settings_.output, settings_.context, content_.kept());
 }
 
 u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
-    if (!is_complete()) return 0x5282004F;
+    const MessageParser &message = reading_.message();
+    if (!reading_.is_complete()) return 0x5282004F;
     SignedBody body;
-    if (const u32 status = body.decode(parser_.body()); status != 0) return status;
+    if (const u32 status = body.decode(message.body()); status != 0) return status;
     const SignerMembers members = body.members();
     if (get_STACK_count(members.signers) == 0) return 0x5282002B;
-    if (!content_given_) return 0x5282003B;
-    Element type;
-    const bool has_type = read_element(parser_.info(), type);
-    const Owned<OBJECT_IDENTIFIER> content_type(has_type ? decode_oid(type.contents) : nullptr);
+    if (!reading_.content_given()) return 0x5282003B;
+    const Owned<OBJECT_IDENTIFIER> content_type(decode_oid(message.content_type()));
     if (!content_type) return 0x52820104;
     SignerChecks checks;
     if (!content_.finish(checks)) return 0x5282003C;
@@ -135,9 +86,7 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
 }
 
 SIGNED_MESSAGE_READER *new_SIGNED_MESSAGE_READER(const SIGNED_MESSAGE_READER_SETTINGS *settings) {
-    if (settings == nullptr || settings->held_back_limit > TLX_MESSAGE_HELD_BACK_LIMIT) return nullptr;
-    if (settings->output != nullptr && settings->unverified_output != nullptr) return nullptr;
-    return make_object<SIGNED_MESSAGE_READER>(*settings).release();
+    return can_read_with(settings) ? make_object<SIGNED_MESSAGE_READER>(*settings).release() : nullptr;
 }
 
 void free_SIGNED_MESSAGE_READER(SIGNED_MESSAGE_READER *reader) {
@@ -160,9 +109,9 @@ uint32_t final_SIGNED_MESSAGE_READER(SIGNED_MESSAGE_READER *reader, P7_SIGNER_RE
 }
 
 uint32_t is_SIGNED_MESSAGE_READER_complete(const SIGNED_MESSAGE_READER *reader) {
-    return reader != nullptr && reader->is_complete() ? 1 : 0;
+    return reader != nullptr && reader->reading().is_complete() ? 1 : 0;
 }
 
 uint32_t is_SIGNED_MESSAGE_READER_detached(const SIGNED_MESSAGE_READER *reader) {
-    return reader != nullptr && reader->is_detached() ? 1 : 0;
+    return reader != nullptr && reader->reading().is_detached() ? 1 : 0;
 }

@@ -3,8 +3,8 @@
 #include <tlxpki/time.h>
 
 #include "message/key_signature.hpp"
-#include "message/message_frame.hpp"
 #include "message/message_signers.hpp"
+#include "message/message_writing.hpp"
 #include "message/running_digests.hpp"
 #include "message/sign.hpp"
 #include "verify/object.hpp"
@@ -15,13 +15,15 @@ namespace {
 
 using OwnedTime = std::unique_ptr<ASN1_TIME, FreeWith<free_ASN1_TIME>>;
 
+constexpr WritingStatuses kStatuses = {0x5283003C, 0x5283001C, 0x5284001C, 0x5284003C, 0x5284002B};
+
 }  // namespace
 
 struct SIGNED_MESSAGE_WRITER {
   public:
     explicit SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS &settings) noexcept
         : settings_(settings),
-          out_(settings.output, settings.context),
+          writing_(settings, MessageKind::signed_data, kStatuses),
           info_(dup_P7_CONTENT_INFO(settings.message)),
           now_(settings.time == nullptr ? getCurrentGMTime() : nullptr) {
         if (settings.time == nullptr) settings_.time = now_.get();
@@ -44,29 +46,29 @@ struct SIGNED_MESSAGE_WRITER {
     [[nodiscard]] u32 begin_digests() noexcept;
     [[nodiscard]] u32 begin_message() noexcept;
     [[nodiscard]] u32 write_with_zeros(Encoder &whole) const noexcept;
-    [[nodiscard]] u32 begin_frame(const Encoder &whole) noexcept;
-    [[nodiscard]] u32 end_frame(const Encoder &whole) noexcept;
     [[nodiscard]] u32 take(Bytes octets) noexcept;
     [[nodiscard]] u32 sign() noexcept;
     [[nodiscard]] u32 end_message() noexcept;
 
     SIGNED_MESSAGE_WRITER_SETTINGS settings_;
-    MessageOutput out_;
+    MessageWriting writing_;
     Owned<P7_CONTENT_INFO> info_;
     OwnedTime now_;
     SignedMembers members_ = {};
     MessageSigners signers_;
     RunningDigests digests_;
-    SegmentWriter segments_;
-    std::uint64_t taken_ = 0;
-    bool begun_ = false;
-    u32 status_ = 0;  ///< of the operation that ended the message
 };
 
 u32 SIGNED_MESSAGE_WRITER::update(Bytes octets) noexcept {
-    if (status_ == 0 && !std::exchange(begun_, true)) status_ = begin();
-    if (status_ == 0) status_ = take(octets);
-    return status_;
+    return writing_.update(
+        octets, [&] { return begin(); }, [&](Bytes content) { return take(content); });
+}
+
+u32 SIGNED_MESSAGE_WRITER::finish() noexcept {
+    return writing_.finish(update({}), [&] {
+        const u32 status = sign();
+        return status != 0 ? status : end_message();
+    });
 }
 
 u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
@@ -77,7 +79,7 @@ u32 SIGNED_MESSAGE_WRITER::begin() noexcept {
     members_ = members_of(data());
     if (!signs_content() && is_BIGINT_zero(members_.version) != 0) return 0x52830048;
     if (const u32 status = place_content_type(); status != 0) return status;
-    const u32 status = init_PKCS7_Sign(info_.get(), settings_.form == TLX_MESSAGE_DETACHED ? 1 : 0);
+    const u32 status = init_PKCS7_Sign(info_.get(), writing_.is_detached() ? 1 : 0);
     if (status != 0) return status;
     const u32 begun = begin_digests();
     return begun != 0 ? begun : begin_message();
@@ -88,7 +90,7 @@ u32 SIGNED_MESSAGE_WRITER::begin_signers() noexcept {
     if (const u32 status = signers_.begin(settings_); status != 0) return status;
     if (const u32 status = signers_.reserve(); status != 0) return status;
     signers_.encode(whole);
-    return begin_frame(whole);
+    return writing_.begin_message(whole, settings_.size);
 }
 
 /// The content itself is never part of the record.
@@ -115,21 +117,9 @@ u32 SIGNED_MESSAGE_WRITER::begin_digests() noexcept {
 
 u32 SIGNED_MESSAGE_WRITER::begin_message() noexcept {
     Encoder whole;
-    if (settings_.form == TLX_MESSAGE_DETACHED) return 0;
+    if (writing_.is_detached()) return 0;
     const u32 status = write_with_zeros(whole);
-    return status != 0 ? status : begin_frame(whole);
-}
-
-/// Writes what stands before the content of a message that is there without it.
-u32 SIGNED_MESSAGE_WRITER::begin_frame(const Encoder &whole) noexcept {
-    MessageFrame frame = {};
-    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5283003C;
-    if (settings_.form == TLX_MESSAGE_DER) frame.begin_der(out_, settings_.size);
-    if (settings_.form == TLX_MESSAGE_INDEFINITE) {
-        if (!segments_.start()) return 0x5283003C;
-        frame.begin_indefinite(out_);
-    }
-    return out_.status();
+    return status != 0 ? status : writing_.begin_message(whole, settings_.size);
 }
 
 /// A copy of the message with zeros for signatures.
@@ -155,22 +145,8 @@ u32 SIGNED_MESSAGE_WRITER::write_with_zeros(Encoder &whole) const noexcept {
 }
 
 u32 SIGNED_MESSAGE_WRITER::take(Bytes octets) noexcept {
-    const bool is_der = settings_.form == TLX_MESSAGE_DER;
-    if (is_der && octets.size() > settings_.size - taken_) return 0x5283001C;
-    taken_ += octets.size();
     if (!digests_.update(octets) || !signers_.update(octets)) return 0x5283003C;
-    if (is_der) out_.raw(octets);
-    if (settings_.form == TLX_MESSAGE_INDEFINITE) segments_.update(out_, octets);
-    return out_.status();
-}
-
-u32 SIGNED_MESSAGE_WRITER::finish() noexcept {
-    u32 status = update({});
-    if (status == 0 && settings_.form == TLX_MESSAGE_DER && taken_ != settings_.size) status = 0x5284001C;
-    if (status == 0) status = sign();
-    if (status == 0) status = end_message();
-    status_ = status_ != 0 ? status_ : 0x5284002B;
-    return status;
+    return writing_.write(octets);
 }
 
 u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
@@ -183,7 +159,7 @@ u32 SIGNED_MESSAGE_WRITER::sign() noexcept {
             put_signed_attributes(members_, digests, data().contentInfo->contentType, settings_.time);
         if (status != 0) return status;
     }
-    return sign_content_in_pieces(members_, digests_, settings_.form == TLX_MESSAGE_DER);
+    return sign_content_in_pieces(members_, digests_, writing_.is_der());
 }
 
 u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {
@@ -193,37 +169,16 @@ u32 SIGNED_MESSAGE_WRITER::end_message() noexcept {
     } else {
         Codec<P7_CONTENT_INFO>::encode(whole, info_.get());
     }
-    return end_frame(whole);
-}
-
-/// Writes what stands after the content, or the whole message when that is detached.
-u32 SIGNED_MESSAGE_WRITER::end_frame(const Encoder &whole) noexcept {
-    MessageFrame frame = {};
-    if (!whole.ok() || !frame.split(whole.bytes(), layout_of(MessageKind::signed_data))) return 0x5284003C;
-    switch (settings_.form) {
-        case TLX_MESSAGE_INDEFINITE:
-            segments_.finish(out_);
-            frame.end_indefinite(out_);
-            break;
-        case TLX_MESSAGE_DER:
-            frame.end_der(out_);
-            break;
-        default:
-            out_.raw(whole.bytes());
-            break;
-    }
-    return out_.status();
+    return writing_.end_message(whole);
 }
 
 SIGNED_MESSAGE_WRITER *new_SIGNED_MESSAGE_WRITER(const SIGNED_MESSAGE_WRITER_SETTINGS *settings) {
-    constexpr std::uint64_t kMostContent = 0x3FFFFFFFFFFFFFFF;
-    if (settings == nullptr || settings->output == nullptr) return nullptr;
+    if (settings == nullptr || !can_write_with(*settings)) return nullptr;
     const bool has_signers = settings->signers != nullptr && settings->signer_count > 0;
     if ((settings->message != nullptr) == has_signers || (!has_signers && settings->signer_count > 0)) {
         return nullptr;
     }
     if (settings->format > TLX_MESSAGE_FORMAT_PKCS7) return nullptr;
-    if (settings->form > TLX_MESSAGE_DETACHED || settings->size > kMostContent) return nullptr;
     OwnedObject<SIGNED_MESSAGE_WRITER> writer = make_object<SIGNED_MESSAGE_WRITER>(*settings);
     return writer && writer->is_made() ? writer.release() : nullptr;
 }
