@@ -39,14 +39,8 @@ u32 check(const P7_SIGNER_INFO &signer, const ASYMMETRIC_KEY &key, Bytes signatu
     if (!apply_pss_parameters(signer, algorithms, key)) return 0x4B340048;
     Encoder set;
     if (!encode_attributes(signer, set)) return 0x4B34005F;
-    switch (verify_octets(key, algorithms, set.bytes(), signature)) {
-        case 0:
-            return 0;
-        case 1:
-            return 0x4B340048;
-        default:
-            return 0x4B340054;
-    }
+    if (begin_verification(key, algorithms) != 0) return 0x4B340048;
+    return verify_octets(key, algorithms, set.bytes(), signature) == 0 ? 0 : 0x4B340054;
 }
 
 }  // namespace

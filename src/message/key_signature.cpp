@@ -35,6 +35,17 @@ u32 sign_kcdsa(Sign sign, Owned<OCTET_STRING> &signature) noexcept {
     return signature ? 0 : 0x4B1C003B;
 }
 
+u32 begin(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, u32 direction,
+          u32 other_kind) noexcept {
+    if (RSA_UNIT *rsa = rsa_unit(key)) {
+        return init_RSASSA(rsa, algorithms.digest_id, algorithms.padding_mode(), direction);
+    }
+    KCDSA *kcdsa = kcdsa_unit(key);
+    if (kcdsa == nullptr) return other_kind;
+    if (const u32 status = set_KCDSA_digest(kcdsa, algorithms.digest_id); status != 0) return status;
+    return init_KCDSA(kcdsa, direction);
+}
+
 }  // namespace
 
 SignerAlgorithms::SignerAlgorithms(const P7_SIGNER_INFO &signer) noexcept
@@ -62,13 +73,12 @@ bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &
 
 u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms) noexcept {
     constexpr u32 kSign = 1;
-    if (RSA_UNIT *rsa = rsa_unit(key)) {
-        return init_RSASSA(rsa, algorithms.digest_id, algorithms.padding_mode(), kSign);
-    }
-    KCDSA *kcdsa = kcdsa_unit(key);
-    if (kcdsa == nullptr) return 0x4B1C0048;
-    if (const u32 status = set_KCDSA_digest(kcdsa, algorithms.digest_id); status != 0) return status;
-    return init_KCDSA(kcdsa, kSign);
+    return begin(key, algorithms, kSign, 0x4B1C0048);
+}
+
+u32 begin_verification(const ASYMMETRIC_KEY &key, const SignerAlgorithms &algorithms) noexcept {
+    constexpr u32 kVerify = 0;
+    return begin(&key, algorithms, kVerify, 0x4B210048);
 }
 
 u32 update_signature(const ASYMMETRIC_KEY *key, Bytes octets, u32 other_kind) noexcept {

@@ -38,6 +38,9 @@ struct SignerAlgorithms {
 /// Signs a digest, for KCDSA one of init_KCDSA_digest(). Statuses likewise.
 [[nodiscard]] u32 sign_digest(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms, Bytes digest,
                               Owned<OCTET_STRING> &signature) noexcept;
+/// Finds what a key refuses, before anything is verified with it. 0x4B210048 for a key of another kind,
+/// otherwise a status likewise.
+[[nodiscard]] u32 begin_verification(const ASYMMETRIC_KEY &key, const SignerAlgorithms &algorithms) noexcept;
 /// Verifies a signature of octets. 0 when it is good; 0x4B210048 for a key of another kind, 0x4B21000E for a
 /// KCDSA signature that cannot be decoded, otherwise a status of the key.
 [[nodiscard]] u32 verify_octets(const ASYMMETRIC_KEY &key, const SignerAlgorithms &algorithms, Bytes octets,

@@ -56,7 +56,7 @@ u32 verify_one(const P7_SIGNER_INFO &signer, const X509_CERT *cert, const Conten
     const SignerAlgorithms algorithms(signer);
     if (!key || algorithms.digest_id == 0 || algorithms.cipher_id == 0) return 1;
     if (!apply_pss_parameters(signer, algorithms, *key)) return 1;
-    if (rsa_unit(key.get()) == nullptr && kcdsa_unit(key.get()) == nullptr) return 0x4B210048;
+    if (const u32 status = begin_verification(*key, algorithms); status != 0) return status;
     Encoder set;
     const bool has_attributes = signs_attributes(signer, signer.version);
     if (has_attributes) {
