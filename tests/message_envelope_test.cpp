@@ -281,9 +281,15 @@ TEST(MessageEnvelope, ContentIsHeldBack) {
     Settings settings = reading(given);
     const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
     EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_authenticated(reader.get()), 0U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_detached(reader.get()), 0U);
     EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_content_type(reader.get()), nullptr);
-    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0U);
+    constexpr std::uint32_t kTypeEnd = 37;  // what follows it is the algorithm
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), kTypeEnd), 0U);
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_content_type(reader.get()), nullptr);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), &message[kTypeEnd], length(message) - kTypeEnd),
+              0U);
     EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_complete(reader.get()), 1U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_detached(reader.get()), 0U);
     EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_authenticated(reader.get()), 1U);
     EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_type(reader.get()), TLX_MESSAGE_AUTH_ENVELOPED_DATA);
     const Held<free_ASN1_STRING> type(get_ENVELOPED_MESSAGE_READER_content_type(reader.get()));
@@ -326,6 +332,11 @@ TEST(MessageEnvelope, RefusesArguments) {
     expect_refuses_null(0x52A60049, get_ENVELOPED_MESSAGE_READER_message, reader.get(), &record);
     EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_message(reader.get(), &record), 0x52A6002BU);
     EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(nullptr), 0x52A20049U);
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_type(nullptr), TLX_MESSAGE_OTHER);
+    EXPECT_EQ(get_ENVELOPED_MESSAGE_READER_content_type(nullptr), nullptr);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_authenticated(nullptr), 0U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_complete(nullptr), 0U);
+    EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_detached(nullptr), 0U);
     EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A2004FU);
 }
 
