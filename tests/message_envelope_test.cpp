@@ -403,17 +403,7 @@ std::uint64_t peak_of(const Octets &recipients, const Octets &after) {
     Settings settings = reading(given);
     settings.key = nullptr;
     settings.holder = &holder;
-    std::uint64_t peak = 0;
-    const std::uint64_t before = tlx_live_bytes();
-    tlx_watch_frees(
-        [](const void *, size_t, void *context) {
-            auto *most = static_cast<std::uint64_t *>(context);
-            *most = std::max(*most, tlx_live_bytes());
-        },
-        &peak);
-    EXPECT_EQ(read_in_pieces(settings, message, 10000), 0x52A20012U);
-    tlx_watch_frees(nullptr, nullptr);
-    return peak - before;
+    return peak_of_live_bytes([&] { EXPECT_EQ(read_in_pieces(settings, message, 10000), 0x52A20012U); });
 }
 
 /// As many members as the default limit allows make no records of many times their size.

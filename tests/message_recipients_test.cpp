@@ -140,17 +140,9 @@ TEST(MessageRecipients, LastOfManyKeysOpensInLittleMemory) {
             keys += name + "-theirs; ";
         const Octets message = message_for(owner, "A1{" + name + "-before; 30{" + keys + " " + name + ";}}");
         EXPECT_GT(message.size(), 40000U);
-        std::uint64_t peak = 0;
-        const std::uint64_t before = tlx_live_bytes();
-        tlx_watch_frees(
-            [](const void *, size_t, void *context) {
-                auto *most = static_cast<std::uint64_t *>(context);
-                *most = std::max(*most, tlx_live_bytes());
-            },
-            &peak);
-        EXPECT_EQ(read_as(owner.holder(), message), "abc") << name;
-        tlx_watch_frees(nullptr, nullptr);
-        EXPECT_LT(peak - before, kMost) << name;
+        const std::uint64_t peak =
+            peak_of_live_bytes([&] { EXPECT_EQ(read_as(owner.holder(), message), "abc") << name; });
+        EXPECT_LT(peak, kMost) << name;
     }
 }
 

@@ -151,10 +151,7 @@ Octets write_message(const Row &row, std::uint32_t &status) {
     settings.certificates = certificates.get();
     settings.form = row.number(3);
     settings.size = kContent.size();
-    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
-    status = update_SIGNED_MESSAGE_WRITER(writer.get(), kContent.data(), 3);
-    if (status == 0) status = update_SIGNED_MESSAGE_WRITER(writer.get(), &kContent[3], size_of(kContent) - 3);
-    if (status == 0) status = final_SIGNED_MESSAGE_WRITER(writer.get());
+    status = write_in_pieces(settings, kContent, 3);
     return status == 0 ? written : Octets();
 }
 
@@ -298,8 +295,7 @@ TEST_F(MessageSigners, OcspResponseInTheMessage) {
     EXPECT_EQ(add_X509_CERTIFICATES(pool.get(), signer.certificate.get()), 0U);
     const auto status = [&] {
         written.clear();
-        const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
-        return writer == nullptr ? 0x5283003C : final_SIGNED_MESSAGE_WRITER(writer.get());
+        return write_in_pieces(settings, {}, 1);
     };
     EXPECT_EQ(status(), 0U);
     Trust trust(TLX_PROFILE_CURRENT);
@@ -333,11 +329,7 @@ TEST_F(MessageSigners, Kcdsa) {
     settings.size = content.size();
     const auto status = [&] {
         written.clear();
-        const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
-        if (writer == nullptr) return 0x5283003CU;
-        const std::uint32_t begun =
-            update_SIGNED_MESSAGE_WRITER(writer.get(), content.data(), size_of(content));
-        return begun != 0 ? begun : final_SIGNED_MESSAGE_WRITER(writer.get());
+        return write_in_pieces(settings, content, content.size());
     };
     SIGNED_MESSAGE_READER_SETTINGS reading = {};
     reading.pool = pool.get();

@@ -94,17 +94,6 @@ std::string read(const Octets &message, const Octets *content, std::uint32_t hel
     return first;
 }
 
-std::uint32_t write_in_pieces(const SIGNED_MESSAGE_WRITER_SETTINGS &settings, const Octets &content,
-                              std::size_t piece) {
-    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
-    if (writer == nullptr) return 0x5283003C;
-    const std::uint32_t status =
-        in_pieces(content, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
-            return update_SIGNED_MESSAGE_WRITER(writer.get(), octets, len);
-        });
-    return status != 0 ? status : final_SIGNED_MESSAGE_WRITER(writer.get());
-}
-
 /// Keys, digest, scheme, whether without attributes, form, octets of content, those that are told, octets of
 /// a piece: the status, and of a message that was written that of the reader, whether it is DER, and its most
 /// segments.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <tlxcrypto/memory.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace tlx_test {
@@ -24,6 +25,22 @@ class LeakCheck {
 class LeakFreeTest : public ::testing::Test {
     LeakCheck leaks_;
 };
+
+/// How many more octets live at the most while `act` runs than before, as far as frees show it.
+template <typename Act>
+std::uint64_t peak_of_live_bytes(Act act) {
+    std::uint64_t peak = 0;
+    const std::uint64_t before = tlx_live_bytes();
+    tlx_watch_frees(
+        [](const void *, size_t, void *context) {
+            auto *most = static_cast<std::uint64_t *>(context);
+            *most = std::max(*most, tlx_live_bytes());
+        },
+        &peak);
+    act();
+    tlx_watch_frees(nullptr, nullptr);
+    return std::max(peak, before) - before;
+}
 
 /// Runs `operation` with the 1st, 2nd, ... allocation failing until a run succeeds. `operation` returns true
 /// on success; on failure it must have checked its own status, and no block may stay live. Returns how many

@@ -1,4 +1,4 @@
-// Reading signed messages in pieces.
+// Signed messages in pieces.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -60,6 +60,18 @@ inline std::uint32_t read_in_pieces(const SIGNED_MESSAGE_READER_SETTINGS &settin
     SignerReports owner(made);
     if (reports != nullptr) *reports = std::move(owner);
     return status;
+}
+
+/// Writes a message of content.
+inline std::uint32_t write_in_pieces(const SIGNED_MESSAGE_WRITER_SETTINGS &settings, const Octets &content,
+                                     std::size_t piece) {
+    const Held<free_SIGNED_MESSAGE_WRITER> writer(new_SIGNED_MESSAGE_WRITER(&settings));
+    if (writer == nullptr) return 0x5283003C;
+    const std::uint32_t status =
+        in_pieces(content, piece, [&](const std::uint8_t *octets, std::uint32_t len) {
+            return update_SIGNED_MESSAGE_WRITER(writer.get(), octets, len);
+        });
+    return status != 0 ? status : final_SIGNED_MESSAGE_WRITER(writer.get());
 }
 
 }  // namespace tlx_test
