@@ -18,14 +18,14 @@ constexpr uint64_t kMostOctets = 0x7FFFFFFF;
 constexpr uint64_t kMostStreamMegabytes = 256;
 constexpr uint64_t kMostStreamOctets = kMostStreamMegabytes * 1024 * 1024;
 
-/// The system's reason why a file could not be read.
-Failure unreadable(const std::string &path, int error) {
+/// Throws Failure with the system's reason why a file could not be read.
+[[noreturn]] void fail_to_read(const std::string &path, int error) {
     std::error_code ignored;
     if (std::filesystem::is_directory(file_path(path), ignored)) {
-        return Failure(source_of(path) + ": is a directory");
+        throw Failure(source_of(path) + ": is a directory");
     }
     const std::string reason = error == 0 ? "" : ": " + std::generic_category().message(error);
-    return Failure(source_of(path) + ": cannot be read" + reason);
+    throw Failure(source_of(path) + ": cannot be read" + reason);
 }
 
 bool is_regular(const std::string &path) {
@@ -43,13 +43,13 @@ Source::Source(const std::string &path)
         opened_.reset(open_to_read(file_path(path)));
         file_ = opened_.get();
     }
-    if (file_ == nullptr || std::setvbuf(file_, nullptr, _IONBF, 0) != 0) throw unreadable(path, errno);
+    if (file_ == nullptr || std::setvbuf(file_, nullptr, _IONBF, 0) != 0) fail_to_read(path, errno);
 }
 
 std::size_t Source::read(uint8_t *room, std::size_t size) {
     errno = 0;
     const std::size_t got = at_end_ ? 0 : std::fread(room, 1, size, file_);
-    if (std::ferror(file_) != 0) throw unreadable(path_, errno);
+    if (std::ferror(file_) != 0) fail_to_read(path_, errno);
     at_end_ = got < size;
     read_ += got;
     return got;
@@ -86,15 +86,18 @@ std::optional<uint64_t> Source::size() const {
 
 Buffer Source::rest() {
     const uint64_t most = is_regular_ ? kMostOctets : kMostStreamOctets;
-    const Failure too_long(
-        name_ + (is_regular_ ? ": is larger than 2 GB"
-                             : ": does not end within " + std::to_string(kMostStreamMegabytes) + " MB"));
+    const auto expect_at_most = [&](uint64_t octets) {
+        if (octets <= most) return;
+        throw Failure(
+            name_ + (is_regular_ ? ": is larger than 2 GB"
+                                 : ": does not end within " + std::to_string(kMostStreamMegabytes) + " MB"));
+    };
     const uint64_t expected = size().value_or(0);
-    if (expected > most) throw too_long;
+    expect_at_most(expected);
     Buffer all = Buffer::of_size(std::max<std::size_t>(kPiece, expected));
     std::size_t taken = 0;
     for (Octets piece = next(); !piece.empty(); piece = next()) {
-        if (taken + piece.size() > most) throw too_long;
+        expect_at_most(taken + piece.size());
         if (piece.size() > all.octets().size() - taken) all = all.resized(2 * all.octets().size());
         std::copy(piece.begin(), piece.end(), all.data() + taken);
         taken += piece.size();
