@@ -1,7 +1,10 @@
 // AlgorithmIdentifier (RFC 5280, section 4.1.1.2).
+#include <algorithm>
+
 #include "asn1/oid_lookup.hpp"
 #include "der/list_items.hpp"
-#include "keyinfo/key_records.hpp"
+#include "keyinfo/digest_identifier.hpp"
+#include "keyinfo/key_curve.hpp"
 
 using namespace tlx;
 
@@ -46,6 +49,13 @@ Owned<X509_ALGO_IDENTIFIER> tlx::algorithm_with_null(u32 row) noexcept {
 
 Owned<X509_ALGO_IDENTIFIER> tlx::algorithm_with_null(const char *dotted) noexcept {
     return with_null(Owned<OBJECT_IDENTIFIER>(text_to_OBJECT_IDENTIFIER(dotted)));
+}
+
+Owned<X509_ALGO_IDENTIFIER> tlx::digest_algorithm(u32 digest_id) noexcept {
+    const auto known = digest_identifiers();
+    const auto found = std::ranges::find(known, digest_id, &DigestIdentifier::digest_id);
+    if (found == known.end()) return nullptr;
+    return with_null(Owned<OBJECT_IDENTIFIER>(decode_oid(octets_of_oid(found->oid))));
 }
 
 TLX_DEFINE_RECORD(X509_ALGO_IDENTIFIER, kAlgorithm)

@@ -69,9 +69,4 @@ bool is_known_digest(u32 digest_id) noexcept {
     return std::ranges::find(kDigests, digest_id, &DigestIdentifier::digest_id) != std::end(kDigests);
 }
 
-Owned<X509_ALGO_IDENTIFIER> digest_algorithm(u32 digest_id) noexcept {
-    const auto *const found = std::ranges::find(kDigests, digest_id, &DigestIdentifier::digest_id);
-    return found == std::end(kDigests) ? nullptr : algorithm_with_null(Dotted(*found).text);
-}
-
 }  // namespace tlx
