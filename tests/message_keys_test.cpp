@@ -324,7 +324,8 @@ std::string contains(const Row &row) {
     const Recipient recipient(made);
     const Octets whole = encoding_of(made, TLX_ENCODER(CMS_RECIPIENT_INFO_to_Seq));
     const Octets part = hex(row[2]);
-    return std::ranges::search(whole, part).empty() ? "no" : "yes";
+    const bool found = std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end();
+    return found ? "yes" : "no";
 }
 
 // ---- With peers ----
