@@ -11,13 +11,6 @@ using namespace tlx;
 
 namespace {
 
-/// The SET that a signer signs. False when there is none, and when it cannot be encoded.
-bool encode_attributes(const P7_SIGNER_INFO &signer, Encoder &set) noexcept {
-    if (get_STACK_count(signer.authenticatedAttributes) == 0) return false;
-    Attributes::encode(set, signer.authenticatedAttributes, kSet);
-    return set.ok();
-}
-
 /// The settings of PSS in a unit without numbers.
 bool read_settings(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
                    RSA_UNIT *unit) noexcept {

@@ -71,6 +71,12 @@ bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &
            set_RSA_UNIT_PSS(rsa, settings.digests.mgf_digest_id, settings.salt_length) == 0;
 }
 
+bool encode_attributes(const P7_SIGNER_INFO &signer, Encoder &set) noexcept {
+    if (get_STACK_count(signer.authenticatedAttributes) == 0) return false;
+    Attributes::encode(set, signer.authenticatedAttributes, kSet);
+    return set.ok();
+}
+
 u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms) noexcept {
     constexpr u32 kSign = 1;
     return begin(key, algorithms, kSign, 0x4B1C0048);

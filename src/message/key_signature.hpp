@@ -27,6 +27,10 @@ struct SignerAlgorithms {
 [[nodiscard]] bool apply_pss_parameters(const P7_SIGNER_INFO &signer, const SignerAlgorithms &algorithms,
                                         const ASYMMETRIC_KEY &key) noexcept;
 
+/// Encodes the attributes that a signer signs: as a SET, whatever tag carries them. False when there are
+/// none, and when they cannot be encoded.
+[[nodiscard]] bool encode_attributes(const P7_SIGNER_INFO &signer, Encoder &set) noexcept;
+
 /// Begins a signature. 0x4B1C0048 for a key that is neither RSA nor KCDSA; otherwise the status of
 /// init_RSASSA() or init_KCDSA().
 [[nodiscard]] u32 begin_signature(const ASYMMETRIC_KEY *key, const SignerAlgorithms &algorithms) noexcept;

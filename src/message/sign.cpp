@@ -59,15 +59,9 @@ u32 name_algorithm(P7_SIGNER_INFO &signer) noexcept {
     return replace_algorithm(signer.digestEncryptionAlgorithm, named) ? 0 : 0x4B1C003B;
 }
 
-/// The attributes are signed as a SET, whatever tag carries them.
-u32 encode_attributes(const P7_SIGNER_INFO &signer, Encoder &set) noexcept {
-    Attributes::encode(set, signer.authenticatedAttributes, kSet);
-    return set.ok() && get_STACK_count(signer.authenticatedAttributes) != 0 ? 0 : 0x4B1C005F;
-}
-
 u32 take_attributes(const P7_SIGNER_INFO &signer) noexcept {
     Encoder set;
-    if (const u32 status = encode_attributes(signer, set); status != 0) return status;
+    if (!encode_attributes(signer, set)) return 0x4B1C005F;
     // Without its module, as callers compare it.
     return update_signature(signer.key, set.bytes(), 0x001C0048);
 }
@@ -97,7 +91,7 @@ u32 reserve_one(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
     if (const u32 status = set_version(signer, version); status != 0) return status;
     if (signs_attributes(signer, version)) {
         Encoder set;
-        if (const u32 status = encode_attributes(signer, set); status != 0) return status;
+        if (!encode_attributes(signer, set)) return 0x4B1C005F;
     }
     if (const u32 status = name_algorithm(signer); status != 0) return status;
     signer.encryptedDigest = reserve_signature(*signer.key, SignerAlgorithms(signer).digest_id).release();
@@ -107,7 +101,7 @@ u32 reserve_one(P7_SIGNER_INFO &signer, const BIGINT *version) noexcept {
 /// The digest that a signer signs whose attributes are there. 0, or a status of final_PKCS7_Sign().
 u32 digest_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, RunningDigests &digests) noexcept {
     Encoder set;
-    if (const u32 status = encode_attributes(signer, set); status != 0) return status;
+    if (!encode_attributes(signer, set)) return 0x4B1C005F;
     const bool done = digests.start(digest_id, kcdsa_unit(signer.key)) == RunningDigests::Start::done &&
                       digests.update(set.bytes()) && digests.finish();
     return done ? 0 : 0x4B1C003B;

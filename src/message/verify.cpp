@@ -47,8 +47,7 @@ u32 take_attributes(const P7_SIGNER_INFO &signer, u32 digest_id, const ContentOc
                     Encoder &set) noexcept {
     const u32 status = compare_digest(signer.authenticatedAttributes, digest_id, content);
     if (status != 0) return status;
-    Attributes::encode(set, signer.authenticatedAttributes, kSet);
-    return set.ok() && get_STACK_count(signer.authenticatedAttributes) != 0 ? 0 : 1;
+    return encode_attributes(signer, set) ? 0 : 1;
 }
 
 u32 verify_one(const P7_SIGNER_INFO &signer, const X509_CERT *cert, const ContentOctets &content) noexcept {
