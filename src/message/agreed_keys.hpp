@@ -6,17 +6,8 @@
 
 namespace tlx {
 
-/// A key encryption key, wiped at the end.
-struct WrappingKey {
-    u8 octets[TLX_CIPHER_MAX_KEY_LENGTH];
-    u32 len = 0;
-
-    WrappingKey() noexcept = default;
-    ~WrappingKey() { tlx_wipe(octets, sizeof octets); }
-    WrappingKey(const WrappingKey &) = delete;
-    WrappingKey &operator=(const WrappingKey &) = delete;
-    [[nodiscard]] Bytes bytes() const noexcept { return {octets, len}; }
-};
+/// A key encryption key.
+using WrappingKey = WipedOctets<TLX_CIPHER_MAX_KEY_LENGTH>;
 
 /// Unwraps the first key for the holder's certificate; without one, the first that unwraps. The secret is
 /// agreed on once, for the first key that may be the holder's.

@@ -5,19 +5,12 @@
 
 #include "keyinfo/key_curve.hpp"
 #include "message/cms_records.hpp"
+#include "message/wiped_octets.hpp"
 
 namespace tlx {
 
-/// What two keys agree on, wiped at the end.
-struct AgreedSecret {
-    u8 octets[TLX_ECDSA_MAX_LENGTH];
-    u32 len = 0;
-
-    AgreedSecret() noexcept = default;
-    ~AgreedSecret() { tlx_wipe(octets, sizeof octets); }
-    AgreedSecret(const AgreedSecret &) = delete;
-    AgreedSecret &operator=(const AgreedSecret &) = delete;
-};
+/// What two keys agree on.
+using AgreedSecret = WipedOctets<TLX_ECDSA_MAX_LENGTH>;
 
 enum class AgreementOutcome : u8 {
     done,

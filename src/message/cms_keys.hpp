@@ -7,18 +7,12 @@
 
 #include "keys/pbe.hpp"
 #include "message/cms_records.hpp"
+#include "message/wiped_octets.hpp"
 
 namespace tlx {
 
-/// A content key, wiped at the end.
-struct OpenedKey {
-    u8 octets[TLX_CMS_KEY_MAX_LENGTH];
-    u32 len = 0;
-
-    OpenedKey() noexcept = default;
-    ~OpenedKey() { tlx_wipe(octets, sizeof octets); }
-    OpenedKey(const OpenedKey &) = delete;
-    OpenedKey &operator=(const OpenedKey &) = delete;
+/// A content key.
+struct OpenedKey : WipedOctets<TLX_CMS_KEY_MAX_LENGTH> {
     /// Whether the key is as long as it has to be; 0 when any length will do.
     [[nodiscard]] bool is_of_length(u32 expected_len) const noexcept {
         return expected_len == 0 || len == expected_len;

@@ -34,7 +34,7 @@ u32 find_key(const MembersBefore &members, const ENVELOPED_MESSAGE_READER_SETTIN
     }
     if (settings.holder == nullptr || members.recipients.tag == 0) return 0x52A0002B;
     const u32 status = open_content_key(members.recipients, *settings.holder, expected_len, opened);
-    key = {opened.octets, opened.len};
+    key = opened.bytes();
     return status;
 }
 
