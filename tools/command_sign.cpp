@@ -3,8 +3,8 @@
 #include <iostream>
 #include <optional>
 
-#include "choice.hpp"
 #include "commands.hpp"
+#include "digest_choice.hpp"
 #include "envelope.hpp"
 #include "key_file.hpp"
 #include "message_pieces.hpp"
@@ -18,11 +18,6 @@ namespace tool {
 namespace {
 
 using SignedWriter = Owned<SIGNED_MESSAGE_WRITER, free_SIGNED_MESSAGE_WRITER>;
-
-constexpr Choice kDigests[] = {
-    {"sha256", TLX_DIGEST_SHA256},     {"sha384", TLX_DIGEST_SHA384},     {"sha512", TLX_DIGEST_SHA512},
-    {"sha224", TLX_DIGEST_SHA224},     {"sha3-256", TLX_DIGEST_SHA3_256}, {"sha3-384", TLX_DIGEST_SHA3_384},
-    {"sha3-512", TLX_DIGEST_SHA3_512}, {"sha1", TLX_DIGEST_SHA1},         {"has160", TLX_DIGEST_HAS160}};
 
 constexpr Choice kSchemes[] = {{"pkcs1", 0}, {"pss", 1}};
 
@@ -59,7 +54,7 @@ class Signers {
         settings.certificate = signer.cert.get();
         settings.key = keys_.back().get();
         if (settings.key->kind == TLX_KEY_RSA) settings.pss = value_of(kSchemes, options.scheme);
-        if (!options.digest.empty()) settings.digest_id = value_of(kDigests, options.digest);
+        if (!options.digest.empty()) settings.digest_id = value_of(kMessageDigests, options.digest);
         settings.by_key_identifier = options.key_identifier ? 1 : 0;
         settings.signing_certificate = options.signing_certificate ? 1 : 0;
         signers_.push_back(settings);
@@ -126,7 +121,7 @@ void sign_content(const Signers &signers, const SignOptions &options, const Enve
 }  // namespace
 
 std::vector<std::string> digest_names() {
-    return names_of(kDigests);
+    return names_of(kMessageDigests);
 }
 
 std::vector<std::string> signature_schemes() {

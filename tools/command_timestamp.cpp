@@ -1,8 +1,8 @@
 // tlxpki timestamp request.
 #include <iostream>
 
-#include "choice.hpp"
 #include "commands.hpp"
+#include "digest_choice.hpp"
 #include "failure.hpp"
 #include "output.hpp"
 #include "record.hpp"
@@ -15,11 +15,6 @@ namespace {
 
 constexpr uint32_t kNonceOctets = 8;
 
-constexpr Choice kDigests[] = {
-    {"sha256", TLX_DIGEST_SHA256},     {"sha384", TLX_DIGEST_SHA384},     {"sha512", TLX_DIGEST_SHA512},
-    {"sha224", TLX_DIGEST_SHA224},     {"sha3-256", TLX_DIGEST_SHA3_256}, {"sha3-384", TLX_DIGEST_SHA3_384},
-    {"sha3-512", TLX_DIGEST_SHA3_512}, {"sha1", TLX_DIGEST_SHA1},         {"has160", TLX_DIGEST_HAS160}};
-
 void must_be_made(uint32_t status) {
     if (status != 0) throw Failure("the request cannot be made: " + exact_status_sentence(status));
 }
@@ -28,13 +23,13 @@ TimestampRequest request_for_signature(const TimestampRequestOptions &options) {
     const CmsMessage message = read_signed_message(options.message);
     const Octets signature = octets_of(signer_of(message.get(), options.signer, options.message)->signature);
     CMS_TIMESTAMP_REQUEST *request = nullptr;
-    must_be_made(generate_CMS_TIMESTAMP_REQUEST(&request, value_of(kDigests, options.digest),
+    must_be_made(generate_CMS_TIMESTAMP_REQUEST(&request, value_of(kMessageDigests, options.digest),
                                                 signature.data(), static_cast<uint32_t>(signature.size())));
     return TimestampRequest(request);
 }
 
 TimestampRequest request_for_file(const TimestampRequestOptions &options) {
-    const uint32_t digest_id = value_of(kDigests, options.digest);
+    const uint32_t digest_id = value_of(kMessageDigests, options.digest);
     const FileDigest digest = digest_file(options.file, digest_id);
     CMS_TIMESTAMP_REQUEST *request = nullptr;
     must_be_made(
@@ -49,10 +44,6 @@ void set_policy(CMS_TIMESTAMP_REQUEST *request, const std::string &text) {
 }
 
 }  // namespace
-
-std::vector<std::string> timestamp_digest_names() {
-    return names_of(kDigests);
-}
 
 int run_timestamp_request(const TimestampRequestOptions &options) {
     expect_room_for_json(options.json, options.output);

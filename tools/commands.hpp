@@ -290,14 +290,11 @@ struct StampOptions {
 /// What --scheme of keys takes.
 [[nodiscard]] std::vector<std::string> key_schemes();
 
-/// What options of messages take.
+/// What options of messages take; time stamps have the same digests.
 [[nodiscard]] std::vector<std::string> digest_names();
 [[nodiscard]] std::vector<std::string> signature_schemes();
 [[nodiscard]] std::vector<std::string> cipher_names();
 [[nodiscard]] std::vector<std::string> encryption_schemes();
-
-/// What --digest of time stamps takes.
-[[nodiscard]] std::vector<std::string> timestamp_digest_names();
 
 int run_verify(const VerifyOptions &options);
 int run_show(const ShowOptions &options);

@@ -28,7 +28,7 @@ void add_timestamp_request(CLI::App *timestamp, CommandLine &line) {
         ->check(CLI::PositiveNumber.description(""))
         ->needs(message);
     add_file(command, "--file", options.file, "File that is to be stamped")->excludes(message);
-    add_choice(command, "--digest", options.digest, timestamp_digest_names(),
+    add_choice(command, "--digest", options.digest, digest_names(),
                "The digest of the octets (default sha256)");
     command->add_option("--policy", options.policy, "Policy under which the authority is to stamp")
         ->type_name("OID");
