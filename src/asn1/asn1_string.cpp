@@ -84,7 +84,9 @@ int32_t cmp_ASN1_STRING(const ASN1_STRING *a, const ASN1_STRING *b) {
     const Bytes right = octets_of(b);
     if (left.size() != right.size()) return difference(left.empty() ? 0 : 1, right.empty() ? 0 : 1);
     const int order = left.empty() ? 0 : std::memcmp(left.data(), right.data(), left.size());
-    return order != 0 ? order : difference(a->type, b->type);
+    // Only the sign of memcmp's result is the same on every processor.
+    if (order != 0) return order < 0 ? -1 : 1;
+    return difference(a->type, b->type);
 }
 
 uint32_t ASN1_STRING_to_Seq(const ASN1_STRING *string, ASN1_UNIT **out) {
