@@ -189,11 +189,14 @@ Octets compose(const Row &row) {
     return compose_message(parts, row[2], scheme, file(scheme.key + ".key"));
 }
 
-/// Scheme, changes, the time, and octets that are held: the status and the findings, the same for all pieces,
-/// and how many countersignatures there are.
+/// Scheme, changes, the time, octets that are held, and zeros that are the content when it is given again:
+/// the status and the findings, the same for all pieces, and how many countersignatures there are.
 std::string judge(const Row &row) {
     Trust trust(TLX_PROFILE_CURRENT, row[3].empty() ? "2030-01-01,00:00:00" : row[3].c_str());
     trust.settings.held_limit = row.count() > 3 ? row.number(4) : 0;
+    Octets again(row.count() > 4 ? row.number(5) : 0);
+    if (row.count() > 4) trust.settings.content_again = give_octets;
+    trust.settings.content_again_context = &again;
     const Octets message = compose(row);
     std::string first;
     for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, message.size()}) {

@@ -406,8 +406,14 @@ TEST_F(MessageReading, ContentThatIsGone) {
         EXPECT_EQ(sign_PKCS7(info.get(), content.data(), 10000, 0), 0U);
         Octets message = octets_of(info);
         EXPECT_EQ(read_in_pieces(settings, message, 1000), expected);
-        if (expected == 0 && key == kKcdsaKey)
-            sweep_statuses(kNoMemory, [&] { return read_in_pieces(settings, message, 5000); });
+        settings.content_again = give_octets;
+        for (Octets again : {content, Octets(10000, 'y')}) {
+            settings.content_again_context = &again;
+            EXPECT_EQ(read_in_pieces(settings, message, 1000), again == content ? 0 : expected);
+            if (again == content && key == kKcdsaKey)
+                sweep_statuses(kNoMemory, [&] { return read_in_pieces(settings, message, 5000); });
+        }
+        settings.content_again = nullptr;
         message[message.size() / 2] ^= 1;
         EXPECT_EQ(read_in_pieces(settings, message, 1000), expected == 0 ? 0x4B300054 : expected);
     }

@@ -25,6 +25,8 @@ enum : uint32_t {
     kNoContent = 0x4B30003B,
     kNoMemory = 0x4B30003C,
     kNoCertificate = 0x4B300047,
+    kContentGone = 0x52820012,
+    kKeyTooLate = 0x52820048,
     kNoIssuer = 0x53050047,
     kNoAnchor = 0x53050116
 };
@@ -160,6 +162,9 @@ std::string hint_for(uint32_t status) {
                    "one of them";
         case kNoCertificate:
             return "give the signer's certificate with --pool";
+        case kContentGone:
+        case kKeyTooLate:
+            return "give --output or --content a regular file, from which the content can be read again";
         case kNoIssuer:
             return "no certificate fits as issuer; give those above the signer's with --pool";
         case kNoAnchor:

@@ -84,6 +84,8 @@ class ContentTarget {
     /// A status of the reader of a source. Throws Failure for content that is too long to be held back, and
     /// for what cannot be written.
     [[nodiscard]] uint32_t checked(const std::string &source, uint32_t status);
+    /// The file that holds what was given so far; empty when there is none.
+    [[nodiscard]] std::filesystem::path unfinished() const { return target_ ? target_->unfinished() : ""; }
     /// Makes the file complete.
     void finish();
     [[nodiscard]] uint64_t size() const { return size_; }

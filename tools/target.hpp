@@ -19,6 +19,8 @@ class Target {
     Target &operator=(const Target &) = delete;
 
     [[nodiscard]] bool is_stream() const { return unfinished_.empty(); }
+    /// The file that holds what was written so far; empty for a stream.
+    [[nodiscard]] const std::filesystem::path &unfinished() const { return unfinished_; }
     void write(Octets octets);
     /// Makes the file complete.
     void finish();

@@ -1,6 +1,7 @@
 #include "verify_pieces.hpp"
 
 #include "failure.hpp"
+#include "mapped_file.hpp"
 #include "status.hpp"
 
 namespace tool {
@@ -16,6 +17,7 @@ class PieceVerifier {
   public:
     PieceVerifier(const VerifyMessageOptions &options, SignerVerifier &verifier)
         : source_(source_of(options.message)),
+          content_(options.content),
           verifier_(verifier),
           target_(options.output, options.unverified_output),
           outline_(source_) {
@@ -24,6 +26,8 @@ class PieceVerifier {
         // Nothing proves content without anchors.
         if (!verifier.has_anchors()) target_.drop_held_back();
         verifier.set(settings);
+        settings.content_again = give_again;
+        settings.content_again_context = this;
         reader_ = made<SignedReader>(new_SIGNED_MESSAGE_READER(&settings));
     }
 
@@ -47,6 +51,7 @@ class PieceVerifier {
         Findings findings;
         P7_SIGNER_REPORTS *reports = nullptr;
         const uint32_t status = final_SIGNED_MESSAGE_READER(reader_.get(), &reports);
+        again_.reset();  // a file that is mapped cannot be renamed everywhere
         findings.reports.reset(reports);
         (void)target_.checked(source_, status);
         if (reports == nullptr && status != kNoSigners) expect(status);
@@ -57,6 +62,18 @@ class PieceVerifier {
     }
 
   private:
+    /// A MESSAGE_CONTENT: what was written so far, or the file that the content is in.
+    static uint32_t give_again(void *context, const uint8_t **octets, uint64_t *len) noexcept try {
+        auto *self = static_cast<PieceVerifier *>(context);
+        const std::filesystem::path written = self->target_.unfinished();
+        if (!self->again_) self->again_.emplace(written.empty() ? file_path(self->content_) : written);
+        *octets = self->again_->octets().data();
+        *len = self->again_->octets().size();
+        return 0;
+    } catch (...) {
+        return 1;  // the finding stays that the content is gone
+    }
+
     /// Throws Failure unless an operation of the reader went well.
     void expect(uint32_t status) {
         switch (target_.checked(source_, status)) {
@@ -83,6 +100,8 @@ class PieceVerifier {
     }
 
     std::string source_;
+    std::string content_;
+    std::optional<MappedFile> again_;
     SignerVerifier &verifier_;
     ContentTarget target_;
     MessageOutline outline_;

@@ -64,6 +64,9 @@ TLXCRYPTO_API uint32_t get_EDDSA_KEY_builds(const EDDSA_KEY *key);
  * another length is bad. */
 TLXCRYPTO_API uint32_t verify_EDDSA(const EDDSA_KEY *key, const uint8_t *data, uint32_t len,
                                     const uint8_t *sig, uint32_t sig_len);
+/** The same for data of any length, such as a file that is mapped into memory. */
+TLXCRYPTO_API uint32_t verify_EDDSA_ex(const EDDSA_KEY *key, const uint8_t *data, uint64_t len,
+                                       const uint8_t *sig, uint32_t sig_len);
 
 /** Signs a message without context. It verifies the signature before it gives it out, because a faulty one
  * could give the private key away.

@@ -33,6 +33,14 @@ TLX_BEGIN_DECLS
  */
 typedef uint32_t (*MESSAGE_OUTPUT)(void *context, const uint8_t *octets, uint32_t len);
 
+/**
+ * Gives the whole content of a message once more, such as a file that is mapped into memory.
+ * @param octets receives the content, which has to stay as it is until final_SIGNED_MESSAGE_READER() returns
+ * @param len    receives how many octets it has
+ * @return 0; any other status when the content is not available
+ */
+typedef uint32_t (*MESSAGE_CONTENT)(void *context, const uint8_t **octets, uint64_t *len);
+
 /** How a signed message is read. Zeros stand for the defaults. Without an output the reader checks, and gives
  * nothing out. */
 typedef struct SIGNED_MESSAGE_READER_SETTINGS {
@@ -49,6 +57,9 @@ typedef struct SIGNED_MESSAGE_READER_SETTINGS {
     const VERIFY_SETTINGS *settings;  /**< those of paths, whose profile also judges the signers' own
                                          algorithms when there is a store; null for the defaults with the
                                          purpose TLX_PURPOSE_SIGNING */
+    MESSAGE_CONTENT content_again;    /**< asked by final_SIGNED_MESSAGE_READER() for content that was not
+                                         kept, and that a signature cannot be verified without; may be null */
+    void *content_again_context;      /**< handed to it */
 } SIGNED_MESSAGE_READER_SETTINGS;
 
 /** A signed message that is being read. */
@@ -94,10 +105,12 @@ TLXPKI_API uint32_t update_SIGNED_MESSAGE_READER_content(SIGNED_MESSAGE_READER *
  *
  * One pass has its limits, which are findings about a signer. Its digest has to be among digestAlgorithms,
  * which stand before the content: otherwise contentStatus is 0x52820047. Content is kept when it fits
- * held_limit or is held back. For other content, without attributes, a KCDSA signature takes a digest that
- * begins with the key: it is computed for the keys of the first 8 KCDSA certificates of the pool, and
- * signatureStatus is 0x52820048 for any other key. A signature of EdDSA goes over the content twice, so that
- * signatureStatus is 0x52820012, and contentStatus is 0x4B30002B whenever the content is one SET.
+ * held_limit or is held back. For other content, without attributes, contentStatus is 0x4B30002B whenever the
+ * content is one SET, and two kinds of signatures take content_again, whose octets have to have the digest of
+ * the content that was read. One is that of EdDSA, which goes over octets in one piece; without them its
+ * signatureStatus is 0x52820012. The other is that of KCDSA, whose digest begins with the key: it is computed
+ * for the keys of the first 8 KCDSA certificates of the pool, and for any other key signatureStatus is
+ * 0x52820048 without the content.
  *
  * @param reports receives a new list in place of *reports, which is freed, when signers were checked; may be
  * null

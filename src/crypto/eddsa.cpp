@@ -86,6 +86,11 @@ uint32_t get_EDDSA_KEY_builds(const EDDSA_KEY *key) {
 
 uint32_t verify_EDDSA(const EDDSA_KEY *key, const uint8_t *data, uint32_t len, const uint8_t *sig,
                       uint32_t sig_len) {
+    return verify_EDDSA_ex(key, data, len, sig, sig_len);
+}
+
+uint32_t verify_EDDSA_ex(const EDDSA_KEY *key, const uint8_t *data, uint64_t len, const uint8_t *sig,
+                         uint32_t sig_len) {
     if (key == nullptr || (data == nullptr && len > 0) || (sig == nullptr && sig_len > 0)) return 1;
     if (sig_len != key->curve->signature_length) return TLX_EDDSA_BAD_SIGNATURE;
     const ErrorScope errors;

@@ -79,6 +79,7 @@ u32 SIGNED_MESSAGE_READER::verify(P7_SIGNER_REPORTS **reports) noexcept {
     SignerChecks checks;
     if (!content_.finish(checks)) return 0x5282003C;
     checks.content_type = content_type.get();
+    checks.again = {settings_.content_again, settings_.content_again_context};
     const VERIFY_SETTINGS wanted =
         settings_.settings != nullptr ? *settings_.settings : signing_settings(nullptr);
     return verify_signers({settings_.pool, wanted, settings_.store, nullptr, settings_.store != nullptr},

@@ -91,22 +91,41 @@ struct Verifier {
         status = 0x4B300054;
         return signature.empty() || judge(verify_signature(key, scheme.signature, octets, signature), status);
     }
-    /// Verifies the signature over content of which only digests are left. EdDSA goes over the content twice,
-    /// and a digest of KCDSA begins with the key, which nobody may have known in time. False when memory runs
-    /// out.
-    [[nodiscard]] bool verify_digest(SignerChecks &checks, u32 &status) const noexcept {
+    /// The same over a digest.
+    [[nodiscard]] bool verify_digest(Bytes digest, u32 &status) const noexcept {
         const Bytes signature = octets_of(signer.signature);
+        status = 0x4B300054;
+        return signature.empty() ||
+               judge(verify_signature_of_digest(key, scheme.signature, digest, signature), status);
+    }
+    /// The same over content of which only digests are left. EdDSA takes octets in one piece, and a digest of
+    /// KCDSA begins with the key, which nobody may have known in time.
+    [[nodiscard]] bool verify_gone(SignerChecks &checks, u32 &status) const noexcept {
         Bytes digest = checks.digests.get(scheme.digest_id);
         status = 0x52820047;
         if (digest.empty()) return true;
         status = 0x52820012;
-        if (key.kind == KeyKind::eddsa) return true;
+        if (key.kind == KeyKind::eddsa) return verify_again(checks.again.octets(), digest, status);
+        if (key.kind != KeyKind::kcdsa) return verify_digest(digest, status);
+        const Bytes keyed = checks.keyed_digests->get(scheme.digest_id, key.kcdsa.get());
+        if (!keyed.empty()) return verify_digest(keyed, status);
         status = 0x52820048;
-        if (key.kind == KeyKind::kcdsa) digest = checks.keyed_digests->get(scheme.digest_id, key.kcdsa.get());
-        if (digest.empty()) return true;
-        status = 0x4B300054;
-        return signature.empty() ||
-               judge(verify_signature_of_digest(key, scheme.signature, digest, signature), status);
+        return verify_again(checks.again.octets(), digest, status);
+    }
+    /// The same over content that is given again, unless it has another digest.
+    [[nodiscard]] bool verify_again(Bytes content, Bytes digest, u32 &status) const noexcept {
+        const bool is_keyed = key.kind == KeyKind::kcdsa;
+        RunningDigests digests;
+        if (content.data() == nullptr) return true;
+        if (digests.start(scheme.digest_id) != RunningDigests::Start::done) return false;
+        if (is_keyed) {
+            const RunningDigests::Start started = digests.start(scheme.digest_id, key.kcdsa.get());
+            if (started != RunningDigests::Start::done) return started == RunningDigests::Start::bad_key;
+        }
+        if (!digests.update(content) || !digests.finish()) return false;
+        if (!std::ranges::equal(digests.get(scheme.digest_id), digest)) return true;
+        if (!is_keyed) return verify(content, status);
+        return verify_digest(digests.get(scheme.digest_id, key.kcdsa.get()), status);
     }
 };
 
@@ -135,7 +154,7 @@ bool check_signature(const Verifier &verifier, SignerChecks &checks, u32 &status
     const SignerView &signer = verifier.signer;
     if (signer.signed_attributes == nullptr) {
         if (checks.has_content) return verifier.verify(checks.content, status);
-        return verifier.verify_digest(checks, status);
+        return verifier.verify_gone(checks, status);
     }
     Encoder sent;
     if (!write_attributes(signer, sent)) return false;
@@ -253,6 +272,13 @@ OwnedSignerReport check_at_time(const SignerView &signer, SignerChecks &checks) 
 }
 
 }  // namespace
+
+Bytes ContentAgain::octets() const noexcept {
+    const u8 *octets = nullptr;
+    std::uint64_t size = 0;
+    if (give == nullptr || give(context, &octets, &size) != 0 || octets == nullptr) return {};
+    return {octets, static_cast<std::size_t>(size)};
+}
 
 void tlx::free_signer_report(P7_SIGNER_REPORT *report) noexcept {
     if (report == nullptr) return;

@@ -1,7 +1,7 @@
 // The checks of one signer.
 #pragma once
 
-#include <tlxpki/pkcs7_sign.h>
+#include <tlxpki/message_stream.h>
 
 #include "message/certificate_lookup.hpp"
 #include "message/running_digests.hpp"
@@ -25,6 +25,15 @@ struct SignerTrust {
     bool stamps_count = true;      ///< whether the time stamps of signatures are verified
 };
 
+/// Content that is gone, and may be given once more.
+struct ContentAgain {
+    MESSAGE_CONTENT give = nullptr;
+    void *context = nullptr;
+
+    /// Without data when it is not available.
+    [[nodiscard]] Bytes octets() const noexcept;
+};
+
 /// What the signers of one message share.
 struct SignerChecks {
     explicit SignerChecks(Bytes octets) noexcept : content(octets), digests(octets) {}
@@ -36,6 +45,7 @@ struct SignerChecks {
     bool content_is_set = false;  ///< of content that is gone: it was one SET
     ContentDigests digests;
     const RunningDigests *keyed_digests = nullptr;  ///< of content that is gone: those of KCDSA
+    ContentAgain again;                             ///< of content that is gone
     const OBJECT_IDENTIFIER *content_type = nullptr;
     const X509_CERTIFICATES *pool = nullptr;  ///< the certificates of signers
     CertificateLookup<IssuerAndSerialProperty> certificates;

@@ -223,8 +223,8 @@ Rule verify_signature(const PublicKey &key, const SignatureAlgorithm &algorithm,
                                   signature.data(), size_of(signature));
             });
         case KeyKind::eddsa:
-            return rule_of(verify_EDDSA(key.eddsa.get(), octets.data(), size_of(octets), signature.data(),
-                                        size_of(signature)));
+            return rule_of(verify_EDDSA_ex(key.eddsa.get(), octets.data(), octets.size(), signature.data(),
+                                           size_of(signature)));
         case KeyKind::ecdsa:
             if (!read_two_numbers(signature, r, s)) return Rule::kSignatureWrong;
             return rule_of(verify_ECDSA(key.ecdsa.get(), algorithm.digest_id, octets.data(), size_of(octets),

@@ -25,6 +25,14 @@ inline std::uint32_t collect_octets(void *context, const std::uint8_t *octets, s
     return 0;
 }
 
+/// Gives the Octets that are the context once more.
+inline std::uint32_t give_octets(void *context, const std::uint8_t **octets, std::uint64_t *len) {
+    const auto *given = static_cast<const Octets *>(context);
+    *octets = given->data();
+    *len = given->size();
+    return 0;
+}
+
 /// Feeds octets in pieces up to the first status that is not 0.
 template <typename Update>
 std::uint32_t in_pieces(const Octets &octets, std::size_t piece, Update update) {
