@@ -17,7 +17,7 @@ int run_encrypt(const EncryptOptions &options) {
     {
         Waiting waiting("Encrypting");
         Source content(options.content);
-        MessageTarget target(options.output, options.der, outline ? &*outline : nullptr);
+        MessageTarget target(options.output, options.der ? "" : kMessageLabel, outline ? &*outline : nullptr);
         EnvelopeWriter writer(envelope, target, known_size(content));
         read_pieces(content, waiting, [&writer](Octets octets) { writer.write(octets); });
         writer.finish();

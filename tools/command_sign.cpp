@@ -95,7 +95,7 @@ void sign_content(const Signers &signers, const SignOptions &options, const Enve
                   MessageOutline *outline) {
     Waiting waiting("Signing");
     Source content(options.content);
-    MessageTarget target(options.output, options.der, outline);
+    MessageTarget target(options.output, options.der ? "" : kMessageLabel, outline);
     std::optional<EnvelopeWriter> outer;
     if (envelope != nullptr) outer.emplace(*envelope, target, std::nullopt);
     Receiver receiver([&](Octets octets) { outer ? outer->write(octets) : target.write(octets); });

@@ -3,6 +3,7 @@
 
 #include "commands.hpp"
 #include "failure.hpp"
+#include "message_pieces.hpp"
 #include "output.hpp"
 #include "record.hpp"
 #include "status.hpp"
@@ -12,19 +13,71 @@ namespace tool {
 
 namespace {
 
-/// Writes a message in the form of a block.
-void write_as(const Block &block, const CMS_CONTENT_INFO *message, const std::string &path) {
-    constexpr uint32_t kFailed = 0xFFFFFFFF;
-    const bool as_pem = !block.label.empty();
+/// A signed message that is read twice. What comes through a pipe is kept meanwhile.
+class RereadMessage {
+  public:
+    explicit RereadMessage(const std::string &path) : path_(path) {}
+
+    [[nodiscard]] std::string name() const { return source_of(path_); }
+    /// Gives all octets to a function. Throws Failure.
+    void read(const char *what, const Take &take) {
+        if (!kept_.empty()) return take(kept_);
+        Waiting waiting(what);
+        Source source(path_);
+        expect_signed_message(source);
+        label_ = label_of(source);
+        read_message_pieces(source, waiting, [&](Octets octets) {
+            if (!source.is_regular()) keep(source, octets);
+            take(octets);
+        });
+    }
+    /// The label of PEM; empty for DER.
+    [[nodiscard]] const std::string &label() const { return label_; }
+
+  private:
+    void keep(const Source &source, Octets octets) {
+        if (kept_.size() + octets.size() > Source::kMostStreamOctets) {
+            throw Failure(source.name() + ": does not end within " +
+                          std::to_string(Source::kMostStreamMegabytes) + " MB");
+        }
+        kept_.insert(kept_.end(), octets.begin(), octets.end());
+    }
+
+    std::string path_;
+    std::string label_;
+    std::vector<uint8_t> kept_;
+};
+
+using Writer = Owned<OUTLINE_WRITER, free_OUTLINE_WRITER>;
+
+/// Writes a message, whose record is without its content, with the content that it had.
+void write_again(const CMS_CONTENT_INFO *message, const MessageOutline &outline, RereadMessage &content,
+                 const std::string &path) {
     uint8_t *octets = nullptr;
-    char *text = nullptr;
-    const uint32_t size = !as_pem                ? TLX_WRITE_DER(CMS_CONTENT_INFO, message, &octets)
-                          : block.label == "CMS" ? TLX_WRITE_PEM(CMS_CONTENT_INFO, message, "CMS", &text)
-                                                 : TLX_WRITE_PEM(CMS_CONTENT_INFO, message, "PKCS7", &text);
-    const Owned<uint8_t, tlx_free> owned_octets(octets);
-    const Text owned_text(text);
-    if (size == kFailed) throw Failure(path + ": the message cannot be encoded");
-    write_octets(path, {as_pem ? reinterpret_cast<const uint8_t *>(text) : octets, size});
+    OUTLINE_WRITER_SETTINGS settings = {};
+    settings.len = TLX_WRITE_DER(CMS_CONTENT_INFO, message, &octets);
+    const Owned<uint8_t, tlx_free> owner(octets);
+    if (octets == nullptr) throw Failure(path + ": the message cannot be encoded");
+    MessageTarget target(path, content.label(), nullptr);
+    Receiver written([&target](Octets part) { target.write(part); });
+    settings.output = Receiver::give;
+    settings.context = &written;
+    settings.message = octets;
+    settings.content_tag = outline.content_tag();
+    settings.form = settings.content_tag != 0 ? TLX_MESSAGE_DER : TLX_MESSAGE_DETACHED;
+    if (settings.content_tag != 0) settings.size = outline.content_size();
+    const auto writer = made<Writer>(new_OUTLINE_WRITER(&settings));
+    const auto expect = [&](uint32_t status) {
+        if (written.checked(status) != 0) throw Failure(content.name() + ": changes while it is read");
+    };
+    if (settings.content_tag != 0) {
+        MessageOutline again(content.name(), "", [&](Octets part) {
+            expect(update_OUTLINE_WRITER(writer.get(), part.data(), static_cast<uint32_t>(part.size())));
+        });
+        content.read("Writing", [&](Octets part) { again.take(part); });
+    }
+    expect(final_OUTLINE_WRITER(writer.get()));
+    target.finish();
 }
 
 }  // namespace
@@ -32,15 +85,17 @@ void write_as(const Block &block, const CMS_CONTENT_INFO *message, const std::st
 int run_stamp(const StampOptions &options) {
     expect_room_for_json(options.json, options.output);
     const CmsMessage token = load_timestamp_token(options.token);
-    const Input input(options.message);
-    const CmsMessage message = signed_message_of(input);
+    RereadMessage file(options.message);
+    MessageOutline outline(file.name());
+    file.read("Reading", [&](Octets octets) { outline.take(octets); });
+    const CmsMessage message(decode_record(file.name(), outline.node().get(), Seq_to_CMS_CONTENT_INFO));
     const auto signer = stamped_signer(message.get(), token.get(), options.signer, options.message);
     const uint32_t status = add_CMS_SIGNER_INFO_timestamp(signer.info, token.get());
     if (status != 0) {
         throw Failure(source_of(options.token) + ": is no time stamp of signer " +
                       std::to_string(signer.number) + ": " + exact_status_sentence(status));
     }
-    write_as(input.blocks().front(), message.get(), options.output);
+    write_again(message.get(), outline, file, options.output);
     if (options.json) {
         print_json(std::cout, {{"output", options.output}, {"signer", signer.number}});
     }

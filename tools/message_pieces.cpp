@@ -61,6 +61,15 @@ uint32_t type_of(Source &source) {
     return type;
 }
 
+std::string label_of(Source &source) {
+    const Octets head = source.peek(kHead);
+    if (!is_pem(head)) return "";
+    Receiver receiver([](Octets) {});
+    const auto reader = made<PemReader>(new_PEM_READER(Receiver::give, &receiver));
+    (void)receiver.checked(update_pem(reader.get(), head));
+    return get_PEM_READER_label(reader.get());
+}
+
 void read_pieces(Source &source, Waiting &waiting, const Take &take) {
     if (const auto size = source.size()) waiting.expect(*size);
     for (Octets piece = source.next(); !piece.empty(); piece = source.next()) {
@@ -86,15 +95,18 @@ std::optional<uint64_t> known_size(Source &source) {
     return source.size();
 }
 
-MessageOutline::MessageOutline(std::string source, std::string output)
+MessageOutline::MessageOutline(std::string source, std::string output, Take content)
     : source_(std::move(source)),
       output_(std::move(output)),
-      outline_(made<decltype(outline_)>(new_MESSAGE_OUTLINE(kMostHeld))) {}
+      content_(content ? std::move(content) : [](Octets) {}),
+      outline_(made<decltype(outline_)>(new_MESSAGE_OUTLINE(kMostHeld))) {
+    must(set_MESSAGE_OUTLINE_output(outline_.get(), Receiver::give, &content_));
+}
 
 void MessageOutline::take(Octets octets) {
     constexpr uint32_t kTooLong = 0x52A80047;
-    const uint32_t status =
-        update_MESSAGE_OUTLINE(outline_.get(), octets.data(), static_cast<uint32_t>(octets.size()));
+    const uint32_t status = content_.checked(
+        update_MESSAGE_OUTLINE(outline_.get(), octets.data(), static_cast<uint32_t>(octets.size())));
     if (status == kTooLong) {
         throw Failure(source_ + ": has more than " + std::to_string(kMostHeldMegabytes) +
                       " MB beside its content");
@@ -122,9 +134,10 @@ Json MessageOutline::describe() const {
     return json;
 }
 
-MessageTarget::MessageTarget(const std::string &path, bool as_der, MessageOutline *outline)
+MessageTarget::MessageTarget(const std::string &path, const std::string &label, MessageOutline *outline)
     : target_(path), text_([this](Octets text) { target_.write(text); }), outline_(outline) {
-    if (!as_der) pem_ = made<decltype(pem_)>(new_PEM_WRITER("PKCS7", Receiver::give, &text_));
+    if (label.empty()) return;
+    pem_ = made<decltype(pem_)>(new_PEM_WRITER(label.c_str(), Receiver::give, &text_));
 }
 
 void MessageTarget::write(Octets octets) {

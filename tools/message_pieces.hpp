@@ -11,6 +11,9 @@ namespace tool {
 /// The content type of a message, TLX_MESSAGE_, by its first octets, which stay in the source.
 [[nodiscard]] uint32_t type_of(Source &source);
 
+/// The label of a message in PEM, by the same; empty for DER.
+[[nodiscard]] std::string label_of(Source &source);
+
 /// Gives all octets of a file to a function. Throws Failure.
 void read_pieces(Source &source, Waiting &waiting, const Take &take);
 
@@ -25,34 +28,45 @@ constexpr uint32_t kMostHeldMegabytes = 16;
 constexpr uint32_t kMostHeld = kMostHeldMegabytes * 1024 * 1024;
 
 /// What message show prints of a message that is read or written in pieces, but for its content, of which it
-/// says the size. A message that was made has an output beside the source.
+/// says the size. A message that was made has an output beside the source. The content goes to a function,
+/// when there is one.
 class MessageOutline {
   public:
-    explicit MessageOutline(std::string source, std::string output = "");
+    explicit MessageOutline(std::string source, std::string output = "", Take content = {});
+    MessageOutline(const MessageOutline &) = delete;
+    MessageOutline &operator=(const MessageOutline &) = delete;
 
     /// All throw Failure.
     void take(Octets octets);
     [[nodiscard]] Json describe() const;
     /// The message without its content.
     [[nodiscard]] Node node() const { return write().node; }
+    /// Octets of the content; UINT64_MAX for a message without.
+    [[nodiscard]] uint64_t content_size() const { return write().content_size; }
+    /// The tag of the element around them; 0 without.
+    [[nodiscard]] uint32_t content_tag() const { return get_MESSAGE_OUTLINE_content_tag(outline_.get()); }
 
   private:
     struct Written {
         Node node;
-        uint64_t content_size;  ///< UINT64_MAX for a message without content
+        uint64_t content_size;
     };
     [[nodiscard]] Written write() const;
 
     std::string source_;
     std::string output_;
+    Receiver content_;
     Owned<MESSAGE_OUTLINE, free_MESSAGE_OUTLINE> outline_;
 };
 
-/// Where a message is written to, in PEM under the label of RFC 7468 unless it is to be DER.
+/// The label of messages by RFC 7468 that most programs know.
+constexpr const char *kMessageLabel = "PKCS7";
+
+/// Where a message is written to, in PEM under a label, or for an empty one in DER.
 class MessageTarget {
   public:
     /// An outline, which may be null, gets the message as well.
-    MessageTarget(const std::string &path, bool as_der, MessageOutline *outline);
+    MessageTarget(const std::string &path, const std::string &label, MessageOutline *outline);
 
     /// Both throw Failure.
     void write(Octets octets);

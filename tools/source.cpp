@@ -14,10 +14,6 @@ namespace {
 /// What a file may hold at most when it is read whole.
 constexpr uint64_t kMostOctets = 0x7FFFFFFF;
 
-/// The same of a pipe or a device, since it may have no end.
-constexpr uint64_t kMostStreamMegabytes = 256;
-constexpr uint64_t kMostStreamOctets = kMostStreamMegabytes * 1024 * 1024;
-
 /// Throws Failure with the system's reason why a file could not be read.
 [[noreturn]] void fail_to_read(const std::string &path, int error) {
     std::error_code ignored;
@@ -28,7 +24,7 @@ constexpr uint64_t kMostStreamOctets = kMostStreamMegabytes * 1024 * 1024;
     throw Failure(source_of(path) + ": cannot be read" + reason);
 }
 
-bool is_regular(const std::string &path) {
+bool is_file(const std::string &path) {
     std::error_code ignored;
     return path != "-" && std::filesystem::is_regular_file(file_path(path), ignored);
 }
@@ -37,7 +33,7 @@ bool is_regular(const std::string &path) {
 
 // A buffer of its own in the C library would keep a copy of a key.
 Source::Source(const std::string &path)
-    : path_(path), name_(source_of(path)), file_(stdin), is_regular_(is_regular(path)) {
+    : path_(path), name_(source_of(path)), file_(stdin), is_regular_(is_file(path)) {
     errno = 0;
     if (path != "-") {
         opened_.reset(open_to_read(file_path(path)));

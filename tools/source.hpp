@@ -19,6 +19,12 @@ class Source {
     /// Throws Failure when it cannot be opened, as all below do when it cannot be read.
     explicit Source(const std::string &path);
 
+    /// Octets of a pipe or a device that are kept at most, since it may have no end.
+    static constexpr uint64_t kMostStreamMegabytes = 256;
+    static constexpr uint64_t kMostStreamOctets = kMostStreamMegabytes * 1024 * 1024;
+
+    /// Whether it is a file, which can be opened again.
+    [[nodiscard]] bool is_regular() const { return is_regular_; }
     /// In what people read.
     [[nodiscard]] const std::string &name() const { return name_; }
     /// The octets that come next, up to a number; fewer only where the source ends. They are not taken.

@@ -52,19 +52,15 @@ FileDigest digest_file(const std::string &path, uint32_t digest_id) {
     return digest;
 }
 
-CmsMessage signed_message_of(const Input &input) {
-    const Block &block = input.blocks().front();
-    expect_contents(block);
-    CmsMessage message(decode_record(block, Seq_to_CMS_CONTENT_INFO));
-    if (message->signedData == nullptr) throw Failure(block.source + ": is no signed message");
-    return message;
+void expect_signed_message(Source &source) {
+    if (type_of(source) != TLX_MESSAGE_SIGNED_DATA) throw Failure(source.name() + ": is no signed message");
 }
 
 CmsMessage read_signed_message(const std::string &path) {
     Waiting waiting("Reading");
     Source source(path);
     MessageOutline outline(source.name());
-    if (type_of(source) != TLX_MESSAGE_SIGNED_DATA) throw Failure(source.name() + ": is no signed message");
+    expect_signed_message(source);
     read_message_pieces(source, waiting, [&outline](Octets octets) { outline.take(octets); });
     return CmsMessage(decode_record(source.name(), outline.node().get(), Seq_to_CMS_CONTENT_INFO));
 }

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "document.hpp"
-#include "input.hpp"
+#include "source.hpp"
 
 namespace tool {
 
@@ -28,9 +28,9 @@ using CmsMessage = Owned<CMS_CONTENT_INFO, free_CMS_CONTENT_INFO>;
 /// What was found of a token.
 [[nodiscard]] Json describe_timestamp_report(const CMS_TIMESTAMP_REPORT &report);
 
-/// The signed message of a file. Throws Failure.
-[[nodiscard]] CmsMessage signed_message_of(const Input &input);
-/// The same of any size, without its content.
+/// Throws Failure for another message.
+void expect_signed_message(Source &source);
+/// The signed message of a file of any size, without its content. Throws Failure.
 [[nodiscard]] CmsMessage read_signed_message(const std::string &path);
 /// A signer of it, from 1 on; 0 for the only one. Throws Failure.
 [[nodiscard]] CMS_SIGNER_INFO *signer_of(const CMS_CONTENT_INFO *message, uint32_t number,

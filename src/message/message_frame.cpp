@@ -51,7 +51,7 @@ void MessageFrame::end_indefinite(MessageOutput &out) const noexcept {
     out.end(kAround);
 }
 
-void MessageFrame::begin_der(MessageOutput &out, std::uint64_t size) const noexcept {
+void MessageFrame::begin_der(MessageOutput &out, std::uint64_t size, u8 tag) const noexcept {
     const std::uint64_t string = is_encrypted ? size : element_size(size);
     const std::uint64_t inside = info.size() + element_size(string);
     const std::uint64_t body = before.size() + element_size(inside) + after.size();
@@ -63,5 +63,5 @@ void MessageFrame::begin_der(MessageOutput &out, std::uint64_t size) const noexc
     out.header(kSequence, inside);
     out.raw(info);
     out.header(is_encrypted ? context_primitive(0) : context(0), string);
-    if (!is_encrypted) out.header(TLX_TAG_OCTET_STRING, size);
+    if (!is_encrypted) out.header(tag, size);
 }

@@ -19,8 +19,8 @@ struct MessageFrame {
 
     void begin_indefinite(MessageOutput &out) const noexcept;
     void end_indefinite(MessageOutput &out) const noexcept;
-    /// Around content of a size, after which as many octets follow as `after` has.
-    void begin_der(MessageOutput &out, std::uint64_t size) const noexcept;
+    /// Around content of a size in an element of a tag, after which as many octets follow as `after` has.
+    void begin_der(MessageOutput &out, std::uint64_t size, u8 tag) const noexcept;
     void end_der(MessageOutput &out) const noexcept { out.raw(after); }
 };
 

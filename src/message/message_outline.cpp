@@ -2,6 +2,7 @@
 #include <tlxpki/message_outline.h>
 
 #include "der/owned.hpp"
+#include "message/message_output.hpp"
 #include "message/message_reading.hpp"
 #include "verify/object.hpp"
 
@@ -37,11 +38,20 @@ struct MESSAGE_OUTLINE {
                MessageKind::auth_enveloped_data},
               held_limit, kStatuses) {}
 
+    void set_output(MESSAGE_OUTPUT output, void *context) noexcept {
+        output_ = output;
+        context_ = context;
+    }
     [[nodiscard]] u32 update(Bytes octets) noexcept;
     [[nodiscard]] u32 write(u8 **octets, u32 &len, std::uint64_t &content_size) const noexcept;
+    [[nodiscard]] u32 content_tag() const noexcept {
+        return reading_.is_complete() ? reading_.message().content_tag() : 0;
+    }
 
   private:
     MessageReading reading_;
+    MESSAGE_OUTPUT output_ = nullptr;
+    void *context_ = nullptr;
     std::uint64_t content_size_ = 0;
 };
 
@@ -50,7 +60,7 @@ u32 MESSAGE_OUTLINE::update(Bytes octets) noexcept {
         octets, [] { return 0U; },
         [&](Bytes content) {
             content_size_ += content.size();
-            return 0U;
+            return give_out(output_, context_, content);
         });
 }
 
@@ -72,6 +82,16 @@ MESSAGE_OUTLINE *new_MESSAGE_OUTLINE(uint32_t held_limit) {
 
 void free_MESSAGE_OUTLINE(MESSAGE_OUTLINE *outline) {
     Destroy<MESSAGE_OUTLINE>{}(outline);
+}
+
+uint32_t set_MESSAGE_OUTLINE_output(MESSAGE_OUTLINE *outline, MESSAGE_OUTPUT output, void *context) {
+    if (outline == nullptr) return 0x52AA0049;
+    outline->set_output(output, context);
+    return 0;
+}
+
+uint32_t get_MESSAGE_OUTLINE_content_tag(const MESSAGE_OUTLINE *outline) {
+    return outline == nullptr ? 0 : outline->content_tag();
 }
 
 uint32_t update_MESSAGE_OUTLINE(MESSAGE_OUTLINE *outline, const uint8_t *octets, uint32_t len) {

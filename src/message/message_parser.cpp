@@ -151,6 +151,7 @@ MessageParser::Step MessageParser::begin_encrypted_info_member(u32 place) noexce
 MessageParser::Step MessageParser::begin_encrypted_content() noexcept {
     content_depth_ = elements_.depth();
     has_content_ = content_is_string_ = true;
+    content_tag_ = TLX_TAG_OCTET_STRING;
     return place_info(Step::content_begins);
 }
 
@@ -172,6 +173,7 @@ MessageParser::Step MessageParser::begin_content() noexcept {
     content_depth_ = elements_.depth();
     has_content_ = true;
     content_is_string_ = is_string(elements_.tag());
+    content_tag_ = content_is_string_ ? u8{TLX_TAG_OCTET_STRING} : elements_.tag();
     if (!content_is_string_ && begins_with(info_, kData)) return fail(Failure::misplaced);
     if (!content_is_string_) elements_.stay_closed();
     return place_info(Step::content_begins);

@@ -45,6 +45,8 @@ class MessageParser {
     [[nodiscard]] bool is_encrypted() const noexcept { return is_encrypted_; }
     /// Whether the content is a string of octets, and not another element whose contents octets it is.
     [[nodiscard]] bool content_is_string() const noexcept { return content_is_string_; }
+    /// The tag of an element around the content; that of OCTET STRING for any string, 0 without content.
+    [[nodiscard]] u8 content_tag() const noexcept { return content_tag_; }
     [[nodiscard]] bool is_done() const noexcept { return elements_.finished(); }
     /// The object identifier of the message's content type, an element.
     [[nodiscard]] Bytes message_type() const noexcept { return message_type_.bytes(); }
@@ -108,6 +110,7 @@ class MessageParser {
     unsigned content_depth_ = kNowhere;  ///< of the element of the content, while it is open
     bool has_content_ = false;
     bool content_is_string_ = false;
+    u8 content_tag_ = 0;
     Bytes octets_;
 };
 

@@ -8,11 +8,11 @@ u32 MessageWriting::count(Bytes octets) noexcept {
     return 0;
 }
 
-u32 MessageWriting::begin_message(const Encoder &whole, std::uint64_t size) noexcept {
+u32 MessageWriting::begin_message(const Encoder &whole, std::uint64_t size, u8 tag) noexcept {
     MessageFrame frame = {};
     if (!whole.ok() || !frame.split(whole.bytes(), layout_)) return statuses_.no_memory;
     if (is_der()) {
-        frame.begin_der(out_, size);
+        frame.begin_der(out_, size, tag);
     } else if (!is_detached()) {
         if (!segments_.start()) return statuses_.no_memory;
         frame.begin_indefinite(out_);

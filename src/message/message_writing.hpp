@@ -50,7 +50,9 @@ class MessageWriting {
     void limit(std::uint64_t most) noexcept { most_ = std::min(most_, most); }
     /// Writes what stands before the content of a message that is encoded without it.
     /// @param size octets that the content has in DER
-    [[nodiscard]] u32 begin_message(const Encoder &whole, std::uint64_t size) noexcept;
+    /// @param tag  of the element around them
+    [[nodiscard]] u32 begin_message(const Encoder &whole, std::uint64_t size,
+                                    u8 tag = TLX_TAG_OCTET_STRING) noexcept;
     [[nodiscard]] u32 write(Bytes content) noexcept;
     /// Writes what stands after the content, or the whole message when that is detached.
     [[nodiscard]] u32 end_message(const Encoder &whole) noexcept;

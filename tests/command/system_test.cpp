@@ -125,6 +125,20 @@ TEST_F(CommandSystem, MessagesGoThroughPipes) {
             "-o /dev/stdout --unverified-output - 2> /dev/null | head -c 8000000 | "
             "cmp - content && echo same",
         "same");
+    folder_.run(
+        "openssl req -x509 -newkey rsa:2048 -nodes -keyout tsa.key -out tsa.pem -subj /CN=tsa "
+        "-addext extendedKeyUsage=critical,timeStamping 2> /dev/null; echo '[tsa]\ndefault_tsa = t\n[t]\n"
+        "serial = serial\nsigner_digest = sha256\ndefault_policy = 1.2\ndigests = sha256\n"
+        "ess_cert_id_alg = sha256' > tsa.cnf");
+    has(sign +
+            "-o signed content; " TLX_COMMAND
+            " timestamp request --message signed -o asked; "
+            "openssl ts -reply -config tsa.cnf -queryfile asked -signer tsa.pem -inkey tsa.key -out token; "
+            "cat signed | " TLX_COMMAND " message stamp --token token - | " +
+            verify +
+            "--anchor tsa.pem --json -o found - | grep -A2 time_stamps | grep -q '\"ok\"' && "
+            "cmp content found && echo same",
+        "same");
 }
 
 TEST_F(CommandSystem, NothingIsLeftOfWhatIsInterrupted) {
