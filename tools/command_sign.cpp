@@ -136,11 +136,11 @@ int run_sign(const SignOptions &options) {
     if (options.scheme == "pss" && options.digest == "has160") {
         throw Failure("RSASSA-PSS takes no HAS-160: choose another --digest or --scheme");
     }
-    if (options.detached && !options.envelope.recipients.empty()) {
-        throw Failure("--to encrypts the content, which --detached leaves out");
+    if (options.detached && options.envelope.has_recipients()) {
+        throw Failure("a message is encrypted with its content, which --detached leaves out");
     }
     std::optional<Envelope> envelope;
-    if (!options.envelope.recipients.empty()) envelope.emplace(options.envelope);
+    if (options.envelope.has_recipients()) envelope.emplace(options.envelope);
     const Signers signers(options);
     std::optional<MessageOutline> outline;
     if (options.json) outline.emplace(source_of(options.content), options.output);

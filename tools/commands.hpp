@@ -48,6 +48,8 @@ struct EnvelopeOptions {
     std::string scheme = "pkcs1";
     std::string password_file;
     bool password_recipient = false;
+
+    [[nodiscard]] bool has_recipients() const { return !recipients.empty() || password_recipient; }
 };
 
 struct SignOptions {

@@ -18,6 +18,8 @@ void add_recipients(CLI::App *command, EnvelopeOptions &options) {
                  "X448; the first of the file");
     add_choice(command, "--cipher", options.cipher, cipher_names(),
                "The cipher of the content (default aes-256-cbc)");
+    command->add_flag("--password-recipient", options.password_recipient,
+                      "Also encrypt for those who know a password");
 }
 
 /// The options of commands that make a message of a file.
@@ -34,7 +36,8 @@ void add_sign(CLI::App *message, CommandLine &line) {
     CLI::App *command = message->add_subcommand("sign", "Sign a file");
     command->footer(
         "Give --cert and --key once for each signer, the keys in the order of the certificates. Either may\n"
-        "be the URI of a token (pkcs11:...?module-path=...). With --to the signed message is encrypted.\n\n"
+        "be the URI of a token (pkcs11:...?module-path=...). With --to and --password-recipient\n"
+        "the signed message is encrypted.\n\n"
         "Example: tlxpki message sign --cert user.pem --key user.key --chain ca.pem -o signed.p7 content");
     add_repeated(command, "--cert", options.certs, kFile,
                  "Certificate of a signer, the first of the file; it goes along in the message");
@@ -56,6 +59,8 @@ void add_sign(CLI::App *message, CommandLine &line) {
     add_password_file(command, options.password_file);
     add_pin_file(command, options.pin_file);
     add_recipients(command, options.envelope);
+    add_file(command, "--recipient-password-file", options.envelope.password_file,
+             "File whose first line is the password of --password-recipient");
     add_made_message(command, options, "The file to sign");
     runs(command, line, run_sign, options);
 }
@@ -99,8 +104,6 @@ void add_encrypt(CLI::App *message, CommandLine &line) {
         "encrypted.\n\n"
         "Example: tlxpki message encrypt --to user.pem -o sealed.p7 content");
     add_recipients(command, envelope);
-    command->add_flag("--password-recipient", envelope.password_recipient,
-                      "Also encrypt for those who know a password");
     add_password_file(command, envelope.password_file);
     add_format(command, envelope);
     add_choice(command, "--scheme", envelope.scheme, encryption_schemes(),
