@@ -474,10 +474,10 @@ TEST(MessageEnvelope, FailuresEndMessages) {
     const Settings settings = reading(given);
     const Octets message = authenticated_abc();
     const Reader reader(new_ENVELOPED_MESSAGE_READER(&settings));
-    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), kKey, 2), 0x52A00048U);
-    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0x52A00048U);
-    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), kKey, 1), 0x52A00048U);
-    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A00048U);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), kKey, 2), 0x52A0004FU);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER(reader.get(), message.data(), length(message)), 0x52A0004FU);
+    EXPECT_EQ(update_ENVELOPED_MESSAGE_READER_content(reader.get(), kKey, 1), 0x52A0004FU);
+    EXPECT_EQ(final_ENVELOPED_MESSAGE_READER(reader.get()), 0x52A0004FU);
     EXPECT_EQ(is_ENVELOPED_MESSAGE_READER_complete(reader.get()), 0U);
     ENVELOPED_MESSAGE_WRITER_SETTINGS writing = {};
     writing.output = stop;

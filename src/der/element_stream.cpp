@@ -56,7 +56,7 @@ bool ElementStream::header_complete() const noexcept {
 ElementStream::Event ElementStream::begin() noexcept {
     Frame &outer = frames_[depth_];
     begun_size_ = std::exchange(header_size_, 0);
-    if (outer.indefinite && header_[0] == 0) return header_[1] == 0 ? end() : fail();
+    if (header_[0] == 0) return outer.indefinite && header_[1] == 0 ? end() : fail();
     const bool constructed = (header_[0] & kConstructed) != 0;
     const bool indefinite = header_[1] == kIndefiniteLength;
     std::uint64_t length = header_[1] < kIndefiniteLength ? header_[1] : 0;
