@@ -16,7 +16,7 @@ namespace {
 /// A signed message that is read twice. What comes through a pipe is kept meanwhile.
 class RereadMessage {
   public:
-    explicit RereadMessage(const std::string &path) : path_(path) {}
+    explicit RereadMessage(std::string path) : path_(std::move(path)) {}
 
     [[nodiscard]] std::string name() const { return source_of(path_); }
     /// Gives all octets to a function. Throws Failure.
