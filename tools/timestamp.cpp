@@ -1,8 +1,5 @@
 #include "timestamp.hpp"
 
-#include <fstream>
-#include <iostream>
-
 #include "block_kind.hpp"
 #include "describe.hpp"
 #include "failure.hpp"
@@ -37,16 +34,11 @@ uint32_t number_of_stamped(const CMS_SIGNER_INFOS *signers, const CMS_CONTENT_IN
 FileDigest digest_file(const std::string &path, uint32_t digest_id) {
     const auto unit = made<DigestUnit>(new_DIGEST_UNIT());
     must(init_Digest(unit.get(), digest_id));
-    std::ifstream file;
-    if (path != "-") file.open(file_path(path), std::ios::binary);
-    std::istream &in = path == "-" ? std::cin : file;
-    std::vector<char> piece(65536);
-    while (in) {
-        in.read(piece.data(), static_cast<std::streamsize>(piece.size()));
-        must(update_Digest(unit.get(), reinterpret_cast<const uint8_t *>(piece.data()),
-                           static_cast<uint32_t>(in.gcount())));
-    }
-    if (!in.eof() || in.bad()) throw Failure(source_of(path) + ": cannot be read");
+    Waiting waiting("Reading");
+    Source source(path);
+    read_pieces(source, waiting, [&unit](Octets octets) {
+        must(update_Digest(unit.get(), octets.data(), static_cast<uint32_t>(octets.size())));
+    });
     FileDigest digest;
     must(final_Digest(unit.get(), digest.octets.data(), &digest.length));
     return digest;
