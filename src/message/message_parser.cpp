@@ -150,7 +150,6 @@ MessageParser::Step MessageParser::begin_encrypted_info_member(u32 place) noexce
 
 MessageParser::Step MessageParser::begin_encrypted_content() noexcept {
     content_depth_ = elements_.depth();
-    has_content_ = content_is_string_ = true;
     content_tag_ = TLX_TAG_OCTET_STRING;
     return place_info(Step::content_begins);
 }
@@ -171,17 +170,15 @@ MessageParser::Step MessageParser::place_info(Step step) noexcept {
 
 MessageParser::Step MessageParser::begin_content() noexcept {
     content_depth_ = elements_.depth();
-    has_content_ = true;
-    content_is_string_ = is_string(elements_.tag());
-    content_tag_ = content_is_string_ ? u8{TLX_TAG_OCTET_STRING} : elements_.tag();
-    if (!content_is_string_ && begins_with(info_, kData)) return fail(Failure::misplaced);
-    if (!content_is_string_) elements_.stay_closed();
+    content_tag_ = is_string(elements_.tag()) ? u8{TLX_TAG_OCTET_STRING} : elements_.tag();
+    if (!content_is_string() && begins_with(info_, kData)) return fail(Failure::misplaced);
+    if (!content_is_string()) elements_.stay_closed();
     return place_info(Step::content_begins);
 }
 
 /// Segments of a string may have segments. Of any other element all octets count.
 MessageParser::Step MessageParser::begin_in_content() noexcept {
-    if (content_is_string_) return is_string(elements_.tag()) ? Step::need_more : fail(Failure::misplaced);
+    if (content_is_string()) return is_string(elements_.tag()) ? Step::need_more : fail(Failure::misplaced);
     elements_.stay_closed();
     return give(elements_.header());
 }
@@ -194,9 +191,9 @@ MessageParser::Step MessageParser::end() noexcept {
             return sequences_ > info_place_ ? Step::done : fail(Failure::misplaced);
         case at_body_member:
             if (places_[at_info_member] < (is_encrypted_ ? 2U : 1U)) return fail(Failure::misplaced);
-            return has_content_ ? Step::need_more : place_info(Step::content_missing);
+            return has_content() ? Step::need_more : place_info(Step::content_missing);
         case at_info_member:
-            return has_content_ ? Step::need_more : fail(Failure::misplaced);
+            return has_content() ? Step::need_more : fail(Failure::misplaced);
         default:
             return Step::need_more;
     }
@@ -205,7 +202,7 @@ MessageParser::Step MessageParser::end() noexcept {
 MessageParser::Step MessageParser::end_in_content() noexcept {
     const bool is_last = elements_.depth() == content_depth_;
     if (is_last) content_depth_ = kNowhere;
-    const bool counts = !is_last && !content_is_string_ && elements_.ends_indefinite();
+    const bool counts = !is_last && !content_is_string() && elements_.ends_indefinite();
     return counts ? give(elements_.header()) : Step::need_more;
 }
 

@@ -40,11 +40,11 @@ class MessageParser {
     /// That of the message, also when it is not followed.
     [[nodiscard]] MessageKind kind() const noexcept { return kind_; }
     [[nodiscard]] Bytes octets() const noexcept { return octets_; }
-    [[nodiscard]] bool has_content() const noexcept { return has_content_; }
+    [[nodiscard]] bool has_content() const noexcept { return content_tag_ != 0; }
     /// Whether the content is ciphertext.
     [[nodiscard]] bool is_encrypted() const noexcept { return is_encrypted_; }
     /// Whether the content is a string of octets, and not another element whose contents octets it is.
-    [[nodiscard]] bool content_is_string() const noexcept { return content_is_string_; }
+    [[nodiscard]] bool content_is_string() const noexcept { return content_tag_ == TLX_TAG_OCTET_STRING; }
     /// The tag of an element around the content; that of OCTET STRING for any string, 0 without content.
     [[nodiscard]] u8 content_tag() const noexcept { return content_tag_; }
     [[nodiscard]] bool is_done() const noexcept { return elements_.finished(); }
@@ -108,8 +108,6 @@ class MessageParser {
     Buffer *holding_ = nullptr;          ///< where octets are held
     unsigned held_depth_ = kNowhere;     ///< of the element that is being held
     unsigned content_depth_ = kNowhere;  ///< of the element of the content, while it is open
-    bool has_content_ = false;
-    bool content_is_string_ = false;
     u8 content_tag_ = 0;
     Bytes octets_;
 };

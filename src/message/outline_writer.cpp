@@ -41,8 +41,7 @@ bool can_write_tag(const OUTLINE_WRITER_SETTINGS &settings, const MessageLayout 
 
 struct OUTLINE_WRITER {
   public:
-    OUTLINE_WRITER(const OUTLINE_WRITER_SETTINGS &settings, const MessageLayout &layout)
-    noexcept
+    explicit OUTLINE_WRITER(const OUTLINE_WRITER_SETTINGS &settings, const MessageLayout &layout) noexcept
         : writing_(settings, layout.kind, kStatuses),
           size_(settings.size),
           tag_(settings.content_tag != 0 ? static_cast<u8>(settings.content_tag) : u8{TLX_TAG_OCTET_STRING}) {
