@@ -36,10 +36,7 @@ class RereadMessage {
 
   private:
     void keep(const Source &source, Octets octets) {
-        if (kept_.size() + octets.size() > Source::kMostStreamOctets) {
-            throw Failure(source.name() + ": does not end within " +
-                          std::to_string(Source::kMostStreamMegabytes) + " MB");
-        }
+        source.expect_keepable(kept_.size() + octets.size());
         kept_.insert(kept_.end(), octets.begin(), octets.end());
     }
 
@@ -51,8 +48,8 @@ class RereadMessage {
 using Writer = Owned<OUTLINE_WRITER, free_OUTLINE_WRITER>;
 
 /// Writes a message, whose record is without its content, with the content that it had.
-void write_again(const CMS_CONTENT_INFO *message, const MessageOutline &outline, RereadMessage &content,
-                 const std::string &path) {
+void write_again(const CMS_CONTENT_INFO *message, const MessageOutline::Written &outline,
+                 RereadMessage &content, const std::string &path) {
     uint8_t *octets = nullptr;
     OUTLINE_WRITER_SETTINGS settings = {};
     settings.len = TLX_WRITE_DER(CMS_CONTENT_INFO, message, &octets);
@@ -63,9 +60,9 @@ void write_again(const CMS_CONTENT_INFO *message, const MessageOutline &outline,
     settings.output = Receiver::give;
     settings.context = &written;
     settings.message = octets;
-    settings.content_tag = outline.content_tag();
+    settings.content_tag = outline.content_tag;
     settings.form = settings.content_tag != 0 ? TLX_MESSAGE_DER : TLX_MESSAGE_DETACHED;
-    if (settings.content_tag != 0) settings.size = outline.content_size();
+    if (settings.content_tag != 0) settings.size = outline.content_size;
     const auto writer = made<Writer>(new_OUTLINE_WRITER(&settings));
     const auto expect = [&](uint32_t status) {
         if (written.checked(status) != 0) throw Failure(content.name() + ": changes while it is read");
@@ -88,14 +85,15 @@ int run_stamp(const StampOptions &options) {
     RereadMessage file(options.message);
     MessageOutline outline(file.name());
     file.read("Reading", [&](Octets octets) { outline.take(octets); });
-    const CmsMessage message(decode_record(file.name(), outline.node().get(), Seq_to_CMS_CONTENT_INFO));
+    const MessageOutline::Written written = outline.write();
+    const CmsMessage message(decode_record(file.name(), written.node.get(), Seq_to_CMS_CONTENT_INFO));
     const auto signer = stamped_signer(message.get(), token.get(), options.signer, options.message);
     const uint32_t status = add_CMS_SIGNER_INFO_timestamp(signer.info, token.get());
     if (status != 0) {
         throw Failure(source_of(options.token) + ": is no time stamp of signer " +
                       std::to_string(signer.number) + ": " + exact_status_sentence(status));
     }
-    write_again(message.get(), outline, file, options.output);
+    write_again(message.get(), written, file, options.output);
     if (options.json) {
         print_json(std::cout, {{"output", options.output}, {"signer", signer.number}});
     }

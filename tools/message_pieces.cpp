@@ -41,33 +41,35 @@ void expect_pem(const Source &source, const PEM_READER *reader, uint32_t status)
     throw Failure(source.name() + ": the text of the " + label + " is not Base64, or ends as another");
 }
 
-/// What the first octets of PEM stand for, as far as they can be read.
-std::vector<uint8_t> decoded(Octets head) {
+/// The first octets of a message, as far as they can be read, and the label of PEM, which is empty for DER.
+struct Head {
     std::vector<uint8_t> octets;
-    Receiver receiver([&octets](Octets part) { octets.insert(octets.end(), part.begin(), part.end()); });
+    std::string label;
+};
+
+Head head_of(Source &source) {
+    const Octets octets = source.peek(kHead);
+    if (!is_pem(octets)) return {{octets.begin(), octets.end()}, ""};
+    Head head;
+    Receiver receiver(
+        [&head](Octets part) { head.octets.insert(head.octets.end(), part.begin(), part.end()); });
     const auto reader = made<PemReader>(new_PEM_READER(Receiver::give, &receiver));
-    (void)receiver.checked(update_pem(reader.get(), head));
-    return octets;
+    (void)receiver.checked(update_pem(reader.get(), octets));
+    head.label = get_PEM_READER_label(reader.get());
+    return head;
 }
 
 }  // namespace
 
 uint32_t type_of(Source &source) {
-    const Octets head = source.peek(kHead);
-    const std::vector<uint8_t> message =
-        is_pem(head) ? decoded(head) : std::vector<uint8_t>(head.begin(), head.end());
+    const std::vector<uint8_t> message = head_of(source).octets;
     uint32_t type = TLX_MESSAGE_OTHER;
     (void)get_MESSAGE_type(message.data(), static_cast<uint32_t>(message.size()), &type);
     return type;
 }
 
 std::string label_of(Source &source) {
-    const Octets head = source.peek(kHead);
-    if (!is_pem(head)) return "";
-    Receiver receiver([](Octets) {});
-    const auto reader = made<PemReader>(new_PEM_READER(Receiver::give, &receiver));
-    (void)receiver.checked(update_pem(reader.get(), head));
-    return get_PEM_READER_label(reader.get());
+    return head_of(source).label;
 }
 
 void read_pieces(Source &source, Waiting &waiting, const Take &take) {
@@ -121,7 +123,8 @@ MessageOutline::Written MessageOutline::write() const {
     const uint32_t status = write_MESSAGE_OUTLINE(outline_.get(), &octets, &size, &content_size);
     if (status != 0) throw Failure(source_ + ": cannot be decoded: " + status_sentence(status));
     const Buffer owner(octets, size);
-    return {made<Node>(decodeToDERSequence_n(octets, size)), content_size};
+    return {made<Node>(decodeToDERSequence_n(octets, size)), content_size,
+            get_MESSAGE_OUTLINE_content_tag(outline_.get())};
 }
 
 Json MessageOutline::describe() const {

@@ -36,23 +36,18 @@ class MessageOutline {
     MessageOutline(const MessageOutline &) = delete;
     MessageOutline &operator=(const MessageOutline &) = delete;
 
+    struct Written {
+        Node node;              ///< the message without its content
+        uint64_t content_size;  ///< in octets; UINT64_MAX for a message without content
+        uint32_t content_tag;   ///< of the element around the content; 0 for a message without content
+    };
+
     /// All throw Failure.
     void take(Octets octets);
     [[nodiscard]] Json describe() const;
-    /// The message without its content.
-    [[nodiscard]] Node node() const { return write().node; }
-    /// Octets of the content; UINT64_MAX for a message without.
-    [[nodiscard]] uint64_t content_size() const { return write().content_size; }
-    /// The tag of the element around them; 0 without.
-    [[nodiscard]] uint32_t content_tag() const { return get_MESSAGE_OUTLINE_content_tag(outline_.get()); }
-
-  private:
-    struct Written {
-        Node node;
-        uint64_t content_size;
-    };
     [[nodiscard]] Written write() const;
 
+  private:
     std::string source_;
     std::string output_;
     Receiver content_;

@@ -14,6 +14,10 @@ namespace {
 /// What a file may hold at most when it is read whole.
 constexpr uint64_t kMostOctets = 0x7FFFFFFF;
 
+/// The same of a pipe or a device, since it may have no end.
+constexpr uint64_t kMostStreamMegabytes = 256;
+constexpr uint64_t kMostStreamOctets = kMostStreamMegabytes * 1024 * 1024;
+
 /// Throws Failure with the system's reason why a file could not be read.
 [[noreturn]] void fail_to_read(const std::string &path, int error) {
     std::error_code ignored;
@@ -80,20 +84,20 @@ std::optional<uint64_t> Source::size() const {
     return is_regular_ && !error ? std::optional(size) : std::nullopt;
 }
 
+void Source::expect_keepable(uint64_t octets) const {
+    if (octets <= (is_regular_ ? kMostOctets : kMostStreamOctets)) return;
+    throw Failure(name_ + (is_regular_
+                               ? ": is larger than 2 GB"
+                               : ": does not end within " + std::to_string(kMostStreamMegabytes) + " MB"));
+}
+
 Buffer Source::rest() {
-    const uint64_t most = is_regular_ ? kMostOctets : kMostStreamOctets;
-    const auto expect_at_most = [&](uint64_t octets) {
-        if (octets <= most) return;
-        throw Failure(
-            name_ + (is_regular_ ? ": is larger than 2 GB"
-                                 : ": does not end within " + std::to_string(kMostStreamMegabytes) + " MB"));
-    };
     const uint64_t expected = size().value_or(0);
-    expect_at_most(expected);
+    expect_keepable(expected);
     Buffer all = Buffer::of_size(std::max<std::size_t>(kPiece, expected));
     std::size_t taken = 0;
     for (Octets piece = next(); !piece.empty(); piece = next()) {
-        expect_at_most(taken + piece.size());
+        expect_keepable(taken + piece.size());
         if (piece.size() > all.octets().size() - taken) all = all.resized(2 * all.octets().size());
         std::copy(piece.begin(), piece.end(), all.data() + taken);
         taken += piece.size();

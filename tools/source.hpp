@@ -19,10 +19,6 @@ class Source {
     /// Throws Failure when it cannot be opened, as all below do when it cannot be read.
     explicit Source(const std::string &path);
 
-    /// Octets of a pipe or a device that are kept at most, since it may have no end.
-    static constexpr uint64_t kMostStreamMegabytes = 256;
-    static constexpr uint64_t kMostStreamOctets = kMostStreamMegabytes * 1024 * 1024;
-
     /// Whether it is a file, which can be opened again.
     [[nodiscard]] bool is_regular() const { return is_regular_; }
     /// In what people read.
@@ -33,8 +29,11 @@ class Source {
     [[nodiscard]] Octets next();
     /// How many octets there are in all: of a regular file, and of what peek() saw to its end.
     [[nodiscard]] std::optional<uint64_t> size() const;
-    /// All octets from the present place on: at most 2 GB of a file, 256 MB of a pipe or a device.
+    /// All octets from the present place on.
     [[nodiscard]] Buffer rest();
+    /// Throws Failure when more octets would be kept than may be: 2 GB of a file, 256 MB of a pipe or a
+    /// device.
+    void expect_keepable(uint64_t octets) const;
 
   private:
     static constexpr std::size_t kPiece = 65536;

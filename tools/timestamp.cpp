@@ -54,7 +54,7 @@ CmsMessage read_signed_message(const std::string &path) {
     MessageOutline outline(source.name());
     expect_signed_message(source);
     read_message_pieces(source, waiting, [&outline](Octets octets) { outline.take(octets); });
-    return CmsMessage(decode_record(source.name(), outline.node().get(), Seq_to_CMS_CONTENT_INFO));
+    return CmsMessage(decode_record(source.name(), outline.write().node.get(), Seq_to_CMS_CONTENT_INFO));
 }
 
 CMS_SIGNER_INFO *signer_of(const CMS_CONTENT_INFO *message, uint32_t number, const std::string &path) {
